@@ -1,0 +1,51 @@
+# What is built, and how every part of it is compiled.
+#
+# The library needs nothing but its own dependencies. Everything else is built by default where its dependencies are
+# found and the build is for this machine; set an option to ON to insist on it.
+
+find_package(PNG QUIET)
+find_package(GTest QUIET)
+if(PNG_FOUND AND NOT CMAKE_CROSSCOMPILING)
+  set(host_tools ON)
+else()
+  set(host_tools OFF)
+endif()
+if(host_tools AND GTest_FOUND)
+  set(host_tests ON)
+else()
+  set(host_tests OFF)
+endif()
+
+option(DRAVIK_SIM "Build the simulated board" ${host_tools})
+option(DRAVIK_TOOLS "Build the artwork tool" ${host_tools})
+option(DRAVIK_EXAMPLES "Build the examples and the demonstration" ${host_tools})
+option(DRAVIK_TESTS "Build the tests" ${host_tests})
+option(DRAVIK_BENCH "Build the benchmarks" OFF)
+option(DRAVIK_WERROR "Treat warnings as errors" ON)
+set(DRAVIK_SANITIZE "" CACHE STRING "Sanitizers to build with: address,undefined or thread")
+
+include(GNUInstallDirs)
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+set(CMAKE_C_STANDARD 99)
+set(CMAKE_C_STANDARD_REQUIRED ON)
+set(CMAKE_C_EXTENSIONS OFF)
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+
+# Every target of the project links this: the warnings, and the sanitizers of a checked build.
+add_library(dravik_warnings INTERFACE)
+target_compile_options(dravik_warnings INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wformat=2
+  $<$<COMPILE_LANGUAGE:CXX>:-Wmissing-declarations>
+  $<$<COMPILE_LANGUAGE:C>:-Wmissing-prototypes>
+  $<$<BOOL:${DRAVIK_WERROR}>:-Werror>)
+
+if(DRAVIK_SANITIZE)
+  add_compile_options(-fsanitize=${DRAVIK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+  add_link_options(-fsanitize=${DRAVIK_SANITIZE})
+endif()

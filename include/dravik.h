@@ -1,0 +1,512 @@
+/**
+ * @file dravik.h
+ * libdravik: the screen, text, artwork and event log of a car dash-camera's application.
+ *
+ * The library is a flat set of C functions over state that lives in exported globals. It works on a 16-bit
+ * RGB565 frame buffer, "/dev/fb0". Start with fb_init(), draw with the families below, end with fb_exit().
+ *
+ * Conventions
+ * - Results are 0 for success and -1 for failure unless a function says otherwise. Nothing is thrown and
+ * `errno` has no meaning after a call.
+ * - Diagnostics go to the event log (see @ref log) or to standard error; each function says which.
+ * - Coordinates are pixels counted from the top-left corner, x to the right, y downwards. Shapes given by two
+ * corners include both corners.
+ * - A colour is an RGB565 value: red in bits 15 to 11, green in bits 10 to 5, blue in bits 4 to 0. The
+ * library's black is 0x0821; 0x0000 stands for "transparent" wherever a background colour is taken.
+ * - Except for log_printf(), which any thread may call, all calls are made from one thread, the drawing
+ * thread, or are serialised by the application. Nothing else takes a lock.
+ * - Every global may be set by the application too. Drawing uses ::fbp and ::fbinfo as they stand at the
+ * call.
+ *
+ * The names of the globals are part of the interface, and some are short (`gc`, `image`, `palette`, `psf`): a
+ * program that has a global of the same name shares it with the library, so keep your own out of their way.
+ */
+#ifndef DRAVIK_H
+#define DRAVIK_H
+
+#include <stdint.h>
+
+#if defined(__GNUC__)
+#define DRAVIK_API __attribute__((visibility("default")))
+#define DRAVIK_PRINTF(text, values) __attribute__((format(printf, text, values)))
+#else
+#define DRAVIK_API
+#define DRAVIK_PRINTF(text, values)
+#endif
+
+#ifdef __cplusplus
+#define DRAVIK_NOEXCEPT noexcept
+extern "C" {
+#else
+#define DRAVIK_NOEXCEPT
+#endif
+
+/**
+ * @defgroup screen Frame buffer
+ * Opens and maps the screen and keeps the record that every drawing call reads.
+ *
+ * The pixel of column x and line y is the 16-bit word at `fbp + y * line_length + x * 2`. The factor 2 is
+ * fixed: a device of another depth is accepted, but is drawn on as if it had 16 bits a pixel. Drawing goes
+ * straight to the visible memory; there is no back buffer.
+ *
+ * No drawing call compares a position with the length of the mapping. Where a call clips, its text says so;
+ * every other one writes where its arguments point, so the application keeps its figures on the screen. An
+ * unsigned position is taken modulo 2^32 as on the target: 0xFFFFFFFF is the column left of, or the line
+ * above, the first.
+ * @{
+ */
+
+/** The words of ::fbinfo. */
+enum dravik_fbinfo {
+  FBINFO_LINE_LENGTH,     /**< bytes from one line to the next; may be more than `xres * 2` */
+  FBINFO_BYTES_PER_PIXEL, /**< `bits_per_pixel / 8`; recorded, not used for addressing */
+  FBINFO_SCREEN_SIZE,     /**< length of the mapping in bytes, all virtual lines included */
+  FBINFO_SPARE_A,         /**< 0 */
+  FBINFO_XRES,            /**< visible width in pixels */
+  FBINFO_YRES,            /**< visible height in lines */
+  FBINFO_BITS_PER_PIXEL,  /**< as the device reports it; 16 is expected */
+  FBINFO_BUFFER_OFFSET,   /**< offset from ::fbp in bytes at which get_fb_buffer() starts; 0 */
+  FBINFO_BUFFER_COUNT,    /**< how many screens of `yres` lines the virtual screen holds */
+  FBINFO_COPY_SIZE,       /**< number of bytes that get_fb_buffer() copies */
+  FBINFO_LINE_COUNT,      /**< `yres` again */
+  FBINFO_SPARE_B,         /**< 0 */
+  FBINFO_WORDS            /**< the number of words */
+};
+
+/** Descriptor of the open frame buffer device; what open() gave, a failure included. */
+extern DRAVIK_API int32_t fbfd;
+/** The address of the top-left pixel: where all drawing goes. Null before fb_init(). */
+extern DRAVIK_API uint8_t *fbp;
+/** The start of the mapping, which fb_exit() unmaps; equal to ::fbp after fb_init(). */
+extern DRAVIK_API uint8_t *fbp0;
+/** The screen record, indexed by ::dravik_fbinfo; all zero before fb_init(). */
+extern DRAVIK_API uint32_t fbinfo[12];
+/** A plane of 640 columns by 480 rows, one byte a cell, kept for text composition; zero at load. */
+extern DRAVIK_API uint8_t image_buffer[307200];
+
+/**
+ * Open "/dev/fb0", map it, fill ::fbinfo and build the colour table ::gc with the theme colour 0x0B77.
+ *
+ * Call it once, before any drawing. A second call opens and maps again and releases nothing of the first.
+ *
+ * Each failure writes one line to standard error and ends the process with status 1:
+ * "error cannot open framebuffer device." (the descriptor is 0), "error reading fixed info" (also when the
+ * device cannot be opened at all), "error reading var info" and "error: failed to map framebuffer device to
+ * memory.".
+ */
+DRAVIK_API void fb_init(void) DRAVIK_NOEXCEPT;
+
+/**
+ * Unmap the screen and close the device. ::fbp, ::fbp0 and ::fbinfo keep their values, so drawing afterwards
+ * writes to memory that is no longer mapped.
+ * @return the result of close(): 0, or -1
+ */
+DRAVIK_API int fb_exit(void) DRAVIK_NOEXCEPT;
+
+/**
+ * Show the buffer that the device showed at start-up (FBIOPAN_DISPLAY with the offsets read by fb_init()).
+ * @return the result of ioctl(): 0, or -1
+ */
+DRAVIK_API int fb_pan_display(void) DRAVIK_NOEXCEPT;
+
+/** Blank the panel (FBIOBLANK 1). @return the result of ioctl(): 0, or -1 */
+DRAVIK_API int fb_lcd_off(void) DRAVIK_NOEXCEPT;
+
+/** Unblank the panel (FBIOBLANK 0). @return the result of ioctl(): 0, or -1 */
+DRAVIK_API int fb_lcd_on(void) DRAVIK_NOEXCEPT;
+
+/**
+ * Copy the screen record.
+ * @param dst  receives the 12 words of ::fbinfo (48 bytes) in their order; owned by the caller
+ */
+DRAVIK_API void get_cam_fb_info(uint32_t *dst) DRAVIK_NOEXCEPT;
+
+/**
+ * Copy the screen memory: `copy_size` bytes from `fbp + buffer_offset`, all virtual lines included.
+ * @param a,b  selectors; only 0 and 0 copy, any other pair does nothing
+ * @param dst  receives the bytes; owned by the caller, at least `fbinfo[FBINFO_COPY_SIZE]` bytes long
+ */
+DRAVIK_API void get_fb_buffer(uint32_t a, uint32_t b, uint8_t *dst) DRAVIK_NOEXCEPT;
+
+/**
+ * Store one pixel. Nothing is checked.
+ * @param x,y     position in pixels; the caller keeps it below `xres` and `yres`
+ * @param colour  RGB565
+ */
+DRAVIK_API void fb_put_pixel(uint32_t x, uint32_t y, uint16_t colour) DRAVIK_NOEXCEPT;
+
+/** @} */
+
+/**
+ * @defgroup colours Colour table
+ * Artwork and smooth text are painted through ramps of 16 colours that lead from a background to a
+ * foreground.
+ * @{
+ */
+
+/** Passed as a colour to fb_clear_screen(), or as a background to fb_q7bmp_show(): the theme colour. */
+#define DRAVIK_THEME 0x1234
+
+/**
+ * 29 ramps of 16 RGB565 colours: step i of ramp b is entry 16 * b + i. Ramps 0 to 26 are fixed, ramps 27 and
+ * 28 lead from the theme colour to white and to black, and entry 432 is the theme colour. All zero until the
+ * first fb_init() or set_theme_color().
+ */
+extern DRAVIK_API uint16_t gc[464];
+
+/** The dark shading of the gradient clears: one RGB565 colour a screen line, from line 0 to line 207. */
+extern DRAVIK_API const uint16_t grad_line[208];
+
+/**
+ * Choose the theme colour and rebuild the whole of ::gc. Nothing already on the screen changes.
+ * @param colour  RGB565; only the low 16 bits are used
+ */
+DRAVIK_API void set_theme_color(int32_t colour) DRAVIK_NOEXCEPT;
+
+/** The theme colour, entry 432 of ::gc; 0 before the table was ever built. */
+DRAVIK_API uint16_t get_theme_color(void) DRAVIK_NOEXCEPT;
+
+/** @} */
+
+/**
+ * @defgroup shapes Shapes and clears
+ * All write straight to the screen in one plain RGB565 colour; ::DRAVIK_THEME has a meaning in
+ * fb_clear_screen() alone. They report nothing.
+ * @{
+ */
+
+/**
+ * Draw a line one pixel wide, both ends included, without any clipping: the caller keeps it on the screen.
+ *
+ * The pixels are those of Bresenham's integer line stepped from the first point to the second. Where the line
+ * passes exactly between two pixels the step goes aside at once, so the way back may choose other pixels than
+ * the way there.
+ * @param x0,y0   first point; signed pixels
+ * @param x1,y1   last point; signed pixels
+ * @param colour  RGB565
+ */
+DRAVIK_API void fb_put_line(int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint16_t colour) DRAVIK_NOEXCEPT;
+
+/**
+ * Draw the outline of a triangle: three fb_put_line() calls, first to second to third to first point.
+ * @param x0,y0,x1,y1,x2,y2  the corners; signed pixels, on the screen
+ * @param colour             RGB565
+ */
+DRAVIK_API void fb_put_triangle(int32_t x0, int32_t y0, int32_t x1, int32_t y1, int32_t x2, int32_t y2,
+                                uint16_t colour) DRAVIK_NOEXCEPT;
+
+/**
+ * Fill a rectangle, clipped to the screen.
+ * @param x0,y0,x1,y1  opposite corners in any order; signed pixels, may lie off the screen
+ * @param colour       RGB565
+ */
+DRAVIK_API void fb_put_rect_fill(int32_t x0, int32_t y0, int32_t x1, int32_t y1,
+                                 uint16_t colour) DRAVIK_NOEXCEPT;
+
+/**
+ * Draw the outline of a rectangle, one pixel wide.
+ *
+ * The top and bottom edges are clipped to the screen. The side edges are clipped at the bottom alone: a side
+ * at x = xres lands in column 0 of the next line, one further right is not drawn, and one at a negative
+ * column lands at the end of the line before; a negative row is written before the screen.
+ * @param x0,y0,x1,y1  opposite corners in any order; signed pixels
+ * @param colour       RGB565
+ */
+DRAVIK_API void fb_put_rect(int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint16_t colour) DRAVIK_NOEXCEPT;
+
+/**
+ * Draw the outline of a rectangle with edges of several pixels that grow inwards, clipped like fb_put_rect().
+ *
+ * The corners must be top-left then bottom-right, or bottom-right then top-left; any other order draws
+ * nothing.
+ * @param x0,y0,x1,y1  opposite corners; signed pixels
+ * @param colour       RGB565
+ * @param thickness    pixels; taken down to the rectangle's width - 1 and height - 1. Below 1 draws nothing,
+ * and so does a rectangle one pixel wide or high
+ */
+DRAVIK_API void fb_put_rect_thick(int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint16_t colour,
+                                  int32_t thickness) DRAVIK_NOEXCEPT;
+
+/**
+ * Draw a circle about the top-left corner of the pixel (cx, cy), without any clipping.
+ *
+ * About 7.2 * r points are computed in double precision and truncated towards zero, which pulls the right and
+ * bottom edges in by up to one pixel.
+ * @param cx,cy   centre; signed pixels
+ * @param r       radius in pixels; 0 draws the centre pixel, a negative one draws nothing
+ * @param colour  RGB565
+ */
+DRAVIK_API void fb_put_circle(int32_t cx, int32_t cy, int32_t r, uint16_t colour) DRAVIK_NOEXCEPT;
+
+/**
+ * Fill a disc about the corner that the pixels (cx - 1, cy - 1) and (cx, cy) share, without any clipping. It
+ * covers columns cx - r to cx + r - 1 and rows cy - r to cy + r - 1.
+ * @param cx,cy   centre; signed pixels
+ * @param r       radius in pixels; 0 or less draws nothing
+ * @param colour  RGB565
+ */
+DRAVIK_API void fb_put_circle_fill(int32_t cx, int32_t cy, int32_t r, uint16_t colour) DRAVIK_NOEXCEPT;
+
+/**
+ * Paint the whole visible screen.
+ * @param colour  RGB565 in the low 16 bits, or ::DRAVIK_THEME for the theme colour as it is at the call
+ */
+DRAVIK_API void fb_clear_screen(uint32_t colour) DRAVIK_NOEXCEPT;
+
+/**
+ * Paint the dark shading ::grad_line over lines 1 to 207 of the first 320 columns, as far as they are
+ * visible. Line 0 is never painted.
+ */
+DRAVIK_API void fb_clear_screen_gradient(void) DRAVIK_NOEXCEPT;
+
+/**
+ * Paint the same shading over a region, to restore the background there. The colour depends on the screen
+ * line alone. Lines 1 to 207 are painted, clipped to the screen; unlike fb_clear_screen_gradient() it does
+ * not end at column 319.
+ * @param x0,x1  first and last column in any order; signed pixels
+ * @param y0,y1  top and bottom line; signed pixels; nothing is painted when y1 is above y0
+ */
+DRAVIK_API void fb_clear_region_gradient(int32_t x0, int32_t y0, int32_t x1, int32_t y1) DRAVIK_NOEXCEPT;
+
+/** @} */
+
+/**
+ * @defgroup bmp BMP files
+ * @{
+ */
+
+/**
+ * The header of the last file that had the "BM" signature: width, height, bits a pixel, file size, image data
+ * size, information header size, pixel data offset.
+ */
+extern DRAVIK_API uint32_t bmpinfo[7];
+/** The colours of the last 1-, 4- or 8-bit file: 256 entries of blue, green, red and an unused byte. */
+extern DRAVIK_API uint8_t palette[1024];
+/** The last row read of a 1-, 4-, 8-, 24- or 32-bit file, as it stands in the file. */
+extern DRAVIK_API uint8_t image[8192];
+
+/**
+ * Draw an uncompressed BMP file of 1, 4, 8, 16, 24 or 32 bits a pixel. Rows are taken bottom-up.
+ *
+ * Channels are truncated to RGB565. In 1- and 4-bit files a colour that comes out as 0x0000 is drawn as
+ * 0x0841. The number of colours in the palette is the header's "important colours" field; 0 and anything
+ * above 256 mean 256. Colours that the file does not give are those of the file before.
+ *
+ * A 16-bit file is taken to hold RGB565. Mode 0 copies its rows to the screen, so that a row of odd width
+ * paints the pixel right of the picture with its padding. Modes 1 and 2 read two rows for each row drawn:
+ * they show every other row of the file, and then repeat the last one read up to the picture's height. They
+ * keep the colour 0xF81F transparent; a file that ends before its first pixel shows nothing in them.
+ *
+ * A file that ends early is drawn with what its last rows left in ::image (for mode 0: on the screen).
+ * @param x,y    position in pixels; see align
+ * @param path   the file
+ * @param mode   for 16-bit files: 0 copies, 1 leaves 0xF81F transparent, 2 does so and paints the rest
+ * 0x7BCF, any other draws nothing
+ * @param align  1: x is the centre, 2: y is the centre, 3: both, any other: (x, y) is the top-left corner. A
+ * centred picture that would begin left of or above the screen begins at 0
+ * @return 0 when drawn, and when the depth or the mode is unknown and nothing was drawn; -1 when nothing was
+ * drawn and standard error says why: "open %s error!", "%s file size error!" (the header's file size is not
+ * the file's), "%s BMP type error!", "BMP image size is too big. %d x %d" (wider than 2048), or "BMP image is
+ * out of range!" and two lines of figures (it does not lie on the screen as a whole)
+ */
+DRAVIK_API int fb_put_bmp_file(uint32_t x, uint32_t y, const char *path, uint32_t mode,
+                               uint8_t align) DRAVIK_NOEXCEPT;
+
+/** @} */
+
+/**
+ * @defgroup artwork Packed artwork
+ * Interface artwork comes in archives of 4-bit images, which are painted through a ramp of ::gc. Up to 32
+ * archives are kept in memory, one a slot.
+ *
+ * An archive begins with "KORVEXQ7", its image count and its length in bytes; one record of four words an
+ * image follows (width, height, offset of its pixels, 0). All words are 32-bit little-endian. Pixels are rows
+ * of (width + 1) / 2 bytes, top row first, the left pixel in the high half. The tool dravik-art makes
+ * archives from PNG.
+ * @{
+ */
+
+/** The archives: slot i holds a whole file, or null. The blocks belong to the library until q7bmp_free(). */
+extern DRAVIK_API uint8_t *q7bmp_ptr[32];
+/** The number of images in each slot; 0 in an empty one. */
+extern DRAVIK_API uint32_t q7bmp_str_num[32];
+/** How many slots the last q7bmp_alloc() went through, whether they loaded or not. */
+extern DRAVIK_API int32_t q7bmp_ptr_num;
+
+/**
+ * Load paths[i] into slot i. A file that fails leaves its slot empty and the next one is tried. Archives that
+ * an earlier call loaded are not freed: call q7bmp_free() first.
+ *
+ * Progress and failures go to standard error ("%s not found", "%s not regular file", the number of images of
+ * each file), and to the event log ("open %s error", "cannot allocate memory!", "%s file format error!",
+ * "file size error! %d != %d").
+ * @param count  number of paths; those past the 32nd are not loaded, 0 or less loads nothing
+ * @param paths  file names, read during the call only
+ * @return the number of characters of the last line on standard error; of no use
+ */
+DRAVIK_API int q7bmp_alloc(int32_t count, const char *const *paths) DRAVIK_NOEXCEPT;
+
+/**
+ * Free the archives, from slot 0 up to ::q7bmp_ptr_num. An empty slot ends the walk with "q7bmp_free err!" in
+ * the event log, and the slots after it stay loaded.
+ */
+DRAVIK_API void q7bmp_free(void) DRAVIK_NOEXCEPT;
+
+/**
+ * Draw one image of an archive, without clipping: the caller keeps it on the screen.
+ *
+ * The ramp is chosen by the two colours. On 0x0821 and on 0xFFFF: 0xF800, 0x07E0, 0x001F, 0x7BEF, 0xFFE0,
+ * 0xF81F, 0x07FF, 0xFBC0, and one ramp for all others. On 0xF81F: 0x0821. On ::DRAVIK_THEME: 0xFFFF (to
+ * white) and all others (to black). On 0, where level 0 is not painted: 0x0821, 0x7BEF, and white for all
+ * others. Any other background, and any other colour on 0xF81F, take the ramp from near-black to white.
+ * @param x,y    position; signed pixels; see align
+ * @param slot   slot number, 0 to 31
+ * @param index  number of the image, from 0; one too high draws the last image
+ * @param fg,bg  foreground and background, RGB565
+ * @param align  1: x is the centre, 2: y is the centre, 3: both, not less than 0. 8 to 14 centre the image in
+ * a column of a screen 320 pixels wide, if it is no wider than that column: 8, 10, 12, 14 the four quarters,
+ * 9 and 13 the halves, 11 the whole; x is used for a wider one. Any other: (x, y) is the top-left corner
+ * @return 0 when drawn, also when the image has no rows; -1, with a line in the event log, when the slot is
+ * empty
+ *         ("q7bmp ptr is NULL") or out of range, the archive holds no image ("q7bmp num error! num_q7bmp =
+ * %d"), the index is negative, or the image's record or pixels do not lie within the archive
+ */
+DRAVIK_API int fb_q7bmp_show(int32_t x, int32_t y, uint32_t slot, int32_t index, uint16_t fg, uint16_t bg,
+                             int32_t align) DRAVIK_NOEXCEPT;
+
+/** ::q7bmp_ptr_num. */
+DRAVIK_API int32_t get_q7bmp_ptr_num(void) DRAVIK_NOEXCEPT;
+
+/**
+ * The number of images in a slot.
+ * @param slot  slot number
+ * @return the number; 0xFFFFFFFF for a slot that is negative or not below ::q7bmp_ptr_num
+ */
+DRAVIK_API uint32_t get_q7bmp_str_num(int32_t slot) DRAVIK_NOEXCEPT;
+
+/** @} */
+
+/**
+ * @defgroup psf_text Bitmap fonts and text
+ * Text in PC Screen Fonts, versions 1 and 2, up to 16 fonts in slots. There is no clipping, no wrapping and
+ * no Unicode: a character is the number of a glyph.
+ * @{
+ */
+
+/** A font slot. */
+struct psf_font {
+  uint8_t
+      *ptr; /**< `length * charsize` bytes of glyphs, or null; belongs to the library until psf_font_free() */
+  int32_t charsize; /**< bytes a glyph */
+  int32_t length;   /**< number of glyphs */
+  int32_t version;  /**< 1 or 2; 0 for an empty slot or a file of another format */
+  int32_t width;    /**< glyph width in pixels */
+  int32_t height;   /**< glyph height in rows */
+};
+
+/** The font slots; slot n is filled from the n-th path of psf_font_alloc(). */
+extern DRAVIK_API struct psf_font psf[16];
+/** How many slots psf_font_alloc() was asked to fill, those that failed included. */
+extern DRAVIK_API int32_t psf_font_num;
+
+/**
+ * Load paths[i] into slot i. A font that fails is logged as "psf_font_alloc(): load %s err", leaves its slot
+ * without glyphs, and the next one is loaded. Fonts of an earlier call are not freed: call psf_font_free()
+ * first.
+ * @param count  number of paths; those past the 16th are not loaded, 0 or less loads nothing
+ * @param paths  file names, read during the call only
+ */
+DRAVIK_API void psf_font_alloc(int32_t count, const char *const *paths) DRAVIK_NOEXCEPT;
+
+/**
+ * Load one font into any slot record. What the record held is overwritten, not freed.
+ *
+ * The glyphs of a font may take up to 32768 bytes together; those of a file that ends early are empty.
+ * @param path  the file
+ * @param slot  the record to fill; after a failure its `ptr` is null
+ * @return 0, or -1 with the reason in the event log: "%s not found!", "%s not regular file",
+ * "psf_font_load(): fopen %s err", "only support PSF font : %s" and the bytes found, "psf_font_load(): font
+ * file size err = %d" and the font's figures, or "%s : malloc %d bytes err" (also for figures that make no
+ * sense). Glyphs of more than 128 bytes only warn: "font character size > 128 bytes"
+ */
+DRAVIK_API int psf_font_load(const char *path, struct psf_font *slot) DRAVIK_NOEXCEPT;
+
+/**
+ * Free the fonts of slots 0 to ::psf_font_num - 1. A slot without glyphs ends the walk with a line in the
+ * event log, and the slots after it stay loaded.
+ */
+DRAVIK_API void psf_font_free(void) DRAVIK_NOEXCEPT;
+
+/** ::psf_font_num. */
+DRAVIK_API int32_t get_psf_font_num(void) DRAVIK_NOEXCEPT;
+
+/**
+ * Draw one glyph. A glyph that crosses the right edge goes on in the next line. At most 16 columns are drawn.
+ * A glyph that the font does not have, an empty slot and a slot number outside 0 to 15 draw nothing.
+ * @param ch    glyph number, from 0
+ * @param x,y   top-left corner in pixels
+ * @param fg    RGB565 in the low 16 bits, for the set bits
+ * @param bg    RGB565 for the other bits; 0 leaves them as they are
+ * @param font  slot number, 0 to 15
+ */
+DRAVIK_API void fb_putc(uint32_t ch, uint32_t x, uint32_t y, uint32_t fg, uint16_t bg,
+                        int32_t font) DRAVIK_NOEXCEPT;
+
+/**
+ * Draw a text, one cell a character.
+ *
+ * Conversions, without flags or widths: "%d" (int), "%x" (unsigned), "%c" (int; 0 draws nothing), "%g"
+ * (double),
+ * "%%". Any other letter takes no argument and draws the text of the conversion before it once more, if there
+ * was one.
+ *
+ * The two characters backslash and n (written "\\n" in C) move on by one pixel row, not by one text line, and
+ * back to the first column; backslash and r go back to the first column. A backslash with another character
+ * draws nothing. A newline character is a glyph like any other. A backslash or a per cent sign at the end
+ * draws nothing.
+ * @param x,y     top-left corner of the first cell in pixels
+ * @param fg      RGB565 in the low 16 bits
+ * @param bg      RGB565 in the low 16 bits; the value 0 leaves the pixels around the letters as they are
+ * @param font    slot number, 0 to 15
+ * @param format  the text and its conversions; its bytes are glyph numbers 0 to 255
+ * @return 0
+ */
+DRAVIK_API int fb_printf(uint32_t x, uint32_t y, uint32_t fg, uint32_t bg, int32_t font, const char *format,
+                         ...) DRAVIK_NOEXCEPT;
+
+/** @} */
+
+/**
+ * @defgroup log Event log
+ * A text file, "/tmp/dravik.log", to which each process adds a banner with the date and then its lines, each
+ * stamped with the seconds and microseconds since the banner. A file of 262144 bytes or more takes no further
+ * line.
+ * @{
+ */
+
+/** A time of day of two 32-bit words. */
+struct dravik_timeval {
+  int32_t tv_sec;  /**< seconds since 1970-01-01 00:00:00 UTC */
+  int32_t tv_usec; /**< microseconds, 0 to 999999 */
+};
+
+/** The time that the stamps of this process count from; zero until its first line was written. */
+extern DRAVIK_API struct dravik_timeval tlogst;
+
+/**
+ * Add one line to the event log. It is on the file when the call returns. No set-up is needed.
+ *
+ * Any thread may call it at any time, also several for the first time at once; lines never mix.
+ * @param format  a printf() format without a newline at its end, followed by its arguments
+ * @return the number of characters of the message; 0 when the file is full or cannot be opened and the line
+ * was dropped; negative when the message cannot be formatted
+ */
+DRAVIK_API int log_printf(const char *format, ...) DRAVIK_NOEXCEPT DRAVIK_PRINTF(1, 2);
+
+/** @} */
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,21 @@
+// A block from malloc() with one owner.
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+
+namespace dravik {
+
+struct free_block {
+  void operator()(void *block) const noexcept { std::free(block); }
+};
+
+using heap_block = std::unique_ptr<uint8_t, free_block>;
+
+/// An uninitialised block of `size` bytes; empty when memory is short.
+inline heap_block allocate_block(size_t size) noexcept {
+  return heap_block{static_cast<uint8_t *>(std::malloc(size))};
+}
+
+} // namespace dravik

@@ -1,0 +1,24 @@
+// A stdio stream with one owner.
+#pragma once
+
+#include <cstdio>
+#include <memory>
+
+namespace dravik {
+
+struct close_file {
+  void operator()(std::FILE *file) const noexcept { std::fclose(file); }
+};
+
+using unique_file = std::unique_ptr<std::FILE, close_file>;
+
+inline unique_file open_file(const char *path, const char *mode) noexcept {
+  return unique_file{std::fopen(path, mode)};
+}
+
+/// The length of a file in bytes, or -1; leaves the stream at its end.
+inline long seek_to_end(std::FILE *file) noexcept {
+  return std::fseek(file, 0, SEEK_END) == 0 ? std::ftell(file) : -1;
+}
+
+} // namespace dravik

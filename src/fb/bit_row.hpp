@@ -1,0 +1,94 @@
+// Rows of one bit a pixel: glyphs, and pictures of two colours.
+#pragma once
+
+#include "fb/fill.hpp"
+
+#include <array>
+#include <bit>
+
+namespace dravik::fb {
+
+static_assert(std::endian::native == std::endian::little, "the left pixel is the low half of a word");
+
+constexpr uint32_t pixel_pair(uint16_t left, uint16_t right) noexcept {
+  return uint32_t{right} << 16 | left;
+}
+
+/// Paints bits in two colours, the first bit of each byte in its top bit.
+class opaque_bits {
+public:
+  constexpr opaque_bits(uint16_t clear, uint16_t set) noexcept
+      : clear_(clear), set_(set), pairs_{pixel_pair(clear, clear), pixel_pair(clear, set),
+                                         pixel_pair(set, clear), pixel_pair(set, set)} {}
+
+  void put8(pixel *at, uint8_t bits) const noexcept {
+    if constexpr (sizeof(void *) == 8) {
+      const lanes all = lanes{} + bits;
+      store(at, (all & bit_of_lane) != 0 ? lanes{} + set_ : lanes{} + clear_);
+    } else {
+      put(at, bits, 8);
+    }
+  }
+
+  /// The first `count` bits, up to 8.
+  void put(pixel *at, uint8_t bits, uint32_t count) const noexcept {
+    uint32_t rest = bits;
+    for (; count >= 2; count -= 2, at += 2, rest <<= 2)
+      store(at, pairs_[rest >> 6 & 3]);
+    if (count != 0)
+      *at = (rest & 0x80) != 0 ? set_ : clear_;
+  }
+
+private:
+  typedef uint16_t lanes __attribute__((vector_size(16)));
+  static constexpr lanes bit_of_lane = {0x80, 0x40, 0x20, 0x10, 0x08, 0x04, 0x02, 0x01};
+
+  uint16_t clear_;
+  uint16_t set_;
+  std::array<uint32_t, 4> pairs_;
+};
+
+/// Where the set bits of each byte are: their places from the left, the last one repeated to fill eight.
+struct bit_places {
+  uint8_t places[8];
+};
+
+constexpr std::array<bit_places, 256> places_of_bits = [] {
+  std::array<bit_places, 256> table{};
+  for (size_t bits = 1; bits < table.size(); ++bits) {
+    size_t count = 0;
+    for (uint8_t place = 0; place < 8; ++place)
+      if ((bits >> (7 - place) & 1) != 0)
+        table[bits].places[count++] = place;
+    for (; count < 8; ++count)
+      table[bits].places[count] = table[bits].places[count - 1];
+  }
+  return table;
+}();
+
+/// Paints the set bits and leaves the pixels of the others.
+class transparent_bits {
+public:
+  constexpr explicit transparent_bits(uint16_t set) noexcept : set_(set) {}
+
+  void put8(pixel *at, uint8_t bits) const noexcept {
+    if (bits == 0)
+      return;
+    const auto &places = places_of_bits[bits].places;
+    for (size_t i = 0; i < 4; ++i)
+      at[places[i]] = set_;
+    if (places[3] == places[7])
+      return;
+    for (size_t i = 4; i < 8; ++i)
+      at[places[i]] = set_;
+  }
+
+  void put(pixel *at, uint8_t bits, uint32_t count) const noexcept {
+    put8(at, static_cast<uint8_t>(bits & ~(0xFFU >> count)));
+  }
+
+private:
+  uint16_t set_;
+};
+
+} // namespace dravik::fb

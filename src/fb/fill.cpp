@@ -1,0 +1,109 @@
+// Fills. Small ones store a row's shape, worked out once, in the widest stores that the machine has; long
+// ones are the C library's own wide fill.
+
+#include "fb/fill.hpp"
+
+#include <type_traits>
+
+namespace dravik::fb {
+namespace {
+
+using word [[gnu::may_alias]] = uint32_t;
+using pixels4 = uint64_t;
+typedef uint16_t pixels8 __attribute__((vector_size(16)));
+
+/// Machines of 64 bits store 16 bytes anywhere at once; smaller ones want aligned words.
+constexpr bool has_wide_stores = sizeof(void *) == 8;
+/// From this length on the C library's fill is worth its call.
+constexpr size_t long_span = 128;
+
+constexpr uint32_t twice(uint16_t colour) noexcept {
+  return uint32_t{colour} * 0x10001U;
+}
+
+static_assert(sizeof(wchar_t) == sizeof(word), "wmemset() fills words of two pixels");
+
+/// Two pixels at a time from a 4-byte boundary on.
+void fill_words(pixel *at, size_t count, uint16_t colour) noexcept {
+  if ((reinterpret_cast<uintptr_t>(at) & 2) != 0 && count > 0) {
+    *at++ = colour;
+    --count;
+  }
+  std::wmemset(reinterpret_cast<wchar_t *>(at), static_cast<wchar_t>(twice(colour)), count / 2);
+  if ((count & 1) != 0)
+    at[count - 1] = colour;
+}
+
+template <class Row> void each_row(pixel *at, ptrdiff_t pitch, size_t rows, Row fill_row) noexcept {
+  for (; rows > 0; --rows, at = step(at, pitch))
+    fill_row(at);
+}
+
+/// Rows of up to `long_span` pixels on machines with wide stores: the last store of a row overlaps the one
+/// before.
+void fill_short_rows(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, uint16_t colour) noexcept {
+  const uint32_t two = twice(colour);
+  const pixels4 four = pixels4{two} << 32 | two;
+  const pixels8 eight = pixels8{} + colour;
+  if (width >= 32) {
+    each_row(at, pitch, rows, [=](pixel *row) {
+      pixel *const last = row + width - 8;
+      for (; row < last; row += 8)
+        store(row, eight);
+      store(last, eight);
+    });
+  } else if (width >= 16) {
+    each_row(at, pitch, rows, [=](pixel *row) {
+      store(row, eight);
+      store(row + 8, eight);
+      store(row + width - 16, eight);
+      store(row + width - 8, eight);
+    });
+  } else if (width >= 8) {
+    each_row(at, pitch, rows, [=](pixel *row) {
+      store(row, eight);
+      store(row + width - 8, eight);
+    });
+  } else if (width >= 4) {
+    each_row(at, pitch, rows, [=](pixel *row) {
+      store(row, four);
+      store(row + width - 4, four);
+    });
+  } else if (width >= 2) {
+    each_row(at, pitch, rows, [=](pixel *row) {
+      store(row, two);
+      row[width - 1] = colour;
+    });
+  } else if (width == 1) {
+    fill_column(at, pitch, rows, colour);
+  }
+}
+
+} // namespace
+
+void fill_span(pixel *at, size_t count, uint16_t colour) noexcept {
+  fill_block(at, 0, count, 1, colour);
+}
+
+void fill_block(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, uint16_t colour) noexcept {
+  if (pitch == static_cast<ptrdiff_t>(width * 2)) {
+    width *= rows;
+    rows = rows != 0;
+  }
+  if (has_wide_stores && width < long_span)
+    return fill_short_rows(at, pitch, width, rows, colour);
+  each_row(at, pitch, rows, [=](pixel *row) { fill_words(row, width, colour); });
+}
+
+void fill_column(pixel *at, ptrdiff_t pitch, size_t rows, uint16_t colour) noexcept {
+  for (; rows >= 4; rows -= 4, at = step(at, 4 * pitch)) {
+    *at = colour;
+    *step(at, pitch) = colour;
+    *step(at, 2 * pitch) = colour;
+    *step(at, 3 * pitch) = colour;
+  }
+  for (; rows > 0; --rows, at = step(at, pitch))
+    *at = colour;
+}
+
+} // namespace dravik::fb

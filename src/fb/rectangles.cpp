@@ -1,0 +1,88 @@
+// Rectangles: filled, outlined, and with thick edges.
+
+#include "fb/clip.hpp"
+#include "fb/fill.hpp"
+
+namespace dravik::fb {
+namespace {
+
+void fill(const surface &on, range columns, range rows, uint16_t colour) noexcept {
+  if (columns.empty() || rows.empty())
+    return;
+  fill_block(on.at(columns.first, rows.first), on.pitch, columns.count(), rows.count(), colour);
+}
+
+void fill_clipped(const surface &on, range columns, range rows, uint16_t colour) noexcept {
+  fill(on, clipped(columns, on.width), clipped(rows, on.height), colour);
+}
+
+/// Side edges: columns right of x = xres are dropped, and x == xres lands in column 0 of the next line;
+/// columns left of 0 land at the end of the line before, rows above 0 before the screen. All of it kept on
+/// purpose.
+void fill_side(const surface &on, range columns, range rows, uint16_t colour) noexcept {
+  fill(on, {columns.first, std::min(columns.last, on.width)}, clipped_end(rows, on.height), colour);
+}
+
+/// Both side edges, one pixel wide, in one walk down the screen.
+void fill_sides(const surface &on, range columns, range rows, uint16_t colour) noexcept {
+  pixel *at = on.at(columns.first, rows.first);
+  const ptrdiff_t across = (ptrdiff_t{columns.last} - columns.first) * 2;
+  for (size_t left = rows.count(); left > 0; --left, at = step(at, on.pitch)) {
+    *at = colour;
+    *step(at, across) = colour;
+  }
+}
+
+void outline(const surface &on, range columns, range rows, uint16_t colour) noexcept {
+  fill_clipped(on, columns, {rows.first, rows.first}, colour);
+  fill_clipped(on, columns, {rows.last, rows.last}, colour);
+  if (columns.within(on.width) && rows.within(on.height)) {
+    fill_sides(on, columns, {rows.first + 1, rows.last - 1}, colour);
+  } else {
+    fill_side(on, {columns.first, columns.first}, rows, colour);
+    fill_side(on, {columns.last, columns.last}, rows, colour);
+  }
+}
+
+/// Bands of `t` pixels along the inside of each edge, 1 <= t <= width - 1, height - 1.
+void thick_outline(const surface &on, range columns, range rows, int32_t t, uint16_t colour) noexcept {
+  fill_clipped(on, columns, {rows.first, rows.first + (t - 1)}, colour);
+  fill_clipped(on, columns, {rows.last - (t - 1), rows.last}, colour);
+  // On the screen the bands above have painted the corners already.
+  const bool inside = columns.within(on.width) && rows.within(on.height);
+  const range sides = inside ? range{rows.first + t, rows.last - t} : rows;
+  fill_side(on, {columns.first, columns.first + (t - 1)}, sides, colour);
+  fill_side(on, {columns.last - (t - 1), columns.last}, sides, colour);
+}
+
+/// The distance of two numbers, which may not fit their own type.
+constexpr uint32_t distance(int32_t a, int32_t b) noexcept {
+  return a < b ? static_cast<uint32_t>(b) - static_cast<uint32_t>(a)
+               : static_cast<uint32_t>(a) - static_cast<uint32_t>(b);
+}
+
+} // namespace
+} // namespace dravik::fb
+
+extern "C" {
+
+using namespace dravik::fb;
+
+void fb_put_rect_fill(int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint16_t colour) noexcept {
+  fill_clipped(screen(), between(x0, x1), between(y0, y1), colour);
+}
+
+void fb_put_rect(int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint16_t colour) noexcept {
+  outline(screen(), between(x0, x1), between(y0, y1), colour);
+}
+
+void fb_put_rect_thick(int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint16_t colour,
+                       int32_t thickness) noexcept {
+  // The other two orders of corners draw nothing, on purpose.
+  if ((x0 < x1) != (y0 < y1) || x0 == x1 || y0 == y1 || thickness < 1)
+    return;
+  const uint32_t t = std::min({static_cast<uint32_t>(thickness), distance(x0, x1), distance(y0, y1)});
+  thick_outline(screen(), between(x0, x1), between(y0, y1), static_cast<int32_t>(t), colour);
+}
+
+} // extern "C"

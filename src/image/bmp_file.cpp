@@ -1,0 +1,306 @@
+// BMP files, drawn row by row from the bottom up.
+
+#include "base/unique_file.hpp"
+#include "fb/bit_row.hpp"
+#include "image/bmp_format.hpp"
+#include "image/placement.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <sys/uio.h>
+#include <unistd.h>
+
+extern "C" {
+constinit uint8_t palette[1024] = {};
+constinit uint8_t image[8192] = {};
+}
+
+namespace dravik::image {
+namespace {
+
+using fb::pixel;
+
+constexpr uint32_t widest = 2048;
+constexpr long palette_position = 54;  ///< whatever the header says of its own size
+constexpr uint16_t dark_grey = 0x0841; ///< drawn for black in files of 1 and 4 bits
+
+/// A picture that passed every test, and where it goes.
+struct picture {
+  bmp_header header;
+  uint32_t x, y;
+  fb::surface on;
+  int fd;
+
+  /// The screen address of the n-th row of the file.
+  pixel *row(uint32_t n) const noexcept { return on.at(x, y + header.height - 1 - n); }
+};
+
+/// Reads until `size` bytes or the end of the file.
+size_t read_at(int fd, uint8_t *to, size_t size, uint64_t position) noexcept {
+  size_t got = 0;
+  while (got < size) {
+    const ssize_t n = ::pread(fd, to + got, size - got, static_cast<off_t>(position + got));
+    if (n <= 0)
+      break;
+    got += static_cast<size_t>(n);
+  }
+  return got;
+}
+
+/// Hands out equal records of a file, read many at a time. From the file's end on it hands out `last`, which
+/// holds what reading one record after the other into it would have left there.
+class record_reader {
+public:
+  record_reader(int fd, uint64_t position, size_t record_size, uint8_t *last) noexcept
+      : fd_(fd), position_(position), record_size_(record_size), last_(last) {}
+  ~record_reader() noexcept { keep(); }
+  record_reader(const record_reader &) = delete;
+  record_reader &operator=(const record_reader &) = delete;
+
+  const uint8_t *next() noexcept {
+    if (filled_ - taken_ < record_size_ && !refill())
+      return last_;
+    current_ = chunk_.data() + taken_;
+    taken_ += record_size_;
+    return current_;
+  }
+
+private:
+  /// False when the file holds no whole record any more; `last` has taken what there was.
+  bool refill() noexcept {
+    keep();
+    if (ended_)
+      return false;
+    const size_t size = chunk_size / std::max<size_t>(record_size_, 1) * record_size_;
+    filled_ = read_at(fd_, chunk_.data(), size, position_);
+    taken_ = 0;
+    position_ += filled_;
+    ended_ = filled_ < size || size == 0;
+    if (filled_ >= record_size_ && record_size_ != 0)
+      return true;
+    std::memcpy(last_, chunk_.data(), filled_);
+    taken_ = filled_;
+    return false;
+  }
+
+  void keep() noexcept {
+    if (current_ != nullptr)
+      std::memcpy(last_, current_, record_size_);
+    current_ = nullptr;
+  }
+
+  static constexpr size_t chunk_size = 32768;
+  static constexpr size_t slack = 4; ///< decoders may look at a word that begins in the last pixel
+
+  int fd_;
+  uint64_t position_;
+  size_t record_size_;
+  uint8_t *last_;
+  const uint8_t *current_ = nullptr;
+  size_t filled_ = 0, taken_ = 0;
+  bool ended_ = false;
+  std::array<uint8_t, chunk_size + slack> chunk_;
+};
+
+/// Draws every row of a picture that has its own decoding.
+template <class Decode> void decode_rows(const picture &from, Decode decode) noexcept {
+  const uint32_t width = from.header.width;
+  record_reader rows(from.fd, from.header.data_offset, bmp_row_size(width, from.header.bits), ::image);
+  for (uint32_t n = 0; n < from.header.height; ++n)
+    decode(from.row(n), rows.next(), width);
+}
+
+void read_palette(int fd, uint32_t colours) noexcept {
+  constexpr uint32_t most = sizeof ::palette / 4;
+  const uint32_t count = colours == 0 ? most : std::min(colours, most);
+  read_at(fd, ::palette, count * size_t{4}, palette_position);
+}
+
+uint16_t palette_colour(size_t index) noexcept {
+  const uint8_t *entry = ::palette + index * 4;
+  return rgb565(entry[2], entry[1], entry[0]);
+}
+
+uint16_t palette_colour_or_grey(size_t index) noexcept {
+  const uint16_t colour = palette_colour(index);
+  return colour != 0 ? colour : dark_grey;
+}
+
+void draw_1bit(const picture &from) noexcept {
+  const fb::opaque_bits bits(palette_colour_or_grey(0), palette_colour_or_grey(1));
+  decode_rows(from, [&bits](pixel *to, const uint8_t *row, uint32_t width) {
+    for (; width >= 8; width -= 8, to += 8)
+      bits.put8(to, *row++);
+    if (width != 0)
+      bits.put(to, *row, width);
+  });
+}
+
+void draw_4bit(const picture &from) noexcept {
+  std::array<uint32_t, 256> pairs;
+  for (size_t high = 0; high < 16; ++high)
+    for (size_t low = 0; low < 16; ++low)
+      pairs[high * 16 + low] = fb::pixel_pair(palette_colour_or_grey(high), palette_colour_or_grey(low));
+  decode_rows(from, [&pairs](pixel *to, const uint8_t *row, uint32_t width) {
+    for (; width >= 2; width -= 2, to += 2)
+      fb::store(to, pairs[*row++]);
+    if (width != 0)
+      *to = static_cast<uint16_t>(pairs[*row]);
+  });
+}
+
+void draw_8bit(const picture &from) noexcept {
+  std::array<uint16_t, 256> colours;
+  for (size_t i = 0; i < colours.size(); ++i)
+    colours[i] = palette_colour(i);
+  decode_rows(from, [&colours](pixel *to, const uint8_t *row, uint32_t width) {
+    for (; width >= 2; width -= 2, to += 2, row += 2)
+      fb::store(to, fb::pixel_pair(colours[row[0]], colours[row[1]]));
+    if (width != 0)
+      *to = colours[*row];
+  });
+}
+
+/// RGB565 of a pixel stored as blue, green, red in the low bytes of a word.
+constexpr uint16_t rgb565_of_word(uint32_t word) noexcept {
+  return static_cast<uint16_t>((word >> 3 & 0x001F) | (word >> 5 & 0x07E0) | (word >> 8 & 0xF800));
+}
+
+uint32_t word_at(const uint8_t *bytes) noexcept {
+  uint32_t word;
+  std::memcpy(&word, bytes, sizeof word);
+  return word;
+}
+
+template <size_t PixelSize> void draw_true_colour(const picture &from) noexcept {
+  decode_rows(from, [](pixel *to, const uint8_t *row, uint32_t width) {
+    for (; width >= 2; width -= 2, to += 2, row += 2 * PixelSize)
+      fb::store(to, fb::pixel_pair(rgb565_of_word(word_at(row)), rgb565_of_word(word_at(row + PixelSize))));
+    if (width != 0)
+      *to = rgb565_of_word(word_at(row));
+  });
+}
+
+/// 16 bits, copied: rows go from the file straight to the screen, padding included, many in one request.
+void copy_rows(const picture &from) noexcept {
+  const size_t row_size = bmp_row_size(from.header.width, 16);
+  uint64_t position = from.header.data_offset;
+  std::array<iovec, 64> rows;
+  for (uint32_t n = 0; n < from.header.height;) {
+    size_t count = 0;
+    for (; count < rows.size() && n < from.header.height; ++count, ++n)
+      rows[count] = {from.row(n), row_size};
+    const ssize_t got = ::preadv(from.fd, rows.data(), static_cast<int>(count), static_cast<off_t>(position));
+    if (got != static_cast<ssize_t>(count * row_size))
+      return;
+    position += static_cast<uint64_t>(got);
+  }
+}
+
+/// 16 bits with a colour key. Each step takes two rows of the file and draws the first: kept on purpose.
+template <class Paint> void draw_keyed(const picture &from, Paint paint) noexcept {
+  // Pixels of a file without any are transparent.
+  std::array<uint16_t, widest * 2> last;
+  last.fill(bmp_key_colour);
+  const uint32_t width = from.header.width;
+  record_reader rows(from.fd, from.header.data_offset, size_t{2} * bmp_row_size(width, 16),
+                     reinterpret_cast<uint8_t *>(last.data()));
+  for (uint32_t n = 0; n < from.header.height; ++n) {
+    pixel *to = from.row(n);
+    const auto *row = reinterpret_cast<const pixel *>(rows.next());
+    for (uint32_t i = 0; i < width; ++i)
+      if (row[i] != bmp_key_colour)
+        to[i] = paint(row[i]);
+  }
+}
+
+void draw_16bit(const picture &from, uint32_t mode) noexcept {
+  if (mode == 0)
+    copy_rows(from);
+  if (mode == 1)
+    draw_keyed(from, [](uint16_t colour) { return colour; });
+  if (mode == 2)
+    draw_keyed(from, [](uint16_t) { return bmp_silhouette; });
+}
+
+void draw(const picture &from, uint32_t mode) noexcept {
+  const uint16_t bits = from.header.bits;
+  if (bits == 1 || bits == 4 || bits == 8)
+    read_palette(from.fd, from.header.important_colours);
+  switch (bits) {
+  case 1:
+    return draw_1bit(from);
+  case 4:
+    return draw_4bit(from);
+  case 8:
+    return draw_8bit(from);
+  case 16:
+    return draw_16bit(from, mode);
+  case 24:
+    return draw_true_colour<3>(from);
+  case 32:
+    return draw_true_colour<4>(from);
+  default:
+    return;
+  }
+}
+
+/// Whether the picture lies on the screen as a whole; says on standard error if not.
+bool is_on_screen(const picture &p) noexcept {
+  const uint32_t width = p.header.width, height = p.header.height;
+  const auto xres = static_cast<uint32_t>(p.on.width), yres = static_cast<uint32_t>(p.on.height);
+  if (uint64_t{p.x} + width <= xres && uint64_t{p.y} + height <= yres)
+    return true;
+  std::fprintf(stderr, "BMP image is out of range!\n");
+  std::fprintf(stderr, "Canvas size : %4d x %4d (%4d,%4d)-->(%4d,%4d)\n", static_cast<int>(xres),
+               static_cast<int>(yres), 0, 0, static_cast<int>(xres - 1), static_cast<int>(yres - 1));
+  std::fprintf(stderr, " Image size : %4d x %4d (%4d,%4d)-->(%4d,%4d)\n", static_cast<int>(width),
+               static_cast<int>(height), static_cast<int>(p.x), static_cast<int>(p.y),
+               static_cast<int>(p.x + width - 1), static_cast<int>(p.y + height - 1));
+  return false;
+}
+
+int draw_file(position at, const char *path, uint32_t mode, uint8_t align) noexcept {
+  const unique_file file = open_file(path, "r");
+  if (file == nullptr) {
+    std::fprintf(stderr, "open %s error!\n", path);
+    return -1;
+  }
+  const int fd = ::fileno(file.get());
+  std::array<uint8_t, bmp_header_size> bytes = {};
+  read_at(fd, bytes.data(), bytes.size(), 0);
+  const bmp_header header = read_bmp_header(bytes);
+  if (long{header.file_size} != seek_to_end(file.get())) {
+    std::fprintf(stderr, "%s file size error!\n", path);
+    return -1;
+  }
+  if (!header.has_signature) {
+    std::fprintf(stderr, "%s BMP type error!\n", path);
+    return -1;
+  }
+  publish_bmp_header(header);
+  at = placed(at, static_cast<int32_t>(header.width), static_cast<int32_t>(header.height), align);
+  if (header.width > widest) {
+    std::fprintf(stderr, "BMP image size is too big. %d x %d\n", static_cast<int>(header.width),
+                 static_cast<int>(header.height));
+    return -1;
+  }
+  const picture whole = {header, static_cast<uint32_t>(at.x), static_cast<uint32_t>(at.y), fb::screen(), fd};
+  if (!is_on_screen(whole))
+    return -1;
+  draw(whole, mode);
+  return 0;
+}
+
+} // namespace
+} // namespace dravik::image
+
+extern "C" {
+
+int fb_put_bmp_file(uint32_t x, uint32_t y, const char *path, uint32_t mode, uint8_t align) noexcept {
+  return dravik::image::draw_file({static_cast<int32_t>(x), static_cast<int32_t>(y)}, path, mode, align);
+}
+
+} // extern "C"

@@ -1,0 +1,41 @@
+// What a BMP file says of itself.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+namespace dravik::image {
+
+inline constexpr size_t bmp_header_size = 54;
+inline constexpr uint16_t bmp_key_colour = 0xF81F; ///< transparent in the modes that have a colour key
+inline constexpr uint16_t bmp_silhouette = 0x7BCF; ///< what a silhouette is painted in
+
+struct bmp_header {
+  bool has_signature;
+  uint32_t file_size;
+  uint32_t data_offset;
+  uint32_t info_size;
+  uint32_t width;
+  uint32_t height; ///< unsigned: a picture stored top-down has an enormous one
+  uint16_t bits;
+  uint32_t data_size;
+  uint32_t important_colours;
+};
+
+bmp_header read_bmp_header(std::span<const uint8_t, bmp_header_size> bytes) noexcept;
+
+/// Export the header as ::bmpinfo.
+void publish_bmp_header(const bmp_header &header) noexcept;
+
+/// Bytes from one row to the next in the file: whole words of four bytes.
+constexpr uint32_t bmp_row_size(uint32_t width, uint32_t bits) noexcept {
+  return ((width * bits + 31) >> 5) * 4;
+}
+
+/// RGB565 from channels of eight bits, truncated.
+constexpr uint16_t rgb565(uint32_t red, uint32_t green, uint32_t blue) noexcept {
+  return static_cast<uint16_t>((red >> 3) << 11 | (green >> 2) << 5 | blue >> 3);
+}
+
+} // namespace dravik::image

@@ -1,0 +1,27 @@
+// Where a picture goes when its position is its centre.
+#pragma once
+
+#include <cstdint>
+
+namespace dravik::image {
+
+struct position {
+  int32_t x, y;
+};
+
+/// The start of a stretch centred on a position, but not before 0.
+constexpr int32_t centred(int32_t at, int32_t size) noexcept {
+  const int32_t half = size >> 1;
+  return at > half ? static_cast<int32_t>(static_cast<uint32_t>(at) - static_cast<uint32_t>(half)) : 0;
+}
+
+/// The codes that all pictures share: 1 centres on x, 2 on y, 3 on both; any other is the top-left corner.
+constexpr position placed(position at, int32_t width, int32_t height, int32_t code) noexcept {
+  if (code == 1 || code == 3)
+    at.x = centred(at.x, width);
+  if (code == 2 || code == 3)
+    at.y = centred(at.y, height);
+  return at;
+}
+
+} // namespace dravik::image

@@ -1,0 +1,103 @@
+// The event log: one line a call, stamped, appended to a file that stops growing at its cap.
+
+#include "base/unique_file.hpp"
+#include "dravik.h"
+
+#include <array>
+#include <cstdarg>
+#include <ctime>
+#include <pthread.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+
+extern "C" {
+constinit dravik_timeval tlogst = {};
+}
+
+static_assert(sizeof(dravik_timeval) == 8, "applications read the origin as two words");
+
+namespace dravik::log {
+namespace {
+
+constexpr const char *path = "/tmp/dravik.log";
+constexpr off_t size_cap = 262144;
+
+constinit pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
+constinit bool has_banner = false;
+
+class lock {
+public:
+  lock() noexcept { pthread_mutex_lock(&mutex); }
+  ~lock() noexcept { pthread_mutex_unlock(&mutex); }
+  lock(const lock &) = delete;
+  lock &operator=(const lock &) = delete;
+};
+
+bool is_full() noexcept {
+  struct stat status;
+  return ::stat(path, &status) == 0 && status.st_size >= size_cap;
+}
+
+dravik_timeval now() noexcept {
+  timeval time;
+  ::gettimeofday(&time, nullptr);
+  return {static_cast<int32_t>(time.tv_sec), static_cast<int32_t>(time.tv_usec)};
+}
+
+void write_banner(std::FILE *file) noexcept {
+  const time_t seconds = tlogst.tv_sec;
+  tm local = {};
+  ::localtime_r(&seconds, &local);
+  std::fprintf(file, "[    0.000000] s #### %04d/%02d/%02d %02d:%02d:%02d.%06lu ####\n", local.tm_year + 1900,
+               local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec,
+               static_cast<unsigned long>(tlogst.tv_usec));
+}
+
+/// The time since the banner. A clock that was set back wraps around.
+void write_stamp(std::FILE *file) noexcept {
+  const dravik_timeval time = now();
+  uint32_t seconds = static_cast<uint32_t>(time.tv_sec) - static_cast<uint32_t>(tlogst.tv_sec);
+  int32_t microseconds = time.tv_usec - tlogst.tv_usec;
+  if (microseconds < 0) {
+    microseconds += 1000000;
+    --seconds;
+  }
+  std::fprintf(file, "[%5lu.%06lu] ", static_cast<unsigned long>(seconds),
+               static_cast<unsigned long>(microseconds));
+}
+
+DRAVIK_PRINTF(1, 0) int write_line(const char *format, va_list arguments) noexcept {
+  const lock one_line_at_a_time;
+  if (is_full())
+    return 0;
+  std::array<char, 1024> buffer;
+  const unique_file file = open_file(path, "a");
+  if (file == nullptr)
+    return 0;
+  std::setvbuf(file.get(), buffer.data(), _IOFBF, buffer.size());
+
+  if (!has_banner) {
+    has_banner = true;
+    tlogst = now();
+    write_banner(file.get());
+  }
+  write_stamp(file.get());
+  const int count = std::vfprintf(file.get(), format, arguments);
+  std::fputc('\n', file.get());
+  return count;
+}
+
+} // namespace
+} // namespace dravik::log
+
+extern "C" {
+
+int log_printf(const char *format, ...) noexcept {
+  va_list arguments;
+  va_start(arguments, format);
+  const int count = dravik::log::write_line(format, arguments);
+  va_end(arguments);
+  return count;
+}
+
+} // extern "C"

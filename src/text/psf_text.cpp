@@ -1,0 +1,181 @@
+// Text in bitmap fonts, straight to the screen.
+
+#include "fb/bit_row.hpp"
+
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <span>
+
+namespace dravik::text {
+namespace {
+
+using fb::pixel;
+
+constexpr uint32_t widest_cell = 16; ///< columns drawn of a glyph, however wide it is
+
+/// The bytes of one glyph that are drawn; empty when the font does not have it.
+std::span<const uint8_t> glyph_rows(const psf_font &font, uint32_t code) noexcept {
+  if (font.ptr == nullptr || font.height <= 0 || font.width <= 0 || font.charsize < 0)
+    return {};
+  if (code >= static_cast<uint32_t>(std::max(font.length, 0)))
+    return {};
+  const uint64_t row_bytes = font.width <= 8 ? 1 : 2;
+  const uint64_t charsize = static_cast<uint32_t>(font.charsize);
+  const uint64_t start = code * charsize, size = row_bytes * static_cast<uint32_t>(font.height);
+  if (start + size > charsize * static_cast<uint32_t>(font.length))
+    return {};
+  return {font.ptr + start, static_cast<size_t>(size)};
+}
+
+template <class Painter>
+void put_rows(std::span<const uint8_t> rows, pixel *at, ptrdiff_t pitch, uint32_t width,
+              Painter paint) noexcept {
+  if (width == 8) {
+    for (const uint8_t row : rows) {
+      paint.put8(at, row);
+      at = fb::step(at, pitch);
+    }
+  } else if (width < 8) {
+    for (const uint8_t row : rows) {
+      paint.put(at, row, width);
+      at = fb::step(at, pitch);
+    }
+  } else {
+    for (size_t i = 0; i < rows.size(); i += 2) {
+      paint.put8(at, rows[i]);
+      paint.put(at + 8, rows[i + 1], width - 8);
+      at = fb::step(at, pitch);
+    }
+  }
+}
+
+/// A font and its colours, ready to draw cells.
+class cell_writer {
+public:
+  cell_writer(const fb::surface &on, const psf_font &font, uint32_t fg, uint32_t bg) noexcept
+      : on_(on), font_(font), transparent_(bg == 0),
+        opaque_(static_cast<uint16_t>(bg), static_cast<uint16_t>(fg)), set_only_(static_cast<uint16_t>(fg)) {}
+
+  uint32_t cell_width() const noexcept { return static_cast<uint32_t>(font_.width); }
+
+  void put(uint32_t code, uint32_t x, uint32_t y) const noexcept {
+    const std::span<const uint8_t> rows = glyph_rows(font_, code);
+    if (rows.empty())
+      return;
+    const uint32_t width = std::min(cell_width(), widest_cell);
+    if (transparent_) {
+      put_rows(rows, on_.at(x, y), on_.pitch, width, set_only_);
+    } else {
+      put_rows(rows, on_.at(x, y), on_.pitch, width, opaque_);
+    }
+  }
+
+private:
+  const fb::surface on_;
+  const psf_font &font_;
+  bool transparent_;
+  fb::opaque_bits opaque_;
+  fb::transparent_bits set_only_;
+};
+
+const psf_font *find_font(int32_t slot) noexcept {
+  return static_cast<uint32_t>(slot) < std::size(psf) ? &psf[slot] : nullptr;
+}
+
+/// Where the next cell goes.
+class cursor {
+public:
+  cursor(const cell_writer &writer, uint32_t x, uint32_t y) noexcept : writer_(writer), x_(x), y_(y) {}
+
+  void put(char character) noexcept {
+    writer_.put(static_cast<unsigned char>(character), x_ + writer_.cell_width() * column_++, y_ + row_);
+  }
+  void put(const char *text) noexcept {
+    while (*text != '\0')
+      put(*text++);
+  }
+  void escape(char letter) noexcept {
+    if (letter != 'n' && letter != 'r')
+      return;
+    if (letter == 'n')
+      ++row_; // one pixel row, not a line of text
+    column_ = 0;
+  }
+
+private:
+  const cell_writer &writer_;
+  uint32_t x_, y_;
+  uint32_t column_ = 0, row_ = 0;
+};
+
+using conversion_text = std::array<char, 20>;
+
+/// Formats the next argument. A letter that is no conversion takes none and leaves the text as it is.
+void convert(char letter, conversion_text &text, va_list *arguments) noexcept {
+  switch (letter) {
+  case 'd':
+    std::snprintf(text.data(), text.size(), "%d", va_arg(*arguments, int));
+    break;
+  case 'x':
+    std::snprintf(text.data(), text.size(), "%x", va_arg(*arguments, unsigned));
+    break;
+  case 'g':
+    std::snprintf(text.data(), text.size(), "%g", va_arg(*arguments, double));
+    break;
+  case 'c':
+    text = {static_cast<char>(va_arg(*arguments, int))};
+    break;
+  case '%':
+    text = {'%'};
+    break;
+  default:
+    break;
+  }
+}
+
+void print(cursor at, const char *format, va_list *arguments) noexcept {
+  conversion_text text = {};
+  for (const char *next = format; *next != '\0'; ++next) {
+    if (*next != '\\' && *next != '%') {
+      at.put(*next);
+      continue;
+    }
+    const bool is_conversion = *next == '%';
+    if (*++next == '\0')
+      return;
+    if (is_conversion) {
+      convert(*next, text, arguments);
+      at.put(text.data());
+    } else {
+      at.escape(*next);
+    }
+  }
+}
+
+} // namespace
+} // namespace dravik::text
+
+extern "C" {
+
+using namespace dravik;
+
+void fb_putc(uint32_t ch, uint32_t x, uint32_t y, uint32_t fg, uint16_t bg, int32_t font) noexcept {
+  if (const psf_font *slot = text::find_font(font))
+    text::cell_writer(fb::screen(), *slot, fg, bg).put(ch, x, y);
+}
+
+int fb_printf(uint32_t x, uint32_t y, uint32_t fg, uint32_t bg, int32_t font, const char *format,
+              ...) noexcept {
+  const psf_font *slot = text::find_font(font);
+  if (slot == nullptr)
+    return 0;
+  const text::cell_writer writer(fb::screen(), *slot, fg, bg);
+  va_list arguments;
+  va_start(arguments, format);
+  text::print({writer, x, y}, format, &arguments);
+  va_end(arguments);
+  return 0;
+}
+
+} // extern "C"
