@@ -38,7 +38,7 @@ void outline_by_definition(const surface &on, int32_t cx, int32_t cy, int32_t r,
   const double radius = r;
   const double step = pi / (radius * steps_per_radian);
   double sine = 0.0, cosine = 1.0;
-  for (double theta = step;; theta += step) {
+  for (double theta = step;; theta += step) { // NOLINT(cert-flp30-c): the sum is the definition
     put_pair(on, cx, cy, {radius * cosine, radius * sine}, colour);
     if (!(theta <= pi))
       return;
@@ -71,6 +71,7 @@ public:
     pitch_ = pitch;
     // Turned by one step at a time; only points that need it get the sine and cosine of their angle.
     point unit = {1.0, 0.0};
+    // NOLINTNEXTLINE(cert-flp30-c,clang-analyzer-security.FloatLoopCounter)
     for (double theta = 0.0; theta <= pi; theta += step) {
       const point p = {radius * unit.x, radius * unit.y};
       if (!is_near_whole(p.x) && !is_near_whole(p.y)) {
@@ -96,13 +97,12 @@ private:
   void keep_rounded(point p) noexcept {
     const int32_t here = offset({p.x, p.y}), opposite = offset({-p.x, -p.y});
     // Neighbours on the angle often share a pixel.
-    if (offset_count_ < 2 || offsets_[offset_count_ - 2] != here) {
-      offsets_[offset_count_++] = here;
-      offsets_[offset_count_++] = opposite;
-    } else if (offsets_[offset_count_ - 1] != opposite) {
-      offsets_[offset_count_++] = here;
-      offsets_[offset_count_++] = opposite;
-    }
+    const bool repeats =
+        offset_count_ >= 2 && offsets_[offset_count_ - 2] == here && offsets_[offset_count_ - 1] == opposite;
+    if (repeats)
+      return;
+    offsets_[offset_count_++] = here;
+    offsets_[offset_count_++] = opposite;
   }
 
   bool keep_exact(double theta, double radius) noexcept {
