@@ -1,6 +1,7 @@
 // A stdio stream with one owner.
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 
@@ -17,7 +18,7 @@ inline unique_file open_file(const char *path, const char *mode) noexcept {
 }
 
 /// The length of a file in bytes, or -1; leaves the stream at its end.
-inline long seek_to_end(std::FILE *file) noexcept {
+inline int64_t seek_to_end(std::FILE *file) noexcept {
   return std::fseek(file, 0, SEEK_END) == 0 ? std::ftell(file) : -1;
 }
 

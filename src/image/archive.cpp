@@ -55,7 +55,7 @@ heap_block read_whole(const char *path, size_t &length) noexcept {
     log_printf("open %s error", path);
     return {};
   }
-  const long end = seek_to_end(file.get());
+  const int64_t end = seek_to_end(file.get());
   std::rewind(file.get());
   heap_block block = end < 0 ? heap_block{} : allocate_block(static_cast<size_t>(end));
   if (block == nullptr) {

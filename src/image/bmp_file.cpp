@@ -272,7 +272,7 @@ int draw_file(position at, const char *path, uint32_t mode, uint8_t align) noexc
   std::array<uint8_t, bmp_header_size> bytes = {};
   read_at(fd, bytes.data(), bytes.size(), 0);
   const bmp_header header = read_bmp_header(bytes);
-  if (long{header.file_size} != seek_to_end(file.get())) {
+  if (int64_t{header.file_size} != seek_to_end(file.get())) {
     std::fprintf(stderr, "%s file size error!\n", path);
     return -1;
   }

@@ -54,7 +54,8 @@ uint32_t take_header2(const header_bytes &header, psf_font &slot) noexcept {
   return header_size;
 }
 
-/// Reads the header into the slot; gives the position of the glyphs, or 0 for a file of another format.
+/// Reads the header into the slot and gives the position of the glyphs; a file of another format leaves
+/// version 0.
 uint32_t read_header(std::FILE *file, const char *path, psf_font &slot) noexcept {
   header_bytes header = {};
   // A file that ends early reads as zeros from there on.
@@ -68,7 +69,7 @@ uint32_t read_header(std::FILE *file, const char *path, psf_font &slot) noexcept
   return 0;
 }
 
-/// Memory for the slot's glyphs, all clear; empty when the font's figures do not allow it.
+/// Memory for the slot's glyphs; empty when the font's figures do not allow it.
 heap_block allocate_glyphs(const char *path, const psf_font &slot) noexcept {
   if (slot.charsize > large_glyph)
     log_printf("font character size > 128 bytes");
@@ -80,11 +81,8 @@ heap_block allocate_glyphs(const char *path, const psf_font &slot) noexcept {
     return {};
   }
   heap_block block = overflows || size < 0 ? heap_block{} : allocate_block(static_cast<size_t>(size));
-  if (block == nullptr) {
+  if (block == nullptr)
     log_printf("%s : malloc %d bytes err", path, size);
-  } else {
-    std::memset(block.get(), 0, static_cast<size_t>(size));
-  }
   return block;
 }
 
@@ -110,10 +108,10 @@ int load(const char *path, psf_font &slot) noexcept {
   heap_block block = allocate_glyphs(path, slot);
   if (block == nullptr)
     return -1;
-  if (std::fseek(file.get(), static_cast<long>(glyphs_at), SEEK_SET) == 0) {
-    const auto size = static_cast<size_t>(slot.length) * static_cast<size_t>(slot.charsize);
-    [[maybe_unused]] const size_t got = std::fread(block.get(), 1, size, file.get());
-  }
+  const auto size = static_cast<size_t>(slot.length) * static_cast<size_t>(slot.charsize);
+  const bool found = std::fseek(file.get(), static_cast<long>(glyphs_at), SEEK_SET) == 0;
+  const size_t got = found ? std::fread(block.get(), 1, size, file.get()) : 0;
+  std::memset(block.get() + got, 0, size - got); // glyphs that the file does not hold are empty
   slot.ptr = block.release();
   return 0;
 }
