@@ -312,6 +312,95 @@ extern DRAVIK_API uint8_t image[8192];
 DRAVIK_API int fb_put_bmp_file(uint32_t x, uint32_t y, const char *path, uint32_t mode,
                                uint8_t align) DRAVIK_NOEXCEPT;
 
+/**
+ * Save a picture of 640 by 480 pixels, a copy of the screen for example, as
+ * "/tmp/mmcblk0p1/q7_HHMMSS.bmp" with the local hour, minute and second: a 16-bit BMP file with RGB565 masks,
+ * 614466 bytes long. A picture of the same time of day is replaced.
+ * @param pixels  640 * 480 RGB565 values, top row first, without padding; the caller's, not to change during
+ * the call
+ * @return the result of closing the file: 0, or -1 when not all could be written; -1 when the file cannot be
+ * opened, the card is out for example, and nothing is left behind. Nothing is reported
+ */
+DRAVIK_API int fb_get_bmp_file(const uint16_t *pixels) DRAVIK_NOEXCEPT;
+
+/** @} */
+
+/**
+ * @defgroup bmp_slots Pictures in memory
+ * BMP files that are drawn often are loaded once, up to 64, and drawn by their slot number. Only 16-bit
+ * (RGB565) files can be drawn from a slot.
+ * @{
+ */
+
+/** The pictures: slot i holds a whole file, or null. The blocks belong to the library until bmp_mem_free().
+ */
+extern DRAVIK_API uint8_t *bmp_mem_ptr[64];
+/** How many slots the last bmp_mem_alloc() went through, whether they loaded or not. */
+extern DRAVIK_API int32_t bmp_mem_num;
+
+/**
+ * Load the file dir/names[i] into slot i. A file that fails leaves its slot empty, with "fopen %s err",
+ * "bmp_mem_load(): malloc err" or "path too long: %s" (4096 bytes or more) in the event log, and the next one
+ * is loaded. Whether a file is a BMP file shows when it is drawn. Pictures of an earlier call are not freed:
+ * call bmp_mem_free() first.
+ * @param count  number of names; those past the 64th are not loaded, 0 or less loads nothing
+ * @param dir    the directory
+ * @param names  file names, read during the call only
+ * @return of no use
+ */
+DRAVIK_API int bmp_mem_alloc(int32_t count, const char *dir, const char *const *names) DRAVIK_NOEXCEPT;
+
+/**
+ * Draw the picture of a slot; rows are taken bottom-up. ::bmpinfo then describes it.
+ *
+ * Mode 0 copies rows as fb_put_bmp_file() does, padding included. In modes 1 and 2 rows lie width * 2 bytes
+ * apart, so that a picture of odd width drifts by a pixel a row. Mode 1 leaves 0xF81F transparent. Mode 2
+ * leaves 0xF81F and 0x0000 transparent and paints the rest 0x7BCF.
+ * @param x,y    position in pixels; see align
+ * @param slot   slot number, from 0
+ * @param mode   0, 1 or 2; any other draws nothing
+ * @param align  1: x is the centre, 2: y is the centre, 3: both, not less than 0; any other: (x, y) is the
+ * top-left corner
+ * @return 0 when drawn, or when the mode is unknown or the picture has not 16 bits a pixel and nothing was
+ * drawn; -1 with the reason in the event log: "BMP mem index err: %d, max = %d" (also for a negative slot),
+ * "BMP mem ptr is NULL, bmp_mem_idx=%d" (also after bmp_mem_free()), "BMP type err, bmp_mem_idx=%d", "BMP
+ * image size is too big : %d x %d, fb size : %dx%d", "BMP image is out of range!" and two lines of figures
+ * (it does not lie on the screen as a whole), or "BMP data err, bmp_mem_idx=%d" (its rows do not lie in the
+ * file)
+ */
+DRAVIK_API int bmp_mem_show(uint32_t x, uint32_t y, int32_t slot, int32_t mode,
+                            uint8_t align) DRAVIK_NOEXCEPT;
+
+/** Free the pictures of all slots. ::bmp_mem_ptr and ::bmp_mem_num keep their values. */
+DRAVIK_API void bmp_mem_free(void) DRAVIK_NOEXCEPT;
+
+/** @} */
+
+/**
+ * @defgroup jpeg JPEG pictures
+ * @{
+ */
+
+/** The last picture decoded: image width, image height, output width, output height; the last two equal the
+ * first. */
+extern DRAVIK_API uint32_t jpeginfo[4];
+
+/**
+ * Draw a JPEG picture from "/usr/local/dravik/jpg", baseline or progressive, in colour or grey. What lies off
+ * the screen is cut off, with "JPG image is out of range!" and two lines of figures on standard error.
+ *
+ * Channels are truncated to RGB565, and 0x0000, 0x0001, 0x0800 and 0x0801 are drawn as 0x0821. A CMYK picture
+ * is drawn with its first three channels as red, green and blue. A file that ends within its picture draws
+ * what there is.
+ * @param x,y    position in pixels, see align; 0xFFFFFFFF is the column left of, or the line above, the first
+ * @param name   file name in that directory, read during the call only
+ * @param align  1: x is the centre, 2: y is the centre, 3: both, not less than 0; any other: (x, y) is the
+ * top-left corner
+ * @return 0 when drawn; -1 when the file cannot be opened ("can't open %s" on standard error) or libjpeg
+ * gives up, which tells why on standard error; rows decoded before that stay on the screen
+ */
+DRAVIK_API int fb_put_jpeg_file(uint32_t x, uint32_t y, const char *name, uint32_t align) DRAVIK_NOEXCEPT;
+
 /** @} */
 
 /**
@@ -473,6 +562,79 @@ DRAVIK_API void fb_putc(uint32_t ch, uint32_t x, uint32_t y, uint32_t fg, uint16
  */
 DRAVIK_API int fb_printf(uint32_t x, uint32_t y, uint32_t fg, uint32_t bg, int32_t font, const char *format,
                          ...) DRAVIK_NOEXCEPT;
+
+/** @} */
+
+/**
+ * @defgroup truetype Smooth text
+ * Text in any script of the Basic Multilingual Plane, from TrueType fonts through FreeType, smoothed in 16
+ * levels by a ramp of ::gc. It is composed on ::image_buffer and laid out for a screen of 640 by 480 pixels.
+ *
+ * `sx`, `sy`, `ex` and `ey` are short names for a global: keep your own apart from them.
+ * @{
+ */
+
+/**
+ * The font files: "/usr/local/dravik/font/arial.ttf" and "/usr/local/dravik/font/DroidSansFallback.ttf". May
+ * be pointed elsewhere; the names stay the caller's.
+ */
+extern DRAVIK_API const char *ttf_font_file[2];
+/** The last string drawn: up to 128 UTF-16 little-endian units; one that ended earlier has a 0 unit after it.
+ */
+extern DRAVIK_API uint8_t unicode[256];
+/** Its number of units. */
+extern DRAVIK_API int32_t unicode_len;
+/** Left column of the box of the last string on ::image_buffer. */
+extern DRAVIK_API int32_t sx;
+/** Top row of the box. */
+extern DRAVIK_API int32_t sy;
+/** Right column of the box, included. */
+extern DRAVIK_API int32_t ex;
+/** Bottom row of the box, included. */
+extern DRAVIK_API int32_t ey;
+/** Width of the last string drawn, in pixels. */
+extern DRAVIK_API int32_t str_width;
+/** Height of the last string drawn, in pixels. */
+extern DRAVIK_API int32_t str_height;
+
+/**
+ * Widen a byte string to 16-bit little-endian units, a byte a unit, with a 0 unit at its end.
+ * @param src  the string
+ * @param dst  receives 2 * (length + 1) bytes, at any address; owned by the caller
+ * @return the length in bytes, the end not counted
+ */
+DRAVIK_API int32_t ascii_to_unicode_string(const char *src, void *dst) DRAVIK_NOEXCEPT;
+
+/**
+ * Draw one line of text. The font file is opened and closed at each call.
+ *
+ * A string ends at its first 0 unit or line feed, or after 128 units. If its last unit is a space nothing is
+ * drawn. What is measured, and drawn, is the box around the text; ::str_width and ::str_height tell its size
+ * afterwards.
+ *
+ * The ramp is chosen by the two colours. On 0x0821 and on 0xFFFF: 0xF800, 0x07E0, 0x001F, 0x7BEF, 0xFFE0,
+ * 0xF81F, 0x07FF, 0xFBC0, and one ramp for all others. On 0xF81F: 0xF800, 0x07E0, 0x001F, 0xFFFF, 0x7BEF,
+ * 0xFFE0, 0x07FF, 0xFBC0, and one for all others. On ::DRAVIK_THEME: 0x0821 (to black) and all others (to
+ * white). On 0, which leaves the pixels around the letters as they are, and on any other background: from
+ * white to black.
+ *
+ * Text that reaches over the right edge goes on in the next line. Nothing is drawn above the first line of
+ * the screen. Glyphs that leave the plane are drawn on its edge.
+ * @param x,y        position of the box in pixels; see align
+ * @param text       UTF-16 little-endian units, at any address; read during the call only
+ * @param font_size  points at 80 dots an inch, up to 96. A larger one writes "font_size error : %d!" to
+ * standard error and ends the process with status 0
+ * @param font       entry of ::ttf_font_file; only bit 0 counts
+ * @param fg,bg      foreground and background, RGB565
+ * @param align      1: x is the centre, 3: x and y are the centre, not less than 0. 2: y is the centre if
+ * ::sy is above half the height, else 0. 4, 5: in the middle of 640 columns, of 480 rows. 6, 7: against the
+ * right, the bottom edge of these. Any other: (x, y) is the top-left corner
+ * @return 0. When FreeType fails, or the font lacks a character, nothing is drawn and standard error says
+ *         "FT_Init_FreeType failed!", "FT_New_Face failed!", "FT_Set_Char_Size failed!", "FT_Get_Char_Index
+ * failed!", "FT_Load_Glyph failed! ret=%08x" or "FT_Render_Glyph failed!"
+ */
+DRAVIK_API int put_unicode_string(uint32_t x, uint32_t y, const void *text, uint32_t font_size, uint32_t font,
+                                  uint16_t fg, uint16_t bg, int32_t align) DRAVIK_NOEXCEPT;
 
 /** @} */
 

@@ -1,0 +1,203 @@
+// BMP files kept in memory slots and drawn without touching the file again. Only 16-bit files can be drawn.
+
+#include "base/heap_block.hpp"
+#include "base/unique_file.hpp"
+#include "fb/fill.hpp"
+#include "image/bmp_format.hpp"
+#include "image/keyed_row.hpp"
+#include "image/placement.hpp"
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <cstring>
+
+extern "C" {
+constinit uint8_t *bmp_mem_ptr[64] = {};
+constinit int32_t bmp_mem_num = 0;
+}
+
+namespace dravik::image {
+namespace {
+
+using fb::pixel;
+
+constexpr size_t block_step = 256;
+
+/// What was allocated for each slot, so that no header is believed beyond it. Freed blocks have no size.
+struct allocation {
+  const uint8_t *block;
+  size_t size;
+};
+constinit std::array<allocation, std::size(bmp_mem_ptr)> allocations = {};
+
+// ------------------------------------------------------------------------------------------------ loading
+
+int load_slot(size_t slot, const char *dir, const char *name) noexcept {
+  bmp_mem_ptr[slot] = nullptr;
+  allocations[slot] = {};
+  std::array<char, PATH_MAX> path;
+  const int length = std::snprintf(path.data(), path.size(), "%s/%s", dir, name);
+  if (length < 0 || static_cast<size_t>(length) >= path.size())
+    return log_printf("path too long: %s", name);
+  unique_file file = open_file(path.data(), "r");
+  if (file == nullptr)
+    return log_printf("fopen %s err", path.data());
+
+  const int64_t end = seek_to_end(file.get());
+  const size_t size = end < 0 ? 0 : static_cast<size_t>(end);
+  const size_t block_size = size / block_step * block_step + block_step;
+  heap_block block = block_size > size ? allocate_block(block_size) : heap_block{};
+  if (block == nullptr) {
+    file.reset();
+    return log_printf("%s(): malloc err", "bmp_mem_load");
+  }
+  std::rewind(file.get());
+  const size_t got = std::fread(block.get(), 1, size, file.get());
+  std::memset(block.get() + got, 0, block_size - got);
+  allocations[slot] = {block.get(), block_size};
+  bmp_mem_ptr[slot] = block.release();
+  return std::fclose(file.release());
+}
+
+int load_all(int32_t count, const char *dir, const char *const *names) noexcept {
+  const int32_t slots = std::clamp<int32_t>(count, 0, std::size(bmp_mem_ptr));
+  int result = 0;
+  for (int32_t i = 0; i < slots; ++i)
+    result = load_slot(static_cast<size_t>(i), dir, names[i]);
+  bmp_mem_num = slots;
+  return result;
+}
+
+void free_all() noexcept {
+  for (int32_t i = 0; i < std::min<int32_t>(bmp_mem_num, std::size(bmp_mem_ptr)); ++i) {
+    allocation &known = allocations[static_cast<size_t>(i)];
+    if (known.block == bmp_mem_ptr[i] && known.size == 0)
+      continue; // empty, or freed before
+    std::free(bmp_mem_ptr[i]);
+    known = {bmp_mem_ptr[i], 0};
+  }
+}
+
+// ------------------------------------------------------------------------------------------------ drawing
+
+/// The bytes of a slot; of a block that the application put there itself, as many as its header says.
+std::span<const uint8_t> slot_bytes(int32_t slot) noexcept {
+  const uint8_t *block = bmp_mem_ptr[slot];
+  if (block == nullptr)
+    return {};
+  const allocation &known = allocations[static_cast<size_t>(slot)];
+  if (known.block == block)
+    return {block, known.size};
+  const uint32_t size =
+      read_bmp_header(std::span<const uint8_t, bmp_header_size>{block, bmp_header_size}).file_size;
+  return {block, std::max<size_t>(size, bmp_header_size)};
+}
+
+/// A picture in a slot, and where it goes.
+struct picture {
+  bmp_header header;
+  position at;
+  fb::surface on;
+  const uint8_t *rows;
+
+  /// The screen address of the n-th row stored.
+  pixel *row(uint32_t n) const noexcept {
+    return on.at(at.x, at.y + static_cast<int32_t>(header.height - 1 - n));
+  }
+};
+
+/// Rows of the keyed modes lie `width * 2` bytes apart, those of the copy are padded to four bytes: a picture
+/// of odd width drifts in the keyed modes, on purpose.
+size_t stride(const bmp_header &header, int32_t mode) noexcept {
+  return mode == 0 ? bmp_row_size(header.width, 16) : size_t{header.width} * 2;
+}
+
+bool is_drawable(const bmp_header &header, int32_t mode) noexcept {
+  return header.bits == 16 && mode >= 0 && mode <= 2;
+}
+
+void draw(const picture &from, int32_t mode) noexcept {
+  constexpr auto as_it_is = [](auto colour) { return colour; };
+  constexpr auto silhouette = []<class Pixel>(Pixel) { return static_cast<Pixel>(Pixel{} + bmp_silhouette); };
+  const size_t size = stride(from.header, mode), width = from.header.width;
+  const uint8_t *row = from.rows;
+  for (uint32_t n = 0; n < from.header.height; ++n, row += size) {
+    if (mode == 0) {
+      std::memcpy(from.row(n), row, size);
+    } else if (mode == 1) {
+      put_keyed_row(from.row(n), row, width, key_colour<false>{bmp_key_colour}, as_it_is);
+    } else {
+      put_keyed_row(from.row(n), row, width, key_colour<true>{bmp_key_colour}, silhouette);
+    }
+  }
+}
+
+/// Whether the picture lies on the screen as a whole; says in the log if not.
+bool is_on_screen(const bmp_header &header, position at, const fb::surface &on) noexcept {
+  const auto x = static_cast<uint32_t>(at.x), y = static_cast<uint32_t>(at.y);
+  if (uint64_t{x} + header.width <= static_cast<uint32_t>(on.width) &&
+      uint64_t{y} + header.height <= static_cast<uint32_t>(on.height))
+    return true;
+  log_printf("BMP image is out of range!");
+  log_printf("Canvas size : %4d x %4d (%4d,%4d)-->(%4d,%4d)", on.width, on.height, 0, 0, on.width - 1,
+             on.height - 1);
+  log_printf("Image size : %4d x %4d (%4d,%4d)-->(%4d,%4d)", static_cast<int>(header.width),
+             static_cast<int>(header.height), at.x, at.y, static_cast<int>(x + header.width - 1),
+             static_cast<int>(y + header.height - 1));
+  return false;
+}
+
+int show(position at, int32_t slot, int32_t mode, uint8_t align) noexcept {
+  if (slot < 0 || slot >= bmp_mem_num || slot >= std::ssize(bmp_mem_ptr)) {
+    log_printf("BMP mem index err: %d, max = %d", slot, bmp_mem_num);
+    return -1;
+  }
+  const std::span<const uint8_t> bytes = slot_bytes(slot);
+  if (bytes.size() < bmp_header_size) {
+    log_printf("BMP mem ptr is NULL, bmp_mem_idx=%d", slot);
+    return -1;
+  }
+  const bmp_header header = read_bmp_header(bytes.first<bmp_header_size>());
+  if (!header.has_signature) {
+    log_printf("BMP type err, bmp_mem_idx=%d", slot);
+    return -1;
+  }
+  const fb::surface on = fb::screen();
+  if (header.width > static_cast<uint32_t>(on.width) || header.height > static_cast<uint32_t>(on.height)) {
+    log_printf("BMP image size is too big : %d x %d, fb size : %dx%d", static_cast<int>(header.width),
+               static_cast<int>(header.height), on.width, on.height);
+    return -1;
+  }
+  at = placed(at, static_cast<int32_t>(header.width), static_cast<int32_t>(header.height), align);
+  if (!is_on_screen(header, at, on))
+    return -1;
+  if (is_drawable(header, mode) &&
+      header.data_offset + uint64_t{header.height} * stride(header, mode) > bytes.size()) {
+    log_printf("BMP data err, bmp_mem_idx=%d", slot);
+    return -1;
+  }
+  publish_bmp_header(header);
+  if (is_drawable(header, mode))
+    draw({header, at, on, bytes.data() + header.data_offset}, mode);
+  return 0;
+}
+
+} // namespace
+} // namespace dravik::image
+
+extern "C" {
+
+int bmp_mem_alloc(int32_t count, const char *dir, const char *const *names) noexcept {
+  return dravik::image::load_all(count, dir, names);
+}
+
+int bmp_mem_show(uint32_t x, uint32_t y, int32_t slot, int32_t mode, uint8_t align) noexcept {
+  return dravik::image::show({static_cast<int32_t>(x), static_cast<int32_t>(y)}, slot, mode, align);
+}
+
+void bmp_mem_free() noexcept {
+  dravik::image::free_all();
+}
+
+} // extern "C"

@@ -1,0 +1,155 @@
+// JPEG pictures through libjpeg, row by row to the screen.
+
+#include "base/unique_file.hpp"
+#include "fb/clip.hpp"
+#include "fb/fill.hpp"
+#include "image/bmp_format.hpp"
+#include "image/placement.hpp"
+
+#include <array>
+#include <climits>
+#include <csetjmp>
+#include <cstdio>
+#include <jpeglib.h>
+
+extern "C" {
+constinit uint32_t jpeginfo[4] = {};
+}
+
+static_assert(JPEG_LIB_VERSION == 62, "the library speaks the interface of libjpeg 6b");
+
+namespace dravik::image {
+namespace {
+
+using fb::pixel;
+
+constexpr const char *directory = "/usr/local/dravik/jpg";
+constexpr uint16_t near_black = 0x0821; ///< drawn for black and its neighbours: 0 is kept free
+
+/// libjpeg's error manager, and where its fatal errors lead.
+struct error_context {
+  jpeg_error_mgr manager; // first, so that libjpeg's pointer to it points to the whole
+  jmp_buf failed;
+};
+
+extern "C" [[noreturn]] void leave_decoder(j_common_ptr decoder) noexcept {
+  decoder->err->output_message(decoder);
+  std::longjmp(reinterpret_cast<error_context *>(decoder->err)->failed, 1); // NOLINT(cert-err52-cpp)
+}
+
+/// The part of each row that lies on the screen, and where it goes. Rows off the screen have no columns.
+struct canvas {
+  fb::surface on;
+  position at;
+  fb::range columns; ///< of the picture
+
+  fb::range columns_of(int64_t row) const noexcept {
+    const int64_t y = at.y + row;
+    return y >= 0 && y < on.height ? columns : fb::range{0, -1};
+  }
+};
+
+fb::range visible_columns(int32_t x, uint32_t width, const fb::surface &on) noexcept {
+  const int64_t first = x < 0 ? -int64_t{x} : 0;
+  const int64_t last = std::min<int64_t>(int64_t{width} - 1, int64_t{on.width} - 1 - x);
+  return first <= last ? fb::range{static_cast<int32_t>(first), static_cast<int32_t>(last)}
+                       : fb::range{0, -1};
+}
+
+constexpr uint16_t visible_colour(uint16_t colour) noexcept {
+  return (colour & 0xF7FE) == 0 ? near_black : colour;
+}
+
+/// Converts `count` pixels of `components` bytes each. Pictures of fewer than three are grey.
+void convert(pixel *to, const uint8_t *from, size_t count, size_t components) noexcept {
+  const size_t green = components >= 3 ? 1 : 0, blue = components >= 3 ? 2 : 0;
+  for (; count > 0; --count, ++to, from += components)
+    *to = visible_colour(rgb565(from[0], from[green], from[blue]));
+}
+
+void warn_when_off_screen(const canvas &to, uint32_t width, uint32_t height) noexcept {
+  const auto x = static_cast<uint32_t>(to.at.x), y = static_cast<uint32_t>(to.at.y);
+  const int xres = to.on.width, yres = to.on.height;
+  if (uint64_t{x} + width <= static_cast<uint32_t>(xres) &&
+      uint64_t{y} + height <= static_cast<uint32_t>(yres))
+    return;
+  std::fprintf(stderr, "JPG image is out of range!\n");
+  std::fprintf(stderr, "Canvas size : %4d x %4d (%4d,%4d)-->(%4d,%4d)\n", xres, yres, 0, 0, xres - 1,
+               yres - 1);
+  std::fprintf(stderr, " Image size : %4d x %4d (%4d,%4d)-->(%4d,%4d)\n", static_cast<int>(width),
+               static_cast<int>(height), to.at.x, to.at.y, static_cast<int>(x + width - 1),
+               static_cast<int>(y + height - 1));
+}
+
+canvas prepare_canvas(const jpeg_decompress_struct &decoder, position at, uint32_t align) noexcept {
+  const uint32_t info[] = {decoder.image_width, decoder.image_height, decoder.output_width,
+                           decoder.output_height};
+  std::ranges::copy(info, jpeginfo);
+  const auto width = static_cast<int32_t>(decoder.image_width),
+             height = static_cast<int32_t>(decoder.image_height);
+  canvas to = {fb::screen(), placed(at, width, height, static_cast<int32_t>(align)), {}};
+  to.columns = visible_columns(to.at.x, decoder.output_width, to.on);
+  warn_when_off_screen(to, decoder.image_width, decoder.image_height);
+  return to;
+}
+
+/// Everything between the decoder's creation and its end. Its locals are trivial: fatal errors jump out of
+/// it.
+void decode(jpeg_decompress_struct &decoder, std::FILE *file, position at, uint32_t align) noexcept {
+  jpeg_stdio_src(&decoder, file);
+  jpeg_read_header(&decoder, TRUE);
+  jpeg_start_decompress(&decoder);
+  const auto components = static_cast<JDIMENSION>(decoder.output_components);
+  JSAMPARRAY row = decoder.mem->alloc_sarray(reinterpret_cast<j_common_ptr>(&decoder), JPOOL_IMAGE,
+                                             decoder.output_width * components, 1);
+  const canvas to = prepare_canvas(decoder, at, align);
+  while (decoder.output_scanline < decoder.output_height) {
+    const JDIMENSION n = decoder.output_scanline;
+    jpeg_read_scanlines(&decoder, row, 1);
+    const fb::range columns = to.columns_of(n);
+    if (columns.empty())
+      continue;
+    convert(to.on.at(to.at.x + columns.first, to.at.y + static_cast<int32_t>(n)),
+            row[0] + static_cast<size_t>(columns.first) * components, columns.count(), components);
+  }
+  jpeg_finish_decompress(&decoder);
+}
+
+/// Draws an open file; false after a fatal error, which libjpeg has told on standard error.
+bool draw_stream(std::FILE *file, position at, uint32_t align) noexcept {
+  error_context errors;
+  jpeg_decompress_struct decoder;
+  decoder.err = jpeg_std_error(&errors.manager);
+  errors.manager.error_exit = leave_decoder;
+  if (setjmp(errors.failed) != 0) { // NOLINT(cert-err52-cpp): how libjpeg reports
+    jpeg_destroy_decompress(&decoder);
+    return false;
+  }
+  jpeg_create_decompress(&decoder);
+  decode(decoder, file, at, align);
+  jpeg_destroy_decompress(&decoder);
+  return true;
+}
+
+int draw_file(position at, const char *name, uint32_t align) noexcept {
+  std::array<char, PATH_MAX> path;
+  const int length = std::snprintf(path.data(), path.size(), "%s/%s", directory, name);
+  const bool fits = length >= 0 && static_cast<size_t>(length) < path.size();
+  const unique_file file = fits ? open_file(path.data(), "r") : nullptr;
+  if (file == nullptr) {
+    std::fprintf(stderr, "can't open %s/%s\n", directory, name);
+    return -1;
+  }
+  return draw_stream(file.get(), at, align) ? 0 : -1;
+}
+
+} // namespace
+} // namespace dravik::image
+
+extern "C" {
+
+int fb_put_jpeg_file(uint32_t x, uint32_t y, const char *name, uint32_t align) noexcept {
+  return dravik::image::draw_file({static_cast<int32_t>(x), static_cast<int32_t>(y)}, name, align);
+}
+
+} // extern "C"

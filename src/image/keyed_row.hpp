@@ -1,0 +1,51 @@
+// Rows of 16-bit pixels of which some are left out.
+#pragma once
+
+#include "fb/fill.hpp"
+
+#include <cstring>
+
+namespace dravik::image {
+
+/// Leaves out the key colour, and black where `WithoutBlack`; the rest as it is.
+template <bool WithoutBlack> struct key_colour {
+  uint16_t key;
+
+  template <class Pixel> constexpr auto leaves_out(Pixel colour) const noexcept {
+    if constexpr (WithoutBlack) {
+      return (colour == key) | (colour == 0);
+    } else {
+      return colour == key;
+    }
+  }
+};
+
+/// Puts the pixels of a row that the key lets through, each in the colour that `paint` makes of it. `from`
+/// needs no alignment. Machines with 16-byte registers look at eight pixels at a time.
+template <class Key, class Paint>
+void put_keyed_row(fb::pixel *to, const uint8_t *from, size_t width, Key key, Paint paint) noexcept {
+  typedef uint16_t lanes __attribute__((vector_size(16)));
+  typedef uint64_t halves __attribute__((vector_size(16)));
+  const auto put_some = [=](size_t first, size_t last) {
+    for (size_t i = first; i < last; ++i) {
+      uint16_t colour;
+      std::memcpy(&colour, from + i * 2, sizeof colour);
+      if (!key.leaves_out(colour))
+        to[i] = paint(colour);
+    }
+  };
+  size_t done = 0;
+  for (; sizeof(void *) == 8 && width - done >= 8; done += 8) {
+    lanes colours;
+    std::memcpy(&colours, from + done * 2, sizeof colours);
+    const auto left_out = reinterpret_cast<halves>(key.leaves_out(colours));
+    if ((left_out[0] | left_out[1]) == 0) {
+      fb::store(to + done, paint(colours));
+    } else if ((left_out[0] & left_out[1]) != UINT64_MAX) {
+      put_some(done, done + 8);
+    }
+  }
+  put_some(done, width);
+}
+
+} // namespace dravik::image

@@ -1,0 +1,79 @@
+// Screenshots: a picture of 640 by 480 pixels as a BMP file with RGB565 masks on the card.
+
+#include "base/local_time.hpp"
+#include "base/unique_file.hpp"
+#include "dravik.h"
+
+#include <array>
+#include <bit>
+#include <cstring>
+
+namespace dravik::image {
+namespace {
+
+constexpr uint32_t width = 640;
+constexpr uint32_t height = 480;
+constexpr uint32_t data_offset = 66; ///< after the header and the three masks
+constexpr uint32_t data_size = width * height * 2;
+constexpr uint32_t file_size = data_offset + data_size;
+constexpr uint32_t pixels_per_metre = 2834;
+constexpr uint32_t with_masks = 3; ///< the compression code of files that give their own masks
+
+static_assert(std::endian::native == std::endian::little, "pixels go to the file as they are in memory");
+
+using file_header = std::array<uint8_t, data_offset>;
+
+constexpr file_header header = [] {
+  file_header bytes = {'B', 'M'};
+  const auto put = [&bytes](size_t at, size_t size, uint32_t value) {
+    for (size_t i = 0; i < size; ++i)
+      bytes[at + i] = static_cast<uint8_t>(value >> (8 * i));
+  };
+  put(2, 4, file_size);
+  put(6, 4, file_size); // the two reserved words repeat the size, on purpose
+  put(10, 4, data_offset);
+  put(14, 4, 40); // size of the information header
+  put(18, 4, width);
+  put(22, 4, height);
+  put(26, 2, 1); // planes
+  put(28, 2, 16);
+  put(30, 4, with_masks);
+  put(34, 4, data_size);
+  put(38, 4, pixels_per_metre);
+  put(42, 4, pixels_per_metre);
+  put(54, 4, 0xF800);
+  put(58, 4, 0x07E0);
+  put(62, 4, 0x001F);
+  return bytes;
+}();
+
+using file_path = std::array<char, 40>;
+
+file_path path_of_now() noexcept {
+  const tm now = local_time(std::time(nullptr));
+  file_path path;
+  std::snprintf(path.data(), path.size(), "/tmp/mmcblk0p1/q7_%02d%02d%02d.bmp", now.tm_hour, now.tm_min,
+                now.tm_sec);
+  return path;
+}
+
+int save(const uint16_t *pixels) noexcept {
+  unique_file file = open_file(path_of_now().data(), "w");
+  if (file == nullptr)
+    return -1;
+  std::fwrite(header.data(), 1, header.size(), file.get());
+  for (uint32_t row = height; row-- > 0;)
+    std::fwrite(pixels + size_t{row} * width, 2, width, file.get());
+  return std::fclose(file.release());
+}
+
+} // namespace
+} // namespace dravik::image
+
+extern "C" {
+
+int fb_get_bmp_file(const uint16_t *pixels) noexcept {
+  return dravik::image::save(pixels);
+}
+
+} // extern "C"

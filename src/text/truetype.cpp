@@ -1,0 +1,353 @@
+// Smooth text in any script: FreeType's coverage is composed on a plane of 16 levels, and the text's box on
+// it is copied to the screen through a ramp of the colour table.
+
+#include "base/byte_reader.hpp"
+#include "fb/clip.hpp"
+#include "fb/colour_table.hpp"
+#include "fb/surface.hpp"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ft2build.h>
+#include FT_FREETYPE_H
+#include <limits>
+#include <memory>
+
+extern "C" {
+constinit const char *ttf_font_file[2] = {"/usr/local/dravik/font/arial.ttf",
+                                          "/usr/local/dravik/font/DroidSansFallback.ttf"};
+constinit uint8_t unicode[256] = {};
+constinit int32_t unicode_len = 0;
+constinit int32_t sx = 0;
+constinit int32_t sy = 0;
+constinit int32_t ex = 0;
+constinit int32_t ey = 0;
+constinit int32_t str_width = 0;
+constinit int32_t str_height = 0;
+}
+
+namespace dravik::text {
+namespace {
+
+using fb::pixel;
+
+constexpr int32_t plane_width = 640;
+constexpr int32_t plane_height = 480;
+static_assert(sizeof image_buffer == plane_width * plane_height);
+
+constexpr uint32_t largest_size = 96;
+constexpr int32_t most_units = sizeof ::unicode / 2;
+constexpr uint16_t line_feed = 10;
+constexpr uint16_t space = 32;
+constexpr FT_UInt dots_per_inch = 80;
+constexpr int32_t pen_column = 10;
+constexpr int32_t pen_row = 100;  ///< of FreeType's rows, which count upwards
+constexpr int32_t baseline = 200; ///< the plane row of FreeType's row 0 at the pen
+
+// ------------------------------------------------------------------------------------------------ the string
+
+/// Unit `i` of a string that may begin at any address.
+uint16_t unit_at(const void *text, int32_t i) noexcept {
+  byte_reader reader{{static_cast<const uint8_t *>(text) + ptrdiff_t{i} * 2, 2}};
+  return reader.u16le();
+}
+
+/// Copies the string up to its end, its first line feed or as many units as fit.
+void take_string(const void *text) noexcept {
+  for (unicode_len = 0; unicode_len < most_units; ++unicode_len) {
+    const uint16_t unit = unit_at(text, unicode_len);
+    const bool ends = unit == 0 || unit == line_feed;
+    ::unicode[unicode_len * 2] = static_cast<uint8_t>(ends ? 0 : unit);
+    ::unicode[unicode_len * 2 + 1] = static_cast<uint8_t>(ends ? 0 : unit >> 8);
+    if (ends)
+      return;
+  }
+}
+
+// ------------------------------------------------------------------------------------------------ the plane
+
+constexpr int32_t plane_column(int64_t column) noexcept {
+  return static_cast<int32_t>(std::clamp<int64_t>(column, 0, plane_width - 1));
+}
+constexpr int32_t plane_row(int64_t row) noexcept {
+  return static_cast<int32_t>(std::clamp<int64_t>(row, 0, plane_height - 1));
+}
+
+uint8_t *cells_of(int64_t row) noexcept {
+  return image_buffer + ptrdiff_t{plane_row(row)} * plane_width;
+}
+
+/// Row `r` from the top; a negative pitch means that the rows lie bottom-up.
+const uint8_t *row_of(const FT_Bitmap &bitmap, uint32_t r) noexcept {
+  const ptrdiff_t pitch = bitmap.pitch;
+  return bitmap.buffer + (pitch >= 0 ? r * pitch : -pitch * static_cast<ptrdiff_t>(bitmap.rows - 1 - r));
+}
+
+/// Coverage of one pixel in 16 levels. Fonts may bring bitmaps of their own, of one bit or 256 greys.
+uint8_t level(const FT_Bitmap &bitmap, const uint8_t *row, uint32_t column) noexcept {
+  switch (bitmap.pixel_mode) {
+  case FT_PIXEL_MODE_GRAY:
+    return row[column] >> 4;
+  case FT_PIXEL_MODE_MONO:
+    return (row[column >> 3] & 0x80 >> (column & 7)) != 0 ? 15 : 0;
+  default:
+    return 0;
+  }
+}
+
+/// Stores a row of levels from a column on. Cells past an edge of the plane land on its last column, in their
+/// order.
+void put_levels(uint8_t *cells, int64_t start, const FT_Bitmap &bitmap, const uint8_t *row) noexcept {
+  for (uint32_t column = 0; column < bitmap.width; ++column)
+    cells[plane_column(start + column)] = level(bitmap, row, column);
+}
+
+void put_grey_row(uint8_t *cells, const FT_Bitmap &bitmap, const uint8_t *row) noexcept {
+  for (uint32_t column = 0; column < bitmap.width; ++column)
+    cells[column] = row[column] >> 4;
+}
+
+/// Clears what an earlier glyph left between the pen and this glyph's first column.
+void clear_levels(uint8_t *cells, int64_t start, int64_t count) noexcept {
+  const int32_t first = plane_column(start), last = plane_column(start + count - 1);
+  if (count > 0)
+    std::memset(cells + first, 0, static_cast<size_t>(last - first) + 1);
+}
+
+/// The place of a glyph on the plane.
+struct placed_glyph {
+  int64_t pen;  ///< column of the pen
+  int64_t left; ///< from the pen to the bitmap's first column
+  int64_t top;  ///< row of the bitmap's first row
+};
+
+void compose(const FT_Bitmap &bitmap, const placed_glyph &at) noexcept {
+  const int64_t start = at.pen + at.left;
+  const bool inside =
+      bitmap.pixel_mode == FT_PIXEL_MODE_GRAY && start >= 0 && start + bitmap.width <= plane_width;
+  for (uint32_t r = 0; r < bitmap.rows; ++r) {
+    uint8_t *const cells = cells_of(at.top + r);
+    const uint8_t *const row = row_of(bitmap, r);
+    clear_levels(cells, at.pen, at.left);
+    if (inside) {
+      put_grey_row(cells + start, bitmap, row);
+    } else {
+      put_levels(cells, start, bitmap, row);
+    }
+  }
+}
+
+// ------------------------------------------------------------------------------------------------ rendering
+
+constexpr int32_t to_int32(int64_t value) noexcept {
+  return static_cast<int32_t>(value);
+}
+
+/// Widens the text's box by one glyph of the string.
+void widen_box(const FT_GlyphSlotRec &glyph, const placed_glyph &at, int32_t index) noexcept {
+  if (index == 0 && at.left < 0)
+    sx = std::min(sx, to_int32(at.left + pen_column));
+  if (index == unicode_len - 1)
+    ex = to_int32(at.pen + glyph.advance.x / 64);
+  sy = std::min(sy, baseline - glyph.bitmap_top);
+  ey = std::max(ey, to_int32(int64_t{glyph.bitmap.rows} - glyph.bitmap_top + baseline));
+}
+
+bool failed(const char *message) noexcept {
+  std::fputs(message, stderr);
+  return false;
+}
+
+/// Composes one unit of the string and moves the pen on.
+bool render_unit(FT_Face face, FT_Vector &pen, int32_t index) noexcept {
+  FT_Matrix identity = {0x10000, 0, 0, 0x10000};
+  FT_Set_Transform(face, &identity, &pen);
+  const uint16_t unit = unit_at(::unicode, index);
+  const FT_UInt glyph_index = FT_Get_Char_Index(face, unit);
+  if (glyph_index == 0)
+    return failed("FT_Get_Char_Index failed!\n");
+  if (const FT_Error error = FT_Load_Glyph(face, glyph_index, FT_LOAD_DEFAULT); error != 0) {
+    std::fprintf(stderr, "FT_Load_Glyph failed! ret=%08x\n", static_cast<unsigned>(error));
+    return false;
+  }
+  const FT_GlyphSlot glyph = face->glyph;
+  if (FT_Render_Glyph(glyph, FT_RENDER_MODE_NORMAL) != 0)
+    return failed("FT_Render_Glyph failed!\n");
+
+  const int64_t column = pen.x / 64;
+  const placed_glyph at = {column, glyph->bitmap_left - column,
+                           int64_t{pen.y} / 64 - glyph->bitmap_top + (baseline - pen_row)};
+  if (unit != space)
+    widen_box(*glyph, at, index);
+  compose(glyph->bitmap, at);
+  pen.x += glyph->advance.x;
+  pen.y += glyph->advance.y;
+  return true;
+}
+
+template <auto Done> struct ft_deleter {
+  template <class T> void operator()(T *handle) const noexcept { Done(handle); }
+};
+using library_owner = std::unique_ptr<FT_LibraryRec_, ft_deleter<FT_Done_FreeType>>;
+using face_owner = std::unique_ptr<FT_FaceRec_, ft_deleter<FT_Done_Face>>;
+
+/// Composes the string on the plane and measures its box.
+bool render(uint32_t font_size, uint32_t font) noexcept {
+  std::memset(image_buffer, 0, sizeof image_buffer);
+  sx = pen_column;
+  ex = 0;
+  sy = plane_height;
+  ey = 0;
+
+  FT_Library library_handle;
+  if (FT_Init_FreeType(&library_handle) != 0)
+    return failed("FT_Init_FreeType failed!\n");
+  const library_owner library{library_handle};
+  FT_Face face_handle;
+  if (FT_New_Face(library.get(), ttf_font_file[font & 1], 0, &face_handle) != 0)
+    return failed("FT_New_Face failed!\n");
+  const face_owner face{face_handle};
+  if (FT_Set_Char_Size(face.get(), static_cast<FT_F26Dot6>(font_size) * 64, 0, dots_per_inch, 0) != 0)
+    return failed("FT_Set_Char_Size failed!\n");
+
+  FT_Vector pen = {pen_column * 64, pen_row * 64};
+  for (int32_t i = 0; i < unicode_len; ++i)
+    if (!render_unit(face.get(), pen, i))
+      return false;
+  return true;
+}
+
+// ------------------------------------------------------------------------------------------------ the screen
+
+constexpr int32_t any = fb::ramp_rule::any;
+constexpr uint8_t black_on_white = 12;
+constexpr fb::ramp_rule text_ramps[] = {
+    {0xFFFF, 0xF800, 9},  {0xFFFF, 0x07E0, 10}, {0xFFFF, 0x001F, 11}, {0xFFFF, 0x7BEF, 13},
+    {0xFFFF, 0xFFE0, 14}, {0xFFFF, 0xF81F, 15}, {0xFFFF, 0x07FF, 16}, {0xFFFF, 0xFBC0, 17},
+    {0xFFFF, any, 12},    {0x0821, 0xF800, 0},  {0x0821, 0x07E0, 1},  {0x0821, 0x001F, 2},
+    {0x0821, 0x7BEF, 4},  {0x0821, 0xFFE0, 5},  {0x0821, 0xF81F, 6},  {0x0821, 0x07FF, 7},
+    {0x0821, 0xFBC0, 8},  {0x0821, any, 3},     {0xF81F, 0xF800, 18}, {0xF81F, 0x07E0, 19},
+    {0xF81F, 0x001F, 20}, {0xF81F, 0xFFFF, 22}, {0xF81F, 0x7BEF, 23}, {0xF81F, 0xFFE0, 24},
+    {0xF81F, 0x07FF, 25}, {0xF81F, 0xFBC0, 26}, {0xF81F, any, 21},    {0x1234, 0x0821, 28},
+    {0x1234, any, 27},
+};
+
+struct position {
+  int32_t x, y;
+};
+
+/// at - size / 2, but 0 unless `compared` is above size / 2.
+constexpr int32_t centred(int32_t at, int32_t compared, int32_t size) noexcept {
+  const int32_t half = size >> 1;
+  return compared > half ? to_int32(int64_t{at} - half) : 0;
+}
+
+/// The start of a stretch that leaves `room / share` before it; `at` when it is larger than the plane.
+constexpr int32_t against(int32_t at, int32_t size, int32_t plane_size, int32_t share) noexcept {
+  return size <= plane_size ? to_int32((int64_t{plane_size} - size) / share) : at;
+}
+
+position aligned(position at, int32_t align) noexcept {
+  switch (align) {
+  case 1:
+    return {centred(at.x, at.x, str_width), at.y};
+  case 2:
+    return {at.x, centred(at.y, sy, str_height)}; // compares the box's top row, on purpose
+  case 3:
+    return {centred(at.x, at.x, str_width), centred(at.y, at.y, str_height)};
+  case 4:
+    return {against(at.x, str_width, plane_width, 2), at.y};
+  case 5:
+    return {at.x, against(at.y, str_height, plane_height, 2)};
+  case 6:
+    return {against(at.x, str_width, plane_width, 1), at.y};
+  case 7:
+    return {at.x, against(at.y, str_height, plane_height, 1)};
+  default:
+    return at;
+  }
+}
+
+/// Columns of the box, counted from its first, that may be drawn on a line. Nothing is written before the
+/// screen. A box that leaves the plane has its size from the font's word alone, so it stays within the
+/// screen's memory.
+fb::range drawable_columns(const fb::surface &on, int64_t line, int32_t x) noexcept {
+  const bool on_plane = sx >= 0 && ex < plane_width && sy >= 0 && ey < plane_height;
+  const int64_t memory = std::max<int64_t>(fbinfo[FBINFO_SCREEN_SIZE], on.pitch * on.height);
+  const int64_t start = (line * on.pitch + int64_t{x} * 2) / 2; // in pixels
+  const int64_t last = int64_t{ex} - sx;
+  const int64_t end = on_plane ? last : std::min(last, memory / 2 - 1 - start);
+  return line < 0 || end < 0 ? fb::range{0, -1}
+                             : fb::range{to_int32(std::max<int64_t>(-start, 0)), to_int32(end)};
+}
+
+/// One row of the box; cells right or left of the plane repeat its edge.
+template <class Put> void copy_row(const uint8_t *cells, fb::range columns, pixel *to, Put put) noexcept {
+  for (int64_t c = columns.first; c <= columns.last; ++c)
+    put(to + c, cells[plane_column(sx + c)]);
+}
+
+void copy_box(position at, std::span<const uint16_t, fb::ramp_steps> ramp, bool transparent) noexcept {
+  const fb::surface on = fb::screen();
+  for (int64_t row = sy; row <= ey; ++row) {
+    const int64_t line = at.y + row - sy;
+    const fb::range columns = drawable_columns(on, line, at.x);
+    if (columns.empty())
+      continue;
+    pixel *const to = on.at(at.x, to_int32(line));
+    if (transparent) {
+      copy_row(cells_of(row), columns, to, [ramp](pixel *p, uint8_t level) {
+        if (level != 0)
+          *p = ramp[level];
+      });
+    } else {
+      copy_row(cells_of(row), columns, to, [ramp](pixel *p, uint8_t level) { *p = ramp[level]; });
+    }
+  }
+}
+
+void draw_string(position at, const void *text, uint32_t font_size, uint32_t font, uint16_t fg, uint16_t bg,
+                 int32_t align) noexcept {
+  if (font_size > largest_size) {
+    std::fprintf(stderr, "font_size error : %d!\n", static_cast<int>(font_size));
+    std::exit(EXIT_SUCCESS);
+  }
+  take_string(text);
+  if (!render(font_size, font))
+    return;
+  str_width = to_int32(int64_t{ex} + 1 - sx);
+  str_height = to_int32(int64_t{ey} + 1 - sy);
+  const uint8_t ramp = bg == 0 ? black_on_white : fb::find_ramp(text_ramps, bg, fg, black_on_white);
+  copy_box(aligned(at, align), fb::ramp_colours(ramp), bg == 0);
+}
+
+int32_t widen(const char *src, void *dst) noexcept {
+  auto *to = static_cast<uint8_t *>(dst);
+  int32_t count = 0;
+  for (; src[count] != '\0'; ++count) {
+    *to++ = static_cast<uint8_t>(src[count]);
+    *to++ = 0;
+  }
+  to[0] = to[1] = 0;
+  return count;
+}
+
+} // namespace
+} // namespace dravik::text
+
+extern "C" {
+
+int32_t ascii_to_unicode_string(const char *src, void *dst) noexcept {
+  return dravik::text::widen(src, dst);
+}
+
+int put_unicode_string(uint32_t x, uint32_t y, const void *text, uint32_t font_size, uint32_t font,
+                       uint16_t fg, uint16_t bg, int32_t align) noexcept {
+  dravik::text::draw_string({static_cast<int32_t>(x), static_cast<int32_t>(y)}, text, font_size, font, fg, bg,
+                            align);
+  return 0;
+}
+
+} // extern "C"
