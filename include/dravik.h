@@ -50,9 +50,10 @@ extern "C" {
  * straight to the visible memory; there is no back buffer.
  *
  * No drawing call compares a position with the length of the mapping. Where a call clips, its text says so;
- * every other one writes where its arguments point, so the application keeps its figures on the screen. An
- * unsigned position is taken modulo 2^32 as on the target: 0xFFFFFFFF is the column left of, or the line
- * above, the first.
+ * every other one writes where its arguments point, so the application keeps its figures on the screen. Only
+ * what a file makes larger than the screen (an image of an archive, a glyph, a line of smooth text) is cut
+ * off at the end of the screen's memory, since no position keeps it on the screen. An unsigned position is
+ * taken modulo 2^32 as on the target: 0xFFFFFFFF is the column left of, or the line above, the first.
  * @{
  */
 

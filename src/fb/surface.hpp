@@ -3,6 +3,7 @@
 
 #include "dravik.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -36,6 +37,22 @@ inline surface screen() noexcept {
 /// The address `bytes` further on (or back).
 inline pixel *step(pixel *from, ptrdiff_t bytes) noexcept {
   return reinterpret_cast<pixel *>(reinterpret_cast<uint8_t *>(from) + bytes);
+}
+
+/// Whether something of this size, which a file gave, is larger than the screen itself. No caller can keep
+/// that on the screen, so its drawing asks for room.
+inline bool is_oversized(const surface &on, int64_t width, int64_t height) noexcept {
+  return width > on.width || height > on.height;
+}
+
+/// Pixels from an address to the end of the screen's memory; 0 for one outside, and all there are while the
+/// record gives no size.
+inline size_t room(const surface &on, const pixel *at) noexcept {
+  const int64_t memory = std::max<int64_t>(fbinfo[FBINFO_SCREEN_SIZE], int64_t{on.pitch} * on.height);
+  if (memory == 0)
+    return SIZE_MAX;
+  const int64_t offset = reinterpret_cast<const uint8_t *>(at) - on.base;
+  return offset >= 0 && offset < memory ? static_cast<size_t>(memory - offset) / 2 : 0;
 }
 
 } // namespace dravik::fb

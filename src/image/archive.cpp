@@ -261,11 +261,13 @@ void paint(const art &what, position at, uint16_t fg, uint16_t bg) noexcept {
   const pair_table &table = pairs_of(fb::find_ramp(art_ramps, bg, fg, white_on_black));
   const auto paint_row = bg == 0 ? paint_transparent_row : paint_opaque_row;
   const fb::surface on = fb::screen();
+  const bool oversized = fb::is_oversized(on, what.width, what.height);
   const size_t row_bytes = (size_t{what.width} + 1) / 2;
   pixel *to = on.at(at.x, at.y);
   const uint8_t *from = what.pixels;
   for (uint32_t row = 0; row < what.height; ++row) {
-    paint_row(to, from, what.width, table);
+    const size_t width = oversized ? std::min<size_t>(what.width, fb::room(on, to)) : what.width;
+    paint_row(to, from, static_cast<uint32_t>(width), table);
     to = fb::step(to, on.pitch);
     from += row_bytes;
   }

@@ -54,16 +54,19 @@ void put_rows(std::span<const uint8_t> rows, pixel *at, ptrdiff_t pitch, uint32_
 class cell_writer {
 public:
   cell_writer(const fb::surface &on, const psf_font &font, uint32_t fg, uint32_t bg) noexcept
-      : on_(on), font_(font), transparent_(bg == 0),
-        opaque_(static_cast<uint16_t>(bg), static_cast<uint16_t>(fg)), set_only_(static_cast<uint16_t>(fg)) {}
+      : on_(on), font_(font), oversized_(fb::is_oversized(on, font.width, font.height)),
+        transparent_(bg == 0), opaque_(static_cast<uint16_t>(bg), static_cast<uint16_t>(fg)),
+        set_only_(static_cast<uint16_t>(fg)) {}
 
   uint32_t cell_width() const noexcept { return static_cast<uint32_t>(font_.width); }
 
   void put(uint32_t code, uint32_t x, uint32_t y) const noexcept {
-    const std::span<const uint8_t> rows = glyph_rows(font_, code);
+    std::span<const uint8_t> rows = glyph_rows(font_, code);
     if (rows.empty())
       return;
     const uint32_t width = std::min(cell_width(), widest_cell);
+    if (oversized_)
+      rows = rows.first(row_bytes() * rows_with_room(x, y, width));
     if (transparent_) {
       put_rows(rows, on_.at(x, y), on_.pitch, width, set_only_);
     } else {
@@ -72,8 +75,19 @@ public:
   }
 
 private:
+  size_t row_bytes() const noexcept { return font_.width <= 8 ? 1 : 2; }
+
+  /// How many rows of a cell that is larger than the screen lie in the screen's memory.
+  size_t rows_with_room(uint32_t x, uint32_t y, uint32_t width) const noexcept {
+    int32_t rows = 0;
+    while (rows < font_.height && fb::room(on_, on_.at(x, y + static_cast<uint32_t>(rows))) >= width)
+      ++rows;
+    return static_cast<size_t>(rows);
+  }
+
   const fb::surface on_;
   const psf_font &font_;
+  bool oversized_;
   bool transparent_;
   fb::opaque_bits opaque_;
   fb::transparent_bits set_only_;

@@ -271,16 +271,19 @@ position aligned(position at, int32_t align) noexcept {
 }
 
 /// Columns of the box, counted from its first, that may be drawn on a line. Nothing is written before the
-/// screen. A box that leaves the plane has its size from the font's word alone, so it stays within the
-/// screen's memory.
+/// screen. A box that leaves the plane is as large as the font pleases, so it stays within the screen's
+/// memory.
 fb::range drawable_columns(const fb::surface &on, int64_t line, int32_t x) noexcept {
+  if (line < 0)
+    return {0, -1};
   const bool on_plane = sx >= 0 && ex < plane_width && sy >= 0 && ey < plane_height;
-  const int64_t memory = std::max<int64_t>(fbinfo[FBINFO_SCREEN_SIZE], on.pitch * on.height);
-  const int64_t start = (line * on.pitch + int64_t{x} * 2) / 2; // in pixels
-  const int64_t last = int64_t{ex} - sx;
-  const int64_t end = on_plane ? last : std::min(last, memory / 2 - 1 - start);
-  return line < 0 || end < 0 ? fb::range{0, -1}
-                             : fb::range{to_int32(std::max<int64_t>(-start, 0)), to_int32(end)};
+  const int64_t before = -(line * on.pitch / 2 + x); // columns before the screen
+  const int64_t first = std::max<int64_t>(before, 0), last = int64_t{ex} - sx;
+  if (last < first || on_plane)
+    return {to_int32(first), to_int32(last)};
+  const auto more = static_cast<int64_t>(
+      std::min<size_t>(fb::room(on, on.at(to_int32(x + first), to_int32(line))), INT32_MAX));
+  return {to_int32(first), to_int32(std::min(last, first + more - 1))};
 }
 
 /// One row of the box; cells right or left of the plane repeat its edge.
