@@ -21,6 +21,7 @@ option(DRAVIK_TOOLS "Build the artwork tool" ${host_tools})
 option(DRAVIK_EXAMPLES "Build the examples and the demonstration" ${host_tools})
 option(DRAVIK_TESTS "Build the tests" ${host_tests})
 option(DRAVIK_BENCH "Build the benchmarks" OFF)
+option(DRAVIK_FUZZ "Build the fuzz targets for libFuzzer; needs clang" OFF)
 option(DRAVIK_WERROR "Treat warnings as errors" ON)
 set(DRAVIK_SANITIZE "" CACHE STRING "Sanitizers to build with: address,undefined or thread")
 
