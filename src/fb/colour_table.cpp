@@ -90,7 +90,7 @@ void build_theme_ramps(uint16_t theme) noexcept {
 
 } // namespace
 
-void build_colour_table(uint16_t theme) noexcept {
+void build_color_table(uint16_t theme) noexcept {
   for (size_t i = 0; i < fixed_colours.size(); ++i)
     gc[i] = fixed_colours[i];
   build_theme_ramps(theme);
@@ -122,7 +122,7 @@ constexpr uint16_t grad_line[208] = {
 };
 
 void set_theme_color(int32_t colour) noexcept {
-  dravik::fb::build_colour_table(static_cast<uint16_t>(colour));
+  dravik::fb::build_color_table(static_cast<uint16_t>(colour));
 }
 
 uint16_t get_theme_color() noexcept {

@@ -40,7 +40,7 @@ inline std::span<const uint16_t, ramp_steps> ramp_colours(uint8_t ramp) noexcept
 }
 
 /// Rebuild the whole table for a theme colour.
-void build_colour_table(uint16_t theme) noexcept;
+void build_color_table(uint16_t theme) noexcept;
 
 /// A run of screen lines that the shading paints in one colour.
 struct shade_run {

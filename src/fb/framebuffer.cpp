@@ -83,7 +83,7 @@ extern "C" {
 
 void fb_init() noexcept {
   dravik::fb::open_screen();
-  dravik::fb::build_colour_table(dravik::fb::start_up_theme);
+  dravik::fb::build_color_table(dravik::fb::start_up_theme);
 }
 
 int fb_exit() noexcept {

@@ -22,13 +22,15 @@ namespace {
 constexpr const char *path = "/tmp/dravik.log";
 constexpr off_t size_cap = 262144;
 
-constinit pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
-constinit bool has_banner = false;
+// Initialised before any thread runs, so that several may log for the first time at once.
+constinit pthread_mutex_t log_mutex = PTHREAD_MUTEX_INITIALIZER;
+// 1: no banner was written yet; 2: it was, and ::tlogst holds the origin.
+constinit int log_state = 1;
 
 class lock {
 public:
-  lock() noexcept { pthread_mutex_lock(&mutex); }
-  ~lock() noexcept { pthread_mutex_unlock(&mutex); }
+  lock() noexcept { pthread_mutex_lock(&log_mutex); }
+  ~lock() noexcept { pthread_mutex_unlock(&log_mutex); }
   lock(const lock &) = delete;
   lock &operator=(const lock &) = delete;
 };
@@ -74,8 +76,8 @@ DRAVIK_PRINTF(1, 0) int write_line(const char *format, va_list arguments) noexce
     return 0;
   std::setvbuf(file.get(), buffer.data(), _IOFBF, buffer.size());
 
-  if (!has_banner) {
-    has_banner = true;
+  if (log_state == 1) {
+    log_state = 2;
     tlogst = now();
     write_banner(file.get());
   }
