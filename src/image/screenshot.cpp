@@ -1,12 +1,11 @@
 // Screenshots: a picture of 640 by 480 pixels as a BMP file with RGB565 masks on the card.
 
-#include "base/local_time.hpp"
 #include "base/unique_file.hpp"
 #include "dravik.h"
 
 #include <array>
 #include <bit>
-#include <cstring>
+#include <ctime>
 
 namespace dravik::image {
 namespace {
@@ -50,10 +49,11 @@ constexpr file_header header = [] {
 using file_path = std::array<char, 40>;
 
 file_path path_of_now() noexcept {
-  const tm now = local_time(std::time(nullptr));
+  const time_t seconds = std::time(nullptr);
+  const tm *now = std::localtime(&seconds);
   file_path path;
-  std::snprintf(path.data(), path.size(), "/tmp/mmcblk0p1/q7_%02d%02d%02d.bmp", now.tm_hour, now.tm_min,
-                now.tm_sec);
+  std::snprintf(path.data(), path.size(), "/tmp/mmcblk0p1/q7_%02d%02d%02d.bmp", now->tm_hour, now->tm_min,
+                now->tm_sec);
   return path;
 }
 

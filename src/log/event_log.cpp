@@ -1,11 +1,11 @@
 // The event log: one line a call, stamped, appended to a file that stops growing at its cap.
 
-#include "base/local_time.hpp"
 #include "base/unique_file.hpp"
 #include "dravik.h"
 
 #include <array>
 #include <cstdarg>
+#include <ctime>
 #include <pthread.h>
 #include <sys/stat.h>
 #include <sys/time.h>
@@ -47,7 +47,10 @@ dravik_timeval now() noexcept {
 }
 
 void write_banner(std::FILE *file) noexcept {
-  const tm local = local_time(tlogst.tv_sec);
+  const time_t seconds = tlogst.tv_sec;
+  tm local = {};
+  ::tzset();
+  ::localtime_r(&seconds, &local);
   std::fprintf(file, "[    0.000000] s #### %04d/%02d/%02d %02d:%02d:%02d.%06lu ####\n", local.tm_year + 1900,
                local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec,
                static_cast<unsigned long>(tlogst.tv_usec));
