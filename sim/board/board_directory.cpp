@@ -1,0 +1,150 @@
+// Making and reading boards, for the launcher and for tests.
+
+#include "board/board_directory.hpp"
+#include "base/unique_fd.hpp"
+#include "base/unique_file.hpp"
+#include "board/settings_text.hpp"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+
+namespace dravik::sim {
+namespace {
+
+namespace files = std::filesystem;
+
+struct first_text {
+  const char *path;
+  const char *text;
+};
+
+constexpr first_text first_texts[] = {
+    {"faults",
+     "# Orders a request to fail, from the next one on. One a line: what, to whom, with which error.\n"
+     "#   open /dev/fb0 ENODEV\n"
+     "#   fscreeninfo /dev/fb0 EIO\n"
+     "#   vscreeninfo /dev/fb0 EIO\n"
+     "#   mmap /dev/fb0 ENOMEM\n"
+     "#   descriptor-0 /dev/fb0\n"
+     "#   open /tmp/dravik.log ENOSPC\n"},
+    {"events", ""},
+    {"proc/modules", "ambad 5238 0 - Live 0x00000000\n"},
+    {"proc/partitions", "major minor  #blocks  name\n\n"},
+    {"proc/mounts", "rootfs / rootfs rw 0 0\n"},
+    {"proc/ambarella/adc", "adc0 = 0x200\nadc1 = 0x200\nadc2 = 0x200\nadc3 = 0x200\n"},
+    {"proc/ambarella/hdmi_edid", "No HDMI\n"},
+    {"sys/class/backlight/pwm-backlight.0/brightness", "500\n"},
+    {"sys/class/backlight/pwm-backlight.0/bl_power", "0\n"},
+    {"sys/class/backlight/pwm-backlight.0/max_brightness", "1000\n"},
+};
+
+constexpr const char *empty_directories[] = {
+    "sys/block", "tmp/add", "tmp/mmcblk0p1", "usr/local/dravik/font", "usr/local/dravik/jpg",
+};
+
+std::string reason() {
+  return std::strerror(errno);
+}
+
+std::string settings_of(const screen &shown) {
+  const std::pair<const char *, uint32_t> settings[] = {
+      {"xres", shown.xres},
+      {"yres", shown.yres},
+      {"xres_virtual", shown.xres_virtual},
+      {"yres_virtual", shown.yres_virtual},
+      {"bits_per_pixel", shown.bits_per_pixel},
+      {"line_length", shown.line_length},
+  };
+  std::string text =
+      "# The screen, in pixels; line_length in bytes. Takes effect when an application next opens it.\n";
+  for (const auto &[key, value] : settings)
+    text = with_setting(text, key, std::to_string(value));
+  return text;
+}
+
+bool make_directory(const std::string &path, std::string &error) {
+  std::error_code code;
+  files::create_directories(path, code);
+  if (code)
+    error = path + ": " + code.message();
+  return !code;
+}
+
+/// The memory takes no room on the disk until something is drawn.
+bool make_screen_memory(const std::string &path, uint64_t size, std::string &error) {
+  if (!write_file(path, {}, error))
+    return false;
+  if (::truncate(path.c_str(), static_cast<off_t>(size)) == 0)
+    return true;
+  error = path + ": " + reason();
+  return false;
+}
+
+bool make_place(const std::string &directory, std::string &error) {
+  std::error_code code;
+  if (files::exists(directory, code) && !files::is_empty(directory, code)) {
+    error = directory + ": exists already and is not empty";
+    return false;
+  }
+  return make_directory(directory, error);
+}
+
+} // namespace
+
+bool create_board(const std::string &directory, const screen &shown, std::string &error) {
+  if (!make_place(directory, error))
+    return false;
+  const std::string root = directory + "/";
+  for (const char *path : empty_directories)
+    if (!make_directory(root + path, error))
+      return false;
+  for (const first_text &file : first_texts)
+    if (!write_file(root + file.path, file.text, error))
+      return false;
+  return make_screen_memory(root + "dev/fb0", shown.memory_bytes(), error) &&
+         write_file(root + "board.conf", settings_of(shown), error); // last: now it is a board
+}
+
+bool is_board(const std::string &directory) {
+  std::error_code code;
+  return files::is_regular_file(directory + "/board.conf", code);
+}
+
+bool read_file(const std::string &path, std::string &text, std::string &error) {
+  const unique_file file = open_file(path.c_str(), "rb");
+  text.clear();
+  char block[65536];
+  size_t count = 0;
+  while (file != nullptr && (count = std::fread(block, 1, sizeof block, file.get())) > 0)
+    text.append(block, count);
+  const bool ok = file != nullptr && std::ferror(file.get()) == 0;
+  if (!ok)
+    error = path + ": " + reason();
+  return ok;
+}
+
+bool write_file(const std::string &path, std::string_view text, std::string &error) {
+  if (!make_directory(files::path{path}.parent_path(), error))
+    return false;
+  unique_file file = open_file(path.c_str(), "wb");
+  const bool ok = file != nullptr && std::fwrite(text.data(), 1, text.size(), file.get()) == text.size() &&
+                  std::fclose(file.release()) == 0;
+  if (!ok)
+    error = path + ": " + reason();
+  return ok;
+}
+
+std::string with_setting(std::string_view settings, std::string_view key, std::string_view value) {
+  std::string changed;
+  while (!settings.empty()) {
+    const std::string_view line = take_until(settings, '\n');
+    std::string_view rest = line;
+    if (trimmed(take_until(rest, '=')) != key)
+      changed.append(line).append("\n");
+  }
+  return changed.append(key).append("=").append(value).append("\n");
+}
+
+} // namespace dravik::sim

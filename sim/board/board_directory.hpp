@@ -1,0 +1,28 @@
+// Making and reading boards, for the launcher and for tests.
+#pragma once
+
+#include "board/screen.hpp"
+
+#include <string>
+#include <string_view>
+
+namespace dravik::sim {
+
+/// Makes a board in a directory that does not exist yet or is empty. On failure gives false and says why in
+/// `error`.
+[[nodiscard]] bool create_board(const std::string &directory, const screen &shown, std::string &error);
+
+/// Whether a directory is a board: it has a board.conf.
+[[nodiscard]] bool is_board(const std::string &directory);
+
+/// The whole of a file. On failure gives false and says why in `error`.
+[[nodiscard]] bool read_file(const std::string &path, std::string &text, std::string &error);
+
+/// Writes a file anew, with the directories above it. On failure gives false and says why in `error`.
+[[nodiscard]] bool write_file(const std::string &path, std::string_view text, std::string &error);
+
+/// A settings text with one value changed or, where the key is new, added; comments and order stay.
+[[nodiscard]] std::string with_setting(std::string_view settings, std::string_view key,
+                                       std::string_view value);
+
+} // namespace dravik::sim

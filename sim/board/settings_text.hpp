@@ -1,0 +1,67 @@
+// The board's small text files: `key=value` lines, and lines of words. A line that begins with # is for
+// people.
+#pragma once
+
+#include <charconv>
+#include <cstdint>
+#include <string_view>
+
+namespace dravik::sim {
+
+constexpr std::string_view blanks = " \t\r";
+
+constexpr std::string_view trimmed(std::string_view text) noexcept {
+  const size_t first = text.find_first_not_of(blanks);
+  if (first == std::string_view::npos)
+    return {};
+  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+/// Takes the text up to `separator`, or all of it, off the front.
+constexpr std::string_view take_until(std::string_view &text, char separator) noexcept {
+  const size_t end = text.find(separator);
+  const std::string_view taken = text.substr(0, end);
+  text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+  return taken;
+}
+
+/// Takes the next line that says something off the front, trimmed; empty at the end of the text.
+constexpr std::string_view take_line(std::string_view &text) noexcept {
+  while (!text.empty()) {
+    const std::string_view line = trimmed(take_until(text, '\n'));
+    if (!line.empty() && line.front() != '#')
+      return line;
+  }
+  return {};
+}
+
+/// Takes the next word off the front of a line.
+constexpr std::string_view take_word(std::string_view &line) noexcept {
+  line = trimmed(line);
+  const size_t end = line.find_first_of(blanks);
+  const std::string_view word = line.substr(0, end);
+  line.remove_prefix(word.size());
+  return word;
+}
+
+/// The value of a key; of several lines the last one counts. Empty when there is none.
+constexpr std::string_view value_of(std::string_view text, std::string_view key) noexcept {
+  std::string_view value;
+  while (true) {
+    std::string_view line = take_line(text);
+    if (line.empty())
+      return value;
+    if (trimmed(take_until(line, '=')) == key)
+      value = trimmed(line);
+  }
+}
+
+/// The value of a key as a decimal number, or `otherwise` when it is none.
+inline uint32_t number_of(std::string_view text, std::string_view key, uint32_t otherwise) noexcept {
+  const std::string_view value = value_of(text, key);
+  uint32_t number = 0;
+  const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
+  return error == std::errc{} && end == value.data() + value.size() ? number : otherwise;
+}
+
+} // namespace dravik::sim

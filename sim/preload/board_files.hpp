@@ -1,0 +1,35 @@
+// The board's own text files, as the simulated devices use them: settings, ordered faults, the events that
+// they record.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace dravik::sim {
+
+/// A file of the board outside the paths that applications see, opened past the path map; -1 with errno on
+/// failure.
+int open_board_file(const char *inside, int flags) noexcept;
+
+/// A text file of the board, read whole at the start of its life; empty when there is none. Holds up to 8
+/// KiB.
+class board_text {
+public:
+  explicit board_text(const char *inside) noexcept;
+  operator std::string_view() const noexcept { return {text_, length_}; }
+
+private:
+  size_t length_ = 0;
+  char text_[8192];
+};
+
+/// Writes a text file of the board anew.
+void write_board_text(const char *inside, std::string_view text) noexcept;
+
+/// The error that the board's `faults` orders for a request to what an application calls `path`; 0 for none.
+int ordered_fault(std::string_view request, std::string_view path) noexcept;
+
+/// Appends a line to the board's `events`, whole even when several threads and processes record at once.
+[[gnu::format(printf, 1, 2)]] void record_event(const char *format, ...) noexcept;
+
+} // namespace dravik::sim

@@ -1,0 +1,163 @@
+// The frame buffer: the board's dev/fb0 is its memory, board.conf its geometry, `panel` what it shows of that
+// memory.
+
+#include "base/unique_fd.hpp"
+#include "board/screen.hpp"
+#include "preload/board_files.hpp"
+#include "preload/device.hpp"
+#include "preload/preserve_errno.hpp"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <linux/fb.h>
+#include <sys/stat.h>
+
+namespace dravik::sim {
+namespace {
+
+constexpr const char *path = "/dev/fb0";
+
+screen current_screen() noexcept {
+  return read_screen(board_text{"board.conf"});
+}
+panel current_panel() noexcept {
+  return read_panel(board_text{"panel"});
+}
+
+void keep(const panel &state) noexcept {
+  char text[96];
+  const int length = std::snprintf(text, sizeof text, "xoffset=%u\nyoffset=%u\nblank=%u\n", state.xoffset,
+                                   state.yoffset, state.blank);
+  write_board_text("panel", {text, static_cast<size_t>(length)});
+}
+
+/// The plain file may be shorter than the settings say, when someone has edited them.
+void grow_to_full_memory(int descriptor) noexcept {
+  const preserve_errno unchanged;
+  struct stat status;
+  const auto size = static_cast<off_t>(current_screen().memory_bytes());
+  if (::fstat(descriptor, &status) != 0 || status.st_size >= size)
+    return;
+  const unique_fd memory{
+      open_board_file("dev/fb0", O_WRONLY)}; // the application's own may be for reading alone
+  if (memory && ::ftruncate(memory.get(), size) != 0)
+    record_event("fb0: its memory cannot grow to %lld bytes", static_cast<long long>(size));
+}
+
+struct colour_fields {
+  fb_bitfield red, green, blue, transparent;
+};
+
+colour_fields colour_fields_of(uint32_t bits_per_pixel) noexcept {
+  if (bits_per_pixel < 24)
+    return {{11, 5, 0}, {5, 6, 0}, {0, 5, 0}, {}};
+  const uint32_t spare_bits = bits_per_pixel - 24;
+  return {{16, 8, 0}, {8, 8, 0}, {0, 8, 0}, {spare_bits != 0 ? 24U : 0U, spare_bits, 0}};
+}
+
+fb_fix_screeninfo fixed_information() noexcept {
+  const screen shown = current_screen();
+  fb_fix_screeninfo fixed = {};
+  std::strcpy(fixed.id, "simulated");
+  fixed.smem_len = static_cast<uint32_t>(shown.memory_bytes());
+  fixed.type = FB_TYPE_PACKED_PIXELS;
+  fixed.visual = FB_VISUAL_TRUECOLOR;
+  fixed.xpanstep = shown.xres_virtual > shown.xres ? 1 : 0;
+  fixed.ypanstep = shown.yres_virtual > shown.yres ? 1 : 0;
+  fixed.line_length = shown.line_length;
+  return fixed;
+}
+
+fb_var_screeninfo variable_information() noexcept {
+  const screen shown = current_screen();
+  const panel state = current_panel();
+  const colour_fields fields = colour_fields_of(shown.bits_per_pixel);
+  fb_var_screeninfo variable = {};
+  variable.xres = shown.xres;
+  variable.yres = shown.yres;
+  variable.xres_virtual = shown.xres_virtual;
+  variable.yres_virtual = shown.yres_virtual;
+  variable.xoffset = state.xoffset;
+  variable.yoffset = state.yoffset;
+  variable.bits_per_pixel = shown.bits_per_pixel;
+  variable.red = fields.red;
+  variable.green = fields.green;
+  variable.blue = fields.blue;
+  variable.transp = fields.transparent;
+  variable.height = variable.width = UINT32_MAX; // in millimetres: not known
+  return variable;
+}
+
+template <typename Record> long answer(uintptr_t argument, const Record &record) noexcept {
+  if (argument == 0)
+    return -EFAULT;
+  *reinterpret_cast<Record *>(argument) = record;
+  return 0;
+}
+
+long pan(uintptr_t argument) noexcept {
+  if (argument == 0)
+    return -EFAULT;
+  const auto *wanted = reinterpret_cast<const fb_var_screeninfo *>(argument);
+  const screen shown = current_screen();
+  record_event("fb0: pan %u %u", wanted->xoffset, wanted->yoffset);
+  if (uint64_t{wanted->xoffset} + shown.xres > shown.xres_virtual ||
+      uint64_t{wanted->yoffset} + shown.yres > shown.yres_virtual)
+    return -EINVAL;
+  panel state = current_panel();
+  state.xoffset = wanted->xoffset;
+  state.yoffset = wanted->yoffset;
+  keep(state);
+  return 0;
+}
+
+long blank(uintptr_t level) noexcept {
+  record_event("fb0: blank %lu", static_cast<unsigned long>(level));
+  panel state = current_panel();
+  state.blank =
+      static_cast<uint32_t>(std::min<uintptr_t>(level, FB_BLANK_POWERDOWN)); // as the kernel caps it
+  keep(state);
+  return 0;
+}
+
+struct request_kind {
+  unsigned long number;
+  const char *name; ///< by which a fault is ordered
+  long (*serve)(uintptr_t argument);
+};
+
+constexpr request_kind requests[] = {
+    {FBIOGET_FSCREENINFO, "fscreeninfo", [](uintptr_t into) { return answer(into, fixed_information()); }},
+    {FBIOGET_VSCREENINFO, "vscreeninfo", [](uintptr_t into) { return answer(into, variable_information()); }},
+    {FBIOPAN_DISPLAY, "pan", pan},
+    {FBIOBLANK, "blank", blank},
+};
+
+long serve(unsigned long number, uintptr_t argument) noexcept {
+  const auto *known = std::ranges::find(requests, number, &request_kind::number);
+  if (known == std::end(requests)) {
+    record_event("fb0: request 0x%lx refused", number);
+    return -ENOTTY;
+  }
+  const int fault = ordered_fault(known->name, path);
+  if (fault == 0)
+    return known->serve(argument);
+  record_event("fb0: %s fails as ordered", known->name);
+  return -fault;
+}
+
+/// A mapping ends with the last page that holds some of the memory.
+int check_mapping(uint64_t length, uint64_t offset) noexcept {
+  const auto page = static_cast<uint64_t>(::sysconf(_SC_PAGESIZE));
+  const uint64_t end = (current_screen().memory_bytes() + page - 1) / page * page;
+  const uint64_t pages_wanted = (length + page - 1) / page * page;
+  return offset > end || pages_wanted > end - offset ? -EINVAL : 0;
+}
+
+} // namespace
+
+constinit const device frame_buffer = {path, grow_to_full_memory, serve, check_mapping};
+
+} // namespace dravik::sim

@@ -1,0 +1,50 @@
+// The kernel's manners with the files below /dev, /sys and /proc, for plain files that stand for them.
+
+#include "preload/kernel_files.hpp"
+#include "base/unique_fd.hpp"
+
+#include <climits>
+#include <sys/mman.h>
+#include <sys/sendfile.h>
+#include <sys/stat.h>
+
+namespace dravik::sim {
+namespace {
+
+bool is_plain_file(int descriptor) noexcept {
+  struct stat status;
+  return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+bool copy_all(int from, int to) noexcept {
+  ssize_t count;
+  while ((count = ::sendfile(to, from, nullptr, INT_MAX)) > 0) {
+  }
+  return count == 0 && ::lseek(to, 0, SEEK_SET) == 0;
+}
+
+} // namespace
+
+int kernel_flags(file_kind kind, int flags) noexcept {
+  switch (kind) {
+  case file_kind::none:
+  case file_kind::plain:
+    return flags;
+  case file_kind::attribute:
+    return flags & ~(O_CREAT | O_EXCL | O_TRUNC | O_APPEND);
+  case file_kind::device:
+  case file_kind::report:
+    return flags & ~(O_CREAT | O_EXCL | O_TRUNC);
+  }
+  return flags;
+}
+
+int as_it_stands(int descriptor, int flags) noexcept {
+  if ((flags & (O_ACCMODE | O_PATH | O_DIRECTORY)) != O_RDONLY || !is_plain_file(descriptor))
+    return descriptor;
+  unique_fd file{descriptor};
+  unique_fd copy{::memfd_create("report", (flags & O_CLOEXEC) != 0 ? MFD_CLOEXEC : 0)};
+  return copy && copy_all(file.get(), copy.get()) ? copy.release() : file.release();
+}
+
+} // namespace dravik::sim

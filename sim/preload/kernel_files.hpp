@@ -1,0 +1,15 @@
+// The kernel's manners with the files below /dev, /sys and /proc, for plain files that stand for them.
+#pragma once
+
+#include "preload/path_map.hpp"
+
+namespace dravik::sim {
+
+/// The flags of an open as the kernel takes them for a file of this kind.
+int kernel_flags(file_kind kind, int flags) noexcept;
+
+/// Takes a descriptor of a file below /proc that was opened with these flags. When it is for reading alone,
+/// gives one of a copy that no later change of the file reaches.
+int as_it_stands(int descriptor, int flags) noexcept;
+
+} // namespace dravik::sim

@@ -1,0 +1,16 @@
+// Looks up everything that this library stands in for, when it is loaded.
+
+#include "preload/next.hpp"
+
+// The linker's names for the two ends of the section.
+extern "C" dravik::sim::next_symbol __start_next_symbols[]; // NOLINT(bugprone-reserved-identifier)
+extern "C" dravik::sim::next_symbol __stop_next_symbols[];  // NOLINT(bugprone-reserved-identifier)
+
+namespace {
+
+[[gnu::constructor]] void resolve_all() noexcept {
+  for (auto *symbol = __start_next_symbols; symbol != __stop_next_symbols; ++symbol)
+    symbol->resolve();
+}
+
+} // namespace

@@ -1,0 +1,47 @@
+// Standing in for a function of the C library and still reaching the one behind it.
+#pragma once
+
+#include <atomic>
+#include <dlfcn.h>
+
+namespace dravik::sim {
+
+/// A function of the C library that this library stands in for. All are looked up when the library is loaded,
+/// so that no later call, in a signal handler or after a fork, meets the loader's lock.
+struct next_symbol {
+  const char *name;
+  std::atomic<void *> address = nullptr;
+
+  template <typename Function> Function *as() noexcept {
+    void *known = address.load(std::memory_order_relaxed);
+    if (known == nullptr)
+      known = resolve(); // a call from before this library's start-up
+    return reinterpret_cast<Function *>(known);
+  }
+
+  void *resolve() noexcept {
+    void *found = ::dlsym(RTLD_NEXT, name);
+    address.store(found, std::memory_order_relaxed);
+    return found;
+  }
+};
+
+} // namespace dravik::sim
+
+// Begins the definition that takes the place of the C library's `name`. It has a C++ name of its own, so that
+// it need not agree with what this or that version of the headers declares. All next_symbols lie in one
+// section, to be walked at the start.
+#define SIM_DEFINE(result, name, parameters)                                                                 \
+  [[maybe_unused, gnu::section("next_symbols")]] static constinit ::dravik::sim::next_symbol next_##name{    \
+      #name};                                                                                                \
+  extern "C" result sim_##name parameters __asm__(#name);                                                    \
+  extern "C" [[gnu::visibility("default")]] result sim_##name parameters
+
+// The C library's own `name`, for use inside SIM_DEFINE's body.
+#define SIM_NEXT(name) next_##name.as<decltype(sim_##name)>()
+
+// A definition that does no more than hand on other arguments.
+#define SIM_PASS(result, name, parameters, arguments)                                                        \
+  SIM_DEFINE(result, name, parameters) {                                                                     \
+    return SIM_NEXT(name) arguments;                                                                         \
+  }

@@ -1,0 +1,141 @@
+// The calls that open files.
+
+#include "base/unique_fd.hpp"
+#include "preload/board_files.hpp"
+#include "preload/device.hpp"
+#include "preload/kernel_files.hpp"
+#include "preload/next.hpp"
+#include "preload/path_map.hpp"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <sys/stat.h>
+
+namespace dravik::sim {
+namespace {
+
+/// An open may be ordered to fail; errno says how.
+bool may_open(const board_path &path) noexcept {
+  if (path.kind() == file_kind::none)
+    return true;
+  const int fault = ordered_fault("open", path.name());
+  if (fault != 0)
+    errno = fault;
+  return fault == 0;
+}
+
+/// Moves a descriptor to number 0, as an application gets it that has closed its standard input.
+int moved_to_zero(int descriptor) noexcept {
+  const unique_fd old{descriptor};
+  return ::dup2(old.get(), 0);
+}
+
+int finish_open(const board_path &path, int flags, int descriptor) noexcept {
+  if (descriptor < 0)
+    return descriptor;
+  if (path.kind() == file_kind::report)
+    return as_it_stands(descriptor, flags);
+  const device *opened = path.kind() == file_kind::device ? device_named(path.name()) : nullptr;
+  if (opened == nullptr)
+    return descriptor;
+  opened->opened(descriptor);
+  return ordered_fault("descriptor-0", opened->path) != 0 && descriptor != 0 ? moved_to_zero(descriptor)
+                                                                             : descriptor;
+}
+
+/// Opens by any of the C library's own definitions, `next`, which takes a path and flags.
+template <typename Next> int open_mapped(const char *name, int directory, int flags, Next next) noexcept {
+  const board_path path{name, directory};
+  return may_open(path) ? finish_open(path, flags, next(path, kernel_flags(path.kind(), flags))) : -1;
+}
+
+} // namespace
+} // namespace dravik::sim
+
+using dravik::sim::open_mapped;
+
+// The optional mode is always taken and handed on. Where the caller gave none it holds nothing that matters.
+#define SIM_OPEN(name, parameters, directory, arguments)                                                     \
+  SIM_DEFINE(int, name, parameters) {                                                                        \
+    return open_mapped(path, directory, flags,                                                               \
+                       [&](const char *mapped, int kept_flags) { return SIM_NEXT(name) arguments; });        \
+  }
+
+SIM_OPEN(open, (const char *path, int flags, mode_t mode), AT_FDCWD, (mapped, kept_flags, mode))
+SIM_OPEN(open64, (const char *path, int flags, mode_t mode), AT_FDCWD, (mapped, kept_flags, mode))
+SIM_OPEN(__open_2, (const char *path, int flags), AT_FDCWD, (mapped, kept_flags))
+SIM_OPEN(__open64_2, (const char *path, int flags), AT_FDCWD, (mapped, kept_flags))
+SIM_OPEN(openat, (int at, const char *path, int flags, mode_t mode), at, (at, mapped, kept_flags, mode))
+SIM_OPEN(openat64, (int at, const char *path, int flags, mode_t mode), at, (at, mapped, kept_flags, mode))
+SIM_OPEN(__openat_2, (int at, const char *path, int flags), at, (at, mapped, kept_flags))
+SIM_OPEN(__openat64_2, (int at, const char *path, int flags), at, (at, mapped, kept_flags))
+
+SIM_DEFINE(int, creat, (const char *path, mode_t mode)) {
+  return sim_open(path, O_WRONLY | O_CREAT | O_TRUNC, mode);
+}
+
+SIM_DEFINE(int, creat64, (const char *path, mode_t mode)) {
+  return sim_open64(path, O_WRONLY | O_CREAT | O_TRUNC, mode);
+}
+
+namespace dravik::sim {
+namespace {
+
+/// The flags that a stream's mode stands for.
+int flags_of_mode(const char *mode) noexcept {
+  const bool both_ways = std::strchr(mode, '+') != nullptr;
+  const int one_way = *mode == 'r' ? O_RDONLY : O_WRONLY;
+  const int disposition = *mode == 'w' ? O_CREAT | O_TRUNC : *mode == 'a' ? O_CREAT | O_APPEND : 0;
+  const int on_exec = std::strchr(mode, 'e') != nullptr ? O_CLOEXEC : 0;
+  return (both_ways ? O_RDWR : one_way) | disposition | on_exec;
+}
+
+/// A stream on a device or a report is laid over a descriptor that has the kernel's manners.
+std::FILE *stream_over_descriptor(const char *path, const char *mode) noexcept {
+  const int descriptor = sim_open(path, flags_of_mode(mode), 0666);
+  return descriptor >= 0 ? ::fdopen(descriptor, mode) : nullptr;
+}
+
+/// Other files the C library opens itself, by any of its definitions, `next`. It also cuts an attribute that
+/// is opened for writing, which is as good as taking the first write afresh.
+template <typename Next> std::FILE *open_stream(const char *path, const char *mode, Next next) noexcept {
+  const board_path mapped{path};
+  if (mapped.kind() == file_kind::device || mapped.kind() == file_kind::report)
+    return stream_over_descriptor(path, mode);
+  return may_open(mapped) ? next(mapped, mode) : nullptr;
+}
+
+/// A device is not cut by being opened once more.
+const char *mode_of_reopened(const board_path &path, const char *mode) noexcept {
+  return path.kind() == file_kind::device && *mode != 'r' ? "r+" : mode;
+}
+
+} // namespace
+} // namespace dravik::sim
+
+using dravik::sim::board_path;
+using dravik::sim::mode_of_reopened;
+using dravik::sim::open_stream;
+
+SIM_DEFINE(std::FILE *, fopen, (const char *path, const char *mode)) {
+  return open_stream(path, mode, SIM_NEXT(fopen));
+}
+
+SIM_DEFINE(std::FILE *, fopen64, (const char *path, const char *mode)) {
+  return open_stream(path, mode, SIM_NEXT(fopen64));
+}
+
+SIM_DEFINE(std::FILE *, freopen, (const char *path, const char *mode, std::FILE *stream)) {
+  const board_path mapped{path};
+  return SIM_NEXT(freopen)(mapped, mode_of_reopened(mapped, mode), stream);
+}
+
+SIM_DEFINE(std::FILE *, freopen64, (const char *path, const char *mode, std::FILE *stream)) {
+  const board_path mapped{path};
+  return SIM_NEXT(freopen64)(mapped, mode_of_reopened(mapped, mode), stream);
+}
+
+SIM_DEFINE(std::FILE *, setmntent, (const char *path, const char *mode)) {
+  return SIM_NEXT(setmntent)(board_path{path}, mode);
+}

@@ -1,0 +1,211 @@
+// The paths of a board: one table, and the rules by which a path is looked up in it.
+
+#include "preload/path_map.hpp"
+#include "base/unique_fd.hpp"
+#include "preload/preserve_errno.hpp"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
+#include <string_view>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace dravik::sim {
+namespace {
+
+struct board_tree {
+  std::string_view path;
+  file_kind kind;
+  bool family = false; ///< every name that begins so: a disk and its partitions
+};
+
+constexpr board_tree board_trees[] = {
+    {"/dev/fb0", file_kind::device},
+    {"/dev/ttyS0", file_kind::device},
+    {"/dev/ambad", file_kind::device},
+    {"/dev/i2c-0", file_kind::device},
+    {"/dev/mmcblk0", file_kind::device, true},
+    {"/proc/ambarella", file_kind::report},
+    {"/proc/modules", file_kind::report},
+    {"/proc/partitions", file_kind::report},
+    {"/proc/mounts", file_kind::report},
+    {"/sys/block/mmcblk0", file_kind::attribute, true},
+    {"/sys/class/backlight", file_kind::attribute},
+    {"/tmp/dravik.log", file_kind::plain},
+    {"/tmp/mmcblk0p1", file_kind::plain},
+    {"/tmp/add", file_kind::plain},
+    {"/tmp/ptb", file_kind::plain},
+    {"/tmp/debugfs", file_kind::plain},
+    {"/tmp/mbr.img", file_kind::plain},
+    {"/usr/local/dravik", file_kind::plain},
+};
+
+/// Stands for a path that outgrew PATH_MAX: the kernel refuses it with ENAMETOOLONG, whatever the call.
+struct overlong_path {
+  constexpr overlong_path() noexcept { std::fill_n(text, PATH_MAX, 'x'); }
+  char text[PATH_MAX + 1] = {};
+};
+constexpr overlong_path overlong;
+
+/// A path that grows in a fixed block, one component at a time, and stays free of `//`, `.` and `..`.
+class path_text {
+public:
+  path_text(char *begin, const char *end) noexcept : begin_(begin), end_(begin), limit_(end - 1) {}
+
+  void append(std::string_view path) noexcept {
+    while (!path.empty()) {
+      const size_t length = std::min(path.find('/'), path.size());
+      add_component(path.substr(0, length));
+      path.remove_prefix(std::min(length + 1, path.size()));
+    }
+  }
+
+  void add_slash() noexcept { put("/"); }
+  void terminate() noexcept { *end_ = '\0'; }
+  bool overflowed() const noexcept { return overflowed_; }
+
+private:
+  void add_component(std::string_view name) noexcept {
+    if (name.empty() || name == ".")
+      return;
+    if (name != "..") {
+      put("/");
+      put(name);
+      return;
+    }
+    while (end_ != begin_ && *--end_ != '/') {
+    }
+  }
+
+  void put(std::string_view text) noexcept {
+    overflowed_ = overflowed_ || text.size() > static_cast<size_t>(limit_ - end_);
+    if (!overflowed_)
+      end_ = std::copy(text.begin(), text.end(), end_);
+  }
+
+  char *begin_;
+  char *end_;
+  const char *limit_;
+  bool overflowed_ = false;
+};
+
+bool ends_like_a_directory(std::string_view path) noexcept {
+  return path.ends_with('/') || path.ends_with("/.");
+}
+
+/// What follows `directory` in `path` (from its slash on), or null when the path lies elsewhere.
+const char *below(const char *path, std::string_view directory) noexcept {
+  while (directory.ends_with('/'))
+    directory.remove_suffix(1);
+  const bool begins_so = std::string_view{path}.starts_with(directory);
+  return begins_so && (path[directory.size()] == '/' || path[directory.size()] == '\0')
+             ? path + directory.size()
+             : nullptr;
+}
+
+/// Where the kernel says that an open descriptor leads.
+bool read_descriptor_path(int descriptor, char *text) noexcept {
+  char link[32] = "/proc/self/fd/";
+  char *digits = link + std::strlen(link);
+  *std::to_chars(digits, link + sizeof link - 1, descriptor).ptr = '\0';
+  const long length = ::syscall(SYS_readlinkat, AT_FDCWD, link, text, PATH_MAX - 1);
+  text[std::max(length, 0L)] = '\0';
+  return length > 0 && text[0] == '/';
+}
+
+bool read_directory_path(int directory, char *text) noexcept {
+  if (directory != AT_FDCWD)
+    return read_descriptor_path(directory, text);
+  return ::syscall(SYS_getcwd, text, PATH_MAX) > 0 && text[0] == '/';
+}
+
+/// What follows the board's directory in a path that the kernel gave, which is free of links.
+const char *below_board(const char *host_path) noexcept {
+  const char *board = board_directory();
+  if (board == nullptr)
+    return nullptr;
+  if (const char *rest = below(host_path, board))
+    return rest;
+  const unique_fd directory{static_cast<int>(::syscall(SYS_openat, AT_FDCWD, board, O_PATH | O_CLOEXEC, 0))};
+  char without_links[PATH_MAX];
+  return directory && read_descriptor_path(directory.get(), without_links) ? below(host_path, without_links)
+                                                                           : nullptr;
+}
+
+} // namespace
+
+const char *board_directory() noexcept {
+  const char *board = std::getenv("DRAVIK_BOARD");
+  if (board == nullptr || *board == '\0')
+    return nullptr;
+  return *board == '/' ? board : "/dev/null";
+}
+
+file_kind kind_of(const char *path) noexcept {
+  for (const board_tree &tree : board_trees) {
+    const bool inside =
+        tree.family ? std::string_view{path}.starts_with(tree.path) : below(path, tree.path) != nullptr;
+    if (inside)
+      return tree.kind;
+  }
+  return file_kind::none;
+}
+
+const char *name_on_board(const char *host_path) noexcept {
+  const char *name = below_board(host_path);
+  return name != nullptr && kind_of(name) != file_kind::none ? name : nullptr;
+}
+
+board_path::board_path(const char *path, int directory) noexcept : path_(path) {
+  const char *board = board_directory();
+  if (board == nullptr || path == nullptr || *path == '\0')
+    return;
+  const preserve_errno unchanged;
+  map(board, path, directory);
+}
+
+void board_path::map(const char *board, const char *path, int directory) noexcept {
+  const size_t board_length = std::strlen(board);
+  if (board_length >= PATH_MAX) {
+    path_ = overlong.text;
+    return;
+  }
+  char *name = std::copy_n(board, board_length, text_);
+  path_text whole{name, text_ + sizeof text_};
+  bool from_board = false;
+  if (*path != '/') {
+    char base[PATH_MAX];
+    if (!read_directory_path(directory, base))
+      return;
+    const char *known_as = name_on_board(base);
+    from_board = known_as != nullptr;
+    whole.append(from_board ? known_as : base);
+  }
+  whole.append(path);
+  if (ends_like_a_directory(path))
+    whole.add_slash();
+  whole.terminate();
+
+  const bool is_inside_already = below(name, board) != nullptr;
+  kind_ = is_inside_already ? file_kind::none : kind_of(name);
+  if (kind_ != file_kind::none) {
+    name_ = name;
+    path_ = text_;
+  } else if (from_board && !is_inside_already) {
+    path_ = *name != '\0' ? name : "/"; // climbed out of the board by "..": to where that leads on a real one
+  }
+  if (path_ != path && whole.overflowed())
+    path_ = overlong.text;
+}
+
+descriptor_name::descriptor_name(int descriptor) noexcept {
+  if (descriptor < 0 || board_directory() == nullptr)
+    return;
+  const preserve_errno unchanged;
+  if (read_descriptor_path(descriptor, text_))
+    name_ = name_on_board(text_);
+}
+
+} // namespace dravik::sim

@@ -1,0 +1,64 @@
+// The paths of a board, and where they lie in the board's directory.
+#pragma once
+
+#include <climits>
+#include <cstdint>
+#include <fcntl.h>
+
+namespace dravik::sim {
+
+/// How the kernel serves a path of the board.
+enum class file_kind : uint8_t {
+  none,      ///< not of the board: the host's own file
+  plain,     ///< a file or directory
+  device,    ///< below /dev: neither created nor cut by an open
+  attribute, ///< below /sys: takes each write afresh
+  report,    ///< below /proc: is read as it stands at the open
+};
+
+/// The board's directory, from the environment at each call; null when there is no board. A name that is not
+/// absolute leads nowhere, rather than to the devices of the host.
+const char *board_directory() noexcept;
+
+/// The kind of an absolute path without `//`, `.` and `..`, as an application names it.
+file_kind kind_of(const char *path) noexcept;
+
+/// What an application calls a path of the host that lies in the board's directory; null for any other path.
+/// Points into `host_path`.
+const char *name_on_board(const char *host_path) noexcept;
+
+/// The path that a call is to use instead of the application's: in the board's directory when it names
+/// something of the board, the application's own otherwise. Nothing is allocated; lives on the stack for the
+/// time of the call.
+class board_path {
+public:
+  explicit board_path(const char *path, int directory = AT_FDCWD) noexcept;
+  board_path(const board_path &) = delete;
+  board_path &operator=(const board_path &) = delete;
+
+  operator const char *() const noexcept { return path_; }
+  file_kind kind() const noexcept { return kind_; }
+  /// The path as the application knows it, tidied; only for a path of the board.
+  const char *name() const noexcept { return name_; }
+
+private:
+  void map(const char *board, const char *path, int directory) noexcept;
+
+  const char *path_;
+  const char *name_ = nullptr;
+  file_kind kind_ = file_kind::none;
+  char text_[PATH_MAX]; // left as it is until it is needed
+};
+
+/// What an application calls the file behind an open descriptor; null when it is not of the board.
+class descriptor_name {
+public:
+  explicit descriptor_name(int descriptor) noexcept;
+  operator const char *() const noexcept { return name_; }
+
+private:
+  const char *name_ = nullptr;
+  char text_[PATH_MAX];
+};
+
+} // namespace dravik::sim

@@ -1,0 +1,137 @@
+// Temporary simulated boards for tests.
+
+#include "support/board.hpp"
+#include "board/board_directory.hpp"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sstream>
+#include <unistd.h>
+
+namespace dravik::test {
+namespace {
+
+constexpr const char *nowhere = "/dev/null/no-board";
+constexpr const char *probe = "/usr/local/dravik/simulator-probe";
+
+[[noreturn]] void die(const std::string &why) {
+  std::fprintf(stderr, "%s\n", why.c_str());
+  std::exit(EXIT_FAILURE);
+}
+
+std::string make_temporary_directory() {
+  std::error_code code;
+  std::string name = std::filesystem::temp_directory_path(code).string() + "/dravik-board-XXXXXX";
+  if (::mkdtemp(name.data()) == nullptr)
+    die(name + ": cannot be made");
+  return std::filesystem::canonical(name, code).string();
+}
+
+bool probe_is_seen() {
+  const int descriptor = ::open(probe, O_RDONLY);
+  if (descriptor >= 0)
+    ::close(descriptor);
+  std::FILE *stream = std::fopen(probe, "r");
+  if (stream != nullptr)
+    std::fclose(stream);
+  return descriptor >= 0 && stream != nullptr && ::access(probe, F_OK) == 0;
+}
+
+} // namespace
+
+void require_simulator() {
+  const char *current = std::getenv("DRAVIK_BOARD");
+  const std::string before = current != nullptr ? current : nowhere;
+  bool in_charge;
+  {
+    const board probed;
+    probed.write(probe, "");
+    in_charge = probe_is_seen();
+  }
+  ::setenv("DRAVIK_BOARD", before.c_str(), 1);
+  if (!in_charge)
+    die("The simulator is not in charge of this program: link dravik_test_support before all other "
+        "libraries.");
+}
+
+board::board(const sim::screen &shown) : directory_(make_temporary_directory()) {
+  std::string error;
+  if (!sim::create_board(directory_, shown, error))
+    die(error);
+  ::setenv("DRAVIK_BOARD", directory_.c_str(), 1);
+}
+
+board::~board() {
+  ::setenv("DRAVIK_BOARD", nowhere, 1);
+  std::error_code code;
+  std::filesystem::remove_all(directory_, code);
+}
+
+std::string board::path(std::string_view inside) const {
+  if (inside.empty())
+    return directory_;
+  return directory_ + (inside.front() == '/' ? "" : "/") + std::string{inside};
+}
+
+bool board::exists(std::string_view inside) const {
+  std::error_code code;
+  return std::filesystem::exists(path(inside), code);
+}
+
+std::string board::read(std::string_view inside) const {
+  std::string text;
+  std::string error;
+  if (!sim::read_file(path(inside), text, error))
+    ADD_FAILURE() << error;
+  return text;
+}
+
+void board::write(std::string_view inside, std::string_view contents) const {
+  std::string error;
+  if (!sim::write_file(path(inside), contents, error))
+    die(error);
+}
+
+void board::remove(std::string_view inside) const {
+  std::error_code code;
+  std::filesystem::remove_all(path(inside), code);
+}
+
+std::vector<uint16_t> board::pixels() const {
+  const std::string memory = read("dev/fb0");
+  std::vector<uint16_t> pixels(memory.size() / 2);
+  std::memcpy(pixels.data(), memory.data(), pixels.size() * 2);
+  return pixels;
+}
+
+void board::set(std::string_view key, std::string_view value) const {
+  write("board.conf", sim::with_setting(read("board.conf"), key, value));
+}
+
+std::vector<std::string> board::events() const {
+  std::vector<std::string> lines;
+  std::istringstream text{read("events")};
+  for (std::string line; std::getline(text, line);)
+    lines.push_back(line);
+  return lines;
+}
+
+void board::clear_events() const {
+  write("events", "");
+}
+
+void board::set_fault(std::string_view request, std::string_view path, std::string_view error) const {
+  std::ostringstream line;
+  line << request << ' ' << path << ' ' << error << '\n';
+  write("faults", read("faults") + line.str());
+}
+
+void board::clear_faults() const {
+  write("faults", "");
+}
+
+} // namespace dravik::test

@@ -1,0 +1,66 @@
+// Temporary simulated boards for tests.
+//
+// A test program that links dravik_test_support (before dravik, without gtest_main) has the simulator in
+// charge of its files and devices: main() checks that, and leads every path of the board nowhere until a test
+// makes a board.
+//
+//   TEST(EventLog, FirstLineIsTheBanner) {
+//     dravik::test::board board;
+//     log_printf("hello");
+//     EXPECT_THAT(board.read("tmp/dravik.log"), ...);
+//   }
+#pragma once
+
+#include "board/screen.hpp"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace dravik::test {
+
+/// Ends the program with a message and status 1 unless the simulator answers for the paths of a board, so
+/// that no test touches the host's devices or its /tmp/dravik.log.
+void require_simulator();
+
+/// A new board in a directory of its own, in charge from its construction to its end; the directory goes with
+/// it. One at a time. Children of the process use it too.
+class board {
+public:
+  explicit board(const sim::screen &shown = {});
+  board(uint32_t width, uint32_t height) : board(sim::screen::of_size(width, height)) {}
+  ~board();
+  board(const board &) = delete;
+  board &operator=(const board &) = delete;
+
+  /// Where a file of the board really lies: path("tmp/dravik.log"). The directory itself without an argument.
+  std::string path(std::string_view inside = "") const;
+
+  bool exists(std::string_view inside) const;
+  /// The whole of a file, bytes and all. The test fails when there is none.
+  std::string read(std::string_view inside) const;
+  /// Writes a file anew, with the directories above it.
+  void write(std::string_view inside, std::string_view contents) const;
+  void remove(std::string_view inside) const;
+
+  /// The screen memory as pixels, padding included; pixel (x, y) is at y * line_length / 2 + x.
+  std::vector<uint16_t> pixels() const;
+
+  /// Changes a line of board.conf: set("yres_virtual", "960").
+  void set(std::string_view key, std::string_view value) const;
+
+  /// What the devices were asked to do, line by line, oldest first: "fb0: blank 1".
+  std::vector<std::string> events() const;
+  void clear_events() const;
+
+  /// Orders a request to fail: set_fault("open", "/tmp/dravik.log", "ENOSPC"). For /dev/fb0 also
+  /// "fscreeninfo", "vscreeninfo", "mmap", "pan" and "blank"; "descriptor-0" makes its open succeed with
+  /// descriptor 0.
+  void set_fault(std::string_view request, std::string_view path, std::string_view error = "EIO") const;
+  void clear_faults() const;
+
+private:
+  std::string directory_;
+};
+
+} // namespace dravik::test
