@@ -129,8 +129,9 @@ bool write_file(const std::string &path, std::string_view text, std::string &err
   if (!make_directory(files::path{path}.parent_path(), error))
     return false;
   unique_file file = open_file(path.c_str(), "wb");
-  const bool ok = file != nullptr && std::fwrite(text.data(), 1, text.size(), file.get()) == text.size() &&
-                  std::fclose(file.release()) == 0;
+  const bool written =
+      file != nullptr && (text.empty() || std::fwrite(text.data(), text.size(), 1, file.get()) == 1);
+  const bool ok = written && std::fclose(file.release()) == 0;
   if (!ok)
     error = path + ": " + reason();
   return ok;

@@ -2,6 +2,7 @@
 // people.
 #pragma once
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <string_view>
@@ -11,17 +12,15 @@ namespace dravik::sim {
 constexpr std::string_view blanks = " \t\r";
 
 constexpr std::string_view trimmed(std::string_view text) noexcept {
-  const size_t first = text.find_first_not_of(blanks);
-  if (first == std::string_view::npos)
-    return {};
-  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+  text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+  text.remove_suffix(text.size() - (text.find_last_not_of(blanks) + 1));
+  return text;
 }
 
 /// Takes the text up to `separator`, or all of it, off the front.
 constexpr std::string_view take_until(std::string_view &text, char separator) noexcept {
-  const size_t end = text.find(separator);
-  const std::string_view taken = text.substr(0, end);
-  text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+  const std::string_view taken{text.data(), std::min(text.find(separator), text.size())};
+  text.remove_prefix(std::min(taken.size() + 1, text.size()));
   return taken;
 }
 
@@ -38,8 +37,7 @@ constexpr std::string_view take_line(std::string_view &text) noexcept {
 /// Takes the next word off the front of a line.
 constexpr std::string_view take_word(std::string_view &line) noexcept {
   line = trimmed(line);
-  const size_t end = line.find_first_of(blanks);
-  const std::string_view word = line.substr(0, end);
+  const std::string_view word{line.data(), std::min(line.find_first_of(blanks), line.size())};
   line.remove_prefix(word.size());
   return word;
 }

@@ -75,6 +75,20 @@ SIM_PASS(int, lchown, (const char *path, uid_t user, gid_t group), (at{path}, us
 SIM_PASS(int, fchownat, (int from, const char *path, uid_t user, gid_t group, int flags),
          (from, at{path, from}, user, group, flags))
 
+// Attributes beyond those, which listing and copying programs look for.
+SIM_PASS(ssize_t, getxattr, (const char *path, const char *name, void *value, size_t size),
+         (at{path}, name, value, size))
+SIM_PASS(ssize_t, lgetxattr, (const char *path, const char *name, void *value, size_t size),
+         (at{path}, name, value, size))
+SIM_PASS(ssize_t, listxattr, (const char *path, char *names, size_t size), (at{path}, names, size))
+SIM_PASS(ssize_t, llistxattr, (const char *path, char *names, size_t size), (at{path}, names, size))
+SIM_PASS(int, setxattr, (const char *path, const char *name, const void *value, size_t size, int flags),
+         (at{path}, name, value, size, flags))
+SIM_PASS(int, lsetxattr, (const char *path, const char *name, const void *value, size_t size, int flags),
+         (at{path}, name, value, size, flags))
+SIM_PASS(int, removexattr, (const char *path, const char *name), (at{path}, name))
+SIM_PASS(int, lremovexattr, (const char *path, const char *name), (at{path}, name))
+
 // Making, moving and removing.
 SIM_PASS(int, mkdir, (const char *path, mode_t mode), (at{path}, mode))
 SIM_PASS(int, mkdirat, (int from, const char *path, mode_t mode), (from, at{path, from}, mode))

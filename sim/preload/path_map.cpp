@@ -2,6 +2,7 @@
 
 #include "preload/path_map.hpp"
 #include "base/unique_fd.hpp"
+#include "board/settings_text.hpp"
 #include "preload/preserve_errno.hpp"
 
 #include <algorithm>
@@ -55,11 +56,8 @@ public:
   path_text(char *begin, const char *end) noexcept : begin_(begin), end_(begin), limit_(end - 1) {}
 
   void append(std::string_view path) noexcept {
-    while (!path.empty()) {
-      const size_t length = std::min(path.find('/'), path.size());
-      add_component(path.substr(0, length));
-      path.remove_prefix(std::min(length + 1, path.size()));
-    }
+    while (!path.empty())
+      add_component(take_until(path, '/'));
   }
 
   void add_slash() noexcept { put("/"); }
