@@ -32,7 +32,7 @@ struct next_symbol {
 // it need not agree with what this or that version of the headers declares. All next_symbols lie in one
 // section, to be walked at the start.
 #define SIM_DEFINE(result, name, parameters)                                                                 \
-  [[maybe_unused, gnu::section("next_symbols")]] static constinit ::dravik::sim::next_symbol next_##name{    \
+  [[gnu::used, gnu::section("next_symbols")]] static constinit ::dravik::sim::next_symbol next_##name{       \
       #name};                                                                                                \
   extern "C" result sim_##name parameters __asm__(#name);                                                    \
   extern "C" [[gnu::visibility("default")]] result sim_##name parameters
