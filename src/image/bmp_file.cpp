@@ -3,6 +3,7 @@
 #include "base/unique_file.hpp"
 #include "fb/bit_row.hpp"
 #include "image/bmp_format.hpp"
+#include "image/keyed_row.hpp"
 #include "image/placement.hpp"
 
 #include <algorithm>
@@ -207,22 +208,17 @@ template <class Paint> void draw_keyed(const picture &from, Paint paint) noexcep
   const uint32_t width = from.header.width;
   record_reader rows(from.fd, from.header.data_offset, size_t{2} * bmp_row_size(width, 16),
                      reinterpret_cast<uint8_t *>(last.data()));
-  for (uint32_t n = 0; n < from.header.height; ++n) {
-    pixel *to = from.row(n);
-    const auto *row = reinterpret_cast<const pixel *>(rows.next());
-    for (uint32_t i = 0; i < width; ++i)
-      if (row[i] != bmp_key_colour)
-        to[i] = paint(row[i]);
-  }
+  for (uint32_t n = 0; n < from.header.height; ++n)
+    put_keyed_row(from.row(n), rows.next(), width, key_colour<false>{bmp_key_colour}, paint);
 }
 
 void draw_16bit(const picture &from, uint32_t mode) noexcept {
   if (mode == 0)
     copy_rows(from);
   if (mode == 1)
-    draw_keyed(from, [](uint16_t colour) { return colour; });
+    draw_keyed(from, own_colour);
   if (mode == 2)
-    draw_keyed(from, [](uint16_t) { return bmp_silhouette; });
+    draw_keyed(from, silhouette);
 }
 
 void draw(const picture &from, uint32_t mode) noexcept {

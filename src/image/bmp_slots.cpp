@@ -118,15 +118,13 @@ bool is_drawable(const bmp_header &header, int32_t mode) noexcept {
 }
 
 void draw(const picture &from, int32_t mode) noexcept {
-  constexpr auto as_it_is = [](auto colour) { return colour; };
-  constexpr auto silhouette = []<class Pixel>(Pixel) { return static_cast<Pixel>(Pixel{} + bmp_silhouette); };
   const size_t size = stride(from.header, mode), width = from.header.width;
   const uint8_t *row = from.rows;
   for (uint32_t n = 0; n < from.header.height; ++n, row += size) {
     if (mode == 0) {
       std::memcpy(from.row(n), row, size);
     } else if (mode == 1) {
-      put_keyed_row(from.row(n), row, width, key_colour<false>{bmp_key_colour}, as_it_is);
+      put_keyed_row(from.row(n), row, width, key_colour<false>{bmp_key_colour}, own_colour);
     } else {
       put_keyed_row(from.row(n), row, width, key_colour<true>{bmp_key_colour}, silhouette);
     }

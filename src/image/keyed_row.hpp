@@ -2,6 +2,7 @@
 #pragma once
 
 #include "fb/fill.hpp"
+#include "image/bmp_format.hpp"
 
 #include <cstring>
 
@@ -18,6 +19,12 @@ template <bool WithoutBlack> struct key_colour {
       return colour == key;
     }
   }
+};
+
+/// What a pixel that is not left out is painted in: its own colour, or one for all.
+inline constexpr auto own_colour = []<class Pixel>(Pixel colour) { return colour; };
+inline constexpr auto silhouette = []<class Pixel>(Pixel) {
+  return static_cast<Pixel>(Pixel{} + bmp_silhouette);
 };
 
 /// Puts the pixels of a row that the key lets through, each in the colour that `paint` makes of it. `from`
