@@ -8,14 +8,40 @@
 
 namespace dravik::png {
 
-bool read(const std::string &path, picture &into, std::string &error) {
-  png_image image = {};
+namespace {
+
+/// Reads up to the pixels. After success the caller finishes reading, or frees.
+bool begin(const std::string &path, png_image &image, std::string &error) {
+  image = {};
   image.version = PNG_IMAGE_VERSION;
   if (png_image_begin_read_from_file(&image, path.c_str()) == 0) {
     error = path + ": " + image.message;
     return false;
   }
+  if (is_bearable(image.width, image.height))
+    return true;
+  error = path + ": " + std::to_string(image.width) + " x " + std::to_string(image.height) + " is too large";
+  png_image_free(&image);
+  return false;
+}
+
+} // namespace
+
+bool read_size(const std::string &path, size &into, std::string &error) {
+  png_image image;
+  if (!begin(path, image, error))
+    return false;
+  into = {image.width, image.height};
+  png_image_free(&image);
+  return true;
+}
+
+bool read(const std::string &path, picture &into, std::string &error) {
+  png_image image;
+  if (!begin(path, image, error))
+    return false;
   image.format = PNG_FORMAT_RGBA;
+  image.flags |= PNG_IMAGE_FLAG_16BIT_sRGB; // brightness as seen, whatever the depth
   into.width = image.width;
   into.height = image.height;
   into.rgba.resize(PNG_IMAGE_SIZE(image));

@@ -1,0 +1,144 @@
+// The command "pack": pictures to an archive, and to a header with their names.
+
+#include "dravik-art/c_header.hpp"
+#include "dravik-art/commands.hpp"
+#include "dravik-art/files.hpp"
+#include "dravik-art/levels.hpp"
+
+#include <filesystem>
+
+namespace dravik::art {
+namespace {
+
+std::span<const uint8_t> bytes_of(const std::string &text) noexcept {
+  return {reinterpret_cast<const uint8_t *>(text.data()), text.size()};
+}
+
+/// The names in a list, one a line; blank lines and lines that begin with # are passed over. Names stand
+/// relative to the folder of the list.
+bool read_list(const std::string &path, std::vector<std::string> &names, std::string &error) {
+  std::vector<uint8_t> text;
+  if (!read_file(path, text, error))
+    return false;
+  const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+  std::string line;
+  const auto take_line = [&] {
+    if (line.ends_with('\r'))
+      line.pop_back();
+    if (!line.empty() && !line.starts_with('#'))
+      names.push_back((folder / line).string());
+    line.clear();
+  };
+  for (const uint8_t c : text) {
+    if (c == '\n')
+      take_line();
+    else
+      line.push_back(static_cast<char>(c));
+  }
+  take_line();
+  return true;
+}
+
+/// The pictures to pack, from the operands or from the list.
+outcome find_names(const command_line &given, std::vector<std::string> &names, std::string &error) {
+  names.assign(given.operands().begin() + 1, given.operands().end());
+  const bool has_list = given.has("--list");
+  if (names.empty() != has_list) {
+    error = has_list ? "pictures are given both by name and by --list" : "no picture given";
+    return outcome::misused;
+  }
+  const std::string list = given.value("--list");
+  if (has_list && !read_list(list, names, error))
+    return outcome::failed;
+  if (names.empty()) {
+    error = list + ": names no picture";
+    return outcome::failed;
+  }
+  return outcome::done;
+}
+
+/// Refuses pictures that no archive can hold before any memory is spent on them.
+bool fit_together(std::span<const std::string> names, std::string &error) {
+  uint64_t pixel_bytes = 0;
+  for (const std::string &name : names) {
+    png::size size;
+    if (!png::read_size(name, size, error))
+      return false;
+    pixel_bytes += image_record{size.width, size.height, 0, 0}.bytes();
+  }
+  return fits_archive(archive_size(names.size(), pixel_bytes), error);
+}
+
+bool read_images(std::span<const std::string> names, level_rule rule, std::vector<packed_image> &images,
+                 std::string &error) {
+  for (const std::string &name : names) {
+    png::picture picture;
+    if (!png::read(name, picture, error))
+      return false;
+    images.push_back(to_levels(picture, rule));
+  }
+  return true;
+}
+
+/// The header to write; none when it has no path.
+bool header_text(const std::string &path, std::span<const std::string> names,
+                 std::span<const packed_image> images, std::string &text, std::string &error) {
+  if (path.empty())
+    return true;
+  std::vector<named_image> named;
+  for (size_t i = 0; i < names.size(); ++i)
+    named.push_back({names[i], images[i].width, images[i].height});
+  return make_c_header(path, named, text, error);
+}
+
+/// Puts both files into place once both are whole.
+bool write_both(const std::string &archive_path, std::span<const uint8_t> archive,
+                const std::string &header_path, const std::string &header, std::string &error) {
+  pending_file archive_file{archive_path};
+  pending_file header_file{header_path};
+  if (!archive_file.write(archive, error))
+    return false;
+  if (header_path.empty())
+    return archive_file.commit(error);
+  return header_file.write(bytes_of(header), error) && archive_file.commit(error) &&
+         header_file.commit(error);
+}
+
+bool is_same_name(const std::string &one, const std::string &other) {
+  const auto plain = [](const std::string &name) {
+    std::error_code ignored;
+    return std::filesystem::weakly_canonical(name, ignored);
+  };
+  return one == other || plain(one) == plain(other);
+}
+
+} // namespace
+
+outcome pack(const command_line &given, std::string &error) {
+  const std::string &out = given.operands()[0];
+  const std::string header_path = given.value("--header");
+  const auto rule = level_rule_named(given.value("--levels", "auto"));
+  if (!rule)
+    error = "--levels takes auto, alpha, grey or inverted";
+  else if (given.has("--header") && header_path.empty())
+    error = "--header needs a file name";
+  else if (given.has("--header") && is_same_name(out, header_path))
+    error = "the archive and --header are the same file";
+  if (!error.empty())
+    return outcome::misused;
+  std::vector<std::string> names;
+  if (const outcome found = find_names(given, names, error); found != outcome::done)
+    return found;
+
+  std::vector<packed_image> images;
+  std::vector<uint8_t> archive;
+  std::string header;
+  const bool is_packed = may_replace(out, archive_magic, error) &&
+                         may_replace(header_path, header_magic, error) && fit_together(names, error) &&
+                         read_images(names, *rule, images, error) && build(images, archive, error) &&
+                         header_text(header_path, names, images, header, error) &&
+                         write_both(out, archive, header_path, header, error);
+  return is_packed ? outcome::done : outcome::failed;
+}
+
+} // namespace dravik::art
