@@ -104,12 +104,16 @@ bool write_both(const std::string &archive_path, std::span<const uint8_t> archiv
          header_file.commit(error);
 }
 
-bool is_same_name(const std::string &one, const std::string &other) {
-  const auto plain = [](const std::string &name) {
-    std::error_code ignored;
-    return std::filesystem::weakly_canonical(name, ignored);
-  };
-  return one == other || plain(one) == plain(other);
+/// A name in the one form that all names of a file share; empty where the system cannot tell.
+std::filesystem::path full_name(const std::string &name) {
+  std::error_code failed;
+  const std::filesystem::path absolute = std::filesystem::absolute(name, failed);
+  return failed ? absolute : std::filesystem::weakly_canonical(absolute, failed);
+}
+
+bool is_same_file(const std::string &one, const std::string &other) {
+  const std::filesystem::path full = full_name(one);
+  return one == other || (!full.empty() && full == full_name(other));
 }
 
 } // namespace
@@ -122,7 +126,7 @@ outcome pack(const command_line &given, std::string &error) {
     error = "--levels takes auto, alpha, grey or inverted";
   else if (given.has("--header") && header_path.empty())
     error = "--header needs a file name";
-  else if (given.has("--header") && is_same_name(out, header_path))
+  else if (given.has("--header") && is_same_file(out, header_path))
     error = "the archive and --header are the same file";
   if (!error.empty())
     return outcome::misused;

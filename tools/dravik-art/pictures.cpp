@@ -48,7 +48,7 @@ bool open_images(const std::string &path, uint32_t first, uint32_t end, archive 
   end = std::min(end, opened.count());
   for (uint32_t i = first; i < end; ++i)
     if (!opened.has_pixels(i, error)) {
-      error = path + ": " + error;
+      error.insert(0, path + ": ");
       return false;
     }
   return true;
@@ -100,6 +100,8 @@ bool write_folder(const std::string &folder, const archive &from, const picture_
   bool is_done = true;
   for (uint32_t i = 0; i < from.count() && is_done; ++i)
     is_done = png::write(unfinished + "/" + numbered_name(i, from.count()), make(i), error);
+  if (!is_done)
+    error.replace(0, unfinished.size(), folder);
   if (is_done && std::rename(unfinished.c_str(), folder.c_str()) != 0) {
     error = system_error(folder);
     is_done = false;
