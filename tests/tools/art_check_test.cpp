@@ -1,0 +1,199 @@
+// Listing and judging archives.
+
+#include "art_fixture.hpp"
+
+using namespace dravik::art_test;
+
+namespace {
+
+class ArtCheck : public ArtTool {
+protected:
+  void expect_findings(const bytes &archive, const std::string &lines) const {
+    write_bytes(at("a.q7"), archive);
+    const run_result result = run({"check", "a.q7"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, lines);
+    EXPECT_EQ(result.err, "");
+  }
+};
+
+using ArtList = ArtTool;
+
+} // namespace
+
+TEST_F(ArtCheck, SaysNothingOfASoundArchive) {
+  write_bytes(at("a.q7"), sound_archive());
+  expect_quiet_success({"check", "a.q7"});
+}
+
+TEST_F(ArtCheck, PixelsMayStandInAnyOrderAndWithGaps) {
+  const bytes archive = archive_bytes{}
+                            .text("KORVEXQ7")
+                            .words({2, 60})
+                            .words({2, 1, 59, 0, 3, 2, 50, 0})
+                            .raw({0, 0, 1, 0x20, 3, 0x40, 0, 0, 0, 0, 0, 0x56});
+  write_bytes(at("a.q7"), archive);
+  expect_quiet_success({"check", "a.q7"});
+}
+
+TEST_F(ArtCheck, TooShortForAHeader) {
+  expect_findings({}, "the file has 0 bytes, too few for a header\n");
+  expect_findings(archive_bytes{}.text("KORVEXQ7").words({1}),
+                  "the file has 12 bytes, too few for a header\n");
+}
+
+TEST_F(ArtCheck, NotAnArchive) {
+  bytes archive = sound_archive();
+  archive[7] = '8';
+  expect_findings(archive, "not an archive: the file does not begin with KORVEXQ7\n");
+}
+
+TEST_F(ArtCheck, WrongLengthInTheHeader) {
+  bytes archive = sound_archive();
+  archive[12] = 54;
+  expect_findings(archive, "the header gives a length of 54 bytes, the file has 53\n");
+  archive = sound_archive();
+  archive.push_back(0);
+  expect_findings(archive, "the header gives a length of 53 bytes, the file has 54\n");
+}
+
+TEST_F(ArtCheck, NoImage) {
+  expect_findings(archive_bytes{}.text("KORVEXQ7").words({0, 16}), "the archive holds no image\n");
+}
+
+TEST_F(ArtCheck, TableBeyondTheEnd) {
+  bytes archive = sound_archive();
+  put_word(archive, 8, 3); // the table would end at byte 64
+  expect_findings(archive, "the table of 3 images ends beyond the end of the file\n");
+  put_word(archive, 8, 0xFFFFFFFF);
+  expect_findings(archive, "the table of 4294967295 images ends beyond the end of the file\n");
+}
+
+TEST_F(ArtCheck, ReservedWord) {
+  bytes archive = sound_archive();
+  put_word(archive, 28, 7);
+  expect_findings(archive, "image 0: the last word of its record is 7, not 0\n");
+}
+
+TEST_F(ArtCheck, ImagesWithoutPixels) {
+  bytes archive = sound_archive();
+  put_word(archive, 16, 0);
+  put_word(archive, 36, 0);
+  expect_findings(archive, "image 0: is 0 x 2, nothing to draw\nimage 1: is 2 x 0, nothing to draw\n");
+}
+
+TEST_F(ArtCheck, PixelsBeyondTheEnd) {
+  bytes archive = sound_archive();
+  put_word(archive, 40, 53);
+  expect_findings(archive, "image 1: its pixels end at byte 54 of a file of 53\n");
+  put_word(archive, 32, 0xFFFFFFFF);
+  put_word(archive, 36, 0xFFFFFFFF);
+  put_word(archive, 40, 0xFFFFFFFF);
+  // 2^31 bytes a row, 2^32 - 1 rows, from 2^32 - 1 on.
+  expect_findings(archive, "image 1: its pixels end at byte 9223372039002259455 of a file of 53\n");
+}
+
+TEST_F(ArtCheck, PixelsWithinTheTable) {
+  bytes archive = sound_archive();
+  put_word(archive, 40, 47);
+  expect_findings(archive, "image 1: its pixels begin at byte 47, within the header or table\n");
+  put_word(archive, 40, 0);
+  expect_findings(archive, "image 1: its pixels begin at byte 0, within the header or table\n");
+}
+
+TEST_F(ArtCheck, SetBitsInTheUnusedHalfByte) {
+  bytes archive = sound_archive();
+  archive[49] = 0x31;
+  archive[51] = 0xFF;
+  expect_findings(archive, "image 0: bits are set in the unused half of the last byte of 2 rows\n");
+}
+
+TEST_F(ArtCheck, SharedPixels) {
+  bytes archive = sound_archive();
+  put_word(archive, 40, 51);
+  expect_findings(archive, "image 1: its pixels overlap those of image 0\n");
+  put_word(archive, 40, 50); // inside image 0
+  expect_findings(archive, "image 1: its pixels overlap those of image 0\n");
+}
+
+TEST_F(ArtCheck, ALongImageOverlapsMoreThanItsNeighbour) {
+  // Image 1 covers bytes 64 to 73; image 0 is byte 65, image 2 byte 70.
+  const bytes archive = archive_bytes{}
+                            .text("KORVEXQ7")
+                            .words({3, 74})
+                            .words({2, 1, 65, 0, 2, 10, 64, 0, 2, 1, 70, 0})
+                            .raw({0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+  expect_findings(archive, "image 1: its pixels overlap those of image 0\n"
+                           "image 2: its pixels overlap those of image 1\n");
+}
+
+TEST_F(ArtCheck, SeveralFindingsOfOneArchive) {
+  bytes archive = sound_archive();
+  put_word(archive, 12, 1);
+  put_word(archive, 28, 1);
+  put_word(archive, 40, 60);
+  expect_findings(archive, "the header gives a length of 1 bytes, the file has 53\n"
+                           "image 0: the last word of its record is 1, not 0\n"
+                           "image 1: its pixels end at byte 61 of a file of 53\n");
+}
+
+TEST_F(ArtCheck, AnEndlessListIsCutShort) {
+  bytes archive = archive_bytes{}.text("KORVEXQ7").words({101, 16 * 102});
+  archive.resize(16 * 102); // 101 records of zeros
+  std::string lines;
+  for (int i = 0; i < 100; ++i)
+    lines += "image " + std::to_string(i) + ": is 0 x 0, nothing to draw\n";
+  expect_findings(archive, lines + "more than 100 findings; the rest is left out\n");
+}
+
+TEST_F(ArtCheck, RefusesWhatCannotBeRead) {
+  expect_refusal({"check", "none.q7"}, 1, "none.q7: No such file or directory");
+  expect_refusal({"check", "."}, 1, ".: not a regular file");
+  expect_refusal({"check", "/dev/zero"}, 1, "/dev/zero: not a regular file");
+}
+
+TEST_F(ArtCheck, RefusesAFileLongerThan32Bits) {
+  write_bytes(at("long.q7"), sound_archive());
+  std::filesystem::resize_file(at("long.q7"), 0x100000000);
+  const run_result result = run({"check", "long.q7"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.err, "dravik-art: long.q7: longer than 4 GiB\n");
+}
+
+TEST_F(ArtList, IndexSizeStartAndBytes) {
+  write_bytes(at("a.q7"), sound_archive());
+  const run_result result = run({"list", "a.q7"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(result.out, "index   width  height      offset       bytes\n"
+                        "    0       3       2          48           4\n"
+                        "    1       2       1          52           1\n");
+}
+
+TEST_F(ArtList, ShowsRecordsThatPointAnywhere) {
+  bytes archive = sound_archive();
+  put_word(archive, 32, 100);
+  put_word(archive, 36, 50);
+  put_word(archive, 40, 4000000000);
+  write_bytes(at("a.q7"), archive);
+  const run_result result = run({"list", "a.q7"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_NE(result.out.find("    1     100      50  4000000000        2500\n"), std::string::npos)
+      << result.out;
+}
+
+TEST_F(ArtList, RefusesWhatTheLibraryWouldNotLoad) {
+  bytes archive = sound_archive();
+  put_word(archive, 12, 52);
+  write_bytes(at("a.q7"), archive);
+  expect_refusal({"list", "a.q7"}, 1, "a.q7: the header gives a length of 52 bytes, the file has 53");
+  write_text(at("b.q7"), "this is not an archive");
+  expect_refusal({"list", "b.q7"}, 1, "b.q7: not an archive: the file does not begin with KORVEXQ7");
+}
+
+TEST_F(ArtList, SaysWhenItsOutputIsLost) {
+  write_bytes(at("a.q7"), sound_archive());
+  const run_result result = run_program({DRAVIK_ART, "list", "a.q7"}, "/dev/full");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.err, "dravik-art: standard output: No space left on device\n");
+}
