@@ -127,6 +127,14 @@ bool read_directory_path(int directory, char *text) noexcept {
   return ::syscall(SYS_getcwd, text, longest_path) > 0 && text[0] == '/';
 }
 
+/// Whether some end of a path is a path of a board: a quick no for nearly every path of the host.
+bool ends_like_a_board_path(const char *path) noexcept {
+  for (const char *end = std::strchr(path, '/'); end != nullptr; end = std::strchr(end + 1, '/'))
+    if (kind_of(end) != file_kind::none)
+      return true;
+  return false;
+}
+
 /// What follows the board's directory in a path that the kernel gave, which is free of links.
 const char *below_board(const char *host_path) noexcept {
   const char *board = board_directory();
@@ -160,7 +168,7 @@ file_kind kind_of(const char *path) noexcept {
 }
 
 const char *name_on_board(const char *host_path) noexcept {
-  const char *name = below_board(host_path);
+  const char *name = ends_like_a_board_path(host_path) ? below_board(host_path) : nullptr;
   return name != nullptr && kind_of(name) != file_kind::none ? name : nullptr;
 }
 
