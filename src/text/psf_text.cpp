@@ -41,6 +41,12 @@ void put_rows(std::span<const uint8_t> rows, pixel *at, ptrdiff_t pitch, uint32_
       paint.put(at, row, width);
       at = fb::step(at, pitch);
     }
+  } else if (width == 16) {
+    for (size_t i = 0; i < rows.size(); i += 2) {
+      paint.put8(at, rows[i]);
+      paint.put8(at + 8, rows[i + 1]);
+      at = fb::step(at, pitch);
+    }
   } else {
     for (size_t i = 0; i < rows.size(); i += 2) {
       paint.put8(at, rows[i]);
