@@ -44,9 +44,9 @@ std::vector<ring> known_rings(put_ring *put, const std::vector<int> &radii) {
   return rings;
 }
 
-std::vector<int> many_radii() {
+std::vector<int> radii_to(int last, int by) {
   std::vector<int> radii;
-  for (int radius = 5; radius <= 100; radius += 3)
+  for (int radius = 5; radius <= last; radius += by)
     radii.push_back(radius);
   return radii;
 }
@@ -98,7 +98,8 @@ void add_discs(const char *name, const std::vector<int> &radii) {
 void add_circles() {
   add_outlines("circle of 20, kept", std::vector(16, 20));
   add_outlines("circle of 100, kept", std::vector(4, 100));
-  add_outlines("circles of 32 radii", many_radii());
+  add_outlines("circles of 32 radii", radii_to(98, 3));
+  add_outlines("circles of 196 radii", radii_to(200, 1));
   add_discs("disc of 8", std::vector(16, 8));
   add_discs("disc of 20", std::vector(16, 20));
   add_discs("disc of 100", std::vector(4, 100));
