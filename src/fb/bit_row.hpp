@@ -1,18 +1,11 @@
 // Rows of one bit a pixel: glyphs, and pictures of two colours.
 #pragma once
 
-#include "fb/fill.hpp"
+#include "fb/pair_row.hpp"
 
 #include <array>
-#include <bit>
 
 namespace dravik::fb {
-
-static_assert(std::endian::native == std::endian::little, "the left pixel is the low half of a word");
-
-constexpr uint32_t pixel_pair(uint16_t left, uint16_t right) noexcept {
-  return uint32_t{right} << 16 | left;
-}
 
 typedef uint16_t pixels8 __attribute__((vector_size(16)));
 

@@ -140,15 +140,10 @@ void draw_1bit(const picture &from) noexcept {
 }
 
 void draw_4bit(const picture &from) noexcept {
-  std::array<uint32_t, 256> pairs;
-  for (size_t high = 0; high < 16; ++high)
-    for (size_t low = 0; low < 16; ++low)
-      pairs[high * 16 + low] = fb::pixel_pair(palette_colour_or_grey(high), palette_colour_or_grey(low));
+  fb::pair_table pairs;
+  fb::make_pairs(pairs, palette_colour_or_grey);
   decode_rows(from, [&pairs](pixel *to, const uint8_t *row, uint32_t width) {
-    for (; width >= 2; width -= 2, to += 2)
-      fb::store(to, pairs[*row++]);
-    if (width != 0)
-      *to = static_cast<uint16_t>(pairs[*row]);
+    fb::put_pair_row(to, row, width, pairs);
   });
 }
 
