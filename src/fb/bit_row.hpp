@@ -1,18 +1,25 @@
 // Rows of one bit a pixel: glyphs, and pictures of two colours.
 #pragma once
 
-#include "fb/fill.hpp"
+#include "fb/pair_row.hpp"
 
 #include <array>
-#include <bit>
 
 namespace dravik::fb {
 
-static_assert(std::endian::native == std::endian::little, "the left pixel is the low half of a word");
+typedef uint16_t pixels8 __attribute__((vector_size(16)));
 
-constexpr uint32_t pixel_pair(uint16_t left, uint16_t right) noexcept {
-  return uint32_t{right} << 16 | left;
-}
+/// The bits of each byte spread over eight pixels: all ones where one is set.
+inline constexpr std::array<pixels8, 256> masks_of_bits = [] {
+  std::array<pixels8, 256> table{};
+  for (size_t bits = 0; bits < table.size(); ++bits) {
+    const auto lane = [bits](size_t place) {
+      return static_cast<uint16_t>((bits >> (7 - place) & 1) != 0 ? 0xFFFF : 0);
+    };
+    table[bits] = pixels8{lane(0), lane(1), lane(2), lane(3), lane(4), lane(5), lane(6), lane(7)};
+  }
+  return table;
+}();
 
 /// Paints bits in two colours, the first bit of each byte in its top bit.
 class opaque_bits {
@@ -23,8 +30,8 @@ public:
 
   void put8(pixel *at, uint8_t bits) const noexcept {
     if constexpr (sizeof(void *) == 8) {
-      const lanes all = lanes{} + bits;
-      store(at, (all & bit_of_lane) != 0 ? lanes{} + set_ : lanes{} + clear_);
+      const auto difference = static_cast<uint16_t>(clear_ ^ set_);
+      store(at, (masks_of_bits[bits] & difference) ^ clear_);
     } else {
       put(at, bits, 8);
     }
@@ -40,9 +47,6 @@ public:
   }
 
 private:
-  typedef uint16_t lanes __attribute__((vector_size(16)));
-  static constexpr lanes bit_of_lane = {0x80, 0x40, 0x20, 0x10, 0x08, 0x04, 0x02, 0x01};
-
   uint16_t clear_;
   uint16_t set_;
   std::array<uint32_t, 4> pairs_;
@@ -75,8 +79,12 @@ public:
     if (bits == 0)
       return;
     const auto &places = places_of_bits[bits].places;
-    for (size_t i = 0; i < 4; ++i)
-      at[places[i]] = set_;
+    at[places[0]] = set_;
+    at[places[1]] = set_;
+    if (places[1] == places[7])
+      return;
+    at[places[2]] = set_;
+    at[places[3]] = set_;
     if (places[3] == places[7])
       return;
     for (size_t i = 4; i < 8; ++i)

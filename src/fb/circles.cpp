@@ -1,12 +1,14 @@
 // Circle outlines and discs. Nothing is clipped.
 //
 // The outline is defined by its arithmetic: points along the angle in double precision, truncated towards
-// zero after the centre was added. Computing them takes far longer than storing them, so the figure of a
-// radius is kept as offsets from its centre. Only points that lie next to a whole number depend on where the
-// centre is, by the rounding of the addition; those are kept as they are and truncated anew at each call.
+// zero after the centre was added. Computing them takes far longer than storing them, so the figures of the
+// radii drawn are kept as offsets from their centres. Only points that lie next to a whole number depend on
+// where the centre is, by the rounding of the addition; those are kept as they are and truncated anew at each
+// call.
 
 #include "fb/fill.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <span>
@@ -15,7 +17,7 @@ namespace dravik::fb {
 namespace {
 
 constexpr double pi = 3.141592653589793;
-constexpr double steps_per_radian = 3.6;
+constexpr double steps_per_radius = 3.6; ///< of half a circle
 
 /// A point of the outline relative to the centre.
 struct point {
@@ -36,7 +38,7 @@ void put_pair(const surface &on, int32_t cx, int32_t cy, point p, uint16_t colou
 /// where truncation rounds the other way.
 void outline_by_definition(const surface &on, int32_t cx, int32_t cy, int32_t r, uint16_t colour) noexcept {
   const double radius = r;
-  const double step = pi / (radius * steps_per_radian);
+  const double step = pi / (radius * steps_per_radius);
   double sine = 0.0, cosine = 1.0;
   for (double theta = step;; theta += step) { // NOLINT(cert-flp30-c): the sum is the definition
     put_pair(on, cx, cy, {radius * cosine, radius * sine}, colour);
@@ -49,110 +51,117 @@ void outline_by_definition(const surface &on, int32_t cx, int32_t cy, int32_t r,
 /// Rounding errors of all the arithmetic here stay far below this distance.
 constexpr double near_whole = 1e-6;
 
-bool is_near_whole(double value) noexcept {
-  return std::fabs(value - std::nearbyint(value)) < near_whole;
-}
+/// A coordinate of an outline that is kept, and the whole number below it.
+struct rounded {
+  int32_t down;
+  double from_middle; ///< the distance to the middle between two whole numbers
 
-/// The outline of one radius on lines of one pitch.
-class kept_outline {
+  explicit rounded(double value) noexcept {
+    constexpr int32_t bias = 4096; // makes it positive
+    down = static_cast<int32_t>(value + bias) - bias;
+    from_middle = std::fabs(value - down - 0.5);
+  }
+};
+
+/// The outlines drawn on lines of one pitch. When there is no room for one more, all are forgotten.
+class kept_outlines {
 public:
-  static constexpr int32_t largest_radius = 340;
+  /// False when the outline cannot be kept.
+  bool draw(const surface &on, int32_t cx, int32_t cy, int32_t r, uint16_t colour) noexcept {
+    if (r > largest_radius)
+      return false;
+    if (pitch_ != on.pitch)
+      forget(on.pitch);
+    outline &points = outlines_[static_cast<size_t>(r)];
+    if (points.exact_count == 0 && !build(r, points))
+      return false;
+    pixel *const centre = on.at(cx, cy), *const opposite = step(centre, -on.pitch - 2);
+    for (const int32_t offset : std::span{&offsets_[points.first], points.count}) {
+      *step(centre, offset) = colour;
+      *step(opposite, -offset) = colour;
+    }
+    for (const point &p : std::span{&exact_[points.exact_first], points.exact_count})
+      put_pair(on, cx, cy, p, colour);
+    return true;
+  }
 
-  bool is_for(int32_t r, ptrdiff_t pitch) const noexcept { return r_ == r && pitch_ == pitch; }
+private:
+  /// Where the points of a radius stand: half of them, since the others lie opposite. The point right of the
+  /// centre is always an exact one.
+  struct outline {
+    uint16_t first, count;
+    uint16_t exact_first, exact_count;
+  };
 
-  /// Works the figure out; false when too many of its points lie next to whole numbers to keep them.
-  bool build(int32_t r, ptrdiff_t pitch) noexcept {
+  void forget(ptrdiff_t pitch) noexcept {
+    pitch_ = pitch;
+    count_ = exact_count_ = 0;
+    outlines_ = {};
+  }
+
+  /// Works an outline out; false when too many of its points lie next to whole numbers to keep them.
+  bool build(int32_t r, outline &points) noexcept {
     const double radius = r;
-    const double step = pi / (radius * steps_per_radian);
+    if (count_ + static_cast<size_t>(steps_per_radius * radius) + 2 > offsets_.size() ||
+        exact_count_ + most_exact > exact_.size())
+      forget(pitch_);
+    outline made = {count_, 0, exact_count_, 0};
+    const double step = pi / (radius * steps_per_radius);
     double step_sine, step_cosine;
     ::sincos(step, &step_sine, &step_cosine);
-
-    *this = {};
-    pitch_ = pitch;
     // Turned by one step at a time; only points that need it get the sine and cosine of their angle.
     point unit = {1.0, 0.0};
     // NOLINTNEXTLINE(cert-flp30-c,clang-analyzer-security.FloatLoopCounter)
     for (double theta = 0.0; theta <= pi; theta += step) {
-      const point p = {radius * unit.x, radius * unit.y};
-      if (!is_near_whole(p.x) && !is_near_whole(p.y)) {
-        keep_rounded(p);
-      } else if (!keep_exact(theta, radius)) {
+      const rounded x(radius * unit.x), y(radius * unit.y);
+      if (std::max(x.from_middle, y.from_middle) < 0.5 - near_whole) {
+        keep_rounded(made, static_cast<int32_t>(y.down * pitch_ + x.down * 2));
+      } else if (!keep_exact(made, theta, radius)) {
         return false;
       }
       unit = {unit.x * step_cosine - unit.y * step_sine, unit.y * step_cosine + unit.x * step_sine};
     }
-    r_ = r;
+    points = made;
+    count_ = static_cast<uint16_t>(made.first + made.count);
+    exact_count_ = static_cast<uint16_t>(made.exact_first + made.exact_count);
     return true;
   }
 
-  void draw(const surface &on, int32_t cx, int32_t cy, uint16_t colour) const noexcept {
-    pixel *const centre = on.at(cx, cy);
-    for (const int32_t offset : std::span{offsets_.data(), offset_count_})
-      *step(centre, offset) = colour;
-    for (const point &p : std::span{exact_.data(), exact_count_})
-      put_pair(on, cx, cy, p, colour);
+  void keep_rounded(outline &made, int32_t offset) noexcept {
+    // Neighbours on the angle often share a pixel, and nothing foretells which.
+    int32_t *const next = &offsets_[made.first + made.count];
+    *next = offset;
+    made.count += made.count == 0 || next[-1] != offset;
   }
 
-private:
-  void keep_rounded(point p) noexcept {
-    const int32_t here = offset({p.x, p.y}), opposite = offset({-p.x, -p.y});
-    // Neighbours on the angle often share a pixel.
-    const bool repeats =
-        offset_count_ >= 2 && offsets_[offset_count_ - 2] == here && offsets_[offset_count_ - 1] == opposite;
-    if (repeats)
-      return;
-    offsets_[offset_count_++] = here;
-    offsets_[offset_count_++] = opposite;
-  }
-
-  bool keep_exact(double theta, double radius) noexcept {
-    if (exact_count_ == exact_.size())
+  bool keep_exact(outline &made, double theta, double radius) noexcept {
+    if (made.exact_count == most_exact)
       return false;
     double sine = 0.0, cosine = 1.0;
     if (theta != 0.0)
       ::sincos(theta, &sine, &cosine);
-    exact_[exact_count_++] = {radius * cosine, radius * sine};
+    exact_[made.exact_first + made.exact_count++] = {radius * cosine, radius * sine};
     return true;
   }
 
-  int32_t offset(point p) const noexcept {
-    return static_cast<int32_t>(static_cast<ptrdiff_t>(std::floor(p.y)) * pitch_ +
-                                static_cast<ptrdiff_t>(std::floor(p.x)) * 2);
-  }
+  static constexpr int32_t largest_radius = 340;
+  static constexpr size_t most_exact = 32; ///< points of one outline
 
-  int32_t r_ = 0;
   ptrdiff_t pitch_ = 0;
-  size_t offset_count_ = 0;
-  size_t exact_count_ = 0;
-  std::array<int32_t, static_cast<size_t>(7.2 * largest_radius) + 4> offsets_ = {};
-  std::array<point, 32> exact_ = {};
+  uint16_t count_ = 0, exact_count_ = 0;
+  std::array<outline, largest_radius + 1> outlines_ = {};
+  std::array<int32_t, 8192> offsets_ = {};
+  std::array<point, 128> exact_ = {};
 };
 
-/// The radii drawn last.
-struct {
-  std::array<kept_outline, 4> outlines;
-  size_t oldest;
-} constinit kept = {};
-
-const kept_outline *find_outline(int32_t r, ptrdiff_t pitch) noexcept {
-  for (const kept_outline &outline : kept.outlines)
-    if (outline.is_for(r, pitch))
-      return &outline;
-  if (r > kept_outline::largest_radius)
-    return nullptr;
-  kept_outline &outline = kept.outlines[kept.oldest];
-  kept.oldest = (kept.oldest + 1) % kept.outlines.size();
-  return outline.build(r, pitch) ? &outline : nullptr;
-}
+constinit kept_outlines kept;
 
 void draw_outline(const surface &on, int32_t cx, int32_t cy, int32_t r, uint16_t colour) noexcept {
   if (r < 0)
     return;
   const bool truncates_down = r > 0 && cx >= r && cy >= r;
-  const kept_outline *outline = truncates_down ? find_outline(r, on.pitch) : nullptr;
-  if (outline != nullptr)
-    return outline->draw(on, cx, cy, colour);
-  outline_by_definition(on, cx, cy, r, colour);
+  if (!truncates_down || !kept.draw(on, cx, cy, r, colour))
+    outline_by_definition(on, cx, cy, r, colour);
 }
 
 /// One span for each row, its half width found from that of the row before; rows above and below the centre

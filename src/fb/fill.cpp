@@ -39,32 +39,31 @@ template <class Row> void each_row(pixel *at, ptrdiff_t pitch, size_t rows, Row 
     fill_row(at);
 }
 
-/// Rows of up to `long_span` pixels on machines with wide stores: the last store of a row overlaps the one
-/// before.
-void fill_short_rows(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, uint16_t colour) noexcept {
+/// Rows that take `Stores` stores of eight pixels, the last of which may overlap the one before.
+template <size_t Stores>
+void fill_rows(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, pixels8 eight) noexcept {
+  each_row(at, pitch, rows, [=](pixel *row) {
+    for (size_t i = 0; i + 1 < Stores; ++i)
+      store(row + i * 8, eight);
+    store(row + width - 8, eight);
+  });
+}
+
+/// The same for more stores than are worth a loop of their own.
+void fill_rows(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, pixels8 eight) noexcept {
+  each_row(at, pitch, rows, [=](pixel *row) {
+    pixel *const last = row + width - 8;
+    for (; row < last; row += 8)
+      store(row, eight);
+    store(last, eight);
+  });
+}
+
+/// Rows of less than eight pixels.
+void fill_narrow_rows(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, uint16_t colour) noexcept {
   const uint32_t two = twice(colour);
   const pixels4 four = pixels4{two} << 32 | two;
-  const pixels8 eight = pixels8{} + colour;
-  if (width >= 32) {
-    each_row(at, pitch, rows, [=](pixel *row) {
-      pixel *const last = row + width - 8;
-      for (; row < last; row += 8)
-        store(row, eight);
-      store(last, eight);
-    });
-  } else if (width >= 16) {
-    each_row(at, pitch, rows, [=](pixel *row) {
-      store(row, eight);
-      store(row + 8, eight);
-      store(row + width - 16, eight);
-      store(row + width - 8, eight);
-    });
-  } else if (width >= 8) {
-    each_row(at, pitch, rows, [=](pixel *row) {
-      store(row, eight);
-      store(row + width - 8, eight);
-    });
-  } else if (width >= 4) {
+  if (width >= 4) {
     each_row(at, pitch, rows, [=](pixel *row) {
       store(row, four);
       store(row + width - 4, four);
@@ -76,6 +75,25 @@ void fill_short_rows(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, uint
     });
   } else if (width == 1) {
     fill_column(at, pitch, rows, colour);
+  }
+}
+
+/// Rows of up to `long_span` pixels on machines with wide stores.
+void fill_short_rows(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, uint16_t colour) noexcept {
+  if (width < 8)
+    return fill_narrow_rows(at, pitch, width, rows, colour);
+  const pixels8 eight = pixels8{} + colour;
+  switch ((width + 7) / 8) {
+  case 1:
+    return fill_rows<1>(at, pitch, width, rows, eight);
+  case 2:
+    return fill_rows<2>(at, pitch, width, rows, eight);
+  case 3:
+    return fill_rows<3>(at, pitch, width, rows, eight);
+  case 4:
+    return fill_rows<4>(at, pitch, width, rows, eight);
+  default:
+    return fill_rows(at, pitch, width, rows, eight);
   }
 }
 

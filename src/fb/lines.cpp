@@ -2,6 +2,8 @@
 
 #include "fb/fill.hpp"
 
+#include <array>
+
 namespace dravik::fb {
 namespace {
 
@@ -33,12 +35,26 @@ void step_by_error(const stepping &line, uint16_t colour) noexcept {
 /// positions come within 1 / (2 * steps) of it at the nearest, and `steps` roundings add less than steps /
 /// 2^32.
 constexpr uint32_t exact_steps = 46340;
-/// Below this many steps the division costs more than it saves.
-constexpr uint32_t worth_dividing = 24;
+
+/// 2^32 / steps, rounded up, for lines so short that a division would cost more than it saves. The slope is a
+/// product of it that is too large by less than steps / 2^32: far from the limit.
+constexpr auto short_inverses = [] {
+  std::array<uint64_t, 64> table{};
+  for (uint64_t steps = 1; steps < table.size(); ++steps)
+    table[steps] = ((uint64_t{1} << 32) + steps - 1) / steps;
+  return table;
+}();
+
+/// slope / steps in 32.32 fixed point, rounded up.
+uint64_t fixed_slope(const stepping &line) noexcept {
+  if (line.steps < short_inverses.size())
+    return short_inverses[line.steps] * line.slope;
+  return ((uint64_t{line.slope} << 32) + line.steps - 1) / line.steps;
+}
 
 /// The same line from a position in 32.32 fixed point, whose steps do not wait for each other.
 void step_by_position(const stepping &line, uint16_t colour) noexcept {
-  const uint64_t slope = ((uint64_t{line.slope} << 32) + line.steps - 1) / line.steps;
+  const uint64_t slope = fixed_slope(line);
   uint64_t position = uint64_t{1} << 31;
   pixel *at = line.at;
   for (uint32_t left = line.steps + 1; left > 0; --left) {
@@ -51,7 +67,7 @@ void step_by_position(const stepping &line, uint16_t colour) noexcept {
 void draw(const stepping &line, uint16_t colour) noexcept {
   if (line.slope == 0) {
     fill_column(line.at, line.along, size_t{line.steps} + 1, colour);
-  } else if (sizeof(void *) == 8 && line.steps >= worth_dividing && line.steps <= exact_steps) {
+  } else if (sizeof(void *) == 8 && line.steps <= exact_steps) {
     step_by_position(line, colour);
   } else {
     step_by_error(line, colour);
@@ -64,22 +80,23 @@ void draw_row(const surface &on, int32_t x0, int32_t x1, int32_t y, uint16_t col
   fill_span(on.at(left, y), size_t{static_cast<uint32_t>(right) - static_cast<uint32_t>(left)} + 1, colour);
 }
 
+/// `value`, or its negative where the mask is all ones and not 0.
+constexpr ptrdiff_t negated_if(ptrdiff_t mask, ptrdiff_t value) noexcept {
+  return (value ^ mask) - mask;
+}
+
 void draw_line(const surface &on, int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint16_t colour) noexcept {
   if (y0 == y1)
     return draw_row(on, x0, x1, y0, colour);
-  const bool leftwards = x0 > x1, upwards = y0 > y1;
-  const auto ux0 = static_cast<uint32_t>(x0), ux1 = static_cast<uint32_t>(x1);
-  const auto uy0 = static_cast<uint32_t>(y0), uy1 = static_cast<uint32_t>(y1);
-  const uint32_t dx = leftwards ? ux0 - ux1 : ux1 - ux0;
-  const uint32_t dy = upwards ? uy0 - uy1 : uy1 - uy0;
-  const ptrdiff_t across = leftwards ? -2 : 2;
-  const ptrdiff_t down = upwards ? -on.pitch : on.pitch;
-  pixel *const from = on.at(x0, y0);
-  if (dy > dx) {
-    draw({from, down, across, dy, dx}, colour);
-  } else {
-    draw({from, across, down, dx, dy}, colour);
-  }
+  // Without branches, since nothing foretells where a line goes.
+  const ptrdiff_t leftwards = -ptrdiff_t{x0 > x1}, upwards = -ptrdiff_t{y0 > y1};
+  const auto dx = static_cast<uint32_t>(negated_if(leftwards, ptrdiff_t{x1} - x0));
+  const auto dy = static_cast<uint32_t>(negated_if(upwards, ptrdiff_t{y1} - y0));
+  const ptrdiff_t across = negated_if(leftwards, 2), down = negated_if(upwards, on.pitch);
+  const bool is_steep = dy > dx;
+  draw({on.at(x0, y0), is_steep ? down : across, is_steep ? across : down, is_steep ? dy : dx,
+        is_steep ? dx : dy},
+       colour);
 }
 
 } // namespace

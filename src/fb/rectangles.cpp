@@ -23,25 +23,27 @@ void fill_side(const surface &on, range columns, range rows, uint16_t colour) no
   fill(on, {columns.first, std::min(columns.last, on.width)}, clipped_end(rows, on.height), colour);
 }
 
-/// Both side edges, one pixel wide, in one walk down the screen.
-void fill_sides(const surface &on, range columns, range rows, uint16_t colour) noexcept {
+/// An outline that lies on the screen: the top and bottom edges as two rows far apart, both sides in one walk
+/// down the screen.
+void outline_inside(const surface &on, range columns, range rows, uint16_t colour) noexcept {
   pixel *at = on.at(columns.first, rows.first);
   const ptrdiff_t across = (ptrdiff_t{columns.last} - columns.first) * 2;
-  for (size_t left = rows.count(); left > 0; --left, at = step(at, on.pitch)) {
+  const ptrdiff_t down = on.pitch, height = ptrdiff_t{rows.last} - rows.first;
+  fill_block(at, height * down, columns.count(), 2, colour);
+  for (ptrdiff_t left = height - 1; left > 0; --left) {
+    at = step(at, down);
     *at = colour;
     *step(at, across) = colour;
   }
 }
 
 void outline(const surface &on, range columns, range rows, uint16_t colour) noexcept {
+  if (columns.within(on.width) && rows.within(on.height))
+    return outline_inside(on, columns, rows, colour);
   fill_clipped(on, columns, {rows.first, rows.first}, colour);
   fill_clipped(on, columns, {rows.last, rows.last}, colour);
-  if (columns.within(on.width) && rows.within(on.height)) {
-    fill_sides(on, columns, {rows.first + 1, rows.last - 1}, colour);
-  } else {
-    fill_side(on, {columns.first, columns.first}, rows, colour);
-    fill_side(on, {columns.last, columns.last}, rows, colour);
-  }
+  fill_side(on, {columns.first, columns.first}, rows, colour);
+  fill_side(on, {columns.last, columns.last}, rows, colour);
 }
 
 /// Bands of `t` pixels along the inside of each edge, 1 <= t <= width - 1, height - 1.

@@ -3,8 +3,8 @@
 #include "base/byte_reader.hpp"
 #include "base/heap_block.hpp"
 #include "base/unique_file.hpp"
-#include "fb/bit_row.hpp"
 #include "fb/colour_table.hpp"
+#include "fb/pair_row.hpp"
 #include "image/placement.hpp"
 
 #include <algorithm>
@@ -201,73 +201,82 @@ constexpr fb::ramp_rule art_ramps[] = {
     {0x0000, 0x7BEF, 4},
 };
 
-/// The two pixels of every byte in the colours of one ramp.
-struct pair_table {
+/// The colours of a ramp, and the pairs made of them.
+struct ramp_pairs {
   std::array<uint16_t, fb::ramp_steps> colours;
-  std::array<uint32_t, 256> pairs;
+  fb::pair_table pairs;
 };
 
-/// The table of a ramp, kept from call to call and made anew when the ramp's colours have changed. A ramp of
+/// The pairs of a ramp, kept from call to call and made anew when the ramp's colours have changed. A ramp of
 /// zeros needs none made: a table begins as that.
-const pair_table &pairs_of(uint8_t ramp) noexcept {
-  static constinit std::array<pair_table, std::size(gc) / fb::ramp_steps> tables = {};
-  pair_table &table = tables[ramp];
+const ramp_pairs &pairs_of(uint8_t ramp) noexcept {
+  static constinit std::array<ramp_pairs, std::size(gc) / fb::ramp_steps> tables = {};
+  ramp_pairs &table = tables[ramp];
   const auto colours = fb::ramp_colours(ramp);
   if (std::ranges::equal(colours, table.colours))
     return table;
   std::ranges::copy(colours, table.colours.begin());
-  for (size_t byte = 0; byte < table.pairs.size(); ++byte)
-    table.pairs[byte] = fb::pixel_pair(colours[byte >> 4], colours[byte & 15]);
+  fb::make_pairs(table.pairs, [colours](size_t level) { return colours[level]; });
   return table;
 }
 
-void paint_opaque_row(pixel *to, const uint8_t *from, uint32_t width, const pair_table &table) noexcept {
-  for (; width >= 4; width -= 4, to += 4, from += 2)
-    fb::store(to, uint64_t{table.pairs[from[1]]} << 32 | table.pairs[from[0]]);
-  for (; width >= 2; width -= 2, to += 2)
-    fb::store(to, table.pairs[*from++]);
-  if (width != 0)
-    *to = static_cast<uint16_t>(table.pairs[*from]);
+/// Levels are looked at by the machine's word: two in each byte, the left one in its high half.
+using levels = size_t;
+constexpr size_t levels_a_word = sizeof(levels) * 2;
+constexpr levels lowest_of_levels = ~levels{0} / 15, lowest_of_bytes = ~levels{0} / 255;
+
+/// The lowest bit of each level that is not 0.
+constexpr levels present_in(levels word) noexcept {
+  return (word | word >> 1 | word >> 2 | word >> 3) & lowest_of_levels;
 }
 
-/// Level 0 leaves its pixel as it is. Artwork is mostly empty, so eight empty bytes are passed over at once.
-void paint_transparent_row(pixel *to, const uint8_t *from, uint32_t width, const pair_table &table) noexcept {
-  while (width >= 2) {
-    if (uint64_t eight = 0; width >= 16) {
-      std::memcpy(&eight, from, sizeof eight);
-      if (eight == 0) {
-        width -= 16;
-        to += 16;
-        from += 8;
-        continue;
-      }
-    }
-    const uint8_t both = *from++;
-    if ((both & 0xF0) != 0 && (both & 0x0F) != 0) {
-      fb::store(to, table.pairs[both]);
-    } else if ((both & 0xF0) != 0) {
-      to[0] = table.colours[both >> 4];
-    } else if (both != 0) {
-      to[1] = table.colours[both];
-    }
-    width -= 2;
-    to += 2;
+/// Paints the levels that are present: first where both of a byte are, then those alone.
+void put_present(pixel *to, levels word, levels present, const ramp_pairs &table) noexcept {
+  const levels both = present & present >> 4 & lowest_of_bytes;
+  for (levels left = both; left != 0; left &= left - 1) {
+    const auto at = static_cast<unsigned>(std::countr_zero(left));
+    fb::store(to + at / 4, table.pairs[word >> at & 0xFF]);
   }
-  if (width != 0 && (*from & 0xF0) != 0)
-    *to = table.colours[*from >> 4];
+  for (levels left = present ^ both * 0x11; left != 0; left &= left - 1) {
+    const auto at = static_cast<unsigned>(std::countr_zero(left));
+    to[(at / 4) ^ 1] = table.colours[word >> at & 0x0F];
+  }
+}
+
+/// Level 0 leaves its pixel as it is. Artwork is mostly empty or full.
+void paint_transparent_row(pixel *to, const uint8_t *from, size_t width, const ramp_pairs &table) noexcept {
+  for (; width >= levels_a_word; width -= levels_a_word, to += levels_a_word, from += sizeof(levels)) {
+    levels word;
+    std::memcpy(&word, from, sizeof word);
+    const levels present = present_in(word);
+    if (present == lowest_of_levels) {
+      fb::put_pair_row(to, from, levels_a_word, table.pairs);
+    } else {
+      put_present(to, word, present, table);
+    }
+  }
+  levels rest = 0;
+  for (size_t i = 0; i < (width + 1) / 2; ++i)
+    rest |= levels{from[i]} << (8 * i);
+  if (width % 2 != 0)
+    rest &= ~(levels{0x0F} << (width / 2 * 8)); // the half byte that pads the row
+  put_present(to, rest, present_in(rest), table);
 }
 
 void paint(const art &what, position at, uint16_t fg, uint16_t bg) noexcept {
-  const pair_table &table = pairs_of(fb::find_ramp(art_ramps, bg, fg, white_on_black));
-  const auto paint_row = bg == 0 ? paint_transparent_row : paint_opaque_row;
+  const ramp_pairs &table = pairs_of(fb::find_ramp(art_ramps, bg, fg, white_on_black));
   const fb::surface on = fb::screen();
   const bool oversized = fb::is_oversized(on, what.width, what.height);
   const size_t row_bytes = (size_t{what.width} + 1) / 2;
   pixel *to = on.at(at.x, at.y);
   const uint8_t *from = what.pixels;
-  for (uint32_t row = 0; row < what.height; ++row) {
+  for (uint32_t left = what.height; left > 0; --left) {
     const size_t width = oversized ? std::min<size_t>(what.width, fb::room(on, to)) : what.width;
-    paint_row(to, from, static_cast<uint32_t>(width), table);
+    if (bg == 0) {
+      paint_transparent_row(to, from, width, table);
+    } else {
+      fb::put_pair_row(to, from, width, table.pairs);
+    }
     to = fb::step(to, on.pitch);
     from += row_bytes;
   }

@@ -140,15 +140,10 @@ void draw_1bit(const picture &from) noexcept {
 }
 
 void draw_4bit(const picture &from) noexcept {
-  std::array<uint32_t, 256> pairs;
-  for (size_t high = 0; high < 16; ++high)
-    for (size_t low = 0; low < 16; ++low)
-      pairs[high * 16 + low] = fb::pixel_pair(palette_colour_or_grey(high), palette_colour_or_grey(low));
+  fb::pair_table pairs;
+  fb::make_pairs(pairs, palette_colour_or_grey);
   decode_rows(from, [&pairs](pixel *to, const uint8_t *row, uint32_t width) {
-    for (; width >= 2; width -= 2, to += 2)
-      fb::store(to, pairs[*row++]);
-    if (width != 0)
-      *to = static_cast<uint16_t>(pairs[*row]);
+    fb::put_pair_row(to, row, width, pairs);
   });
 }
 
@@ -164,9 +159,9 @@ void draw_8bit(const picture &from) noexcept {
   });
 }
 
-/// RGB565 of a pixel stored as blue, green, red in the low bytes of a word.
-constexpr uint16_t rgb565_of_word(uint32_t word) noexcept {
-  return static_cast<uint16_t>((word >> 3 & 0x001F) | (word >> 5 & 0x07E0) | (word >> 8 & 0xF800));
+/// RGB565 of pixels stored as blue, green, red in the low bytes of words: of one, or of each in a vector.
+template <class Words> constexpr Words rgb565_of(Words pixels) noexcept {
+  return (pixels >> 3 & 0x001F) | (pixels >> 5 & 0x07E0) | (pixels >> 8 & 0xF800);
 }
 
 uint32_t word_at(const uint8_t *bytes) noexcept {
@@ -175,12 +170,26 @@ uint32_t word_at(const uint8_t *bytes) noexcept {
   return word;
 }
 
+/// Paints two pixels, or as many pairs as the vector has words: each word takes the left pixel of a pair from
+/// the first, and the right one from the second.
+template <class Words> void put_pairs(pixel *to, Words left, Words right) noexcept {
+  fb::store(to, rgb565_of(right) << 16 | rgb565_of(left));
+}
+
 template <size_t PixelSize> void draw_true_colour(const picture &from) noexcept {
-  decode_rows(from, [](pixel *to, const uint8_t *row, uint32_t width) {
-    for (; width >= 2; width -= 2, to += 2, row += 2 * PixelSize)
-      fb::store(to, fb::pixel_pair(rgb565_of_word(word_at(row)), rgb565_of_word(word_at(row + PixelSize))));
+  typedef uint32_t words __attribute__((vector_size(16)));
+  constexpr size_t pair = 2 * PixelSize;
+  constexpr auto every_other = [](const uint8_t *row) {
+    return words{word_at(row), word_at(row + pair), word_at(row + 2 * pair), word_at(row + 3 * pair)};
+  };
+  decode_rows(from, [=](pixel *to, const uint8_t *row, uint32_t width) {
+    if constexpr (sizeof(void *) == 8)
+      for (; width >= 8; width -= 8, to += 8, row += 4 * pair)
+        put_pairs(to, every_other(row), every_other(row + PixelSize));
+    for (; width >= 2; width -= 2, to += 2, row += pair)
+      put_pairs(to, word_at(row), word_at(row + PixelSize));
     if (width != 0)
-      *to = rgb565_of_word(word_at(row));
+      *to = static_cast<uint16_t>(rgb565_of(word_at(row)));
   });
 }
 

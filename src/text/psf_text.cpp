@@ -28,26 +28,28 @@ std::span<const uint8_t> glyph_rows(const psf_font &font, uint32_t code) noexcep
   return {font.ptr + start, static_cast<size_t>(size)};
 }
 
+template <size_t RowBytes, class PutRow>
+void each_row(std::span<const uint8_t> rows, pixel *at, ptrdiff_t pitch, PutRow put_row) noexcept {
+  for (; !rows.empty(); rows = rows.subspan(RowBytes), at = fb::step(at, pitch))
+    put_row(at, rows.data());
+}
+
 template <class Painter>
 void put_rows(std::span<const uint8_t> rows, pixel *at, ptrdiff_t pitch, uint32_t width,
               Painter paint) noexcept {
-  if (width == 8) {
-    for (const uint8_t row : rows) {
-      paint.put8(at, row);
-      at = fb::step(at, pitch);
-    }
-  } else if (width < 8) {
-    for (const uint8_t row : rows) {
-      paint.put(at, row, width);
-      at = fb::step(at, pitch);
-    }
-  } else {
-    for (size_t i = 0; i < rows.size(); i += 2) {
-      paint.put8(at, rows[i]);
-      paint.put(at + 8, rows[i + 1], width - 8);
-      at = fb::step(at, pitch);
-    }
-  }
+  if (width < 8)
+    return each_row<1>(rows, at, pitch, [=](pixel *to, const uint8_t *bits) { paint.put(to, *bits, width); });
+  if (width == 8)
+    return each_row<1>(rows, at, pitch, [=](pixel *to, const uint8_t *bits) { paint.put8(to, *bits); });
+  if (width < 16)
+    return each_row<2>(rows, at, pitch, [=](pixel *to, const uint8_t *bits) {
+      paint.put8(to, bits[0]);
+      paint.put(to + 8, bits[1], width - 8);
+    });
+  each_row<2>(rows, at, pitch, [=](pixel *to, const uint8_t *bits) {
+    paint.put8(to, bits[0]);
+    paint.put8(to + 8, bits[1]);
+  });
 }
 
 /// A font and its colours, ready to draw cells.
