@@ -64,6 +64,9 @@ public:
   void add_slash() noexcept { put("/"); }
   void terminate() noexcept { *end_ = '\0'; }
   bool overflowed() const noexcept { return overflowed_; }
+  bool left_board() const noexcept {
+    return left_board_;
+  } ///< whether a ".." took it up from a path of the board
 
 private:
   void add_component(std::string_view name) noexcept {
@@ -74,6 +77,8 @@ private:
       put(name);
       return;
     }
+    terminate();
+    left_board_ = left_board_ || kind_of(begin_) != file_kind::none;
     while (end_ != begin_ && *--end_ != '/') {
     }
   }
@@ -88,6 +93,7 @@ private:
   char *end_;
   const char *limit_;
   bool overflowed_ = false;
+  bool left_board_ = false;
 };
 
 bool ends_like_a_directory(std::string_view path) noexcept {
@@ -174,14 +180,12 @@ void board_path::map(const char *board, const char *path, int directory) noexcep
   }
   char *name = std::copy_n(board, board_length, text_);
   path_text whole{name, text_ + sizeof text_};
-  bool from_board = false;
   if (*path != '/') {
     char base[longest_path];
     if (!read_directory_path(directory, base))
       return;
     const char *known_as = name_on_board(base);
-    from_board = known_as != nullptr;
-    whole.append(from_board ? known_as : base);
+    whole.append(known_as != nullptr ? known_as : base);
   }
   whole.append(path);
   if (ends_like_a_directory(path))
@@ -193,8 +197,8 @@ void board_path::map(const char *board, const char *path, int directory) noexcep
   if (kind_ != file_kind::none) {
     name_ = name;
     path_ = text_;
-  } else if (from_board && !is_inside_already) {
-    path_ = *name != '\0' ? name : "/"; // climbed out of the board by "..": to where that leads on a real one
+  } else if (whole.left_board() && !is_inside_already) {
+    path_ = *name != '\0' ? name : "/"; // by a directory that only the board has
   }
   if (path_ != path && whole.overflowed())
     path_ = overlong.text;
