@@ -1,5 +1,5 @@
-// Whether a program can be run on a board at all: the loader's own conditions for preloading, seen in
-// advance.
+// Whether a program can be run on a board at all: the loader's
+// own conditions for preloading, seen in advance.
 
 #include "launcher/executable.hpp"
 #include "base/unique_file.hpp"

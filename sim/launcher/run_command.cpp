@@ -1,5 +1,5 @@
-// dravik-sim run: puts an application in the place of this program, with the preload library and the board
-// named in its environment.
+// dravik-sim run: puts an application in the place of this program,
+// with the preload library and the board named in its environment.
 
 #include "board/board_directory.hpp"
 #include "launcher/commands.hpp"

@@ -1,5 +1,5 @@
-// The board's own text files, as the simulated devices use them: settings, ordered faults, the events that
-// they record.
+// The board's own text files, as the simulated devices use
+// them: settings, ordered faults, the events that they record.
 #pragma once
 
 #include <cstddef>
@@ -8,8 +8,8 @@
 
 namespace dravik::sim {
 
-/// A text file of the board, read whole at the start of its life; empty when there is none. Holds up to 8
-/// KiB.
+/// A text file of the board, read whole at the start of its
+/// life; empty when there is none. Holds up to 8 KiB.
 class board_text {
 public:
   explicit board_text(const char *inside) noexcept;

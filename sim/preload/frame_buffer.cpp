@@ -1,5 +1,5 @@
-// The frame buffer: the board's dev/fb0 is its memory, board.conf its geometry, `panel` what it shows of that
-// memory.
+// The frame buffer: the board's dev/fb0 is its memory,
+// board.conf its geometry, `panel` what it shows of that memory.
 
 #include "board/screen.hpp"
 #include "preload/board_files.hpp"

@@ -7,8 +7,8 @@
 
 namespace dravik::sim {
 
-/// In bytes, the board's directory and the NUL included. Far below PATH_MAX, since signal handlers have small
-/// stacks.
+/// In bytes, the board's directory and the NUL included. Far
+/// below PATH_MAX, since signal handlers have small stacks.
 constexpr size_t longest_path = 1024;
 
 /// How the kernel serves a path of the board.
@@ -27,13 +27,13 @@ const char *board_directory() noexcept;
 /// The kind of an absolute path without `//`, `.` and `..`, as an application names it.
 file_kind kind_of(const char *path) noexcept;
 
-/// What an application calls a path of the host that lies in the board's directory; null for any other path.
-/// Points into `host_path`.
+/// What an application calls a path of the host that lies in the
+/// board's directory; null for any other path. Points into `host_path`.
 const char *name_on_board(const char *host_path) noexcept;
 
-/// The path that a call is to use instead of the application's: in the board's directory when it names
-/// something of the board, the application's own otherwise. Nothing is allocated; lives on the stack for the
-/// time of the call.
+/// The path that a call is to use instead of the application's: in the board's
+/// directory when it names something of the board, the application's own
+/// otherwise. Nothing is allocated; lives on the stack for the time of the call.
 class board_path {
 public:
   explicit board_path(const char *path, int directory = AT_FDCWD) noexcept;

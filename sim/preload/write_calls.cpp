@@ -33,8 +33,8 @@ ssize_t write_on(file_kind kind, int descriptor, const void *data, size_t size) 
   return count;
 }
 
-/// Takes the pieces as one, and not more of them than an attribute takes: the caller goes on with what is
-/// left.
+/// Takes the pieces as one, and not more of them than an
+/// attribute takes: the caller goes on with what is left.
 ssize_t write_pieces(file_kind kind, int descriptor, std::span<const iovec> pieces) noexcept {
   char joined[attribute_limit];
   size_t length = 0;

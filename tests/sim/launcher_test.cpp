@@ -267,6 +267,10 @@ struct depth {
   std::array<uint8_t, 4> expected_rgba; ///< as the picture shows it
 };
 
+void PrintTo(const depth &shown, std::ostream *to) {
+  *to << shown.bits << " bits";
+}
+
 class SimShot : public SimLauncher, public testing::WithParamInterface<depth> {};
 
 TEST_P(SimShot, ShowsAPixelOfAPaddedScreen) {

@@ -67,8 +67,7 @@ int by_stream(const char *name, const char *file, bool writing) {
 }
 
 int by_reopened_stream(const char *name, const char *file, bool writing) {
-  FILE *stream = library_call<reopen_function>(name)(file, writing ? "w" : "r", ::fdopen(::dup(2), "w"));
-  return descriptor_of(stream);
+  return descriptor_of(library_call<reopen_function>(name)(file, writing ? "w" : "r", stdin));
 }
 
 class SimOpen : public testing::TestWithParam<way> {
