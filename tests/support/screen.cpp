@@ -13,9 +13,9 @@
 namespace dravik::test {
 namespace {
 
-/// Differs from its neighbours on all sides, and is none of the library's named colours.
+/// Differs from its neighbours on all sides, and is none of the named colours nor of the dark shading.
 uint16_t marker(size_t pixel) noexcept {
-  return static_cast<uint16_t>((pixel * 0x9E37U >> 3 & 0xFFFF) | 0x0101);
+  return static_cast<uint16_t>(((pixel * 0x9E37 >> 3 & 0xFFFF) | 0x8421) & ~size_t{2});
 }
 
 uint16_t pixel_of(const std::vector<uint8_t> &memory, size_t pixel) noexcept {
