@@ -1,0 +1,38 @@
+// A block from malloc() with one owner.
+
+#include "base/heap_block.hpp"
+
+#include <cstring>
+#include <gtest/gtest.h>
+#include <utility>
+
+namespace {
+
+using dravik::allocate_block;
+using dravik::heap_block;
+
+TEST(HeapBlock, HoldsAsManyBytesAsAskedFor) {
+  const heap_block block = allocate_block(1000);
+  ASSERT_NE(block, nullptr);
+  std::memset(block.get(), 0x5A, 1000);
+  EXPECT_EQ(block.get()[999], 0x5A);
+}
+
+TEST(HeapBlock, IsEmptyWhenMemoryIsShort) {
+  volatile size_t size = SIZE_MAX / 2;
+  EXPECT_EQ(allocate_block(size), nullptr);
+}
+
+TEST(HeapBlock, ReleasedBlockIsFreedWithFree) {
+  std::free(allocate_block(10).release());
+}
+
+TEST(HeapBlock, HasOneOwner) {
+  heap_block first = allocate_block(10);
+  uint8_t *const address = first.get();
+  const heap_block second = std::move(first);
+  EXPECT_EQ(second.get(), address);
+  EXPECT_EQ(first, nullptr);
+}
+
+} // namespace

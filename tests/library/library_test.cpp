@@ -1,0 +1,142 @@
+// The shared library as a file: what it exports, what it needs, how it is called.
+
+#include "dravik.h"
+#include "exported_names.hpp"
+
+#include <cstdio>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <map>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+/// The lines that a command writes.
+std::vector<std::string> lines_of(const std::string &command) {
+  std::vector<std::string> lines;
+  std::FILE *stream = ::popen(command.c_str(), "r");
+  EXPECT_NE(stream, nullptr);
+  std::string line;
+  for (int c; (c = std::fgetc(stream)) != EOF;) {
+    if (c != '\n') {
+      line += static_cast<char>(c);
+      continue;
+    }
+    lines.push_back(line);
+    line.clear();
+  }
+  EXPECT_EQ(::pclose(stream), 0) << command;
+  EXPECT_THAT(lines, Not(IsEmpty())) << command;
+  return lines;
+}
+
+/// The text in brackets of the dynamic section's entries of one kind.
+std::vector<std::string> dynamic_entries(const std::string &kind) {
+  static const std::regex in_brackets{R"(\[(.*)\])"};
+  std::vector<std::string> entries;
+  for (const std::string &line : lines_of(READELF " --wide --dynamic " LIBRARY))
+    if (std::smatch found;
+        line.find("(" + kind + ")") != std::string::npos && std::regex_search(line, found, in_brackets))
+      entries.push_back(found[1]);
+  return entries;
+}
+
+/// The names that the library defines for others, versions and all, with their sizes.
+std::map<std::string, unsigned long> defined_names() {
+  std::map<std::string, unsigned long> names;
+  for (const std::string &line :
+       lines_of(NM " --dynamic --defined-only --print-size --format=posix " LIBRARY)) {
+    std::istringstream fields{line};
+    std::string name, kind, address, size;
+    fields >> name >> kind >> address >> size;
+    names[name] = size.empty() ? 0 : std::stoul(size, nullptr, 16);
+  }
+  return names;
+}
+
+/// The names that follow DRAVIK_API in the header.
+std::set<std::string> declared_names() {
+  std::ifstream file{HEADER};
+  std::string text;
+  for (std::string line; std::getline(file, line);)
+    if (!line.starts_with('#'))
+      text += line + '\n';
+  static const std::regex declaration{R"(DRAVIK_API [^;(\[]*?(\w+)\s*[;(\[])"};
+  std::set<std::string> names;
+  for (std::sregex_iterator at{text.begin(), text.end(), declaration}, end; at != end; ++at)
+    names.insert((*at)[1]);
+  return names;
+}
+
+/// Whether the library exports these names and no others.
+testing::AssertionResult are_exported(const std::set<std::string> &names) {
+  testing::AssertionResult result = testing::AssertionSuccess();
+  const auto defined = defined_names();
+  for (const std::string &name : names)
+    if (!defined.contains(name))
+      result = testing::AssertionFailure() << name << " is not exported";
+  for (const auto &[name, size] : defined)
+    if (!names.contains(name))
+      result = testing::AssertionFailure() << name << " is exported";
+  return result;
+}
+
+TEST(Library, IsCalledByItsVersion) {
+  EXPECT_THAT(dynamic_entries("SONAME"), ElementsAre("libdravik.so.0.1.0"));
+}
+
+TEST(Library, NeedsNoCxxRunTimeLibrary) {
+  const std::vector<std::string> needed = dynamic_entries("NEEDED");
+  EXPECT_THAT(needed, Contains("libc.so.6"));
+  EXPECT_THAT(needed, Not(Contains(HasSubstr("libstdc++"))));
+  EXPECT_THAT(needed, Not(Contains(HasSubstr("libgcc"))));
+}
+
+TEST(Library, ExportsTheNamesOfItsListAndNoOthers) {
+  std::set<std::string> listed;
+  for (const exported_name &exported : exported_names)
+    listed.insert(exported.name);
+  EXPECT_EQ(listed.size(), exported_names.size());
+  EXPECT_TRUE(are_exported(listed));
+}
+
+TEST(Library, ExportsWhatTheHeaderDeclaresAndNothingElse) {
+  const std::set<std::string> declared = declared_names();
+  EXPECT_THAT(declared, Contains("fb_init"));
+  EXPECT_THAT(declared, Contains("gc"));
+  EXPECT_TRUE(are_exported(declared));
+}
+
+TEST(Library, SizesOfTheGlobalsAreThoseOfTheHeader) {
+  auto sizes = defined_names();
+  EXPECT_EQ(sizes["fbfd"], 4U);
+  EXPECT_EQ(sizes["fbp"], sizeof(void *));
+  EXPECT_EQ(sizes["fbp0"], sizeof(void *));
+  EXPECT_EQ(sizes["fbinfo"], 48U);
+  EXPECT_EQ(sizes["image_buffer"], 307200U);
+  EXPECT_EQ(sizes["gc"], 928U);
+  EXPECT_EQ(sizes["grad_line"], 416U);
+}
+
+// Then the programs beside this one prove what they are for: that both sides use the same copy.
+TEST(Library, GlobalsAreCopiedIntoProgramsOfAFixedAddress) {
+  static const std::regex copied{R"(_COPY\s.*\s(\w+) \+ 0)"};
+  std::set<std::string> names;
+  for (const std::string &line : lines_of(READELF " --wide --relocs " PROGRAM))
+    if (std::smatch found; std::regex_search(line, found, copied))
+      names.insert(found[1]);
+  EXPECT_THAT(names,
+              testing::IsSupersetOf({"gc", "grad_line", "fbinfo", "fbp", "psf_font_num", "q7bmp_ptr_num"}));
+}
+
+} // namespace
