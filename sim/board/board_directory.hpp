@@ -8,8 +8,8 @@
 
 namespace dravik::sim {
 
-/// Makes a board in a directory that does not exist yet or is empty. On failure gives false and says why in
-/// `error`.
+/// Makes a board in a directory that does not exist yet or is
+/// empty. On failure gives false and says why in `error`.
 [[nodiscard]] bool create_board(const std::string &directory, const screen &shown, std::string &error);
 
 /// Whether a directory is a board: it has a board.conf.

@@ -1,5 +1,5 @@
-// The board's small text files: `key=value` lines, and lines of words. A line that begins with # is for
-// people.
+// The board's small text files: `key=value` lines, and lines
+// of words. A line that begins with # is for people.
 #pragma once
 
 #include <algorithm>

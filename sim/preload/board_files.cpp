@@ -31,22 +31,22 @@ int error_number(std::string_view name) noexcept {
   return EIO;
 }
 
+/// Opens a file of the board past the path map.
+int open_board_file(const char *inside, int flags) noexcept {
+  const char *board = board_directory();
+  char path[longest_path];
+  if (board == nullptr ||
+      std::snprintf(path, sizeof path, "%s/%s", board, inside) >= static_cast<int>(longest_path))
+    return -1;
+  return static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags | O_CLOEXEC, 0644));
+}
+
 /// Past the path map and the write rules of this library's own definitions.
 void write_plainly(int descriptor, const char *text, size_t length) noexcept {
   ::syscall(SYS_write, descriptor, text, length);
 }
 
 } // namespace
-
-int open_board_file(const char *inside, int flags) noexcept {
-  const char *board = board_directory();
-  char path[PATH_MAX];
-  if (board == nullptr || std::snprintf(path, sizeof path, "%s/%s", board, inside) >= PATH_MAX) {
-    errno = ENAMETOOLONG;
-    return -1;
-  }
-  return static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags | O_CLOEXEC, 0644));
-}
 
 board_text::board_text(const char *inside) noexcept {
   const preserve_errno unchanged;
@@ -64,6 +64,11 @@ void write_board_text(const char *inside, std::string_view text) noexcept {
   const unique_fd file{open_board_file(inside, O_WRONLY | O_CREAT | O_TRUNC)};
   if (file)
     write_plainly(file.get(), text.data(), text.size());
+}
+
+bool set_board_file_length(const char *inside, off_t length) noexcept {
+  const unique_fd file{open_board_file(inside, O_WRONLY)};
+  return file && ::syscall(SYS_ftruncate, file.get(), length) == 0;
 }
 
 int ordered_fault(std::string_view request, std::string_view path) noexcept {

@@ -1,18 +1,15 @@
-// The board's own text files, as the simulated devices use them: settings, ordered faults, the events that
-// they record.
+// The board's own text files, as the simulated devices use
+// them: settings, ordered faults, the events that they record.
 #pragma once
 
 #include <cstddef>
 #include <string_view>
+#include <sys/types.h>
 
 namespace dravik::sim {
 
-/// A file of the board outside the paths that applications see, opened past the path map; -1 with errno on
-/// failure.
-int open_board_file(const char *inside, int flags) noexcept;
-
-/// A text file of the board, read whole at the start of its life; empty when there is none. Holds up to 8
-/// KiB.
+/// A text file of the board, read whole at the start of its
+/// life; empty when there is none. Holds up to 8 KiB.
 class board_text {
 public:
   explicit board_text(const char *inside) noexcept;
@@ -25,6 +22,9 @@ private:
 
 /// Writes a text file of the board anew.
 void write_board_text(const char *inside, std::string_view text) noexcept;
+
+/// Makes a file of the board this long, past the rules for devices.
+[[nodiscard]] bool set_board_file_length(const char *inside, off_t length) noexcept;
 
 /// The error that the board's `faults` orders for a request to what an application calls `path`; 0 for none.
 int ordered_fault(std::string_view request, std::string_view path) noexcept;

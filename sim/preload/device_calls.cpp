@@ -46,8 +46,8 @@ const device *device_named(const char *path) noexcept {
 
 using dravik::sim::device;
 
-// The optional argument is always taken and handed on. Where the caller gave none it holds nothing that
-// matters.
+// The optional argument is always taken and handed on. Where
+// the caller gave none it holds nothing that matters.
 SIM_DEFINE(int, ioctl, (int descriptor, unsigned long request, uintptr_t argument)) {
   const device *asked = dravik::sim::device_behind(descriptor);
   if (asked == nullptr)

@@ -1,7 +1,6 @@
-// The frame buffer: the board's dev/fb0 is its memory, board.conf its geometry, `panel` what it shows of that
-// memory.
+// The frame buffer: the board's dev/fb0 is its memory,
+// board.conf its geometry, `panel` what it shows of that memory.
 
-#include "base/unique_fd.hpp"
 #include "board/screen.hpp"
 #include "preload/board_files.hpp"
 #include "preload/device.hpp"
@@ -10,9 +9,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <fcntl.h>
 #include <linux/fb.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace dravik::sim {
 namespace {
@@ -40,9 +39,7 @@ void grow_to_full_memory(int descriptor) noexcept {
   const auto size = static_cast<off_t>(current_screen().memory_bytes());
   if (::fstat(descriptor, &status) != 0 || status.st_size >= size)
     return;
-  const unique_fd memory{
-      open_board_file("dev/fb0", O_WRONLY)}; // the application's own may be for reading alone
-  if (memory && ::ftruncate(memory.get(), size) != 0)
+  if (!set_board_file_length("dev/fb0", size))
     record_event("fb0: its memory cannot grow to %lld bytes", static_cast<long long>(size));
 }
 

@@ -2,6 +2,7 @@
 
 #include "preload/kernel_files.hpp"
 #include "base/unique_fd.hpp"
+#include "preload/preserve_errno.hpp"
 
 #include <climits>
 #include <sys/mman.h>
@@ -45,6 +46,21 @@ int as_it_stands(int descriptor, int flags) noexcept {
   unique_fd file{descriptor};
   unique_fd copy{::memfd_create("report", (flags & O_CLOEXEC) != 0 ? MFD_CLOEXEC : 0)};
   return copy && copy_all(file.get(), copy.get()) ? copy.release() : file.release();
+}
+
+file_kind kind_behind(int descriptor) noexcept {
+  if (board_directory() == nullptr)
+    return file_kind::none;
+  const preserve_errno unchanged;
+  if (!is_plain_file(descriptor))
+    return file_kind::none;
+  const descriptor_name name{descriptor};
+  return name != nullptr ? kind_of(name) : file_kind::none;
+}
+
+off64_t length_behind(int descriptor) noexcept {
+  struct stat64 status;
+  return ::fstat64(descriptor, &status) == 0 ? status.st_size : 0;
 }
 
 } // namespace dravik::sim

@@ -3,6 +3,8 @@
 
 #include "preload/path_map.hpp"
 
+#include <sys/types.h>
+
 namespace dravik::sim {
 
 /// The flags of an open as the kernel takes them for a file of this kind.
@@ -11,5 +13,11 @@ int kernel_flags(file_kind kind, int flags) noexcept;
 /// Takes a descriptor of a file below /proc that was opened with these flags. When it is for reading alone,
 /// gives one of a copy that no later change of the file reaches.
 int as_it_stands(int descriptor, int flags) noexcept;
+
+/// The kind of an open plain file of the board; none for everything else, pipes and directories too.
+file_kind kind_behind(int descriptor) noexcept;
+
+/// The length in bytes of the file behind a descriptor.
+off64_t length_behind(int descriptor) noexcept;
 
 } // namespace dravik::sim

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
@@ -43,7 +44,7 @@ constexpr board_tree board_trees[] = {
     {"/usr/local/dravik", file_kind::plain},
 };
 
-/// Stands for a path that outgrew PATH_MAX: the kernel refuses it with ENAMETOOLONG, whatever the call.
+/// Stands for a path that outgrew longest_path: the kernel refuses it with ENAMETOOLONG, whatever the call.
 struct overlong_path {
   constexpr overlong_path() noexcept { std::fill_n(text, PATH_MAX, 'x'); }
   char text[PATH_MAX + 1] = {};
@@ -63,6 +64,9 @@ public:
   void add_slash() noexcept { put("/"); }
   void terminate() noexcept { *end_ = '\0'; }
   bool overflowed() const noexcept { return overflowed_; }
+  bool left_board() const noexcept {
+    return left_board_;
+  } ///< whether a ".." took it up from a path of the board
 
 private:
   void add_component(std::string_view name) noexcept {
@@ -73,6 +77,8 @@ private:
       put(name);
       return;
     }
+    terminate();
+    left_board_ = left_board_ || kind_of(begin_) != file_kind::none;
     while (end_ != begin_ && *--end_ != '/') {
     }
   }
@@ -87,6 +93,7 @@ private:
   char *end_;
   const char *limit_;
   bool overflowed_ = false;
+  bool left_board_ = false;
 };
 
 bool ends_like_a_directory(std::string_view path) noexcept {
@@ -108,15 +115,16 @@ bool read_descriptor_path(int descriptor, char *text) noexcept {
   char link[32] = "/proc/self/fd/";
   char *digits = link + std::strlen(link);
   *std::to_chars(digits, link + sizeof link - 1, descriptor).ptr = '\0';
-  const long length = ::syscall(SYS_readlinkat, AT_FDCWD, link, text, PATH_MAX - 1);
-  text[std::max(length, 0L)] = '\0';
-  return length > 0 && text[0] == '/';
+  const long length = ::syscall(SYS_readlinkat, AT_FDCWD, link, text, longest_path);
+  const bool is_whole = length > 0 && length < static_cast<long>(longest_path);
+  text[is_whole ? length : 0] = '\0';
+  return text[0] == '/';
 }
 
 bool read_directory_path(int directory, char *text) noexcept {
   if (directory != AT_FDCWD)
     return read_descriptor_path(directory, text);
-  return ::syscall(SYS_getcwd, text, PATH_MAX) > 0 && text[0] == '/';
+  return ::syscall(SYS_getcwd, text, longest_path) > 0 && text[0] == '/';
 }
 
 /// What follows the board's directory in a path that the kernel gave, which is free of links.
@@ -127,7 +135,7 @@ const char *below_board(const char *host_path) noexcept {
   if (const char *rest = below(host_path, board))
     return rest;
   const unique_fd directory{static_cast<int>(::syscall(SYS_openat, AT_FDCWD, board, O_PATH | O_CLOEXEC, 0))};
-  char without_links[PATH_MAX];
+  char without_links[longest_path];
   return directory && read_descriptor_path(directory.get(), without_links) ? below(host_path, without_links)
                                                                            : nullptr;
 }
@@ -166,20 +174,18 @@ board_path::board_path(const char *path, int directory) noexcept : path_(path) {
 
 void board_path::map(const char *board, const char *path, int directory) noexcept {
   const size_t board_length = std::strlen(board);
-  if (board_length >= PATH_MAX) {
+  if (board_length >= longest_path) {
     path_ = overlong.text;
     return;
   }
   char *name = std::copy_n(board, board_length, text_);
   path_text whole{name, text_ + sizeof text_};
-  bool from_board = false;
   if (*path != '/') {
-    char base[PATH_MAX];
+    char base[longest_path];
     if (!read_directory_path(directory, base))
       return;
     const char *known_as = name_on_board(base);
-    from_board = known_as != nullptr;
-    whole.append(from_board ? known_as : base);
+    whole.append(known_as != nullptr ? known_as : base);
   }
   whole.append(path);
   if (ends_like_a_directory(path))
@@ -191,8 +197,8 @@ void board_path::map(const char *board, const char *path, int directory) noexcep
   if (kind_ != file_kind::none) {
     name_ = name;
     path_ = text_;
-  } else if (from_board && !is_inside_already) {
-    path_ = *name != '\0' ? name : "/"; // climbed out of the board by "..": to where that leads on a real one
+  } else if (whole.left_board() && !is_inside_already) {
+    path_ = *name != '\0' ? name : "/"; // by a directory that only the board has
   }
   if (path_ != path && whole.overflowed())
     path_ = overlong.text;

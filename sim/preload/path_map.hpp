@@ -1,11 +1,15 @@
 // The paths of a board, and where they lie in the board's directory.
 #pragma once
 
-#include <climits>
+#include <cstddef>
 #include <cstdint>
 #include <fcntl.h>
 
 namespace dravik::sim {
+
+/// In bytes, the board's directory and the NUL included. Far
+/// below PATH_MAX, since signal handlers have small stacks.
+constexpr size_t longest_path = 1024;
 
 /// How the kernel serves a path of the board.
 enum class file_kind : uint8_t {
@@ -23,13 +27,13 @@ const char *board_directory() noexcept;
 /// The kind of an absolute path without `//`, `.` and `..`, as an application names it.
 file_kind kind_of(const char *path) noexcept;
 
-/// What an application calls a path of the host that lies in the board's directory; null for any other path.
-/// Points into `host_path`.
+/// What an application calls a path of the host that lies in the
+/// board's directory; null for any other path. Points into `host_path`.
 const char *name_on_board(const char *host_path) noexcept;
 
-/// The path that a call is to use instead of the application's: in the board's directory when it names
-/// something of the board, the application's own otherwise. Nothing is allocated; lives on the stack for the
-/// time of the call.
+/// The path that a call is to use instead of the application's: in the board's
+/// directory when it names something of the board, the application's own
+/// otherwise. Nothing is allocated; lives on the stack for the time of the call.
 class board_path {
 public:
   explicit board_path(const char *path, int directory = AT_FDCWD) noexcept;
@@ -47,7 +51,7 @@ private:
   const char *path_;
   const char *name_ = nullptr;
   file_kind kind_ = file_kind::none;
-  char text_[PATH_MAX]; // left as it is until it is needed
+  char text_[longest_path]; // left as it is until it is needed
 };
 
 /// What an application calls the file behind an open descriptor; null when it is not of the board.
@@ -58,7 +62,7 @@ public:
 
 private:
   const char *name_ = nullptr;
-  char text_[PATH_MAX];
+  char text_[longest_path];
 };
 
 } // namespace dravik::sim

@@ -112,6 +112,10 @@ struct ordered_request {
   unsigned long number;
 };
 
+void PrintTo(const ordered_request &shown, std::ostream *to) {
+  *to << shown.name;
+}
+
 class SimFrameBufferFault : public SimFrameBuffer, public testing::WithParamInterface<ordered_request> {};
 
 TEST_P(SimFrameBufferFault, FailsAsOrderedUntilCleared) {

@@ -1,0 +1,111 @@
+// dravik-sim: makes simulated boards, runs applications on them, takes pictures of their screens.
+
+#include "launcher/commands.hpp"
+
+#include <algorithm>
+#include <cstdio>
+#include <string_view>
+
+namespace dravik::sim {
+namespace {
+
+struct command {
+  std::string_view name;
+  int (*run)(arguments given);
+  const char *help;
+};
+
+constexpr const char *overview =
+    "usage: dravik-sim COMMAND ...\n"
+    "\n"
+    "A simulated board is a directory that holds what the files of a board hold. An application that runs on "
+    "it\n"
+    "finds /dev/fb0, /tmp/dravik.log, /usr/local/dravik and the other paths of the board there, and needs "
+    "neither\n"
+    "hardware nor special rights.\n"
+    "\n"
+    "  dravik-sim new BOARD              makes a board\n"
+    "  dravik-sim run BOARD -- APP ...   runs an application on it\n"
+    "  dravik-sim shot BOARD FILE.png    writes what its screen shows\n"
+    "  dravik-sim COMMAND --help         tells more\n"
+    "\n"
+    "example:\n"
+    "  dravik-sim new desk && dravik-sim run desk -- ./first && dravik-sim shot desk first.png\n";
+
+constexpr command commands[] = {
+    {"new", new_command,
+     "usage: dravik-sim new BOARD [--size WxH] [--virtual WxH] [--depth BITS] [--line-length BYTES]\n"
+     "\n"
+     "Makes a board in the directory BOARD, which must not exist yet or be empty.\n"
+     "\n"
+     "  --size WxH           the visible screen in pixels (640x480)\n"
+     "  --virtual WxH        the whole screen memory in pixels, for panning (as the size)\n"
+     "  --depth BITS         16, 24 or 32 bits a pixel (16)\n"
+     "  --line-length BYTES  from one line to the next (what the pixels take)\n"
+     "\n"
+     "Console fonts that are installed on this machine (Debian: console-setup-linux) are put into the "
+     "board's\n"
+     "usr/local/dravik/font.\n"
+     "\n"
+     "examples:\n"
+     "  dravik-sim new desk\n"
+     "  dravik-sim new two-buffers --size 320x240 --virtual 320x480\n"
+     "  dravik-sim new padded --size 800x480 --line-length 2048\n"},
+    {"run", run_command,
+     "usage: dravik-sim run BOARD -- APP [ARGUMENT ...]\n"
+     "\n"
+     "Runs an application on a board, in the place of this program: signals reach it, and its exit status is "
+     "what\n"
+     "the caller sees. APP is a dynamically linked program or a script that runs on one; without a slash it "
+     "is\n"
+     "looked for in PATH. It and its children see the board's files at the fixed paths.\n"
+     "\n"
+     "examples:\n"
+     "  dravik-sim run desk -- ./first\n"
+     "  dravik-sim run desk -- cat /tmp/dravik.log\n"
+     "  dravik-sim run desk -- gdb ./first\n"},
+    {"shot", shot_command,
+     "usage: dravik-sim shot BOARD FILE.png\n"
+     "\n"
+     "Writes what the board's panel shows as a PNG: the visible part of the screen memory, black while the "
+     "panel is\n"
+     "blanked. An application may go on drawing meanwhile.\n"
+     "\n"
+     "examples:\n"
+     "  dravik-sim shot desk screen.png\n"},
+};
+
+bool asks_for_help(arguments given) {
+  const auto own =
+      given.first(static_cast<size_t>(std::ranges::find(given, std::string_view{"--"}) - given.begin()));
+  return std::ranges::any_of(own, [](std::string_view word) { return word == "--help" || word == "-h"; });
+}
+
+int show(const char *text) {
+  std::fputs(text, stdout);
+  return std::fflush(stdout) == 0 ? 0 : failed;
+}
+
+int start(arguments given) {
+  if (given.empty())
+    return fail("which command? 'dravik-sim --help' tells", wrong_usage);
+  const auto *chosen = std::ranges::find(commands, std::string_view{given[0]}, &command::name);
+  if (chosen != std::end(commands))
+    return asks_for_help(given.subspan(1)) ? show(chosen->help) : chosen->run(given.subspan(1));
+  if (asks_for_help(given.first(1)))
+    return show(overview);
+  return fail(std::string{given[0]} + ": no such command; 'dravik-sim --help' lists them", wrong_usage);
+}
+
+} // namespace
+
+int fail(const std::string &message, int status) {
+  std::fprintf(stderr, "dravik-sim: %s\n", message.c_str());
+  return status;
+}
+
+} // namespace dravik::sim
+
+int main(int count, char **words) {
+  return dravik::sim::start({words + std::min(count, 1), static_cast<size_t>(std::max(count - 1, 0))});
+}

@@ -1,0 +1,122 @@
+// dravik-sim new: makes a board.
+
+#include "board/board_directory.hpp"
+#include "launcher/commands.hpp"
+
+#include <charconv>
+#include <filesystem>
+#include <optional>
+#include <zlib.h>
+
+namespace dravik::sim {
+namespace {
+
+namespace files = std::filesystem;
+
+constexpr const char *host_fonts = "/usr/share/consolefonts";
+
+bool read_number(std::string_view text, uint32_t &number) {
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  return error == std::errc{} && end == text.data() + text.size();
+}
+
+bool read_size(std::string_view text, uint32_t &width, uint32_t &height) {
+  const size_t cross = text.find('x');
+  return cross != std::string_view::npos && read_number(text.substr(0, cross), width) &&
+         read_number(text.substr(cross + 1), height);
+}
+
+/// What the options say, before the sizes that follow from others are filled in.
+struct wishes {
+  std::string directory;
+  uint32_t width = 640;
+  uint32_t height = 480;
+  std::optional<uint32_t> virtual_width;
+  std::optional<uint32_t> virtual_height;
+  uint32_t bits = 16;
+  std::optional<uint32_t> line_length;
+};
+
+bool take_option(std::string_view name, std::string_view value, wishes &into) {
+  if (name == "--size")
+    return read_size(value, into.width, into.height);
+  if (name == "--virtual")
+    return read_size(value, into.virtual_width.emplace(), into.virtual_height.emplace());
+  if (name == "--depth")
+    return read_number(value, into.bits);
+  if (name == "--line-length")
+    return read_number(value, into.line_length.emplace());
+  return false;
+}
+
+/// Empty when the arguments are right, otherwise what is wrong with them.
+std::string take_arguments(arguments given, wishes &into) {
+  for (size_t i = 0; i < given.size(); ++i) {
+    const std::string word = given[i];
+    if (!word.starts_with('-')) {
+      if (!into.directory.empty())
+        return word + ": one board at a time";
+      into.directory = word;
+      continue;
+    }
+    if (i + 1 == given.size())
+      return word + ": is no option of 'new', or lacks its value";
+    const std::string value = given[++i];
+    if (!take_option(word, value, into))
+      return word + " " + value + ": not understood; 'dravik-sim new --help' tells";
+  }
+  return into.directory.empty() ? "which board? 'dravik-sim new --help' tells" : "";
+}
+
+screen screen_of(const wishes &wished) {
+  screen shown = screen::of_size(wished.virtual_width.value_or(wished.width),
+                                 wished.virtual_height.value_or(wished.height), wished.bits);
+  shown.xres = wished.width;
+  shown.yres = wished.height;
+  shown.line_length = wished.line_length.value_or(shown.line_length);
+  return shown;
+}
+
+/// The contents of a gzip file; empty when it is none.
+std::string unpacked(const std::string &path) {
+  std::string text;
+  gzFile file = ::gzopen(path.c_str(), "rb");
+  char block[16384];
+  int count = 0;
+  while (file != nullptr && (count = ::gzread(file, block, sizeof block)) > 0)
+    text.append(block, static_cast<size_t>(count));
+  ::gzclose(file);
+  return count < 0 ? "" : text;
+}
+
+/// Fonts are an extra: a host without them makes a board without them.
+bool add_host_fonts(const std::string &directory, std::string &error) {
+  std::error_code code;
+  for (files::directory_iterator entry{host_fonts, code}; !code && entry != files::directory_iterator{};
+       entry.increment(code)) {
+    const files::path name = entry->path().filename();
+    if (!name.string().ends_with(".psf.gz"))
+      continue;
+    const std::string target = directory + "/usr/local/dravik/font/" + name.stem().string();
+    if (!write_file(target, unpacked(entry->path().string()), error))
+      return false;
+  }
+  return true;
+}
+
+} // namespace
+
+int new_command(arguments given) {
+  wishes wished;
+  std::string error = take_arguments(given, wished);
+  if (!error.empty())
+    return fail(error, wrong_usage);
+  const screen shown = screen_of(wished);
+  if (const char *nonsense = shown.nonsense())
+    return fail(nonsense);
+  if (!create_board(wished.directory, shown, error) || !add_host_fonts(wished.directory, error))
+    return fail(error);
+  return 0;
+}
+
+} // namespace dravik::sim

@@ -1,0 +1,76 @@
+// dravik-sim run: puts an application in the place of this program,
+// with the preload library and the board named in its environment.
+
+#include "board/board_directory.hpp"
+#include "launcher/commands.hpp"
+#include "launcher/executable.hpp"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <unistd.h>
+
+namespace dravik::sim {
+namespace {
+
+namespace files = std::filesystem;
+
+/// Where the preload library lies, from this program's own directory: in the build tree and when installed.
+constexpr const char *library_directories[] = {"../lib", DRAVIK_SIM_LIBRARY_FROM_PROGRAM};
+
+std::string find_library() {
+  std::error_code code;
+  const files::path own = files::read_symlink("/proc/self/exe", code).parent_path();
+  for (const char *directory : library_directories) {
+    const files::path candidate = files::weakly_canonical(own / directory / "libdravik-sim.so", code);
+    if (files::is_regular_file(candidate, code))
+      return candidate.string();
+  }
+  return {};
+}
+
+/// After what the caller preloads already: a sanitizer insists on being the first.
+void add_preload(const std::string &library) {
+  const char *before = std::getenv("LD_PRELOAD");
+  const std::string all =
+      before != nullptr && *before != '\0' ? std::string{before} + ":" + library : library;
+  ::setenv("LD_PRELOAD", all.c_str(), 1);
+}
+
+int become(const std::string &program, arguments words) {
+  ::execv(program.c_str(), words.data());
+  return fail(program + ": " + std::strerror(errno));
+}
+
+} // namespace
+
+int run_command(arguments given) {
+  if (given.empty() || *given[0] == '-')
+    return fail("which board? 'dravik-sim run --help' tells", wrong_usage);
+  const std::string board = given[0];
+  arguments words = given.subspan(1);
+  if (!words.empty() && std::strcmp(words[0], "--") == 0)
+    words = words.subspan(1);
+  if (words.empty())
+    return fail("which application? 'dravik-sim run --help' tells", wrong_usage);
+
+  if (!is_board(board))
+    return fail(board + ": is no board; 'dravik-sim new " + board + "' makes one");
+  const std::string program = find_program(words[0]);
+  const std::string reason = program.empty() ? "cannot be found" : why_not_on_a_board(program);
+  if (!reason.empty())
+    return fail(std::string{words[0]} + ": " + reason);
+  const std::string library = find_library();
+  if (library.empty())
+    return fail("libdravik-sim.so: cannot be found beside this program");
+  if (library.find_first_of(" :") != std::string::npos)
+    return fail(library + ": the loader takes no path with a blank or a colon");
+
+  std::error_code code;
+  ::setenv("DRAVIK_BOARD", files::canonical(board, code).c_str(), 1);
+  add_preload(library);
+  return become(program, words);
+}
+
+} // namespace dravik::sim

@@ -1,0 +1,117 @@
+// The calls that change what an open file holds, for the files that the kernel serves in a manner of its own:
+// an attribute holds what the last write brought, a device has an end.
+
+#include "preload/kernel_files.hpp"
+#include "preload/next.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <span>
+#include <sys/syscall.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+namespace dravik::sim {
+namespace {
+
+constexpr size_t attribute_limit = 4096; ///< the kernel takes no more at once
+
+bool has_own_manner(file_kind kind) noexcept {
+  return kind == file_kind::attribute || kind == file_kind::device;
+}
+
+ssize_t write_in_manner(file_kind kind, int descriptor, const void *data, size_t size,
+                        off64_t offset) noexcept;
+
+/// A write at the descriptor's position, which moves on.
+ssize_t write_on(file_kind kind, int descriptor, const void *data, size_t size) noexcept {
+  const off64_t position = ::lseek64(descriptor, 0, SEEK_CUR);
+  const ssize_t count = write_in_manner(kind, descriptor, data, size, position);
+  if (count > 0)
+    ::lseek64(descriptor, position + count, SEEK_SET);
+  return count;
+}
+
+/// Takes the pieces as one, and not more of them than an
+/// attribute takes: the caller goes on with what is left.
+ssize_t write_pieces(file_kind kind, int descriptor, std::span<const iovec> pieces) noexcept {
+  char joined[attribute_limit];
+  size_t length = 0;
+  for (const iovec &piece : pieces) {
+    const size_t taken = std::min(piece.iov_len, sizeof joined - length);
+    std::copy_n(static_cast<const char *>(piece.iov_base), taken, joined + length);
+    length += taken;
+  }
+  return write_on(kind, descriptor, joined, length);
+}
+
+bool may_set_length(int descriptor) noexcept {
+  const bool refused = kind_behind(descriptor) == file_kind::device;
+  if (refused)
+    errno = EINVAL;
+  return !refused;
+}
+
+} // namespace
+} // namespace dravik::sim
+
+using namespace dravik::sim;
+
+SIM_DEFINE(ssize_t, write, (int descriptor, const void *data, size_t size)) {
+  const file_kind kind = kind_behind(descriptor);
+  return has_own_manner(kind) ? write_on(kind, descriptor, data, size)
+                              : SIM_NEXT(write)(descriptor, data, size);
+}
+
+SIM_DEFINE(ssize_t, writev, (int descriptor, const iovec *pieces, int count)) {
+  const file_kind kind = kind_behind(descriptor);
+  return has_own_manner(kind) && count >= 0
+             ? write_pieces(kind, descriptor, {pieces, static_cast<size_t>(count)})
+             : SIM_NEXT(writev)(descriptor, pieces, count);
+}
+
+SIM_DEFINE(ssize_t, pwrite, (int descriptor, const void *data, size_t size, off_t offset)) {
+  const file_kind kind = kind_behind(descriptor);
+  return has_own_manner(kind) ? write_in_manner(kind, descriptor, data, size, offset)
+                              : SIM_NEXT(pwrite)(descriptor, data, size, offset);
+}
+
+SIM_DEFINE(ssize_t, pwrite64, (int descriptor, const void *data, size_t size, off64_t offset)) {
+  const file_kind kind = kind_behind(descriptor);
+  return has_own_manner(kind) ? write_in_manner(kind, descriptor, data, size, offset)
+                              : SIM_NEXT(pwrite64)(descriptor, data, size, offset);
+}
+
+SIM_DEFINE(int, ftruncate, (int descriptor, off_t length)) {
+  return may_set_length(descriptor) ? SIM_NEXT(ftruncate)(descriptor, length) : -1;
+}
+
+SIM_DEFINE(int, ftruncate64, (int descriptor, off64_t length)) {
+  return may_set_length(descriptor) ? SIM_NEXT(ftruncate64)(descriptor, length) : -1;
+}
+
+namespace dravik::sim {
+namespace {
+
+ssize_t write_attribute(int descriptor, const void *data, size_t size) noexcept {
+  const ssize_t count = SIM_NEXT(pwrite64)(descriptor, data, std::min(size, attribute_limit), 0);
+  return count < 0 || SIM_NEXT(ftruncate64)(descriptor, count) == 0 ? count : -1;
+}
+
+ssize_t write_device(int descriptor, const void *data, size_t size, off64_t offset) noexcept {
+  const off64_t room = length_behind(descriptor) - offset;
+  if (room > 0 || size == 0)
+    return SIM_NEXT(pwrite64)(descriptor, data, std::min(size, static_cast<size_t>(room)), offset);
+  errno = ENOSPC;
+  return -1;
+}
+
+ssize_t write_in_manner(file_kind kind, int descriptor, const void *data, size_t size,
+                        off64_t offset) noexcept {
+  return kind == file_kind::attribute ? write_attribute(descriptor, data, size)
+                                      : write_device(descriptor, data, size, offset);
+}
+
+} // namespace
+} // namespace dravik::sim

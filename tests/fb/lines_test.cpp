@@ -1,0 +1,286 @@
+// Lines and triangles, beside a plain model.
+
+#include "support/random.hpp"
+#include "support/screen.hpp"
+
+#include <cstdlib>
+#include <gmock/gmock.h>
+#include <vector>
+
+namespace {
+
+using dravik::test::fake_screen;
+using dravik::test::model_plane;
+using dravik::test::screen_shape;
+using dravik::test::seeded_random;
+using testing::ElementsAre;
+using testing::Pair;
+
+struct point {
+  int32_t x, y;
+};
+
+/// Bresenham's line from one point to another; an error of exactly 0 steps aside.
+void model_line(model_plane on, point from, point to, uint16_t colour) {
+  const int dx = std::abs(from.x - to.x), dy = std::abs(from.y - to.y);
+  const int sx = from.x > to.x ? -1 : 1, sy = from.y > to.y ? -1 : 1;
+  int x = from.x, y = from.y;
+  if (dy > dx) {
+    for (int e = 2 * dx - dy; y != to.y; e += 2 * dx) {
+      on.put(x, y, colour);
+      y += sy;
+      if (e >= 0) {
+        x += sx;
+        e -= 2 * dy;
+      }
+    }
+  } else {
+    for (int e = 2 * dy - dx; x != to.x; e += 2 * dy) {
+      on.put(x, y, colour);
+      x += sx;
+      if (e >= 0) {
+        y += sy;
+        e -= 2 * dx;
+      }
+    }
+  }
+  on.put(x, y, colour);
+}
+
+/// Draws a line on the screen and on its model.
+void draw_both(fake_screen &screen, point from, point to, uint16_t colour) {
+  fb_put_line(from.x, from.y, to.x, to.y, colour);
+  model_line(screen.model(), from, to, colour);
+}
+
+TEST(FbPutLine, OnePoint) {
+  fake_screen screen{20, 20};
+  fb_put_line(10, 10, 10, 10, 0xF800);
+  EXPECT_THAT(screen.painted(), ElementsAre(Pair(10, 10)));
+}
+
+TEST(FbPutLine, ShallowLine) {
+  fake_screen screen{6, 3};
+  fb_put_line(0, 0, 3, 1, 0xF800);
+  EXPECT_EQ(screen.drawing(0xF800), "##....\n"
+                                    "..##..\n"
+                                    "......\n");
+}
+
+TEST(FbPutLine, SteepLine) {
+  fake_screen screen{3, 5};
+  fb_put_line(0, 0, 1, 3, 0xF800);
+  EXPECT_EQ(screen.drawing(0xF800), "#..\n"
+                                    "#..\n"
+                                    ".#.\n"
+                                    ".#.\n"
+                                    "...\n");
+}
+
+TEST(FbPutLine, Diagonal) {
+  fake_screen screen{4, 4};
+  fb_put_line(0, 0, 2, 2, 0xF800);
+  EXPECT_EQ(screen.drawing(0xF800), "#...\n"
+                                    ".#..\n"
+                                    "..#.\n"
+                                    "....\n");
+}
+
+TEST(FbPutLine, TieStepsAsideAtOnceOnTheWayThere) {
+  fake_screen screen{4, 3};
+  fb_put_line(0, 0, 2, 1, 0xF800);
+  EXPECT_EQ(screen.drawing(0xF800), "#...\n"
+                                    ".##.\n"
+                                    "....\n");
+}
+
+TEST(FbPutLine, TieStepsAsideAtOnceOnTheWayBack) {
+  fake_screen screen{4, 3};
+  fb_put_line(2, 1, 0, 0, 0xF800);
+  EXPECT_EQ(screen.drawing(0xF800), "##..\n"
+                                    "..#.\n"
+                                    "....\n");
+}
+
+TEST(FbPutLine, TieOfASteepLineDependsOnTheDirectionToo) {
+  fake_screen down{3, 4}, up{3, 4};
+  down.use();
+  fb_put_line(0, 0, 1, 2, 0xF800);
+  up.use();
+  fb_put_line(1, 2, 0, 0, 0xF800);
+  EXPECT_THAT(down.painted(), ElementsAre(Pair(0, 0), Pair(1, 1), Pair(1, 2)));
+  EXPECT_THAT(up.painted(), ElementsAre(Pair(0, 0), Pair(0, 1), Pair(1, 2)));
+}
+
+TEST(FbPutLine, HorizontalLineAboveTheScreenIsDrawn) {
+  fake_screen screen{8, 4};
+  fb_put_line(2, -1, 4, -1, 0xF800);
+  EXPECT_THAT(screen.painted(), ElementsAre(Pair(2, -1), Pair(3, -1), Pair(4, -1)));
+}
+
+TEST(FbPutLine, HorizontalLineOffBothSidesGoesOnInTheNeighbouringLines) {
+  fake_screen screen{4, 4};
+  fb_put_line(5, 1, -2, 1, 0xF800);
+  EXPECT_EQ(screen.drawing(0xF800), "..##\n"
+                                    "####\n"
+                                    "##..\n"
+                                    "....\n");
+}
+
+TEST(FbPutLine, VerticalLineIsCutAtNeitherEnd) {
+  fake_screen screen{4, 2};
+  fb_put_line(1, 3, 1, -2, 0xF800);
+  EXPECT_THAT(screen.painted(),
+              ElementsAre(Pair(1, -2), Pair(1, -1), Pair(1, 0), Pair(1, 1), Pair(1, 2), Pair(1, 3)));
+}
+
+TEST(FbPutLine, VerticalLineRightOfTheScreenGoesOnInTheNextLines) {
+  fake_screen screen{4, 4};
+  fb_put_line(4, 0, 4, 1, 0xF800);
+  fb_put_line(6, 0, 6, 1, 0x07E0);
+  EXPECT_EQ(screen.drawing(0xF800), "....\n"
+                                    "#.?.\n"
+                                    "#.?.\n"
+                                    "....\n");
+}
+
+TEST(FbPutLine, ThemeColourIsAColourLikeAnyOther) {
+  fake_screen screen{8, 4};
+  set_theme_color(0xF800);
+  fb_put_line(1, 1, 5, 2, DRAVIK_THEME);
+  EXPECT_EQ(screen.drawn().get(1, 1), 0x1234);
+}
+
+TEST(FbPutLine, EverySlopeInBothDirections) {
+  constexpr int32_t reach = 45;
+  fake_screen screen{{.xres = 2 * reach + 1, .yres = 2 * reach + 1, .padding = 6}};
+  const point centre = {reach, reach};
+  for (int32_t y = 0; y <= 2 * reach; ++y)
+    for (int32_t x = 0; x <= 2 * reach; ++x) {
+      screen.reset();
+      draw_both(screen, centre, {x, y}, 0xF800);
+      ASSERT_TRUE(screen.same()) << "to " << x << ", " << y;
+      draw_both(screen, {x, y}, centre, 0x07E0);
+      ASSERT_TRUE(screen.same()) << "from " << x << ", " << y;
+    }
+}
+
+TEST(FbPutLine, RandomLinesAcrossAndAroundTheScreen) {
+  seeded_random random;
+  fake_screen screen{{.xres = 96, .yres = 64, .padding = 2, .misalignment = 2, .guard_lines = 12}};
+  const auto any_point = [&random] { return point{random.between(-30, 125), random.between(-10, 73)}; };
+  for (int i = 0; i < 400'000; ++i) {
+    const point from = any_point();
+    point to = any_point();
+    if (random.one_in(12))
+      to.x = from.x;
+    if (random.one_in(12))
+      to.y = from.y;
+    draw_both(screen, from, to, random.colour());
+    ASSERT_TRUE(screen.same()) << i << ": " << from.x << ", " << from.y << " to " << to.x << ", " << to.y;
+  }
+}
+
+/// Screens of shapes on which long lines run shallow, steep and in between.
+class LongLines : public testing::TestWithParam<screen_shape> {};
+
+TEST_P(LongLines, RandomEnds) {
+  seeded_random random;
+  fake_screen screen{GetParam()};
+  const int32_t right = static_cast<int32_t>(GetParam().xres) - 1;
+  const int32_t bottom = static_cast<int32_t>(GetParam().yres) - 1;
+  for (int batch = 0; batch < 60; ++batch) {
+    for (int i = 0; i < 60; ++i)
+      draw_both(screen, {random.between(0, right), random.between(0, bottom)},
+                {random.between(0, right), random.between(0, bottom)}, random.colour());
+    ASSERT_TRUE(screen.same()) << "batch " << batch;
+  }
+}
+
+TEST_P(LongLines, FromEdgeToEdge) {
+  seeded_random random;
+  fake_screen screen{GetParam()};
+  const int32_t right = static_cast<int32_t>(GetParam().xres) - 1;
+  const int32_t bottom = static_cast<int32_t>(GetParam().yres) - 1;
+  for (int i = 0; i < 1000; ++i) {
+    const int32_t x0 = random.between(0, right), x1 = random.between(0, right);
+    const int32_t y0 = random.between(0, bottom), y1 = random.between(0, bottom);
+    draw_both(screen, {0, y0}, {right, y1}, random.colour());
+    draw_both(screen, {right, y0}, {0, y1}, random.colour());
+    draw_both(screen, {x0, 0}, {x1, bottom}, random.colour());
+    draw_both(screen, {x0, bottom}, {x1, 0}, random.colour());
+    if (i % 10 == 9) {
+      ASSERT_TRUE(screen.same()) << i;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Shapes, LongLines,
+                         testing::Values(screen_shape{.xres = 3000, .yres = 50},
+                                         screen_shape{.xres = 51, .yres = 3000, .padding = 6},
+                                         screen_shape{.xres = 1000, .yres = 999, .misalignment = 2}),
+                         [](const auto &shape) {
+                           return std::to_string(shape.param.xres) + "x" + std::to_string(shape.param.yres);
+                         });
+
+// A step is 2^-32 of a pixel off at most; beyond 46340 steps these add up to more than what separates some
+// lines from the next pixel.
+TEST(FbPutLine, LinesSoLongThatRoundingWouldShow) {
+  constexpr int32_t longest = 46345, highest = 64;
+  fake_screen wide{{.xres = longest + 1, .yres = highest + 1}};
+  fake_screen high{{.xres = highest + 1, .yres = longest + 1}};
+  for (int32_t aside = 1; aside <= highest; ++aside)
+    for (int32_t steps = 46338; steps <= longest; ++steps) {
+      wide.use();
+      draw_both(wide, {0, 0}, {steps, aside}, static_cast<uint16_t>(steps));
+      high.use();
+      draw_both(high, {aside, steps}, {0, 0}, static_cast<uint16_t>(steps));
+      if (steps % 4 == 0) {
+        ASSERT_TRUE(wide.same()) << steps << " by " << aside;
+        ASSERT_TRUE(high.same()) << steps << " by " << aside;
+      }
+    }
+  EXPECT_TRUE(wide.same());
+  EXPECT_TRUE(high.same());
+}
+
+void model_triangle(model_plane on, point a, point b, point c, uint16_t colour) {
+  model_line(on, a, b, colour);
+  model_line(on, b, c, colour);
+  model_line(on, c, a, colour);
+}
+
+TEST(FbPutTriangle, OutlineOnly) {
+  fake_screen screen{7, 5};
+  fb_put_triangle(1, 1, 5, 1, 1, 3, 0xF800);
+  // The way back from (5, 1) to (1, 3) is stepped leftwards: ties go down at once.
+  EXPECT_EQ(screen.drawing(0xF800), ".......\n"
+                                    ".#####.\n"
+                                    ".#.##..\n"
+                                    ".##....\n"
+                                    ".......\n");
+}
+
+TEST(FbPutTriangle, ThreeEqualPointsPaintOnePixel) {
+  fake_screen screen{8, 8};
+  fb_put_triangle(3, 4, 3, 4, 3, 4, 0xF800);
+  EXPECT_THAT(screen.painted(), ElementsAre(Pair(3, 4)));
+}
+
+TEST(FbPutTriangle, IsThreeLinesInTheOrderOfTheCorners) {
+  seeded_random random;
+  fake_screen screen{{.xres = 64, .yres = 48, .padding = 10}};
+  const auto any_point = [&random] { return point{random.between(-20, 83), random.between(-6, 53)}; };
+  for (int i = 0; i < 30'000; ++i) {
+    const point a = any_point(), c = any_point();
+    const point b = random.one_in(10) ? a : any_point();
+    const uint16_t colour = random.colour();
+    screen.reset();
+    fb_put_triangle(a.x, a.y, b.x, b.y, c.x, c.y, colour);
+    model_triangle(screen.model(), a, b, c, colour);
+    ASSERT_TRUE(screen.same()) << a.x << ", " << a.y << "; " << b.x << ", " << b.y << "; " << c.x << ", "
+                               << c.y;
+  }
+}
+
+} // namespace

@@ -1,0 +1,2 @@
+/* A program that no preload library reaches. */
+int main(void) { return 0; }

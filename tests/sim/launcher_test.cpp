@@ -1,0 +1,329 @@
+// The launcher as people run it: its commands, its errors, and applications that know nothing of it.
+
+#include "png/png_file.hpp"
+#include "support/board.hpp"
+
+#include <array>
+#include <csignal>
+#include <fcntl.h>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using dravik::test::board;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+struct outcome {
+  int status = -1; ///< as waitpid() gives it
+  std::string output;
+  std::string errors;
+
+  int exit_status() const { return WIFEXITED(status) ? WEXITSTATUS(status) : -1; }
+};
+
+std::string contents(FILE *file) {
+  std::string text;
+  std::array<char, 4096> block;
+  std::rewind(file);
+  while (const size_t count = std::fread(block.data(), 1, block.size(), file))
+    text.append(block.data(), count);
+  std::fclose(file);
+  return text;
+}
+
+[[noreturn]] void become(std::vector<std::string> words, int output, int errors) {
+  std::vector<char *> pointers;
+  for (std::string &word : words)
+    pointers.push_back(word.data());
+  pointers.push_back(nullptr);
+  ::dup2(output, STDOUT_FILENO);
+  ::dup2(errors, STDERR_FILENO);
+  ::unsetenv("DRAVIK_BOARD");
+  ::execvp(pointers[0], pointers.data());
+  ::_exit(127);
+}
+
+outcome run(const std::vector<std::string> &words) {
+  FILE *output = std::tmpfile();
+  FILE *errors = std::tmpfile();
+  const pid_t child = ::fork();
+  if (child == 0)
+    become(words, ::fileno(output), ::fileno(errors));
+  outcome result;
+  ::waitpid(child, &result.status, 0);
+  result.output = contents(output);
+  result.errors = contents(errors);
+  return result;
+}
+
+outcome launch(std::vector<std::string> words) {
+  words.insert(words.begin(), LAUNCHER);
+  return run(words);
+}
+
+/// A directory for the boards of a test, writable by everyone.
+class SimLauncher : public testing::Test {
+protected:
+  SimLauncher() {
+    ::mkdtemp(directory_.data());
+    ::chmod(directory_.c_str(), 0777);
+  }
+  ~SimLauncher() override {
+    std::error_code code;
+    std::filesystem::remove_all(directory_, code);
+  }
+  std::string at(const std::string &name) const { return directory_ + "/" + name; }
+  std::string text_of(const std::string &name) const {
+    FILE *file = std::fopen(at(name).c_str(), "r");
+    return file != nullptr ? contents(file) : "";
+  }
+  void write(const std::string &name, const std::string &text, mode_t mode) const {
+    const int file = ::open(at(name).c_str(), O_WRONLY | O_CREAT | O_TRUNC, mode);
+    EXPECT_EQ(::write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    ::close(file);
+  }
+  /// Expects one line on standard error that begins so, and no output.
+  static void expect_error(const outcome &result, int status, const std::string &beginning) {
+    EXPECT_EQ(result.exit_status(), status);
+    EXPECT_THAT(result.errors, StartsWith("dravik-sim: " + beginning));
+    EXPECT_EQ(result.errors.find('\n'), result.errors.size() - 1) << result.errors;
+    EXPECT_EQ(result.output, "");
+  }
+
+private:
+  std::string directory_ = std::filesystem::temp_directory_path().string() + "/dravik-launcher-XXXXXX";
+};
+
+// --- new ---
+
+TEST_F(SimLauncher, NewMakesAScreenOf640By480) {
+  EXPECT_EQ(launch({"new", at("desk")}).exit_status(), 0);
+  EXPECT_THAT(text_of("desk/board.conf"),
+              HasSubstr("\nxres=640\nyres=480\nxres_virtual=640\nyres_virtual=480\n"
+                        "bits_per_pixel=16\nline_length=1280\n"));
+  EXPECT_EQ(std::filesystem::file_size(at("desk/dev/fb0")), 614400U);
+  EXPECT_TRUE(std::filesystem::is_directory(at("desk/usr/local/dravik/jpg")));
+}
+
+TEST_F(SimLauncher, NewTakesEveryGeometry) {
+  EXPECT_EQ(launch({"new", at("odd"), "--size", "321x123", "--virtual", "400x300", "--depth", "32",
+                    "--line-length", "2000"})
+                .exit_status(),
+            0);
+  EXPECT_THAT(text_of("odd/board.conf"),
+              HasSubstr("\nxres=321\nyres=123\nxres_virtual=400\nyres_virtual=300\n"
+                        "bits_per_pixel=32\nline_length=2000\n"));
+  EXPECT_EQ(std::filesystem::file_size(at("odd/dev/fb0")), 600000U);
+}
+
+TEST_F(SimLauncher, NewUnpacksTheFontsOfTheHost) {
+  if (!std::filesystem::exists("/usr/share/consolefonts/Lat15-Fixed16.psf.gz"))
+    GTEST_SKIP() << "no console fonts on this host";
+  EXPECT_EQ(launch({"new", at("desk")}).exit_status(), 0);
+  EXPECT_THAT(text_of("desk/usr/local/dravik/font/Lat15-Fixed16.psf"), StartsWith("\x36\x04"));
+}
+
+TEST_F(SimLauncher, NewRefusesGeometriesThatMakeNoSense) {
+  expect_error(launch({"new", at("b"), "--size", "0x480"}), 1, "the screen has no pixels");
+  expect_error(launch({"new", at("b"), "--size", "640x0"}), 1, "the screen has no pixels");
+  expect_error(launch({"new", at("b"), "--size", "16385x1"}), 1, "the screen is larger than 16384 pixels");
+  expect_error(launch({"new", at("b"), "--size", "4294967295x4294967295"}), 1, "the screen is larger");
+  expect_error(launch({"new", at("b"), "--virtual", "640x479"}), 1, "the virtual screen is smaller");
+  expect_error(launch({"new", at("b"), "--virtual", "0x0"}), 1, "the virtual screen is smaller");
+  expect_error(launch({"new", at("b"), "--line-length", "1279"}), 1, "a line is too short for its pixels");
+  expect_error(launch({"new", at("b"), "--depth", "12"}), 1, "the depth is not 16, 24 or 32 bits");
+  EXPECT_FALSE(std::filesystem::exists(at("b")));
+}
+
+TEST_F(SimLauncher, NewKeepsWhatIsThere) {
+  EXPECT_EQ(launch({"new", at("desk")}).exit_status(), 0);
+  expect_error(launch({"new", at("desk")}), 1, at("desk") + ": exists already and is not empty");
+  std::filesystem::create_directory(at("empty"));
+  EXPECT_EQ(launch({"new", at("empty")}).exit_status(), 0);
+}
+
+TEST_F(SimLauncher, NewSaysWhereItCannotMakeABoard) {
+  expect_error(launch({"new", "/proc/no-board"}), 1, "/proc/no-board: ");
+}
+
+TEST_F(SimLauncher, WrongUsageGivesStatus2) {
+  expect_error(launch({}), 2, "which command?");
+  expect_error(launch({"frobnicate"}), 2, "frobnicate: no such command");
+  expect_error(launch({"new"}), 2, "which board?");
+  expect_error(launch({"new", at("a"), at("b")}), 2, at("b") + ": one board at a time");
+  expect_error(launch({"new", at("a"), "--size"}), 2, "--size: ");
+  expect_error(launch({"new", at("a"), "--size", "640"}), 2, "--size 640: not understood");
+  expect_error(launch({"new", at("a"), "--size", "-1x5"}), 2, "--size -1x5: not understood");
+  expect_error(launch({"new", at("a"), "--depth", "16bit"}), 2, "--depth 16bit: not understood");
+  expect_error(launch({"new", at("a"), "--colour", "red"}), 2, "--colour red: not understood");
+  expect_error(launch({"run"}), 2, "which board?");
+  expect_error(launch({"run", at("a"), "--"}), 2, "which application?");
+  expect_error(launch({"shot", at("a")}), 2, "which board, and which file?");
+}
+
+TEST_F(SimLauncher, HelpIsGivenForEachCommandWithExamples) {
+  for (const char *command : {"new", "run", "shot"}) {
+    const outcome result = launch({command, "--help"});
+    EXPECT_EQ(result.exit_status(), 0);
+    EXPECT_THAT(result.output, StartsWith(std::string{"usage: dravik-sim "} + command + " "));
+    EXPECT_THAT(result.output, HasSubstr("\nexamples:\n"));
+  }
+  EXPECT_THAT(launch({"--help"}).output, HasSubstr("dravik-sim run BOARD -- APP"));
+}
+
+// --- run ---
+
+TEST_F(SimLauncher, RunLetsAnApplicationDrawAndGivesItsStatus) {
+  launch({"new", at("desk"), "--size", "320x240"});
+  EXPECT_EQ(launch({"run", at("desk"), "--", DRAWS_A_PIXEL, "3", "2", "f81f"}).exit_status(), 7);
+  EXPECT_EQ(text_of("desk/dev/fb0").substr(2 * 640 + 3 * 2, 2), "\x1f\xf8");
+  EXPECT_EQ(text_of("desk/tmp/dravik.log"), "drawn\n");
+}
+
+TEST_F(SimLauncher, RunHandsArgumentsAndChildrenOn) {
+  launch({"new", at("desk")});
+  write("desk/proc/modules", "ambad 1 0\n", 0644);
+  const outcome result =
+      launch({"run", at("desk"), "--", "sh", "-c", "cat /proc/modules; echo \"$1\"", "sh", "two words"});
+  EXPECT_EQ(result.output, "ambad 1 0\ntwo words\n");
+  EXPECT_EQ(result.errors, "");
+}
+
+TEST_F(SimLauncher, RunLetsAShellWriteAnAttributeAfresh) {
+  launch({"new", at("desk")});
+  launch({"run", at("desk"), "--", "sh", "-c",
+          "exec 3>/sys/class/backlight/pwm-backlight.0/brightness; echo 1000 >&3; echo 20 >&3"});
+  EXPECT_EQ(text_of("desk/sys/class/backlight/pwm-backlight.0/brightness"), "20\n");
+}
+
+TEST_F(SimLauncher, RunLetsSignalsThrough) {
+  launch({"new", at("desk")});
+  const outcome result = launch({"run", at("desk"), "--", "sh", "-c", "kill -USR1 $$"});
+  EXPECT_TRUE(WIFSIGNALED(result.status));
+  EXPECT_EQ(WTERMSIG(result.status), SIGUSR1);
+}
+
+TEST_F(SimLauncher, RunSaysWhatIsNoBoard) {
+  expect_error(launch({"run", at("absent"), "--", "true"}), 1, at("absent") + ": is no board");
+}
+
+TEST_F(SimLauncher, RunSaysWhichApplicationsItCannotRun) {
+  launch({"new", at("desk")});
+  write("words", "just words\n", 0755);
+  write("script", std::string{"#! "} + LINKED_STATICALLY + " -x\n", 0755);
+  write("not-executable", "#!/bin/sh\n", 0644);
+  write("cut-short",
+        "\x7f"
+        "ELF",
+        0755);
+  const auto error = [&](const std::string &application, const std::string &reason) {
+    expect_error(launch({"run", at("desk"), "--", application}), 1, application + ": " + reason);
+  };
+  error("no-such-application", "cannot be found");
+  error(at("absent"), "cannot be found");
+  error(at("desk"), "is not a program");
+  error(at("not-executable"), "may not be executed");
+  error(at("words"), "is neither a program of this machine nor a script");
+  error(at("cut-short"), "cannot be read");
+  error(LINKED_STATICALLY, "is linked statically");
+  error(at("script"), std::string{"is run by "} + LINKED_STATICALLY + ", which is linked statically");
+}
+
+TEST_F(SimLauncher, RunRefusesAProgramThatRunsWithOtherRights) {
+  launch({"new", at("desk")});
+  if (::geteuid() != 0)
+    GTEST_SKIP() << "only root can make such a program";
+  std::filesystem::copy_file("/bin/true", at("other"));
+  ASSERT_EQ(::chown(at("other").c_str(), 65534, 65534), 0);
+  ASSERT_EQ(::chmod(at("other").c_str(), 04755), 0);
+  expect_error(launch({"run", at("desk"), "--", at("other")}), 1, at("other") + ": runs with other rights");
+}
+
+TEST_F(SimLauncher, RunsForAnOrdinaryUser) {
+  const std::vector<std::string> user = {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"};
+  const auto as_user = [&](std::vector<std::string> words) {
+    words.insert(words.begin(), LAUNCHER);
+    if (::geteuid() == 0)
+      words.insert(words.begin(), user.begin(), user.end());
+    return run(words);
+  };
+  if (as_user({"--help"}).exit_status() != 0)
+    GTEST_SKIP() << "an ordinary user cannot reach the build tree";
+  EXPECT_EQ(as_user({"new", at("desk")}).exit_status(), 0);
+  EXPECT_EQ(as_user({"run", at("desk"), "--", DRAWS_A_PIXEL, "0", "0", "ffff"}).exit_status(), 7);
+  EXPECT_EQ(as_user({"shot", at("desk"), at("shot.png")}).exit_status(), 0);
+}
+
+// --- shot ---
+
+struct depth {
+  const char *bits;
+  const char *pixel;                    ///< as the application stores it, hexadecimal
+  std::array<uint8_t, 4> expected_rgba; ///< as the picture shows it
+};
+
+void PrintTo(const depth &shown, std::ostream *to) {
+  *to << shown.bits << " bits";
+}
+
+class SimShot : public SimLauncher, public testing::WithParamInterface<depth> {};
+
+TEST_P(SimShot, ShowsAPixelOfAPaddedScreen) {
+  launch({"new", at("desk"), "--size", "30x20", "--virtual", "40x40", "--line-length", "200", "--depth",
+          GetParam().bits});
+  ASSERT_EQ(launch({"run", at("desk"), "--", DRAWS_A_PIXEL, "29", "19", GetParam().pixel}).exit_status(), 7);
+  ASSERT_EQ(launch({"shot", at("desk"), at("shot.png")}).exit_status(), 0);
+  dravik::png::picture picture;
+  std::string error;
+  ASSERT_TRUE(dravik::png::read(at("shot.png"), picture, error)) << error;
+  EXPECT_EQ(picture.width, 30U);
+  EXPECT_EQ(picture.height, 20U);
+  std::vector<uint8_t> expected((30 * 20 - 1) * 4);
+  for (size_t i = 3; i < expected.size(); i += 4)
+    expected[i] = 255;
+  expected.insert(expected.end(), GetParam().expected_rgba.begin(), GetParam().expected_rgba.end());
+  EXPECT_EQ(picture.rgba, expected);
+}
+
+// 565: 0x8410 has red 16 of 31 (131.6), green 32 of 63 (129.5), blue 16 of 31.
+INSTANTIATE_TEST_SUITE_P(
+    Depths, SimShot,
+    testing::Values(depth{"16", "f81f", {255, 0, 255, 255}}, depth{"16", "8410", {132, 130, 132, 255}},
+                    depth{"24", "102030", {16, 32, 48, 255}}, depth{"32", "00ff8001", {255, 128, 1, 255}}),
+    [](const auto &tested) { return std::string{"of"} + tested.param.bits + "_" + tested.param.pixel; });
+
+TEST_F(SimLauncher, ShotFollowsThePanelAndIsBlackWhileItIsBlanked) {
+  launch({"new", at("desk"), "--size", "10x10", "--virtual", "10x20"});
+  launch({"run", at("desk"), "--", DRAWS_A_PIXEL, "0", "10", "ffff"});
+  const auto first_byte = [&](const char *state) {
+    write("desk/panel", state, 0644);
+    EXPECT_EQ(launch({"shot", at("desk"), at("shot.png")}).exit_status(), 0);
+    dravik::png::picture picture;
+    std::string error;
+    EXPECT_TRUE(dravik::png::read(at("shot.png"), picture, error)) << error;
+    return picture.rgba.at(0);
+  };
+  EXPECT_EQ(first_byte("yoffset=0\n"), 0);
+  EXPECT_EQ(first_byte("yoffset=10\n"), 255);
+  EXPECT_EQ(first_byte("yoffset=10\nblank=1\n"), 0);
+}
+
+TEST_F(SimLauncher, ShotSaysWhatIsWrong) {
+  launch({"new", at("desk")});
+  expect_error(launch({"shot", at("absent"), at("shot.png")}), 1, at("absent") + ": is no board");
+  expect_error(launch({"shot", at("desk"), at("absent/shot.png")}), 1, at("absent/shot.png") + ": ");
+  write("desk/board.conf", "xres=0\n", 0644);
+  expect_error(launch({"shot", at("desk"), at("shot.png")}), 1,
+               at("desk") + "/board.conf: the screen has no pixels");
+  write("desk/board.conf", "xres=10\nyres=10\n", 0644);
+  write("desk/panel", "yoffset=1\n", 0644);
+  expect_error(launch({"shot", at("desk"), at("shot.png")}), 1,
+               at("desk") + "/panel: shows more than there is");
+}
+
+} // namespace
