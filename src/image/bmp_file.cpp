@@ -61,29 +61,32 @@ public:
   record_reader &operator=(const record_reader &) = delete;
 
   const uint8_t *next() noexcept {
-    if (filled_ - taken_ < record_size_ && !refill())
-      return last_;
+    if (filled_ - taken_ < record_size_ && !ended_)
+      refill();
+    if (filled_ - taken_ < record_size_)
+      return take_rest();
     current_ = chunk_.data() + taken_;
     taken_ += record_size_;
     return current_;
   }
 
 private:
-  /// False when the file holds no whole record any more; `last` has taken what there was.
-  bool refill() noexcept {
+  /// Everything read before has been handed out: chunks hold whole records, up to the one that ends the file.
+  void refill() noexcept {
     keep();
-    if (ended_)
-      return false;
-    const size_t size = chunk_size / std::max<size_t>(record_size_, 1) * record_size_;
+    const size_t size = chunk_size / record_size_ * record_size_;
     filled_ = read_at(fd_, chunk_.data(), size, position_);
     taken_ = 0;
     position_ += filled_;
-    ended_ = filled_ < size || size == 0;
-    if (filled_ >= record_size_ && record_size_ != 0)
-      return true;
-    std::memcpy(last_, chunk_.data(), filled_);
+    ended_ = filled_ < size;
+  }
+
+  /// The file ends within a record, whose beginning goes over the record before.
+  const uint8_t *take_rest() noexcept {
+    keep();
+    std::memcpy(last_, chunk_.data() + taken_, filled_ - taken_);
     taken_ = filled_;
-    return false;
+    return last_;
   }
 
   void keep() noexcept {

@@ -1,0 +1,398 @@
+// Packed artwork on the screen: ramps, placement, packing, and archives that lie.
+
+#include "image/archive_stage.hpp"
+
+namespace dravik::test {
+namespace {
+
+class ArchiveDraw : public archive_stage {
+protected:
+  /// Draws image 0 of slot 0 in the colours of ramp 12, on white.
+  int show(int32_t x, int32_t y, int32_t align = 0) {
+    return fb_q7bmp_show(x, y, 0, 0, 0x1111, 0xFFFF, align);
+  }
+
+  void expect_at(const art_image &image, int32_t align, uint32_t x, uint32_t y, int32_t given_x,
+                 int32_t given_y) {
+    SCOPED_TRACE(testing::Message() << "align " << align << ", width " << image.width << ", at " << given_x
+                                    << "," << given_y);
+    paint_model(image, x, y, 12, false);
+    EXPECT_EQ(show(given_x, given_y, align), 0);
+    EXPECT_TRUE(screen_->same());
+  }
+};
+
+// ------------------------------------------------------------------------------------------------ ramps
+
+using colours = std::initializer_list<uint16_t>;
+
+struct ramp_choice {
+  uint16_t bg, fg;
+  unsigned ramp;
+};
+constexpr ramp_choice choices[] = {
+    {0x0821, 0xF800, 0},  {0x0821, 0x07E0, 1},  {0x0821, 0x001F, 2},  {0x0821, 0x7BEF, 4},
+    {0x0821, 0xFFE0, 5},  {0x0821, 0xF81F, 6},  {0x0821, 0x07FF, 7},  {0x0821, 0xFBC0, 8},
+    {0x0821, 0xFFFF, 3},  {0x0821, 0x0821, 3},  {0x0821, 0x0000, 3},  {0x0821, 0x1234, 3},
+    {0xFFFF, 0xF800, 9},  {0xFFFF, 0x07E0, 10}, {0xFFFF, 0x001F, 11}, {0xFFFF, 0x7BEF, 13},
+    {0xFFFF, 0xFFE0, 14}, {0xFFFF, 0xF81F, 15}, {0xFFFF, 0x07FF, 16}, {0xFFFF, 0xFBC0, 17},
+    {0xFFFF, 0x0821, 12}, {0xFFFF, 0x0000, 12}, {0xFFFF, 0xFFFF, 12}, {0xFFFF, 0x1234, 12},
+    {0xF81F, 0x0821, 21}, {0xF81F, 0xF800, 3},  {0xF81F, 0x07E0, 3},  {0xF81F, 0x001F, 3},
+    {0xF81F, 0xFFFF, 3},  {0xF81F, 0x7BEF, 3},  {0xF81F, 0xFFE0, 3},  {0xF81F, 0x07FF, 3},
+    {0xF81F, 0xFBC0, 3},  {0xF81F, 0xF81F, 3},  {0xF81F, 0x0000, 3},  {0x1234, 0xFFFF, 27},
+    {0x1234, 0x0821, 28}, {0x1234, 0xF800, 28}, {0x1234, 0x0000, 28}, {0x1234, 0x1234, 28},
+    {0x0000, 0x0821, 12}, {0x0000, 0x7BEF, 4},  {0x0000, 0xFFFF, 3},  {0x0000, 0xF800, 3},
+    {0x0000, 0x07E0, 3},  {0x0000, 0x0000, 3},  {0x0000, 0x1234, 3},  {0x7BEF, 0xF800, 3},
+    {0x0001, 0xFFFF, 3},  {0x0820, 0xF800, 3},  {0xFFFE, 0x0821, 3},  {0x4321, 0x7BEF, 3},
+    {0xF800, 0xF800, 3},  {0x07E0, 0x0821, 3},
+};
+
+TEST_F(ArchiveDraw, EveryPairOfColoursTakesItsRamp) {
+  for (const auto &[bg, fg, ramp] : choices) {
+    SCOPED_TRACE(testing::Message() << std::hex << "bg " << bg << " fg " << fg);
+    const art_image image = random_art(random_, 33, 9);
+    use({{image}});
+    paint_model(image, 7, 8, ramp, bg == 0);
+    EXPECT_EQ(fb_q7bmp_show(7, 8, 0, 0, fg, bg, 0), 0);
+    EXPECT_TRUE(screen_->same());
+  }
+}
+
+TEST_F(ArchiveDraw, LevelZeroIsPaintedUnlessTheBackgroundIsZero) {
+  const art_image image = {5, 1, {0, 1, 0, 0, 15}};
+  use({{image}});
+  for (const uint16_t bg : colours{0x0000, 0x0821, 0xFFFF, 0xF81F, 0x1234, 0x0001}) {
+    const auto choice = std::find_if(std::begin(choices), std::end(choices), [bg](const ramp_choice &one) {
+      return one.bg == bg && one.fg == (bg == 0 ? 0x7BEF : 0xFFFF);
+    });
+    ASSERT_NE(choice, std::end(choices));
+    paint_model(image, 10, 10, choice->ramp, bg == 0);
+    EXPECT_EQ(fb_q7bmp_show(10, 10, 0, 0, choice->fg, bg, 0), 0);
+    EXPECT_TRUE(screen_->same());
+  }
+}
+
+TEST_F(ArchiveDraw, TransparentPicturesOfMostlyNothing) {
+  for (uint32_t width = 0; width <= 70; ++width) {
+    art_image image = random_art(random_, width, 12);
+    for (uint8_t &level : image.levels)
+      if (random_() % 8 != 0)
+        level = 0;
+    use({{image}});
+    SCOPED_TRACE(width);
+    paint_model(image, 9, 9, 4, true);
+    EXPECT_EQ(fb_q7bmp_show(9, 9, 0, 0, 0x7BEF, 0, 0), 0);
+    EXPECT_TRUE(screen_->same());
+  }
+}
+
+TEST_F(ArchiveDraw, ColoursAreThoseOfTheTableAtTheCall) {
+  const art_image image = random_art(random_, 20, 10);
+  use({{image}});
+  for (int round = 0; round < 5; ++round) {
+    paint_model(image, 1, 1, 12, false);
+    EXPECT_EQ(show(1, 1), 0);
+    EXPECT_TRUE(screen_->same());
+    uint16_t &colour = gc[12 * 16 + random_in(random_, 0, 15)];
+    colour = static_cast<uint16_t>(colour ^ 0x0421);
+  }
+  for (uint16_t &colour : gc)
+    colour = 0;
+  paint_model(image, 1, 1, 12, false);
+  EXPECT_EQ(show(1, 1), 0);
+  EXPECT_TRUE(screen_->same());
+}
+
+TEST_F(ArchiveDraw, ThemeColoursFollowTheTheme) {
+  const art_image image = random_art(random_, 20, 10);
+  use({{image}});
+  for (const int32_t theme : {0x0B77, 0xF800, 0xFFFF, 0x0000}) {
+    set_theme_color(theme);
+    paint_model(image, 1, 1, 27, false);
+    EXPECT_EQ(fb_q7bmp_show(1, 1, 0, 0, 0xFFFF, DRAVIK_THEME, 0), 0);
+    EXPECT_TRUE(screen_->same());
+    paint_model(image, 1, 1, 28, false);
+    EXPECT_EQ(fb_q7bmp_show(1, 1, 0, 0, 0x0821, DRAVIK_THEME, 0), 0);
+    EXPECT_TRUE(screen_->same());
+  }
+}
+
+// ------------------------------------------------------------------------------------------------ packing
+
+TEST_F(ArchiveDraw, LeftPixelIsTheHighHalf) {
+  use({{{2, 1, {3, 12}}}});
+  show(0, 0);
+  screen_->model().put(0, 0, gc[12 * 16 + 3]);
+  screen_->model().put(1, 0, gc[12 * 16 + 12]);
+  EXPECT_TRUE(screen_->same());
+}
+
+TEST_F(ArchiveDraw, EveryWidth) {
+  for (uint32_t width = 1; width <= 68; ++width) {
+    const art_image image = random_art(random_, width, random_in(random_, 1, 7));
+    use({{image}});
+    expect_at(image, 0, 11, 13, 11, 13);
+  }
+}
+
+TEST_F(ArchiveDraw, ImagesOfAnArchiveAreFoundByNumber) {
+  archive_maker maker;
+  for (uint32_t i = 0; i < 10; ++i)
+    maker.images.push_back(random_art(random_, i + 1, 10 - i));
+  use(maker);
+  for (int32_t index = 0; index < 10; ++index) {
+    paint_model(maker.images[static_cast<size_t>(index)], 30, 20, 12, false);
+    EXPECT_EQ(fb_q7bmp_show(30, 20, 0, index, 0, 0xFFFF, 0), 0);
+    EXPECT_TRUE(screen_->same());
+  }
+}
+
+TEST_F(ArchiveDraw, IndexThatIsTooHighDrawsTheLastImage) {
+  archive_maker maker;
+  for (uint32_t i = 0; i < 10; ++i)
+    maker.images.push_back(random_art(random_, 8, 8));
+  use(maker);
+  for (const int32_t index : {10, 11, 999, INT32_MAX}) {
+    paint_model(maker.images[9], 30, 20, 12, false);
+    EXPECT_EQ(fb_q7bmp_show(30, 20, 0, index, 0, 0xFFFF, 0), 0);
+    EXPECT_TRUE(screen_->same());
+  }
+  EXPECT_EQ(messages(), strings{});
+}
+
+TEST_F(ArchiveDraw, ImageOfNoRowsOrColumnsDrawsNothing) {
+  use({{{7, 0, {}}, {0, 7, {}}, {0, 0, {}}}});
+  for (const int32_t index : {0, 1, 2})
+    for (const int32_t align : {0, 3, 8})
+      EXPECT_EQ(fb_q7bmp_show(5, 5, 0, index, 0, 0xFFFF, align), 0);
+  EXPECT_TRUE(screen_->same());
+  EXPECT_EQ(messages(), strings{});
+}
+
+TEST_F(ArchiveDraw, ImageAcrossTheRightEdgeGoesOnInTheNextLine) {
+  use_screen({.xres = 40, .yres = 30});
+  const art_image image = random_art(random_, 61, 9);
+  use({{image}});
+  expect_at(image, 0, 20, 4, 20, 4);
+}
+
+TEST_F(ArchiveDraw, ImageLargerThanTheScreenEndsWithItsMemory) {
+  for (const auto &[width, height] : {std::pair{9U, 31U}, {9U, 40U}, {45U, 20U}, {300U, 28U}, {64U, 64U}})
+    for (const uint16_t bg : colours{0, 0x0821}) {
+      SCOPED_TRACE(testing::Message() << width << " x " << height << " on " << bg);
+      use_screen({.xres = 40, .yres = 30, .padding = 6});
+      const uint32_t line_pixels = 43;
+      const art_image image = random_art(random_, width, height);
+      use({{image}});
+      for (uint32_t y = 0; y < height; ++y)
+        for (uint32_t x = 0; x < width; ++x)
+          if (const uint8_t level = image.level(x, y); (y + 3) * line_pixels + x + 5 < 30 * line_pixels)
+            if (level != 0 || bg != 0)
+              screen_->model().put(x + 5, y + 3, gc[3 * 16 + level]);
+      EXPECT_EQ(fb_q7bmp_show(5, 3, 0, 0, 0xFFFF, bg, 0), 0);
+      EXPECT_TRUE(screen_->same());
+    }
+}
+
+TEST_F(ArchiveDraw, PaddedLinesAreStepped) {
+  use_screen({.xres = 40, .yres = 30, .padding = 200});
+  const art_image image = random_art(random_, 21, 9);
+  use({{image}});
+  expect_at(image, 0, 2, 4, 2, 4);
+}
+
+// ------------------------------------------------------------------------------------------------ placement
+
+TEST_F(ArchiveDraw, CentreCodes) {
+  const art_image image = random_art(random_, 11, 9);
+  use({{image}});
+  expect_at(image, 1, 25, 20, 30, 20);
+  expect_at(image, 2, 30, 16, 30, 20);
+  expect_at(image, 3, 25, 16, 30, 20);
+  expect_at(image, 3, 1, 1, 6, 5);
+  expect_at(image, 3, 0, 0, 5, 4);
+  expect_at(image, 3, 0, 0, 0, 0);
+  expect_at(image, 3, 0, 0, -100, -100);
+  expect_at(image, 1, 0, 7, INT32_MIN, 7);
+  expect_at(image, 2, 7, 0, 7, INT32_MIN);
+}
+
+TEST_F(ArchiveDraw, ColumnCodes) {
+  const struct {
+    int32_t align;
+    uint32_t start, width;
+  } columns[] = {{8, 0, 80},    {9, 0, 160},    {10, 80, 80}, {11, 0, 320},
+                 {12, 160, 80}, {13, 160, 160}, {14, 240, 80}};
+  for (const auto &[align, start, column] : columns)
+    for (const uint32_t width : {1U, 2U, 59U, 60U, 79U, 80U, 81U, 100U, 159U, 160U, 161U, 319U, 320U, 321U}) {
+      const art_image image = random_art(random_, width, 3);
+      use({{image}});
+      expect_at(image, align, width <= column ? start + (column - width) / 2 : 17, 12, 17, 12);
+    }
+}
+
+TEST_F(ArchiveDraw, SixtyColumnsInTheFirstQuarterBeginAtTen) {
+  const art_image image = random_art(random_, 60, 3);
+  use({{image}});
+  expect_at(image, 8, 10, 1, 200, 1);
+}
+
+TEST_F(ArchiveDraw, OtherCodesAreTheTopLeftCorner) {
+  const art_image image = random_art(random_, 11, 9);
+  use({{image}});
+  for (const int32_t align : {0, 4, 5, 6, 7, 15, 16, 100, 257, -1, -8, INT32_MIN, INT32_MAX})
+    expect_at(image, align, 30, 20, 30, 20);
+}
+
+// ------------------------------------------------------------------------------------------------ failures
+
+TEST_F(ArchiveDraw, EmptySlot) {
+  for (const uint32_t slot : {0U, 1U, 31U})
+    EXPECT_EQ(fb_q7bmp_show(0, 0, slot, 0, 0, 0xFFFF, 0), -1);
+  EXPECT_EQ(messages(), strings(3, "q7bmp ptr is NULL"));
+  EXPECT_TRUE(screen_->same());
+}
+
+TEST_F(ArchiveDraw, SlotNumbersOutOfRangeFailWithALine) {
+  use({{random_art(random_, 8, 8)}});
+  for (const uint32_t slot : {32U, 33U, 1000U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU})
+    EXPECT_EQ(fb_q7bmp_show(0, 0, slot, 0, 0, 0xFFFF, 0), -1);
+  EXPECT_EQ(messages().size(), 6U);
+  EXPECT_TRUE(screen_->same());
+}
+
+TEST_F(ArchiveDraw, NegativeIndexesFailWithALine) {
+  use({{random_art(random_, 8, 8)}});
+  for (const int32_t index : {-1, -2, INT32_MIN})
+    EXPECT_EQ(fb_q7bmp_show(0, 0, 0, index, 0, 0xFFFF, 0), -1);
+  EXPECT_EQ(messages().size(), 3U);
+  EXPECT_TRUE(screen_->same());
+}
+
+TEST_F(ArchiveDraw, ArchiveOfNoImages) {
+  archive_maker maker;
+  for (const uint32_t count : {0U, 0x80000000U, 0xFFFFFFFFU}) {
+    maker.count = count;
+    use(maker);
+    EXPECT_EQ(fb_q7bmp_show(0, 0, 0, 0, 0, 0xFFFF, 0), -1);
+  }
+  EXPECT_EQ(messages(), (strings{"q7bmp num error! num_q7bmp = 0", "q7bmp num error! num_q7bmp = -2147483648",
+                                 "q7bmp num error! num_q7bmp = -1"}));
+  EXPECT_TRUE(screen_->same());
+}
+
+// ------------------------------------------------------------------------------------------------ hostile
+
+TEST_F(ArchiveDraw, RecordsBeyondTheFileFailWithALine) {
+  archive_maker maker = {{random_art(random_, 4, 4)}};
+  for (const uint32_t count : {3U, 1000U, 0x0FFFFFFFU, 0x10000000U, 0x7FFFFFFFU}) {
+    maker.count = count;
+    use(maker);
+    EXPECT_EQ(fb_q7bmp_show(0, 0, 0, INT32_MAX, 0, 0xFFFF, 0), -1) << count;
+  }
+  EXPECT_EQ(messages().size(), 5U);
+  EXPECT_TRUE(screen_->same());
+}
+
+TEST_F(ArchiveDraw, PixelsBeyondTheFileFailWithALine) {
+  const struct {
+    uint32_t width, height, offset;
+  } records[] = {
+      {4, 4, 33},
+      {4, 4, 40},
+      {4, 4, 0xFFFFFFFF},
+      {5, 4, 32},
+      {4, 5, 32},
+      {0x10000, 1, 32},
+      {1, 0x10000, 32},
+      {0x10000, 0x10000, 32},
+      {0x80000001, 2, 0},
+      {0xFFFFFFFF, 1, 32},
+      {0xFFFFFFFF, 0xFFFFFFFF, 0},
+      {1, 0xFFFFFFFF, 0},
+  };
+  strings said;
+  for (const auto &[width, height, offset] : records) {
+    bytes content = archive_maker{{random_art(random_, 4, 4)}}.file();
+    put_u32(content, 16, width);
+    put_u32(content, 20, height);
+    put_u32(content, 24, offset);
+    std::free(q7bmp_ptr[0]);
+    load(1, {file("art", content)});
+    EXPECT_EQ(show(0, 0), -1) << width << " x " << height << " at " << offset;
+    said.push_back("");
+    EXPECT_EQ(messages().size(), said.size());
+  }
+  EXPECT_TRUE(screen_->same());
+}
+
+TEST_F(ArchiveDraw, PixelsThatEndWithTheFileAreDrawn) {
+  const art_image image = random_art(random_, 5, 4);
+  bytes content = archive_maker{{image}}.file();
+  load(1, {file("art", content)});
+  expect_at(image, 0, 3, 3, 3, 3);
+}
+
+TEST_F(ArchiveDraw, PixelsMayStandAnywhereInTheFile) {
+  bytes content = archive_maker{{random_art(random_, 6, 2)}}.file();
+  put_u32(content, 24, 0); // the header itself: "KORVEX"
+  load(1, {file("art", content)});
+  expect_at({6, 2, {4, 0xB, 4, 0xF, 5, 2, 5, 6, 4, 5, 5, 8}}, 0, 3, 3, 3, 3);
+}
+
+TEST_F(ArchiveDraw, CutAnywhereItIsDrawnOrFails) {
+  archive_maker maker = {{random_art(random_, 7, 3), random_art(random_, 4, 4)}};
+  const bytes whole = maker.file();
+  for (size_t length = 16; length < whole.size(); ++length) {
+    SCOPED_TRACE(length);
+    bytes content = first_bytes(whole, length);
+    put_u32(content, 12, static_cast<uint32_t>(length));
+    std::free(q7bmp_ptr[0]);
+    load(1, {file("art", content)});
+    ASSERT_NE(q7bmp_ptr[0], nullptr);
+    const bool has_first = length >= 48 + 12;
+    if (has_first)
+      paint_model(maker.images[0], 5, 5, 12, false);
+    EXPECT_EQ(show(5, 5), has_first ? 0 : -1);
+    EXPECT_EQ(fb_q7bmp_show(5, 5, 0, 1, 0, 0xFFFF, 0), -1);
+    EXPECT_TRUE(screen_->same());
+  }
+}
+
+TEST_F(ArchiveDraw, RandomRecordsAreDrawnInsideTheFileOrFail) {
+  use_screen({.xres = 256, .yres = 256});
+  int drawn = 0;
+  for (int round = 0; round < 1000; ++round) {
+    bytes content = archive_maker{{{64, 32, random_bytes(random_, 2048)}}}.file();
+    for (bytes::iterator byte = content.begin() + 32; byte != content.end(); ++byte)
+      *byte = static_cast<uint8_t>(random_());
+    const uint32_t width = random_in(random_, 0, 63) << random_in(random_, 0, 2);
+    const uint32_t height = random_in(random_, 0, 31) << random_in(random_, 0, 2);
+    const uint32_t offset = random_in(random_, 0, static_cast<uint32_t>(content.size()) + 20);
+    put_u32(content, 16, width);
+    put_u32(content, 20, height);
+    put_u32(content, 24, offset);
+    std::free(q7bmp_ptr[0]);
+    load(1, {file("art", content)});
+    const uint64_t row_bytes = (width + 1) / 2;
+    const bool fits = height == 0 || offset + row_bytes * height <= content.size();
+    if (fits) {
+      art_image image = {width, height, {}};
+      for (uint32_t y = 0; y < height; ++y)
+        for (uint32_t x = 0; x < width; ++x) {
+          const uint8_t both = content[offset + y * row_bytes + x / 2];
+          image.levels.push_back(static_cast<uint8_t>(x % 2 == 0 ? both >> 4 : both & 15));
+        }
+      paint_model(image, 2, 3, 12, false);
+    }
+    SCOPED_TRACE(testing::Message() << width << " x " << height << " at " << offset);
+    ASSERT_EQ(show(2, 3), fits ? 0 : -1);
+    ASSERT_TRUE(screen_->same());
+    drawn += fits;
+  }
+  EXPECT_GT(drawn, 150);
+  EXPECT_LT(drawn, 850);
+}
+
+} // namespace
+} // namespace dravik::test

@@ -1,0 +1,22 @@
+// A malloc() that refuses one size. Include it in one file of a program: it takes the C library's place
+// there.
+#pragma once
+
+#include <cstddef>
+#include <dlfcn.h>
+
+namespace dravik::test {
+
+/// The size that is refused; 0 for none. Odd ones disturb nobody else.
+inline size_t refused_size = 0;
+
+} // namespace dravik::test
+
+extern "C" void *malloc(size_t size) noexcept {
+  if (size != 0 && size == dravik::test::refused_size)
+    return nullptr;
+  static void *(*next)(size_t) = nullptr;
+  if (next == nullptr)
+    next = reinterpret_cast<void *(*)(size_t)>(::dlsym(RTLD_NEXT, "malloc"));
+  return next(size);
+}
