@@ -1,0 +1,121 @@
+/* The home screen: the road, what the camera sees in it, and the ride's figures below. */
+
+#include "screens.h"
+#include "widgets.h"
+
+#include <stdio.h>
+
+enum { FIGURES = 96, SCENE_WIDTH = 640, SCENE_HEIGHT = 340 };
+
+static int figures_top(void) {
+  return canvas_height() - FIGURES;
+}
+
+static int scene_left(void) {
+  return (canvas_width() - SCENE_WIDTH) / 2;
+}
+
+static int scene_top(void) {
+  return STATUS_BAR + (figures_top() - STATUS_BAR - SCENE_HEIGHT) / 2;
+}
+
+/* ----------------------------------------------------------------------------------------- on the road */
+
+/* A short label on a dark plate. */
+static void tag(int x, int y, int width, uint16_t colour, const char *label) {
+  fill(x, y, width, 26, BLACK);
+  fill(x, y, 4, 26, colour);
+  text(x + 4 + (width - 4) / 2, y + 13, FONT_SMALL, WHITE, CENTRE, "%s", label);
+}
+
+/* The four corners of a box around what was recognised. */
+static void corners(int x, int y, int width, int height, uint16_t colour) {
+  const int arm = 16, thick = 3;
+  for (int side = 0; side < 2; ++side) {
+    const int edge = side == 0 ? x : x + width - thick, start = side == 0 ? x : x + width - arm;
+    fill(start, y, arm, thick, colour);
+    fill(start, y + height - thick, arm, thick, colour);
+    fill(edge, y, thick, arm, colour);
+    fill(edge, y + height - arm, thick, arm, colour);
+  }
+}
+
+static void car_ahead(int left, int top, const struct ride *ride) {
+  char gap[16];
+  snprintf(gap, sizeof gap, "%d m", ride->gap_m);
+  corners(left + 308, top + 154, 100, 78, MINT);
+  tag(left + 322, top + 122, 72, MINT, gap);
+}
+
+static void lane(int left, int top) {
+  line(left + 281, top + 240, left + 238, top + 298, MINT, 4);
+  line(left + 444, top + 240, left + 524, top + 298, MINT, 4);
+}
+
+static void road(const struct ride *ride) {
+  const int left = scene_left(), top = scene_top();
+  fill(0, STATUS_BAR, canvas_width(), figures_top() - STATUS_BAR, BLACK);
+  picture(left, top, PICTURE_SCENE);
+  lane(left, top);
+  car_ahead(left, top, ride);
+  tag(left + 12, top + 12, 112, get_theme_color(), "1440P 30");
+  tag(left + SCENE_WIDTH - 84, top + 12, 72, get_theme_color(), "FRONT");
+  text(left + SCENE_WIDTH / 2, top + SCENE_HEIGHT - 15, FONT_SMALL, SILVER, CENTRE,
+       "N 47.3769   E 8.5417   408 m");
+}
+
+/* ----------------------------------------------------------------------------------------- the figures */
+
+static void speed(int top, const struct ride *ride) {
+  char figures[8];
+  snprintf(figures, sizeof figures, "%3d", ride->speed_kmh);
+  digits(146, top + 49, DIGITS_LARGE, figures, BLACK, RIGHT);
+}
+
+static void limit(int top, const struct ride *ride) {
+  char figures[8];
+  snprintf(figures, sizeof figures, "%d", ride->limit_kmh);
+  icon(240, top + 49, ICONS_LIMIT, RED, BLACK);
+  digits(240, top + 49, DIGITS_SMALL, figures, CLEAR, CENTRE);
+}
+
+static void acceleration(int top, const struct ride *ride) {
+  sensor_dial(338, top + 48, 38, ride);
+  fill(394, top + 20, 84, 56, BLACK);
+  text(394, top + 34, FONT_SMALL, SILVER, LEFT, "X %+.2f", ride->lateral_mg / 1000.0);
+  text(394, top + 62, FONT_SMALL, SILVER, LEFT, "Y %+.2f", ride->forward_mg / 1000.0);
+}
+
+/* A small panel has no room for the labels. */
+static void key(int x, int top, enum icons_image art, const char *label) {
+  icon(x, top + (canvas_is_small() ? 49 : 38), art, WHITE, BLACK);
+  if (!canvas_is_small())
+    text(x, top + 76, FONT_SMALL, SILVER, CENTRE, "%s", label);
+}
+
+static void figures(const struct ride *ride) {
+  const int top = figures_top(), right = canvas_width();
+  fill(0, top, right, FIGURES, BLACK);
+  fill(0, top, right, 2, get_theme_color());
+  speed(top, ride);
+  text(154, top + 70, FONT_BODY, SILVER, LEFT, "km/h");
+  limit(top, ride);
+  fill(286, top + 18, 2, FIGURES - 34, EDGE);
+  acceleration(top, ride);
+  fill(right - 160, top + 18, 2, FIGURES - 34, EDGE);
+  key(right - 122, top, ICONS_KEY_MENU, "MENU");
+  key(right - 74, top, ICONS_KEY_PHOTO, "PHOTO");
+  key(right - 26, top, ICONS_KEY_LOCK, "LOCK");
+}
+
+void home_draw(const struct ride *ride) {
+  status_bar(ride);
+  road(ride);
+  figures(ride);
+}
+
+void home_refresh(const struct ride *ride) {
+  status_clock(ride);
+  speed(figures_top(), ride);
+  acceleration(figures_top(), ride);
+}

@@ -1,0 +1,146 @@
+/* The main menu and the pages of settings and of theme colours. */
+
+#include "screens.h"
+#include "widgets.h"
+
+/* ------------------------------------------------------------------------------------------- main menu */
+
+struct tile {
+  enum icons_image image;
+  const char *label;
+};
+
+static const struct tile tiles[] = {
+    {ICONS_MENU_VIDEO, "Video"},     {ICONS_MENU_PLAYBACK, "Playback"}, {ICONS_MENU_SENSOR, "Sensor"},
+    {ICONS_MENU_PARKING, "Parking"}, {ICONS_MENU_SD, "Card"},           {ICONS_MENU_SETTINGS, "Settings"},
+    {ICONS_MENU_PALETTE, "Theme"},   {ICONS_MENU_POWER, "Power off"},
+};
+enum { TILE_COLUMNS = 4, TILE_ROWS = 2, TILE_GAP = 14, TILE_SELECTED = 1 };
+
+static void draw_tile(int index, int width, int height) {
+  const int x = MARGIN + index % TILE_COLUMNS * (width + TILE_GAP);
+  const int y = PAGE_TOP + index / TILE_COLUMNS * (height + TILE_GAP);
+  const int is_selected = index == TILE_SELECTED;
+  card(x, y, width, height, is_selected);
+  icon(x + width / 2, y + height / 2 - 18, tiles[index].image, WHITE, is_selected ? DRAVIK_THEME : CLEAR);
+  text(x + width / 2, y + height - 34, FONT_BODY, is_selected ? WHITE : SILVER, CENTRE, "%s",
+       tiles[index].label);
+}
+
+void menu_draw(const struct ride *ride) {
+  const int width = (canvas_width() - 2 * MARGIN - (TILE_COLUMNS - 1) * TILE_GAP) / TILE_COLUMNS;
+  const int height = (canvas_height() - PAGE_TOP - MARGIN - (TILE_ROWS - 1) * TILE_GAP) / TILE_ROWS;
+  page(ride, ICONS_TITLE_MENU, "Menu", "2 / 8");
+  for (int i = 0; i < TILE_COLUMNS * TILE_ROWS; ++i)
+    draw_tile(i, width, height);
+}
+
+/* -------------------------------------------------------------------------------------------- settings */
+
+enum setting_kind { CHOICE, SWITCH, AMOUNT };
+
+struct setting {
+  enum icons_image image;
+  const char *label;
+  enum setting_kind kind;
+  const char *choice;
+  int value; /* of a switch 0 or 1, of an amount per cent */
+};
+
+static const struct setting settings[] = {
+    {ICONS_TITLE_VIDEO, "Resolution", CHOICE, "2560 x 1440", 0},
+    {ICONS_TITLE_CLOCK, "Loop recording", CHOICE, "3 min", 0},
+    {ICONS_TITLE_MIC, "Record sound", SWITCH, "", 1},
+    {ICONS_TITLE_WIFI, "Wi-Fi", SWITCH, "", 0},
+    {ICONS_TITLE_PARKING, "Parking guard", SWITCH, "", 1},
+    {ICONS_TITLE_SUN, "Brightness", AMOUNT, "", 70},
+    {ICONS_TITLE_CAR, "Impact sensor", CHOICE, "Medium", 0},
+};
+enum { SETTINGS = sizeof settings / sizeof settings[0], SETTING_SELECTED = 1 };
+
+static void draw_setting_value(const struct setting *setting, int right, int middle, int is_selected) {
+  switch (setting->kind) {
+  case CHOICE:
+    icon(right - 6, middle, ICONS_NEXT, WHITE, is_selected ? DRAVIK_THEME : CLEAR);
+    text(right - 24, middle, FONT_BODY, is_selected ? WHITE : SILVER, RIGHT, "%s", setting->choice);
+    break;
+  case SWITCH:
+    toggle(right, middle, setting->value);
+    break;
+  case AMOUNT:
+    text(right, middle, FONT_BODY, SILVER, RIGHT, "%d %%", setting->value);
+    level(right - 216, middle, 150, setting->value, EDGE);
+    break;
+  }
+}
+
+static void draw_setting(int index, int y, int height) {
+  const struct setting *setting = &settings[index];
+  const int is_selected = index == SETTING_SELECTED, middle = y + height / 2;
+  card(MARGIN, y, canvas_width() - 2 * MARGIN, height, is_selected);
+  icon(MARGIN + 32, middle, setting->image, WHITE, is_selected ? DRAVIK_THEME : CLEAR);
+  text(MARGIN + 66, middle, FONT_BODY, WHITE, LEFT, "%s", setting->label);
+  draw_setting_value(setting, canvas_width() - MARGIN - 20, middle, is_selected);
+}
+
+void settings_draw(const struct ride *ride) {
+  const int pitch = (canvas_height() - PAGE_TOP - 12) / SETTINGS;
+  page(ride, ICONS_TITLE_SETTINGS, "Settings", "1 / 3");
+  for (int i = 0; i < SETTINGS; ++i)
+    draw_setting(i, PAGE_TOP + i * pitch, pitch - 6);
+}
+
+/* ---------------------------------------------------------------------------------------- theme colour */
+
+static const struct theme {
+  const char *name;
+  uint16_t colour;
+} themes[] = {
+    {"Ocean", 0x0B77}, {"Mint", 0x0D50}, {"Leaf", 0x4D08},   {"Amber", 0xDC60},
+    {"Coral", 0xDA69}, {"Rose", 0xC0F0}, {"Violet", 0x8259}, {"Slate", 0x5B4F},
+};
+enum { THEMES = sizeof themes / sizeof themes[0], THEME_COLUMNS = 4 };
+
+static int chosen_theme;
+
+void next_theme(void) {
+  chosen_theme = (chosen_theme + 1) % THEMES;
+  set_theme_color(themes[chosen_theme].colour);
+}
+
+static void draw_swatch(int index) {
+  const int width = (canvas_width() - 2 * MARGIN) / THEME_COLUMNS;
+  const int x = MARGIN + index % THEME_COLUMNS * width + width / 2;
+  const int y = PAGE_TOP + 44 + index / THEME_COLUMNS * 116;
+  const int is_chosen = index == chosen_theme;
+  if (is_chosen) {
+    disc(x, y, 42, WHITE);
+    disc(x, y, 39, BLACK);
+  }
+  disc(x, y, 34, themes[index].colour);
+  if (is_chosen)
+    icon(x, y, ICONS_KEY_CHECK, WHITE, DRAVIK_THEME);
+  text(x, y + 58, FONT_SMALL, is_chosen ? WHITE : SILVER, CENTRE, "%s", themes[index].name);
+}
+
+/* The theme's two ramps, from black through the colour to white. */
+static void draw_ramps(int x, int y, int width, int height) {
+  enum { STEPS = 16, TO_WHITE = 27 * STEPS, TO_BLACK = 28 * STEPS };
+  for (int i = 0; i < 2 * STEPS; ++i) {
+    const uint16_t colour = i < STEPS ? gc[TO_BLACK + STEPS - 1 - i] : gc[TO_WHITE + i - STEPS];
+    fill(x + i * width / (2 * STEPS), y, (i + 1) * width / (2 * STEPS) - i * width / (2 * STEPS), height,
+         colour);
+  }
+}
+
+void theme_draw(const struct ride *ride) {
+  const int width = canvas_width() - 2 * MARGIN, bottom = canvas_height() - MARGIN;
+  page(ride, ICONS_TITLE_PALETTE, "Theme colour", themes[chosen_theme].name);
+  for (int i = 0; i < THEMES; ++i)
+    draw_swatch(i);
+  card(MARGIN, bottom - 112, width, 112, 0);
+  text(MARGIN + 20, bottom - 84, FONT_BODY, WHITE, LEFT, "Preview");
+  toggle(MARGIN + width - 20, bottom - 84, 1);
+  level(MARGIN + width - 300, bottom - 84, 210, 60, EDGE);
+  draw_ramps(MARGIN + 20, bottom - 52, width - 40, 34);
+}

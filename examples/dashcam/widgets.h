@@ -1,0 +1,28 @@
+/* The parts that the screens share. */
+#ifndef WIDGETS_H
+#define WIDGETS_H
+
+#include "canvas.h"
+#include "ride.h"
+
+enum { STATUS_BAR = 44, TITLE_BAR = 52, MARGIN = 20, PAGE_TOP = STATUS_BAR + TITLE_BAR + 6 };
+
+/* The bar along the top; status_bar() draws all of it, status_clock() what changes from second to second. */
+void status_bar(const struct ride *ride);
+void status_clock(const struct ride *ride);
+
+/* The background of a page, its status bar and its title, with an icon and a remark at the right. */
+void page(const struct ride *ride, enum icons_image art, const char *title, const char *remark);
+
+void card(int x, int y, int width, int height, int is_selected);
+void toggle(int right, int middle, int is_on);
+void level(int x, int middle, int width, int percent, uint16_t background);
+
+/* The dial of the acceleration sensor. */
+void sensor_dial(int x, int y, int radius, const struct ride *ride);
+
+/* The speed: an arc of dots around a scale and the figure. */
+void speed_gauge(int x, int y, const struct ride *ride);
+void speed_gauge_reading(int x, int y, const struct ride *ride);
+
+#endif
