@@ -1,0 +1,242 @@
+// The demonstration: every screen on panels of several sizes, its command line, and its end.
+
+#include "examples/application.hpp"
+
+#include <csignal>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using dravik::sim::screen;
+using dravik::test::add_demonstration_files;
+using dravik::test::application;
+using dravik::test::board;
+using dravik::test::shot;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Gt;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::SizeIs;
+using testing::StartsWith;
+
+constexpr uint16_t black = 0x0821, theme = 0x0B77, card = 0x18E4;
+constexpr uint16_t untouched = 0xA5A5;
+
+/// A panel with a second buffer below it and spare bytes at the end of each line.
+screen roomy(uint32_t width, uint32_t height) {
+  screen shown = screen::of_size(width, height);
+  shown.yres_virtual = 2 * height;
+  shown.line_length += 24;
+  return shown;
+}
+
+/// A board whose screen memory shows what was written to it.
+class prepared_board : public board {
+public:
+  explicit prepared_board(const screen &shown) : board(shown) {
+    add_demonstration_files(*this);
+    write("dev/fb0", std::string(shown.memory_bytes(), '\xA5'));
+  }
+};
+
+void expect_only_progress(const std::string &errors) {
+  EXPECT_THAT(errors, MatchesRegex("q7bmp_alloc\\(\\): file_num : 2\n"
+                                   "  /usr/local/dravik/art/icons_(320|640).q7 : [0-9]+\n"
+                                   "  /usr/local/dravik/art/digits_(320|640).q7 : 36\n"));
+}
+
+shot screen_of(const std::string &name, const screen &shown, const std::string &time = "14:32:08") {
+  const prepared_board on{shown};
+  application dashcam{on, DASHCAM, {"--screen", name, "--time", time}};
+  EXPECT_EQ(dashcam.finish(), 0);
+  expect_only_progress(dashcam.errors());
+  EXPECT_EQ(dashcam.output(), "");
+  return {on, shown};
+}
+
+// -------------------------------------------------------------------------------------------- every screen
+
+const std::string names[] = {"splash", "home", "menu", "settings", "playback", "sensor", "theme", "shutdown"};
+
+struct panel {
+  uint32_t width, height;
+};
+void PrintTo(const panel &shown, std::ostream *to) {
+  *to << shown.width << 'x' << shown.height;
+}
+
+constexpr panel panels[] = {{640, 480}, {320, 240}, {800, 480}, {480, 272}};
+
+class DashcamScreen : public testing::TestWithParam<std::tuple<std::string, panel>> {
+protected:
+  const std::string &name() const { return std::get<0>(GetParam()); }
+  panel size() const { return std::get<1>(GetParam()); }
+};
+
+TEST_P(DashcamScreen, CoversTheVisibleScreenAndNothingElse) {
+  const screen shown = roomy(size().width, size().height);
+  const shot seen = screen_of(name(), shown);
+  const uint32_t pitch = shown.line_length / 2;
+  for (uint32_t y = 0; y < shown.yres_virtual; ++y)
+    for (uint32_t x = 0; x < pitch; ++x) {
+      const bool is_visible = x < shown.xres && y < shown.yres;
+      ASSERT_EQ(seen.at(x, y) != untouched, is_visible) << "at " << x << ", " << y;
+    }
+}
+
+TEST_P(DashcamScreen, HasTheStatusBarOrTheThemeOnTop) {
+  const screen shown = roomy(size().width, size().height);
+  const bool is_small = size().width < 640 || size().height < 480;
+  const uint32_t half = is_small ? 2 : 1; // lengths below are those of a panel of 640 by 480
+  const shot seen = screen_of(name(), shown);
+  if (name() == "splash") {
+    EXPECT_THAT(seen.colours(0, 0, shown.xres, 6 / half), ElementsAre(theme));
+  } else if (name() == "shutdown") {
+    EXPECT_THAT(seen.colours(0, 0, shown.xres, 44 / half), ElementsAre(black));
+  } else {
+    EXPECT_THAT(seen.colours(0, 0, shown.xres, 6 / half), ElementsAre(black));
+    EXPECT_THAT(seen.colours(0, 42 / half, shown.xres, 2 / half), ElementsAre(theme));
+    EXPECT_THAT(seen.colours((shown.xres - 112 / half) / 2, 9 / half, 112 / half, 24 / half), SizeIs(Gt(8)));
+    EXPECT_THAT(seen.colours(14 / half, 9 / half, 24 / half, 24 / half), Contains(Gt(0xF000)))
+        << "the red recording mark";
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, DashcamScreen,
+                         testing::Combine(testing::ValuesIn(names), testing::ValuesIn(panels)),
+                         [](const auto &one) {
+                           const panel &size = std::get<1>(one.param);
+                           return std::get<0>(one.param) + "On" + std::to_string(size.width) + "x" +
+                                  std::to_string(size.height);
+                         });
+
+// ----------------------------------------------------------------------------------------- single screens
+
+/// One figure of the clock, from 0: eight of them, the colons half as wide as the digits.
+std::vector<uint16_t> clock_figure(const shot &seen, uint32_t number) {
+  constexpr uint32_t places[] = {0, 16, 32, 40, 56, 72, 80, 96};
+  return seen.area(264 + places[number], 9, number % 3 == 2 ? 8 : 16, 24);
+}
+
+TEST(DashcamClock, ShowsTheTimeItWasGiven) {
+  const screen shown = screen::of_size(640, 480);
+  const shot seen = screen_of("menu", shown, "14:32:08");
+  const shot other = screen_of("menu", shown, "23:41:50");
+  const auto is_same = [&](uint32_t here, uint32_t there) {
+    return clock_figure(seen, here) == clock_figure(other, there);
+  };
+  EXPECT_TRUE(is_same(0, 4)) << "1";
+  EXPECT_TRUE(is_same(1, 3)) << "4";
+  EXPECT_TRUE(is_same(2, 5)) << "a colon";
+  EXPECT_TRUE(is_same(3, 1)) << "3";
+  EXPECT_TRUE(is_same(4, 0)) << "2";
+  EXPECT_TRUE(is_same(6, 7)) << "0";
+  for (const uint32_t there : {0, 1, 3, 4, 6, 7})
+    EXPECT_FALSE(is_same(7, there)) << "8 is not in 23:41:50";
+}
+
+TEST(DashcamHome, ShowsTheRoadAndTheSpeedLimit) {
+  const shot seen = screen_of("home", screen::of_size(640, 480));
+  EXPECT_THAT(seen.colours(0, 44, 640, 340), SizeIs(Gt(500)));
+  EXPECT_EQ(seen.at(240 - 28, 433), 0xF800) << "the ring of the limit";
+  EXPECT_EQ(seen.at(2, 478), black);
+}
+
+TEST(DashcamMenu, MarksOneTile) {
+  const shot seen = screen_of("menu", screen::of_size(640, 480));
+  EXPECT_EQ(seen.at(30, 120), card);
+  EXPECT_EQ(seen.at(30 + 153, 120), theme);
+  EXPECT_EQ(seen.at(30 + 2 * 153, 120), card);
+  EXPECT_EQ(seen.at(30, 120 + 190), card);
+}
+
+TEST(DashcamTheme, ShowsItsColours) {
+  const shot seen = screen_of("theme", screen::of_size(640, 480));
+  EXPECT_EQ(seen.at(95 - 25, 146), theme);
+  const std::set<uint16_t> first_row = {seen.at(95 - 25, 146), seen.at(245, 146), seen.at(395, 146),
+                                        seen.at(545, 146)};
+  EXPECT_THAT(first_row, SizeIs(4));
+}
+
+// ------------------------------------------------------------------------------------------ the program
+
+TEST(Dashcam, ShowsAllScreensInTurn) {
+  const screen shown = roomy(320, 240);
+  const prepared_board on{shown};
+  application dashcam{on, DASHCAM, {"--turns", "1", "--seconds", "1", "--time", "14:32:08"}};
+  EXPECT_EQ(dashcam.finish(), 0);
+  expect_only_progress(dashcam.errors());
+  const std::string log = on.read("tmp/dravik.log");
+  size_t after = 0;
+  for (const std::string &name : names) {
+    after = log.find("] screen " + name + "\n", after);
+    ASSERT_NE(after, std::string::npos) << name << " is missing in\n" << log;
+  }
+  const shot seen{on, shown};
+  EXPECT_THAT(seen.colours(0, shown.yres, shown.xres, shown.yres), ElementsAre(untouched));
+}
+
+class DashcamSignal : public testing::TestWithParam<int> {};
+
+TEST_P(DashcamSignal, EndsItCleanly) {
+  const prepared_board on{screen::of_size(320, 240)};
+  application dashcam{on, DASHCAM};
+  dashcam.await_error("digits_320.q7 : 36\n");
+  dashcam.send(GetParam());
+  EXPECT_EQ(dashcam.finish(), 0);
+  expect_only_progress(dashcam.errors());
+  EXPECT_THAT(on.read("tmp/dravik.log"), HasSubstr("] dashcam ends\n"));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, DashcamSignal, testing::Values(SIGINT, SIGTERM),
+                         [](const auto &one) { return one.param == SIGINT ? "SIGINT" : "SIGTERM"; });
+
+TEST(Dashcam, ListsItsScreens) {
+  const board on;
+  application dashcam{on, DASHCAM, {"--list"}};
+  EXPECT_EQ(dashcam.finish(), 0);
+  EXPECT_EQ(dashcam.errors(), "");
+  size_t after = 0;
+  for (const std::string &name : names) {
+    EXPECT_EQ(dashcam.output().compare(after, name.size(), name), 0) << name;
+    after = dashcam.output().find('\n', after) + 1;
+  }
+  EXPECT_EQ(after, dashcam.output().size());
+}
+
+class DashcamCommandLine : public testing::TestWithParam<std::vector<std::string>> {};
+
+TEST_P(DashcamCommandLine, IsRefusedWhenItMakesNoSense) {
+  const board on;
+  application dashcam{on, DASHCAM, GetParam()};
+  EXPECT_EQ(dashcam.finish(), 2);
+  EXPECT_THAT(dashcam.errors(), StartsWith("dashcam: not understood: " + GetParam().front()));
+  EXPECT_THAT(on.events(), testing::IsEmpty());
+}
+
+using words = std::vector<std::string>;
+INSTANTIATE_TEST_SUITE_P(Wrong, DashcamCommandLine,
+                         testing::Values(words{"--screen", "garage"}, words{"--screen"},
+                                         words{"--turns", "0"}, words{"--turns", "2x"},
+                                         words{"--seconds", "-1"}, words{"--seconds", "99999999999999999999"},
+                                         words{"--time", "24:00:00"}, words{"--time", "14:32"},
+                                         words{"--time", "14:32:08s"}, words{"--colour", "red"}));
+
+TEST(Dashcam, SaysWhenItsFilesAreMissing) {
+  const board on;
+  application dashcam{on, DASHCAM, {"--screen", "home"}};
+  EXPECT_EQ(dashcam.finish(), 1);
+  EXPECT_THAT(dashcam.errors(),
+              HasSubstr("dashcam: fonts, artwork or pictures are missing in /usr/local/dravik\n"));
+}
+
+TEST(Dashcam, NoticesOneMissingPicture) {
+  const prepared_board on{screen::of_size(640, 480)};
+  on.remove("usr/local/dravik/bmp/rain_640.bmp");
+  application dashcam{on, DASHCAM, {"--screen", "home"}};
+  EXPECT_EQ(dashcam.finish(), 1);
+}
+
+} // namespace
