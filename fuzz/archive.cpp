@@ -1,5 +1,5 @@
-// Packed artwork: every image of an archive, opaque and transparent. Pictures that the screen holds are put at its
-// origin, as an application would; larger ones are the library's care.
+// Packed artwork: every image of an archive, opaque and transparent. Pictures that the screen holds are put
+// at its origin, as an application would; larger ones are the library's care.
 
 #include "rig.hpp"
 

@@ -12,7 +12,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   // A second cell is the application's care unless the font is larger than the screen.
   const bool holds_two = psf[0].width <= static_cast<int32_t>(dravik::fuzz::rig::width / 2);
   const bool oversized = psf[0].width > static_cast<int32_t>(dravik::fuzz::rig::width);
-  if (holds_two || oversized) fb_printf(0, 0, 0xFFFF, 0, 0, "a%c", 'b');
+  if (holds_two || oversized)
+    fb_printf(0, 0, 0xFFFF, 0, 0, "a%c", 'b');
   psf_font_free();
   return 0;
 }

@@ -1,14 +1,12 @@
-// Runs a fuzz target over the files named as arguments, or over those in the folders named: the seeds, and inputs that
-// once failed, as an ordinary test.
+// Runs a fuzz target over the files named as arguments, or over those in the folders named: the seeds, and
+// inputs that once failed, as an ordinary test.
 
-#include <cstdint>
-#include <cstdio>
+#include "rig.hpp"
+
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <vector>
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 namespace {
 
@@ -20,9 +18,11 @@ int replay(const std::filesystem::path &file) {
 }
 
 int replay_all(const std::filesystem::path &path) {
-  if (!std::filesystem::is_directory(path)) return replay(path);
+  if (!std::filesystem::is_directory(path))
+    return replay(path);
   int count = 0;
-  for (const auto &entry : std::filesystem::directory_iterator(path)) count += replay(entry.path());
+  for (const auto &entry : std::filesystem::directory_iterator(path))
+    count += replay(entry.path());
   return count;
 }
 
@@ -30,7 +30,8 @@ int replay_all(const std::filesystem::path &path) {
 
 int main(int argc, char **argv) {
   int count = 0;
-  for (int i = 1; i < argc; ++i) count += replay_all(argv[i]);
+  for (int i = 1; i < argc; ++i)
+    count += replay_all(argv[i]);
   std::printf("%d inputs\n", count);
   return count == 0;
 }

@@ -1,5 +1,5 @@
-// What every fuzz target needs: a board of its own to keep the library from the host's files, a screen whose memory ends
-// where it says, and a file that holds the input.
+// What every fuzz target needs: a board of its own to keep the library from the host's files, a screen whose
+// memory ends where it says, and a file that holds the input.
 #pragma once
 
 #include "dravik.h"
@@ -13,6 +13,8 @@
 #include <span>
 #include <string>
 #include <sys/stat.h>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 namespace dravik::fuzz {
 
@@ -31,8 +33,10 @@ public:
   const char *file(std::span<const uint8_t> bytes) {
     const std::string on_host = board_ + path_;
     std::FILE *file = std::fopen(on_host.c_str(), "wb");
-    if (file == nullptr) std::abort();
-    if (std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size()) std::abort();
+    if (file == nullptr)
+      std::abort();
+    if (std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size())
+      std::abort();
     std::fclose(file);
     return path_;
   }
@@ -40,12 +44,15 @@ public:
 
 private:
   rig() : pixels_(new uint16_t[width * height + padding_pixels]) {
-    const char *folder = access_writable("/dev/shm") ? "/dev/shm" : "/tmp";
+    const char *folder = is_folder("/dev/shm") ? "/dev/shm" : "/tmp";
     board_ = std::string(folder) + "/dravik-fuzz-XXXXXX";
-    if (mkdtemp(board_.data()) == nullptr) std::abort();
+    if (mkdtemp(board_.data()) == nullptr)
+      std::abort();
     for (const char *dir : {"/tmp", "/usr", "/usr/local", "/usr/local/dravik", "/usr/local/dravik/jpg"})
-      if (mkdir((board_ + dir).c_str(), 0700) != 0) std::abort();
+      if (mkdir((board_ + dir).c_str(), 0700) != 0)
+        std::abort();
     setenv("DRAVIK_BOARD", board_.c_str(), 1);
+    require_simulator();
 
     fbp = reinterpret_cast<uint8_t *>(pixels_.get());
     fbinfo[FBINFO_LINE_LENGTH] = width * 2;
@@ -56,10 +63,22 @@ private:
   }
   ~rig() {
     const std::string remove = "rm -rf '" + board_ + "'";
-    if (std::system(remove.c_str()) != 0) std::abort();
+    if (std::system(remove.c_str()) != 0)
+      std::abort();
   }
 
-  static bool access_writable(const char *folder) {
+  /// A target never touches the host's files: it ends when a file of the board is not seen through its fixed
+  /// path.
+  void require_simulator() {
+    file({});
+    struct stat status;
+    if (stat(path_, &status) == 0)
+      return;
+    std::fputs("the simulated board is not in charge\n", stderr);
+    std::abort();
+  }
+
+  static bool is_folder(const char *folder) {
     struct stat status;
     return stat(folder, &status) == 0 && S_ISDIR(status.st_mode);
   }
