@@ -1,8 +1,10 @@
 // The simulated frame buffer, as an application meets it.
 
+#include "sim/library_call.hpp"
 #include "support/board.hpp"
 
 #include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <linux/fb.h>
@@ -14,6 +16,7 @@ namespace {
 
 using dravik::sim::screen;
 using dravik::test::board;
+using dravik::test::library_call;
 using testing::ElementsAre;
 
 class SimFrameBuffer : public testing::Test {
@@ -186,6 +189,67 @@ TEST_F(SimFrameBuffer, DuplicatedDescriptorIsTheDeviceStill) {
   ::close(descriptor);
   descriptor = copy;
   EXPECT_EQ(fixed().line_length, 1280U);
+}
+
+class SimFrameBufferMap : public SimFrameBuffer, public testing::WithParamInterface<const char *> {};
+
+TEST_P(SimFrameBufferMap, ReachesTheMemoryAndNoFurther) {
+  const board board{64, 32};
+  open_it();
+  const auto call = library_call<void *(void *, size_t, int, int, int, off_t)>(GetParam());
+  void *memory = call(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
+  ASSERT_NE(memory, MAP_FAILED);
+  std::memset(memory, 0x55, 4096);
+  EXPECT_EQ(board.read("dev/fb0"), std::string(4096, '\x55'));
+  ::munmap(memory, 4096);
+  EXPECT_EQ(call(nullptr, 4097, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0), MAP_FAILED);
+  EXPECT_EQ(errno, EINVAL);
+}
+
+INSTANTIATE_TEST_SUITE_P(By, SimFrameBufferMap, testing::Values("mmap", "mmap64"),
+                         [](const auto &tested) { return std::string{tested.param}; });
+
+TEST_F(SimFrameBuffer, DeepPixelsHaveEightBitsAColour) {
+  const board board{screen::of_size(64, 32, 32)};
+  open_it();
+  const fb_var_screeninfo info = variable();
+  EXPECT_EQ(info.bits_per_pixel, 32U);
+  EXPECT_EQ(info.red.offset, 16U);
+  EXPECT_EQ(info.green.offset, 8U);
+  EXPECT_EQ(info.blue.length, 8U);
+  EXPECT_EQ(info.transp.offset, 24U);
+  EXPECT_EQ(fixed().smem_len, 64U * 32U * 4U);
+}
+
+TEST_F(SimFrameBuffer, ReportsNonsenseAsItIsSet) {
+  const board board;
+  board.set("yres", "0");
+  board.set("bits_per_pixel", "12");
+  open_it();
+  EXPECT_EQ(variable().yres, 0U);
+  EXPECT_EQ(variable().bits_per_pixel, 12U);
+}
+
+TEST_F(SimFrameBuffer, HasNoPlaceForAnAnswerAtNull) {
+  const board board;
+  open_it();
+  for (const unsigned long request : {FBIOGET_FSCREENINFO, FBIOGET_VSCREENINFO, FBIOPAN_DISPLAY}) {
+    EXPECT_EQ(::ioctl(descriptor, request, nullptr), -1);
+    EXPECT_EQ(errno, EFAULT);
+  }
+}
+
+TEST_F(SimFrameBuffer, OtherFilesAreAskedAndMappedAsEver) {
+  const board board;
+  board.write("tmp/ptb", "plain");
+  descriptor = ::open("/tmp/ptb", O_RDWR);
+  fb_fix_screeninfo info;
+  EXPECT_EQ(::ioctl(descriptor, FBIOGET_FSCREENINFO, &info), -1);
+  EXPECT_EQ(errno, ENOTTY);
+  const void *text = map(5);
+  ASSERT_NE(text, MAP_FAILED);
+  EXPECT_EQ(std::memcmp(text, "plain", 5), 0);
+  EXPECT_TRUE(board.events().empty());
 }
 
 } // namespace

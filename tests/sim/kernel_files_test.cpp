@@ -41,6 +41,8 @@ TEST_F(SimAttribute, TakesAppendedAndPlacedWritesAfreshToo) {
   EXPECT_EQ(board_.read(brightness), "12");
   EXPECT_EQ(::pwrite(descriptor, "345", 3, 2), 3);
   EXPECT_EQ(board_.read(brightness), "345");
+  EXPECT_EQ(::pwrite64(descriptor, "6", 1, 3), 1);
+  EXPECT_EQ(board_.read(brightness), "6");
 }
 
 TEST_F(SimAttribute, TakesThePiecesOfOneWriteTogether) {
@@ -126,6 +128,8 @@ TEST_F(SimDeviceEnd, RefusesAWriteAtTheEnd) {
 
 TEST_F(SimDeviceEnd, CannotBeMoved) {
   EXPECT_EQ(::ftruncate(descriptor, 100), -1);
+  EXPECT_EQ(errno, EINVAL);
+  EXPECT_EQ(::ftruncate64(descriptor, 100), -1);
   EXPECT_EQ(errno, EINVAL);
   EXPECT_EQ(::truncate("/dev/fb0", 100), -1);
   EXPECT_EQ(errno, EINVAL);
