@@ -19,7 +19,7 @@ static const struct recording recordings[] = {
     {NORMAL, PICTURE_NIGHT, "05:48:00", "3:00", "388 MB"},
     {NORMAL, PICTURE_NIGHT, "05:45:00", "3:00", "391 MB"},
 };
-enum { RECORDINGS = sizeof recordings / sizeof recordings[0], SELECTED = 0, LIST_WIDTH = 340 };
+enum { RECORDINGS = sizeof recordings / sizeof recordings[0], SELECTED = 0, LIST_WIDTH = 326 };
 
 static const struct {
   enum icons_image image;
@@ -36,7 +36,7 @@ static void draw_recording(int index, int y, int height) {
   card(MARGIN, y, LIST_WIDTH, height, is_selected);
   icon(MARGIN + 30, middle, kinds[recording->kind].image, WHITE, is_selected ? DRAVIK_THEME : CLEAR);
   text(MARGIN + 60, middle, FONT_BODY, WHITE, LEFT, "%s", recording->time);
-  text(MARGIN + 236, middle, FONT_SMALL, is_selected ? WHITE : SILVER, RIGHT, "%s", recording->length);
+  text(MARGIN + 224, middle, FONT_SMALL, is_selected ? WHITE : SILVER, RIGHT, "%s", recording->length);
   text(MARGIN + LIST_WIDTH - 18, middle, FONT_SMALL, is_selected ? WHITE : SILVER, RIGHT, "%s",
        recording->size);
 }
@@ -46,7 +46,7 @@ static void detail(int x, int right, int middle, const char *label, const char *
   text(right, middle, FONT_SMALL, WHITE, RIGHT, "%s", value);
 }
 
-enum { STILL_WIDTH = 240, STILL_HEIGHT = 128 };
+enum { STILL_WIDTH = 256, STILL_HEIGHT = 136 };
 
 static void draw_selected(const struct recording *recording, int x, int y) {
   const int right = x + STILL_WIDTH, below = y + STILL_HEIGHT;
@@ -68,5 +68,5 @@ void playback_draw(const struct ride *ride) {
   page(ride, ICONS_TITLE_PLAYBACK, "Playback", "2025-06-14");
   for (int i = 0; i < RECORDINGS; ++i)
     draw_recording(i, PAGE_TOP + i * pitch, pitch - 6);
-  draw_selected(&recordings[SELECTED], canvas_width() - MARGIN - STILL_WIDTH + 1, PAGE_TOP + 2);
+  draw_selected(&recordings[SELECTED], canvas_width() - MARGIN - STILL_WIDTH, PAGE_TOP + 2);
 }
