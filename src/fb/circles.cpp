@@ -167,6 +167,8 @@ void draw_outline(const surface &on, int32_t cx, int32_t cy, int32_t r, uint16_t
 /// One span for each row, its half width found from that of the row before; rows above and below the centre
 /// together.
 void fill_disc(const surface &on, int32_t cx, int32_t cy, int32_t r, uint16_t colour) noexcept {
+  if (r <= 0)
+    return;
   const int64_t limit = int64_t{4} * r * r;
   int64_t half = r;
   pixel *below = on.at(cx, cy), *above = step(below, -on.pitch);

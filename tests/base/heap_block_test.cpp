@@ -6,6 +6,12 @@
 #include <gtest/gtest.h>
 #include <utility>
 
+// AddressSanitizer would end the program instead of giving null.
+extern "C" const char *__asan_default_options(); // NOLINT(bugprone-reserved-identifier)
+extern "C" const char *__asan_default_options() {
+  return "allocator_may_return_null=1";
+}
+
 namespace {
 
 using dravik::allocate_block;

@@ -5,7 +5,8 @@
 
 #include <cstdlib>
 #include <gmock/gmock.h>
-#include <vector>
+#include <string>
+#include <utility>
 
 namespace {
 
@@ -223,25 +224,43 @@ INSTANTIATE_TEST_SUITE_P(Shapes, LongLines,
                            return std::to_string(shape.param.xres) + "x" + std::to_string(shape.param.yres);
                          });
 
-// A step is 2^-32 of a pixel off at most; beyond 46340 steps these add up to more than what separates some
-// lines from the next pixel.
-TEST(FbPutLine, LinesSoLongThatRoundingWouldShow) {
-  constexpr int32_t longest = 46345, highest = 64;
-  fake_screen wide{{.xres = longest + 1, .yres = highest + 1}};
+/// Screens for lines of up to 48119 steps with up to 64 aside.
+class EndlessLines : public testing::Test {
+protected:
+  static constexpr uint32_t longest = 48119, highest = 64;
+
+  /// Shallow forth, steep back.
+  void draw_both_ways(int32_t steps, int32_t aside, uint16_t colour) {
+    wide.use();
+    draw_both(wide, {0, 0}, {steps, aside}, colour);
+    high.use();
+    draw_both(high, {aside, steps}, {0, 0}, colour);
+  }
+  void expect_same(int32_t steps, int32_t aside) {
+    EXPECT_TRUE(wide.same()) << steps << " by " << aside;
+    EXPECT_TRUE(high.same()) << steps << " by " << aside;
+  }
+
+  fake_screen wide{{.xres = longest + 1, .yres = highest + 1, .guard_lines = 1}};
   fake_screen high{{.xres = highest + 1, .yres = longest + 1}};
-  for (int32_t aside = 1; aside <= highest; ++aside)
-    for (int32_t steps = 46338; steps <= longest; ++steps) {
-      wide.use();
-      draw_both(wide, {0, 0}, {steps, aside}, static_cast<uint16_t>(steps));
-      high.use();
-      draw_both(high, {aside, steps}, {0, 0}, static_cast<uint16_t>(steps));
-      if (steps % 4 == 0) {
-        ASSERT_TRUE(wide.same()) << steps << " by " << aside;
-        ASSERT_TRUE(high.same()) << steps << " by " << aside;
-      }
-    }
-  EXPECT_TRUE(wide.same());
-  EXPECT_TRUE(high.same());
+};
+
+TEST_F(EndlessLines, AboutTheGreatestLengthThatFractionsOf32BitsServe) {
+  for (int32_t aside = 1; aside <= 64; ++aside) {
+    for (int32_t steps = 46338; steps <= 46343; ++steps)
+      draw_both_ways(steps, aside, static_cast<uint16_t>(steps));
+    expect_same(46338, aside);
+  }
+}
+
+// Here fractions of 32 bits, rounded up, would carry some position over the edge of the next pixel.
+TEST_F(EndlessLines, BeyondThatLength) {
+  constexpr std::pair<int32_t, int32_t> lines[] = {
+      {46859, 55}, {47269, 29}, {47543, 12}, {48023, 46}, {48119, 10}};
+  for (const auto &[steps, aside] : lines) {
+    draw_both_ways(steps, aside, 0xF800);
+    expect_same(steps, aside);
+  }
 }
 
 void model_triangle(model_plane on, point a, point b, point c, uint16_t colour) {
