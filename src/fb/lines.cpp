@@ -57,6 +57,7 @@ void step_by_position(const stepping &line, uint16_t colour) noexcept {
   const uint64_t slope = fixed_slope(line);
   uint64_t position = uint64_t{1} << 31;
   pixel *at = line.at;
+#pragma GCC unroll 4
   for (uint32_t left = line.steps + 1; left > 0; --left) {
     *step(at, static_cast<ptrdiff_t>(position >> 32) * line.aside) = colour;
     position += slope;
