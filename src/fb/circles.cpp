@@ -164,21 +164,20 @@ void draw_outline(const surface &on, int32_t cx, int32_t cy, int32_t r, uint16_t
     outline_by_definition(on, cx, cy, r, colour);
 }
 
-/// One span for each row, its half width found from that of the row before; rows above and below the centre
-/// together.
+/// Rows above and below the centre together, as blocks of two rows far apart; their half width is found from
+/// that of the rows before.
 void fill_disc(const surface &on, int32_t cx, int32_t cy, int32_t r, uint16_t colour) noexcept {
-  if (r <= 0)
-    return;
-  const int64_t limit = int64_t{4} * r * r;
-  int64_t half = r;
-  pixel *below = on.at(cx, cy), *above = step(below, -on.pitch);
+  const ptrdiff_t down = on.pitch;
+  pixel *below = on.at(cx, cy);
+  ptrdiff_t to_above = -down;
+  int64_t half = r, beyond = 2 - int64_t{4} * r; // (2 * half - 1)^2 + row^2 - (2 * r)^2
   for (int64_t row = 1; row < int64_t{2} * r; row += 2) {
-    while ((2 * half - 1) * (2 * half - 1) + row * row >= limit)
-      --half;
-    fill_span(below - half, static_cast<size_t>(2 * half), colour);
-    fill_span(above - half, static_cast<size_t>(2 * half), colour);
-    below = step(below, on.pitch);
-    above = step(above, -on.pitch);
+    for (; beyond >= 0; --half)
+      beyond -= 8 * (half - 1);
+    fill_block(below - half, to_above, static_cast<size_t>(2 * half), 2, colour);
+    beyond += 4 * (row + 1);
+    below = step(below, down);
+    to_above -= 2 * down;
   }
 }
 

@@ -22,18 +22,14 @@ template <class Colour> constexpr void make_pairs(pair_table &pairs, Colour colo
     pairs[byte] = pixel_pair(colour_of_level(byte >> 4), colour_of_level(byte & 15));
 }
 
-/// Paints eight bytes, which are loaded as one, in wide stores.
-inline void put_16_pixels(pixel *to, const uint8_t *from, const pair_table &pairs) noexcept {
-  uint64_t bytes;
-  std::memcpy(&bytes, from, sizeof bytes);
-  for (size_t i = 0; i < 4; ++i, bytes >>= 16)
-    store(to + i * 4, uint64_t{pairs[bytes >> 8 & 0xFF]} << 32 | pairs[bytes & 0xFF]);
-}
-
 inline void put_pair_row(pixel *to, const uint8_t *from, size_t width, const pair_table &pairs) noexcept {
-  if constexpr (sizeof(void *) == 8)
-    for (; width >= 16; width -= 16, to += 16, from += 8)
-      put_16_pixels(to, from, pairs);
+  size_t bytes; // a word of them, loaded at once
+  constexpr size_t pixels = 2 * sizeof bytes;
+  for (; width >= pixels; width -= pixels, to += pixels, from += sizeof bytes) {
+    std::memcpy(&bytes, from, sizeof bytes);
+    for (size_t i = 0; i < pixels; i += 4, bytes >>= 16)
+      store(to + i, uint64_t{pairs[bytes >> 8 & 0xFF]} << 32 | pairs[bytes & 0xFF]);
+  }
   for (; width >= 2; width -= 2, to += 2)
     store(to, pairs[*from++]);
   if (width != 0)
