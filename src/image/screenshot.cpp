@@ -64,7 +64,8 @@ int save(const uint16_t *pixels) noexcept {
   std::fwrite(header.data(), 1, header.size(), file.get());
   for (uint32_t row = height; row-- > 0;)
     std::fwrite(pixels + size_t{row} * width, 2, width, file.get());
-  return std::fclose(file.release());
+  const bool is_whole = std::ferror(file.get()) == 0; // the close tells of its own writes only
+  return std::fclose(file.release()) == 0 && is_whole ? 0 : -1;
 }
 
 } // namespace
