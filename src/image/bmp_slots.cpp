@@ -117,12 +117,31 @@ bool is_drawable(const bmp_header &header, int32_t mode) noexcept {
   return header.bits == 16 && mode >= 0 && mode <= 2;
 }
 
+/// Copies a row of whole words. Short rows are not worth a call.
+void copy_row(pixel *to, const uint8_t *from, size_t size) noexcept {
+  typedef uint32_t quad __attribute__((vector_size(16)));
+  constexpr size_t worth_a_call = 64;
+  if (size < sizeof(quad) || size > worth_a_call || sizeof(void *) < 8) {
+    std::memcpy(to, from, size);
+    return;
+  }
+  const auto copy_quad = [=](size_t at) {
+    quad pixels;
+    std::memcpy(&pixels, from + at, sizeof pixels);
+    fb::store(fb::step(to, static_cast<ptrdiff_t>(at)), pixels);
+  };
+  const size_t last = size - sizeof(quad);
+  for (size_t at = 0; at < last; at += sizeof(quad))
+    copy_quad(at);
+  copy_quad(last);
+}
+
 void draw(const picture &from, int32_t mode) noexcept {
   const size_t size = stride(from.header, mode), width = from.header.width;
   const uint8_t *row = from.rows;
   for (uint32_t n = 0; n < from.header.height; ++n, row += size) {
     if (mode == 0) {
-      std::memcpy(from.row(n), row, size);
+      copy_row(from.row(n), row, size);
     } else if (mode == 1) {
       put_keyed_row(from.row(n), row, width, key_colour<false>{bmp_key_colour}, own_colour);
     } else {

@@ -16,7 +16,8 @@ constexpr uint32_t data_offset = 66; ///< after the header and the three masks
 constexpr uint32_t data_size = width * height * 2;
 constexpr uint32_t file_size = data_offset + data_size;
 constexpr uint32_t pixels_per_metre = 2834;
-constexpr uint32_t with_masks = 3; ///< the compression code of files that give their own masks
+constexpr size_t buffer_size = 32768; ///< cards like long writes
+constexpr uint32_t with_masks = 3;    ///< the compression code of files that give their own masks
 
 static_assert(std::endian::native == std::endian::little, "pixels go to the file as they are in memory");
 
@@ -58,13 +59,16 @@ file_path path_of_now() noexcept {
 }
 
 int save(const uint16_t *pixels) noexcept {
+  std::array<char, buffer_size> buffer; // outlives the stream
   unique_file file = open_file(path_of_now().data(), "w");
   if (file == nullptr)
     return -1;
+  std::setvbuf(file.get(), buffer.data(), _IOFBF, buffer.size());
   std::fwrite(header.data(), 1, header.size(), file.get());
   for (uint32_t row = height; row-- > 0;)
     std::fwrite(pixels + size_t{row} * width, 2, width, file.get());
-  return std::fclose(file.release());
+  const bool is_whole = std::ferror(file.get()) == 0; // the close tells of its own writes only
+  return std::fclose(file.release()) == 0 && is_whole ? 0 : -1;
 }
 
 } // namespace

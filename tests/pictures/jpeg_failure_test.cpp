@@ -1,0 +1,214 @@
+// JPEG files that are missing, cut off, damaged or something else, and names of every length.
+
+#include "pictures/jpeg_stage.hpp"
+
+#include <filesystem>
+
+namespace dravik::test {
+namespace {
+
+class JpegFailure : public jpeg_stage {
+protected:
+  static constexpr const char *folder = "/usr/local/dravik/jpg/";
+  static constexpr const char *cut_off = "Premature end of JPEG file\n";
+
+  void write(const bytes &content) const { write_file(path_of(name_), content); }
+
+  bytes made(const words &options) {
+    make(busy_picture(random_, 37, 23), options);
+    return read_file(path_of(name_));
+  }
+
+  /// Draws a file and expects what djpeg makes of it, which may be that it gives up: before the first row, or
+  /// after some rows, of which nothing is known but where they may lie.
+  void expect_as_djpeg(bool may_leave_rows = false) {
+    const int result = draw(4, 3, name_);
+    const std::optional<rgb_picture> picture = decoded_or_nothing();
+    EXPECT_EQ(result, picture ? 0 : -1);
+    if (picture) {
+      put(*picture, 4, 3);
+    } else if (may_leave_rows) {
+      for (int64_t y = 3; y < 3 + 23; ++y)
+        for (int64_t x = 4; x < 4 + 37; ++x)
+          screen_->model().put(x, y, screen_->drawn().get(x, y));
+    }
+    EXPECT_TRUE(screen_->same());
+    screen_->reset();
+  }
+};
+
+TEST_F(JpegFailure, MissingFile) {
+  jpeginfo[0] = 99;
+  EXPECT_EQ(draw(0, 0, "missing.jpg"), -1);
+  EXPECT_EQ(said_, "can't open /usr/local/dravik/jpg/missing.jpg\n");
+  EXPECT_EQ(jpeginfo[0], 99U);
+  EXPECT_TRUE(screen_->same());
+}
+
+TEST_F(JpegFailure, NameIsAlwaysTakenInTheFolder) {
+  EXPECT_EQ(draw(0, 0, "/etc/passwd"), -1);
+  EXPECT_EQ(said_, "can't open /usr/local/dravik/jpg//etc/passwd\n");
+  EXPECT_EQ(draw(0, 0, "none/a.jpg"), -1);
+  EXPECT_EQ(said_, "can't open /usr/local/dravik/jpg/none/a.jpg\n");
+}
+
+TEST_F(JpegFailure, EmptyFile) {
+  write({});
+  EXPECT_EQ(draw(0, 0, name_), -1);
+  EXPECT_EQ(said_, "Empty input file\n");
+  EXPECT_TRUE(screen_->same());
+}
+
+TEST_F(JpegFailure, EmptyNameIsTheFolderItself) {
+  EXPECT_EQ(draw(0, 0, ""), -1);
+  EXPECT_TRUE(screen_->same());
+}
+
+TEST_F(JpegFailure, TextFile) {
+  write({'n', 'o', 't', ' ', 'a', ' ', 'p', 'i', 'c', 't', 'u', 'r', 'e', '\n'});
+  jpeginfo[0] = 99;
+  EXPECT_EQ(draw(0, 0, name_), -1);
+  EXPECT_EQ(said_, "Not a JPEG file: starts with 0x6e 0x6f\n");
+  EXPECT_EQ(jpeginfo[0], 99U);
+  EXPECT_TRUE(screen_->same());
+}
+
+TEST_F(JpegFailure, TablesWithoutAPicture) {
+  write({0xFF, 0xD8, 0xFF, 0xD9});
+  EXPECT_EQ(draw(0, 0, name_), -1);
+  EXPECT_EQ(said_, "JPEG datastream contains no image\n");
+  EXPECT_TRUE(screen_->same());
+}
+
+TEST_F(JpegFailure, EndsBeforeItsPicture) {
+  const bytes whole = made({});
+  write(first_bytes(whole, first_segment(whole, 0xC0)));
+  EXPECT_EQ(draw(0, 0, name_), -1);
+  EXPECT_EQ(said_, std::string(cut_off) + "JPEG datastream contains no image\n");
+  write(first_bytes(whole, first_scan(whole).header));
+  EXPECT_EQ(draw(0, 0, name_), -1);
+  EXPECT_EQ(said_, std::string(cut_off) + "Invalid JPEG file structure: missing SOS marker\n");
+  EXPECT_TRUE(screen_->same());
+}
+
+TEST_F(JpegFailure, EndsWithinItsPicture) {
+  const bytes whole = made({});
+  const size_t data = first_scan(whole).data;
+  write(first_bytes(whole, data + (whole.size() - data) / 2));
+  expect_as_djpeg();
+  EXPECT_EQ(said_, cut_off);
+  EXPECT_EQ(jpeginfo[0], 37U);
+}
+
+TEST_F(JpegFailure, EveryBeginningOfAFile) {
+  const bytes whole = made({"-quality", "30"});
+  const scan_place scan = first_scan(whole);
+  for (size_t length = 0; length < whole.size() - 2; ++length) {
+    SCOPED_TRACE(length);
+    write(first_bytes(whole, length));
+    const int result = draw(4, 3, name_);
+    if (length < scan.header) {
+      EXPECT_EQ(result, -1);
+      EXPECT_TRUE(screen_->same());
+    } else if (length >= scan.data) { // a header that is cut off within may still be read as one
+      EXPECT_EQ(result, 0);
+      EXPECT_EQ(said_, cut_off);
+    }
+    screen_->reset();
+  }
+}
+
+TEST_F(JpegFailure, BeginningsAsDjpegHasThem) {
+  for (const words &options : {words{"-quality", "30"}, words{"-quality", "30", "-progressive"}}) {
+    const bytes whole = made(options);
+    for (size_t length = 0; length < whole.size(); length += 11) {
+      SCOPED_TRACE(length);
+      write(first_bytes(whole, length));
+      expect_as_djpeg();
+    }
+  }
+}
+
+TEST_F(JpegFailure, UnsupportedKindSaysWhy) {
+  bytes file = made({});
+  file[first_segment(file, 0xC0) + 1] = 0xC5; // a hierarchical picture
+  write(file);
+  EXPECT_EQ(draw(0, 0, name_), -1);
+  EXPECT_EQ(said_, "Unsupported JPEG process: SOF type 0xc5\n");
+  EXPECT_TRUE(screen_->same());
+}
+
+TEST_F(JpegFailure, RowsBeforeAFatalErrorStayOnTheScreen) {
+  bytes file = made({"-restart", "1"});
+  // The next marker after the first row of blocks begins a second picture, which libjpeg gives up on.
+  size_t at = first_scan(file).data;
+  while (!(file[at] == 0xFF && file[at + 1] >= 0xD0 && file[at + 1] <= 0xD7))
+    ++at;
+  const rgb_picture whole = decoded();
+  bytes damaged = first_bytes(file, at);
+  append(damaged, {0xFF, 0xD8});
+  write(damaged);
+  const int result = draw(4, 3, name_);
+  for (uint32_t x = 0; x < whole.width; ++x)
+    EXPECT_EQ(fbp[(3 * fbinfo[0]) + (4 + x) * 2] | fbp[(3 * fbinfo[0]) + (4 + x) * 2 + 1] << 8,
+              whole.colour(x, 0))
+        << x;
+  EXPECT_EQ(result, -1) << said_;
+}
+
+TEST_F(JpegFailure, DamagedDataAsDjpegHasThem) {
+  for (const words &options : {words{}, words{"-progressive"}, words{"-grayscale", "-restart", "1"}}) {
+    const bytes whole = made(options);
+    const size_t data = first_scan(whole).data;
+    for (int n = 0; n < 60; ++n) {
+      bytes damaged = whole;
+      for (uint32_t changes = random_in(random_, 1, 8); changes > 0; --changes)
+        damaged[random_in(random_, static_cast<uint32_t>(data), static_cast<uint32_t>(whole.size()) - 1)] =
+            static_cast<uint8_t>(random_());
+      write(damaged);
+      SCOPED_TRACE(n);
+      expect_as_djpeg(true);
+    }
+  }
+}
+
+TEST_F(JpegFailure, NamesOfEveryLength) {
+  const bytes file = made({});
+  for (const size_t length : {1U, 36U, 40U, 41U, 64U, 200U, 255U}) {
+    const std::string name(length, 'n');
+    write_file(path_of(name), file);
+    EXPECT_EQ(draw(4, 3, name), 0) << length;
+    EXPECT_EQ(said_, "");
+  }
+}
+
+TEST_F(JpegFailure, NamesTooLongForAnyFile) {
+  for (const size_t length : {256U, 4050U, 4073U, 4074U, 5000U, 100000U}) {
+    const std::string name(length, 'n');
+    EXPECT_EQ(draw(0, 0, name), -1) << length;
+    EXPECT_EQ(said_, "can't open " + (folder + name) + "\n");
+  }
+  EXPECT_TRUE(screen_->same());
+}
+
+TEST_F(JpegFailure, PathOfHundredsOfCharacters) {
+  const bytes file = made({});
+  std::string dir;
+  for (int n = 0; n < 3; ++n) {
+    dir += std::string(200, 'd') + "/";
+    std::filesystem::create_directory(path_of(dir));
+  }
+  write_file(path_of(dir + name_), file);
+  EXPECT_EQ(draw(4, 3, dir + name_), 0) << said_;
+}
+
+TEST_F(JpegFailure, GoodPictureAfterABadOne) {
+  const bytes whole = made({});
+  write({'x'});
+  EXPECT_EQ(draw(4, 3, name_), -1);
+  write(whole);
+  expect_as_djpeg();
+}
+
+} // namespace
+} // namespace dravik::test
