@@ -274,12 +274,12 @@ position aligned(position at, int32_t align) noexcept {
 /// screen. A box that leaves the plane is as large as the font pleases, so it stays within the screen's
 /// memory.
 fb::range drawable_columns(const fb::surface &on, int64_t line, int32_t x) noexcept {
-  if (line < 0)
-    return {0, -1};
   const bool on_plane = sx >= 0 && ex < plane_width && sy >= 0 && ey < plane_height;
   const int64_t before = -(line * on.pitch / 2 + x); // columns before the screen
   const int64_t first = std::max<int64_t>(before, 0), last = int64_t{ex} - sx;
-  if (last < first || on_plane)
+  if (line < 0 || last < first)
+    return {0, -1};
+  if (on_plane)
     return {to_int32(first), to_int32(last)};
   const auto more = static_cast<int64_t>(
       std::min<size_t>(fb::room(on, on.at(to_int32(x + first), to_int32(line))), INT32_MAX));

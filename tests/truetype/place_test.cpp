@@ -131,6 +131,13 @@ TEST(TrueTypePlace, NothingIsWrittenBeforeTheFirstPixel) {
   EXPECT_TRUE(placing(31, 11).lands(0, static_cast<uint32_t>(-643), 0, 0, 0)); // a line back
 }
 
+TEST(TrueTypePlace, FarLeftOfTheScreenNothingIsWritten) {
+  text_stage stage;
+  for (const uint32_t x : {0x80000000u, 0x80000001u, 0x90000000u, 0xFFF00000u})
+    for (const int32_t align : {0, 2, 5})
+      EXPECT_TRUE(stage.draws_nothing({.text = u"Left", .font = sans, .x = x, .y = 0, .align = align})) << x;
+}
+
 TEST(TrueTypePlace, LinesAboveTheScreenAreLeftOut) {
   EXPECT_TRUE(placing(31, 11).lands(0, 100, 0xFFFFFFFF, 100, 0));
   EXPECT_TRUE(placing(31, 11).lands(0, 100, 0xFFFFFFF7, 100, 0)); // -9: one line of ink is left
