@@ -160,6 +160,11 @@ bool failed(const char *message) noexcept {
   return false;
 }
 
+/// Moves the pen as far as the font pleases; where its type is narrow it wraps.
+void advance(FT_Pos &pen, FT_Pos by) noexcept {
+  pen = static_cast<FT_Pos>(static_cast<FT_ULong>(pen) + static_cast<FT_ULong>(by));
+}
+
 /// Composes one unit of the string and moves the pen on.
 bool render_unit(FT_Face face, FT_Vector &pen, int32_t index) noexcept {
   FT_Matrix identity = {0x10000, 0, 0, 0x10000};
@@ -182,8 +187,8 @@ bool render_unit(FT_Face face, FT_Vector &pen, int32_t index) noexcept {
   if (unit != space)
     widen_box(*glyph, at, index);
   compose(glyph->bitmap, at);
-  pen.x += glyph->advance.x;
-  pen.y += glyph->advance.y;
+  advance(pen.x, glyph->advance.x);
+  advance(pen.y, glyph->advance.y);
   return true;
 }
 
