@@ -6,6 +6,22 @@
 #include <unistd.h>
 
 namespace dravik::test {
+namespace {
+
+bool is_drawing = false;
+
+/// A size that is too large ends the process with success, which must not pass for the success of a test.
+struct exit_watch {
+  ~exit_watch() {
+    if (is_drawing) {
+      std::puts("the process was ended by drawing a text");
+      std::fflush(stdout);
+      ::_exit(EXIT_FAILURE);
+    }
+  }
+} const watching_exits;
+
+} // namespace
 
 bytes little_endian(const std::u16string &text) {
   bytes made;
@@ -57,7 +73,9 @@ testing::AssertionResult text_stage::agree_at(const void *text, const text_call 
   int result;
   {
     stderr_capture capture;
+    is_drawing = true;
     result = put_unicode_string(call.x, call.y, text, call.font_size, 0, call.fg, call.bg, call.align);
+    is_drawing = false;
     said_ = capture.take();
   }
   if (result != 0)
