@@ -1,0 +1,115 @@
+// Fonts that were damaged or made to harm: whatever FreeType gets out of them, nothing but the plane and the
+// screen is written, and it is written soon. The memory around the plane and the screen is guarded. An
+// endless call is ended by the alarm, and a font that ends the program stays in the temporary folder.
+
+#include "truetype/font_maker.hpp"
+#include "truetype/text_stage.hpp"
+
+#include <unistd.h>
+
+namespace dravik::test {
+namespace {
+
+constexpr unsigned patience_s = 60;
+
+class TrueTypeHostileFont : public testing::Test {
+protected:
+  ~TrueTypeHostileFont() override { ::alarm(0); }
+
+  /// Draws with a font that may do anything; tells whether something was drawn.
+  bool survive(const bytes &font, const std::u16string &text, uint32_t size = 16) {
+    const font_file file(font);
+    ::alarm(patience_s);
+    EXPECT_TRUE(stage.agree({.text = text, .font_size = size, .font = file.path(), .align = align_++ % 9}));
+    ::alarm(0);
+    return stage.model().pixels > 0;
+  }
+
+  text_stage stage;
+
+private:
+  int32_t align_ = 0;
+};
+
+/// Replaces up to eight bytes, half of the time in the directory and the first tables alone.
+bytes damaged(const bytes &font, std::mt19937 &random) {
+  bytes made = font;
+  const auto end = static_cast<uint32_t>(random_in(random, 0, 1) != 0 ? made.size() : 600);
+  for (uint32_t flips = random_in(random, 1, 8); flips > 0; --flips)
+    made[random_in(random, 0, end - 1)] = static_cast<uint8_t>(random());
+  return made;
+}
+
+TEST_F(TrueTypeHostileFont, AnExcerptIsAGoodFont) {
+  EXPECT_TRUE(survive(make_excerpt(read_file(sans), 60), u"2.ABP@"));
+}
+
+TEST_F(TrueTypeHostileFont, WithBytesChanged) {
+  constexpr uint32_t seed = 4711;
+  std::mt19937 random(seed);
+  const bytes font = make_excerpt(read_file(sans), 60);
+  int drawn = 0;
+  for (int variant = 0; variant < 300; ++variant) {
+    SCOPED_TRACE("seed " + std::to_string(seed) + ", variant " + std::to_string(variant));
+    drawn += survive(damaged(font, random), u"2.ABP@");
+  }
+  EXPECT_GT(drawn, 30);
+  EXPECT_LT(drawn, 290);
+}
+
+TEST_F(TrueTypeHostileFont, CutOffAnywhere) {
+  constexpr uint32_t seed = 815;
+  std::mt19937 random(seed);
+  const bytes font = make_excerpt(read_file(sans), 60);
+  for (int variant = 0; variant < 100; ++variant) {
+    SCOPED_TRACE("seed " + std::to_string(seed) + ", variant " + std::to_string(variant));
+    survive(first_bytes(font, random_in(random, 0, static_cast<uint32_t>(font.size()) - 1)), u"2.ABP@");
+  }
+}
+
+TEST_F(TrueTypeHostileFont, WithEveryByteOfItsHeadersChanged) {
+  const bytes font = make_truetype(160, {{64, rectangle{0, 0, 40, 80}}, {64, rectangle{-10, -10, 50, 90}}});
+  for (size_t at = 0; at < 300; ++at)
+    for (const int value : {0x00, 0x7F, 0xFF}) {
+      SCOPED_TRACE(testing::Message() << "byte " << at << " is " << value);
+      bytes made = font;
+      made[at] = static_cast<uint8_t>(value);
+      survive(made, u"AB A");
+    }
+}
+
+TEST_F(TrueTypeHostileFont, WithAnAbsurdAdvance) {
+  const bytes font = make_truetype(16, {{65535, rectangle{0, 0, 16, 16}}});
+  EXPECT_TRUE(survive(font, u"A", 96));
+  EXPECT_EQ(str_width, 10 + 65535 * 6827 / 64 / 16 + 1 - 10); // 96 points are 6827/64 pixels
+  survive(font, u"AA", 96);                                   // the second one is too far away
+}
+
+TEST_F(TrueTypeHostileFont, WithAbsurdAdvancesOf127Spaces) {
+  const bytes font = make_truetype(16, {{65535}}, 65535);
+  survive(font, std::u16string(127, u' ') + u"A", 96);
+  EXPECT_GT(str_width, 50'000'000);
+}
+
+TEST_F(TrueTypeHostileFont, WithGlyphsHigherThanAnyScreen) {
+  const bytes font = make_truetype(16, {{2000, rectangle{0, -2000, 4, 2000}}});
+  EXPECT_TRUE(survive(font, u"A", 9));
+  EXPECT_GT(str_height, 2000);
+}
+
+TEST_F(TrueTypeHostileFont, WithBitmapsFarFromThePen) {
+  const std::vector<std::string> block(4, std::string(40, '#'));
+  for (const int place : {-32000, -700, 700, 32000}) {
+    const std::string font = make_bdf(10, {{u'A', 1000, place, 0, block}, {u'B', 1000, 0, place, block}});
+    for (const char16_t *text : {u"A", u"B", u"AB", u"BA"})
+      survive(bytes(font.begin(), font.end()), text, 9);
+  }
+}
+
+TEST_F(TrueTypeHostileFont, WithABitmapOfAbsurdAdvance) {
+  const std::string font = make_bdf(10, {{u'A', 32000, 0, 0, {"####"}}});
+  EXPECT_TRUE(survive(bytes(font.begin(), font.end()), u"AAAA", 9));
+}
+
+} // namespace
+} // namespace dravik::test
