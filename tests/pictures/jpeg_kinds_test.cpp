@@ -68,13 +68,15 @@ protected:
 
   /// The colour on the screen of a picture of one colour, which the file gives exactly.
   uint16_t shown(uint8_t red, uint8_t green, uint8_t blue) {
-    rgb_picture picture = {8, 8};
-    for (int i = 0; i < 64; ++i)
+    rgb_picture picture = {9, 1};
+    for (uint32_t x = 0; x < picture.width; ++x)
       append(picture.channels, {red, green, blue});
     make(picture, {"-rgb", "-quality", "100"});
     EXPECT_EQ(decoded().channels, picture.channels) << "the file is not exact";
     EXPECT_EQ(draw(0, 0, name_), 0);
-    return static_cast<uint16_t>(fbp[0] | fbp[1] << 8);
+    for (uint32_t x = 1; x < picture.width; ++x)
+      EXPECT_EQ(screen_->drawn().get(x, 0), screen_->drawn().get(0, 0)) << x;
+    return screen_->drawn().get(0, 0);
   }
 };
 
