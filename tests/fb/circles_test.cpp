@@ -142,6 +142,17 @@ TEST(FbPutCircle, RadiiInAnyOrderOnScreensOfSeveralPitches) {
   }
 }
 
+TEST(FbPutCircle, MoreRadiiThanAreRemembered) {
+  seeded_random random;
+  fake_screen screen{{.xres = 720, .yres = 720, .padding = 4}};
+  for (int i = 0; i < 2000; ++i) {
+    const int32_t r = random.between(0, 345);
+    ASSERT_TRUE(
+        same_circle(screen, random.between(r, 718 - r), random.between(r, 718 - r), r, random.colour()))
+        << "call " << i;
+  }
+}
+
 TEST(FbPutCircle, FarToTheRight) {
   fake_screen screen{{.xres = 200'000, .yres = 44}};
   for (int32_t r = 1; r <= 20; ++r)
