@@ -142,6 +142,27 @@ TEST(FbPutCircle, RadiiInAnyOrderOnScreensOfSeveralPitches) {
   }
 }
 
+class ManyRadii : public testing::Test {
+protected:
+  testing::AssertionResult same_somewhere(int32_t r) {
+    return same_circle(screen, random.between(r, 718 - r), random.between(r, 718 - r), r, random.colour());
+  }
+
+  seeded_random random;
+  fake_screen screen{{.xres = 720, .yres = 720, .padding = 4}};
+};
+
+TEST_F(ManyRadii, InAnyOrder) {
+  for (int i = 0; i < 1500; ++i)
+    ASSERT_TRUE(same_somewhere(random.between(0, 345)));
+}
+
+// These have points on whole coordinates in every quarter.
+TEST_F(ManyRadii, MultiplesOfTenInAnyOrder) {
+  for (int i = 0; i < 1000; ++i)
+    ASSERT_TRUE(same_somewhere(10 * random.between(1, 20)));
+}
+
 TEST(FbPutCircle, FarToTheRight) {
   fake_screen screen{{.xres = 200'000, .yres = 44}};
   for (int32_t r = 1; r <= 20; ++r)
