@@ -294,9 +294,10 @@ extern DRAVIK_API uint8_t image[8192];
  * above 256 mean 256. Colours that the file does not give are those of the file before.
  *
  * A 16-bit file is taken to hold RGB565. Mode 0 copies its rows to the screen, so that a row of odd width
- * paints the pixel right of the picture with its padding. Modes 1 and 2 read two rows for each row drawn:
- * they show every other row of the file, and then repeat the last one read up to the picture's height. They
- * keep the colour 0xF81F transparent; a file that ends before its first pixel shows nothing in them.
+ * paints the pixel right of the picture with its padding, unless the screen's memory ends there. Modes 1 and
+ * 2 read two rows for each row drawn: they show every other row of the file, and then repeat the last one
+ * read up to the picture's height. They keep the colour 0xF81F transparent; a file that ends before its first
+ * pixel shows nothing in them.
  *
  * A file that ends early is drawn with what its last rows left in ::image (for mode 0: on the screen).
  * @param x,y    position in pixels; see align

@@ -55,4 +55,11 @@ inline size_t room(const surface &on, const pixel *at) noexcept {
   return offset >= 0 && offset < memory ? static_cast<size_t>(memory - offset) / 2 : 0;
 }
 
+/// How much of `bytes` may be stored at an address without leaving the screen's memory: the padding of a row
+/// may reach a pixel past the last one.
+inline size_t bytes_with_room(const surface &on, const pixel *at, size_t bytes) noexcept {
+  const size_t pixels = room(on, at);
+  return bytes / 2 <= pixels ? bytes : pixels * 2;
+}
+
 } // namespace dravik::fb

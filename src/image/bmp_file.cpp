@@ -196,19 +196,44 @@ template <size_t PixelSize> void draw_true_colour(const picture &from) noexcept 
   });
 }
 
+/// Rows of the file on their way to the screen, as many as one request takes. What a row has no room for is
+/// dropped.
+class row_pieces {
+public:
+  bool is_full() const noexcept { return count_ + 2 > pieces_.size(); }
+
+  void add(const fb::surface &on, pixel *to, size_t row_size) noexcept {
+    const size_t fitting = fb::bytes_with_room(on, to, row_size);
+    pieces_[count_++] = {to, fitting};
+    if (fitting < row_size)
+      pieces_[count_++] = {dropped_.data(), row_size - fitting};
+    bytes_ += row_size;
+  }
+
+  /// False at the end of the file.
+  bool read(int fd, uint64_t position) const noexcept {
+    const ssize_t got = ::preadv(fd, pieces_.data(), static_cast<int>(count_), static_cast<off_t>(position));
+    return got == static_cast<ssize_t>(bytes_);
+  }
+  size_t bytes() const noexcept { return bytes_; }
+
+private:
+  std::array<iovec, 65> pieces_;
+  std::array<uint8_t, widest * 2> dropped_;
+  size_t count_ = 0, bytes_ = 0;
+};
+
 /// 16 bits, copied: rows go from the file straight to the screen, padding included, many in one request.
 void copy_rows(const picture &from) noexcept {
   const size_t row_size = bmp_row_size(from.header.width, 16);
   uint64_t position = from.header.data_offset;
-  std::array<iovec, 64> rows;
   for (uint32_t n = 0; n < from.header.height;) {
-    size_t count = 0;
-    for (; count < rows.size() && n < from.header.height; ++count, ++n)
-      rows[count] = {from.row(n), row_size};
-    const ssize_t got = ::preadv(from.fd, rows.data(), static_cast<int>(count), static_cast<off_t>(position));
-    if (got != static_cast<ssize_t>(count * row_size))
+    row_pieces pieces;
+    for (; !pieces.is_full() && n < from.header.height; ++n)
+      pieces.add(from.on, from.row(n), row_size);
+    if (!pieces.read(from.fd, position))
       return;
-    position += static_cast<uint64_t>(got);
+    position += pieces.bytes();
   }
 }
 

@@ -141,7 +141,7 @@ void draw(const picture &from, int32_t mode) noexcept {
   const uint8_t *row = from.rows;
   for (uint32_t n = 0; n < from.header.height; ++n, row += size) {
     if (mode == 0) {
-      copy_row(from.row(n), row, size);
+      copy_row(from.row(n), row, fb::bytes_with_room(from.on, from.row(n), size));
     } else if (mode == 1) {
       put_keyed_row(from.row(n), row, width, key_colour<false>{bmp_key_colour}, own_colour);
     } else {

@@ -60,7 +60,7 @@ TEST_F(Bmp16, CopyOfOddWidthAtTheRightEdgePaintsTheNextLine) {
   use_screen({.xres = 33, .yres = 20});
   EXPECT_EQ(draw(random_picture(16, 5, 7).file(), 28, 2), 0);
   EXPECT_EQ(draw(random_picture(16, 33, 20).file(), 0, 0), 0);
-  EXPECT_EQ(draw(random_picture(16, 5, 7).file(), 28, 13), 0); // past the last line, too
+  EXPECT_EQ(draw(random_picture(16, 5, 7).file(), 28, 13), 0); // but never past the last line
 }
 
 TEST_F(Bmp16, CopyOfManyRows) {

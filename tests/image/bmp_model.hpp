@@ -130,10 +130,12 @@ private:
     return colour == 0 ? 0x0841 : colour;
   }
 
-  /// Padding included; a file may end within a pixel.
+  /// Padding included, but not past the end of the screen's memory; a file may end within a pixel.
   void copy_row(const model_plane &on, uint32_t x, uint32_t line) {
     for (size_t i = 0; i < row_size() && position_ < file_->size(); ++i) {
       const uint16_t before = on.get(x + i / 2, line), byte = (*file_)[position_++];
+      if (!lies_in_memory(static_cast<int64_t>(x + i / 2), line))
+        continue;
       on.put(x + i / 2, line,
              static_cast<uint16_t>(i % 2 == 0 ? (before & 0xFF00) | byte : (before & 0x00FF) | byte << 8));
     }

@@ -78,7 +78,8 @@ TEST_F(PictureSlot, CopyOfOddWidthPaintsThePixelAtItsRight) {
 TEST_F(PictureSlot, CopyOfOddWidthAtTheRightEdgePaintsTheNextLine) {
   use_screen({.xres = 33, .yres = 20});
   load({random_picture(33, 20).file(), random_picture(5, 7).file()});
-  EXPECT_EQ(show(0, 0, 0), 0); // the padding of each line goes over the first pixel of the line below
+  EXPECT_EQ(show(0, 0, 0), 0); // the padding of each line goes over the first pixel of the line below,
+                               // that of the last line nowhere
   EXPECT_EQ(show(28, 2, 1), 0);
 }
 

@@ -49,7 +49,7 @@ struct slot_model {
 
 private:
   static void put(model_plane on, int64_t x, int64_t y, uint16_t colour, int32_t mode) {
-    if (mode == 0)
+    if (mode == 0 && lies_in_memory(x, y))
       on.put(x, y, colour);
     if (mode == 1 && colour != key)
       on.put(x, y, colour);

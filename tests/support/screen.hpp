@@ -26,6 +26,12 @@ struct screen_shape {
   uint32_t guard_lines = 8;  ///< lines of guard before the screen, and as many after it
 };
 
+/// Whether a position at or after the first pixel lies before the end of the last line.
+inline bool lies_in_memory(int64_t x, int64_t y) noexcept {
+  const int64_t line_length = fbinfo[FBINFO_LINE_LENGTH];
+  return y * line_length + x * 2 < line_length * fbinfo[FBINFO_YRES];
+}
+
 /// Memory that a model draws on, addressed as the library addresses its own.
 class model_plane {
 public:
