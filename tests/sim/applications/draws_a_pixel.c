@@ -1,4 +1,5 @@
-/* An application that knows nothing of simulated boards: colours the pixel of a column and a row, and gives status 7. */
+/* An application that knows nothing of simulated boards: colours the pixel of a column and a row, and gives
+ * status 7. */
 #define _GNU_SOURCE
 #include <fcntl.h>
 #include <linux/fb.h>
@@ -12,7 +13,8 @@ int main(int count, char **arguments) {
   struct fb_fix_screeninfo fixed;
   struct fb_var_screeninfo variable;
   const int screen = open("/dev/fb0", O_RDWR);
-  if (count != 4 || ioctl(screen, FBIOGET_FSCREENINFO, &fixed) != 0 || ioctl(screen, FBIOGET_VSCREENINFO, &variable) != 0)
+  if (count != 4 || ioctl(screen, FBIOGET_FSCREENINFO, &fixed) != 0 ||
+      ioctl(screen, FBIOGET_VSCREENINFO, &variable) != 0)
     return 1;
   const unsigned long bytes = variable.bits_per_pixel / 8;
   const unsigned long column = strtoul(arguments[1], NULL, 10);

@@ -1,2 +1,4 @@
 /* A program that no preload library reaches. */
-int main(void) { return 0; }
+int main(void) {
+  return 0;
+}
