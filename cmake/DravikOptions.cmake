@@ -25,6 +25,10 @@ option(DRAVIK_FUZZ "Build the fuzz targets for libFuzzer; needs clang" OFF)
 option(DRAVIK_WERROR "Treat warnings as errors" ON)
 set(DRAVIK_SANITIZE "" CACHE STRING "Sanitizers to build with: address,undefined or thread")
 
+if(DRAVIK_TESTS AND NOT DRAVIK_SIM)
+  message(FATAL_ERROR "DRAVIK_TESTS needs DRAVIK_SIM: the tests run on simulated boards.")
+endif()
+
 include(GNUInstallDirs)
 set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
