@@ -73,15 +73,13 @@ verdict judge(double library, const contender *other, double limit) {
   return v;
 }
 
-/// Which targets are missed; that of the peer is out of reach where the floor misses it too.
-std::string misses(const row_record &row, const verdict &by_peer, const verdict &by_floor) {
+/// Whether the library is as quick as the floor, and the target of the peer lies below that.
+bool is_bound(const row_record &row, double library) {
   const contender *peer = best(row, role::peer), *floor = best(row, role::floor);
-  std::string text;
-  if (by_peer.missed)
-    text = floor && median(floor->times) >= row.limits.peer * median(peer->times) ? "peer (bound)" : "peer";
-  if (by_floor.missed)
-    text += text.empty() ? "floor" : ", floor";
-  return text;
+  if (peer == nullptr || floor == nullptr)
+    return false;
+  const double limit = median(floor->times);
+  return limit >= row.limits.peer * median(peer->times) && library >= 0.9 * limit;
 }
 
 void print_row(const row_record &row) {
@@ -95,10 +93,15 @@ void print_row(const row_record &row) {
   std::string peer_text = "-";
   if (peer != nullptr)
     peer_text = peer->name + (peer->note.empty() ? " " : "* ") + time_text(median(peer->times) / calls);
+  std::string misses;
+  if (by_peer.missed)
+    misses = is_bound(row, time) ? "peer (bound)" : "peer";
+  if (by_floor.missed)
+    misses += misses.empty() ? "floor" : ", floor";
   std::printf("| %-32s | %9s | %-24s | %5s | %6s | %9s | %5s | %6s | %-12s |\n", row.name.c_str(),
               time_text(time / calls).c_str(), peer_text.c_str(), by_peer.ratio.c_str(),
               by_peer.target.c_str(), floor ? time_text(median(floor->times) / calls).c_str() : "-",
-              by_floor.ratio.c_str(), by_floor.target.c_str(), misses(row, by_peer, by_floor).c_str());
+              by_floor.ratio.c_str(), by_floor.target.c_str(), misses.c_str());
 }
 
 void print_notes(const row_record &row) {
