@@ -51,6 +51,8 @@ target_compile_options(dravik_warnings INTERFACE
   $<$<BOOL:${DRAVIK_WERROR}>:-Werror>)
 
 if(DRAVIK_SANITIZE)
+  # What sanitizers add makes the compiler see variables used before they are set.
+  target_compile_options(dravik_warnings INTERFACE -Wno-maybe-uninitialized)
   add_compile_options(-fsanitize=${DRAVIK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
   add_link_options(-fsanitize=${DRAVIK_SANITIZE})
 endif()
