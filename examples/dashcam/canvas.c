@@ -20,8 +20,10 @@ static const char *const font_files[2][FONTS] = {
      FILES "/font/Lat15-TerminusBold24x12.psf", FILES "/font/Lat15-TerminusBold32x16.psf"},
 };
 static const char *const picture_files[2][PICTURES] = {
-    {"scene_320.bmp", "dusk_320.bmp", "day_320.bmp", "night_320.bmp", "rain_320.bmp"},
-    {"scene_640.bmp", "dusk_640.bmp", "day_640.bmp", "night_640.bmp", "rain_640.bmp"},
+    {"scene_320.bmp", "dusk_320.bmp", "day_320.bmp", "night_320.bmp", "rain_320.bmp", "small_alps_320.bmp",
+     "small_coast_320.bmp", "small_city_320.bmp", "small_road_320.bmp"},
+    {"scene_640.bmp", "dusk_640.bmp", "day_640.bmp", "night_640.bmp", "rain_640.bmp", "small_alps_640.bmp",
+     "small_coast_640.bmp", "small_city_640.bmp", "small_road_640.bmp"},
 };
 static const char *const logo_files[2] = {FILES "/bmp/logo_320.bmp", FILES "/bmp/logo_640.bmp"};
 
@@ -29,11 +31,11 @@ int canvas_is_small(void) {
   return fbinfo[FBINFO_XRES] < 640 || fbinfo[FBINFO_YRES] < 480;
 }
 
-static int pixels(int units) {
-  return canvas_is_small() ? units / 2 : units;
+int pixels(int units_) {
+  return canvas_is_small() ? units_ / 2 : units_;
 }
 
-static int units(int pixels_) {
+int units(int pixels_) {
   return canvas_is_small() ? pixels_ * 2 : pixels_;
 }
 
@@ -128,8 +130,7 @@ void backdrop(int top) {
 
 /* ------------------------------------------------------------------------------------- text and images */
 
-/* The left edge of something so wide that is aligned to x. */
-static int left_edge(int x, int width, enum align align) {
+int left_edge(int x, int width, enum align align) {
   return align == LEFT ? x : align == CENTRE ? x - width / 2 : x - width;
 }
 
@@ -186,6 +187,12 @@ void digits(int x, int middle, enum digit_size size, const char *figures, uint16
 
 void picture(int x, int y, enum picture which) {
   bmp_mem_show((uint32_t)pixels(x), (uint32_t)pixels(y), (int32_t)which, 0, 0);
+}
+
+void photograph(int x, int y, const char *name) {
+  char file[32];
+  snprintf(file, sizeof file, "%s_%d.jpg", name, canvas_is_small() ? 320 : 640);
+  fb_put_jpeg_file((uint32_t)pixels(x), (uint32_t)pixels(y), file, 0);
 }
 
 void logo(int x, int middle) {

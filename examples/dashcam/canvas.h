@@ -24,7 +24,18 @@ enum colour {
 
 enum font { FONT_SMALL, FONT_BODY, FONT_TITLE, FONT_HUGE, FONTS };
 enum digit_size { DIGITS_SMALL, DIGITS_MEDIUM, DIGITS_LARGE };
-enum picture { PICTURE_SCENE, PICTURE_DUSK, PICTURE_DAY, PICTURE_NIGHT, PICTURE_RAIN, PICTURES };
+enum picture {
+  PICTURE_SCENE,
+  PICTURE_DUSK,
+  PICTURE_DAY,
+  PICTURE_NIGHT,
+  PICTURE_RAIN,
+  PICTURE_SMALL_ALPS,
+  PICTURE_SMALL_COAST,
+  PICTURE_SMALL_CITY,
+  PICTURE_SMALL_ROAD,
+  PICTURES
+};
 enum align { LEFT, CENTRE, RIGHT };
 
 /* Load fonts, artwork and pictures for the panel's size. Gives 0, or -1 when something is missing. */
@@ -34,6 +45,13 @@ void canvas_close(void);
 int canvas_width(void);
 int canvas_height(void);
 int canvas_is_small(void);
+
+/* From units to the panel's pixels and back. */
+int pixels(int units_);
+int units(int pixels_);
+
+/* The left edge of something so wide that is aligned to x. */
+int left_edge(int x, int width, enum align align);
 
 void fill(int x, int y, int width, int height, uint16_t colour);
 void frame(int x, int y, int width, int height, uint16_t colour, int thickness);
@@ -55,6 +73,9 @@ void icon(int x, int middle, enum icons_image art, uint16_t colour, uint16_t bac
 /* Smooth figures: '0' to '9', ':', '.' and ' '. Each figure is two thirds as wide as high. */
 void digits(int x, int middle, enum digit_size size, const char *figures, uint16_t background,
             enum align align);
+
+/* A JPEG file of the gallery, with its top-left corner at the given place. */
+void photograph(int x, int y, const char *name);
 
 /* A picture with its top-left corner at the given place. */
 void picture(int x, int y, enum picture which);

@@ -1,7 +1,9 @@
 /* The home screen: the road, what the camera sees in it, and the ride's figures below. */
 
+#include "phrases.h"
 #include "screens.h"
 #include "widgets.h"
+#include "words.h"
 
 #include <stdio.h>
 
@@ -60,8 +62,8 @@ static void road(const struct ride *ride) {
   car_ahead(left, top, ride);
   tag(left + 12, top + 12, 112, get_theme_color(), "1440P 30");
   tag(left + SCENE_WIDTH - 84, top + 12, 72, get_theme_color(), "FRONT");
-  text(left + SCENE_WIDTH / 2, top + SCENE_HEIGHT - 15, FONT_SMALL, SILVER, CENTRE,
-       "N 47.3769   E 8.5417   408 m");
+  words_plate(left + 12, top + SCENE_HEIGHT - 40, LEFT, phrase(PHRASE_PLACE));
+  words_plate(left + SCENE_WIDTH - 12, top + SCENE_HEIGHT - 40, RIGHT, "N 47.3769°  E 8.5417°");
 }
 
 /* ----------------------------------------------------------------------------------------- the figures */

@@ -5,7 +5,10 @@
 #define _POSIX_C_SOURCE 200809L
 
 #include "canvas.h"
+#include "phrases.h"
 #include "screens.h"
+#include "screenshot.h"
+#include "words.h"
 
 #include <errno.h>
 #include <limits.h>
@@ -20,32 +23,41 @@ struct options {
   int turns;                 /* 0: until a signal */
   int seconds;               /* a screen */
   int start;                 /* seconds of the day, or -1 for the clock's */
+  int is_saving;             /* each screen as it is first drawn */
 };
 
-static volatile sig_atomic_t is_told_to_end;
+static volatile sig_atomic_t is_told_to_end, is_told_to_save;
 
 static void on_signal(int number) {
-  (void)number;
-  is_told_to_end = 1;
+  if (number == SIGUSR1)
+    is_told_to_save = 1;
+  else
+    is_told_to_end = 1;
 }
 
-static void end_on_signals(void) {
+static void listen_to_signals(void) {
   struct sigaction action;
   memset(&action, 0, sizeof action);
   action.sa_handler = on_signal;
   sigaction(SIGINT, &action, NULL);
   sigaction(SIGTERM, &action, NULL);
+  sigaction(SIGUSR1, &action, NULL);
 }
 
 /* ------------------------------------------------------------------------------------------- arguments */
 
 static void print_help(void) {
-  puts("dashcam [--screen NAME] [--turns N] [--seconds S] [--time HH:MM:SS] [--list]\n\n"
-       "Shows a dash-camera's screens in turn until SIGINT or SIGTERM.\n\n"
+  puts("dashcam [--screen NAME] [--turns N] [--seconds S] [--time HH:MM:SS] [--language CODE]\n"
+       "        [--screenshot] [--list]\n\n"
+       "Shows a dash-camera's screens in turn until SIGINT or SIGTERM. SIGUSR1 is the screenshot key: it "
+       "saves\n"
+       "the screen on the card, as a BMP file in /tmp/mmcblk0p1; only on a panel of 640 by 480.\n\n"
        "  --screen NAME    draw this screen, leave it there and end\n"
        "  --turns N        end after so many turns\n"
        "  --seconds S      how long each screen stays (4)\n"
        "  --time HH:MM:SS  begin at this time of day instead of now\n"
+       "  --language CODE  begin in en, de, ja, el, ko, ru or zh; each turn takes the next\n"
+       "  --screenshot     save each screen as it is first drawn\n"
        "  --list           list the screens");
 }
 
@@ -89,13 +101,21 @@ static int read_option(struct options *options, const char *name, const char *va
     return (options->seconds = read_count(value)) > 0 ? 0 : -1;
   if (strcmp(name, "--time") == 0)
     return (options->start = read_time(value)) >= 0 ? 0 : -1;
+  if (strcmp(name, "--language") == 0)
+    return choose_language(value);
   return -1;
 }
 
 static int read_options(struct options *options, int count, char **words) {
-  for (int i = 1; i < count; i += 2) {
-    if (i + 1 < count && read_option(options, words[i], words[i + 1]) == 0)
+  for (int i = 1; i < count; ++i) {
+    if (strcmp(words[i], "--screenshot") == 0) {
+      options->is_saving = 1;
       continue;
+    }
+    if (i + 1 < count && read_option(options, words[i], words[i + 1]) == 0) {
+      ++i;
+      continue;
+    }
     fprintf(stderr, "dashcam: not understood: %s %s; see dashcam --help\n", words[i],
             i + 1 < count ? words[i + 1] : "");
     return -1;
@@ -118,16 +138,30 @@ static struct ride ride_now(const struct options *options, int half_seconds) {
                              : ride_at(seconds_of_day(), half_seconds % 2);
 }
 
+static void save_when_told(void) {
+  if (is_told_to_save) {
+    is_told_to_save = 0;
+    save_screen();
+  }
+}
+
 static void wait_half_second(void) {
-  const struct timespec half = {0, 500000000};
-  if (!is_told_to_end)
-    nanosleep(&half, NULL);
+  struct timespec left = {0, 500000000};
+  do
+    save_when_told();
+  while (!is_told_to_end && nanosleep(&left, &left) != 0);
+}
+
+/* Draws a screen anew. Gives 0, or -1 when it was to be saved and could not. */
+static int draw_screen(const struct screen *screen, const struct options *options, const struct ride *ride) {
+  log_printf("screen %s", screen->name);
+  screen->draw(ride);
+  return options->is_saving ? save_screen() : 0;
 }
 
 static void show_screen(const struct screen *screen, const struct options *options, int *half_seconds) {
   struct ride ride = ride_now(options, *half_seconds);
-  log_printf("screen %s", screen->name);
-  screen->draw(&ride);
+  draw_screen(screen, options, &ride);
   for (int i = 0; i < 2 * options->seconds && !is_told_to_end; ++i) {
     wait_half_second();
     ride = ride_now(options, ++*half_seconds);
@@ -141,21 +175,20 @@ static void show_all(const struct options *options) {
     for (int i = 0; i < screen_count && !is_told_to_end; ++i)
       show_screen(&screens[i], options, &half_seconds);
     next_theme();
+    next_language();
   }
 }
 
-static void show(const struct options *options) {
-  if (options->only == NULL) {
-    show_all(options);
-    return;
-  }
+/* Gives 0, or -1 when the one screen was to be saved and could not. */
+static int show(const struct options *options) {
+  if (options->only == NULL)
+    return show_all(options), 0;
   const struct ride ride = ride_now(options, 0);
-  log_printf("screen %s", options->only->name);
-  options->only->draw(&ride);
+  return draw_screen(options->only, options, &ride);
 }
 
 int main(int count, char **words) {
-  struct options options = {NULL, 0, 4, -1};
+  struct options options = {NULL, 0, 4, -1, 0};
   if (count == 2 && strcmp(words[1], "--list") == 0)
     return print_screens(), 0;
   if (count == 2 && strcmp(words[1], "--help") == 0)
@@ -163,16 +196,16 @@ int main(int count, char **words) {
   if (read_options(&options, count, words) != 0)
     return 2;
 
-  end_on_signals();
+  listen_to_signals();
   fb_init();
   log_printf("dashcam on a panel of %u x %u", fbinfo[FBINFO_XRES], fbinfo[FBINFO_YRES]);
-  const int is_ready = canvas_open() == 0;
-  if (is_ready)
-    show(&options);
+  int result = -1;
+  if (canvas_open() == 0 && words_are_ready())
+    result = show(&options);
   else
     fprintf(stderr, "dashcam: fonts, artwork or pictures are missing in /usr/local/dravik\n");
   canvas_close();
   log_printf("dashcam ends");
   fb_exit();
-  return is_ready ? 0 : 1;
+  return result == 0 ? 0 : 1;
 }

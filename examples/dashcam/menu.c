@@ -1,21 +1,24 @@
 /* The main menu and the pages of settings and of theme colours. */
 
+#include "phrases.h"
 #include "screens.h"
 #include "widgets.h"
+#include "words.h"
 
 /* ------------------------------------------------------------------------------------------- main menu */
 
 struct tile {
   enum icons_image image;
-  const char *label;
+  enum phrase label;
 };
 
 static const struct tile tiles[] = {
-    {ICONS_MENU_VIDEO, "Video"},     {ICONS_MENU_PLAYBACK, "Playback"}, {ICONS_MENU_SENSOR, "Sensor"},
-    {ICONS_MENU_PARKING, "Parking"}, {ICONS_MENU_SD, "Card"},           {ICONS_MENU_SETTINGS, "Settings"},
-    {ICONS_MENU_PALETTE, "Theme"},   {ICONS_MENU_POWER, "Power off"},
+    {ICONS_MENU_VIDEO, PHRASE_VIDEO},   {ICONS_MENU_PLAYBACK, PHRASE_PLAYBACK},
+    {ICONS_MENU_SENSOR, PHRASE_SENSOR}, {ICONS_MENU_PARKING, PHRASE_PARKING},
+    {ICONS_MENU_SD, PHRASE_CARD},       {ICONS_MENU_SETTINGS, PHRASE_SETTINGS},
+    {ICONS_MENU_PALETTE, PHRASE_THEME}, {ICONS_MENU_POWER, PHRASE_POWER_OFF},
 };
-enum { TILE_COLUMNS = 4, TILE_ROWS = 2, TILE_GAP = 14, TILE_SELECTED = 1 };
+enum { TILE_COLUMNS = 4, TILE_ROWS = 2, TILE_GAP = 14, LABEL_HEIGHT = 44, TILE_SELECTED = 1 };
 
 static void draw_tile(int index, int width, int height) {
   const int x = MARGIN + index % TILE_COLUMNS * (width + TILE_GAP);
@@ -23,14 +26,16 @@ static void draw_tile(int index, int width, int height) {
   const int is_selected = index == TILE_SELECTED;
   card(x, y, width, height, is_selected);
   icon(x + width / 2, y + height / 2 - 18, tiles[index].image, WHITE, is_selected ? DRAVIK_THEME : CLEAR);
-  text(x + width / 2, y + height - 34, FONT_BODY, is_selected ? WHITE : SILVER, CENTRE, "%s",
-       tiles[index].label);
+  if (!is_selected)
+    fill(x + 2, y + height - LABEL_HEIGHT, width - 4, LABEL_HEIGHT - 2, BLACK);
+  words(x + width / 2, y + height - LABEL_HEIGHT / 2, WORDS_BODY, is_selected ? DRAVIK_THEME : BLACK, CENTRE,
+        phrase(tiles[index].label));
 }
 
 void menu_draw(const struct ride *ride) {
   const int width = (canvas_width() - 2 * MARGIN - (TILE_COLUMNS - 1) * TILE_GAP) / TILE_COLUMNS;
   const int height = (canvas_height() - PAGE_TOP - MARGIN - (TILE_ROWS - 1) * TILE_GAP) / TILE_ROWS;
-  page(ride, ICONS_TITLE_MENU, "Menu", "2 / 8");
+  page(ride, ICONS_TITLE_MENU, phrase(PHRASE_MENU), "2 / 8");
   for (int i = 0; i < TILE_COLUMNS * TILE_ROWS; ++i)
     draw_tile(i, width, height);
 }
@@ -85,7 +90,7 @@ static void draw_setting(int index, int y, int height) {
 
 void settings_draw(const struct ride *ride) {
   const int pitch = (canvas_height() - PAGE_TOP - 12) / SETTINGS;
-  page(ride, ICONS_TITLE_SETTINGS, "Settings", "1 / 3");
+  page(ride, ICONS_TITLE_SETTINGS, phrase(PHRASE_SETTINGS), "1 / 3");
   for (int i = 0; i < SETTINGS; ++i)
     draw_setting(i, PAGE_TOP + i * pitch, pitch - 6);
 }
@@ -135,7 +140,7 @@ static void draw_ramps(int x, int y, int width, int height) {
 
 void theme_draw(const struct ride *ride) {
   const int width = canvas_width() - 2 * MARGIN, bottom = canvas_height() - MARGIN;
-  page(ride, ICONS_TITLE_PALETTE, "Theme colour", themes[chosen_theme].name);
+  page(ride, ICONS_TITLE_PALETTE, phrase(PHRASE_THEME), themes[chosen_theme].name);
   for (int i = 0; i < THEMES; ++i)
     draw_swatch(i);
   card(MARGIN, bottom - 112, width, 112, 0);

@@ -1,5 +1,6 @@
 /* The list of recordings, with the selected one shown beside it. */
 
+#include "phrases.h"
 #include "screens.h"
 #include "widgets.h"
 
@@ -65,7 +66,7 @@ static void draw_selected(const struct recording *recording, int x, int y) {
 
 void playback_draw(const struct ride *ride) {
   const int pitch = (canvas_height() - PAGE_TOP - 12) / RECORDINGS;
-  page(ride, ICONS_TITLE_PLAYBACK, "Playback", "2025-06-14");
+  page(ride, ICONS_TITLE_PLAYBACK, phrase(PHRASE_PLAYBACK), "2025-06-14");
   for (int i = 0; i < RECORDINGS; ++i)
     draw_recording(i, PAGE_TOP + i * pitch, pitch - 6);
   draw_selected(&recordings[SELECTED], canvas_width() - MARGIN - STILL_WIDTH, PAGE_TOP + 2);

@@ -1,5 +1,7 @@
 #include "widgets.h"
 
+#include "words.h"
+
 #include <math.h>
 #include <stdio.h>
 
@@ -44,21 +46,30 @@ void status_bar(const struct ride *ride) {
 
 void page(const struct ride *ride, enum icons_image art, const char *title, const char *remark) {
   const int middle = STATUS_BAR + TITLE_BAR / 2 + 2;
-  backdrop(STATUS_BAR);
+  backdrop(STATUS_BAR + TITLE_BAR);
+  fill(0, STATUS_BAR, canvas_width(), TITLE_BAR, BLACK);
   status_bar(ride);
   icon(MARGIN + 14, middle, art, WHITE, CLEAR);
-  text(MARGIN + 42, middle, FONT_TITLE, WHITE, LEFT, "%s", title);
+  words(MARGIN + 42, middle, WORDS_TITLE, BLACK, LEFT, title);
   text(canvas_width() - MARGIN, middle, FONT_BODY, SILVER, RIGHT, "%s", remark);
 }
 
 /* ----------------------------------------------------------------------------------------- small parts */
 
-void card(int x, int y, int width, int height, int is_selected) {
-  fill(x, y, width, height, is_selected ? get_theme_color() : CARD);
+static void framed(int x, int y, int width, int height, int is_selected, uint16_t ground) {
+  fill(x, y, width, height, is_selected ? get_theme_color() : ground);
   if (is_selected)
     frame(x, y, width, height, WHITE, 2);
   else
     outline(x, y, width, height, EDGE);
+}
+
+void card(int x, int y, int width, int height, int is_selected) {
+  framed(x, y, width, height, is_selected, CARD);
+}
+
+void plate(int x, int y, int width, int height, int is_selected) {
+  framed(x, y, width, height, is_selected, BLACK);
 }
 
 void toggle(int right, int middle, int is_on) {

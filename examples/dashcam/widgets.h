@@ -11,10 +11,12 @@ enum { STATUS_BAR = 44, TITLE_BAR = 52, MARGIN = 20, PAGE_TOP = STATUS_BAR + TIT
 void status_bar(const struct ride *ride);
 void status_clock(const struct ride *ride);
 
-/* The background of a page, its status bar and its title, with an icon and a remark at the right. */
+/* The background of a page, its status bar and its title in UTF-8, with an icon and a remark at the right. */
 void page(const struct ride *ride, enum icons_image art, const char *title, const char *remark);
 
+/* A framed ground: a card for bitmap text and icons, a plate, which is black, for smooth text too. */
 void card(int x, int y, int width, int height, int is_selected);
+void plate(int x, int y, int width, int height, int is_selected);
 void toggle(int right, int middle, int is_on);
 void level(int x, int middle, int width, int percent, uint16_t background);
 

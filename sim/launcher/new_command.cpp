@@ -4,6 +4,7 @@
 #include "launcher/commands.hpp"
 
 #include <charconv>
+#include <cstdio>
 #include <filesystem>
 #include <optional>
 #include <zlib.h>
@@ -13,7 +14,21 @@ namespace {
 
 namespace files = std::filesystem;
 
-constexpr const char *host_fonts = "/usr/share/consolefonts";
+constexpr const char *console_fonts = "/usr/share/consolefonts";
+
+/// A font of the host under the name that the library looks for.
+struct smooth_font {
+  const char *name;
+  const char *source;
+  const char *package;
+};
+
+/// Of the two files of fonts-droid-fallback this is the one with all Korean syllables.
+constexpr smooth_font smooth_fonts[] = {
+    {"arial.ttf", "/usr/share/fonts/truetype/liberation/LiberationSans-Regular.ttf", "fonts-liberation"},
+    {"DroidSansFallback.ttf", "/usr/share/fonts-droid-fallback/truetype/DroidSansFallback.ttf",
+     "fonts-droid-fallback"},
+};
 
 bool read_number(std::string_view text, uint32_t &number) {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -89,16 +104,32 @@ std::string unpacked(const std::string &path) {
   return count < 0 ? "" : text;
 }
 
+std::string font_directory(const std::string &board) {
+  return board + "/usr/local/dravik/font/";
+}
+
 /// Fonts are an extra: a host without them makes a board without them.
-bool add_host_fonts(const std::string &directory, std::string &error) {
+bool add_console_fonts(const std::string &board, std::string &error) {
   std::error_code code;
-  for (files::directory_iterator entry{host_fonts, code}; !code && entry != files::directory_iterator{};
+  for (files::directory_iterator entry{console_fonts, code}; !code && entry != files::directory_iterator{};
        entry.increment(code)) {
     const files::path name = entry->path().filename();
     if (!name.string().ends_with(".psf.gz"))
       continue;
-    const std::string target = directory + "/usr/local/dravik/font/" + name.stem().string();
+    const std::string target = font_directory(board) + name.stem().string();
     if (!write_file(target, unpacked(entry->path().string()), error))
+      return false;
+  }
+  return true;
+}
+
+/// Adds what this host does not have to the text.
+bool add_smooth_fonts(const std::string &board, std::string &lacking, std::string &error) {
+  for (const smooth_font &font : smooth_fonts) {
+    std::string contents;
+    if (!read_file(font.source, contents, error))
+      lacking += std::string{lacking.empty() ? "" : ", "} + font.name + " (package " + font.package + ")";
+    else if (!write_file(font_directory(board) + font.name, contents, error))
       return false;
   }
   return true;
@@ -114,8 +145,12 @@ int new_command(arguments given) {
   const screen shown = screen_of(wished);
   if (const char *nonsense = shown.nonsense())
     return fail(nonsense);
-  if (!create_board(wished.directory, shown, error) || !add_host_fonts(wished.directory, error))
+  std::string lacking;
+  if (!create_board(wished.directory, shown, error) || !add_console_fonts(wished.directory, error) ||
+      !add_smooth_fonts(wished.directory, lacking, error))
     return fail(error);
+  if (!lacking.empty())
+    std::printf("no smooth text yet, this machine lacks %s\n", lacking.c_str());
   return 0;
 }
 

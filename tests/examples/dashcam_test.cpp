@@ -47,9 +47,10 @@ void expect_only_progress(const std::string &errors) {
                                    "  /usr/local/dravik/art/digits_(320|640).q7 : 36\n"));
 }
 
-shot screen_of(const std::string &name, const screen &shown, const std::string &time = "14:32:08") {
+shot screen_of(const std::string &name, const screen &shown, const std::string &time = "14:32:08",
+               const std::string &language = "en") {
   const prepared_board on{shown};
-  application dashcam{on, DASHCAM, {"--screen", name, "--time", time}};
+  application dashcam{on, DASHCAM, {"--screen", name, "--time", time, "--language", language}};
   EXPECT_EQ(dashcam.finish(), 0);
   expect_only_progress(dashcam.errors());
   EXPECT_EQ(dashcam.output(), "");
@@ -58,7 +59,8 @@ shot screen_of(const std::string &name, const screen &shown, const std::string &
 
 // -------------------------------------------------------------------------------------------- every screen
 
-const std::string names[] = {"splash", "home", "menu", "settings", "playback", "sensor", "theme", "shutdown"};
+const std::string names[] = {"splash",  "home",      "menu",   "settings", "playback", "gallery",
+                             "journey", "languages", "sensor", "theme",    "shutdown"};
 
 struct panel {
   uint32_t width, height;
@@ -152,6 +154,71 @@ TEST(DashcamMenu, MarksOneTile) {
   EXPECT_EQ(seen.at(30, 120 + 190), card);
 }
 
+/// The labels of the two rows of tiles.
+std::vector<uint16_t> menu_labels(const shot &seen) {
+  std::vector<uint16_t> labels = seen.area(20, 232, 600, 36);
+  const std::vector<uint16_t> below = seen.area(20, 418, 600, 36);
+  labels.insert(labels.end(), below.begin(), below.end());
+  return labels;
+}
+
+TEST(DashcamMenu, SpeaksEveryLanguageInItsOwnWords) {
+  std::set<std::vector<uint16_t>> drawn;
+  for (const std::string language : {"en", "de", "el", "ru", "ja", "ko", "zh"}) {
+    const shot seen = screen_of("menu", screen::of_size(640, 480), "14:32:08", language);
+    EXPECT_TRUE(drawn.insert(menu_labels(seen)).second) << language << " looks like another language";
+    EXPECT_THAT(seen.colours(62, 50, 120, 40), SizeIs(Gt(8))) << "the title in " << language;
+    for (uint32_t tile = 0; tile < 8; ++tile)
+      EXPECT_THAT(seen.colours(24 + tile % 4 * 153, tile < 4 ? 234 : 420, 130, 30), SizeIs(Gt(8)))
+          << "label " << tile << " in " << language;
+  }
+}
+
+TEST(DashcamLanguages, MarksTheChosenOne) {
+  const shot english = screen_of("languages", screen::of_size(640, 480), "14:32:08", "en");
+  EXPECT_EQ(english.at(26, 110), theme);
+  EXPECT_EQ(english.at(26, 110 + 52), black);
+  const shot german = screen_of("languages", screen::of_size(640, 480), "14:32:08", "de");
+  EXPECT_EQ(german.at(26, 110), black);
+  EXPECT_EQ(german.at(26, 110 + 52), theme);
+}
+
+/// The time of day at a stop of the journey.
+std::vector<uint16_t> time_at_stop(const std::string &time, uint32_t stop) {
+  return screen_of("journey", screen::of_size(640, 480), time).area(300, 106 + stop * 60, 80, 52);
+}
+
+TEST(DashcamJourney, ShowsTheTimeOfEachStop) {
+  enum { ATHENS = 1, MOSCOW = 2, BEIJING = 3, TOKYO = 5 };
+  const std::vector<uint16_t> two_in_athens = time_at_stop("13:00:00", ATHENS);
+  EXPECT_TRUE(two_in_athens == time_at_stop("13:00:00", MOSCOW));
+  EXPECT_TRUE(two_in_athens == time_at_stop("08:00:00", BEIJING)) << "six hours ahead";
+  EXPECT_FALSE(two_in_athens == time_at_stop("13:00:00", BEIJING));
+  EXPECT_TRUE(time_at_stop("00:00:00", ATHENS) == time_at_stop("18:00:00", TOKYO)) << "past midnight";
+}
+
+TEST(DashcamGallery, ShowsAnotherPhotographEveryTwoSeconds) {
+  std::set<std::vector<uint16_t>> photographs;
+  const auto photograph_at = [](const std::string &time) {
+    return screen_of("gallery", screen::of_size(640, 480), time).area(40, 60, 560, 260);
+  };
+  for (const std::string time : {"14:32:08", "14:32:10", "14:32:12", "14:32:14"})
+    photographs.insert(photograph_at(time));
+  EXPECT_THAT(photographs, SizeIs(4));
+  for (const std::vector<uint16_t> &photograph : photographs)
+    EXPECT_THAT(std::set<uint16_t>(photograph.begin(), photograph.end()), SizeIs(Gt(300)));
+  EXPECT_THAT(photographs, Contains(photograph_at("14:32:17")));
+}
+
+TEST(DashcamGallery, HasBaselineAndProgressiveFiles) {
+  const prepared_board on{screen::of_size(640, 480)};
+  const std::string baseline = "\xFF\xC0", progressive = "\xFF\xC2"; // the markers that begin a frame
+  for (const std::string name : {"alps", "city"})
+    EXPECT_THAT(on.read("usr/local/dravik/jpg/" + name + "_640.jpg"), HasSubstr(baseline)) << name;
+  for (const std::string name : {"coast", "road"})
+    EXPECT_THAT(on.read("usr/local/dravik/jpg/" + name + "_640.jpg"), HasSubstr(progressive)) << name;
+}
+
 TEST(DashcamTheme, ShowsItsColours) {
   const shot seen = screen_of("theme", screen::of_size(640, 480));
   EXPECT_EQ(seen.at(95 - 25, 146), theme);
@@ -222,7 +289,8 @@ INSTANTIATE_TEST_SUITE_P(Wrong, DashcamCommandLine,
                                          words{"--turns", "0"}, words{"--turns", "2x"},
                                          words{"--seconds", "-1"}, words{"--seconds", "99999999999999999999"},
                                          words{"--time", "24:00:00"}, words{"--time", "14:32"},
-                                         words{"--time", "14:32:08s"}, words{"--colour", "red"}));
+                                         words{"--time", "14:32:08s"}, words{"--colour", "red"},
+                                         words{"--language", "tlh"}, words{"--language"}));
 
 TEST(Dashcam, SaysWhenItsFilesAreMissing) {
   const board on;
@@ -230,6 +298,13 @@ TEST(Dashcam, SaysWhenItsFilesAreMissing) {
   EXPECT_EQ(dashcam.finish(), 1);
   EXPECT_THAT(dashcam.errors(),
               HasSubstr("dashcam: fonts, artwork or pictures are missing in /usr/local/dravik\n"));
+}
+
+TEST(Dashcam, NoticesAMissingFontForSmoothText) {
+  const prepared_board on{screen::of_size(640, 480)};
+  on.remove("usr/local/dravik/font/DroidSansFallback.ttf");
+  application dashcam{on, DASHCAM, {"--screen", "home"}};
+  EXPECT_EQ(dashcam.finish(), 1);
 }
 
 TEST(Dashcam, NoticesOneMissingPicture) {

@@ -128,6 +128,31 @@ TEST_F(SimLauncher, NewUnpacksTheFontsOfTheHost) {
   EXPECT_THAT(text_of("desk/usr/local/dravik/font/Lat15-Fixed16.psf"), StartsWith("\x36\x04"));
 }
 
+/// The whole of a file of this host; empty when there is none.
+std::string host_file(const std::string &path) {
+  FILE *file = std::fopen(path.c_str(), "r");
+  return file != nullptr ? contents(file) : "";
+}
+
+TEST_F(SimLauncher, NewCopiesTheFontsForSmoothText) {
+  const std::string latin = host_file("/usr/share/fonts/truetype/liberation/LiberationSans-Regular.ttf");
+  const std::string other = host_file("/usr/share/fonts-droid-fallback/truetype/DroidSansFallback.ttf");
+  const outcome result = launch({"new", at("desk")});
+  EXPECT_EQ(result.exit_status(), 0);
+  EXPECT_TRUE(text_of("desk/usr/local/dravik/font/arial.ttf") == latin);
+  EXPECT_TRUE(text_of("desk/usr/local/dravik/font/DroidSansFallback.ttf") == other);
+  EXPECT_EQ(result.output.find("arial.ttf (package fonts-liberation)") == std::string::npos, !latin.empty());
+  EXPECT_EQ(result.output.find("DroidSansFallback.ttf (package fonts-droid-fallback)") == std::string::npos,
+            !other.empty());
+  EXPECT_EQ(result.output.empty(), !latin.empty() && !other.empty()) << result.output;
+}
+
+TEST_F(SimLauncher, NewMakesTheFolderOfTheMemoryCard) {
+  EXPECT_EQ(launch({"new", at("desk")}).exit_status(), 0);
+  EXPECT_TRUE(std::filesystem::is_directory(at("desk/tmp/mmcblk0p1")));
+  EXPECT_TRUE(std::filesystem::is_empty(at("desk/tmp/mmcblk0p1")));
+}
+
 TEST_F(SimLauncher, NewRefusesGeometriesThatMakeNoSense) {
   expect_error(launch({"new", at("b"), "--size", "0x480"}), 1, "the screen has no pixels");
   expect_error(launch({"new", at("b"), "--size", "640x0"}), 1, "the screen has no pixels");

@@ -1,0 +1,36 @@
+/* What the interface says, in the languages of its users. All text is UTF-8. */
+#ifndef PHRASES_H
+#define PHRASES_H
+
+enum phrase {
+  PHRASE_LANGUAGE_NAME,
+  PHRASE_GREETING,
+  PHRASE_MENU,
+  PHRASE_VIDEO,
+  PHRASE_PLAYBACK,
+  PHRASE_SENSOR,
+  PHRASE_PARKING,
+  PHRASE_CARD,
+  PHRASE_SETTINGS,
+  PHRASE_THEME,
+  PHRASE_POWER_OFF,
+  PHRASE_LANGUAGE,
+  PHRASE_JOURNEY,
+  PHRASE_PLACE, /* where the ride is */
+  PHRASES
+};
+enum { LANGUAGES = 7 };
+
+/* In the chosen language, or in any of them by its number. */
+const char *phrase(enum phrase which);
+const char *phrase_in(int language, enum phrase which);
+
+int chosen_language(void);
+
+/* Chooses by a code: en, de, el, ru, ja, ko or zh. Gives 0, or -1 when there is no such language. */
+int choose_language(const char *code);
+
+/* Takes the next language; the first after a whole round. */
+void next_language(void);
+
+#endif
