@@ -45,10 +45,14 @@ std::atomic_ref<int32_t> stop_flag() noexcept {
 
 // ------------------------------------------------------------------------------------------------ the ring
 
-/// One byte is free. A tail that stands on the end counts as the start.
+/// A position in the ring as an index; the end counts as the start.
+size_t index_of(const char *position) noexcept {
+  return static_cast<size_t>(position - ring_buf) % ring_size;
+}
+
+/// One byte is free.
 bool is_full() noexcept {
-  const auto tail = static_cast<size_t>(ptr_rb_tail - ring_buf) % ring_size;
-  return (tail + 1) % ring_size == static_cast<size_t>(ptr_rb_head - ring_buf);
+  return (index_of(ptr_rb_tail) + 1) % ring_size == index_of(ptr_rb_head);
 }
 
 /// Stores a message, whatever it overwrites: only a full ring refuses. Kept on purpose.
