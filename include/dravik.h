@@ -669,6 +669,402 @@ DRAVIK_API int log_printf(const char *format, ...) DRAVIK_NOEXCEPT DRAVIK_PRINTF
 
 /** @} */
 
+/**
+ * @defgroup console Serial console
+ * Text for the first serial port, "/dev/ttyS0" at 115200 baud. Messages wait in a ring of 4096 bytes, which a
+ * thread of the library sends every millisecond, so that nobody waits for the port.
+ * @{
+ */
+
+/** The ring. */
+extern DRAVIK_API char ring_buf[4096];
+/** The next byte to be sent; null before console_init(). */
+extern DRAVIK_API char *ptr_rb_head;
+/** Where the next message goes; may stand one past the ring's last byte. Null before console_init(). */
+extern DRAVIK_API char *ptr_rb_tail;
+/** The start of the last message, up to 255 characters. */
+extern DRAVIK_API char console_msg[256];
+/** The whole length of the last message. */
+extern DRAVIK_API int32_t console_msg_len;
+/** Descriptor of the port; -1 before console_init() and after console_exit(). */
+extern DRAVIK_API int32_t console_write_fd;
+/** 1 once the sending thread was told to end. */
+extern DRAVIK_API int32_t __console_io_canceled_write; /* NOLINT(bugprone-reserved-identifier) */
+
+/**
+ * Open the port, make it raw and start the sending thread. Meant to be called once in a process: after
+ * console_exit() the thread ends at once.
+ * @return 0, also when the thread cannot be started; -1 when the port's settings cannot be read or written
+ * ("Can't get port settings", "Can't set port settings" on standard error)
+ */
+DRAVIK_API int console_init(void) DRAVIK_NOEXCEPT;
+
+/**
+ * Queue a message for the port; any thread may call it. Before console_init() it does nothing.
+ *
+ * A message is refused, with "ring buffer full, skip console msg" on standard error, only when all but one
+ * byte of the ring wait to be sent. A longer one than the room left overwrites what has waited longest. Of a
+ * message longer than the ring its first 4095 bytes are sent.
+ * @param format  a printf() format, followed by its arguments
+ * @return 0
+ */
+DRAVIK_API int console_printf(const char *format, ...) DRAVIK_NOEXCEPT DRAVIK_PRINTF(1, 2);
+
+/**
+ * End the sending thread and close the port. What was queued since the thread's last round is not sent.
+ * Standard error gets "console_exit+" and "console_exit-".
+ * @return the result of flushing standard error: 0, or EOF
+ */
+DRAVIK_API int console_exit(void) DRAVIK_NOEXCEPT;
+
+/**
+ * Read one character from standard input without line editing and echo. The terminal is as before afterwards.
+ * Programs that use curses get its macro of this name: include its header first and undefine it.
+ * @return the character, or EOF
+ */
+DRAVIK_API int getch(void) DRAVIK_NOEXCEPT;
+
+/** @} */
+
+/**
+ * @defgroup adc Analogue inputs and temperature
+ * Four channels of 10 bits, read at each call from the driver's "/proc/ambarella/adc": a line a channel, its
+ * value as one to three hexadecimal digits from the tenth character on. When it cannot be opened, each call
+ * writes "open /proc/ambarella/adc error!" to standard error and returns -1.
+ * @{
+ */
+
+/** The temperature in thousandths of a degree Celsius of each code from 64 to 767; entry i belongs to code i
+ * + 64. */
+extern DRAVIK_API const int32_t adc_temp_table[704];
+
+/**
+ * Read the line of a channel.
+ * @param channel  only its two low bits count
+ * @param dst      receives the line with its end, at most 30 characters; owned by the caller, at least 31
+ * bytes long; untouched on failure
+ * @return 0, or -1
+ */
+DRAVIK_API int32_t read_adc_str(int32_t channel, char *dst) DRAVIK_NOEXCEPT;
+
+/**
+ * The line of a channel as a number: atohex() of the whole line, its low 10 bits.
+ * @param channel  only its two low bits count
+ * @return 0 to 1023; -1 when the line is missing or the file cannot be opened
+ */
+DRAVIK_API int32_t read_adc_hex(int32_t channel) DRAVIK_NOEXCEPT;
+
+/**
+ * Read the codes of all channels. A line that is not 10 to 12 characters long, its end counted, gives the
+ * code of the channel before it; 0 for the first.
+ * @param codes  receives 4 codes, 0 to 1023; owned by the caller; untouched on failure
+ * @return 0, or -1
+ */
+DRAVIK_API int32_t read_adc(uint32_t *codes) DRAVIK_NOEXCEPT;
+
+/**
+ * The board's temperature, from channel 1.
+ * @return thousandths of a degree Celsius; 117000 and -1000 for codes below and above the table; -1 when the
+ * file cannot be opened
+ */
+DRAVIK_API int32_t read_temperature(void) DRAVIK_NOEXCEPT;
+
+/** @} */
+
+/**
+ * @defgroup backlight Backlight
+ * The LCD's backlight in "/sys/class/backlight/pwm-backlight.0". Every step is told in the event log.
+ * @{
+ */
+
+/**
+ * Open the backlight's two files, those that are not open yet.
+ * @return 1 when both are open; 0 when one cannot be opened ("lcd backlight : init err, pwm_dev=%s" in the
+ * event log)
+ */
+DRAVIK_API int32_t lcd_bl_init(void) DRAVIK_NOEXCEPT;
+
+/**
+ * Set the brightness.
+ * @param level  0 to 1000; what is outside is taken as the nearest of them. 1, 500 and 1000 are logged as
+ * "low", "medium" and "high"
+ * @return the result of the last log_printf()
+ */
+DRAVIK_API int32_t lcd_bl_set(int32_t level) DRAVIK_NOEXCEPT;
+
+/**
+ * Turn the backlight off and blank the panel. The log says "turn off err" whenever the file is open, whatever
+ * happened.
+ * @return the result of the last log_printf()
+ */
+DRAVIK_API int32_t lcd_bl_off(void) DRAVIK_NOEXCEPT;
+
+/** Turn the backlight on and unblank the panel. @return the result of the last log_printf() */
+DRAVIK_API int32_t lcd_bl_on(void) DRAVIK_NOEXCEPT;
+
+/** Close the backlight's files. */
+DRAVIK_API void lcd_bl_exit(void) DRAVIK_NOEXCEPT;
+
+/** @} */
+
+/**
+ * @defgroup gpio GPIO lines and the status LED
+ * Lines are read and driven through the vendor's debug driver "/dev/ambad". Without gpio_init() every call
+ * returns -1.
+ * @{
+ */
+
+/** Descriptor of the driver; -1 when it is not open. Keeps its number after gpio_exit(). */
+extern DRAVIK_API int32_t gpiofd;
+
+/**
+ * Open the driver, if "/proc/modules" names it.
+ * @return 0; -1 with the reason on standard error (perror() of "/proc/modules" or "/dev/ambad")
+ */
+DRAVIK_API int32_t gpio_init(void) DRAVIK_NOEXCEPT;
+
+/**
+ * Read a line.
+ * @param line  its number
+ * @return its level, 0 or 1; -1 when the driver is not open or refuses (perror() of
+ * "AMBA_DEBUG_IOC_GET_GPIO")
+ */
+DRAVIK_API int32_t gpio_get(uint32_t line) DRAVIK_NOEXCEPT;
+
+/**
+ * Drive a line.
+ * @param line   its number
+ * @param level  only bit 0 counts
+ * @return that level; -1 when the driver is not open or refuses (perror() of "AMBA_DEBUG_IOC_SET_GPIO")
+ */
+DRAVIK_API int32_t gpio_set(uint32_t line, uint32_t level) DRAVIK_NOEXCEPT;
+
+/** Close the driver. @return the result of close(), or ::gpiofd itself when that is negative */
+DRAVIK_API int32_t gpio_exit(void) DRAVIK_NOEXCEPT;
+
+/** Show the status LED red. @return the result of the second of its two gpio_set() calls; so with the others
+ */
+DRAVIK_API int32_t led_red(void) DRAVIK_NOEXCEPT;
+/** Show the status LED green. */
+DRAVIK_API int32_t led_green(void) DRAVIK_NOEXCEPT;
+/** Show the status LED orange: both colours. */
+DRAVIK_API int32_t led_orange(void) DRAVIK_NOEXCEPT;
+/** Switch the status LED off. */
+DRAVIK_API int32_t led_off(void) DRAVIK_NOEXCEPT;
+
+/** @} */
+
+/**
+ * @defgroup gsensor Accelerometer
+ * Three axes on I2C bus 0. Steps and failures are told on standard error; a failed register access does not
+ * end a sequence.
+ * @{
+ */
+
+/**
+ * Open and configure the sensor: 100 readings a second, high resolution.
+ * @return 0, also when registers could not be set or the sensor is another; -1 when the bus cannot be opened
+ */
+DRAVIK_API int32_t gsensor_init(void) DRAVIK_NOEXCEPT;
+
+/** Wait while the sensor tells an overrun without new data. @return 0 */
+DRAVIK_API int32_t gsensor_check_data_ready(void) DRAVIK_NOEXCEPT;
+
+/**
+ * Read the three axes: six register reads, twelve system calls.
+ * @param x,y,z  receive the axes in counts of half a step of 12 bits, -4096 to 4094; before gsensor_init()
+ * all 0
+ */
+DRAVIK_API void gsensor_get_data(int32_t *x, int32_t *y, int32_t *z) DRAVIK_NOEXCEPT;
+
+/** Leave the sensor in its low-power mode and close the bus. @return the result of close() */
+DRAVIK_API int32_t gsensor_exit(void) DRAVIK_NOEXCEPT;
+
+/** @} */
+
+/**
+ * @defgroup probes Probes
+ * Small questions to the running system, without state and without messages.
+ * @{
+ */
+
+/** Whether a monitor is attached. @return 1: yes, 0: no, -1: the driver's report is missing or says something
+ * else */
+DRAVIK_API int32_t hdmi_detect(void) DRAVIK_NOEXCEPT;
+
+/**
+ * The language of the splash screen, from flash.
+ * @param lang  receives two letters and a NUL, or an empty string on failure; at least 3 bytes
+ * @return 0; -1 when the flash could not be dumped to "/tmp/ptb"
+ */
+DRAVIK_API int32_t get_splash_lang(char *lang) DRAVIK_NOEXCEPT;
+
+/**
+ * The hardware address of a network interface.
+ * @param ifname  its name; one of 16 characters or more is none
+ * @param mac     receives 6 bytes, all 0 when there is no such interface
+ * @return 0
+ */
+DRAVIK_API int32_t get_netdev_mac(const char *ifname, uint8_t *mac) DRAVIK_NOEXCEPT;
+
+/**
+ * The IPv4 address of a network interface, the last of several.
+ * @param ifname  its name
+ * @param ip      receives the address as text with a NUL, at most 16 bytes; untouched unless 0 is returned
+ * @return 0; 1 when the interface has no IPv4 address; -1 when it does not exist or has no address at all
+ */
+DRAVIK_API int32_t get_netdev_ip(const char *ifname, char *ip) DRAVIK_NOEXCEPT;
+
+/** Milliseconds of a clock that is never set; wraps after 49.7 days. */
+DRAVIK_API uint32_t get_tick_count(void) DRAVIK_NOEXCEPT;
+
+/** @} */
+
+/**
+ * @defgroup sd_card SD card
+ * The card is "/dev/mmcblk0" with one partition, mounted on "/tmp/mmcblk0p1".
+ *
+ * The status byte of the checks: 0x80 present, 0x40 write-locked, 0x20 partitioned, 0x10 mounted, 0x08 FAT32,
+ * 0x04 writable. A healthy card is 0xBC. The single checks set and clear their own bits of it.
+ * @{
+ */
+
+/** Whether a card is in the slot. @return 0: yes, -1: no */
+DRAVIK_API int32_t sd_card_check_plugin(void) DRAVIK_NOEXCEPT;
+
+/** Whether the card's lock switch is off, by GPIO line 68. @return 1: off, 0: on, or the line cannot be read
+ */
+DRAVIK_API int32_t sd_card_check_lock(void) DRAVIK_NOEXCEPT;
+
+/** Whether the card has its partition. @return 0: yes, 1: no. perror() of "fopen" when the system's list is
+ * missing */
+DRAVIK_API int32_t sd_card_check_part(void) DRAVIK_NOEXCEPT;
+
+/** Whether the card is mounted as writable FAT32. @return 0: yes, 1: no. perror() of "fopen" as above */
+DRAVIK_API int32_t sd_card_check_mount(void) DRAVIK_NOEXCEPT;
+
+/**
+ * All checks, from a cleared status byte on.
+ * @param status  receives the status byte
+ * @return 0 when it is 0xBC, else 1
+ */
+DRAVIK_API int32_t sd_card_check(uint8_t *status) DRAVIK_NOEXCEPT;
+
+/**
+ * The size of the card.
+ * @param sectors  receives it in sectors of 512 bytes; 0 when it cannot be read
+ * @return MiB
+ */
+DRAVIK_API int32_t sd_card_get_raw_size(uint32_t *sectors) DRAVIK_NOEXCEPT;
+
+/** The size of the card's file system. @return MiB; without a mounted card, of what holds its mount point */
+DRAVIK_API int32_t sd_card_get_part_size(void) DRAVIK_NOEXCEPT;
+
+/** The room left on it for ordinary users. @return MiB */
+DRAVIK_API int32_t sd_card_get_free_space(void) DRAVIK_NOEXCEPT;
+
+/**
+ * Unmount, repair and mount the card's file system. The status of each command is written to "/tmp/debugfs".
+ * Recording must have stopped.
+ * @return 0
+ */
+DRAVIK_API int32_t sd_card_check_fs(void) DRAVIK_NOEXCEPT;
+
+/**
+ * Write a new partition table with one FAT32 partition to the card and reboot. What the card holds is lost.
+ * @param sectors  the card's size in sectors of 512 bytes, from sd_card_get_raw_size()
+ * @return -1 when "/tmp/mbr.img" cannot be made; 1 if the reboot command returns at all
+ */
+DRAVIK_API int32_t sd_card_create_part(uint32_t sectors) DRAVIK_NOEXCEPT;
+
+/** Make a new file system on the card and reboot. What the card holds is lost. @return 1 if that returns at
+ * all */
+DRAVIK_API int32_t sd_card_format(void) DRAVIK_NOEXCEPT;
+
+/** What parse_rec_file_list() finds. */
+struct rec_file_list {
+  int32_t normal_count;  /**< normal recordings (KVX00000.TS to KVX99999.TS, in any case) */
+  int32_t normal_oldest; /**< number of the oldest of them, or -1 */
+  int32_t normal_size;   /**< their size together in MiB */
+  int32_t event_count;   /**< slots that hold event recordings (EMA00000.TS to EME99999.TS), 0 to 5 */
+  int32_t event_oldest;  /**< slot of the oldest event recording, 0 to 4, or -1 */
+  int32_t event_next;    /**< the first free slot after that, or -1 when none is free */
+};
+
+/**
+ * Survey the recordings in "/tmp/mmcblk0p1/REC". The process's working directory changes during the call.
+ * @param list  receives the result; all 0 or all -1 after a failure
+ * @return 0; -1 with the reason in the event log: "parse_rec_file_list() : getcwd err!" (also for a working
+ * directory of 64 bytes or more), "... : stat/chdir err! : %s" or "... : opendir err! : %s"
+ */
+DRAVIK_API int parse_rec_file_list(struct rec_file_list *list) DRAVIK_NOEXCEPT;
+
+/** @} */
+
+/**
+ * @defgroup checksums Checksums, hexadecimal text and region
+ * All of these may be called from any thread.
+ * @{
+ */
+
+/**
+ * CRC-32, as of zlib, PNG and Ethernet.
+ * @param data    the bytes
+ * @param length  their number; more than 2147483647 counts as negative
+ * @return the checksum; 0 for a length of 0 or less
+ */
+DRAVIK_API uint32_t get_data_crc(const void *data, uint32_t length) DRAVIK_NOEXCEPT;
+
+/**
+ * CRC-32 of a whole file, which is read into memory.
+ * @param path  the file
+ * @return the checksum; 0 for an empty file; 0xFFFFFFFF when it cannot be opened or memory is short
+ */
+DRAVIK_API uint32_t get_file_crc(const char *path) DRAVIK_NOEXCEPT;
+
+/**
+ * Read hexadecimal digits, in either case. Any other character counts as a place too and repeats the digit
+ * before it (0 at the start); of more than eight places the last eight count.
+ * @param text  the digits
+ * @return the number; 0 for an empty text
+ */
+DRAVIK_API uint32_t atohex(const char *text) DRAVIK_NOEXCEPT;
+
+/** A region that the device is sold in. */
+struct area_code {
+  uint8_t index;          /**< its place in the list */
+  char upper[4];          /**< two upper-case letters */
+  char lower[7];          /**< two lower-case letters */
+  uint32_t dialling_code; /**< the region's number */
+};
+
+/** The regions. */
+extern DRAVIK_API const struct area_code area_code_list[10];
+
+/**
+ * Find the region number of a region value.
+ * @param value  the checksum that stands for a number
+ * @return 0 to 1023, or 0xFFFFFFFF when it stands for none
+ */
+DRAVIK_API uint32_t get_area_id(uint32_t value) DRAVIK_NOEXCEPT;
+
+/**
+ * Find the region number of a region file. What a file shorter than 4 bytes lacks is zero.
+ * @param path  the file
+ * @return 0 to 1023, or 0xFFFFFFFF when it cannot be opened or stands for none
+ */
+DRAVIK_API uint32_t get_area_id_file(const char *path) DRAVIK_NOEXCEPT;
+
+/**
+ * The device's region, from "/tmp/add/areacode.bin".
+ * @param code  receives two letters and a NUL, at least 3 bytes: those of ::area_code_list, "tw" for a number
+ * that is not in it or a value that stands for none, nothing when the file cannot be opened
+ * @return the number, 0 to 1023; 0xFFFFFFFF on failure
+ */
+DRAVIK_API uint32_t get_area_code(char *code) DRAVIK_NOEXCEPT;
+
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

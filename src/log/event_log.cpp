@@ -1,5 +1,6 @@
 // The event log: one line a call, stamped, appended to a file that stops growing at its cap.
 
+#include "base/mutex_lock.hpp"
 #include "base/unique_file.hpp"
 #include "dravik.h"
 
@@ -26,14 +27,6 @@ constexpr off_t size_cap = 262144;
 constinit pthread_mutex_t log_mutex = PTHREAD_MUTEX_INITIALIZER;
 // 1: no banner was written yet; 2: it was, and ::tlogst holds the origin.
 constinit int log_state = 1;
-
-class lock {
-public:
-  lock() noexcept { pthread_mutex_lock(&log_mutex); }
-  ~lock() noexcept { pthread_mutex_unlock(&log_mutex); }
-  lock(const lock &) = delete;
-  lock &operator=(const lock &) = delete;
-};
 
 bool is_full() noexcept {
   struct stat status;
@@ -70,7 +63,7 @@ void write_stamp(std::FILE *file) noexcept {
 }
 
 DRAVIK_PRINTF(1, 0) int write_line(const char *format, va_list arguments) noexcept {
-  const lock one_line_at_a_time;
+  const mutex_lock one_line_at_a_time{log_mutex};
   if (is_full())
     return 0;
   std::array<char, 1024> buffer;

@@ -1,0 +1,110 @@
+// GPIO lines through the vendor's debug driver, and the status LED on two of them.
+
+#include "base/unique_file.hpp"
+#include "dravik.h"
+
+#include <array>
+#include <fcntl.h>
+#include <string_view>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+extern "C" {
+constinit int32_t gpiofd = -1;
+}
+
+namespace dravik::board {
+namespace {
+
+constexpr const char *device_path = "/dev/ambad";
+constexpr const char *modules_file = "/proc/modules";
+constexpr std::string_view driver = "ambad";
+constexpr int line_limit = 255; ///< of the module list, with its end
+
+constexpr unsigned long AMBA_DEBUG_IOC_GET_GPIO = 0x800464CB;
+constexpr unsigned long AMBA_DEBUG_IOC_SET_GPIO = 0x400464CB;
+
+constexpr uint32_t led_line_red = 82;
+constexpr uint32_t led_line_green = 83;
+
+struct gpio_request {
+  uint32_t line;
+  uint32_t level;
+};
+static_assert(sizeof(gpio_request) == 8);
+
+/// The text up to the first blank; a line end belongs to it.
+std::string_view first_token(std::string_view line) noexcept {
+  line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
+  return line.substr(0, line.find(' '));
+}
+
+bool is_driver_loaded() noexcept {
+  const unique_file file = open_file(modules_file, "r");
+  if (file == nullptr) {
+    std::perror(modules_file);
+    return false;
+  }
+  std::array<char, line_limit> line;
+  while (std::fgets(line.data(), line_limit, file.get()) != nullptr)
+    if (first_token(line.data()) == driver)
+      return true;
+  return false;
+}
+
+int32_t request(unsigned long number, const char *name, gpio_request record) noexcept {
+  if (gpiofd < 0)
+    return -1;
+  if (::ioctl(gpiofd, number, &record) < 0) {
+    std::perror(name);
+    return -1;
+  }
+  return static_cast<int32_t>(record.level);
+}
+
+int32_t show_led(uint32_t red, uint32_t green) noexcept {
+  gpio_set(led_line_red, red);
+  return gpio_set(led_line_green, green);
+}
+
+} // namespace
+} // namespace dravik::board
+
+extern "C" {
+
+using namespace dravik::board;
+
+int32_t gpio_init() noexcept {
+  gpiofd = is_driver_loaded() ? ::open(device_path, O_RDWR) : -1;
+  if (gpiofd >= 0)
+    return 0;
+  std::perror(device_path);
+  return -1;
+}
+
+int32_t gpio_get(uint32_t line) noexcept {
+  return request(AMBA_DEBUG_IOC_GET_GPIO, "AMBA_DEBUG_IOC_GET_GPIO", {line, 0});
+}
+
+int32_t gpio_set(uint32_t line, uint32_t level) noexcept {
+  return request(AMBA_DEBUG_IOC_SET_GPIO, "AMBA_DEBUG_IOC_SET_GPIO", {line, level & 1});
+}
+
+int32_t gpio_exit() noexcept {
+  return gpiofd < 0 ? gpiofd : ::close(gpiofd);
+}
+
+int32_t led_red() noexcept {
+  return show_led(1, 0);
+}
+int32_t led_green() noexcept {
+  return show_led(0, 1);
+}
+int32_t led_orange() noexcept {
+  return show_led(1, 1);
+}
+int32_t led_off() noexcept {
+  return show_led(0, 0);
+}
+
+} // extern "C"
