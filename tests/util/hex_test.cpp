@@ -1,10 +1,10 @@
 // Hexadecimal text as numbers, odd texts included.
 
 #include "dravik.h"
+#include "support/hex_model.hpp"
 #include "support/random.hpp"
 
 #include <gtest/gtest.h>
-#include <string>
 
 namespace dravik::test {
 namespace {
@@ -58,17 +58,6 @@ TEST(Atohex, NeighboursOfTheDigitsAreNotDigits) {
   expect_all({{"5/", 0x55}, {"5:", 0x55}, {"5@", 0x55}, {"5G", 0x55}, {"5`", 0x55}, {"5g", 0x55}});
 }
 
-/// The number by the digits alone: each place looks back for the nearest digit.
-uint32_t model(const std::string &text) {
-  uint64_t number = 0;
-  for (size_t end = 1; end <= text.size(); ++end) {
-    const size_t found = text.find_last_of("0123456789abcdefABCDEF", end - 1);
-    const uint64_t digit = found == text.npos ? 0 : std::stoull(text.substr(found, 1), nullptr, 16);
-    number = (number * 16 + digit) % (uint64_t{1} << 32);
-  }
-  return static_cast<uint32_t>(number);
-}
-
 TEST(Atohex, RandomTextsAgreeWithTheModel) {
   seeded_random random;
   for (int i = 0; i < 20000; ++i) {
@@ -77,7 +66,7 @@ TEST(Atohex, RandomTextsAgreeWithTheModel) {
     for (char &c : text)
       c = mostly_digits && !random.one_in(5) ? "0123456789abcdefABCDEF"[random.between(0, 21)]
                                              : static_cast<char>(random.between(1, 255));
-    ASSERT_EQ(atohex(text.c_str()), model(text)) << '"' << text << '"';
+    ASSERT_EQ(atohex(text.c_str()), hex_model(text)) << '"' << text << '"';
   }
 }
 
