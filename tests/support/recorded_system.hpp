@@ -40,6 +40,7 @@ template <class Function> bool is_first_definition(const char *name, Function *o
 /// Ends the program unless the library's commands come to the recorder: by the loader's order of definitions,
 /// then by the one command of the library that harms nobody. Begins a new record.
 inline void require_recorder() {
+  command_result = nullptr;
   bool in_charge = is_first_definition("system", &::system) && is_first_definition("sync", &::sync);
   if (in_charge) {
     recorded_commands.clear();
@@ -52,7 +53,6 @@ inline void require_recorder() {
     ::_exit(EXIT_FAILURE);
   }
   recorded_commands.clear();
-  command_result = nullptr;
 }
 
 } // namespace dravik::test
