@@ -18,6 +18,24 @@ namespace dravik::test {
 /// The six words of the result.
 using survey = std::array<int32_t, 6>;
 
+/// The slot for the next event, 0 to 4, by the slots in use and the oldest of them.
+inline int32_t next_slot(const std::array<bool, 5> &used, int32_t oldest) {
+  for (int32_t slot = oldest + 1; slot < 5; ++slot)
+    if (!used[static_cast<size_t>(slot)])
+      return slot;
+  for (int32_t slot = 0; slot < oldest; ++slot)
+    if (!used[static_cast<size_t>(slot)])
+      return slot;
+  return -1;
+}
+
+/// The name of an event recording; the slots are 0 to 4.
+inline std::string event_name(int slot, int number = 1) {
+  char name[16];
+  std::snprintf(name, sizeof name, "EM%c%05d.TS", "ABCDE"[slot], number % 100000);
+  return name;
+}
+
 class recordings_fixture : public testing::Test {
 protected:
   recordings_fixture() {

@@ -27,17 +27,6 @@ protected:
   survey model() const;
 };
 
-/// The slot for the next event, 0 to 4, by the slots in use and the oldest of them.
-int32_t next_slot(const std::array<bool, 5> &used, int32_t oldest) {
-  for (int32_t slot = oldest + 1; slot < 5; ++slot)
-    if (!used[static_cast<size_t>(slot)])
-      return slot;
-  for (int32_t slot = 0; slot < oldest; ++slot)
-    if (!used[static_cast<size_t>(slot)])
-      return slot;
-  return -1;
-}
-
 survey Recordings::model() const {
   const std::regex normal("KVX([0-9]{5})\\.TS", std::regex::icase),
       event("EM([A-E])[0-9]{5}\\.TS", std::regex::icase);
@@ -320,52 +309,6 @@ TEST_F(Recordings, SumWrapsAtSixtyFourGibibytes) {
 TEST_F(Recordings, EventsDoNotAddToTheSize) {
   add("EMA00001.TS", 1000, 5 * mebibyte);
   EXPECT_EQ(found()[2], 0);
-}
-
-// --------------------------------------------------------------------------------------------------------
-// slots
-
-std::string event_name(int slot, int number = 1) {
-  char name[16];
-  std::snprintf(name, sizeof name, "EM%c%05d.TS", "ABCDE"[slot], number % 100000);
-  return name;
-}
-
-TEST_F(Recordings, EverySetOfSlotsWithEachOfThemOldest) {
-  for (unsigned set = 1; set < 32; ++set)
-    for (int oldest = 0; oldest < 5; ++oldest) {
-      std::array<bool, 5> used = {};
-      if ((set >> oldest & 1) == 0)
-        continue;
-      clear();
-      for (int slot = 0; slot < 5; ++slot)
-        if ((set >> slot & 1) != 0) {
-          used[static_cast<size_t>(slot)] = true;
-          add(event_name(slot), slot == oldest ? 10 : 20 + slot);
-        }
-      const int32_t count = used[0] + used[1] + used[2] + used[3] + used[4];
-      EXPECT_EQ(found(), (survey{0, -1, 0, count, oldest, next_slot(used, oldest)})) << set << ' ' << oldest;
-    }
-}
-
-TEST_F(Recordings, NextSlotFollowsTheOldest) {
-  add("EMA00001.TS", 300);
-  add("EMB00001.TS", 100);
-  add("EMD00001.TS", 200);
-  EXPECT_EQ(found(), (survey{0, -1, 0, 3, 1, 2}));
-  add("EMD00001.TS", 50);
-  EXPECT_EQ(found(), (survey{0, -1, 0, 3, 3, 4}));
-}
-
-TEST_F(Recordings, NextSlotGoesRound) {
-  add("EME00001.TS", 100);
-  EXPECT_EQ(found(), (survey{0, -1, 0, 1, 4, 0}));
-}
-
-TEST_F(Recordings, NoNextSlotWhenAllAreInUse) {
-  for (int slot = 0; slot < 5; ++slot)
-    add(event_name(slot, slot + 1), 100 + slot);
-  EXPECT_EQ(found(), (survey{0, -1, 0, 5, 0, -1}));
 }
 
 // ---------------------------------------------------------------------------------------------------- the
