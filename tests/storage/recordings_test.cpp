@@ -6,8 +6,8 @@
 
 #include <cstddef>
 #include <dirent.h>
+#include <fnmatch.h>
 #include <optional>
-#include <regex>
 
 namespace dravik::test {
 namespace {
@@ -27,9 +27,11 @@ protected:
   survey model() const;
 };
 
+bool matches(const std::string &name, const char *pattern) {
+  return ::fnmatch(pattern, name.c_str(), FNM_CASEFOLD) == 0;
+}
+
 survey Recordings::model() const {
-  const std::regex normal("KVX([0-9]{5})\\.TS", std::regex::icase),
-      event("EM([A-E])[0-9]{5}\\.TS", std::regex::icase);
   std::optional<std::pair<time_t, int32_t>> oldest_normal, oldest_event;
   const auto consider = [](auto &oldest, time_t time, int32_t which) {
     if (!oldest || time < oldest->first)
@@ -42,13 +44,12 @@ survey Recordings::model() const {
     struct stat status;
     if (::stat(path_of(name).c_str(), &status) != 0 || !S_ISREG(status.st_mode))
       continue;
-    std::smatch match;
-    if (std::regex_match(name, match, normal)) {
+    if (matches(name, "KVX[0-9][0-9][0-9][0-9][0-9].TS")) {
       ++count;
       sixteenths += static_cast<uint64_t>(status.st_size) / 16;
-      consider(oldest_normal, status.st_mtime, std::stoi(match[1]));
-    } else if (std::regex_match(name, match, event)) {
-      const int32_t slot = (match[1].str()[0] | 0x20) - 'a';
+      consider(oldest_normal, status.st_mtime, std::stoi(name.substr(3, 5)));
+    } else if (matches(name, "EM[A-E][0-9][0-9][0-9][0-9][0-9].TS")) {
+      const int32_t slot = (name[2] | 0x20) - 'a';
       used[static_cast<size_t>(slot)] = true;
       consider(oldest_event, status.st_mtime, slot);
     }
