@@ -3,6 +3,7 @@
 #include "base/unique_file.hpp"
 #include "dravik.h"
 
+#include <algorithm>
 #include <array>
 #include <fcntl.h>
 #include <string_view>
