@@ -142,14 +142,21 @@ private:
   std::function<void()> library_;
 };
 
+/// All rows of a program in the order of its table.
+void add_rows();
+
 // The families, each in the file of its name.
 void add_clears();
 void add_rectangles();
 void add_lines();
 void add_circles();
 void add_artwork();
+void add_slots();
 void add_bmp_files();
+void add_jpeg();
+void add_screenshot();
 void add_text();
+void add_truetype();
 void add_log();
 
 } // namespace bench

@@ -1,4 +1,4 @@
-// Measures all drawing calls, the contenders of all rows in one interleaved run, and prints their ratios.
+// Measures the contenders of all rows of a program in one interleaved run and prints their ratios.
 
 #include "harness.hpp"
 #include "ratio_table.hpp"
@@ -19,14 +19,7 @@ int main(int argc, char **argv) {
     return EXIT_FAILURE;
 
   bench::use_screen();
-  bench::add_clears();
-  bench::add_rectangles();
-  bench::add_lines();
-  bench::add_circles();
-  bench::add_artwork();
-  bench::add_bmp_files();
-  bench::add_text();
-  bench::add_log();
+  bench::add_rows();
 
   bench::ratio_table table;
   benchmark::RunSpecifiedBenchmarks(&table);

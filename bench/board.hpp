@@ -1,0 +1,19 @@
+// A simulated board, for what lies at fixed paths of the device.
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+namespace bench {
+
+/// Where a file of the board lies on the host.
+std::string host_path(const std::string &board_path);
+
+/// Opens a file of the board, or ends the program.
+std::FILE *open_on_board(const std::string &path, const char *mode);
+
+/// Makes a board with an empty memory card, and ends the program unless its paths lead there: nothing may
+/// touch the host's.
+void use_board();
+
+} // namespace bench
