@@ -910,7 +910,8 @@ DRAVIK_API int32_t get_netdev_mac(const char *ifname, uint8_t *mac) DRAVIK_NOEXC
 /**
  * The IPv4 address of a network interface, the last of several.
  * @param ifname  its name
- * @param ip      receives the address as text with a NUL, at most 16 bytes; untouched unless 0 is returned
+ * @param ip      receives the address as text with a NUL, at most 16 bytes; of no meaning unless 0 is
+ * returned
  * @return 0; 1 when the interface has no IPv4 address; -1 when it does not exist or has no address at all
  */
 DRAVIK_API int32_t get_netdev_ip(const char *ifname, char *ip) DRAVIK_NOEXCEPT;
