@@ -35,7 +35,7 @@ public:
     std::FILE *file = std::fopen(on_host.c_str(), "wb");
     if (file == nullptr)
       std::abort();
-    if (std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size())
+    if (!bytes.empty() && std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size())
       std::abort();
     std::fclose(file);
     return path_;
