@@ -44,7 +44,7 @@ constexpr uint32_t exact_steps = 46340;
 /// product of it that is too large by less than steps / 2^32: far from the limit.
 constexpr auto short_inverses = [] {
   std::array<uint64_t, 64> table{};
-  for (uint64_t steps = 1; steps < table.size(); ++steps)
+  for (size_t steps = 1; steps < table.size(); ++steps)
     table[steps] = ((uint64_t{1} << 32) + steps - 1) / steps;
   return table;
 }();

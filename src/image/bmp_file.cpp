@@ -182,7 +182,7 @@ template <class Words> void put_pairs(pixel *to, Words left, Words right) noexce
 template <size_t PixelSize> void draw_true_colour(const picture &from) noexcept {
   typedef uint32_t words __attribute__((vector_size(16)));
   constexpr size_t pair = 2 * PixelSize;
-  constexpr auto every_other = [](const uint8_t *row) {
+  [[maybe_unused]] constexpr auto every_other = [](const uint8_t *row) {
     return words{word_at(row), word_at(row + pair), word_at(row + 2 * pair), word_at(row + 3 * pair)};
   };
   decode_rows(from, [=](pixel *to, const uint8_t *row, uint32_t width) {
