@@ -1,6 +1,6 @@
 /**
  * @file dravik.h
- * libdravik: the screen, text, artwork and event log of a car dash-camera's application.
+ * libdravik: the screen, sound and board services of a car dash-camera's application.
  *
  * The library is a flat set of C functions over state that lives in exported globals. It works on a 16-bit
  * RGB565 frame buffer, "/dev/fb0". Start with fb_init(), draw with the families below, end with fb_exit().
@@ -13,8 +13,9 @@
  * corners include both corners.
  * - A colour is an RGB565 value: red in bits 15 to 11, green in bits 10 to 5, blue in bits 4 to 0. The
  * library's black is 0x0821; 0x0000 stands for "transparent" wherever a background colour is taken.
- * - Except for log_printf(), which any thread may call, all calls are made from one thread, the drawing
- * thread, or are serialised by the application. Nothing else takes a lock.
+ * - Any thread may call log_printf(), console_printf(), the checksums, and the engine's snd_play_direct(),
+ * snd_stopall() and get_snd_thread_state(). All other calls are made from one thread, the drawing thread, or
+ * are serialised by the application: they take no lock.
  * - Every global may be set by the application too. Drawing uses ::fbp and ::fbinfo as they stand at the
  * call.
  *
@@ -637,6 +638,148 @@ DRAVIK_API int32_t ascii_to_unicode_string(const char *src, void *dst) DRAVIK_NO
  */
 DRAVIK_API int put_unicode_string(uint32_t x, uint32_t y, const void *text, uint32_t font_size, uint32_t font,
                                   uint16_t fg, uint16_t bg, int32_t align) DRAVIK_NOEXCEPT;
+
+/** @} */
+
+/**
+ * @defgroup sound Sound
+ * Files are played one after the other on a real-time thread of the engine's own, through the ALSA device
+ * "default".
+ *
+ * A file's kind follows from its name: MP3 when ".mp3" is anywhere in it, else raw samples for ".pcm", else
+ * WAV for
+ * ".wav" (in lower case), else raw samples. The device always runs at 48000 Hz with signed 16-bit samples and
+ * **no file is converted**: an MP3 of another rate plays too slow or too fast, and of a stereo MP3 the left
+ * channel is heard. WAV and raw files hold mono samples at 48000 Hz; the first 44 bytes of a WAV file are
+ * passed over, whatever they say.
+ *
+ * A sound's end is cut off by what the device still holds in its buffer: end files with a buffer's length of
+ * silence. An MP3 starts when the device's buffer is full, and the buffer asked for grows with the file: on a
+ * device that grants it, a short file of a high bit rate may end before it starts.
+ *
+ * The engine (snd_init() and what is called in its terms below) reports to nobody: failures are in the event
+ * log, those of setting up the device on standard error.
+ * @{
+ */
+
+/** The playback stream of ALSA (`snd_pcm_t *`); null while no sound is open. Used by the thread that plays.
+ */
+extern DRAVIK_API struct _snd_pcm
+    *h_snd_playback; /* NOLINT(bugprone-reserved-identifier): the name in ALSA */
+/** Bits of a frame of the WAV or raw sound being played: 32 once set_snd_param() has set one up. */
+extern DRAVIK_API uint32_t bits_per_frame;
+
+/**
+ * Start the engine. It needs the right to real-time priority (SCHED_FIFO, 90).
+ * @return 1, also when it runs already; -1 when its thread cannot be created (perror() of
+ * "pthread_create play_snd_thread failed\n"; later calls give 1 until snd_exit(), and nothing plays) or may
+ * not have the priority ("set realtime schedule err" in the event log)
+ */
+DRAVIK_API int32_t snd_init(void) DRAVIK_NOEXCEPT;
+
+/**
+ * Queue a file.
+ *
+ * Waits until the sound in progress has ended and 150 ms more: with `stop_current`, it ends at once. The
+ * queue has four places and takes no notice of being full: queue no more than three files ahead. Any thread
+ * may call it. Without an engine nothing happens.
+ * @param path          the file, at most 255 characters; a longer one is refused with a line in the event log
+ * @param stop_current  1: end the sound in progress
+ * @return 1
+ */
+DRAVIK_API int32_t snd_play_direct(const char *path, int32_t stop_current) DRAVIK_NOEXCEPT;
+
+/**
+ * End the sound in progress and drop what is queued. Waits until the thread is idle; any thread may call it.
+ * Without an engine nothing happens.
+ * @return 0
+ */
+DRAVIK_API int32_t snd_stopall(void) DRAVIK_NOEXCEPT;
+
+/** Whether a sound, or the pause of 150 ms after it, is in progress. Any thread may ask. @return 1: yes, 0:
+ * no */
+DRAVIK_API uint32_t get_snd_thread_state(void) DRAVIK_NOEXCEPT;
+
+/**
+ * Stop the engine when the sound in progress has ended; what is queued is dropped. Nothing happens when it
+ * does not run.
+ *
+ * The places of the queue are not set back: an engine that is stopped while it is idle and started again
+ * loses the first file of each pair, and each one that is queued alone. Start the engine once.
+ */
+DRAVIK_API void snd_exit(void) DRAVIK_NOEXCEPT;
+
+/**
+ * Open and set up the device for the kind of sound that is played next, which the players below choose. Of
+ * use by itself only before wav_decode() and pcm_decode().
+ *
+ * Failures are told on standard error, step by step; "Can't use period equal to buffer size (%lu == %lu)" and
+ * "unable to install sw params:" in the event log. After a failure the device stays open if it was opened.
+ * @param size  length of the sound data in bytes
+ * @return frames of a period; 0 for MP3; -1 on failure
+ */
+DRAVIK_API int32_t set_snd_param(uint32_t size) DRAVIK_NOEXCEPT;
+
+/**
+ * Play an MP3 file on the calling thread, to its end or until the engine is told to stop.
+ *
+ * The file must be writable: it is opened for reading and writing. It is read into memory whole. Bad frames
+ * are told in the event log and skipped; the decoder passes over a last frame with nothing behind it.
+ * @param path  the file
+ * @return 0; 1 when it cannot be opened, memory is short or the device cannot be set up (then the file, its
+ * memory and the device stay in use, for good); 2 when it is empty or its status cannot be read (then it
+ * stays open)
+ */
+DRAVIK_API int32_t mp3_playback(const char *path) DRAVIK_NOEXCEPT;
+
+/**
+ * Play a WAV file on the calling thread, to its end or until the engine is told to stop.
+ * @param file  the file
+ * @return 1, also when it cannot be read; 0 when the device cannot be set up; -1 when there is no such file
+ */
+DRAVIK_API int32_t wav_playback(const char *file) DRAVIK_NOEXCEPT;
+
+/** Play a file of raw samples; otherwise as wav_playback(). */
+DRAVIK_API int32_t pcm_playback(const char *file) DRAVIK_NOEXCEPT;
+
+/**
+ * Play a WAV file on the device as it is set up, and close the device. Without one nothing is heard.
+ *
+ * Each period read becomes two periods of stereo; a byte too many for whole samples is lost. A request to
+ * stop is looked at after each read.
+ * @param path           the file
+ * @param period_frames  the result of set_snd_param()
+ * @return 1 at the end or when stopped; -1 with the reason in the event log when the file cannot be opened or
+ * read, or memory is short ("not enough memory"; then the device stays open)
+ */
+DRAVIK_API int32_t wav_decode(const char *path, uint32_t period_frames) DRAVIK_NOEXCEPT;
+
+/** Play a file of raw samples on the device as it is set up; otherwise as wav_decode(). */
+DRAVIK_API int32_t pcm_decode(const char *path, uint32_t period_frames) DRAVIK_NOEXCEPT;
+
+/** @} */
+
+/**
+ * @defgroup mixer Volume
+ * Sets the codec's controls by ALSA's command "amixer", by their numbers. Each function gives the result of
+ * its last command, as system() has it; the volume itself changes a moment after the call.
+ * @{
+ */
+
+/** Switch the microphone on. */
+DRAVIK_API int32_t mic_volume_unmute(void) DRAVIK_NOEXCEPT;
+
+/** Switch the microphone off. */
+DRAVIK_API int32_t mic_volume_mute(void) DRAVIK_NOEXCEPT;
+
+/**
+ * Set the speaker's volume.
+ * @param percent  0 (mutes), 20, 40, 60, 80 or 100; any other counts as 60
+ */
+DRAVIK_API int32_t spk_volume_setup(uint32_t percent) DRAVIK_NOEXCEPT;
+
+/** Mute the speaker. */
+DRAVIK_API int32_t spk_volume_mute(void) DRAVIK_NOEXCEPT;
 
 /** @} */
 

@@ -1,0 +1,214 @@
+// The sound engine: a ring of requests, and a real-time thread that plays them one after the other.
+
+#include "sound/engine.hpp"
+#include "base/mutex_lock.hpp"
+#include "dravik.h"
+#include "sound/pcm_output.hpp"
+#include "sound/wave_player.hpp"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <pthread.h>
+#include <sched.h>
+#include <semaphore.h>
+#include <string_view>
+#include <unistd.h>
+
+namespace dravik::sound {
+namespace {
+
+constexpr int priority = 90;
+constexpr useconds_t pause_us = 150000; ///< after every wake-up
+constexpr uint32_t slots = 4;
+constexpr size_t path_size = 256;
+
+// Plain words that several threads read and write without the mutex: always by word().
+constinit uint32_t snd_thread_state = 0; ///< 1 from taking the mutex to releasing it
+constinit uint32_t snd_stop_flag = 0;    ///< ends the sound in progress at its next chunk
+constinit uint32_t snd_running = 0;
+
+// Held by the thread for as long as it plays, so that callers wait for the sound in progress. Initialised
+// from the start too: when the engine is refused, its thread may pass through it before snd_init() has come
+// that far.
+constinit pthread_mutex_t snd_mutex = PTHREAD_MUTEX_INITIALIZER;
+sem_t snd_sem; ///< a post a request, and one to end
+constinit pthread_t snd_thread = {};
+constinit bool has_thread = false;
+
+// The ring, guarded by the mutex. It does not know whether it is full: after four requests the indices are
+// equal again, as if there were none, and a fifth takes the place of the first. Kept on purpose.
+constinit uint32_t snd_req_write = 0; ///< the next free slot
+constinit uint32_t snd_req_read = 0;  ///< the next slot to play
+constinit std::array<uint8_t, slots> snd_req_type = {};
+constinit std::array<std::array<char, path_size>, slots> snd_req_path = {};
+
+constinit uint32_t snd_decoded_samples = 0; ///< of the request in progress, for the debugger
+
+std::atomic_ref<uint32_t> word(uint32_t &flag) noexcept {
+  return std::atomic_ref{flag};
+}
+
+uint32_t next_slot(uint32_t slot) noexcept {
+  return (slot + 1) % slots;
+}
+
+/// The kind of a file by its name, wherever in it the ending stands.
+uint8_t kind_of(std::string_view path) noexcept {
+  const auto has = [path](std::string_view ending) { return path.find(ending) != std::string_view::npos; };
+  if (has(".mp3"))
+    return mp3;
+  if (has(".pcm"))
+    return raw_pcm;
+  return has(".wav") ? wav : raw_pcm;
+}
+
+void play(uint32_t slot) noexcept {
+  const char *const path = snd_req_path[slot].data();
+  if (snd_req_type[slot] == mp3)
+    mp3_playback(path);
+  else
+    play_wave(path, snd_req_type[slot]);
+}
+
+/// Plays the next request. A wake-up that finds none moves the read index one past the write index: kept on
+/// purpose.
+void serve_request() noexcept {
+  const mutex_lock holding{snd_mutex};
+  word(snd_thread_state).store(1, std::memory_order_relaxed);
+  snd_decoded_samples = 0;
+  if (snd_req_write != snd_req_read) {
+    play(snd_req_read);
+    snd_req_read = next_slot(snd_req_read);
+  } else {
+    snd_req_read = next_slot(snd_req_write);
+  }
+  ::usleep(pause_us);
+  word(snd_thread_state).store(0, std::memory_order_relaxed);
+}
+
+/// A signal's handler is no request.
+void wait_for_post() noexcept {
+  while (::sem_wait(&snd_sem) != 0 && errno == EINTR) {
+  }
+}
+
+extern "C" void *play_snd_thread(void *) noexcept {
+  while (word(snd_running).load(std::memory_order_acquire) != 0) {
+    wait_for_post();
+    serve_request();
+  }
+  return nullptr;
+}
+
+/// Asks for the priority, and believes only what is read back.
+bool set_real_time(pthread_t thread) noexcept {
+  sched_param parameters = {};
+  parameters.sched_priority = priority;
+  if (::pthread_setschedparam(thread, SCHED_FIFO, &parameters) != 0)
+    std::perror("pthread_setschedparam");
+  int policy = SCHED_OTHER;
+  parameters.sched_priority = 0;
+  ::pthread_getschedparam(thread, &policy, &parameters);
+  return thread != pthread_t{} && parameters.sched_priority == priority;
+}
+
+void join_thread() noexcept {
+  ::sem_post(&snd_sem);
+  ::pthread_join(snd_thread, nullptr);
+  ::sem_destroy(&snd_sem);
+  has_thread = false;
+}
+
+int32_t start() noexcept {
+  ::sem_init(&snd_sem, 0, 0);
+  word(snd_running).store(1, std::memory_order_release);
+  if (::pthread_create(&snd_thread, nullptr, play_snd_thread, nullptr) != 0) {
+    ::sem_destroy(&snd_sem);
+    std::perror("pthread_create play_snd_thread failed\n");
+    return -1;
+  }
+  has_thread = true;
+  if (set_real_time(snd_thread)) {
+    ::pthread_mutex_init(&snd_mutex, nullptr);
+    return 1;
+  }
+  word(snd_running).store(0, std::memory_order_release);
+  join_thread();
+  log_printf("set realtime schedule err");
+  return -1;
+}
+
+void queue(const char *path, size_t length) noexcept {
+  const mutex_lock holding{snd_mutex};
+  word(snd_stop_flag).store(0, std::memory_order_relaxed);
+  snd_req_type[snd_req_write] = kind_of({path, length});
+  std::copy_n(path, length + 1, snd_req_path[snd_req_write].data());
+  snd_req_write = next_slot(snd_req_write);
+}
+
+} // namespace
+
+bool is_stop_requested() noexcept {
+  return word(snd_stop_flag).load(std::memory_order_relaxed) != 0;
+}
+
+void add_decoded_samples(uint32_t count) noexcept {
+  snd_decoded_samples += count;
+}
+
+} // namespace dravik::sound
+
+extern "C" {
+
+using namespace dravik::sound;
+
+int32_t snd_init() noexcept {
+  return word(snd_running).load(std::memory_order_relaxed) != 0 ? 1 : start();
+}
+
+int32_t snd_play_direct(const char *path, int32_t stop_current) noexcept {
+  if (!has_thread)
+    return 1;
+  const size_t length = std::string_view{path}.size();
+  if (length >= path_size) {
+    log_printf("%s():path of %zu characters, at most %zu are possible", "snd_play_direct", length,
+               path_size - 1);
+    return 1;
+  }
+  if (stop_current == 1)
+    word(snd_stop_flag).store(1, std::memory_order_relaxed);
+  queue(path, length);
+  ::sem_post(&snd_sem);
+  log_printf("%s():%s", "snd_play_direct", path);
+  return 1;
+}
+
+int32_t snd_stopall() noexcept {
+  if (!has_thread)
+    return 0;
+  word(snd_stop_flag).store(1, std::memory_order_relaxed);
+  ::pthread_mutex_lock(&snd_mutex);
+  snd_req_write = snd_req_read;
+  return ::pthread_mutex_unlock(&snd_mutex);
+}
+
+uint32_t get_snd_thread_state() noexcept {
+  return word(snd_thread_state).load(std::memory_order_relaxed);
+}
+
+void snd_exit() noexcept {
+  if (word(snd_running).exchange(0, std::memory_order_acq_rel) == 0 || !has_thread)
+    return;
+  {
+    const dravik::mutex_lock holding{snd_mutex};
+    snd_req_read = snd_req_write;
+  }
+  join_thread();
+  ::pthread_mutex_destroy(&snd_mutex);
+  snd_mutex = pthread_mutex_t PTHREAD_MUTEX_INITIALIZER; // for the thread of an engine that is refused
+}
+
+} // extern "C"

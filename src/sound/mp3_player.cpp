@@ -1,0 +1,129 @@
+// MP3 files: read whole, decoded by libmad, their first channel played.
+
+#include "base/heap_block.hpp"
+#include "base/unique_fd.hpp"
+#include "dravik.h"
+#include "sound/engine.hpp"
+#include "sound/pcm_output.hpp"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstring>
+#include <fcntl.h>
+#include <mad.h>
+#include <span>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace dravik::sound {
+namespace {
+
+static_assert(std::endian::native == std::endian::little,
+              "samples are handed to the device as they lie in memory");
+
+/// The whole file, handed to the decoder once.
+struct mp3_buffer {
+  const uint8_t *start;
+  uint32_t length;
+};
+
+// One frame of one channel has at most this many samples.
+using mono_frame = std::array<int16_t, 1152>;
+
+/// Rounds to 16 bits and clips to the range from -1.0 to just under 1.0. The clipping comes first, with the
+/// rounding's addend taken off its limits, so that nothing overflows.
+int16_t to_16_bits(mad_fixed_t sample) noexcept {
+  constexpr int dropped_bits = MAD_F_FRACBITS - 15;
+  constexpr mad_fixed_t half = mad_fixed_t{1} << (dropped_bits - 1);
+  constexpr mad_fixed_t lowest = -MAD_F_ONE - half;
+  constexpr mad_fixed_t highest = MAD_F_ONE - 1 - half;
+  return static_cast<int16_t>((std::clamp(sample, lowest, highest) + half) >> dropped_bits);
+}
+
+mad_flow mp3_input_cb(void *data, mad_stream *stream) noexcept {
+  mp3_buffer &file = *static_cast<mp3_buffer *>(data);
+  if (file.length == 0)
+    return MAD_FLOW_STOP;
+  mad_stream_buffer(stream, file.start, file.length);
+  file.length = 0;
+  return MAD_FLOW_CONTINUE;
+}
+
+mad_flow mp3_output_cb(void *, const mad_header *, mad_pcm *pcm) noexcept {
+  if (is_stop_requested())
+    return MAD_FLOW_STOP;
+  add_decoded_samples(pcm->length);
+  mono_frame samples;
+  const std::span<const mad_fixed_t> first_channel{pcm->samples[0], pcm->length};
+  std::ranges::transform(first_channel, samples.begin(), to_16_bits);
+  pcm_write(pcm->length, reinterpret_cast<const uint8_t *>(samples.data()));
+  return MAD_FLOW_CONTINUE;
+}
+
+/// A bad frame is told and skipped.
+mad_flow mp3_error_cb(void *data, mad_stream *stream, mad_frame *) noexcept {
+  const mp3_buffer &file = *static_cast<const mp3_buffer *>(data);
+  log_printf("mad_flow error: decoding  0x%04x (%s) at byte offset %u", static_cast<unsigned>(stream->error),
+             mad_stream_errorstr(stream), static_cast<unsigned>(stream->this_frame - file.start));
+  return MAD_FLOW_CONTINUE;
+}
+
+void decode(mp3_buffer file) noexcept {
+  mad_decoder decoder;
+  mad_decoder_init(&decoder, &file, mp3_input_cb, nullptr, nullptr, mp3_output_cb, mp3_error_cb, nullptr);
+  mad_decoder_run(&decoder, MAD_DECODER_MODE_SYNC);
+  mad_decoder_finish(&decoder);
+}
+
+/// Reads in one go; what the file does not give is silence, not what the memory held before.
+void read_whole(int descriptor, uint8_t *block, uint32_t size) noexcept {
+  const ssize_t got = ::read(descriptor, block, size);
+  const size_t filled = got > 0 ? static_cast<size_t>(got) : 0;
+  std::memset(block + filled, 0, size_t{size} + 1 - filled);
+}
+
+int32_t play_mp3(const char *path) noexcept {
+  unique_fd file{::open(path, O_RDWR)};
+  if (!file) {
+    log_printf("open file %s failed ", path);
+    return 1;
+  }
+  struct stat status;
+  if (::fstat(file.get(), &status) != 0 || status.st_size == 0) {
+    log_printf("fstat failed:");
+    static_cast<void>(file.release()); // stays open, on purpose
+    return 2;
+  }
+  const uint32_t size = static_cast<uint32_t>(status.st_size);
+  heap_block block = allocate_block(size_t{size} + 1);
+  if (block == nullptr) {
+    log_printf("not enough memory");
+    return 1;
+  }
+  read_whole(file.get(), block.get(), size);
+
+  snd_file_type = mp3;
+  if (set_snd_param(size) != 0) {
+    log_printf("set_mp3_param failed:");
+    static_cast<void>(block.release()); // the block, the file and the device stay as they are, on purpose
+    static_cast<void>(file.release());
+    return 1;
+  }
+  decode({block.get(), size});
+  block.reset();
+  file.reset();
+  close_playback();
+  return 0;
+}
+
+} // namespace
+} // namespace dravik::sound
+
+extern "C" {
+
+int32_t mp3_playback(const char *path) noexcept {
+  return dravik::sound::play_mp3(path);
+}
+
+} // extern "C"

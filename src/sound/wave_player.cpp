@@ -1,0 +1,153 @@
+// WAV and raw PCM: 16-bit mono samples at the device's rate, sent to both of its channels. A WAV header is
+// not read, only passed over.
+
+#include "sound/wave_player.hpp"
+#include "base/heap_block.hpp"
+#include "base/unique_fd.hpp"
+#include "dravik.h"
+#include "sound/engine.hpp"
+#include "sound/pcm_output.hpp"
+#include "sound/widen.hpp"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace dravik::sound {
+namespace {
+
+constexpr uint32_t wav_header_bytes = 44;
+
+/// An open file and the two blocks that its samples go through, with the device until the end.
+class wave_stream {
+public:
+  /// The block sizes are those of one period of stereo output and leave room for it to become two.
+  explicit wave_stream(uint32_t period_frames) noexcept
+      : frame_bits_(bits_per_frame), read_bytes_(frame_bits_ * period_frames / 8),
+        mono_(allocate_block(size_t{2} * read_bytes_)), stereo_(allocate_block(size_t{2} * read_bytes_)) {}
+
+  /// Whether there is memory for both blocks. When one is lacking the other one is kept, on purpose.
+  bool has_room() noexcept {
+    if (mono_ != nullptr && stereo_ != nullptr)
+      return true;
+    static_cast<void>(mono_.release());
+    static_cast<void>(stereo_.release());
+    return false;
+  }
+
+  bool open(const char *path) noexcept {
+    file_.reset(::open(path, O_RDONLY));
+    return static_cast<bool>(file_);
+  }
+
+  void skip(uint32_t bytes) noexcept { ::lseek(file_.get(), bytes, SEEK_SET); }
+
+  /// The number of bytes, 0 at the end of the file, negative on failure.
+  ssize_t read() noexcept { return ::read(file_.get(), mono_.get(), read_bytes_); }
+
+  /// Plays what was read; of an odd number of bytes the last one is lost.
+  void play(size_t bytes) noexcept {
+    widen(mono_.get(), bytes / 2, stereo_.get());
+    pcm_write(static_cast<uint32_t>(bytes * 16 / frame_bits_), stereo_.get());
+  }
+
+  void close() noexcept {
+    close_playback();
+    file_.reset();
+    free_blocks();
+  }
+
+  void free_blocks() noexcept {
+    mono_.reset();
+    stereo_.reset();
+  }
+
+private:
+  uint32_t frame_bits_;
+  uint32_t read_bytes_;
+  heap_block mono_;
+  heap_block stereo_;
+  unique_fd file_;
+};
+
+/// Plays to the end of the file or until asked to stop, which is looked at after each read.
+int32_t play_all(wave_stream &stream) noexcept {
+  if (is_stop_requested())
+    return 1;
+  for (;;) {
+    const ssize_t bytes = stream.read();
+    if (bytes < 0)
+      return -1;
+    if (bytes == 0 || is_stop_requested())
+      return 1;
+    stream.play(static_cast<size_t>(bytes));
+  }
+}
+
+int32_t decode(const char *path, uint32_t period_frames, uint32_t header_bytes) noexcept {
+  wave_stream stream{period_frames};
+  if (!stream.has_room()) {
+    log_printf("not enough memory");
+    return -1;
+  }
+  if (!stream.open(path)) {
+    log_printf("Cannot open %s", path);
+    stream.free_blocks();
+    close_playback();
+    return -1;
+  }
+  if (header_bytes > 0)
+    stream.skip(header_bytes);
+  const int32_t result = play_all(stream);
+  stream.close();
+  if (result < 0)
+    log_printf("Read pcm data error(rd < 0)");
+  return result;
+}
+
+constexpr uint32_t header_bytes_of(uint32_t type) noexcept {
+  return type == wav ? wav_header_bytes : 0;
+}
+
+} // namespace
+
+int32_t play_wave(const char *path, uint32_t type) noexcept {
+  struct stat status;
+  if (::stat(path, &status) != 0) {
+    log_printf("stat failed: %s", path);
+    return -1;
+  }
+  const uint32_t header_bytes = header_bytes_of(type);
+  snd_file_type = type;
+  const int32_t period_frames = set_snd_param(static_cast<uint32_t>(status.st_size) - header_bytes);
+  if (period_frames == -1) {
+    close_playback();
+    return 0;
+  }
+  decode(path, static_cast<uint32_t>(period_frames), header_bytes);
+  return 1;
+}
+
+} // namespace dravik::sound
+
+extern "C" {
+
+using namespace dravik::sound;
+
+int32_t wav_playback(const char *file) noexcept {
+  return play_wave(file, wav);
+}
+
+int32_t pcm_playback(const char *file) noexcept {
+  return play_wave(file, raw_pcm);
+}
+
+int32_t wav_decode(const char *path, uint32_t period_frames) noexcept {
+  return decode(path, period_frames, wav_header_bytes);
+}
+
+int32_t pcm_decode(const char *path, uint32_t period_frames) noexcept {
+  return decode(path, period_frames, 0);
+}
+
+} // extern "C"
