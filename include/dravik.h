@@ -662,10 +662,8 @@ DRAVIK_API int put_unicode_string(uint32_t x, uint32_t y, const void *text, uint
  * @{
  */
 
-/** The playback stream of ALSA (`snd_pcm_t *`); null while no sound is open. Used by the thread that plays.
- */
-extern DRAVIK_API struct _snd_pcm
-    *h_snd_playback; /* NOLINT(bugprone-reserved-identifier): the name in ALSA */
+/** ALSA's playback stream (`snd_pcm_t *`); null while no sound is open. Used by the thread that plays. */
+extern DRAVIK_API struct _snd_pcm *h_snd_playback;
 /** Bits of a frame of the WAV or raw sound being played: 32 once set_snd_param() has set one up. */
 extern DRAVIK_API uint32_t bits_per_frame;
 
