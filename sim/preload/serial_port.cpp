@@ -99,7 +99,18 @@ long count_input(int descriptor, uintptr_t into) noexcept {
   return into == 0 ? -EFAULT : ::syscall(SYS_ioctl, descriptor, FIONREAD, into) == 0 ? 0 : -errno;
 }
 
-constexpr request_kind requests[] = {{FIONREAD, "count", count_input}};
+/// Nobody knows how large the terminal at the far end is.
+long tell_size(int, uintptr_t into) noexcept {
+  if (into == 0)
+    return -EFAULT;
+  *reinterpret_cast<winsize *>(into) = {};
+  return 0;
+}
+
+constexpr request_kind requests[] = {
+    {FIONREAD, "count", count_input},
+    {TIOCGWINSZ, "size", tell_size},
+};
 
 } // namespace
 
