@@ -19,7 +19,7 @@ constexpr size_t sw_size = 101;
 constexpr size_t status_size = 149;
 constexpr unsigned longest_buffer_us = 170666;
 
-// Streams are only ever compared. Each one opened is another one.
+// Streams are only ever compared. Each one is another than those just before it.
 std::array<char, 64> streams;
 size_t opened = 0;
 const void *open_stream = nullptr;
@@ -99,7 +99,7 @@ extern "C" {
 
 int snd_pcm_open(snd_pcm_t **pcm, const char *name, snd_pcm_stream_t direction, int mode) {
   const int result = note("open", name, direction, mode);
-  open_stream = result < 0 ? nullptr : &streams.at(opened++);
+  open_stream = result < 0 ? nullptr : &streams[opened++ % streams.size()];
   *pcm = static_cast<snd_pcm_t *>(const_cast<void *>(open_stream));
   return result;
 }
