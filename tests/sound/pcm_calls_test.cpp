@@ -3,6 +3,7 @@
 #include "dravik.h"
 #include "sound/scripted_alsa.hpp"
 #include "support/board.hpp"
+#include "support/leak_on_purpose.hpp"
 #include "support/log_lines.hpp"
 #include "support/stderr_capture.hpp"
 
@@ -51,6 +52,7 @@ protected:
 
   /// Makes a kind the one that set_snd_param() sets up.
   void choose(kind of) const {
+    reset_alsa();
     play(of, std::string(60, '\0'));
     reset_alsa();
   }
@@ -295,6 +297,7 @@ TEST_F(PcmFailures, OfWavesCloseTheDevice) {
 }
 
 TEST_F(PcmFailures, OfMp3LeaveTheDeviceOpen) {
+  const leak_on_purpose of_the_file;
   for (const failing_step &step : steps(kind::mp3)) {
     begin(step);
     EXPECT_EQ(play(kind::mp3, mp3_frame()), 1) << step.call;
@@ -306,6 +309,7 @@ TEST_F(PcmFailures, OfMp3LeaveTheDeviceOpen) {
 }
 
 TEST_F(PcmFailures, NextSoundOpensItsOwnDevice) {
+  const leak_on_purpose of_the_file;
   begin({"hw_params", ""});
   EXPECT_EQ(play(kind::mp3, mp3_frame()), 1);
   alsa.results.clear();
@@ -317,6 +321,7 @@ TEST_F(PcmFailures, NextSoundOpensItsOwnDevice) {
 }
 
 TEST_F(PcmFailures, WithoutADeviceNothingIsClosed) {
+  const leak_on_purpose of_the_file;
   const failing_step step = {"open", "open PCM device failed error!\n"};
   for (const kind of : {kind::raw, kind::wav, kind::mp3}) {
     begin(step);
