@@ -3,17 +3,15 @@
 #include "dravik.h"
 #include "support/board.hpp"
 #include "support/bytes.hpp"
+#include "support/program.hpp"
 #include "support/screen.hpp"
 
 #include <algorithm>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace dravik::test {
 namespace {
-
-using words = std::vector<std::string>;
 
 struct rgb {
   uint8_t red, green, blue;
@@ -35,23 +33,6 @@ bool has_program(const std::string &name) {
     if (::access((folder + name).c_str(), X_OK) == 0)
       return true;
   return false;
-}
-
-/// Runs a program to its end; its output goes to a file if one is named.
-bool run(const words &command, const std::string &output = "/dev/null") {
-  const pid_t child = ::fork();
-  if (child == 0) {
-    std::vector<char *> arguments;
-    for (const std::string &word : command)
-      arguments.push_back(const_cast<char *>(word.c_str()));
-    arguments.push_back(nullptr);
-    if (std::freopen(output.c_str(), "wb", stdout) != nullptr)
-      ::execvp(arguments[0], arguments.data());
-    ::_exit(127);
-  }
-  int status = -1;
-  ::waitpid(child, &status, 0);
-  return status == 0;
 }
 
 class BmpTools : public testing::Test {
@@ -100,7 +81,7 @@ protected:
     make_picture(colours);
     words command = {"convert", ppm_};
     command.insert(command.end(), options.begin(), options.end());
-    ASSERT_TRUE(run(command));
+    ASSERT_EQ(run_program(command), 0);
     expect_picture(bits);
   }
 
@@ -108,7 +89,7 @@ protected:
     if (!has_program("ppmtobmp"))
       GTEST_SKIP() << "no ppmtobmp here";
     make_picture(colours);
-    ASSERT_TRUE(run({"ppmtobmp", option, ppm_}, bmp_));
+    ASSERT_EQ(run_program({"ppmtobmp", option, ppm_}, bmp_), 0);
     expect_picture(bits);
   }
 };

@@ -1,0 +1,1 @@
+// The test framework's headers, compiled for all tests (tests/CMakeLists.txt).
