@@ -7,6 +7,8 @@
 #include "preload/path_map.hpp"
 #include "preload/shell_words.hpp"
 
+#include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <unistd.h>
 
