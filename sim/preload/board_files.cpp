@@ -31,7 +31,13 @@ int error_number(std::string_view name) noexcept {
   return EIO;
 }
 
-/// Opens a file of the board past the path map.
+/// Past the path map and the write rules of this library's own definitions.
+void write_plainly(int descriptor, const char *text, size_t length) noexcept {
+  ::syscall(SYS_write, descriptor, text, length);
+}
+
+} // namespace
+
 int open_board_file(const char *inside, int flags) noexcept {
   const char *board = board_directory();
   char path[longest_path];
@@ -40,13 +46,6 @@ int open_board_file(const char *inside, int flags) noexcept {
     return -1;
   return static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags | O_CLOEXEC, 0644));
 }
-
-/// Past the path map and the write rules of this library's own definitions.
-void write_plainly(int descriptor, const char *text, size_t length) noexcept {
-  ::syscall(SYS_write, descriptor, text, length);
-}
-
-} // namespace
 
 board_text::board_text(const char *inside) noexcept {
   const preserve_errno unchanged;
