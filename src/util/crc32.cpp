@@ -42,18 +42,19 @@ uint32_t word_at(const uint8_t *bytes) noexcept {
   return word;
 }
 
-/// What four bytes do to the register once so many more bytes have followed them.
-inline uint32_t advance(uint32_t word, size_t followers) noexcept {
-  return tables[followers + 3][word & 0xFF] ^ tables[followers + 2][word >> 8 & 0xFF] ^
-         tables[followers + 1][word >> 16 & 0xFF] ^ tables[followers][word >> 24];
+/// The register after four bytes and as many more as follow them, what those do by themselves left out.
+inline uint32_t take_word(uint32_t value, const uint8_t *bytes, size_t followers) noexcept {
+  value ^= word_at(bytes);
+  return tables[followers + 3][value & 0xFF] ^ tables[followers + 2][value >> 8 & 0xFF] ^
+         tables[followers + 1][value >> 16 & 0xFF] ^ tables[followers][value >> 24];
 }
 
-/// The register after a whole step. What waits for the register comes last.
+/// The register after a whole step. Only the first four bytes wait for it: they come last.
 inline uint32_t take_step(uint32_t value, const uint8_t *bytes) noexcept {
   uint32_t rest = 0;
-  for (size_t at = 4; at < step; at += 4)
-    rest ^= advance(word_at(bytes + at), step - 4 - at);
-  return rest ^ advance(word_at(bytes) ^ value, step - 4);
+  for (size_t at = 4; at < step; ++at)
+    rest ^= tables[step - 1 - at][bytes[at]];
+  return rest ^ take_word(value, bytes, step - 4);
 }
 
 uint32_t crc32_of_file(const char *path) noexcept {
@@ -81,7 +82,7 @@ uint32_t crc32(std::span<const uint8_t> bytes) noexcept {
   for (; left >= step; left -= step, next += step)
     value = take_step(value, next);
   for (; left >= 4; left -= 4, next += 4)
-    value = advance(word_at(next) ^ value, 0);
+    value = take_word(value, next, 0);
   for (; left > 0; --left)
     value = tables[0][(value ^ *next++) & 0xFF] ^ value >> 8;
   return value ^ 0xFFFFFFFF;
