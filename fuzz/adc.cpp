@@ -9,7 +9,7 @@ using dravik::fuzz::require;
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   dravik::fuzz::rig::the().put("/proc/ambarella/adc", {data, size});
   for (int32_t channel = -1; channel <= 4; ++channel) {
-    std::array<char, 31> line;
+    std::array<char, 31> line = {'x'};
     require(read_adc_str(channel, line.data()) == 0);
     require(std::strlen(line.data()) < line.size());
     const int32_t code = read_adc_hex(channel);

@@ -16,7 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     require(attached >= -1 && attached <= 1);
   } else {
     rig.put("/tmp/ptb", text);
-    std::array<char, 3> language;
+    std::array<char, 3> language = {'x', 'x', 'x'};
     require(get_splash_lang(language.data()) == 0);
     require(language[2] == '\0');
   }

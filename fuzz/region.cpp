@@ -8,7 +8,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   constexpr uint32_t no_number = 0xFFFFFFFF;
   auto &rig = dravik::fuzz::rig::the();
   rig.put("/tmp/add/areacode.bin", {data, size});
-  std::array<char, 3> code;
+  std::array<char, 3> code = {'x', 'x', 'x'};
   const uint32_t number = get_area_code(code.data());
   require(number < 1024 || number == no_number);
   require(code[2] == '\0' && std::strlen(code.data()) == 2);
