@@ -2,45 +2,37 @@
 
 #include "rig.hpp"
 
-#include <string>
+#include <string_view>
 #include <unistd.h>
 
 namespace {
 
+using dravik::fuzz::require;
+using dravik::fuzz::rig;
+
 /// Gives the rig's board a card. What it records is of no use.
-class quiet_card {
-public:
-  quiet_card() : board_(std::getenv("DRAVIK_BOARD")) {
-    setenv("ALSA_CONFIG_PATH", SOUND_CARD_DIRECTORY "/asound.conf", 1);
-    setenv("ALSA_PLUGIN_DIR", SOUND_CARD_DIRECTORY, 1);
-    write("/board.conf", "sound_clock = none\n");
-  }
+void plug_in_quiet_card() {
+  constexpr std::string_view settings = "sound_clock = none\n";
+  setenv("ALSA_CONFIG_PATH", SOUND_CARD_DIRECTORY "/asound.conf", 1);
+  setenv("ALSA_PLUGIN_DIR", SOUND_CARD_DIRECTORY, 1);
+  rig::the().put("/board.conf", {reinterpret_cast<const uint8_t *>(settings.data()), settings.size()});
+}
 
-  /// What the sound before left: a full event log would take no more lines.
-  void clear() const {
-    for (const char *left : {"/sound/played.wav", "/tmp/dravik.log", "/events"})
-      ::unlink((board_ + left).c_str());
-  }
-
-private:
-  void write(const char *path, const char *text) const {
-    std::FILE *file = std::fopen((board_ + path).c_str(), "w");
-    if (file == nullptr || std::fputs(text, file) < 0 || std::fclose(file) != 0)
-      std::abort();
-  }
-
-  std::string board_;
-};
+/// What the sound before left: a full event log would take no more lines.
+void clear_away() {
+  for (const char *left : {"/sound/played.wav", "/tmp/dravik.log", "/events"})
+    ::unlink(rig::the().host_path(left).c_str());
+}
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-  const char *const path = dravik::fuzz::rig::the().file({data, size});
-  static const quiet_card card;
-  card.clear();
+  const char *const path = rig::the().file({data, size});
+  static const bool has_card = (plug_in_quiet_card(), true);
+  require(has_card);
+  clear_away();
   if (size == 0)
     return 0; // stays open, on purpose
-  if (mp3_playback(path) != 0 || h_snd_playback != nullptr)
-    std::abort();
+  require(mp3_playback(path) == 0 && h_snd_playback == nullptr);
   return 0;
 }
