@@ -23,6 +23,20 @@ private:
 /// Writes a text file of the board anew.
 void write_board_text(const char *inside, std::string_view text) noexcept;
 
+/// Opens a file of the board past the path map and the rules for devices.
+int open_board_file(const char *inside, int flags) noexcept;
+
+/// The bytes of a file of the board from `position` on. Gives how many there are, at most `size`; negative
+/// when there is no such file.
+ssize_t read_board_bytes(const char *inside, off_t position, void *bytes, size_t size) noexcept;
+
+/// Writes over a part of a file of the board in one go, so that nobody sees half of it. False when that
+/// fails.
+bool write_board_bytes(const char *inside, off_t position, const void *bytes, size_t size) noexcept;
+
+/// Writes to the end of a file of the board.
+void append_to_board_file(const char *inside, std::string_view text) noexcept;
+
 /// Makes a file of the board this long, past the rules for devices.
 [[nodiscard]] bool set_board_file_length(const char *inside, off_t length) noexcept;
 

@@ -252,7 +252,7 @@ TEST_F(Backlight, OffTurnsTheLightOffAndThenThePanel) {
   EXPECT_EQ(board_.read(power_file), "1");
   EXPECT_THAT(watched.calls, ElementsAre("bl_power \"1\" @0", "blank 1 @1"));
   EXPECT_THAT(messages(), ElementsAre("lcd_bl_off() : turn off err", "lcd_bl_off()"));
-  EXPECT_THAT(board_.events(), ElementsAre("fb0: blank 1"));
+  EXPECT_THAT(board_.events(), ElementsAre("backlight: off", "fb0: blank 1"));
 }
 
 TEST_F(Backlight, OffThatCannotBeWrittenLooksTheSame) {
@@ -269,7 +269,7 @@ TEST_F(Backlight, OnTurnsTheLightOnAndThenThePanel) {
   EXPECT_EQ(board_.read(power_file), "0");
   EXPECT_THAT(watched.calls, ElementsAre("bl_power \"0\" @0", "blank 0 @0"));
   EXPECT_THAT(messages(), ElementsAre("lcd_bl_on()"));
-  EXPECT_THAT(board_.events(), ElementsAre("fb0: blank 0"));
+  EXPECT_THAT(board_.events(), ElementsAre("backlight: on", "fb0: blank 0"));
 }
 
 TEST_F(Backlight, OnThatCannotBeWrittenIsLogged) {
