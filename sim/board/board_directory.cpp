@@ -51,7 +51,7 @@ constexpr first_text first_texts[] = {
 };
 
 constexpr const char *empty_directories[] = {
-    "sys/block", "tmp/add", "tmp/mmcblk0p1", "usr/local/dravik/font", "usr/local/dravik/jpg",
+    "sound", "sys/block", "tmp/add", "tmp/mmcblk0p1", "usr/local/dravik/font", "usr/local/dravik/jpg",
 };
 
 constexpr uint32_t code_of_30_degrees = 0x1CF;

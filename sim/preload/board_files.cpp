@@ -8,10 +8,13 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <sys/syscall.h>
 
 namespace dravik::sim {
 namespace {
+
+constexpr size_t longest_order = 256; ///< that is taken out, in bytes
 
 struct named_error {
   std::string_view name;
@@ -39,15 +42,38 @@ ssize_t write_plainly(int descriptor, const void *bytes, size_t size) noexcept {
   return ::syscall(SYS_write, descriptor, bytes, size);
 }
 
+/// The line of `faults` that is for a request, or an empty one.
+std::string_view find_order(std::string_view faults, std::string_view request,
+                            std::string_view path) noexcept {
+  while (true) {
+    const std::string_view line = take_line(faults);
+    std::string_view words = line;
+    if (line.empty() || (take_word(words) == request && take_word(words) == path))
+      return line;
+  }
+}
+
+/// Where a file of the board lies; false when there is no board, or no room for the name.
+bool name_board_file(const char *inside, char (&path)[longest_path]) noexcept {
+  const char *board = board_directory();
+  return board != nullptr &&
+         std::snprintf(path, sizeof path, "%s/%s", board, inside) < static_cast<int>(sizeof path);
+}
+
 } // namespace
 
 int open_board_file(const char *inside, int flags) noexcept {
-  const char *board = board_directory();
   char path[longest_path];
-  if (board == nullptr ||
-      std::snprintf(path, sizeof path, "%s/%s", board, inside) >= static_cast<int>(longest_path))
-    return -1;
-  return static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags | O_CLOEXEC, 0644));
+  return name_board_file(inside, path)
+             ? static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags | O_CLOEXEC, 0644))
+             : -1;
+}
+
+void make_board_directory(const char *inside) noexcept {
+  const preserve_errno unchanged;
+  char path[longest_path];
+  if (name_board_file(inside, path))
+    ::syscall(SYS_mkdirat, AT_FDCWD, path, 0755);
 }
 
 board_text::board_text(const char *inside) noexcept {
@@ -96,14 +122,26 @@ bool set_board_file_length(const char *inside, off_t length) noexcept {
 
 int ordered_fault(std::string_view request, std::string_view path) noexcept {
   const board_text faults{"faults"};
-  std::string_view rest = faults;
-  while (true) {
-    std::string_view line = take_line(rest);
-    if (line.empty())
-      return 0;
-    if (take_word(line) == request && take_word(line) == path)
-      return error_number(take_word(line));
-  }
+  std::string_view order = find_order(faults, request, path);
+  if (order.empty())
+    return 0;
+  take_word(order);
+  take_word(order);
+  return error_number(take_word(order));
+}
+
+/// Blanks in its place leave what someone else may add meanwhile as it is.
+bool take_fault(std::string_view request, std::string_view path) noexcept {
+  const preserve_errno unchanged;
+  const board_text faults{"faults"};
+  const std::string_view order = find_order(faults, request, path);
+  const unique_fd file{order.empty() ? -1 : open_board_file("faults", O_WRONLY)};
+  if (!file)
+    return false;
+  char nothing[longest_order];
+  std::memset(nothing, ' ', sizeof nothing);
+  const auto place = static_cast<off_t>(order.data() - std::string_view{faults}.data());
+  return ::syscall(SYS_pwrite64, file.get(), nothing, std::min(order.size(), sizeof nothing), place) > 0;
 }
 
 void record_event(const char *format, ...) noexcept {

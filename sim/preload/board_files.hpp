@@ -20,6 +20,12 @@ private:
   char text_[8192];
 };
 
+/// Opens a file of the board, past the rules for what applications open; negative when it cannot.
+int open_board_file(const char *inside, int flags) noexcept;
+
+/// Makes a directory of the board, where there is none yet.
+void make_board_directory(const char *inside) noexcept;
+
 /// Writes a text file of the board anew.
 void write_board_text(const char *inside, std::string_view text) noexcept;
 
@@ -42,6 +48,9 @@ void append_to_board_file(const char *inside, std::string_view text) noexcept;
 
 /// The error that the board's `faults` orders for a request to what an application calls `path`; 0 for none.
 int ordered_fault(std::string_view request, std::string_view path) noexcept;
+
+/// Whether `faults` has a line for a request, which is taken out: it is for once.
+[[nodiscard]] bool take_fault(std::string_view request, std::string_view path) noexcept;
 
 /// Appends a line to the board's `events`, whole even when several threads and processes record at once.
 [[gnu::format(printf, 1, 2)]] void record_event(const char *format, ...) noexcept;
