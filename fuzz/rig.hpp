@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <span>
 #include <string>
@@ -62,8 +63,9 @@ private:
     set_theme_color(0x0B77);
   }
   ~rig() {
-    const std::string remove = "rm -rf '" + board_ + "'";
-    if (std::system(remove.c_str()) != 0)
+    std::error_code code;
+    std::filesystem::remove_all(board_, code);
+    if (code)
       std::abort();
   }
 

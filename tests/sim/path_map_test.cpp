@@ -140,7 +140,7 @@ TEST(SimPathMap, EmptyNameOfABoardIsNone) {
 
 TEST(SimPathMap, OverlongPathIsRefused) {
   const board board;
-  const std::string overlong = "/tmp/mmcblk0p1/" + std::string(1100, '/') + std::string(1100, 'n');
+  const std::string overlong = std::string{"/tmp/mmcblk0p1/"}.append(1100, '/').append(1100, 'n');
   EXPECT_EQ(::access(overlong.c_str(), F_OK), -1);
   EXPECT_EQ(errno, ENAMETOOLONG);
 }
