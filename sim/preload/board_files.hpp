@@ -8,6 +8,9 @@
 
 namespace dravik::sim {
 
+/// Opens a file of the board past the path map; closed by exec.
+int open_board_file(const char *inside, int flags) noexcept;
+
 /// A text file of the board, read whole at the start of its
 /// life; empty when there is none. Holds up to 8 KiB.
 class board_text {

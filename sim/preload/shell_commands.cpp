@@ -3,10 +3,13 @@
 #include "preload/shell_commands.hpp"
 #include "board/settings_text.hpp"
 #include "preload/board_files.hpp"
+#include "preload/card_view.hpp"
 #include "preload/child_process.hpp"
 #include "preload/path_map.hpp"
 #include "preload/shell_words.hpp"
 
+#include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <unistd.h>
 
@@ -62,6 +65,10 @@ int copy_bytes(const shell_words &command, word_list operands) noexcept {
       from != nullptr && to != nullptr && is_of_board(to) && (is_of_board(from) || is_source_of_bytes(from));
   if (!stays) {
     ::dprintf(STDERR_FILENO, "dravik-sim: dd: copies from one file of the board to another\n");
+    return ended_with(1);
+  }
+  if (card_is_locked() && std::string_view{to}.starts_with("/dev/mmcblk0")) {
+    ::dprintf(STDERR_FILENO, "dd: %s: Read-only file system\n", to);
     return ended_with(1);
   }
   const char *words[40] = {"dd"};

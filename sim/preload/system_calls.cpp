@@ -2,6 +2,7 @@
 // they act on the board alone.
 
 #include "preload/board_files.hpp"
+#include "preload/card_view.hpp"
 #include "preload/child_process.hpp"
 #include "preload/next.hpp"
 #include "preload/path_map.hpp"
@@ -15,7 +16,6 @@
 namespace dravik::sim {
 namespace {
 
-constexpr std::string_view card_partition = "/dev/mmcblk0p1";
 constexpr std::string_view card_mount_point = "/tmp/mmcblk0p1";
 
 bool is(const char *given, std::string_view path) noexcept {
