@@ -72,7 +72,7 @@ static void draw_state(void) {
 }
 
 static void draw_room(void) {
-  const int left = MARGIN + 24, width = LEFT_WIDTH - 48, y = PAGE_TOP + 136;
+  const int left = MARGIN + 24, width = LEFT_WIDTH - 48, y = PAGE_TOP + 132;
   const int used = shown.part_mib - shown.free_mib;
   char figures[16];
   if (!has(CARD_MOUNTED) || shown.part_mib <= 0) {
@@ -89,7 +89,7 @@ static void draw_room(void) {
 }
 
 static void draw_check(int place, const char *name, int is_good) {
-  const int x = MARGIN + 24 + place % 2 * 172, y = PAGE_TOP + 240 + place / 2 * 46;
+  const int x = MARGIN + 24 + place % 2 * 172, y = PAGE_TOP + 244 + place / 2 * 44;
   disc(x + 10, y, 9, is_good ? get_theme_color() : has(CARD_PRESENT) ? RED : EDGE);
   text(x + 34, y, FONT_BODY, is_good ? WHITE : GREY, LEFT, "%s", name);
 }
@@ -98,7 +98,7 @@ static void draw_card(void) {
   plate(MARGIN, PAGE_TOP, LEFT_WIDTH, bottom() - PAGE_TOP, 0);
   draw_state();
   draw_room();
-  fill(MARGIN + 24, PAGE_TOP + 204, LEFT_WIDTH - 48, 2, EDGE);
+  fill(MARGIN + 24, PAGE_TOP + 208, LEFT_WIDTH - 48, 2, EDGE);
   draw_check(0, "In the slot", has(CARD_PRESENT));
   draw_check(1, "Unlocked", has(CARD_PRESENT) && !has(CARD_LOCKED));
   draw_check(2, "Partitioned", has(CARD_PARTITIONED));
@@ -141,6 +141,8 @@ static void draw_recordings(void) {
   text(x + 38, PAGE_TOP + 30, FONT_BODY, WHITE, LEFT, "Recordings");
   if (!has_recordings) {
     text(x, PAGE_TOP + 78, FONT_HUGE, GREY, LEFT, "--");
+    if (has(CARD_MOUNTED))
+      text(x, PAGE_TOP + 116, FONT_SMALL, GREY, LEFT, "no folder REC");
     return;
   }
   snprintf(figures, sizeof figures, "%d", (int)recordings.normal_count);

@@ -72,7 +72,10 @@ static void draw_bars(int right, int bottom, int height) {
   for (int i = 1; i <= BARS; ++i) {
     const int x = right - (BARS - i + 1) * PITCH + PITCH - WIDTH, tall = height * (i + 1) / (BARS + 1);
     const int is_lit = i * STEP <= volume;
-    fill(x, bottom - tall, WIDTH, tall, !is_lit ? CARD : is_muted ? EDGE : get_theme_color());
+    if (is_lit)
+      fill(x, bottom - tall, WIDTH, tall, is_muted ? EDGE : get_theme_color());
+    else
+      outline(x, bottom - tall, WIDTH, tall, EDGE);
     text(x + WIDTH / 2, bottom + 18, FONT_SMALL, is_lit && !is_muted ? SILVER : GREY, CENTRE, "%d", i * STEP);
   }
 }
@@ -85,8 +88,8 @@ static void draw_volume(void) {
   plate(MARGIN, PAGE_TOP, width, height, 0);
   if (selected == ITEM_VOLUME)
     frame(MARGIN, PAGE_TOP, width, height, WHITE, 2);
-  icon(MARGIN + 72, middle - 18, is_silent ? ICONS_MENU_MUTE : ICONS_MENU_SPEAKER, WHITE, BLACK);
-  words(MARGIN + 72, middle + 58, WORDS_BODY, BLACK, CENTRE, phrase(PHRASE_VOLUME));
+  icon(MARGIN + 72, middle - 14, is_silent ? ICONS_MENU_MUTE : ICONS_MENU_SPEAKER, WHITE, BLACK);
+  words(MARGIN + 72, middle + 52, WORDS_BODY, BLACK, CENTRE, phrase(PHRASE_VOLUME));
   digits(MARGIN + 278, middle, DIGITS_LARGE, figures, BLACK, RIGHT);
   text(MARGIN + 288, middle + 20, FONT_BODY, SILVER, LEFT, "%%");
   draw_bars(MARGIN + width - 28, PAGE_TOP + height - 46, height - 76);

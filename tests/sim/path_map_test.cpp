@@ -148,7 +148,9 @@ TEST(SimPathMap, OverlongPathIsRefused) {
 TEST(SimPathMap, LongSpellingOfAShortPathIsUnderstood) {
   const board board;
   board.write("tmp/ptb", "");
-  EXPECT_TRUE(same_file("/tmp" + std::string(3000, '/') + "ptb", board.path("tmp/ptb")));
+  std::string spelling = "/tmp";
+  spelling.append(3000, '/').append("ptb");
+  EXPECT_TRUE(same_file(spelling, board.path("tmp/ptb")));
 }
 
 TEST(SimPathMap, TrailingSlashAsksForADirectory) {
