@@ -39,7 +39,7 @@ void notice_draw(void) {
   const int left = left_edge(canvas_width() / 2, width, CENTRE);
   fill(left, STATUS_BAR + 8, width, HEIGHT, BLACK);
   outline(left, STATUS_BAR + 8, width, HEIGHT, WHITE);
-  fill(left, STATUS_BAR + 8, 6, HEIGHT, shown == NOTICE_RECORDING ? get_theme_color() : RED);
+  fill(left, STATUS_BAR + 8, 6, HEIGHT, shown <= NOTICE_PARKING ? get_theme_color() : RED);
   icon(left + 34, middle, notices[shown].image, WHITE, BLACK);
   words(left + INDENT, middle, WORDS_TITLE, BLACK, LEFT, utf8);
 }

@@ -2,6 +2,7 @@
 #ifndef NOTICES_H
 #define NOTICES_H
 
+/* Those that are no alarm come first. */
 enum notice {
   NOTICE_RECORDING,
   NOTICE_PARKING,
