@@ -22,9 +22,10 @@ struct named_error {
 };
 
 constexpr named_error known_errors[] = {
-    {"EACCES", EACCES}, {"EBUSY", EBUSY},   {"EFAULT", EFAULT}, {"EINTR", EINTR},   {"EINVAL", EINVAL},
-    {"EIO", EIO},       {"EMFILE", EMFILE}, {"ENODEV", ENODEV}, {"ENOENT", ENOENT}, {"ENOMEM", ENOMEM},
-    {"ENOSPC", ENOSPC}, {"ENOTTY", ENOTTY}, {"ENXIO", ENXIO},   {"EPERM", EPERM},   {"EROFS", EROFS},
+    {"EACCES", EACCES}, {"EBUSY", EBUSY},   {"EFAULT", EFAULT},       {"EINTR", EINTR},
+    {"EINVAL", EINVAL}, {"EIO", EIO},       {"EMFILE", EMFILE},       {"ENODEV", ENODEV},
+    {"ENOENT", ENOENT}, {"ENOMEM", ENOMEM}, {"ENOSPC", ENOSPC},       {"ENOTTY", ENOTTY},
+    {"ENXIO", ENXIO},   {"EPERM", EPERM},   {"EREMOTEIO", EREMOTEIO}, {"EROFS", EROFS},
 };
 
 int error_number(std::string_view name) noexcept {

@@ -23,7 +23,7 @@ private:
   char text_[8192];
 };
 
-/// Opens a file of the board, past the rules for what applications open; negative when it cannot.
+/// Opens a file of the board past the path map and the rules for devices; negative when it cannot.
 int open_board_file(const char *inside, int flags) noexcept;
 
 /// Makes a directory of the board, where there is none yet.
@@ -31,9 +31,6 @@ void make_board_directory(const char *inside) noexcept;
 
 /// Writes a text file of the board anew.
 void write_board_text(const char *inside, std::string_view text) noexcept;
-
-/// Opens a file of the board past the path map and the rules for devices.
-int open_board_file(const char *inside, int flags) noexcept;
 
 /// The bytes of a file of the board from `position` on. Gives how many there are, at most `size`; negative
 /// when there is no such file.

@@ -121,7 +121,7 @@ TEST_F(SimAccelerometer, TransfersFailAsOrdered) {
   board_.clear_faults();
   board_.set_fault("write", bus_path, "EREMOTEIO");
   measured();
-  EXPECT_THAT(errors_.take(), HasSubstr("I2C write error: "));
+  EXPECT_THAT(errors_.take(), HasSubstr("I2C write error: Remote I/O error\n"));
   board_.clear_faults();
   EXPECT_EQ(measured(), (axes{0, 0, 1000}));
 }

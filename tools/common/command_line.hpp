@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace dravik::art {
+namespace dravik::tools {
 
 struct option_rule {
   std::string_view name; ///< with its two hyphens
@@ -34,4 +34,4 @@ private:
   std::map<std::string, std::string, std::less<>> options_;
 };
 
-} // namespace dravik::art
+} // namespace dravik::tools

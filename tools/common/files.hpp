@@ -7,12 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace dravik::art {
-
-// What the files that this tool makes begin with.
-inline constexpr std::string_view archive_magic = "KORVEXQ7";
-inline constexpr std::string_view header_magic = "/* Made by dravik-art";
-inline constexpr std::string_view png_magic = "\x89PNG";
+namespace dravik::tools {
 
 /// "path: " and the reason that errno gives.
 std::string system_error(const std::string &path);
@@ -21,7 +16,7 @@ std::string system_error(const std::string &path);
 [[nodiscard]] bool read_file(const std::string &path, std::vector<uint8_t> &into, std::string &error);
 
 /// Whether a file may be written under this name: there is none, or it is empty or begins with `magic`. A
-/// slip in the arguments must not cost an artist a drawing.
+/// slip in the arguments must not cost anybody a drawing.
 [[nodiscard]] bool may_replace(const std::string &path, std::string_view magic, std::string &error);
 
 /// A name beside `path`, of this process, for what is not finished.
@@ -44,4 +39,4 @@ private:
   std::string unfinished_; ///< empty while there is no such file
 };
 
-} // namespace dravik::art
+} // namespace dravik::tools

@@ -1,6 +1,6 @@
 // Reading and writing of whole files.
 
-#include "dravik-art/files.hpp"
+#include "common/files.hpp"
 
 #include "base/unique_file.hpp"
 
@@ -10,7 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace dravik::art {
+namespace dravik::tools {
 
 std::string system_error(const std::string &path) {
   return path + ": " + std::strerror(errno);
@@ -95,4 +95,4 @@ bool pending_file::commit(std::string &error) {
   return true;
 }
 
-} // namespace dravik::art
+} // namespace dravik::tools

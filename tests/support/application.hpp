@@ -22,6 +22,8 @@ public:
 
   /// Waits until its standard error has said this. The test fails when it ends without.
   void await_error(std::string_view text);
+  /// The same of its standard output.
+  void await_output(std::string_view text);
   void send(int signal) const;
   /// Waits for its end. Gives its exit status; that of one ended by a signal is the signal's number + 128.
   int finish();
@@ -51,8 +53,5 @@ private:
   std::vector<uint16_t> pixels_;
   size_t pitch_;
 };
-
-/// Puts the demonstration's fonts, artwork and pictures on a board.
-void add_demonstration_files(const board &to);
 
 } // namespace dravik::test

@@ -1,11 +1,10 @@
 // Programs run on the board of a test, and what they leave on its screen.
 
-#include "examples/application.hpp"
+#include "support/application.hpp"
 
 #include <array>
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -31,6 +30,14 @@ bool read_more(int from, std::string &text) {
     return false;
   text.append(block.data(), static_cast<size_t>(length));
   return true;
+}
+
+void await(std::string_view text, int from, std::string &so_far) {
+  while (so_far.find(text) == std::string::npos)
+    if (!read_more(from, so_far)) {
+      ADD_FAILURE() << "the program ended without \"" << text << "\" but with \"" << so_far << '"';
+      return;
+    }
 }
 
 [[noreturn]] void become(const std::vector<std::string> &words, int output, int errors) {
@@ -75,11 +82,11 @@ application::~application() {
 }
 
 void application::await_error(std::string_view text) {
-  while (errors_.find(text) == std::string::npos)
-    if (!read_more(error_pipe_, errors_)) {
-      ADD_FAILURE() << "the program ended without \"" << text << "\" but with \"" << errors_ << '"';
-      return;
-    }
+  await(text, error_pipe_, errors_);
+}
+
+void application::await_output(std::string_view text) {
+  await(text, output_pipe_, output_);
 }
 
 void application::send(int signal) const {
@@ -112,14 +119,6 @@ std::vector<uint16_t> shot::area(uint32_t x, uint32_t y, uint32_t width, uint32_
 std::set<uint16_t> shot::colours(uint32_t x, uint32_t y, uint32_t width, uint32_t height) const {
   const std::vector<uint16_t> pixels = area(x, y, width, height);
   return {pixels.begin(), pixels.end()};
-}
-
-void add_demonstration_files(const board &to) {
-  namespace files = std::filesystem;
-  std::error_code code;
-  files::copy(DASHCAM_FILES, to.path(),
-              files::copy_options::recursive | files::copy_options::overwrite_existing, code);
-  ASSERT_FALSE(code) << code.message();
 }
 
 } // namespace dravik::test

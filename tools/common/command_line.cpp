@@ -1,10 +1,10 @@
 // Sorting of words by the rules of a command.
 
-#include "dravik-art/command_line.hpp"
+#include "common/command_line.hpp"
 
 #include <algorithm>
 
-namespace dravik::art {
+namespace dravik::tools {
 
 bool command_line::parse(std::span<const char *const> words, std::span<const option_rule> rules,
                          std::string &error) {
@@ -58,4 +58,4 @@ std::string command_line::value(std::string_view option, std::string_view otherw
   return found == options_.end() ? std::string{otherwise} : found->second;
 }
 
-} // namespace dravik::art
+} // namespace dravik::tools
