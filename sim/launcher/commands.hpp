@@ -11,6 +11,7 @@ using arguments = std::span<char *const>;
 constexpr int failed = 1;
 constexpr int wrong_usage = 2;
 
+int card_command(arguments given);
 int events_command(arguments given);
 int new_command(arguments given);
 int run_command(arguments given);

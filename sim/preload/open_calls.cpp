@@ -2,6 +2,7 @@
 
 #include "base/unique_fd.hpp"
 #include "preload/board_files.hpp"
+#include "preload/card_view.hpp"
 #include "preload/device.hpp"
 #include "preload/kernel_files.hpp"
 #include "preload/next.hpp"
@@ -15,11 +16,17 @@
 namespace dravik::sim {
 namespace {
 
-/// An open may be ordered to fail; errno says how.
-bool may_open(const board_path &path) noexcept {
+bool wants_to_write(int flags) noexcept {
+  return (flags & O_ACCMODE) != O_RDONLY || (flags & (O_CREAT | O_TRUNC)) != 0;
+}
+
+/// An open may be ordered to fail, and a card may be mounted read-only; errno says how.
+bool may_open(const board_path &path, int flags) noexcept {
   if (path.kind() == file_kind::none)
     return true;
-  const int fault = ordered_fault("open", path.name());
+  int fault = ordered_fault("open", path.name());
+  if (fault == 0 && wants_to_write(flags) && is_on_card(path.name()) && card_is_read_only())
+    fault = EROFS;
   if (fault != 0)
     errno = fault;
   return fault == 0;
@@ -36,6 +43,8 @@ int finish_open(const board_path &path, int flags, int descriptor) noexcept {
     return descriptor;
   if (path.kind() == file_kind::report)
     return as_it_stands(descriptor, flags);
+  if (path.kind() == file_kind::device && std::strcmp(path.name(), card_partition) == 0)
+    return open_partition(descriptor, flags);
   const device *opened = path.kind() == file_kind::device ? device_named(path.name()) : nullptr;
   if (opened == nullptr)
     return descriptor;
@@ -46,7 +55,7 @@ int finish_open(const board_path &path, int flags, int descriptor) noexcept {
 /// Opens by any of the C library's own definitions, `next`, which takes a path and flags.
 template <typename Next> int open_mapped(const char *name, int directory, int flags, Next next) noexcept {
   const board_path path{name, directory};
-  return may_open(path) ? finish_open(path, flags, next(path, kernel_flags(path.kind(), flags))) : -1;
+  return may_open(path, flags) ? finish_open(path, flags, next(path, kernel_flags(path.kind(), flags))) : -1;
 }
 
 } // namespace
@@ -106,7 +115,7 @@ template <typename Next> std::FILE *open_stream(const char *path, const char *mo
   const board_path mapped{path};
   if (mapped.kind() == file_kind::device || mapped.kind() == file_kind::report)
     return stream_over_descriptor(path, mode);
-  return may_open(mapped) ? next(mapped, mode) : nullptr;
+  return may_open(mapped, flags_of_mode(mode)) ? next(mapped, mode) : nullptr;
 }
 
 /// A device is not cut by being opened once more, and a port goes on after what was sent.

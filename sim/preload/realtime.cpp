@@ -24,7 +24,7 @@ thread_number number_of_thread(pthread_t thread) noexcept {
   return ::pthread_getcpuclockid(thread, &clock) == 0 ? clock : 0;
 }
 
-struct granted {
+struct alignas(8) granted { // a word, so that every compiler takes it for one
   thread_number thread;
   uint16_t policy;
   uint16_t priority;
@@ -78,8 +78,10 @@ int set_real_time(pthread_t thread, int policy, const sched_param &parameters, N
   const bool is_valid =
       priority >= ::sched_get_priority_min(policy) && priority <= ::sched_get_priority_max(policy);
   const int answer = realtime != "simulated" || !is_valid ? next(thread, policy, &parameters) : EPERM;
-  if (answer == 0)
+  if (answer == 0) {
+    priorities.forget(number_of_thread(thread));
     record_event("thread: real-time priority %d", priority);
+  }
   if (answer != EPERM)
     return answer;
   priorities.remember(
@@ -95,11 +97,12 @@ using namespace dravik::sim;
 
 SIM_DEFINE(int, pthread_setschedparam, (pthread_t thread, int policy, const sched_param *parameters)) {
   const auto next = SIM_NEXT(pthread_setschedparam);
-  if (board_directory() == nullptr)
-    return next(thread, policy, parameters);
-  priorities.forget(number_of_thread(thread));
-  return is_real_time(policy) ? set_real_time(thread, policy, *parameters, next)
-                              : next(thread, policy, parameters);
+  if (board_directory() != nullptr && is_real_time(policy))
+    return set_real_time(thread, policy, *parameters, next);
+  const int answer = next(thread, policy, parameters);
+  if (answer == 0)
+    priorities.forget(number_of_thread(thread));
+  return answer;
 }
 
 SIM_DEFINE(int, pthread_getschedparam, (pthread_t thread, int *policy, sched_param *parameters)) {

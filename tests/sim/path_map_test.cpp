@@ -140,7 +140,7 @@ TEST(SimPathMap, EmptyNameOfABoardIsNone) {
 
 TEST(SimPathMap, OverlongPathIsRefused) {
   const board board;
-  const std::string overlong = "/tmp/mmcblk0p1/" + std::string(1100, '/') + std::string(1100, 'n');
+  const std::string overlong = std::string{"/tmp/mmcblk0p1/"}.append(1100, '/').append(1100, 'n');
   EXPECT_EQ(::access(overlong.c_str(), F_OK), -1);
   EXPECT_EQ(errno, ENAMETOOLONG);
 }
@@ -148,7 +148,7 @@ TEST(SimPathMap, OverlongPathIsRefused) {
 TEST(SimPathMap, LongSpellingOfAShortPathIsUnderstood) {
   const board board;
   board.write("tmp/ptb", "");
-  EXPECT_TRUE(same_file("/tmp" + std::string(3000, '/') + "ptb", board.path("tmp/ptb")));
+  EXPECT_TRUE(same_file(std::string{"/tmp"}.append(3000, '/').append("ptb"), board.path("tmp/ptb")));
 }
 
 TEST(SimPathMap, TrailingSlashAsksForADirectory) {
