@@ -89,6 +89,7 @@ constexpr command commands[] = {
      "\n"
      "  accel=X,Y,Z           how the board moves, in thousandths of the Earth's pull (at rest: 0,0,1000)\n"
      "  adc.CHANNEL=CODE      what the converter reads on channel 0 to 3: 0 to 1023, or 0x0 to 0x3ff\n"
+     "  card=in|locked|out    whether the memory card is in its slot, and its switch at LOCK\n"
      "  gpio.LINE=LEVEL       a GPIO line, 0 to 255, is low (0) or high (1)\n"
      "  hdmi=on|off           whether there is a monitor at the HDMI socket\n"
      "  temperature=DEGREES   -1 to 117 degrees Celsius, on the converter's channel 1, to about a tenth\n"

@@ -20,7 +20,8 @@ private:
   char text_[8192];
 };
 
-/// Opens a file of the board past the path map and the rules for devices; closed by exec. Negative when it cannot.
+/// Opens a file of the board past the path map and the rules for devices; closed by exec. Negative when it
+/// cannot.
 int open_board_file(const char *inside, int flags) noexcept;
 
 /// Makes a directory of the board, where there is none yet.
