@@ -1,4 +1,5 @@
-// dravik-sim: makes simulated boards, runs applications on them, takes pictures of their screens.
+// dravik-sim: makes simulated boards, runs applications on them, takes pictures of their screens, works their
+// inputs.
 
 #include "launcher/commands.hpp"
 
@@ -27,6 +28,8 @@ constexpr const char *overview =
     "  dravik-sim new BOARD              makes a board\n"
     "  dravik-sim run BOARD -- APP ...   runs an application on it\n"
     "  dravik-sim shot BOARD FILE.png    writes what its screen shows\n"
+    "  dravik-sim set BOARD KEY=VALUE    changes what its inputs tell\n"
+    "  dravik-sim events BOARD           shows what its devices are asked to do\n"
     "  dravik-sim card BOARD in|out ...  handles its memory card\n"
     "  dravik-sim COMMAND --help         tells more\n"
     "\n"
@@ -77,6 +80,34 @@ constexpr command commands[] = {
      "\n"
      "examples:\n"
      "  dravik-sim shot desk screen.png\n"},
+    {"set", set_command,
+     "usage: dravik-sim set BOARD KEY=VALUE ...\n"
+     "\n"
+     "Changes what the board's inputs tell, from an application's next look on. Nothing is changed when one "
+     "of the\n"
+     "values is wrong.\n"
+     "\n"
+     "  accel=X,Y,Z           how the board moves, in thousandths of the Earth's pull (at rest: 0,0,1000)\n"
+     "  adc.CHANNEL=CODE      what the converter reads on channel 0 to 3: 0 to 1023, or 0x0 to 0x3ff\n"
+     "  card=in|locked|out    whether the memory card is in its slot, and its switch at LOCK\n"
+     "  gpio.LINE=LEVEL       a GPIO line, 0 to 255, is low (0) or high (1)\n"
+     "  hdmi=on|off           whether there is a monitor at the HDMI socket\n"
+     "  temperature=DEGREES   -1 to 117 degrees Celsius, on the converter's channel 1, to about a tenth\n"
+     "\n"
+     "examples:\n"
+     "  dravik-sim set desk temperature=41.5\n"
+     "  dravik-sim set desk gpio.68=1 accel=0,2500,1000\n"},
+    {"events", events_command,
+     "usage: dravik-sim events BOARD [--once]\n"
+     "\n"
+     "Shows what the board's devices were asked to do, a line each, and goes on as more happens, until it is "
+     "interrupted.\n"
+     "\n"
+     "  --once   ends with what has happened until now\n"
+     "\n"
+     "examples:\n"
+     "  dravik-sim events desk\n"
+     "  dravik-sim events desk --once | grep led\n"},
     {"card", card_command,
      "usage: dravik-sim card BOARD [ACTION [OPTION ...]]\n"
      "\n"

@@ -3,9 +3,9 @@
 #include "board/board_directory.hpp"
 #include "board/card.hpp"
 #include "board/host_tool.hpp"
+#include "board/settings_text.hpp"
 #include "launcher/commands.hpp"
 
-#include <charconv>
 #include <cstdio>
 #include <filesystem>
 #include <optional>
@@ -31,11 +31,6 @@ constexpr smooth_font smooth_fonts[] = {
     {"DroidSansFallback.ttf", "/usr/share/fonts-droid-fallback/truetype/DroidSansFallback.ttf",
      "fonts-droid-fallback"},
 };
-
-bool read_number(std::string_view text, uint32_t &number) {
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  return error == std::errc{} && end == text.data() + text.size();
-}
 
 bool read_size(std::string_view text, uint32_t &width, uint32_t &height) {
   const size_t cross = text.find('x');

@@ -38,6 +38,13 @@ void add_preload(const std::string &library) {
   ::setenv("LD_PRELOAD", all.c_str(), 1);
 }
 
+/// ALSA's configuration and its folder of plugins, beside the preload library.
+void offer_sound_card(const std::string &library) {
+  const files::path directory = files::path{library}.parent_path() / "dravik-sim";
+  ::setenv("ALSA_CONFIG_PATH", (directory / "asound.conf").c_str(), 1);
+  ::setenv("ALSA_PLUGIN_DIR", directory.c_str(), 1);
+}
+
 int become(const std::string &program, arguments words) {
   ::execv(program.c_str(), words.data());
   return fail(program + ": " + std::strerror(errno));
@@ -69,6 +76,7 @@ int run_command(arguments given) {
 
   std::error_code code;
   ::setenv("DRAVIK_BOARD", files::canonical(board, code).c_str(), 1);
+  offer_sound_card(library);
   add_preload(library);
   return become(program, words);
 }

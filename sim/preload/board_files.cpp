@@ -8,10 +8,13 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <sys/syscall.h>
 
 namespace dravik::sim {
 namespace {
+
+constexpr size_t longest_order = 256; ///< that is taken out, in bytes
 
 struct named_error {
   std::string_view name;
@@ -19,9 +22,10 @@ struct named_error {
 };
 
 constexpr named_error known_errors[] = {
-    {"EACCES", EACCES}, {"EBUSY", EBUSY},   {"EFAULT", EFAULT}, {"EINTR", EINTR},   {"EINVAL", EINVAL},
-    {"EIO", EIO},       {"EMFILE", EMFILE}, {"ENODEV", ENODEV}, {"ENOENT", ENOENT}, {"ENOMEM", ENOMEM},
-    {"ENOSPC", ENOSPC}, {"ENOTTY", ENOTTY}, {"ENXIO", ENXIO},   {"EPERM", EPERM},   {"EROFS", EROFS},
+    {"EACCES", EACCES}, {"EBUSY", EBUSY},   {"EFAULT", EFAULT},       {"EINTR", EINTR},
+    {"EINVAL", EINVAL}, {"EIO", EIO},       {"EMFILE", EMFILE},       {"ENODEV", ENODEV},
+    {"ENOENT", ENOENT}, {"ENOMEM", ENOMEM}, {"ENOSPC", ENOSPC},       {"ENOTTY", ENOTTY},
+    {"ENXIO", ENXIO},   {"EPERM", EPERM},   {"EREMOTEIO", EREMOTEIO}, {"EROFS", EROFS},
 };
 
 int error_number(std::string_view name) noexcept {
@@ -31,27 +35,53 @@ int error_number(std::string_view name) noexcept {
   return EIO;
 }
 
-/// Past the path map and the write rules of this library's own definitions.
-void write_plainly(int descriptor, const char *text, size_t length) noexcept {
-  ::syscall(SYS_write, descriptor, text, length);
+// Past the rules of this library's own definitions.
+ssize_t read_plainly(int descriptor, void *bytes, size_t size) noexcept {
+  return ::syscall(SYS_read, descriptor, bytes, size);
+}
+ssize_t write_plainly(int descriptor, const void *bytes, size_t size) noexcept {
+  return ::syscall(SYS_write, descriptor, bytes, size);
+}
+
+/// The line of `faults` that is for a request, or an empty one.
+std::string_view find_order(std::string_view faults, std::string_view request,
+                            std::string_view path) noexcept {
+  while (true) {
+    const std::string_view line = take_line(faults);
+    std::string_view words = line;
+    if (line.empty() || (take_word(words) == request && take_word(words) == path))
+      return line;
+  }
+}
+
+/// Where a file of the board lies; false when there is no board, or no room for the name.
+bool name_board_file(const char *inside, char (&path)[longest_path]) noexcept {
+  const char *board = board_directory();
+  return board != nullptr &&
+         std::snprintf(path, sizeof path, "%s/%s", board, inside) < static_cast<int>(sizeof path);
 }
 
 } // namespace
 
 int open_board_file(const char *inside, int flags) noexcept {
-  const char *board = board_directory();
   char path[longest_path];
-  if (board == nullptr ||
-      std::snprintf(path, sizeof path, "%s/%s", board, inside) >= static_cast<int>(longest_path))
-    return -1;
-  return static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags | O_CLOEXEC, 0644));
+  return name_board_file(inside, path)
+             ? static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags | O_CLOEXEC, 0644))
+             : -1;
+}
+
+void make_board_directory(const char *inside) noexcept {
+  const preserve_errno unchanged;
+  char path[longest_path];
+  if (name_board_file(inside, path))
+    ::syscall(SYS_mkdirat, AT_FDCWD, path, 0755);
 }
 
 board_text::board_text(const char *inside) noexcept {
   const preserve_errno unchanged;
   const unique_fd file{open_board_file(inside, O_RDONLY)};
   while (file && length_ < sizeof text_) {
-    const ssize_t count = ::read(file.get(), text_ + length_, sizeof text_ - length_);
+    const ssize_t count = read_plainly(file.get(), text_ + length_, sizeof text_ - length_);
     if (count <= 0)
       return;
     length_ += static_cast<size_t>(count);
@@ -65,6 +95,27 @@ void write_board_text(const char *inside, std::string_view text) noexcept {
     write_plainly(file.get(), text.data(), text.size());
 }
 
+ssize_t read_board_bytes(const char *inside, off_t position, void *bytes, size_t size) noexcept {
+  const preserve_errno unchanged;
+  const unique_fd file{open_board_file(inside, O_RDONLY)};
+  return file && ::lseek(file.get(), position, SEEK_SET) == position ? read_plainly(file.get(), bytes, size)
+                                                                     : -1;
+}
+
+bool write_board_bytes(const char *inside, off_t position, const void *bytes, size_t size) noexcept {
+  const preserve_errno unchanged;
+  const unique_fd file{open_board_file(inside, O_WRONLY | O_CREAT)};
+  return file && ::lseek(file.get(), position, SEEK_SET) == position &&
+         write_plainly(file.get(), bytes, size) == static_cast<ssize_t>(size);
+}
+
+void append_to_board_file(const char *inside, std::string_view text) noexcept {
+  const preserve_errno unchanged;
+  const unique_fd file{open_board_file(inside, O_WRONLY | O_CREAT | O_APPEND)};
+  if (file)
+    write_plainly(file.get(), text.data(), text.size());
+}
+
 bool set_board_file_length(const char *inside, off_t length) noexcept {
   const unique_fd file{open_board_file(inside, O_WRONLY)};
   return file && ::syscall(SYS_ftruncate, file.get(), length) == 0;
@@ -72,14 +123,26 @@ bool set_board_file_length(const char *inside, off_t length) noexcept {
 
 int ordered_fault(std::string_view request, std::string_view path) noexcept {
   const board_text faults{"faults"};
-  std::string_view rest = faults;
-  while (true) {
-    std::string_view line = take_line(rest);
-    if (line.empty())
-      return 0;
-    if (take_word(line) == request && take_word(line) == path)
-      return error_number(take_word(line));
-  }
+  std::string_view order = find_order(faults, request, path);
+  if (order.empty())
+    return 0;
+  take_word(order);
+  take_word(order);
+  return error_number(take_word(order));
+}
+
+/// Blanks in its place leave what someone else may add meanwhile as it is.
+bool take_fault(std::string_view request, std::string_view path) noexcept {
+  const preserve_errno unchanged;
+  const board_text faults{"faults"};
+  const std::string_view order = find_order(faults, request, path);
+  const unique_fd file{order.empty() ? -1 : open_board_file("faults", O_WRONLY)};
+  if (!file)
+    return false;
+  char nothing[longest_order];
+  std::memset(nothing, ' ', sizeof nothing);
+  const auto place = static_cast<off_t>(order.data() - std::string_view{faults}.data());
+  return ::syscall(SYS_pwrite64, file.get(), nothing, std::min(order.size(), sizeof nothing), place) > 0;
 }
 
 void record_event(const char *format, ...) noexcept {
@@ -91,9 +154,7 @@ void record_event(const char *format, ...) noexcept {
   va_end(arguments);
   const size_t kept = std::min(static_cast<size_t>(std::max(length, 0)), sizeof line - 2);
   line[kept] = '\n';
-  const unique_fd events{open_board_file("events", O_WRONLY | O_CREAT | O_APPEND)};
-  if (events)
-    write_plainly(events.get(), line, kept + 1);
+  append_to_board_file("events", {line, kept + 1});
 }
 
 } // namespace dravik::sim

@@ -48,9 +48,8 @@ int finish_open(const board_path &path, int flags, int descriptor) noexcept {
   const device *opened = path.kind() == file_kind::device ? device_named(path.name()) : nullptr;
   if (opened == nullptr)
     return descriptor;
-  opened->opened(descriptor);
-  return ordered_fault("descriptor-0", opened->path) != 0 && descriptor != 0 ? moved_to_zero(descriptor)
-                                                                             : descriptor;
+  const int given = opened->opened != nullptr ? opened->opened(descriptor, flags) : descriptor;
+  return given > 0 && ordered_fault("descriptor-0", opened->path) != 0 ? moved_to_zero(given) : given;
 }
 
 /// Opens by any of the C library's own definitions, `next`, which takes a path and flags.
@@ -100,10 +99,14 @@ int flags_of_mode(const char *mode) noexcept {
   return (both_ways ? O_RDWR : one_way) | disposition | on_exec;
 }
 
-/// A stream on a device or a report is laid over a descriptor that has the kernel's manners.
+/// A stream on a device or a report is laid over a descriptor that has the kernel's manners. To a terminal it
+/// sends each line at its end.
 std::FILE *stream_over_descriptor(const char *path, const char *mode) noexcept {
   const int descriptor = sim_open(path, flags_of_mode(mode), 0666);
-  return descriptor >= 0 ? ::fdopen(descriptor, mode) : nullptr;
+  std::FILE *stream = descriptor >= 0 ? ::fdopen(descriptor, mode) : nullptr;
+  if (stream != nullptr && ::isatty(descriptor) != 0)
+    std::setvbuf(stream, nullptr, _IOLBF, 0);
+  return stream;
 }
 
 /// Other files the C library opens itself, by any of its definitions, `next`. It also cuts an attribute that
@@ -115,9 +118,11 @@ template <typename Next> std::FILE *open_stream(const char *path, const char *mo
   return may_open(mapped, flags_of_mode(mode)) ? next(mapped, mode) : nullptr;
 }
 
-/// A device is not cut by being opened once more.
+/// A device is not cut by being opened once more, and a port goes on after what was sent.
 const char *mode_of_reopened(const board_path &path, const char *mode) noexcept {
-  return path.kind() == file_kind::device && *mode != 'r' ? "r+" : mode;
+  if (path.kind() != file_kind::device || *mode == 'r')
+    return mode;
+  return device_named(path.name()) == &serial_port ? "a" : "r+";
 }
 
 } // namespace

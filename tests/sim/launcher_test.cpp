@@ -1,70 +1,23 @@
 // The launcher as people run it: its commands, its errors, and applications that know nothing of it.
 
 #include "png/png_file.hpp"
+#include "sim/launcher.hpp"
 #include "support/board.hpp"
 
-#include <array>
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 
-using dravik::test::board;
+using dravik::test::contents;
+using dravik::test::launch;
+using dravik::test::outcome;
+using dravik::test::run;
 using testing::HasSubstr;
 using testing::StartsWith;
-
-struct outcome {
-  int status = -1; ///< as waitpid() gives it
-  std::string output;
-  std::string errors;
-
-  int exit_status() const { return WIFEXITED(status) ? WEXITSTATUS(status) : -1; }
-};
-
-std::string contents(FILE *file) {
-  std::string text;
-  std::array<char, 4096> block;
-  std::rewind(file);
-  while (const size_t count = std::fread(block.data(), 1, block.size(), file))
-    text.append(block.data(), count);
-  std::fclose(file);
-  return text;
-}
-
-[[noreturn]] void become(std::vector<std::string> words, int output, int errors) {
-  std::vector<char *> pointers;
-  for (std::string &word : words)
-    pointers.push_back(word.data());
-  pointers.push_back(nullptr);
-  ::dup2(output, STDOUT_FILENO);
-  ::dup2(errors, STDERR_FILENO);
-  ::unsetenv("DRAVIK_BOARD");
-  ::execvp(pointers[0], pointers.data());
-  ::_exit(127);
-}
-
-outcome run(const std::vector<std::string> &words) {
-  FILE *output = std::tmpfile();
-  FILE *errors = std::tmpfile();
-  const pid_t child = ::fork();
-  if (child == 0)
-    become(words, ::fileno(output), ::fileno(errors));
-  outcome result;
-  ::waitpid(child, &result.status, 0);
-  result.output = contents(output);
-  result.errors = contents(errors);
-  return result;
-}
-
-outcome launch(std::vector<std::string> words) {
-  words.insert(words.begin(), LAUNCHER);
-  return run(words);
-}
 
 /// A directory for the boards of a test, writable by everyone.
 class SimLauncher : public testing::Test {
@@ -193,7 +146,7 @@ TEST_F(SimLauncher, WrongUsageGivesStatus2) {
 }
 
 TEST_F(SimLauncher, HelpIsGivenForEachCommandWithExamples) {
-  for (const char *command : {"new", "run", "shot", "card"}) {
+  for (const char *command : {"new", "run", "shot", "set", "events", "card"}) {
     const outcome result = launch({command, "--help"});
     EXPECT_EQ(result.exit_status(), 0);
     EXPECT_THAT(result.output, StartsWith(std::string{"usage: dravik-sim "} + command + " "));
@@ -305,7 +258,6 @@ TEST_F(SimLauncher, NewMakesCardsOfOtherSizesOrNone) {
     expect_error(launch({"new", at("b"), "--card", size}), 1, "a card has 64 to 131072 MiB");
   EXPECT_FALSE(std::filesystem::exists(at("b")));
 }
-
 
 TEST_F(SimLauncher, CardIsHandledByHand) {
   launch({"new", at("desk"), "--card", "64"});

@@ -41,9 +41,16 @@ bool probe_is_seen() {
   return descriptor >= 0 && stream != nullptr && ::access(probe, F_OK) == 0;
 }
 
+/// ALSA's card `default` is that of the board, whichever that is.
+void offer_sound_card() {
+  ::setenv("ALSA_CONFIG_PATH", SOUND_CARD_DIRECTORY "/asound.conf", 1);
+  ::setenv("ALSA_PLUGIN_DIR", SOUND_CARD_DIRECTORY, 1);
+}
+
 } // namespace
 
 void require_simulator() {
+  offer_sound_card();
   const char *current = std::getenv("DRAVIK_BOARD");
   const std::string before = current != nullptr ? current : nowhere;
   bool in_charge;

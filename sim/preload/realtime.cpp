@@ -1,0 +1,115 @@
+// Real-time priorities, for hosts that refuse them to ordinary users. Such a priority is remembered and read
+// back; the thread runs like any other.
+
+#include "board/settings_text.hpp"
+#include "preload/board_files.hpp"
+#include "preload/next.hpp"
+#include "preload/path_map.hpp"
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <ctime>
+#include <pthread.h>
+#include <sched.h>
+
+namespace dravik::sim {
+namespace {
+
+/// The number of a thread's clock names it for its life; a pthread_t is given out again after it. 0 is none.
+using thread_number = clockid_t;
+
+thread_number number_of_thread(pthread_t thread) noexcept {
+  clockid_t clock = 0;
+  return ::pthread_getcpuclockid(thread, &clock) == 0 ? clock : 0;
+}
+
+struct alignas(8) granted { // a word, so that every compiler takes it for one
+  thread_number thread;
+  uint16_t policy;
+  uint16_t priority;
+};
+static_assert(sizeof(granted) == 8);
+
+/// Remembers the last threads that were granted a priority. Takes no lock: a fork may come at any time.
+class granted_priorities {
+public:
+  void forget(thread_number thread) noexcept {
+    for (std::atomic<granted> &place : places_)
+      if (granted known = place.load(); known.thread == thread)
+        place.compare_exchange_strong(known, {});
+  }
+
+  void remember(const granted &wanted) noexcept {
+    forget(wanted.thread);
+    for (std::atomic<granted> &place : places_)
+      if (granted nothing = {}; place.compare_exchange_strong(nothing, wanted))
+        return;
+    places_[oldest_.fetch_add(1) % places_.size()] = wanted;
+  }
+
+  granted find(thread_number thread) const noexcept {
+    for (const std::atomic<granted> &place : places_)
+      if (const granted known = place.load(); known.thread == thread)
+        return known;
+    return {};
+  }
+
+private:
+  std::array<std::atomic<granted>, 64> places_ = {};
+  std::atomic<size_t> oldest_ = 0;
+};
+constinit granted_priorities priorities;
+
+bool is_real_time(int policy) noexcept {
+  return policy == SCHED_FIFO || policy == SCHED_RR;
+}
+
+/// Sets a priority by way of the host's call, `next`, as far as the board's settings let it.
+template <typename Next>
+int set_real_time(pthread_t thread, int policy, const sched_param &parameters, Next next) noexcept {
+  const board_text settings{"board.conf"};
+  const std::string_view realtime = value_of(settings, "realtime");
+  const int priority = parameters.sched_priority;
+  if (realtime == "refused") {
+    record_event("thread: real-time priority %d, refused", priority);
+    return EPERM;
+  }
+  const bool is_valid =
+      priority >= ::sched_get_priority_min(policy) && priority <= ::sched_get_priority_max(policy);
+  const int answer = realtime != "simulated" || !is_valid ? next(thread, policy, &parameters) : EPERM;
+  if (answer == 0) {
+    priorities.forget(number_of_thread(thread));
+    record_event("thread: real-time priority %d", priority);
+  }
+  if (answer != EPERM)
+    return answer;
+  priorities.remember(
+      {number_of_thread(thread), static_cast<uint16_t>(policy), static_cast<uint16_t>(priority)});
+  record_event("thread: real-time priority %d, simulated", priority);
+  return 0;
+}
+
+} // namespace
+} // namespace dravik::sim
+
+using namespace dravik::sim;
+
+SIM_DEFINE(int, pthread_setschedparam, (pthread_t thread, int policy, const sched_param *parameters)) {
+  const auto next = SIM_NEXT(pthread_setschedparam);
+  if (board_directory() != nullptr && is_real_time(policy))
+    return set_real_time(thread, policy, *parameters, next);
+  const int answer = next(thread, policy, parameters);
+  if (answer == 0)
+    priorities.forget(number_of_thread(thread));
+  return answer;
+}
+
+SIM_DEFINE(int, pthread_getschedparam, (pthread_t thread, int *policy, sched_param *parameters)) {
+  const granted known = priorities.find(number_of_thread(thread));
+  if (known.thread == 0)
+    return SIM_NEXT(pthread_getschedparam)(thread, policy, parameters);
+  *policy = known.policy;
+  parameters->sched_priority = known.priority;
+  return 0;
+}

@@ -1,0 +1,178 @@
+// The card behind the plugin: a buffer that is heard at the pace of a clock.
+
+#include "sound/card.hpp"
+#include "board/mixer.hpp"
+#include "preload/board_files.hpp"
+#include "sound/timeline.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <cinttypes>
+#include <fcntl.h>
+#include <sys/timerfd.h>
+
+namespace dravik::sim {
+namespace {
+
+constexpr int64_t second_ns = 1'000'000'000;
+
+timespec to_timespec(int64_t time_ns) noexcept {
+  return {time_ns / second_ns, time_ns % second_ns};
+}
+
+bool is_on_board() noexcept {
+  return static_cast<bool>(unique_fd{open_board_file("board.conf", O_RDONLY)});
+}
+
+} // namespace
+
+int card::ordered(const char *request) const noexcept {
+  const int fault = ordered_fault(request, card_name);
+  if (fault != 0)
+    record_event("sound: %s fails as ordered", request);
+  return -fault;
+}
+
+int card::open() noexcept {
+  if (!is_on_board())
+    return -ENODEV;
+  if (const int fault = ordered("open"); fault != 0)
+    return fault;
+  settings_ = read_card_settings();
+  timer_.reset(::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
+  return timer_ ? recording_.open() : -errno;
+}
+
+void card::close() noexcept {
+  stop();
+  if (buffer_frames_ == 0)
+    return;
+  record_event("sound: %" PRIu64 " frames played", all_heard_);
+  if (all_dropped_ != 0)
+    record_event("sound: %" PRIu64 " frames dropped", all_dropped_);
+}
+
+int card::configure(const sound_format &format, uint64_t period_frames, uint64_t buffer_frames) noexcept {
+  if (const int fault = ordered("params"); fault != 0)
+    return fault;
+  const uint64_t samples = buffer_frames * format.channels;
+  if (samples == 0 || samples > longest_buffer_samples || period_frames == 0 || format.rate_hz == 0)
+    return -EINVAL; // ALSA can settle on nothing, where an application leaves rate and channels open
+  format_ = format;
+  period_frames_ = period_frames;
+  buffer_frames_ = buffer_frames;
+  recording_.set_format(format);
+  record_event("sound: open %" PRIu32 " Hz %" PRIu32 " channel%s, period %" PRIu64 ", buffer %" PRIu64,
+               format.rate_hz, format.channels, format.channels == 1 ? "" : "s", period_frames,
+               buffer_frames);
+  return 0;
+}
+
+int card::prepare() noexcept {
+  stop();
+  taken_ = heard_ = kept_ = 0;
+  return ordered("prepare");
+}
+
+void card::start() noexcept {
+  start_ns_ = monotonic_ns();
+  running_ = true;
+  if (settings_.records_speaker && settings_.records_gaps)
+    recording_.add_silence_until(start_ns_ - timeline_begin_ns());
+  const int64_t rate = format_.rate_hz;
+  // Rounded up, so that the period is over whenever the timer says so.
+  const int64_t period_ns = (static_cast<int64_t>(period_frames_) * second_ns + rate - 1) / rate;
+  if (settings_.keeps_time)
+    set_timer(start_ns_ + period_ns, period_ns);
+  else
+    set_timer(1, 0); // a moment that is over: there is always room
+}
+
+void card::stop() noexcept {
+  position(true);
+  running_ = false;
+  starved_ = false;
+  set_timer(0, 0);
+  keep_heard();
+  all_dropped_ += taken_ - heard_;
+  taken_ = heard_;
+}
+
+int64_t card::take(const int16_t *samples, size_t frames) noexcept {
+  if (const int fault = ordered("write"); fault != 0)
+    return fault;
+  starved_ = starved_ || take_fault("underrun", card_name);
+  if (!settings_.records_speaker)
+    recording_.add({samples, frames * format_.channels}, 1);
+  keep_heard();
+  store(samples, frames);
+  return static_cast<int64_t>(frames);
+}
+
+int64_t card::position(bool draining) noexcept {
+  if (!running_)
+    return static_cast<int64_t>(heard_);
+  const uint64_t due = due_frames();
+  if (!draining && (starved_ || (due >= taken_ && settings_.keeps_time))) {
+    end_by_underrun();
+    return -EPIPE;
+  }
+  heard_ = std::min(due, taken_);
+  return static_cast<int64_t>(heard_);
+}
+
+/// The timer goes on, so that whoever waits for room learns of it.
+void card::end_by_underrun() noexcept {
+  heard_ = taken_;
+  running_ = false;
+  starved_ = false;
+  keep_heard();
+  record_event("sound: underrun");
+}
+
+/// How many frames the clock wants to have heard.
+uint64_t card::due_frames() const noexcept {
+  if (!settings_.keeps_time)
+    return taken_;
+  const int64_t passed_ns = monotonic_ns() - start_ns_;
+  const int64_t rate = format_.rate_hz;
+  return static_cast<uint64_t>(passed_ns / second_ns * rate + passed_ns % second_ns * rate / second_ns);
+}
+
+void card::set_timer(int64_t first_ns, int64_t period_ns) noexcept {
+  const itimerspec times = {to_timespec(period_ns), to_timespec(first_ns)};
+  ::timerfd_settime(timer_.get(), TFD_TIMER_ABSTIME, &times, nullptr);
+}
+
+void card::read_period_timer() const noexcept {
+  uint64_t periods = 0;
+  if (settings_.keeps_time && ::read(timer_.get(), &periods, sizeof periods) < 0)
+    return; // read already
+}
+
+void card::store(const int16_t *samples, size_t frames) noexcept {
+  for (size_t left = frames; left > 0;) {
+    const uint64_t place = taken_ % buffer_frames_;
+    const size_t run = std::min<size_t>(left, buffer_frames_ - place);
+    std::copy_n(samples, run * format_.channels, buffer_ + place * format_.channels);
+    samples += run * format_.channels;
+    taken_ += run;
+    left -= run;
+  }
+}
+
+void card::keep_heard() noexcept {
+  if (kept_ == heard_)
+    return;
+  all_heard_ += heard_ - kept_;
+  const double gain = settings_.records_speaker ? speaker_gain(board_text{"sound/mixer"}) : 0;
+  while (kept_ < heard_) {
+    const uint64_t place = kept_ % buffer_frames_;
+    const uint64_t run = std::min(heard_ - kept_, buffer_frames_ - place);
+    if (settings_.records_speaker)
+      recording_.add({buffer_ + place * format_.channels, run * format_.channels}, gain);
+    kept_ += run;
+  }
+}
+
+} // namespace dravik::sim

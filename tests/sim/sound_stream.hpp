@@ -1,0 +1,98 @@
+// A playback stream on the card `default`, in few words.
+#pragma once
+
+#include <alsa/asoundlib.h>
+#include <cerrno>
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <vector>
+
+namespace dravik::test {
+
+using samples = std::vector<int16_t>;
+
+struct stream_wishes {
+  unsigned rate_hz = 48000;
+  unsigned channels = 2;
+  snd_pcm_uframes_t period = 1024;
+  snd_pcm_uframes_t buffer = 8192;
+  /// As it stands, a sound that fits into the buffer starts with the drain: it cannot run out before.
+  snd_pcm_uframes_t start_threshold = 8192;
+};
+
+class sound_stream {
+public:
+  sound_stream() = default;
+  explicit sound_stream(const stream_wishes &wishes) {
+    EXPECT_EQ(open(), 0);
+    EXPECT_EQ(configure(wishes), 0);
+  }
+  ~sound_stream() { close(); }
+  sound_stream(const sound_stream &) = delete;
+  sound_stream &operator=(const sound_stream &) = delete;
+
+  int open() { return snd_pcm_open(&pcm_, "default", SND_PCM_STREAM_PLAYBACK, 0); }
+  void close() {
+    if (pcm_ != nullptr)
+      snd_pcm_close(pcm_);
+    pcm_ = nullptr;
+  }
+  operator snd_pcm_t *() const { return pcm_; }
+
+  /// 0, or the error of the first step that fails.
+  int configure(const stream_wishes &wishes) {
+    channels_ = wishes.channels;
+    snd_pcm_hw_params_t *hw;
+    snd_pcm_hw_params_alloca(&hw);
+    int result = snd_pcm_hw_params_any(pcm_, hw);
+    const auto step = [&result](auto call, auto... arguments) {
+      result = result < 0 ? result : call(arguments...);
+    };
+    step(snd_pcm_hw_params_set_access, pcm_, hw, SND_PCM_ACCESS_RW_INTERLEAVED);
+    step(snd_pcm_hw_params_set_format, pcm_, hw, SND_PCM_FORMAT_S16_LE);
+    step(snd_pcm_hw_params_set_channels, pcm_, hw, wishes.channels);
+    step(snd_pcm_hw_params_set_rate, pcm_, hw, wishes.rate_hz, 0);
+    step(snd_pcm_hw_params_set_period_size, pcm_, hw, wishes.period, 0);
+    step(snd_pcm_hw_params_set_buffer_size, pcm_, hw, wishes.buffer);
+    step(snd_pcm_hw_params, pcm_, hw);
+    return result < 0 ? result : set_thresholds(wishes);
+  }
+
+  /// What snd_pcm_writei() gives, in frames.
+  snd_pcm_sframes_t write(const samples &written) {
+    return snd_pcm_writei(pcm_, written.data(), written.size() / channels_);
+  }
+
+  /// Writes all, however often the card runs out of frames while this process is kept waiting.
+  void write_all(const samples &written) {
+    const auto frames = static_cast<snd_pcm_sframes_t>(written.size() / channels_);
+    for (snd_pcm_sframes_t done = 0; done < frames;) {
+      const auto *const next = written.data() + static_cast<size_t>(done) * channels_;
+      const snd_pcm_sframes_t taken =
+          snd_pcm_writei(pcm_, next, static_cast<snd_pcm_uframes_t>(frames - done));
+      const snd_pcm_sframes_t result = taken == -EPIPE ? snd_pcm_prepare(pcm_) : taken;
+      ASSERT_GE(result, 0);
+      done += result;
+    }
+  }
+
+  void play_to_the_end(const samples &written) {
+    write_all(written);
+    EXPECT_EQ(snd_pcm_drain(pcm_), 0);
+  }
+
+private:
+  int set_thresholds(const stream_wishes &wishes) {
+    snd_pcm_sw_params_t *sw;
+    snd_pcm_sw_params_alloca(&sw);
+    snd_pcm_sw_params_current(pcm_, sw);
+    snd_pcm_sw_params_set_avail_min(pcm_, sw, wishes.period);
+    snd_pcm_sw_params_set_start_threshold(pcm_, sw, wishes.start_threshold);
+    return snd_pcm_sw_params(pcm_, sw);
+  }
+
+  snd_pcm_t *pcm_ = nullptr;
+  unsigned channels_ = 2;
+};
+
+} // namespace dravik::test
