@@ -259,7 +259,6 @@ TEST_F(SimLauncher, NewMakesCardsOfOtherSizesOrNone) {
   EXPECT_FALSE(std::filesystem::exists(at("b")));
 }
 
-
 TEST_F(SimLauncher, CardIsHandledByHand) {
   launch({"new", at("desk"), "--card", "64"});
   const auto state = [&] { return launch({"card", at("desk")}).output; };
