@@ -28,7 +28,9 @@ constexpr first_text first_texts[] = {
      "#   vscreeninfo /dev/fb0 EIO\n"
      "#   mmap /dev/fb0 ENOMEM\n"
      "#   descriptor-0 /dev/fb0\n"
-     "#   open /tmp/dravik.log ENOSPC\n"},
+     "#   open /tmp/dravik.log ENOSPC\n"
+     "#   write sound EIO\n"
+     "#   underrun sound\n"},
     {"events", ""},
     {"proc/modules", "ambad 5238 0 - Live 0x00000000\n"},
     {"proc/partitions", "major minor  #blocks  name\n\n"},

@@ -2,7 +2,7 @@
 //
 // A test program that links dravik_test_support (before dravik, without gtest_main) has the simulator in
 // charge of its files and devices: main() checks that, and leads every path of the board nowhere until a test
-// makes a board.
+// makes a board. ALSA's card `default` is that of the board; support/played_sound.hpp reads what it played.
 //
 //   TEST(EventLog, FirstLineIsTheBanner) {
 //     dravik::test::board board;
@@ -55,7 +55,8 @@ public:
 
   /// Orders a request to fail: set_fault("open", "/tmp/dravik.log", "ENOSPC"). For /dev/fb0 also
   /// "fscreeninfo", "vscreeninfo", "mmap", "pan" and "blank"; "descriptor-0" makes its open succeed with
-  /// descriptor 0.
+  /// descriptor 0. For the card "sound" there are "open", "params", "prepare", "write", "rate",
+  /// "equal-periods" and, once a line, "underrun".
   void set_fault(std::string_view request, std::string_view path, std::string_view error = "EIO") const;
   void clear_faults() const;
 
