@@ -41,16 +41,11 @@ samples joined(samples first, const samples &second) {
   return first;
 }
 
-/// ALSA says on standard error what it does not find; here it finds all.
 class SimSoundCard : public testing::Test {
 protected:
-  ~SimSoundCard() override { EXPECT_EQ(said_.take(), ""); }
   samples played() const { return played_samples(board_); }
 
   const board board_;
-
-private:
-  stderr_capture said_;
 };
 
 // --- parameters ---
@@ -142,6 +137,14 @@ TEST_F(SimSoundCard, RefusesWhatAlsaCannotSettle) {
 TEST_F(SimSoundCard, HasNoMicrophone) {
   snd_pcm_t *capture = nullptr;
   EXPECT_EQ(snd_pcm_open(&capture, "default", SND_PCM_STREAM_CAPTURE, 0), -ENODEV);
+}
+
+TEST_F(SimSoundCard, IsFoundByAlsaWithoutAWord) {
+  stderr_capture said; // what ALSA does not find, it tells on standard error
+  sound_stream{{}}.play_to_the_end(noise(200));
+  board_.set_fault("open", "sound");
+  EXPECT_EQ(sound_stream{}.open(), -EIO);
+  EXPECT_EQ(said.take(), "");
 }
 
 TEST_F(SimSoundCard, IsNotThereWithoutABoard) {
