@@ -125,7 +125,6 @@ int64_t card::position(bool draining) noexcept {
 void card::end_by_underrun() noexcept {
   heard_ = taken_;
   running_ = false;
-  starved_ = false;
   keep_heard();
   record_event("sound: underrun");
 }
