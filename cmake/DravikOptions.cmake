@@ -17,6 +17,7 @@ else()
 endif()
 
 option(DRAVIK_SIM "Build the simulated board" ${host_tools})
+option(DRAVIK_CTL "Build the board tool" ON)
 option(DRAVIK_TOOLS "Build the artwork tool" ${host_tools})
 option(DRAVIK_EXAMPLES "Build the examples and the demonstration" ${host_tools})
 option(DRAVIK_TESTS "Build the tests" ${host_tests})

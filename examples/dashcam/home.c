@@ -81,11 +81,11 @@ static void limit(int top, const struct ride *ride) {
   digits(240, top + 49, DIGITS_SMALL, figures, CLEAR, CENTRE);
 }
 
-static void acceleration(int top, const struct ride *ride) {
-  sensor_dial(338, top + 48, 38, ride);
+static void acceleration(int top) {
+  sensor_dial(338, top + 48, 38);
   fill(394, top + 20, 84, 56, BLACK);
-  text(394, top + 34, FONT_SMALL, SILVER, LEFT, "X %+.2f", ride->lateral_mg / 1000.0);
-  text(394, top + 62, FONT_SMALL, SILVER, LEFT, "Y %+.2f", ride->forward_mg / 1000.0);
+  sensor_axis(394, top + 34, FONT_SMALL, LEFT, 'X', board()->x_mg);
+  sensor_axis(394, top + 62, FONT_SMALL, LEFT, 'Y', board()->y_mg);
 }
 
 /* A small panel has no room for the labels. */
@@ -103,7 +103,7 @@ static void figures(const struct ride *ride) {
   text(154, top + 70, FONT_BODY, SILVER, LEFT, "km/h");
   limit(top, ride);
   fill(286, top + 18, 2, FIGURES - 34, EDGE);
-  acceleration(top, ride);
+  acceleration(top);
   fill(right - 160, top + 18, 2, FIGURES - 34, EDGE);
   key(right - 122, top, ICONS_KEY_MENU, "MENU");
   key(right - 74, top, ICONS_KEY_PHOTO, "PHOTO");
@@ -119,5 +119,8 @@ void home_draw(const struct ride *ride) {
 void home_refresh(const struct ride *ride) {
   status_clock(ride);
   speed(figures_top(), ride);
-  acceleration(figures_top(), ride);
+}
+
+void home_follow(void) {
+  acceleration(figures_top());
 }

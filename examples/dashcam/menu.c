@@ -70,7 +70,7 @@ static void draw_setting_value(const struct setting *setting, int right, int mid
     text(right - 24, middle, FONT_BODY, is_selected ? WHITE : SILVER, RIGHT, "%s", setting->choice);
     break;
   case SWITCH:
-    toggle(right, middle, setting->value);
+    toggle(right, middle, setting->value, is_selected);
     break;
   case AMOUNT:
     text(right, middle, FONT_BODY, SILVER, RIGHT, "%d %%", setting->value);
@@ -145,7 +145,7 @@ void theme_draw(const struct ride *ride) {
     draw_swatch(i);
   card(MARGIN, bottom - 112, width, 112, 0);
   text(MARGIN + 20, bottom - 84, FONT_BODY, WHITE, LEFT, "Preview");
-  toggle(MARGIN + width - 20, bottom - 84, 1);
+  toggle(MARGIN + width - 20, bottom - 84, 1, 0);
   level(MARGIN + width - 300, bottom - 84, 210, 60, EDGE);
   draw_ramps(MARGIN + 20, bottom - 52, width - 40, 34);
 }

@@ -20,14 +20,10 @@ struct ride ride_at(int start_seconds, int half_seconds) {
       .recorded_seconds = of_day % RECORDING_SECONDS,
       .speed_kmh = (int)lround(72 + 9 * wave(moment, 40)),
       .limit_kmh = 80,
-      .lateral_mg = (int)lround(190 * wave(moment, 13)),
-      .forward_mg = (int)lround(150 * wave(moment + 5, 17)),
       .gap_m = (int)lround(28 + 5 * wave(moment, 31)),
       .satellites = 11 + of_day / 60 % 3,
       .battery_percent = 84,
       .supply_mv = (int)lround(13800 + 150 * wave(moment, 23)),
-      .temperature_c = 41 + of_day / 300 % 3,
-      .card_percent = 63,
   };
   return ride;
 }

@@ -7,13 +7,10 @@ struct ride {
   int is_lit;           /* the recording mark blinks */
   int recorded_seconds; /* since the recording began */
   int speed_kmh, limit_kmh;
-  int lateral_mg, forward_mg; /* acceleration to the right and forwards, in thousandths of g */
-  int gap_m;                  /* to the car ahead */
+  int gap_m; /* to the car ahead */
   int satellites;
   int battery_percent;
   int supply_mv;
-  int temperature_c;
-  int card_percent; /* how full the card is */
 };
 
 /* The readings so many half seconds after a time of day in seconds. */

@@ -2,6 +2,7 @@
 #ifndef SCREENS_H
 #define SCREENS_H
 
+#include "board.h"
 #include "ride.h"
 
 struct screen {
@@ -9,6 +10,10 @@ struct screen {
   const char *shows;                        /* for the list of screens */
   void (*draw)(const struct ride *ride);    /* the whole screen */
   void (*refresh)(const struct ride *ride); /* what changes every half second */
+  /* The rest may be null. */
+  void (*follow)(void);       /* draws what shows the board's movement */
+  int (*press)(enum key key); /* takes a key, if it has a meaning here: then it gives 1 and is drawn anew */
+  void (*enter)(void);        /* before it is first drawn */
 };
 
 extern const struct screen screens[];
@@ -26,11 +31,23 @@ void gallery_refresh(const struct ride *ride);
 void journey_draw(const struct ride *ride);
 void journey_refresh(const struct ride *ride);
 void languages_draw(const struct ride *ride);
+void volume_draw(const struct ride *ride);
+int volume_press(enum key key);
+void volume_enter(void);
+void card_draw(const struct ride *ride);
+void card_refresh(const struct ride *ride);
+int card_press(enum key key);
+void card_enter(void);
+void system_draw(const struct ride *ride);
+void system_refresh(const struct ride *ride);
+void home_follow(void);
+void sensor_follow(void);
 void sensor_draw(const struct ride *ride);
 void sensor_refresh(const struct ride *ride);
 void theme_draw(const struct ride *ride);
 void shutdown_draw(const struct ride *ride);
 void shutdown_refresh(const struct ride *ride);
+void shutdown_enter(void);
 
 /* Takes the next theme colour; the first after a whole round. */
 void next_theme(void);

@@ -21,8 +21,13 @@ static int dial_x(void) {
 
 /* ---------------------------------------------------------------------------------------- acceleration */
 
-static void draw_dial(const struct ride *ride) {
-  sensor_dial(dial_x(), dials_middle(), 92, ride);
+static void draw_movement(void) {
+  const int x = canvas_width() / 2, y = dials_middle();
+  sensor_dial(dial_x(), y, 92);
+  fill(x - 50, y - 52, 100, 104, BLACK);
+  sensor_axis(x, y - 38, FONT_BODY, CENTRE, 'X', board()->x_mg);
+  sensor_axis(x, y, FONT_BODY, CENTRE, 'Y', board()->y_mg);
+  sensor_axis(x, y + 38, FONT_BODY, CENTRE, 'Z', board()->z_mg);
 }
 
 /* The directions around the dial. */
@@ -40,41 +45,77 @@ static void draw_directions(void) {
 struct reading {
   enum icons_image image;
   const char *label, *unit;
-  double value;
-  int decimals;
-  int percent; /* for the bar */
+  char figures[16]; /* empty when it is not known */
+  int percent;      /* for the bar */
 };
 
+static int reading_top(void) {
+  return canvas_height() - READINGS_HEIGHT - MARGIN;
+}
+
+/* The card of a reading: its left edge, and its width. */
+static int reading_width(void) {
+  return (canvas_width() - 2 * MARGIN - (READINGS - 1) * READING_GAP) / READINGS;
+}
+
+static int reading_x(int index) {
+  return MARGIN + index * (reading_width() + READING_GAP);
+}
+
+static void draw_card(int index, enum icons_image art, const char *label) {
+  const int x = reading_x(index), y = reading_top();
+  card(x, y, reading_width(), READINGS_HEIGHT, 0);
+  icon(x + 30, y + 30, art, WHITE, CLEAR);
+  text(x + reading_width() - 14, y + 30, FONT_SMALL, SILVER, RIGHT, "%s", label);
+}
+
 static void draw_reading(int index, const struct reading *reading) {
-  const int width = (canvas_width() - 2 * MARGIN - (READINGS - 1) * READING_GAP) / READINGS;
-  const int x = MARGIN + index * (width + READING_GAP), right = x + width - 14;
-  const int y = canvas_height() - READINGS_HEIGHT - MARGIN;
-  char figures[16];
-  snprintf(figures, sizeof figures, "%.*f", reading->decimals, reading->value);
-  card(x, y, width, READINGS_HEIGHT, 0);
-  icon(x + 30, y + 30, reading->image, WHITE, CLEAR);
-  text(right, y + 30, FONT_SMALL, SILVER, RIGHT, "%s", reading->label);
-  digits(x + 14, y + 74, DIGITS_MEDIUM, figures, CLEAR, LEFT);
-  text(right, y + 78, FONT_SMALL, GREY, RIGHT, "%s", reading->unit);
-  level(x + 14, y + READINGS_HEIGHT - 20, width - 28, reading->percent, EDGE);
+  const int x = reading_x(index), y = reading_top(), width = reading_width() - 28;
+  draw_card(index, reading->image, reading->label);
+  if (reading->figures[0] == '\0') {
+    text(x + 14, y + 74, FONT_HUGE, GREY, LEFT, "--");
+    level(x + 14, y + READINGS_HEIGHT - 20, width, 0, EDGE);
+    return;
+  }
+  digits(x + 14, y + 74, DIGITS_MEDIUM, reading->figures, CLEAR, LEFT);
+  text(x + 14 + width, y + 78, FONT_SMALL, GREY, RIGHT, "%s", reading->unit);
+  level(x + 14, y + READINGS_HEIGHT - 20, width, reading->percent, EDGE);
+}
+
+static void draw_temperature(void) {
+  struct reading reading = {ICONS_TITLE_TEMPERATURE, "Inside", "C", "", 0};
+  if (board()->has_temperature) {
+    const int shown = board()->temperature_c10 > 0 ? board()->temperature_c10 : 0;
+    snprintf(reading.figures, sizeof reading.figures, "%d.%d", shown / 10, shown % 10);
+    reading.percent = shown < 1000 ? shown / 10 : 100;
+  }
+  draw_reading(2, &reading);
+}
+
+static void draw_monitor(void) {
+  const int x = reading_x(3), y = reading_top(), is_attached = board()->monitor == 1;
+  const char *state = is_attached ? "attached" : board()->monitor == 0 ? "none" : "--";
+  draw_card(3, ICONS_TITLE_MONITOR, "HDMI");
+  text(x + 14, y + 76, FONT_BODY, is_attached ? WHITE : GREY, LEFT, "%s", state);
+  level(x + 14, y + READINGS_HEIGHT - 20, reading_width() - 28, is_attached ? 100 : 0, EDGE);
 }
 
 static void draw_readings(const struct ride *ride) {
-  const struct reading readings[READINGS] = {
-      {ICONS_TITLE_GPS, "GPS", "sats", ride->satellites, 0, ride->satellites * 100 / 16},
-      {ICONS_TITLE_BATTERY, "Supply", "V", ride->supply_mv / 1000.0, 1, (ride->supply_mv - 10000) / 50},
-      {ICONS_TITLE_TEMPERATURE, "Inside", "deg C", ride->temperature_c, 0, ride->temperature_c},
-      {ICONS_TITLE_SD, "Card", "%", ride->card_percent, 0, ride->card_percent},
-  };
-  for (int i = 0; i < READINGS; ++i)
-    draw_reading(i, &readings[i]);
+  struct reading satellites = {ICONS_TITLE_GPS, "GPS", "sats", "", ride->satellites * 100 / 16};
+  struct reading supply = {ICONS_TITLE_BATTERY, "Supply", "V", "", (ride->supply_mv - 10000) / 50};
+  snprintf(satellites.figures, sizeof satellites.figures, "%d", ride->satellites);
+  snprintf(supply.figures, sizeof supply.figures, "%.1f", ride->supply_mv / 1000.0);
+  draw_reading(0, &satellites);
+  draw_reading(1, &supply);
+  draw_temperature();
+  draw_monitor();
 }
 
 void sensor_draw(const struct ride *ride) {
   fb_clear_screen(BLACK);
   status_bar(ride);
   speed_gauge(gauge_x(), dials_middle(), ride);
-  draw_dial(ride);
+  draw_movement();
   draw_directions();
   draw_readings(ride);
 }
@@ -82,5 +123,10 @@ void sensor_draw(const struct ride *ride) {
 void sensor_refresh(const struct ride *ride) {
   status_clock(ride);
   speed_gauge_reading(gauge_x(), dials_middle(), ride);
-  draw_dial(ride);
+  draw_temperature();
+  draw_monitor();
+}
+
+void sensor_follow(void) {
+  draw_movement();
 }

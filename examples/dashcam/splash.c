@@ -1,6 +1,7 @@
 /* The first and the last screen. */
 
 #include "screens.h"
+#include "speaker.h"
 #include "widgets.h"
 
 enum { BAR_WIDTH = 300, BAR_STEPS = 6 };
@@ -55,4 +56,8 @@ void shutdown_draw(const struct ride *ride) {
 void shutdown_refresh(const struct ride *ride) {
   (void)ride;
   advance(shutdown_bar());
+}
+
+void shutdown_enter(void) {
+  speaker_say(SOUND_GOODBYE);
 }

@@ -1,5 +1,8 @@
 #include "widgets.h"
 
+#include "board.h"
+#include "camera.h"
+#include "volume.h"
 #include "words.h"
 
 #include <math.h>
@@ -13,32 +16,47 @@ static void battery(int x, int middle, int percent) {
   fill(x - 11, middle - 5, 19 * percent / 100, 10, percent > 20 ? WHITE : RED);
 }
 
-static void recording_mark(const struct ride *ride) {
-  if (ride->is_lit)
+/* A red spot that blinks while recording, a sign for the parked car, or a warning. */
+static void state_mark(const struct ride *ride) {
+  const enum camera_state state = camera_state();
+  if (state != CAMERA_PARKED && !ride->is_lit)
+    fill(12, 7, 29, 28, BLACK);
+  else if (state == CAMERA_RECORDING)
     icon(26, 21, ICONS_STATUS_REC, RED, BLACK);
+  else if (state == CAMERA_PARKED)
+    icon(26, 21, ICONS_TITLE_PARKING, WHITE, BLACK);
   else
-    fill(14, 9, 24, 24, BLACK);
+    icon(26, 21, ICONS_TITLE_WARNING, RED, BLACK);
+}
+
+static const char *state_word(void) {
+  static const char *const words[] = {
+      [CAMERA_RECORDING] = "REC",     [CAMERA_PARKED] = "PARK",     [CAMERA_CARD_FULL] = "FULL",
+      [CAMERA_CARD_MISSING] = "CARD", [CAMERA_CARD_ERROR] = "CARD",
+  };
+  return words[camera_state()];
 }
 
 void status_clock(const struct ride *ride) {
   char clock[16];
   snprintf(clock, sizeof clock, "%02d:%02d:%02d", ride->hour, ride->minute, ride->second);
   digits(canvas_width() / 2, 21, DIGITS_SMALL, clock, BLACK, CENTRE);
-  recording_mark(ride);
-  fill(100, 9, 80, 24, BLACK);
-  text(100, 21, FONT_BODY, SILVER, LEFT, "%02d:%02d", ride->recorded_seconds / 60,
-       ride->recorded_seconds % 60);
+  state_mark(ride);
+  fill(106, 9, 80, 24, BLACK);
+  if (camera_is_recording())
+    text(106, 21, FONT_BODY, SILVER, LEFT, "%02d:%02d", ride->recorded_seconds / 60,
+         ride->recorded_seconds % 60);
 }
 
 void status_bar(const struct ride *ride) {
   const int right = canvas_width();
   fill(0, 0, right, STATUS_BAR - 2, BLACK);
   fill(0, STATUS_BAR - 2, right, 2, get_theme_color());
-  text(46, 21, FONT_TITLE, WHITE, LEFT, "REC");
+  text(46, 21, FONT_TITLE, WHITE, LEFT, "%s", state_word());
   status_clock(ride);
   battery(right - 32, 21, ride->battery_percent);
-  icon(right - 72, 21, ICONS_STATUS_SD, WHITE, BLACK);
-  icon(right - 108, 21, ICONS_STATUS_MIC, WHITE, BLACK);
+  icon(right - 72, 21, ICONS_STATUS_SD, camera_is_recording() ? WHITE : RED, BLACK);
+  icon(right - 108, 21, ICONS_STATUS_MIC, microphone_is_on() ? WHITE : GREY, BLACK);
   icon(right - 144, 21, ICONS_STATUS_WIFI, WHITE, BLACK);
   text(right - 170, 21, FONT_BODY, SILVER, RIGHT, "%d", ride->satellites);
   icon(right - 210, 21, ICONS_STATUS_GPS, WHITE, BLACK);
@@ -72,13 +90,14 @@ void plate(int x, int y, int width, int height, int is_selected) {
   framed(x, y, width, height, is_selected, BLACK);
 }
 
-void toggle(int right, int middle, int is_on) {
+void toggle(int right, int middle, int is_on, int is_selected) {
   const int radius = 12, left = right - 46;
-  const uint16_t body = is_on ? get_theme_color() : EDGE;
+  const uint16_t body = !is_on ? EDGE : is_selected ? WHITE : get_theme_color();
+  const uint16_t knob = !is_on ? SILVER : is_selected ? get_theme_color() : WHITE;
   disc(left + radius, middle, radius, body);
   disc(right - radius, middle, radius, body);
   fill(left + radius, middle - radius, 46 - 2 * radius, 2 * radius, body);
-  disc(is_on ? right - radius : left + radius, middle, radius - 3, is_on ? WHITE : SILVER);
+  disc(is_on ? right - radius : left + radius, middle, radius - 3, knob);
 }
 
 void level(int x, int middle, int width, int percent, uint16_t background) {
@@ -94,7 +113,7 @@ static int limited(int value, int most) {
 }
 
 /* A full deflection is half a g. */
-void sensor_dial(int x, int y, int radius, const struct ride *ride) {
+void sensor_dial(int x, int y, int radius) {
   const int spot = radius > 60 ? 9 : 6, reach = radius - spot - 2;
   disc(x, y, radius, CARD);
   line(x - radius, y, x + radius, y, EDGE, 1);
@@ -102,8 +121,16 @@ void sensor_dial(int x, int y, int radius, const struct ride *ride) {
   ring(x, y, radius / 3, EDGE);
   ring(x, y, 2 * radius / 3, EDGE);
   ring(x, y, radius, GREY);
-  disc(x + limited(ride->lateral_mg * reach / 500, reach), y - limited(ride->forward_mg * reach / 500, reach),
-       spot, get_theme_color());
+  if (board()->has_sensor)
+    disc(x + limited(board()->x_mg * reach / 500, reach), y - limited(board()->y_mg * reach / 500, reach),
+         spot, get_theme_color());
+}
+
+void sensor_axis(int x, int middle, enum font font, enum align align, char name, int mg) {
+  if (board()->has_sensor)
+    text(x, middle, font, SILVER, align, "%c %+.2f", name, mg / 1000.0);
+  else
+    text(x, middle, font, GREY, align, "%c  --  ", name);
 }
 
 enum { GAUGE_RADIUS = 94, GAUGE_DOTS = 41, GAUGE_KMH = 160, GAUGE_RED_KMH = 130 };

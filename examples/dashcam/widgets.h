@@ -17,11 +17,14 @@ void page(const struct ride *ride, enum icons_image art, const char *title, cons
 /* A framed ground: a card for bitmap text and icons, a plate, which is black, for smooth text too. */
 void card(int x, int y, int width, int height, int is_selected);
 void plate(int x, int y, int width, int height, int is_selected);
-void toggle(int right, int middle, int is_on);
+void toggle(int right, int middle, int is_on, int is_selected);
 void level(int x, int middle, int width, int percent, uint16_t background);
 
-/* The dial of the acceleration sensor. */
-void sensor_dial(int x, int y, int radius, const struct ride *ride);
+/* The dial of the acceleration sensor; without a spot when there is none. */
+void sensor_dial(int x, int y, int radius);
+
+/* One of its axes: "X +0.14", or "X  --". */
+void sensor_axis(int x, int middle, enum font font, enum align align, char name, int mg);
 
 /* The speed: an arc of dots around a scale and the figure. */
 void speed_gauge(int x, int y, const struct ride *ride);

@@ -3,12 +3,15 @@
 #include "board/board_directory.hpp"
 #include "base/unique_fd.hpp"
 #include "base/unique_file.hpp"
+#include "board/accelerometer.hpp"
+#include "board/reports.hpp"
 #include "board/settings_text.hpp"
 
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <sys/stat.h>
 
 namespace dravik::sim {
 namespace {
@@ -28,6 +31,8 @@ constexpr first_text first_texts[] = {
      "#   vscreeninfo /dev/fb0 EIO\n"
      "#   mmap /dev/fb0 ENOMEM\n"
      "#   descriptor-0 /dev/fb0\n"
+     "#   set /dev/ambad EIO\n"
+     "#   read /dev/i2c-0 EIO\n"
      "#   open /tmp/dravik.log ENOSPC\n"
      "#   write sound EIO\n"
      "#   underrun sound\n"},
@@ -35,8 +40,13 @@ constexpr first_text first_texts[] = {
     {"proc/modules", "ambad 5238 0 - Live 0x00000000\n"},
     {"proc/partitions", "major minor  #blocks  name\n\n"},
     {"proc/mounts", "rootfs / rootfs rw 0 0\n"},
-    {"proc/ambarella/adc", "adc0 = 0x200\nadc1 = 0x200\nadc2 = 0x200\nadc3 = 0x200\n"},
-    {"proc/ambarella/hdmi_edid", "No HDMI\n"},
+    {"dev/ambad", ""},
+    {"dev/i2c-0", ""},
+    {"dev/ttyS0", ""},
+    {"gpio/68", "0\n"}, // the card's write protection
+    {"gpio/82", "0\n"}, // the LED: red,
+    {"gpio/83", "0\n"}, // and green
+    {"proc/ambarella/hdmi_edid", reports::no_monitor},
     {"sys/class/backlight/pwm-backlight.0/brightness", "500\n"},
     {"sys/class/backlight/pwm-backlight.0/bl_power", "0\n"},
     {"sys/class/backlight/pwm-backlight.0/max_brightness", "1000\n"},
@@ -45,6 +55,25 @@ constexpr first_text first_texts[] = {
 constexpr const char *empty_directories[] = {
     "sound", "sys/block", "tmp/add", "tmp/mmcblk0p1", "usr/local/dravik/font", "usr/local/dravik/jpg",
 };
+
+constexpr uint32_t code_of_30_degrees = 0x1CF;
+constexpr uint32_t middle_code = 0x200;
+
+std::string first_codes() {
+  std::string text;
+  for (uint32_t channel = 0; channel < reports::adc_channels; ++channel)
+    text = reports::with_adc_code(text, channel,
+                                  channel == reports::temperature_channel ? code_of_30_degrees : middle_code);
+  return text;
+}
+
+/// As it is when the power comes on.
+std::string first_registers() {
+  std::string registers(accelerometer::registers, '\0');
+  registers[accelerometer::identity_register] = accelerometer::identity;
+  registers[accelerometer::rate_and_axes] = 0x07;
+  return registers;
+}
 
 std::string reason() {
   return std::strerror(errno);
@@ -63,7 +92,8 @@ std::string settings_of(const screen &shown) {
       "# The screen, in pixels; line_length in bytes. Takes effect when an application next opens it.\n";
   for (const auto &[key, value] : settings)
     text = with_setting(text, key, std::to_string(value));
-  return text;
+  return text.append("# How the board moves, in thousandths of the Earth's pull: x, y, z.\n"
+                     "accel=0,0,1000\n");
 }
 
 bool make_directory(const std::string &path, std::string &error) {
@@ -79,6 +109,13 @@ bool make_screen_memory(const std::string &path, uint64_t size, std::string &err
   if (!write_file(path, {}, error))
     return false;
   if (::truncate(path.c_str(), static_cast<off_t>(size)) == 0)
+    return true;
+  error = path + ": " + reason();
+  return false;
+}
+
+bool make_pipe(const std::string &path, std::string &error) {
+  if (::mkfifo(path.c_str(), 0666) == 0)
     return true;
   error = path + ": " + reason();
   return false;
@@ -105,7 +142,9 @@ bool create_board(const std::string &directory, const screen &shown, std::string
   for (const first_text &file : first_texts)
     if (!write_file(root + file.path, file.text, error))
       return false;
-  return make_screen_memory(root + "dev/fb0", shown.memory_bytes(), error) &&
+  return write_file(root + "proc/ambarella/adc", first_codes(), error) &&
+         write_file(root + "i2c/0x18", first_registers(), error) && make_pipe(root + "dev/ttyS0.in", error) &&
+         make_screen_memory(root + "dev/fb0", shown.memory_bytes(), error) &&
          write_file(root + "board.conf", settings_of(shown), error); // last: now it is a board
 }
 
@@ -137,6 +176,17 @@ bool write_file(const std::string &path, std::string_view text, std::string &err
   if (!ok)
     error = path + ": " + reason();
   return ok;
+}
+
+bool replace_file(const std::string &path, std::string_view text, std::string &error) {
+  const std::string fresh = path + ".new-" + std::to_string(::getpid());
+  if (!write_file(fresh, text, error))
+    return false;
+  if (::rename(fresh.c_str(), path.c_str()) == 0)
+    return true;
+  error = path + ": " + reason();
+  ::unlink(fresh.c_str());
+  return false;
 }
 
 std::string with_setting(std::string_view settings, std::string_view key, std::string_view value) {

@@ -21,6 +21,9 @@ namespace dravik::sim {
 /// Writes a file anew, with the directories above it. On failure gives false and says why in `error`.
 [[nodiscard]] bool write_file(const std::string &path, std::string_view text, std::string &error);
 
+/// The same, so that an application reads the old text or the new one and never half of it.
+[[nodiscard]] bool replace_file(const std::string &path, std::string_view text, std::string &error);
+
 /// A settings text with one value changed or, where the key is new, added; comments and order stay.
 [[nodiscard]] std::string with_setting(std::string_view settings, std::string_view key,
                                        std::string_view value);

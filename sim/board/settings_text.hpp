@@ -54,12 +54,17 @@ constexpr std::string_view value_of(std::string_view text, std::string_view key)
   }
 }
 
+/// Whether the whole text is a number of this type; with a base for whole numbers.
+template <typename Number, typename... Base>
+bool read_number(std::string_view text, Number &number, Base... base) noexcept {
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base...);
+  return error == std::errc{} && end == text.data() + text.size();
+}
+
 /// The value of a key as a decimal number, or `otherwise` when it is none.
 inline uint32_t number_of(std::string_view text, std::string_view key, uint32_t otherwise) noexcept {
-  const std::string_view value = value_of(text, key);
   uint32_t number = 0;
-  const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
-  return error == std::errc{} && end == value.data() + value.size() ? number : otherwise;
+  return read_number(value_of(text, key), number) ? number : otherwise;
 }
 
 } // namespace dravik::sim

@@ -1,4 +1,5 @@
-// dravik-sim: makes simulated boards, runs applications on them, takes pictures of their screens.
+// dravik-sim: makes simulated boards, runs applications on them, takes pictures of their screens, works their
+// inputs.
 
 #include "launcher/commands.hpp"
 
@@ -27,6 +28,9 @@ constexpr const char *overview =
     "  dravik-sim new BOARD              makes a board\n"
     "  dravik-sim run BOARD -- APP ...   runs an application on it\n"
     "  dravik-sim shot BOARD FILE.png    writes what its screen shows\n"
+    "  dravik-sim set BOARD KEY=VALUE    changes what its inputs tell\n"
+    "  dravik-sim events BOARD           shows what its devices are asked to do\n"
+    "  dravik-sim card BOARD in|out ...  handles its memory card\n"
     "  dravik-sim COMMAND --help         tells more\n"
     "\n"
     "example:\n"
@@ -35,6 +39,7 @@ constexpr const char *overview =
 constexpr command commands[] = {
     {"new", new_command,
      "usage: dravik-sim new BOARD [--size WxH] [--virtual WxH] [--depth BITS] [--line-length BYTES]\n"
+     "                          [--card MIB]\n"
      "\n"
      "Makes a board in the directory BOARD, which must not exist yet or be empty.\n"
      "\n"
@@ -42,6 +47,7 @@ constexpr command commands[] = {
      "  --virtual WxH        the whole screen memory in pixels, for panning (as the size)\n"
      "  --depth BITS         16, 24 or 32 bits a pixel (16)\n"
      "  --line-length BYTES  from one line to the next (what the pixels take)\n"
+     "  --card MIB           the size of the memory card, 64 to 131072; 0 for none (1024)\n"
      "\n"
      "Fonts of this machine are put into the board's usr/local/dravik/font, when these Debian packages are\n"
      "installed: the console fonts of console-setup-linux, and for smooth text arial.ttf from "
@@ -76,6 +82,56 @@ constexpr command commands[] = {
      "\n"
      "examples:\n"
      "  dravik-sim shot desk screen.png\n"},
+    {"set", set_command,
+     "usage: dravik-sim set BOARD KEY=VALUE ...\n"
+     "\n"
+     "Changes what the board's inputs tell, from an application's next look on. Nothing is changed when one "
+     "of the\n"
+     "values is wrong.\n"
+     "\n"
+     "  accel=X,Y,Z           how the board moves, in thousandths of the Earth's pull (at rest: 0,0,1000)\n"
+     "  adc.CHANNEL=CODE      what the converter reads on channel 0 to 3: 0 to 1023, or 0x0 to 0x3ff\n"
+     "  card=in|locked|out    whether the memory card is in its slot, and its switch at LOCK\n"
+     "  gpio.LINE=LEVEL       a GPIO line, 0 to 255, is low (0) or high (1)\n"
+     "  hdmi=on|off           whether there is a monitor at the HDMI socket\n"
+     "  temperature=DEGREES   -1 to 117 degrees Celsius, on the converter's channel 1, to about a tenth\n"
+     "\n"
+     "examples:\n"
+     "  dravik-sim set desk temperature=41.5\n"
+     "  dravik-sim set desk gpio.68=1 accel=0,2500,1000\n"},
+    {"events", events_command,
+     "usage: dravik-sim events BOARD [--once]\n"
+     "\n"
+     "Shows what the board's devices were asked to do, a line each, and goes on as more happens, until it is "
+     "interrupted.\n"
+     "\n"
+     "  --once   ends with what has happened until now\n"
+     "\n"
+     "examples:\n"
+     "  dravik-sim events desk\n"
+     "  dravik-sim events desk --once | grep led\n"},
+    {"card", card_command,
+     "usage: dravik-sim card BOARD [ACTION [OPTION ...]]\n"
+     "\n"
+     "Handles the board's memory card; without an action, says how it is.\n"
+     "\n"
+     "  in        puts the card into the slot, where it is mounted\n"
+     "  locked    the same, with the switch on its side at LOCK: it is mounted read-only\n"
+     "  out       takes it out, unmounted in good order\n"
+     "  mount     shows its files in tmp/mmcblk0p1, with -r read-only\n"
+     "  umount    brings what has changed there to the card, and shows the empty folder\n"
+     "  check     fsck.fat with its options: -a repairs, -n only looks\n"
+     "  format    mkfs.vfat with its options\n"
+     "  restart   what a restart of the board does: unmounts the card, reads its partition table, mounts it\n"
+     "\n"
+     "The card is the file dev/mmcblk0 of the board, and card/mmcblk0 while it is out. It needs the Debian "
+     "packages\n"
+     "dosfstools and mtools.\n"
+     "\n"
+     "examples:\n"
+     "  dravik-sim card desk\n"
+     "  dravik-sim card desk out\n"
+     "  dravik-sim card desk umount && mdir -i desk/dev/mmcblk0@@16384\n"},
 };
 
 bool asks_for_help(arguments given) {

@@ -1,9 +1,11 @@
 // dravik-sim new: makes a board.
 
 #include "board/board_directory.hpp"
+#include "board/card.hpp"
+#include "board/host_tool.hpp"
+#include "board/settings_text.hpp"
 #include "launcher/commands.hpp"
 
-#include <charconv>
 #include <cstdio>
 #include <filesystem>
 #include <optional>
@@ -30,11 +32,6 @@ constexpr smooth_font smooth_fonts[] = {
      "fonts-droid-fallback"},
 };
 
-bool read_number(std::string_view text, uint32_t &number) {
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  return error == std::errc{} && end == text.data() + text.size();
-}
-
 bool read_size(std::string_view text, uint32_t &width, uint32_t &height) {
   const size_t cross = text.find('x');
   return cross != std::string_view::npos && read_number(text.substr(0, cross), width) &&
@@ -50,6 +47,7 @@ struct wishes {
   std::optional<uint32_t> virtual_height;
   uint32_t bits = 16;
   std::optional<uint32_t> line_length;
+  uint32_t card_mebibytes = 1024;
 };
 
 bool take_option(std::string_view name, std::string_view value, wishes &into) {
@@ -61,6 +59,8 @@ bool take_option(std::string_view name, std::string_view value, wishes &into) {
     return read_number(value, into.bits);
   if (name == "--line-length")
     return read_number(value, into.line_length.emplace());
+  if (name == "--card")
+    return read_number(value, into.card_mebibytes);
   return false;
 }
 
@@ -135,6 +135,18 @@ bool add_smooth_fonts(const std::string &board, std::string &lacking, std::strin
   return true;
 }
 
+/// A card is an extra as well.
+bool add_card(const std::string &board, uint32_t mebibytes, std::string &lacking, std::string &error) {
+  if (mebibytes == 0)
+    return true;
+  lacking = lacking_card_tools();
+  return !lacking.empty() || make_card(board, mebibytes, error);
+}
+
+bool is_possible_card(uint32_t mebibytes) {
+  return mebibytes == 0 || (mebibytes >= smallest_card_mebibytes && mebibytes <= largest_card_mebibytes);
+}
+
 } // namespace
 
 int new_command(arguments given) {
@@ -145,12 +157,18 @@ int new_command(arguments given) {
   const screen shown = screen_of(wished);
   if (const char *nonsense = shown.nonsense())
     return fail(nonsense);
+  if (!is_possible_card(wished.card_mebibytes))
+    return fail("a card has 64 to 131072 MiB, or 0 when there is to be none");
   std::string lacking;
+  std::string lacking_for_card;
   if (!create_board(wished.directory, shown, error) || !add_console_fonts(wished.directory, error) ||
-      !add_smooth_fonts(wished.directory, lacking, error))
+      !add_smooth_fonts(wished.directory, lacking, error) ||
+      !add_card(wished.directory, wished.card_mebibytes, lacking_for_card, error))
     return fail(error);
   if (!lacking.empty())
     std::printf("no smooth text yet, this machine lacks %s\n", lacking.c_str());
+  if (!lacking_for_card.empty())
+    std::printf("no memory card yet, this machine lacks %s\n", lacking_for_card.c_str());
   return 0;
 }
 

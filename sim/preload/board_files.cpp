@@ -22,9 +22,10 @@ struct named_error {
 };
 
 constexpr named_error known_errors[] = {
-    {"EACCES", EACCES}, {"EBUSY", EBUSY},   {"EFAULT", EFAULT}, {"EINTR", EINTR},   {"EINVAL", EINVAL},
-    {"EIO", EIO},       {"EMFILE", EMFILE}, {"ENODEV", ENODEV}, {"ENOENT", ENOENT}, {"ENOMEM", ENOMEM},
-    {"ENOSPC", ENOSPC}, {"ENOTTY", ENOTTY}, {"ENXIO", ENXIO},   {"EPERM", EPERM},   {"EROFS", EROFS},
+    {"EACCES", EACCES}, {"EBUSY", EBUSY},   {"EFAULT", EFAULT},       {"EINTR", EINTR},
+    {"EINVAL", EINVAL}, {"EIO", EIO},       {"EMFILE", EMFILE},       {"ENODEV", ENODEV},
+    {"ENOENT", ENOENT}, {"ENOMEM", ENOMEM}, {"ENOSPC", ENOSPC},       {"ENOTTY", ENOTTY},
+    {"ENXIO", ENXIO},   {"EPERM", EPERM},   {"EREMOTEIO", EREMOTEIO}, {"EROFS", EROFS},
 };
 
 int error_number(std::string_view name) noexcept {
@@ -34,9 +35,12 @@ int error_number(std::string_view name) noexcept {
   return EIO;
 }
 
-/// Past the path map and the write rules of this library's own definitions.
-void write_plainly(int descriptor, const char *text, size_t length) noexcept {
-  ::syscall(SYS_write, descriptor, text, length);
+// Past the rules of this library's own definitions.
+ssize_t read_plainly(int descriptor, void *bytes, size_t size) noexcept {
+  return ::syscall(SYS_read, descriptor, bytes, size);
+}
+ssize_t write_plainly(int descriptor, const void *bytes, size_t size) noexcept {
+  return ::syscall(SYS_write, descriptor, bytes, size);
 }
 
 /// The line of `faults` that is for a request, or an empty one.
@@ -77,7 +81,7 @@ board_text::board_text(const char *inside) noexcept {
   const preserve_errno unchanged;
   const unique_fd file{open_board_file(inside, O_RDONLY)};
   while (file && length_ < sizeof text_) {
-    const ssize_t count = ::read(file.get(), text_ + length_, sizeof text_ - length_);
+    const ssize_t count = read_plainly(file.get(), text_ + length_, sizeof text_ - length_);
     if (count <= 0)
       return;
     length_ += static_cast<size_t>(count);
@@ -87,6 +91,27 @@ board_text::board_text(const char *inside) noexcept {
 void write_board_text(const char *inside, std::string_view text) noexcept {
   const preserve_errno unchanged;
   const unique_fd file{open_board_file(inside, O_WRONLY | O_CREAT | O_TRUNC)};
+  if (file)
+    write_plainly(file.get(), text.data(), text.size());
+}
+
+ssize_t read_board_bytes(const char *inside, off_t position, void *bytes, size_t size) noexcept {
+  const preserve_errno unchanged;
+  const unique_fd file{open_board_file(inside, O_RDONLY)};
+  return file && ::lseek(file.get(), position, SEEK_SET) == position ? read_plainly(file.get(), bytes, size)
+                                                                     : -1;
+}
+
+bool write_board_bytes(const char *inside, off_t position, const void *bytes, size_t size) noexcept {
+  const preserve_errno unchanged;
+  const unique_fd file{open_board_file(inside, O_WRONLY | O_CREAT)};
+  return file && ::lseek(file.get(), position, SEEK_SET) == position &&
+         write_plainly(file.get(), bytes, size) == static_cast<ssize_t>(size);
+}
+
+void append_to_board_file(const char *inside, std::string_view text) noexcept {
+  const preserve_errno unchanged;
+  const unique_fd file{open_board_file(inside, O_WRONLY | O_CREAT | O_APPEND)};
   if (file)
     write_plainly(file.get(), text.data(), text.size());
 }
@@ -129,9 +154,7 @@ void record_event(const char *format, ...) noexcept {
   va_end(arguments);
   const size_t kept = std::min(static_cast<size_t>(std::max(length, 0)), sizeof line - 2);
   line[kept] = '\n';
-  const unique_fd events{open_board_file("events", O_WRONLY | O_CREAT | O_APPEND)};
-  if (events)
-    write_plainly(events.get(), line, kept + 1);
+  append_to_board_file("events", {line, kept + 1});
 }
 
 } // namespace dravik::sim

@@ -5,18 +5,34 @@
 #include "preload/next.hpp"
 #include "preload/path_map.hpp"
 
-#include <cerrno>
+#include <algorithm>
 #include <cstring>
 #include <sys/mman.h>
 
 namespace dravik::sim {
 namespace {
 
-constexpr const device *devices[] = {&frame_buffer};
+constexpr const device *devices[] = {
+    &backlight_brightness, &backlight_power, &frame_buffer, &gpio_driver, &i2c_bus, &serial_port,
+};
 
-const device *device_behind(int descriptor) noexcept {
-  const descriptor_name name{descriptor};
-  return name != nullptr ? device_named(name) : nullptr;
+/// The last part of its path, which begins the lines of its events.
+const char *short_name(const device &asked) noexcept {
+  return std::strrchr(asked.path, '/') + 1;
+}
+
+/// The kernel looks at 32 bits of a request's number.
+long answer(const device &asked, int descriptor, unsigned long request, uintptr_t argument) noexcept {
+  const auto known = std::ranges::find(asked.requests, static_cast<uint32_t>(request), &request_kind::number);
+  if (known == asked.requests.end()) {
+    record_event("%s: request 0x%lx refused", short_name(asked), request & UINT32_MAX);
+    return -ENOTTY;
+  }
+  const int fault = ordered_fault(known->name, asked.path);
+  if (fault == 0)
+    return known->serve(descriptor, argument);
+  record_event("%s: %s fails as ordered", short_name(asked), known->name);
+  return -fault;
 }
 
 /// Whether a mapping may go on to the file behind the device; errno says why not.
@@ -27,19 +43,21 @@ bool may_map(int descriptor, int flags, size_t length, uint64_t offset) noexcept
   if (mapped == nullptr)
     return true;
   const int fault = ordered_fault("mmap", mapped->path);
-  const int error = fault != 0 ? fault : -mapped->map(length, offset);
-  if (error != 0)
-    errno = error;
-  return error == 0;
+  const int error = fault != 0 ? -fault : mapped->map != nullptr ? mapped->map(length, offset) : -ENODEV;
+  return as_told(error) == 0;
 }
 
 } // namespace
 
 const device *device_named(const char *path) noexcept {
   for (const device *candidate : devices)
-    if (std::strcmp(candidate->path, path) == 0)
+    if (path != nullptr && std::strcmp(candidate->path, path) == 0)
       return candidate;
   return nullptr;
+}
+
+const device *device_behind(int descriptor) noexcept {
+  return device_named(descriptor_name{descriptor});
 }
 
 } // namespace dravik::sim
@@ -52,11 +70,7 @@ SIM_DEFINE(int, ioctl, (int descriptor, unsigned long request, uintptr_t argumen
   const device *asked = dravik::sim::device_behind(descriptor);
   if (asked == nullptr)
     return SIM_NEXT(ioctl)(descriptor, request, argument);
-  const long result = asked->request(request, argument);
-  if (result >= 0)
-    return static_cast<int>(result);
-  errno = static_cast<int>(-result);
-  return -1;
+  return static_cast<int>(dravik::sim::as_told(dravik::sim::answer(*asked, descriptor, request, argument)));
 }
 
 SIM_DEFINE(void *, mmap,

@@ -16,8 +16,6 @@
 namespace dravik::sim {
 namespace {
 
-constexpr const char *path = "/dev/fb0";
-
 screen current_screen() noexcept {
   return read_screen(board_text{"board.conf"});
 }
@@ -33,14 +31,15 @@ void keep(const panel &state) noexcept {
 }
 
 /// The plain file may be shorter than the settings say, when someone has edited them.
-void grow_to_full_memory(int descriptor) noexcept {
+int grow_to_full_memory(int descriptor, int) noexcept {
   const preserve_errno unchanged;
   struct stat status;
   const auto size = static_cast<off_t>(current_screen().memory_bytes());
   if (::fstat(descriptor, &status) != 0 || status.st_size >= size)
-    return;
+    return descriptor;
   if (!set_board_file_length("dev/fb0", size))
     record_event("fb0: its memory cannot grow to %lld bytes", static_cast<long long>(size));
+  return descriptor;
 }
 
 struct colour_fields {
@@ -94,7 +93,7 @@ template <typename Record> long answer(uintptr_t argument, const Record &record)
   return 0;
 }
 
-long pan(uintptr_t argument) noexcept {
+long pan(int, uintptr_t argument) noexcept {
   if (argument == 0)
     return -EFAULT;
   const auto *wanted = reinterpret_cast<const fb_var_screeninfo *>(argument);
@@ -110,7 +109,7 @@ long pan(uintptr_t argument) noexcept {
   return 0;
 }
 
-long blank(uintptr_t level) noexcept {
+long blank(int, uintptr_t level) noexcept {
   record_event("fb0: blank %lu", static_cast<unsigned long>(level));
   panel state = current_panel();
   state.blank =
@@ -119,31 +118,14 @@ long blank(uintptr_t level) noexcept {
   return 0;
 }
 
-struct request_kind {
-  unsigned long number;
-  const char *name; ///< by which a fault is ordered
-  long (*serve)(uintptr_t argument);
-};
-
 constexpr request_kind requests[] = {
-    {FBIOGET_FSCREENINFO, "fscreeninfo", [](uintptr_t into) { return answer(into, fixed_information()); }},
-    {FBIOGET_VSCREENINFO, "vscreeninfo", [](uintptr_t into) { return answer(into, variable_information()); }},
+    {FBIOGET_FSCREENINFO, "fscreeninfo",
+     [](int, uintptr_t into) { return answer(into, fixed_information()); }},
+    {FBIOGET_VSCREENINFO, "vscreeninfo",
+     [](int, uintptr_t into) { return answer(into, variable_information()); }},
     {FBIOPAN_DISPLAY, "pan", pan},
     {FBIOBLANK, "blank", blank},
 };
-
-long serve(unsigned long number, uintptr_t argument) noexcept {
-  const auto *known = std::ranges::find(requests, number, &request_kind::number);
-  if (known == std::end(requests)) {
-    record_event("fb0: request 0x%lx refused", number);
-    return -ENOTTY;
-  }
-  const int fault = ordered_fault(known->name, path);
-  if (fault == 0)
-    return known->serve(argument);
-  record_event("fb0: %s fails as ordered", known->name);
-  return -fault;
-}
 
 /// A mapping ends with the last page that holds some of the memory.
 int check_mapping(uint64_t length, uint64_t offset) noexcept {
@@ -155,6 +137,7 @@ int check_mapping(uint64_t length, uint64_t offset) noexcept {
 
 } // namespace
 
-constinit const device frame_buffer = {path, grow_to_full_memory, serve, check_mapping};
+constinit const device frame_buffer = {
+    .path = "/dev/fb0", .requests = requests, .opened = grow_to_full_memory, .map = check_mapping};
 
 } // namespace dravik::sim

@@ -17,6 +17,12 @@ bool is_plain_file(int descriptor) noexcept {
   return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
 }
 
+/// Not so the host's devices, directories and sockets, which need no look at their names.
+bool may_be_of_the_board(int descriptor) noexcept {
+  struct stat status;
+  return ::fstat(descriptor, &status) == 0 && (S_ISREG(status.st_mode) || S_ISFIFO(status.st_mode));
+}
+
 bool copy_all(int from, int to) noexcept {
   ssize_t count;
   while ((count = ::sendfile(to, from, nullptr, INT_MAX)) > 0) {
@@ -52,7 +58,7 @@ file_kind kind_behind(int descriptor) noexcept {
   if (board_directory() == nullptr)
     return file_kind::none;
   const preserve_errno unchanged;
-  if (!is_plain_file(descriptor))
+  if (!may_be_of_the_board(descriptor))
     return file_kind::none;
   const descriptor_name name{descriptor};
   return name != nullptr ? kind_of(name) : file_kind::none;

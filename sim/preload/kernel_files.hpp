@@ -14,7 +14,7 @@ int kernel_flags(file_kind kind, int flags) noexcept;
 /// gives one of a copy that no later change of the file reaches.
 int as_it_stands(int descriptor, int flags) noexcept;
 
-/// The kind of an open plain file of the board; none for everything else, pipes and directories too.
+/// The kind of an open file or named pipe of the board; none for everything else, directories too.
 file_kind kind_behind(int descriptor) noexcept;
 
 /// The length in bytes of the file behind a descriptor.

@@ -2,6 +2,7 @@
 
 #include "base/unique_fd.hpp"
 #include "preload/board_files.hpp"
+#include "preload/card_view.hpp"
 #include "preload/device.hpp"
 #include "preload/kernel_files.hpp"
 #include "preload/next.hpp"
@@ -15,11 +16,17 @@
 namespace dravik::sim {
 namespace {
 
-/// An open may be ordered to fail; errno says how.
-bool may_open(const board_path &path) noexcept {
+bool wants_to_write(int flags) noexcept {
+  return (flags & O_ACCMODE) != O_RDONLY || (flags & (O_CREAT | O_TRUNC)) != 0;
+}
+
+/// An open may be ordered to fail, and a card may be mounted read-only; errno says how.
+bool may_open(const board_path &path, int flags) noexcept {
   if (path.kind() == file_kind::none)
     return true;
-  const int fault = ordered_fault("open", path.name());
+  int fault = ordered_fault("open", path.name());
+  if (fault == 0 && wants_to_write(flags) && is_on_card(path.name()) && card_is_read_only())
+    fault = EROFS;
   if (fault != 0)
     errno = fault;
   return fault == 0;
@@ -36,18 +43,19 @@ int finish_open(const board_path &path, int flags, int descriptor) noexcept {
     return descriptor;
   if (path.kind() == file_kind::report)
     return as_it_stands(descriptor, flags);
+  if (path.kind() == file_kind::device && std::strcmp(path.name(), card_partition) == 0)
+    return open_partition(descriptor, flags);
   const device *opened = path.kind() == file_kind::device ? device_named(path.name()) : nullptr;
   if (opened == nullptr)
     return descriptor;
-  opened->opened(descriptor);
-  return ordered_fault("descriptor-0", opened->path) != 0 && descriptor != 0 ? moved_to_zero(descriptor)
-                                                                             : descriptor;
+  const int given = opened->opened != nullptr ? opened->opened(descriptor, flags) : descriptor;
+  return given > 0 && ordered_fault("descriptor-0", opened->path) != 0 ? moved_to_zero(given) : given;
 }
 
 /// Opens by any of the C library's own definitions, `next`, which takes a path and flags.
 template <typename Next> int open_mapped(const char *name, int directory, int flags, Next next) noexcept {
   const board_path path{name, directory};
-  return may_open(path) ? finish_open(path, flags, next(path, kernel_flags(path.kind(), flags))) : -1;
+  return may_open(path, flags) ? finish_open(path, flags, next(path, kernel_flags(path.kind(), flags))) : -1;
 }
 
 } // namespace
@@ -91,10 +99,14 @@ int flags_of_mode(const char *mode) noexcept {
   return (both_ways ? O_RDWR : one_way) | disposition | on_exec;
 }
 
-/// A stream on a device or a report is laid over a descriptor that has the kernel's manners.
+/// A stream on a device or a report is laid over a descriptor that has the kernel's manners. To a terminal it
+/// sends each line at its end.
 std::FILE *stream_over_descriptor(const char *path, const char *mode) noexcept {
   const int descriptor = sim_open(path, flags_of_mode(mode), 0666);
-  return descriptor >= 0 ? ::fdopen(descriptor, mode) : nullptr;
+  std::FILE *stream = descriptor >= 0 ? ::fdopen(descriptor, mode) : nullptr;
+  if (stream != nullptr && ::isatty(descriptor) != 0)
+    std::setvbuf(stream, nullptr, _IOLBF, 0);
+  return stream;
 }
 
 /// Other files the C library opens itself, by any of its definitions, `next`. It also cuts an attribute that
@@ -103,12 +115,14 @@ template <typename Next> std::FILE *open_stream(const char *path, const char *mo
   const board_path mapped{path};
   if (mapped.kind() == file_kind::device || mapped.kind() == file_kind::report)
     return stream_over_descriptor(path, mode);
-  return may_open(mapped) ? next(mapped, mode) : nullptr;
+  return may_open(mapped, flags_of_mode(mode)) ? next(mapped, mode) : nullptr;
 }
 
-/// A device is not cut by being opened once more.
+/// A device is not cut by being opened once more, and a port goes on after what was sent.
 const char *mode_of_reopened(const board_path &path, const char *mode) noexcept {
-  return path.kind() == file_kind::device && *mode != 'r' ? "r+" : mode;
+  if (path.kind() != file_kind::device || *mode == 'r')
+    return mode;
+  return device_named(path.name()) == &serial_port ? "a" : "r+";
 }
 
 } // namespace

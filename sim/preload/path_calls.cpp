@@ -36,7 +36,7 @@ using dravik::sim::at;
 using dravik::sim::may_truncate;
 using timestamps = const void *;
 
-// Status of files and file systems.
+// Status of files.
 SIM_PASS(int, stat, (const char *path, void *status), (at{path}, status))
 SIM_PASS(int, stat64, (const char *path, void *status), (at{path}, status))
 SIM_PASS(int, lstat, (const char *path, void *status), (at{path}, status))
@@ -55,10 +55,6 @@ SIM_PASS(int, __fxstatat, (int layout, int from, const char *path, void *status,
          (layout, from, at{path, from}, status, flags))
 SIM_PASS(int, __fxstatat64, (int layout, int from, const char *path, void *status, int flags),
          (layout, from, at{path, from}, status, flags))
-SIM_PASS(int, statfs, (const char *path, void *status), (at{path}, status))
-SIM_PASS(int, statfs64, (const char *path, void *status), (at{path}, status))
-SIM_PASS(int, statvfs, (const char *path, void *status), (at{path}, status))
-SIM_PASS(int, statvfs64, (const char *path, void *status), (at{path}, status))
 SIM_PASS(long, pathconf, (const char *path, int name), (at{path}, name))
 
 // Permission.

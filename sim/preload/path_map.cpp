@@ -23,9 +23,14 @@ struct board_tree {
   bool family = false; ///< every name that begins so: a disk and its partitions
 };
 
+/// What stands for the serial port where it is read; an application knows it by the port's name.
+constexpr std::string_view serial_input = "/dev/ttyS0.in";
+constexpr size_t serial_port_length = std::string_view{"/dev/ttyS0"}.size();
+
 constexpr board_tree board_trees[] = {
     {"/dev/fb0", file_kind::device},
     {"/dev/ttyS0", file_kind::device},
+    {serial_input, file_kind::device},
     {"/dev/ambad", file_kind::device},
     {"/dev/i2c-0", file_kind::device},
     {"/dev/mmcblk0", file_kind::device, true},
@@ -216,8 +221,11 @@ descriptor_name::descriptor_name(int descriptor) noexcept {
   if (descriptor < 0 || board_directory() == nullptr)
     return;
   const preserve_errno unchanged;
-  if (read_descriptor_path(descriptor, text_))
-    name_ = name_on_board(text_);
+  if (!read_descriptor_path(descriptor, text_))
+    return;
+  name_ = name_on_board(text_);
+  if (name_ != nullptr && name_ == serial_input)
+    text_[name_ - text_ + serial_port_length] = '\0';
 }
 
 } // namespace dravik::sim

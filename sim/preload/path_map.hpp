@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <fcntl.h>
+#include <string_view>
 
 namespace dravik::sim {
 
@@ -59,6 +60,7 @@ class descriptor_name {
 public:
   explicit descriptor_name(int descriptor) noexcept;
   operator const char *() const noexcept { return name_; }
+  operator std::string_view() const noexcept { return name_ != nullptr ? name_ : ""; }
 
 private:
   const char *name_ = nullptr;

@@ -1,6 +1,8 @@
 // The calls that change what an open file holds, for the files that the kernel serves in a manner of its own:
 // an attribute holds what the last write brought, a device has an end.
 
+#include "preload/board_files.hpp"
+#include "preload/device.hpp"
 #include "preload/kernel_files.hpp"
 #include "preload/next.hpp"
 
@@ -24,13 +26,31 @@ bool has_own_manner(file_kind kind) noexcept {
 ssize_t write_in_manner(file_kind kind, int descriptor, const void *data, size_t size,
                         off64_t offset) noexcept;
 
+/// The device, if that is what takes the bytes itself, without a place for them.
+const device *taker_of(const char *name) noexcept {
+  const device *taker = device_named(name);
+  return taker != nullptr && taker->write != nullptr ? taker : nullptr;
+}
+
 /// A write at the descriptor's position, which moves on.
 ssize_t write_on(file_kind kind, int descriptor, const void *data, size_t size) noexcept {
+  const descriptor_name name{descriptor};
+  if (const int fault = ordered_fault("write", name))
+    return as_told(ssize_t{-fault});
+  if (const device *taker = taker_of(name))
+    return as_told(taker->write(descriptor, data, size));
   const off64_t position = ::lseek64(descriptor, 0, SEEK_CUR);
   const ssize_t count = write_in_manner(kind, descriptor, data, size, position);
   if (count > 0)
     ::lseek64(descriptor, position + count, SEEK_SET);
   return count;
+}
+
+ssize_t write_at(file_kind kind, int descriptor, const void *data, size_t size, off64_t offset) noexcept {
+  const descriptor_name name{descriptor};
+  const int fault = ordered_fault("write", name);
+  const int error = fault != 0 ? fault : taker_of(name) != nullptr ? ESPIPE : 0;
+  return error != 0 ? as_told(ssize_t{-error}) : write_in_manner(kind, descriptor, data, size, offset);
 }
 
 /// Takes the pieces as one, and not more of them than an
@@ -73,13 +93,13 @@ SIM_DEFINE(ssize_t, writev, (int descriptor, const iovec *pieces, int count)) {
 
 SIM_DEFINE(ssize_t, pwrite, (int descriptor, const void *data, size_t size, off_t offset)) {
   const file_kind kind = kind_behind(descriptor);
-  return has_own_manner(kind) ? write_in_manner(kind, descriptor, data, size, offset)
+  return has_own_manner(kind) ? write_at(kind, descriptor, data, size, offset)
                               : SIM_NEXT(pwrite)(descriptor, data, size, offset);
 }
 
 SIM_DEFINE(ssize_t, pwrite64, (int descriptor, const void *data, size_t size, off64_t offset)) {
   const file_kind kind = kind_behind(descriptor);
-  return has_own_manner(kind) ? write_in_manner(kind, descriptor, data, size, offset)
+  return has_own_manner(kind) ? write_at(kind, descriptor, data, size, offset)
                               : SIM_NEXT(pwrite64)(descriptor, data, size, offset);
 }
 
@@ -109,8 +129,12 @@ ssize_t write_device(int descriptor, const void *data, size_t size, off64_t offs
 
 ssize_t write_in_manner(file_kind kind, int descriptor, const void *data, size_t size,
                         off64_t offset) noexcept {
-  return kind == file_kind::attribute ? write_attribute(descriptor, data, size)
-                                      : write_device(descriptor, data, size, offset);
+  const ssize_t count = kind == file_kind::attribute ? write_attribute(descriptor, data, size)
+                                                     : write_device(descriptor, data, size, offset);
+  const device *changed = count > 0 ? device_behind(descriptor) : nullptr;
+  if (changed != nullptr && changed->written != nullptr)
+    changed->written(static_cast<const char *>(data), static_cast<size_t>(count));
+  return count;
 }
 
 } // namespace

@@ -84,13 +84,14 @@ static_assert(
       return true;
     }(),
     "the curve falls strictly and smoothly");
+static_assert(first_code + std::size(adc_temp_table) == last_code + 1);
 
 } // namespace
 
 int32_t temperature_of_code(uint32_t code) noexcept {
   if (code < first_code)
     return above_curve;
-  if (code >= first_code + std::size(adc_temp_table))
+  if (code > last_code)
     return below_curve;
   return adc_temp_table[code - first_code];
 }

@@ -29,14 +29,13 @@ constexpr size_t path_size = 256;
 constinit uint32_t snd_thread_state = 0; ///< 1 from taking the mutex to releasing it
 constinit uint32_t snd_stop_flag = 0;    ///< ends the sound in progress at its next chunk
 constinit uint32_t snd_running = 0;
+constinit uint32_t snd_takes_requests = 0; ///< from a complete snd_init() to snd_exit()
 
-// Held by the thread for as long as it plays, so that callers wait for the sound in progress. Initialised
-// from the start too: when the engine is refused, its thread may pass through it before snd_init() has come
-// that far.
+// Held by the thread for as long as it plays, so that callers wait for the sound in progress. It lives as
+// long as the library: other threads may be waiting for it while the engine starts or ends.
 constinit pthread_mutex_t snd_mutex = PTHREAD_MUTEX_INITIALIZER;
 sem_t snd_sem; ///< a post a request, and one to end
 constinit pthread_t snd_thread = {};
-constinit bool has_thread = false;
 
 // The ring, guarded by the mutex. It does not know whether it is full: after four requests the indices are
 // equal again, as if there were none, and a fifth takes the place of the first. Kept on purpose.
@@ -49,6 +48,10 @@ constinit uint32_t snd_decoded_samples = 0; ///< of the request in progress, for
 
 std::atomic_ref<uint32_t> word(uint32_t &flag) noexcept {
   return std::atomic_ref{flag};
+}
+
+bool takes_requests() noexcept {
+  return word(snd_takes_requests).load(std::memory_order_acquire) != 0;
 }
 
 uint32_t next_slot(uint32_t slot) noexcept {
@@ -119,7 +122,6 @@ void join_thread() noexcept {
   ::sem_post(&snd_sem);
   ::pthread_join(snd_thread, nullptr);
   ::sem_destroy(&snd_sem);
-  has_thread = false;
 }
 
 int32_t start() noexcept {
@@ -130,9 +132,8 @@ int32_t start() noexcept {
     std::perror("pthread_create play_snd_thread failed\n");
     return -1;
   }
-  has_thread = true;
   if (set_real_time(snd_thread)) {
-    ::pthread_mutex_init(&snd_mutex, nullptr);
+    word(snd_takes_requests).store(1, std::memory_order_release);
     return 1;
   }
   word(snd_running).store(0, std::memory_order_release);
@@ -141,12 +142,16 @@ int32_t start() noexcept {
   return -1;
 }
 
-void queue(const char *path, size_t length) noexcept {
+/// False when the engine has ended meanwhile.
+bool queue(const char *path, size_t length) noexcept {
   const mutex_lock holding{snd_mutex};
   word(snd_stop_flag).store(0, std::memory_order_relaxed);
+  if (!takes_requests())
+    return false;
   snd_req_type[snd_req_write] = kind_of({path, length});
   std::copy_n(path, length + 1, snd_req_path[snd_req_write].data());
   snd_req_write = next_slot(snd_req_write);
+  return true;
 }
 
 } // namespace
@@ -170,7 +175,7 @@ int32_t snd_init() noexcept {
 }
 
 int32_t snd_play_direct(const char *path, int32_t stop_current) noexcept {
-  if (!has_thread)
+  if (!takes_requests())
     return 1;
   const size_t length = std::string_view{path}.size();
   if (length >= path_size) {
@@ -180,14 +185,15 @@ int32_t snd_play_direct(const char *path, int32_t stop_current) noexcept {
   }
   if (stop_current == 1)
     word(snd_stop_flag).store(1, std::memory_order_relaxed);
-  queue(path, length);
+  if (!queue(path, length))
+    return 1;
   ::sem_post(&snd_sem);
   log_printf("%s():%s", "snd_play_direct", path);
   return 1;
 }
 
 int32_t snd_stopall() noexcept {
-  if (!has_thread)
+  if (!takes_requests())
     return 0;
   word(snd_stop_flag).store(1, std::memory_order_relaxed);
   ::pthread_mutex_lock(&snd_mutex);
@@ -200,15 +206,14 @@ uint32_t get_snd_thread_state() noexcept {
 }
 
 void snd_exit() noexcept {
-  if (word(snd_running).exchange(0, std::memory_order_acq_rel) == 0 || !has_thread)
+  if (word(snd_running).exchange(0, std::memory_order_acq_rel) == 0 || !takes_requests())
     return;
   {
     const dravik::mutex_lock holding{snd_mutex};
+    word(snd_takes_requests).store(0, std::memory_order_release);
     snd_req_read = snd_req_write;
   }
   join_thread();
-  ::pthread_mutex_destroy(&snd_mutex);
-  snd_mutex = pthread_mutex_t PTHREAD_MUTEX_INITIALIZER; // for the thread of an engine that is refused
 }
 
 } // extern "C"

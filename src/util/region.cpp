@@ -4,6 +4,7 @@
 #include "base/unique_file.hpp"
 #include "dravik.h"
 #include "util/crc32.hpp"
+#include "util/region_word.hpp"
 
 #include <array>
 #include <cstddef>
@@ -25,22 +26,10 @@ namespace {
 
 constexpr const char *region_file = "/tmp/add/areacode.bin";
 constexpr const char *default_code = "tw";
-constexpr uint32_t numbers = 1024;
 constexpr uint32_t no_number = 0xFFFFFFFF;
 
-/// Three fields of ten bits: the number between its neighbours, or three times itself where a neighbour would
-/// wrap.
-constexpr std::array<uint8_t, 4> region_word(uint32_t n) noexcept {
-  const bool at_end = n == 0 || n == numbers - 1;
-  const uint32_t after = at_end ? n : n + 1, before = at_end ? n : n - 1;
-  const uint32_t word = before << 22 | n << 11 | after;
-  return {static_cast<uint8_t>(word), static_cast<uint8_t>(word >> 8), static_cast<uint8_t>(word >> 16),
-          static_cast<uint8_t>(word >> 24)};
-}
-static_assert(region_word(886) == std::array<uint8_t, 4>{0x77, 0xB3, 0x5B, 0xDD});
-
 uint32_t find_number(uint32_t value) noexcept {
-  for (uint32_t n = 0; n < numbers; ++n)
+  for (uint32_t n = 0; n < region_numbers; ++n)
     if (crc32(region_word(n)) == value)
       return n;
   return no_number;

@@ -3,19 +3,15 @@
 
 #include "dravik.h"
 #include "support/board.hpp"
+#include "support/call_watcher.hpp"
 #include "support/log_lines.hpp"
-#include "support/next_call.hpp"
 
 #include <cerrno>
-#include <cstdarg>
 #include <cstdint>
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <linux/fb.h>
 #include <map>
 #include <string>
-#include <sys/ioctl.h>
-#include <unistd.h>
 
 namespace dravik::test {
 namespace {
@@ -27,7 +23,7 @@ constexpr const char *brightness_file = "sys/class/backlight/pwm-backlight.0/bri
 constexpr const char *power_file = "sys/class/backlight/pwm-backlight.0/bl_power";
 
 /// The calls on the backlight's files and on the panel, each with the number of log lines before it.
-struct watched_calls {
+struct watched_calls : call_watcher {
   std::string log_file; ///< empty: nothing is watched
   std::map<int, std::string> names;
   std::vector<std::string> calls;
@@ -43,71 +39,47 @@ struct watched_calls {
     const auto found = names.find(descriptor);
     return log_file.empty() || found == names.end() ? nullptr : &found->second;
   }
-} watched;
 
-/// What the library opens is one of the backlight's files, by its name there.
-std::string backlight_name(std::string_view path) {
-  constexpr std::string_view folder = "/sys/class/backlight/pwm-backlight.0/";
-  return path.starts_with(folder) && !watched.log_file.empty() ? std::string{path.substr(folder.size())} : "";
-}
-
-} // namespace
-} // namespace dravik::test
-
-extern "C" {
-
-using namespace dravik::test;
-
-int open(const char *path, int flags, ...) {
-  va_list rest;
-  va_start(rest, flags);
-  const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(rest, mode_t) : 0;
-  va_end(rest);
-  static const auto next = next_call<int(const char *, int, ...)>("open");
-  const std::string name = backlight_name(path);
-  if (name.empty())
-    return next(path, flags, mode);
-  watched.note("open " + name + (flags == (O_RDWR | O_TRUNC) ? "" : " with other flags"));
-  const int descriptor = next(path, flags, mode);
-  if (descriptor >= 0)
-    watched.names[descriptor] = name;
-  return descriptor;
-}
-
-ssize_t write(int descriptor, const void *data, size_t size) {
-  static const auto next = next_call<ssize_t(int, const void *, size_t)>("write");
-  const std::string *const name = watched.name_of(descriptor);
-  if (name == nullptr)
-    return next(descriptor, data, size);
-  watched.note(*name + " \"" + std::string{static_cast<const char *>(data), size} + "\"");
-  errno = EIO;
-  return watched.fails ? -1 : next(descriptor, data, watched.takes_too_little ? size - 1 : size);
-}
-
-int ioctl(int descriptor, unsigned long request, ...) noexcept {
-  va_list rest;
-  va_start(rest, request);
-  void *const argument = va_arg(rest, void *);
-  va_end(rest);
-  static const auto next = next_call<int(int, unsigned long, ...)>("ioctl");
-  if (request == FBIOBLANK && !watched.log_file.empty())
-    watched.note("blank " + std::to_string(reinterpret_cast<uintptr_t>(argument)));
-  return next(descriptor, request, argument);
-}
-
-int close(int descriptor) {
-  static const auto next = next_call<int(int)>("close");
-  if (const std::string *const name = watched.name_of(descriptor)) {
-    watched.note("close " + *name);
-    watched.names.erase(descriptor);
+  /// What the library opens is one of the backlight's files, by its name there.
+  std::string backlight_name(std::string_view path) const {
+    constexpr std::string_view folder = "/sys/class/backlight/pwm-backlight.0/";
+    return path.starts_with(folder) && !log_file.empty() ? std::string{path.substr(folder.size())} : "";
   }
-  return next(descriptor);
-}
 
-} // extern "C"
+  int open(const char *path, int flags, mode_t mode) override {
+    const std::string name = backlight_name(path);
+    if (name.empty())
+      return call_watcher::open(path, flags, mode);
+    note("open " + name + (flags == (O_RDWR | O_TRUNC) ? "" : " with other flags"));
+    const int descriptor = call_watcher::open(path, flags, mode);
+    if (descriptor >= 0)
+      names[descriptor] = name;
+    return descriptor;
+  }
 
-namespace dravik::test {
-namespace {
+  ssize_t write(int descriptor, const void *data, size_t size) override {
+    const std::string *const name = name_of(descriptor);
+    if (name == nullptr)
+      return call_watcher::write(descriptor, data, size);
+    note(*name + " \"" + std::string{static_cast<const char *>(data), size} + "\"");
+    errno = EIO;
+    return fails ? -1 : call_watcher::write(descriptor, data, takes_too_little ? size - 1 : size);
+  }
+
+  int ioctl(int descriptor, unsigned long request, void *argument) override {
+    if (request == FBIOBLANK && !log_file.empty())
+      note("blank " + std::to_string(reinterpret_cast<uintptr_t>(argument)));
+    return call_watcher::ioctl(descriptor, request, argument);
+  }
+
+  int close(int descriptor) override {
+    if (const std::string *const name = name_of(descriptor)) {
+      note("close " + *name);
+      names.erase(descriptor);
+    }
+    return call_watcher::close(descriptor);
+  }
+} watched;
 
 class Backlight : public testing::Test {
 protected:
@@ -117,6 +89,7 @@ protected:
     fb_init();
     watched = {};
     watched.log_file = log_file_;
+    watcher = &watched;
   }
   ~Backlight() override {
     lcd_bl_exit();
@@ -279,7 +252,7 @@ TEST_F(Backlight, OffTurnsTheLightOffAndThenThePanel) {
   EXPECT_EQ(board_.read(power_file), "1");
   EXPECT_THAT(watched.calls, ElementsAre("bl_power \"1\" @0", "blank 1 @1"));
   EXPECT_THAT(messages(), ElementsAre("lcd_bl_off() : turn off err", "lcd_bl_off()"));
-  EXPECT_THAT(board_.events(), ElementsAre("fb0: blank 1"));
+  EXPECT_THAT(board_.events(), ElementsAre("backlight: off", "fb0: blank 1"));
 }
 
 TEST_F(Backlight, OffThatCannotBeWrittenLooksTheSame) {
@@ -296,7 +269,7 @@ TEST_F(Backlight, OnTurnsTheLightOnAndThenThePanel) {
   EXPECT_EQ(board_.read(power_file), "0");
   EXPECT_THAT(watched.calls, ElementsAre("bl_power \"0\" @0", "blank 0 @0"));
   EXPECT_THAT(messages(), ElementsAre("lcd_bl_on()"));
-  EXPECT_THAT(board_.events(), ElementsAre("fb0: blank 0"));
+  EXPECT_THAT(board_.events(), ElementsAre("backlight: on", "fb0: blank 0"));
 }
 
 TEST_F(Backlight, OnThatCannotBeWrittenIsLogged) {

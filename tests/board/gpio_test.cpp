@@ -2,20 +2,16 @@
 
 #include "dravik.h"
 #include "support/board.hpp"
+#include "support/call_watcher.hpp"
 #include "support/descriptors.hpp"
-#include "support/next_call.hpp"
 #include "support/stderr_capture.hpp"
 
 #include <cerrno>
-#include <cstdarg>
 #include <cstring>
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <map>
 #include <sstream>
 #include <string>
-#include <sys/ioctl.h>
-#include <unistd.h>
 
 namespace dravik::test {
 namespace {
@@ -31,7 +27,7 @@ constexpr unsigned long get_request = 0x800464CB;
 constexpr unsigned long set_request = 0x400464CB;
 
 /// The driver, and what was asked of it.
-struct watched_driver {
+struct watched_driver : call_watcher {
   bool is_there = true;
   std::vector<std::string> calls;
   std::map<uint32_t, uint32_t> levels;
@@ -40,13 +36,17 @@ struct watched_driver {
   int result = 0; ///< of a request that is not refused
   int close_result = 0;
 
-  int open(int flags) {
+  int open(const char *path, int flags, mode_t mode) override {
+    if (std::string_view{path} != driver_path)
+      return call_watcher::open(path, flags, mode);
     calls.emplace_back(flags == O_RDWR ? "open" : "open with other flags");
     errno = ENODEV;
     return is_there ? driver_descriptor : -1;
   }
 
-  int answer(unsigned long request, void *argument) {
+  int ioctl(int descriptor, unsigned long request, void *argument) override {
+    if (descriptor != driver_descriptor)
+      return call_watcher::ioctl(descriptor, request, argument);
     uint32_t record[2]; // the line, then its level
     std::memcpy(record, argument, sizeof record);
     std::ostringstream call;
@@ -63,50 +63,21 @@ struct watched_driver {
     std::memcpy(static_cast<char *>(argument) + sizeof record[0], &levels[record[0]], sizeof record[1]);
     return result;
   }
+
+  int close(int descriptor) override {
+    if (descriptor != driver_descriptor)
+      return call_watcher::close(descriptor);
+    calls.emplace_back("close");
+    return close_result;
+  }
 } driver;
-
-} // namespace
-} // namespace dravik::test
-
-extern "C" {
-
-using namespace dravik::test;
-
-int open(const char *path, int flags, ...) {
-  va_list rest;
-  va_start(rest, flags);
-  const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(rest, mode_t) : 0;
-  va_end(rest);
-  static const auto next = next_call<int(const char *, int, ...)>("open");
-  return std::string_view{path} == driver_path ? driver.open(flags) : next(path, flags, mode);
-}
-
-int ioctl(int descriptor, unsigned long request, ...) noexcept {
-  va_list rest;
-  va_start(rest, request);
-  void *const argument = va_arg(rest, void *);
-  va_end(rest);
-  static const auto next = next_call<int(int, unsigned long, ...)>("ioctl");
-  return descriptor == driver_descriptor ? driver.answer(request, argument)
-                                         : next(descriptor, request, argument);
-}
-
-int close(int descriptor) {
-  static const auto next = next_call<int(int)>("close");
-  if (descriptor != driver_descriptor)
-    return next(descriptor);
-  driver.calls.emplace_back("close");
-  return driver.close_result;
-}
-
-} // extern "C"
-
-namespace dravik::test {
-namespace {
 
 class Gpio : public testing::Test {
 protected:
-  Gpio() { driver = {}; }
+  Gpio() {
+    driver = {};
+    watcher = &driver;
+  }
   ~Gpio() override { gpiofd = -1; }
 
   void start() {

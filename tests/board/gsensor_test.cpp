@@ -3,7 +3,7 @@
 
 #include "dravik.h"
 #include "support/board.hpp"
-#include "support/next_call.hpp"
+#include "support/call_watcher.hpp"
 #include "support/stderr_capture.hpp"
 
 #include <array>
@@ -11,13 +11,10 @@
 #include <cstdarg>
 #include <cstring>
 #include <deque>
-#include <fcntl.h>
 #include <functional>
 #include <gmock/gmock.h>
 #include <sstream>
 #include <string>
-#include <sys/ioctl.h>
-#include <unistd.h>
 #include <vector>
 
 namespace dravik::test {
@@ -42,7 +39,7 @@ struct failures {
 };
 
 /// The bus with the sensor on it.
-struct watched_bus {
+struct watched_bus : call_watcher {
   int descriptor = 700;
   bool is_plugged_in = false;
   int open_error = 0;
@@ -55,20 +52,27 @@ struct watched_bus {
   failures calls; ///< made until now
   int close_result = 0;
 
-  int open(int flags) {
+  int open(const char *path, int flags, mode_t mode) override {
+    if (std::string_view{path} != bus_path)
+      return call_watcher::open(path, flags, mode);
     std::fprintf(stderr, "> open%s\n", flags == O_RDWR ? "" : " with other flags");
     errno = open_error;
     is_plugged_in = open_error == 0;
     return is_plugged_in ? descriptor : -1;
   }
 
-  int request(unsigned long number, long argument) const {
-    std::fprintf(stderr, "> request %04lx %ld\n", number, argument);
+  int ioctl(int asked, unsigned long request, void *argument) override {
+    if (!has(asked))
+      return call_watcher::ioctl(asked, request, argument);
+    std::fprintf(stderr, "> request %04lx %td\n", request, reinterpret_cast<intptr_t>(argument));
     errno = EBUSY;
-    return number == refused_request ? -1 : 0;
+    return request == refused_request ? -1 : 0;
   }
 
-  ssize_t write(const uint8_t *data, size_t size) {
+  ssize_t write(int asked, const void *bytes, size_t size) override {
+    if (!has(asked))
+      return call_watcher::write(asked, bytes, size);
+    const auto *data = static_cast<const uint8_t *>(bytes);
     if (size == 1)
       std::fprintf(stderr, "> select %02x\n", data[0]);
     else
@@ -84,7 +88,10 @@ struct watched_bus {
     return static_cast<ssize_t>(size);
   }
 
-  ssize_t read(uint8_t *value, size_t size) {
+  ssize_t read(int asked, void *data, size_t size) override {
+    if (!has(asked))
+      return call_watcher::read(asked, data, size);
+    auto *value = static_cast<uint8_t *>(data);
     std::fprintf(stderr, size == 1 ? "> read\n" : "> read more than one\n");
     errno = EREMOTEIO;
     if (++calls.read == failing.read)
@@ -97,60 +104,15 @@ struct watched_bus {
     return 1;
   }
 
-  int close() const {
+  int close(int asked) override {
+    if (!has(asked))
+      return call_watcher::close(asked);
     std::fprintf(stderr, "> close\n");
     return close_result;
   }
 
   bool has(int asked) const { return is_plugged_in && asked == descriptor; }
 } bus;
-
-} // namespace
-} // namespace dravik::test
-
-extern "C" {
-
-using namespace dravik::test;
-
-int open(const char *path, int flags, ...) {
-  va_list rest;
-  va_start(rest, flags);
-  const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(rest, mode_t) : 0;
-  va_end(rest);
-  static const auto next = next_call<int(const char *, int, ...)>("open");
-  return std::string_view{path} == bus_path ? bus.open(flags) : next(path, flags, mode);
-}
-
-int ioctl(int descriptor, unsigned long request, ...) noexcept {
-  va_list rest;
-  va_start(rest, request);
-  void *const argument = va_arg(rest, void *);
-  va_end(rest);
-  static const auto next = next_call<int(int, unsigned long, ...)>("ioctl");
-  return bus.has(descriptor) ? bus.request(request, reinterpret_cast<intptr_t>(argument))
-                             : next(descriptor, request, argument);
-}
-
-ssize_t write(int descriptor, const void *data, size_t size) {
-  static const auto next = next_call<ssize_t(int, const void *, size_t)>("write");
-  return bus.has(descriptor) ? bus.write(static_cast<const uint8_t *>(data), size)
-                             : next(descriptor, data, size);
-}
-
-ssize_t read(int descriptor, void *data, size_t size) {
-  static const auto next = next_call<ssize_t(int, void *, size_t)>("read");
-  return bus.has(descriptor) ? bus.read(static_cast<uint8_t *>(data), size) : next(descriptor, data, size);
-}
-
-int close(int descriptor) {
-  static const auto next = next_call<int(int)>("close");
-  return bus.has(descriptor) ? bus.close() : next(descriptor);
-}
-
-} // extern "C"
-
-namespace dravik::test {
-namespace {
 
 /// The lines of a text. Of those that tell an error the reason is left out.
 lines without_reasons(const std::string &text) {
@@ -285,6 +247,7 @@ class Gsensor : public testing::Test {
 protected:
   Gsensor() {
     bus = {};
+    watcher = &bus;
     bus.registers.fill(0xA5); // whatever an earlier program left
     bus.registers[0x0F] = 0x33;
   }

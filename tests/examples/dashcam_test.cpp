@@ -1,6 +1,7 @@
 // The demonstration: every screen on panels of several sizes, its command line, and its end.
 
-#include "examples/application.hpp"
+#include "examples/demonstration_files.hpp"
+#include "support/application.hpp"
 
 #include <csignal>
 #include <gmock/gmock.h>

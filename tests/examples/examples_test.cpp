@@ -1,6 +1,7 @@
 // The examples that show one task each.
 
-#include "examples/application.hpp"
+#include "examples/demonstration_files.hpp"
+#include "support/application.hpp"
 
 #include <dravik.h>
 #include <gmock/gmock.h>

@@ -1,6 +1,7 @@
 // The demonstration's screenshots: what lands on the memory card.
 
-#include "examples/application.hpp"
+#include "examples/demonstration_files.hpp"
+#include "support/application.hpp"
 
 #include <csignal>
 #include <filesystem>

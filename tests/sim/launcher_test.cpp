@@ -1,71 +1,24 @@
 // The launcher as people run it: its commands, its errors, and applications that know nothing of it.
 
 #include "png/png_file.hpp"
+#include "sim/launcher.hpp"
 #include "support/board.hpp"
 #include "support/played_sound.hpp"
 
-#include <array>
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 
-using dravik::test::board;
+using dravik::test::contents;
+using dravik::test::launch;
+using dravik::test::outcome;
+using dravik::test::run;
 using testing::HasSubstr;
 using testing::StartsWith;
-
-struct outcome {
-  int status = -1; ///< as waitpid() gives it
-  std::string output;
-  std::string errors;
-
-  int exit_status() const { return WIFEXITED(status) ? WEXITSTATUS(status) : -1; }
-};
-
-std::string contents(FILE *file) {
-  std::string text;
-  std::array<char, 4096> block;
-  std::rewind(file);
-  while (const size_t count = std::fread(block.data(), 1, block.size(), file))
-    text.append(block.data(), count);
-  std::fclose(file);
-  return text;
-}
-
-[[noreturn]] void become(std::vector<std::string> words, int output, int errors) {
-  std::vector<char *> pointers;
-  for (std::string &word : words)
-    pointers.push_back(word.data());
-  pointers.push_back(nullptr);
-  ::dup2(output, STDOUT_FILENO);
-  ::dup2(errors, STDERR_FILENO);
-  ::unsetenv("DRAVIK_BOARD");
-  ::execvp(pointers[0], pointers.data());
-  ::_exit(127);
-}
-
-outcome run(const std::vector<std::string> &words) {
-  FILE *output = std::tmpfile();
-  FILE *errors = std::tmpfile();
-  const pid_t child = ::fork();
-  if (child == 0)
-    become(words, ::fileno(output), ::fileno(errors));
-  outcome result;
-  ::waitpid(child, &result.status, 0);
-  result.output = contents(output);
-  result.errors = contents(errors);
-  return result;
-}
-
-outcome launch(std::vector<std::string> words) {
-  words.insert(words.begin(), LAUNCHER);
-  return run(words);
-}
 
 /// A directory for the boards of a test, writable by everyone.
 class SimLauncher : public testing::Test {
@@ -190,10 +143,11 @@ TEST_F(SimLauncher, WrongUsageGivesStatus2) {
   expect_error(launch({"run"}), 2, "which board?");
   expect_error(launch({"run", at("a"), "--"}), 2, "which application?");
   expect_error(launch({"shot", at("a")}), 2, "which board, and which file?");
+  expect_error(launch({"card"}), 2, "which board?");
 }
 
 TEST_F(SimLauncher, HelpIsGivenForEachCommandWithExamples) {
-  for (const char *command : {"new", "run", "shot"}) {
+  for (const char *command : {"new", "run", "shot", "set", "events", "card"}) {
     const outcome result = launch({command, "--help"});
     EXPECT_EQ(result.exit_status(), 0);
     EXPECT_THAT(result.output, StartsWith(std::string{"usage: dravik-sim "} + command + " "));
@@ -307,6 +261,55 @@ TEST_F(SimLauncher, RunBeginsARecordingThatHasGaps) {
   EXPECT_THAT(heard, testing::SizeIs(testing::Gt(2U * 480)));
   EXPECT_EQ(heard.at(0), 0);
   EXPECT_EQ(heard.back(), 1000);
+}
+
+// --- card ---
+
+TEST_F(SimLauncher, NewPutsAMountedCardIntoTheSlot) {
+  EXPECT_EQ(launch({"new", at("desk")}).exit_status(), 0);
+  EXPECT_EQ(launch({"card", at("desk")}).output,
+            "in, 1024 MiB, partition of 1023 MiB at " + at("desk/dev/mmcblk0") + "@@16384, mounted\n");
+  EXPECT_EQ(std::filesystem::file_size(at("desk/dev/mmcblk0")), 1U << 30);
+}
+
+TEST_F(SimLauncher, NewMakesCardsOfOtherSizesOrNone) {
+  EXPECT_EQ(launch({"new", at("small"), "--card", "64"}).exit_status(), 0);
+  EXPECT_EQ(std::filesystem::file_size(at("small/dev/mmcblk0")), 64U << 20);
+  EXPECT_EQ(launch({"new", at("none"), "--card", "0"}).exit_status(), 0);
+  EXPECT_FALSE(std::filesystem::exists(at("none/dev/mmcblk0")));
+  EXPECT_EQ(launch({"card", at("none")}).output, "none\n");
+  expect_error(launch({"card", at("none"), "in"}), 1, "card: " + at("none") + ": has no card");
+  for (const char *size : {"63", "131073"})
+    expect_error(launch({"new", at("b"), "--card", size}), 1, "a card has 64 to 131072 MiB");
+  EXPECT_FALSE(std::filesystem::exists(at("b")));
+}
+
+TEST_F(SimLauncher, CardIsHandledByHand) {
+  launch({"new", at("desk"), "--card", "64"});
+  const auto state = [&] { return launch({"card", at("desk")}).output; };
+  EXPECT_EQ(launch({"card", at("desk"), "out"}).exit_status(), 0);
+  EXPECT_EQ(state(), "out\n");
+  EXPECT_EQ(launch({"card", at("desk"), "locked"}).exit_status(), 0);
+  EXPECT_THAT(state(), testing::AllOf(StartsWith("locked, 64 MiB, "), HasSubstr(", mounted read-only\n")));
+  EXPECT_EQ(launch({"card", at("desk"), "in"}).exit_status(), 0);
+  EXPECT_EQ(launch({"card", at("desk"), "umount"}).exit_status(), 0);
+  EXPECT_THAT(state(), HasSubstr(", not mounted\n"));
+  expect_error(launch({"card", at("desk"), "umount"}), 32, "umount: /dev/mmcblk0p1: is not mounted");
+  EXPECT_EQ(launch({"card", at("desk"), "mount", "-r"}).exit_status(), 0);
+  EXPECT_THAT(state(), HasSubstr(", mounted read-only\n"));
+  expect_error(launch({"card", at("desk"), "format"}), 1,
+               "mkfs.vfat: /dev/mmcblk0p1: contains a mounted file system");
+  expect_error(launch({"card", at("desk"), "mount"}), 32, "mount: /dev/mmcblk0p1: is mounted already");
+  expect_error(launch({"card", at("desk"), "eat"}), 2, "eat: nothing to do with a card");
+  expect_error(launch({"card", at("absent")}), 1, at("absent") + ": is no board");
+}
+
+TEST_F(SimLauncher, RunLetsAShellReadThePartitionOfTheCard) {
+  launch({"new", at("desk"), "--card", "64"});
+  const outcome result = launch(
+      {"run", at("desk"), "--", "sh", "-c", "head -c 90 /dev/mmcblk0p1 | tail -c 8; echo x >/dev/mmcblk0p1"});
+  EXPECT_EQ(result.output, "FAT32   ");
+  EXPECT_THAT(result.errors, HasSubstr("Read-only file system"));
 }
 
 // --- shot ---

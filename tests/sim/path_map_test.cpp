@@ -140,8 +140,7 @@ TEST(SimPathMap, EmptyNameOfABoardIsNone) {
 
 TEST(SimPathMap, OverlongPathIsRefused) {
   const board board;
-  std::string overlong = "/tmp/mmcblk0p1/";
-  overlong.append(1100, '/').append(1100, 'n');
+  const std::string overlong = std::string{"/tmp/mmcblk0p1/"}.append(1100, '/').append(1100, 'n');
   EXPECT_EQ(::access(overlong.c_str(), F_OK), -1);
   EXPECT_EQ(errno, ENAMETOOLONG);
 }
@@ -149,9 +148,7 @@ TEST(SimPathMap, OverlongPathIsRefused) {
 TEST(SimPathMap, LongSpellingOfAShortPathIsUnderstood) {
   const board board;
   board.write("tmp/ptb", "");
-  std::string spelling = "/tmp";
-  spelling.append(3000, '/').append("ptb");
-  EXPECT_TRUE(same_file(spelling, board.path("tmp/ptb")));
+  EXPECT_TRUE(same_file(std::string{"/tmp"}.append(3000, '/').append("ptb"), board.path("tmp/ptb")));
 }
 
 TEST(SimPathMap, TrailingSlashAsksForADirectory) {

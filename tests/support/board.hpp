@@ -53,10 +53,8 @@ public:
   std::vector<std::string> events() const;
   void clear_events() const;
 
-  /// Orders a request to fail: set_fault("open", "/tmp/dravik.log", "ENOSPC"). For /dev/fb0 also
-  /// "fscreeninfo", "vscreeninfo", "mmap", "pan" and "blank"; "descriptor-0" makes its open succeed with
-  /// descriptor 0. For the card "sound" there are "open", "params", "prepare", "write", "rate",
-  /// "equal-periods" and, once a line, "underrun".
+  /// Orders a request to fail: set_fault("open", "/tmp/dravik.log", "ENOSPC"). docs/simulated-board.md lists
+  /// the requests of each device.
   void set_fault(std::string_view request, std::string_view path, std::string_view error = "EIO") const;
   void clear_faults() const;
 

@@ -27,9 +27,9 @@ struct psf2_maker {
   bytes file() const {
     bytes made = {0x72, 0xB5, 0x4A, 0x86};
     made.resize(32);
-    const uint32_t words[] = {version, glyphs_at, flags, length, charsize, height, width};
+    const uint32_t fields[] = {version, glyphs_at, flags, length, charsize, height, width};
     for (size_t i = 0; i < 7; ++i)
-      put_u32(made, 4 + 4 * i, words[i]);
+      put_u32(made, 4 + 4 * i, fields[i]);
     if (made.size() < glyphs_at && glyphs_at < 100000)
       made.resize(glyphs_at);
     append(made, glyphs);

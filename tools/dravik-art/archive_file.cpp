@@ -3,7 +3,8 @@
 #include "dravik-art/archive_file.hpp"
 
 #include "base/byte_reader.hpp"
-#include "dravik-art/files.hpp"
+#include "common/files.hpp"
+#include "common/magics.hpp"
 
 #include <algorithm>
 #include <limits>
@@ -29,10 +30,11 @@ struct header {
 
 header read_header(std::span<const uint8_t> file) noexcept {
   byte_reader reader{file};
-  reader.seek(archive_magic.size());
+  reader.seek(tools::archive_magic.size());
   const uint32_t count = reader.u32le();
   const uint32_t size = reader.u32le();
-  return {reader.ok() && std::equal(archive_magic.begin(), archive_magic.end(), file.begin()), count, size};
+  return {reader.ok() && std::equal(tools::archive_magic.begin(), tools::archive_magic.end(), file.begin()),
+          count, size};
 }
 
 image_record read_record(std::span<const uint8_t> file, uint32_t index) noexcept {
@@ -73,7 +75,7 @@ bool check_header(std::span<const uint8_t> file, finding_list &found) {
   }
   const header head = read_header(file);
   if (!head.has_magic) {
-    found.add("not an archive: the file does not begin with " + std::string(archive_magic));
+    found.add("not an archive: the file does not begin with " + std::string(tools::archive_magic));
     return false;
   }
   if (head.size != file.size())
@@ -163,7 +165,7 @@ bool build(std::span<const packed_image> images, std::vector<uint8_t> &archive, 
     return false;
 
   archive.reserve(size);
-  archive.assign(archive_magic.begin(), archive_magic.end());
+  archive.assign(tools::archive_magic.begin(), tools::archive_magic.end());
   put_word(archive, images.size());
   put_word(archive, size);
   uint64_t start = archive_size(images.size(), 0);
@@ -206,7 +208,7 @@ bool archive::has_pixels(uint32_t index, std::string &error) const {
 
 bool open_archive(const std::string &path, archive &opened, std::string &error) {
   std::vector<uint8_t> file;
-  if (!read_file(path, file, error))
+  if (!tools::read_file(path, file, error))
     return false;
   if (opened.open(std::move(file), error))
     return true;

@@ -1,8 +1,7 @@
 // The enum of image names.
 
 #include "dravik-art/c_header.hpp"
-
-#include "dravik-art/files.hpp"
+#include "common/magics.hpp"
 
 #include <filesystem>
 #include <map>
@@ -47,8 +46,8 @@ bool make_c_header(const std::string &path, std::span<const named_image> images,
   const std::string guard = capitals + "H", count = capitals + "COUNT";
   std::map<std::string, std::string> taken = {{guard, "the header's guard"}, {count, "the number of images"}};
 
-  text = std::string(header_magic) + "; changes are lost when it packs again. */\n#ifndef " + guard +
-         "\n#define " + guard + "\n\nenum " + prefix + "_image {\n";
+  text = std::string(tools::art_header_magic) + "; changes are lost when it packs again. */\n#ifndef " +
+         guard + "\n#define " + guard + "\n\nenum " + prefix + "_image {\n";
   for (size_t i = 0; i < images.size(); ++i) {
     const named_image &image = images[i];
     const std::string name = capitals + in_capitals(plain_name(image.file));

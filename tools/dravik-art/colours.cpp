@@ -1,62 +1,8 @@
-// Names and numbers of colours.
+// Colours as pictures hold them.
 
 #include "dravik-art/colours.hpp"
 
-#include "dravik.h"
-
-#include <charconv>
-
 namespace dravik::art {
-namespace {
-
-struct colour_name {
-  std::string_view name;
-  uint16_t colour;
-};
-
-constexpr colour_name names[] = {
-    {"white", rgb565::white},   {"black", rgb565::black},     {"red", rgb565::red},
-    {"green", rgb565::green},   {"blue", rgb565::blue},       {"grey", rgb565::grey},
-    {"yellow", rgb565::yellow}, {"magenta", rgb565::magenta}, {"cyan", rgb565::cyan},
-    {"orange", rgb565::orange},
-};
-
-std::optional<uint32_t> hexadecimal(std::string_view digits) noexcept {
-  uint32_t value = 0;
-  const char *const end = digits.data() + digits.size();
-  const auto [stop, status] = std::from_chars(digits.data(), end, value, 16);
-  if (status != std::errc{} || stop != end)
-    return {};
-  return value;
-}
-
-constexpr uint16_t truncated(uint32_t rgb) noexcept {
-  return static_cast<uint16_t>((rgb >> 8 & 0xF800) | (rgb >> 5 & 0x07E0) | (rgb >> 3 & 0x001F));
-}
-
-} // namespace
-
-std::optional<uint16_t> colour_named(std::string_view text) noexcept {
-  for (const colour_name &known : names)
-    if (known.name == text)
-      return known.colour;
-  std::optional<uint32_t> value;
-  if (text.starts_with("0x") && text.size() <= 6)
-    value = hexadecimal(text.substr(2));
-  else if (text.starts_with('#') && text.size() == 7)
-    value = hexadecimal(text.substr(1));
-  if (!value)
-    return {};
-  return text.starts_with('#') ? truncated(*value) : static_cast<uint16_t>(*value);
-}
-
-std::optional<uint16_t> background_named(std::string_view text) noexcept {
-  if (text == "theme")
-    return DRAVIK_THEME;
-  if (text == "none")
-    return rgb565::none;
-  return colour_named(text);
-}
 
 std::array<uint8_t, 4> to_rgba(uint16_t colour) noexcept {
   const int red = colour >> 11, green = colour >> 5 & 63, blue = colour & 31;

@@ -2,8 +2,8 @@
 
 #include "dravik-art/commands.hpp"
 
+#include "common/files.hpp"
 #include "dravik-art/archive_file.hpp"
-#include "dravik-art/files.hpp"
 #include "dravik-art/help.hpp"
 
 #include <cinttypes>
@@ -46,7 +46,7 @@ outcome list(const command_line &given, std::string &error) {
 
 outcome check_archive(const command_line &given, std::string &error) {
   std::vector<uint8_t> file;
-  if (!read_file(given.operands()[0], file, error))
+  if (!tools::read_file(given.operands()[0], file, error))
     return outcome::failed;
   const std::vector<std::string> findings = check(file);
   for (const std::string &line : findings)

@@ -1,8 +1,9 @@
 // The command "pack": pictures to an archive, and to a header with their names.
 
+#include "common/files.hpp"
+#include "common/magics.hpp"
 #include "dravik-art/c_header.hpp"
 #include "dravik-art/commands.hpp"
-#include "dravik-art/files.hpp"
 #include "dravik-art/levels.hpp"
 
 #include <filesystem>
@@ -18,7 +19,7 @@ std::span<const uint8_t> bytes_of(const std::string &text) noexcept {
 /// relative to the folder of the list.
 bool read_list(const std::string &path, std::vector<std::string> &names, std::string &error) {
   std::vector<uint8_t> text;
-  if (!read_file(path, text, error))
+  if (!tools::read_file(path, text, error))
     return false;
   const std::filesystem::path folder = std::filesystem::path(path).parent_path();
   std::string line;
@@ -94,8 +95,8 @@ bool header_text(const std::string &path, std::span<const std::string> names,
 /// Puts both files into place once both are whole.
 bool write_both(const std::string &archive_path, std::span<const uint8_t> archive,
                 const std::string &header_path, const std::string &header, std::string &error) {
-  pending_file archive_file{archive_path};
-  pending_file header_file{header_path};
+  tools::pending_file archive_file{archive_path};
+  tools::pending_file header_file{header_path};
   if (!archive_file.write(archive, error))
     return false;
   if (header_path.empty())
@@ -137,9 +138,10 @@ outcome pack(const command_line &given, std::string &error) {
   std::vector<packed_image> images;
   std::vector<uint8_t> archive;
   std::string header;
-  const bool is_packed = may_replace(out, archive_magic, error) &&
-                         may_replace(header_path, header_magic, error) && fit_together(names, error) &&
-                         read_images(names, *rule, images, error) && build(images, archive, error) &&
+  const bool is_packed = tools::may_replace(out, tools::archive_magic, error) &&
+                         tools::may_replace(header_path, tools::art_header_magic, error) &&
+                         fit_together(names, error) && read_images(names, *rule, images, error) &&
+                         build(images, archive, error) &&
                          header_text(header_path, names, images, header, error) &&
                          write_both(out, archive, header_path, header, error);
   return is_packed ? outcome::done : outcome::failed;

@@ -1,12 +1,13 @@
 // The commands that make pictures of an archive: "unpack" and "preview".
 
+#include "common/files.hpp"
+#include "common/magics.hpp"
+#include "common/numbers.hpp"
 #include "dravik-art/commands.hpp"
-#include "dravik-art/files.hpp"
 #include "dravik-art/levels.hpp"
 #include "dravik-art/preview.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
@@ -17,27 +18,8 @@ namespace {
 
 constexpr uint32_t largest_scale = 64;
 
-std::optional<uint32_t> number(std::string_view text) noexcept {
-  uint32_t value = 0;
-  const char *const end = text.data() + text.size();
-  const auto [stop, status] = std::from_chars(text.data(), end, value);
-  if (status != std::errc{} || stop != end)
-    return {};
-  return value;
-}
-
-using colour_reader = std::optional<uint16_t>(std::string_view) noexcept;
-
-/// Reads a colour, or says in `error` that it is none.
-uint16_t colour_or_error(colour_reader *read, const std::string &text, std::string &error) {
-  const std::optional<uint16_t> colour = read(text);
-  if (!colour)
-    error = "'" + text + "' is not a colour that can stand there";
-  return colour.value_or(0);
-}
-
 uint16_t theme_of(const command_line &given, std::string &error) {
-  return given.has("--theme") ? colour_or_error(colour_named, given.value("--theme"), error)
+  return given.has("--theme") ? tools::colour_or_error(colour_named, given.value("--theme"), error)
                               : rgb565::start_up_theme;
 }
 
@@ -92,9 +74,9 @@ std::string numbered_name(uint32_t index, uint32_t count) {
 /// Fills a new folder beside its place, and gives it its name when all pictures are in it.
 bool write_folder(const std::string &folder, const archive &from, const picture_maker &make,
                   std::string &error) {
-  const std::string unfinished = unfinished_name(folder);
+  const std::string unfinished = tools::unfinished_name(folder);
   if (::mkdir(unfinished.c_str(), 0777) != 0) {
-    error = system_error(folder);
+    error = tools::system_error(folder);
     return false;
   }
   bool is_done = true;
@@ -103,7 +85,7 @@ bool write_folder(const std::string &folder, const archive &from, const picture_
   if (!is_done)
     error.replace(0, unfinished.size(), folder);
   if (is_done && std::rename(unfinished.c_str(), folder.c_str()) != 0) {
-    error = system_error(folder);
+    error = tools::system_error(folder);
     is_done = false;
   }
   std::error_code ignored;
@@ -119,8 +101,8 @@ ramp_choice ramp_of(const std::string &text, std::string &error) {
     error = "--ramp takes a background and a foreground with a comma between them";
     return {};
   }
-  return {colour_or_error(background_named, text.substr(0, comma), error),
-          colour_or_error(colour_named, text.substr(comma + 1), error)};
+  return {tools::colour_or_error(background_named, text.substr(0, comma), error),
+          tools::colour_or_error(colour_named, text.substr(comma + 1), error)};
 }
 
 std::string without_end_slashes(std::string path) {
@@ -144,15 +126,15 @@ struct preview_order {
 preview_order read_order(const command_line &given, std::string &error) {
   preview_order order;
   order.theme = theme_of(given, error);
-  order.ramp = {colour_or_error(background_named, given.value("--bg", "black"), error),
-                colour_or_error(colour_named, given.value("--fg", "white"), error)};
+  order.ramp = {tools::colour_or_error(background_named, given.value("--bg", "black"), error),
+                tools::colour_or_error(colour_named, given.value("--fg", "white"), error)};
   order.in_all_ramps = given.has("--ramps");
-  const auto scale = number(given.value("--scale", "1"));
+  const auto scale = tools::number_of(given.value("--scale", "1"));
   if (!scale || *scale < 1 || *scale > largest_scale)
     error = "--scale takes a number from 1 to " + std::to_string(largest_scale);
   order.scale = scale.value_or(1);
   const std::string &which = given.operands()[1];
-  const auto index = number(which);
+  const auto index = tools::number_of(which);
   if (index && *index != UINT32_MAX) {
     order.first = *index;
     order.end = *index + 1;
@@ -254,7 +236,7 @@ outcome preview(const command_line &given, std::string &error) {
   const bool is_single = order.end != UINT32_MAX && !order.in_all_ramps;
   const auto show = is_single ? show_single : show_sheet;
   const bool is_written =
-      may_replace(out, png_magic, error) && library.load(path, from, order.theme, error) &&
+      tools::may_replace(out, tools::png_magic, error) && library.load(path, from, order.theme, error) &&
       show(library, from, order, picture, error) && png::write(out, enlarged(picture, order.scale), error);
   return is_written ? outcome::done : outcome::failed;
 }

@@ -1,0 +1,94 @@
+#include "board.h"
+
+#include "tell.h"
+
+#include <dravik.h>
+
+#include <string.h>
+
+static struct board now;
+
+const struct board *board(void) {
+  return &now;
+}
+
+void board_open(void) {
+  now.has_lines = gpio_init() == 0;
+  now.has_sensor = gsensor_init() == 0;
+  if (!now.has_lines)
+    tell("board: no GPIO lines");
+  if (!now.has_sensor)
+    tell("board: no G-sensor");
+  board_look_at_movement();
+  board_look_around();
+}
+
+void board_close(void) {
+  if (now.has_sensor)
+    gsensor_exit();
+  if (now.has_lines)
+    gpio_exit();
+}
+
+/* The sensor at work feels the Earth: three zeros are no reading. */
+int board_look_at_movement(void) {
+  const struct board before = now;
+  if (!now.has_sensor)
+    return 0;
+  gsensor_check_data_ready();
+  gsensor_get_data(&now.x_mg, &now.y_mg, &now.z_mg);
+  return memcmp(&before, &now, sizeof now) != 0;
+}
+
+static void look_at_card(struct card *card) {
+  memset(card, 0, sizeof *card);
+  sd_card_check(&card->status);
+  if (!now.has_lines)
+    card->status &= (uint8_t)~CARD_LOCKED; /* the switch cannot be read */
+  if ((card->status & CARD_PRESENT) == 0)
+    return;
+  card->size_mib = sd_card_get_raw_size(&card->sectors);
+  if ((card->status & CARD_MOUNTED) == 0)
+    return;
+  card->part_mib = sd_card_get_part_size();
+  card->free_mib = sd_card_get_free_space();
+}
+
+static void tell_changes(const struct board *before) {
+  if (now.monitor != before->monitor)
+    tell("monitor %s", now.monitor == 1 ? "attached" : now.monitor == 0 ? "not attached" : "unknown");
+  if (now.card.status != before->card.status)
+    tell("card status 0x%02X", now.card.status);
+  if (now.temperature_c10 / 10 != before->temperature_c10 / 10)
+    tell("temperature %d.%d", (int)now.temperature_c10 / 10, (int)now.temperature_c10 % 10);
+}
+
+int board_look_around(void) {
+  const struct board before = now;
+  const int32_t temperature = read_temperature();
+  now.has_temperature = temperature != -1;
+  now.temperature_c10 = now.has_temperature ? temperature / 100 : 0;
+  now.monitor = hdmi_detect();
+  now.is_parked = gpio_get(LINE_PARKED) == 1;
+  look_at_card(&now.card);
+  tell_changes(&before);
+  return memcmp(&before, &now, sizeof now) != 0;
+}
+
+/* ------------------------------------------------------------------------------------------------ keys */
+
+/* Whether a line has come up since the last call. */
+static int has_risen(uint32_t line, int *was_up) {
+  const int is_up = gpio_get(line) == 1, has = is_up && !*was_up;
+  *was_up = is_up;
+  return has;
+}
+
+enum key board_key(void) {
+  static int next_was_up, ok_was_up;
+  if (!now.has_lines)
+    return KEY_NONE;
+  if (has_risen(LINE_NEXT, &next_was_up))
+    return KEY_NEXT;
+  return has_risen(LINE_OK, &ok_was_up) ? KEY_OK : KEY_NONE;
+}

@@ -1,0 +1,53 @@
+/* The board: what its devices tell, and the lights that show the camera's state. */
+#ifndef BOARD_H
+#define BOARD_H
+
+#include <stdint.h>
+
+/* The GPIO lines that the demonstration gives a meaning; those of the card's lock and of the LED are the
+ * library's. All are active high. */
+enum { LINE_PARKED = 60, LINE_NEXT = 61, LINE_OK = 62 };
+
+/* The bits of the card's status byte. */
+enum {
+  CARD_PRESENT = 0x80,
+  CARD_LOCKED = 0x40,
+  CARD_PARTITIONED = 0x20,
+  CARD_MOUNTED = 0x10,
+  CARD_FAT32 = 0x08,
+  CARD_WRITABLE = 0x04,
+  CARD_HEALTHY = CARD_PRESENT | CARD_PARTITIONED | CARD_MOUNTED | CARD_FAT32 | CARD_WRITABLE
+};
+
+struct card {
+  uint8_t status;
+  uint32_t sectors;
+  int32_t size_mib; /* of the whole card */
+  int32_t part_mib, free_mib;
+};
+
+struct board {
+  int has_lines, has_sensor, has_temperature;
+  int is_parked;
+  int32_t x_mg, y_mg, z_mg; /* acceleration to the right, forwards and upwards, in thousandths of g */
+  int32_t temperature_c10;  /* tenths of a degree Celsius */
+  int32_t monitor;          /* 1: attached, 0: not, -1: unknown */
+  struct card card;
+};
+
+/* As it was at the last look. */
+const struct board *board(void);
+
+void board_open(void);
+void board_close(void);
+
+/* Look at what moves, many times a second, and at the rest, twice a second. Give 1 when something changed. */
+int board_look_at_movement(void);
+int board_look_around(void);
+
+enum key { KEY_NONE, KEY_NEXT, KEY_OK };
+
+/* The key that was pressed since the last call. */
+enum key board_key(void);
+
+#endif

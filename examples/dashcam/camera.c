@@ -1,0 +1,114 @@
+#include "camera.h"
+
+#include "board.h"
+#include "notices.h"
+#include "tell.h"
+
+#include <dravik.h>
+
+#include <stdlib.h>
+
+enum { IMPACT_MG = 1500, REST_MG = 500, FULL_PERCENT = 2, BRIGHT = 1000, DIM = 1 };
+
+static const struct {
+  const char *name;
+  enum notice notice;
+} states[] = {
+    [CAMERA_RECORDING] = {"recording", NOTICE_RECORDING},
+    [CAMERA_PARKED] = {"parking", NOTICE_PARKING},
+    [CAMERA_CARD_FULL] = {"card full", NOTICE_CARD_FULL},
+    [CAMERA_CARD_MISSING] = {"card missing", NOTICE_CARD_MISSING},
+    [CAMERA_CARD_ERROR] = {"card error", NOTICE_CARD_ERROR},
+};
+
+static enum camera_state state;
+static int has_lights;
+
+enum camera_state camera_state(void) {
+  return state;
+}
+
+int camera_is_recording(void) {
+  return state == CAMERA_RECORDING || state == CAMERA_PARKED;
+}
+
+static enum camera_state state_of(const struct board *board) {
+  const struct card *card = &board->card;
+  if ((card->status & CARD_PRESENT) == 0)
+    return CAMERA_CARD_MISSING;
+  if (card->status != CARD_HEALTHY)
+    return CAMERA_CARD_ERROR;
+  if ((int64_t)card->free_mib * 100 < (int64_t)card->part_mib * FULL_PERCENT)
+    return CAMERA_CARD_FULL;
+  return board->is_parked ? CAMERA_PARKED : CAMERA_RECORDING;
+}
+
+void camera_set_state(void) {
+  state = state_of(board());
+}
+
+/* ---------------------------------------------------------------------------------------------- lights */
+
+static void show_by_lights(void) {
+  if (!has_lights)
+    return;
+  lcd_bl_set(state == CAMERA_PARKED ? DIM : BRIGHT);
+  if (state == CAMERA_PARKED)
+    led_green();
+  else if (state != CAMERA_RECORDING)
+    led_orange();
+}
+
+void camera_lights_on(void) {
+  lcd_bl_init();
+  has_lights = 1;
+}
+
+void camera_lights_off(void) {
+  lcd_bl_set(BRIGHT);
+  led_off();
+  lcd_bl_exit();
+  has_lights = 0;
+}
+
+void camera_blink(int is_lit) {
+  if (!has_lights || state != CAMERA_RECORDING)
+    return;
+  if (is_lit)
+    led_red();
+  else
+    led_off();
+}
+
+/* ---------------------------------------------------------------------------------------------- events */
+
+int camera_follow(void) {
+  static int is_known;
+  const enum camera_state before = state;
+  camera_set_state();
+  if (is_known && state == before)
+    return 0;
+  is_known = 1;
+  tell("state: %s", states[state].name);
+  show_by_lights();
+  notice(states[state].notice);
+  return 1;
+}
+
+/* How far the movement is from the Earth's pull alone, along the axis where it is farthest. */
+static int jolt_mg(const struct board *board) {
+  const int x = abs(board->x_mg), y = abs(board->y_mg), z = abs(board->z_mg - 1000);
+  return x > y ? (x > z ? x : z) : (y > z ? y : z);
+}
+
+void camera_feel(void) {
+  static int is_shaken;
+  const int jolt = board()->has_sensor ? jolt_mg(board()) : 0;
+  if (jolt >= IMPACT_MG && !is_shaken) {
+    is_shaken = 1;
+    tell("impact of %d mg", jolt);
+    notice(NOTICE_IMPACT);
+  } else if (jolt < REST_MG) {
+    is_shaken = 0;
+  }
+}

@@ -1,0 +1,117 @@
+/* The library's call that queues a file waits for the sound in progress. A thread does that waiting, so that
+ * the screens go on. */
+#define _POSIX_C_SOURCE 200809L
+
+#include "speaker.h"
+
+#include <dravik.h>
+
+#include <pthread.h>
+#include <string.h>
+#include <time.h>
+
+#define FILES "/usr/local/dravik/snd"
+
+enum { PLACES = 8, START_STEPS = 50, STEP_NS = 4000000 };
+
+static const char *const files[] = {
+    [SOUND_CHIME] = FILES "/chime.wav",           [SOUND_CLICK] = FILES "/click.pcm",
+    [SOUND_RECORDING] = FILES "/recording.mp3",   [SOUND_PARKING] = FILES "/parking.mp3",
+    [SOUND_CARD_FULL] = FILES "/card_full.mp3",   [SOUND_CARD_MISSING] = FILES "/card_missing.mp3",
+    [SOUND_CARD_ERROR] = FILES "/card_error.mp3", [SOUND_IMPACT] = FILES "/impact.mp3",
+    [SOUND_GOODBYE] = FILES "/goodbye.mp3",
+};
+
+static pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;
+static pthread_cond_t news = PTHREAD_COND_INITIALIZER;
+static pthread_t thread;
+static int is_open;
+
+/* Under the lock. */
+static enum sound waiting[PLACES];
+static int count, is_ending;
+static enum sound playing; /* the last one taken */
+static int is_handing;     /* it has not begun yet */
+
+/* Takes the next sound. Gives 0 when there is none and the end has come. */
+static int take_next(void) {
+  pthread_mutex_lock(&lock);
+  is_handing = 0;
+  while (count == 0 && !is_ending)
+    pthread_cond_wait(&news, &lock);
+  if (count > 0) {
+    is_handing = 1;
+    playing = waiting[0];
+    memmove(waiting, waiting + 1, (size_t)--count * sizeof *waiting);
+  }
+  pthread_mutex_unlock(&lock);
+  return is_handing;
+}
+
+/* The engine takes a moment to begin. */
+static void await_begin(void) {
+  const struct timespec step = {0, STEP_NS};
+  for (int i = 0; i < START_STEPS && get_snd_thread_state() == 0; ++i)
+    nanosleep(&step, NULL);
+}
+
+/* A click ends the click before it. */
+static void *play_all(void *nothing) {
+  while (take_next()) {
+    snd_play_direct(files[playing], playing == SOUND_CLICK);
+    await_begin();
+  }
+  return nothing;
+}
+
+void speaker_open(void) {
+  if (snd_init() != 1) {
+    log_printf("sound: the engine cannot start, the camera stays silent");
+    return;
+  }
+  is_open = pthread_create(&thread, NULL, play_all, NULL) == 0;
+  if (!is_open)
+    snd_exit();
+}
+
+/* A full queue loses the sound. */
+static void queue(enum sound sound) {
+  if (count < PLACES)
+    waiting[count++] = sound;
+  pthread_cond_signal(&news);
+}
+
+void speaker_say(enum sound sound) {
+  if (!is_open)
+    return;
+  pthread_mutex_lock(&lock);
+  queue(sound);
+  pthread_mutex_unlock(&lock);
+}
+
+void speaker_click(void) {
+  if (!is_open)
+    return;
+  pthread_mutex_lock(&lock);
+  const int is_silent = !is_handing && get_snd_thread_state() == 0;
+  if (count == 0 && (is_silent || playing == SOUND_CLICK))
+    queue(SOUND_CLICK);
+  pthread_mutex_unlock(&lock);
+}
+
+void speaker_close(int is_at_once) {
+  if (!is_open)
+    return;
+  pthread_mutex_lock(&lock);
+  is_ending = 1;
+  count = is_at_once ? 0 : count;
+  pthread_cond_signal(&news);
+  pthread_mutex_unlock(&lock);
+  if (is_at_once)
+    snd_stopall();
+  pthread_join(thread, NULL);
+  if (is_at_once)
+    snd_stopall(); /* the sound that was being handed over */
+  snd_exit();
+  is_open = 0;
+}

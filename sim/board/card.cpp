@@ -1,0 +1,137 @@
+// The memory card of a board: an image of a card in its slot, and what can be done with it.
+
+#include "board/card.hpp"
+#include "board/board_directory.hpp"
+#include "board/card_in_hand.hpp"
+#include "board/card_mount.hpp"
+#include "board/card_repair.hpp"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <unistd.h>
+
+namespace dravik::sim {
+namespace {
+
+namespace files = std::filesystem;
+
+constexpr uint32_t sectors_of_a_mebibyte = 2048;
+
+bool move_file(const std::string &from, const std::string &to, std::string &error) {
+  std::error_code code;
+  files::create_directories(files::path{to}.parent_path(), code);
+  files::rename(from, to, code);
+  if (code)
+    error = to + ": " + code.message();
+  return !code;
+}
+
+bool make_image(const std::string &path, uint32_t mebibytes, std::string &error) {
+  const uint32_t sectors = mebibytes * sectors_of_a_mebibyte;
+  const sector record = boot_record_for(sectors);
+  if (!write_file(path, {reinterpret_cast<const char *>(record.data()), record.size()}, error))
+    return false;
+  if (::truncate(path.c_str(), static_cast<off_t>(uint64_t{sectors} * sector_bytes)) == 0)
+    return true;
+  error = path + ": " + std::strerror(errno);
+  return false;
+}
+
+bool unmount_if_mounted(const std::string &board, std::string &error) {
+  return read_mount_state(board) == mount_state::none || unmount_files(board, error);
+}
+
+/// As the board does it by itself: without a word when there is nothing to mount.
+void mount_if_possible(const std::string &board) {
+  std::string error;
+  const mount_way way = card_is_locked(board) ? mount_way::read_only : mount_way::writable;
+  [[maybe_unused]] const bool is_mounted = mount_files(board, way, error);
+}
+
+bool take_out(const std::string &board, std::string &error) {
+  const card_files card{board};
+  return unmount_if_mounted(board, error) && move_file(card.image(), card.image_out_of_slot(), error) &&
+         report_card(board, error);
+}
+
+} // namespace
+
+bool card_is_in(const std::string &board) {
+  std::error_code code;
+  return files::exists(card_files{board}.image(), code);
+}
+
+bool has_card(const std::string &board) {
+  std::error_code code;
+  return card_is_in(board) || files::exists(card_files{board}.image_out_of_slot(), code);
+}
+
+bool card_is_locked(const std::string &board) {
+  std::string level;
+  std::string error;
+  return read_file(card_files{board}.lock_line(), level, error) && level.starts_with('1');
+}
+
+bool make_card(const std::string &board, uint32_t mebibytes, std::string &error) {
+  const std::string image = card_files{board}.image_out_of_slot();
+  if (has_card(board)) {
+    error = board + ": has a card already";
+    return false;
+  }
+  std::string said;
+  const partition place = first_partition(boot_record_for(mebibytes * sectors_of_a_mebibyte),
+                                          uint64_t{mebibytes} * sectors_of_a_mebibyte);
+  if (!make_image(image, mebibytes, error))
+    return false;
+  if (make_file_system(image, place, {"-F", "32"}, &said) == 0)
+    return insert_card(board, card_lock::off, error);
+  error = "mkfs.vfat: " + said;
+  ::unlink(image.c_str());
+  return false;
+}
+
+bool insert_card(const std::string &board, card_lock lock, std::string &error) {
+  const card_in_hand hand{board};
+  const card_files card{board};
+  if (!has_card(board)) {
+    error = board + ": has no card";
+    return false;
+  }
+  if (card_is_in(board) && !take_out(board, error))
+    return false;
+  if (!move_file(card.image_out_of_slot(), card.image(), error) ||
+      !write_file(card.lock_line(), lock == card_lock::on ? "1\n" : "0\n", error) ||
+      !report_card(board, error))
+    return false;
+  mount_if_possible(board);
+  return true;
+}
+
+bool remove_card(const std::string &board, std::string &error) {
+  const card_in_hand hand{board};
+  return !card_is_in(board) || take_out(board, error);
+}
+
+bool mount_card(const std::string &board, bool read_only, std::string &error) {
+  const card_in_hand hand{board};
+  return mount_files(board, read_only || card_is_locked(board) ? mount_way::read_only : mount_way::writable,
+                     error);
+}
+
+bool unmount_card(const std::string &board, std::string &error) {
+  const card_in_hand hand{board};
+  return unmount_files(board, error);
+}
+
+bool restart_card(const std::string &board, std::string &error) {
+  const card_in_hand hand{board};
+  if (!card_is_in(board))
+    return true;
+  if (!unmount_if_mounted(board, error) || !report_card(board, error))
+    return false;
+  mount_if_possible(board);
+  return true;
+}
+
+} // namespace dravik::sim

@@ -1,0 +1,123 @@
+// The file system of a card made, checked and repaired by the tools of dosfstools.
+
+#include "board/card_repair.hpp"
+#include "board/card.hpp"
+#include "board/card_in_hand.hpp"
+#include "board/host_tool.hpp"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+#include <sys/wait.h>
+
+namespace dravik::sim {
+namespace {
+
+constexpr int check_failed = 2; ///< as fsck.fat gives it
+constexpr int format_failed = 1;
+
+/// The options of a tool that may reach it: none that name files.
+struct known_options {
+  std::string_view plain;
+  std::string_view with_value;
+};
+constexpr known_options check_options = {"alnprtvVwy", ""};
+constexpr known_options format_options = {"aIv", "FfinrRsS"};
+
+bool are_known(const std::vector<std::string> &options, const known_options &known) {
+  for (size_t i = 0; i < options.size(); ++i) {
+    const std::string &word = options[i];
+    if (word.size() < 2 || word[0] != '-')
+      return false;
+    if (known.with_value.find(word[1]) != known.with_value.npos)
+      i += word.size() == 2 ? 1 : 0;
+    else if (word.find_first_not_of(known.plain, 1) != word.npos)
+      return false;
+  }
+  return true;
+}
+
+/// Why a tool cannot begin; empty when it can.
+std::string obstacle(const std::string &board, bool changes_card, bool options_are_known) {
+  if (known_partition(board).length == 0)
+    return "there is no such partition";
+  if (!options_are_known)
+    return "not with these options";
+  return changes_card && card_is_locked(board) ? "the card is locked" : "";
+}
+
+int exit_status(int status, int otherwise) {
+  return WIFEXITED(status) ? WEXITSTATUS(status) : otherwise;
+}
+
+/// fsck.fat wants a file of its own for the partition.
+class partition_copy {
+public:
+  explicit partition_copy(const std::string &board)
+      : path_(card_files{board}.copy_of_partition()), place_(known_partition(board)),
+        card_(::open(card_files{board}.image().c_str(), O_RDWR | O_CLOEXEC)),
+        copy_(::open(path_.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0644)) {
+    is_whole_ = card_ && copy_ && ::ftruncate(copy_.get(), static_cast<off_t>(place_.length_bytes())) == 0 &&
+                copy_region(card_.get(), place_.start_bytes(), copy_.get(), 0, place_.length_bytes());
+  }
+  ~partition_copy() { ::unlink(path_.c_str()); }
+  partition_copy(const partition_copy &) = delete;
+  partition_copy &operator=(const partition_copy &) = delete;
+
+  bool is_whole() const { return is_whole_; }
+  const std::string &path() const { return path_; }
+  bool bring_back() const {
+    return copy_region(copy_.get(), 0, card_.get(), place_.start_bytes(), place_.length_bytes());
+  }
+
+private:
+  std::string path_;
+  partition place_;
+  unique_fd card_;
+  unique_fd copy_;
+  bool is_whole_ = false;
+};
+
+} // namespace
+
+int make_file_system(const std::string &image, const partition &place,
+                     const std::vector<std::string> &options, std::string *said) {
+  std::vector<std::string> command = {"mkfs.vfat", "--offset", std::to_string(place.start)};
+  command.insert(command.end(), options.begin(), options.end());
+  command.insert(command.end(), {image, std::to_string(place.length / 2)});
+  return run_tool(command, said);
+}
+
+int check_card(const std::string &board, const std::vector<std::string> &options, std::string &error) {
+  const card_in_hand hand{board};
+  const bool only_looks = std::ranges::any_of(
+      options, [](const std::string &word) { return word.find('n') != std::string::npos; });
+  error = obstacle(board, !only_looks, are_known(options, check_options));
+  if (!error.empty())
+    return check_failed;
+  const partition_copy copy{board};
+  std::vector<std::string> command = {"fsck.fat"};
+  command.insert(command.end(), options.begin(), options.end());
+  command.push_back(copy.path());
+  const int status = copy.is_whole() ? run_tool(command) : -1;
+  if (status != -1 && (only_looks || copy.bring_back()))
+    return exit_status(status, check_failed);
+  error = status == -1 && copy.is_whole() ? "this machine lacks " + lacking_card_tools()
+                                          : std::string{"the card cannot be copied: "} + std::strerror(errno);
+  return check_failed;
+}
+
+int format_card(const std::string &board, const std::vector<std::string> &options, std::string &error) {
+  const card_in_hand hand{board};
+  error = read_mount_state(board) != mount_state::none
+              ? "contains a mounted file system"
+              : obstacle(board, true, are_known(options, format_options));
+  if (!error.empty())
+    return format_failed;
+  const int status = make_file_system(card_files{board}.image(), known_partition(board), options, nullptr);
+  if (status == -1)
+    error = "this machine lacks " + lacking_card_tools();
+  return exit_status(status, format_failed);
+}
+
+} // namespace dravik::sim

@@ -1,0 +1,120 @@
+// What the kernel tells of the card: below /sys/block, in /proc/partitions and in /proc/mounts.
+
+#include "board/card_reports.hpp"
+#include "base/unique_fd.hpp"
+#include "board/board_directory.hpp"
+#include "board/settings_text.hpp"
+
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/stat.h>
+
+namespace dravik::sim {
+namespace {
+
+namespace files = std::filesystem;
+
+constexpr std::string_view disk = "mmcblk0";
+constexpr std::string_view mounted_device = "/dev/mmcblk0p1 ";
+constexpr const char *writable_mount = "/dev/mmcblk0p1 /tmp/mmcblk0p1 vfat rw,relatime,fmask=0022,dmask=0022,"
+                                       "codepage=437,iocharset=utf8,errors=remount-ro 0 0\n";
+constexpr const char *read_only_mount =
+    "/dev/mmcblk0p1 /tmp/mmcblk0p1 vfat ro,relatime,fmask=0022,dmask=0022,"
+    "codepage=437,iocharset=utf8,errors=remount-ro 0 0\n";
+
+/// A list without the lines that speak of something; what is not there is empty.
+std::string lines_without(const std::string &path, std::string_view subject) {
+  std::string text;
+  std::string error;
+  if (!read_file(path, text, error))
+    return {};
+  std::string kept;
+  for (std::string_view rest = text; !rest.empty();)
+    if (const std::string_view line = take_until(rest, '\n'); line.find(subject) == line.npos)
+      kept.append(line).append("\n");
+  return kept;
+}
+
+std::string partition_line(uint32_t minor, uint64_t sectors, std::string_view name) {
+  char line[64];
+  std::snprintf(line, sizeof line, " 179 %8u %10llu %.*s\n", minor,
+                static_cast<unsigned long long>(sectors / 2), static_cast<int>(name.size()), name.data());
+  return line;
+}
+
+uint32_t number_in(const std::string &path) {
+  std::string text;
+  std::string error;
+  if (!read_file(path, text, error))
+    return 0;
+  uint32_t number = 0;
+  std::from_chars(text.data(), text.data() + text.size(), number);
+  return number;
+}
+
+std::string below_sys(const std::string &board) {
+  return board + "/sys/block/mmcblk0";
+}
+std::string partition_device(const std::string &board) {
+  return board + "/dev/mmcblk0p1";
+}
+
+bool report_empty_slot(const std::string &board, std::string &error) {
+  std::error_code code;
+  files::remove_all(below_sys(board), code);
+  files::remove(partition_device(board), code);
+  const std::string list = board + "/proc/partitions";
+  return write_file(list, lines_without(list, disk), error);
+}
+
+bool report_partition(const std::string &board, const partition &first, std::string &error) {
+  const std::string below = below_sys(board) + "/mmcblk0p1/";
+  return write_file(partition_device(board), {}, error) &&
+         write_file(below + "start", std::to_string(first.start) + "\n", error) &&
+         write_file(below + "size", std::to_string(first.length) + "\n", error);
+}
+
+} // namespace
+
+bool report_card(const std::string &board, std::string &error) {
+  if (!report_empty_slot(board, error))
+    return false;
+  const unique_fd card{::open(card_files{board}.image().c_str(), O_RDONLY | O_CLOEXEC)};
+  struct stat status;
+  if (!card || ::fstat(card.get(), &status) != 0)
+    return true;
+  const uint64_t sectors = static_cast<uint64_t>(status.st_size) / sector_bytes;
+  const partition first = first_partition(read_sector(card.get(), 0), sectors);
+  const std::string list = board + "/proc/partitions";
+  std::string lines = lines_without(list, disk) + partition_line(0, sectors, "mmcblk0");
+  if (first.length != 0)
+    lines += partition_line(1, first.length, "mmcblk0p1");
+  return write_file(below_sys(board) + "/size", std::to_string(sectors) + "\n", error) &&
+         (first.length == 0 || report_partition(board, first, error)) && write_file(list, lines, error);
+}
+
+partition known_partition(const std::string &board) {
+  const std::string below = below_sys(board) + "/mmcblk0p1/";
+  return {number_in(below + "start"), number_in(below + "size")};
+}
+
+mount_state read_mount_state(const std::string &board) {
+  std::string text;
+  std::string error;
+  if (!read_file(board + "/proc/mounts", text, error))
+    return mount_state::none;
+  for (std::string_view rest = text; !rest.empty();)
+    if (const std::string_view line = take_until(rest, '\n'); line.starts_with(mounted_device))
+      return line.find(" ro,") != line.npos ? mount_state::read_only : mount_state::writable;
+  return mount_state::none;
+}
+
+bool report_mount(const std::string &board, mount_state state, std::string &error) {
+  const std::string list = board + "/proc/mounts";
+  const char *added = state == mount_state::none       ? ""
+                      : state == mount_state::writable ? writable_mount
+                                                       : read_only_mount;
+  return write_file(list, lines_without(list, mounted_device) + added, error);
+}
+
+} // namespace dravik::sim

@@ -1,0 +1,36 @@
+// What the kernel tells of the card: below /sys/block, in /proc/partitions and in /proc/mounts.
+#pragma once
+
+#include "board/card_layout.hpp"
+
+#include <string>
+
+namespace dravik::sim {
+
+/// Where the parts of a card are kept in a board's directory.
+struct card_files {
+  explicit card_files(std::string of) : board(std::move(of)) {}
+
+  std::string image() const { return board + "/dev/mmcblk0"; }
+  std::string image_out_of_slot() const { return board + "/card/mmcblk0"; }
+  std::string mount_point() const { return board + "/tmp/mmcblk0p1"; }
+  std::string below_mount() const { return board + "/card/below"; } ///< what the mount point held before
+  std::string list() const { return board + "/card/files"; } ///< what the card held when it was mounted
+  std::string copy_of_partition() const { return board + "/card/mmcblk0p1"; }
+  std::string lock_line() const { return board + "/gpio/68"; }
+
+  std::string board;
+};
+
+/// Looks at the card in the slot, or at the empty slot, and tells of it; the partition
+/// is what the card's boot record says now. On failure gives false and says why.
+[[nodiscard]] bool report_card(const std::string &board, std::string &error);
+
+/// The partition that the kernel knows of; of no length when it knows none.
+partition known_partition(const std::string &board);
+
+enum class mount_state : uint8_t { none, read_only, writable };
+mount_state read_mount_state(const std::string &board);
+[[nodiscard]] bool report_mount(const std::string &board, mount_state state, std::string &error);
+
+} // namespace dravik::sim

@@ -1,0 +1,193 @@
+// dravik-sim set: changes what a board's inputs tell, while an application runs or before.
+
+#include "board/accelerometer.hpp"
+#include "board/board_directory.hpp"
+#include "board/card.hpp"
+#include "board/reports.hpp"
+#include "board/settings_text.hpp"
+#include "board/temperature_table.hpp"
+#include "launcher/commands.hpp"
+
+#include <cmath>
+#include <map>
+#include <unistd.h>
+
+namespace dravik::sim {
+namespace {
+
+constexpr uint32_t last_line = 255;
+
+/// Moves the memory card; on failure gives false and says why.
+using card_move = bool (*)(const std::string &board, std::string &error);
+
+/// The board's files as the changes leave them, until all changes are understood.
+class changed_files {
+public:
+  explicit changed_files(std::string board) : board_(std::move(board)) {}
+
+  /// A file that is not there yet is empty.
+  std::string &operator[](const std::string &inside) {
+    const auto [found, is_new] = texts_.try_emplace(inside);
+    const std::string path = board_ + "/" + inside;
+    std::string error;
+    if (is_new && !read_file(path, found->second, error) && ::access(path.c_str(), F_OK) == 0)
+      unreadable_ = error;
+    return found->second;
+  }
+
+  /// The files first: a card's lock is one of them.
+  void then(card_move move) { card_move_ = move; }
+
+  /// On failure gives false and says why in `error`.
+  bool save(std::string &error) const {
+    error = unreadable_;
+    if (!error.empty())
+      return false;
+    for (const auto &[inside, text] : texts_)
+      if (!replace_file(board_ + "/" + inside, text, error))
+        return false;
+    return card_move_ == nullptr || card_move_(board_, error);
+  }
+
+private:
+  std::string board_;
+  card_move card_move_ = nullptr;
+  std::string unreadable_; ///< why, when one of the files is
+  std::map<std::string, std::string> texts_;
+};
+
+bool insert_unlocked(const std::string &board, std::string &error) {
+  return insert_card(board, card_lock::off, error);
+}
+
+bool insert_locked(const std::string &board, std::string &error) {
+  return insert_card(board, card_lock::on, error);
+}
+
+bool set_card(uint32_t, std::string_view value, changed_files &files) {
+  const card_move move = value == "in"       ? insert_unlocked
+                         : value == "locked" ? insert_locked
+                         : value == "out"    ? remove_card
+                                             : nullptr;
+  files.then(move);
+  return move != nullptr;
+}
+
+constexpr const char *adc_report = "proc/ambarella/adc";
+
+bool set_movement(uint32_t, std::string_view value, changed_files &files) {
+  accelerometer::movement wanted;
+  if (!accelerometer::read_movement(value, wanted))
+    return false;
+  std::string &settings = files["board.conf"];
+  settings = with_setting(settings, "accel", value);
+  return true;
+}
+
+void put_code(changed_files &files, uint32_t channel, uint32_t code) {
+  std::string &report = files[adc_report];
+  report = reports::with_adc_code(report, channel, code);
+}
+
+bool set_code(uint32_t channel, std::string_view value, changed_files &files) {
+  const bool is_hexadecimal = value.starts_with("0x");
+  uint32_t code;
+  if (channel >= reports::adc_channels ||
+      !read_number(value.substr(is_hexadecimal ? 2 : 0), code, is_hexadecimal ? 16 : 10) ||
+      code > reports::largest_code)
+    return false;
+  put_code(files, channel, code);
+  return true;
+}
+
+bool set_level(uint32_t line, std::string_view value, changed_files &files) {
+  if (line > last_line || (value != "0" && value != "1"))
+    return false;
+  files["gpio/" + std::to_string(line)] = std::string{value} + "\n";
+  return true;
+}
+
+bool set_monitor(uint32_t, std::string_view value, changed_files &files) {
+  if (value != "on" && value != "off")
+    return false;
+  files["proc/ambarella/hdmi_edid"] = value == "on" ? reports::monitor : reports::no_monitor;
+  return true;
+}
+
+/// The code of the nearest temperature that the converter can tell.
+uint32_t code_of(double degrees) {
+  const auto distance = [=](uint32_t code) {
+    return std::abs(board::temperature_of_code(code) - degrees * 1000);
+  };
+  uint32_t nearest = board::first_code - 1; // beyond the hot end
+  for (uint32_t code = nearest; code <= board::last_code + 1; ++code)
+    if (distance(code) < distance(nearest))
+      nearest = code;
+  return nearest;
+}
+
+bool set_temperature(uint32_t, std::string_view value, changed_files &files) {
+  double degrees;
+  if (!read_number(value, degrees) ||
+      !(degrees >= board::below_curve / 1000. && degrees <= board::above_curve / 1000.))
+    return false;
+  put_code(files, reports::temperature_channel, code_of(degrees));
+  return true;
+}
+
+struct input {
+  std::string_view key; ///< with a dot at its end where a number follows
+  const char *values;   ///< what it takes
+  bool (*set)(uint32_t number, std::string_view value, changed_files &files);
+};
+
+constexpr input inputs[] = {
+    {"accel", "X,Y,Z with whole numbers from -16000 to 16000", set_movement},
+    {"adc.", "channels 0 to 3, codes 0 to 0x3ff", set_code},
+    {"card", "in, locked and out", set_card},
+    {"gpio.", "lines 0 to 255, levels 0 and 1", set_level},
+    {"hdmi", "on and off", set_monitor},
+    {"temperature", "degrees Celsius from -1 to 117", set_temperature},
+};
+
+const input *input_named(std::string_view key, uint32_t &number) {
+  number = 0;
+  for (const input &known : inputs) {
+    const bool is_numbered = known.key.ends_with('.');
+    if (is_numbered ? key.starts_with(known.key) && read_number(key.substr(known.key.size()), number)
+                    : key == known.key)
+      return &known;
+  }
+  return nullptr;
+}
+
+/// Empty when that went well, otherwise what is wrong with the word.
+std::string take_change(std::string_view word, changed_files &files) {
+  std::string_view value = word;
+  const std::string_view key = take_until(value, '=');
+  uint32_t number;
+  const input *known = input_named(key, number);
+  if (known == nullptr || key.size() == word.size())
+    return std::string{word} + ": no such input; 'dravik-sim set --help' lists them";
+  return known->set(number, value, files) ? "" : std::string{word} + ": takes " + known->values;
+}
+
+} // namespace
+
+int set_command(arguments given) {
+  if (given.size() < 2)
+    return fail("which board, and what? 'dravik-sim set --help' tells", wrong_usage);
+  const std::string board = given[0];
+  if (!is_board(board))
+    return fail(board + ": is no board; 'dravik-sim new " + board + "' makes one");
+  changed_files files{board};
+  for (const char *word : given.subspan(1)) {
+    const std::string error = take_change(word, files);
+    if (!error.empty())
+      return fail(error, wrong_usage);
+  }
+  std::string error;
+  return files.save(error) ? 0 : fail(error);
+}
+
+} // namespace dravik::sim

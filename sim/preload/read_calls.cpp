@@ -1,0 +1,35 @@
+// The calls that read from devices.
+
+#include "preload/board_files.hpp"
+#include "preload/device.hpp"
+#include "preload/kernel_files.hpp"
+#include "preload/next.hpp"
+
+namespace dravik::sim {
+namespace {
+
+/// Reads by the device's own way, if it has one, or by the C library's definition, `next`.
+template <typename Next> ssize_t read_from(int descriptor, void *data, size_t size, Next next) noexcept {
+  if (kind_behind(descriptor) != file_kind::device)
+    return next();
+  const descriptor_name name{descriptor};
+  if (const int fault = ordered_fault("read", name))
+    return as_told(ssize_t{-fault});
+  const device *source = device_named(name);
+  return source != nullptr && source->read != nullptr ? as_told(source->read(descriptor, data, size))
+                                                      : next();
+}
+
+} // namespace
+} // namespace dravik::sim
+
+using dravik::sim::read_from;
+
+SIM_DEFINE(ssize_t, read, (int descriptor, void *data, size_t size)) {
+  return read_from(descriptor, data, size, [=] { return SIM_NEXT(read)(descriptor, data, size); });
+}
+
+SIM_DEFINE(ssize_t, __read_chk, (int descriptor, void *data, size_t size, size_t room)) {
+  return read_from(descriptor, data, size < room ? size : room,
+                   [=] { return SIM_NEXT(__read_chk)(descriptor, data, size, room); });
+}

@@ -1,0 +1,15 @@
+// The serial port, as the calls for terminals ask it.
+#pragma once
+
+#include <termios.h>
+
+namespace dravik::sim {
+
+bool is_serial_port(int descriptor) noexcept;
+
+/// Each gives 0, or a negative error number.
+int read_line_settings(termios &settings) noexcept;
+int change_line_settings(const termios &settings) noexcept;
+int discard_input(int descriptor) noexcept;
+
+} // namespace dravik::sim

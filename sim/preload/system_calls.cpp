@@ -1,0 +1,97 @@
+// The calls by which an application reaches the whole system: shell commands, mounts, restarts. On a board
+// they act on the board alone.
+
+#include "preload/board_files.hpp"
+#include "preload/card_view.hpp"
+#include "preload/child_process.hpp"
+#include "preload/next.hpp"
+#include "preload/path_map.hpp"
+#include "preload/shell_commands.hpp"
+
+#include <cerrno>
+#include <string_view>
+#include <sys/mount.h>
+#include <sys/reboot.h>
+
+namespace dravik::sim {
+namespace {
+
+constexpr std::string_view card_mount_point = "/tmp/mmcblk0p1";
+
+bool is(const char *given, std::string_view path) noexcept {
+  return given != nullptr && given == path;
+}
+
+int refused() noexcept {
+  errno = EPERM;
+  return -1;
+}
+
+int done_if_ended_well(int status) noexcept {
+  if (status == 0)
+    return 0;
+  errno = EINVAL;
+  return -1;
+}
+
+int mount_on_board(const char *source, const char *target, unsigned long flags) noexcept {
+  record_event("mount: %s %s", source != nullptr ? source : "(none)", target != nullptr ? target : "(none)");
+  if (!is(source, card_partition) || !is(target, card_mount_point))
+    return refused();
+  constexpr const char *read_only[] = {"-r"};
+  return done_if_ended_well(run_card_action("mount", shell_words{""},
+                                            {read_only, (flags & MS_RDONLY) != 0 ? size_t{1} : size_t{0}}));
+}
+
+int unmount_on_board(const char *target) noexcept {
+  record_event("umount: %s", target != nullptr ? target : "(none)");
+  if (!is(target, card_partition) && !is(target, card_mount_point))
+    return refused();
+  return done_if_ended_well(run_card_action("umount", shell_words{""}));
+}
+
+int restart_on_board(unsigned request) noexcept {
+  record_event("reboot: 0x%x", request);
+  if (request != RB_ENABLE_CAD && request != RB_DISABLE_CAD)
+    restart_board("reboot()");
+  return 0;
+}
+
+} // namespace
+} // namespace dravik::sim
+
+using namespace dravik::sim;
+
+SIM_DEFINE(int, system, (const char *command)) {
+  int status = 1; // there is a shell
+  const bool is_answered =
+      board_directory() != nullptr && (command == nullptr || run_on_board(command, status));
+  return is_answered ? status : SIM_NEXT(system)(command);
+}
+
+SIM_DEFINE(void, sync, ()) {
+  if (board_directory() == nullptr)
+    SIM_NEXT(sync)();
+  else
+    record_event("sync");
+}
+
+SIM_DEFINE(int, mount,
+           (const char *source, const char *target, const char *type, unsigned long flags,
+            const void *data)) {
+  return board_directory() == nullptr ? SIM_NEXT(mount)(source, target, type, flags, data)
+                                      : mount_on_board(source, target, flags);
+}
+
+SIM_DEFINE(int, umount, (const char *target)) {
+  return board_directory() == nullptr ? SIM_NEXT(umount)(target) : unmount_on_board(target);
+}
+
+SIM_DEFINE(int, umount2, (const char *target, int flags)) {
+  return board_directory() == nullptr ? SIM_NEXT(umount2)(target, flags) : unmount_on_board(target);
+}
+
+SIM_DEFINE(int, reboot, (int request)) {
+  return board_directory() == nullptr ? SIM_NEXT(reboot)(request)
+                                      : restart_on_board(static_cast<unsigned>(request));
+}

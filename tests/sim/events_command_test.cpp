@@ -1,0 +1,161 @@
+// What the board's devices leave among its events, and dravik-sim events, which shows it.
+
+#include "dravik.h"
+#include "sim/follower.hpp"
+#include "sim/launcher.hpp"
+#include "support/board.hpp"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <filesystem>
+#include <gmock/gmock.h>
+
+namespace {
+
+using dravik::unique_fd;
+using dravik::test::board;
+using dravik::test::follower;
+using dravik::test::launch;
+using dravik::test::outcome;
+using testing::ElementsAre;
+using testing::StartsWith;
+
+constexpr const char *brightness = "/sys/class/backlight/pwm-backlight.0/brightness";
+
+class SimEvents : public testing::Test {
+protected:
+  static void light(int32_t level) {
+    lcd_bl_init();
+    lcd_bl_set(level);
+    lcd_bl_exit();
+  }
+  const board board_;
+};
+
+// ------------------------------------------------------------------------------------------- the backlight
+
+TEST_F(SimEvents, TellOfTheBacklight) {
+  ASSERT_EQ(lcd_bl_init(), 1);
+  lcd_bl_set(500);
+  lcd_bl_set(2000);
+  lcd_bl_off();
+  lcd_bl_on();
+  lcd_bl_exit();
+  EXPECT_THAT(board_.events(),
+              ElementsAre("backlight: 500", "backlight: 1000", "backlight: off", "backlight: on"));
+  EXPECT_EQ(board_.read(brightness), "1000");
+}
+
+TEST_F(SimEvents, TellOfABacklightThatAShellSets) {
+  launch({"run", board_.path(), "--", "sh", "-c", std::string{"echo 70 >"} + brightness});
+  EXPECT_THAT(board_.events(), ElementsAre("backlight: 70"));
+}
+
+TEST_F(SimEvents, TellNothingOfABacklightThatFailsAsOrdered) {
+  board_.set_fault("write", brightness, "EIO");
+  light(7);
+  EXPECT_EQ(board_.read(brightness), "500\n");
+  EXPECT_THAT(board_.events(), testing::IsEmpty());
+  EXPECT_THAT(board_.read("tmp/dravik.log"), testing::HasSubstr("setup err, value = 7"));
+}
+
+TEST_F(SimEvents, TellNothingOfTheOtherAttributes) {
+  const unique_fd attribute{::open("/sys/class/backlight/pwm-backlight.0/max_brightness", O_WRONLY)};
+  EXPECT_EQ(::write(attribute.get(), "9", 1), 1);
+  EXPECT_THAT(board_.events(), testing::IsEmpty());
+}
+
+TEST_F(SimEvents, PlacedWritesFailAsOrderedToo) {
+  board_.set_fault("write", "/dev/fb0", "EIO");
+  const unique_fd screen{::open("/dev/fb0", O_RDWR)};
+  EXPECT_EQ(::pwrite(screen.get(), "x", 1, 0), -1);
+  EXPECT_EQ(errno, EIO);
+  EXPECT_EQ(::write(screen.get(), "x", 1), -1);
+}
+
+// ------------------------------------------------------------------------------------------- the command
+
+TEST_F(SimEvents, OnceShowsWhatThereIs) {
+  light(1);
+  light(2);
+  const outcome result = launch({"events", board_.path(), "--once"});
+  EXPECT_EQ(result.exit_status(), 0);
+  EXPECT_EQ(result.output, "backlight: 1\nbacklight: 2\n");
+}
+
+TEST_F(SimEvents, OnceShowsNothingOfAFreshBoard) {
+  EXPECT_EQ(launch({"events", board_.path(), "--once"}).output, "");
+  board_.remove("events");
+  const outcome result = launch({"events", board_.path(), "--once"});
+  EXPECT_EQ(result.exit_status(), 0);
+  EXPECT_EQ(result.output, "");
+}
+
+TEST_F(SimEvents, AreFollowed) {
+  light(1);
+  follower shown{board_.path()};
+  EXPECT_EQ(shown.line(), "backlight: 1");
+  for (int32_t level = 2; level < 20; ++level) {
+    light(level);
+    EXPECT_EQ(shown.line(), "backlight: " + std::to_string(level));
+  }
+}
+
+TEST_F(SimEvents, AreFollowedFromTheStartOnceTheyWereEmptied) {
+  light(100);
+  follower shown{board_.path()};
+  EXPECT_EQ(shown.line(), "backlight: 100");
+  board_.clear_events();
+  light(2);
+  EXPECT_EQ(shown.line(), "backlight: 2");
+}
+
+TEST_F(SimEvents, AreFollowedThoughThereAreNoneYet) {
+  board_.remove("events");
+  follower shown{board_.path()};
+  light(3);
+  EXPECT_EQ(shown.line(), "backlight: 3");
+}
+
+TEST_F(SimEvents, FollowerEndsByTheSignal) {
+  light(1);
+  follower shown{board_.path()};
+  shown.line();
+  const int status = shown.end(SIGINT);
+  EXPECT_TRUE(WIFSIGNALED(status));
+  EXPECT_EQ(WTERMSIG(status), SIGINT);
+}
+
+TEST_F(SimEvents, FollowerEndsWithItsReader) {
+  light(1);
+  follower shown{board_.path()};
+  shown.line();
+  shown.stop_reading(); // and nothing happens on the board
+  const int status = shown.end();
+  EXPECT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
+TEST_F(SimEvents, FollowerEndsWithTheBoard) {
+  light(1);
+  follower shown{board_.path()};
+  shown.line();
+  std::filesystem::remove_all(board_.path());
+  EXPECT_EQ(WEXITSTATUS(shown.end()), 1);
+}
+
+TEST_F(SimEvents, WrongUsageIsTold) {
+  for (const std::vector<std::string> &words : {std::vector<std::string>{"events"},
+                                                {"events", "--once"},
+                                                {"events", board_.path(), "--twice"},
+                                                {"events", board_.path(), "--once", "more"}}) {
+    const outcome result = launch(words);
+    EXPECT_EQ(result.exit_status(), 2);
+    EXPECT_EQ(result.errors, "dravik-sim: which board? 'dravik-sim events --help' tells\n");
+  }
+  const outcome result = launch({"events", board_.path("dev")});
+  EXPECT_EQ(result.exit_status(), 1);
+  EXPECT_THAT(result.errors, StartsWith("dravik-sim: " + board_.path("dev") + ": is no board"));
+}
+
+} // namespace

@@ -1,0 +1,62 @@
+// The launcher, run as people run it. LAUNCHER is its path.
+#pragma once
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace dravik::test {
+
+struct outcome {
+  int status = -1; ///< as waitpid() gives it
+  std::string output;
+  std::string errors;
+
+  int exit_status() const { return WIFEXITED(status) ? WEXITSTATUS(status) : -1; }
+};
+
+inline std::string contents(FILE *file) {
+  std::string text;
+  std::array<char, 4096> block;
+  std::rewind(file);
+  while (const size_t count = std::fread(block.data(), 1, block.size(), file))
+    text.append(block.data(), count);
+  std::fclose(file);
+  return text;
+}
+
+[[noreturn]] inline void become(std::vector<std::string> words, int output, int errors) {
+  std::vector<char *> pointers;
+  for (std::string &word : words)
+    pointers.push_back(word.data());
+  pointers.push_back(nullptr);
+  ::dup2(output, STDOUT_FILENO);
+  ::dup2(errors, STDERR_FILENO);
+  ::unsetenv("DRAVIK_BOARD");
+  ::execvp(pointers[0], pointers.data());
+  ::_exit(127);
+}
+
+inline outcome run(const std::vector<std::string> &words) {
+  FILE *output = std::tmpfile();
+  FILE *errors = std::tmpfile();
+  const pid_t child = ::fork();
+  if (child == 0)
+    become(words, ::fileno(output), ::fileno(errors));
+  outcome result;
+  ::waitpid(child, &result.status, 0);
+  result.output = contents(output);
+  result.errors = contents(errors);
+  return result;
+}
+
+inline outcome launch(std::vector<std::string> words) {
+  words.insert(words.begin(), LAUNCHER);
+  return run(words);
+}
+
+} // namespace dravik::test

@@ -1,0 +1,327 @@
+// The engine's life and what it plays, in the order of its steps.
+
+#include "sound/engine_stage.hpp"
+
+#include <gmock/gmock.h>
+
+namespace dravik::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Engine : public engine_fixture {};
+
+TEST_F(Engine, StartsOneThreadOfRealTimePriority) {
+  EXPECT_EQ(start(), 1);
+  EXPECT_EQ(start(), 1);
+  EXPECT_THAT(stage.calls, ElementsAre("create", "set FIFO 90", "get"));
+  snd_exit();
+  EXPECT_THAT(stage.calls, ElementsAre("create", "set FIFO 90", "get", "join"));
+  snd_exit();
+  EXPECT_EQ(stage.calls.size(), 4U);
+  EXPECT_EQ(errors_.take(), "");
+  EXPECT_THAT(messages(), IsEmpty());
+}
+
+TEST_F(Engine, RefusedPriorityEndsTheThread) {
+  stage.refuses_priority = true;
+  stage.granted_priority = 0;
+  EXPECT_EQ(start(), -1);
+  EXPECT_THAT(stage.calls, ElementsAre("create", "set FIFO 90", "get", "join"));
+  EXPECT_EQ(errors_.take(), "pthread_setschedparam: Operation not permitted\n");
+  EXPECT_THAT(messages(), ElementsAre("set realtime schedule err"));
+  EXPECT_EQ(play(sound(1)), 1);
+  EXPECT_EQ(snd_stopall(), 0);
+  EXPECT_EQ(get_snd_thread_state(), 0U);
+  snd_exit();
+
+  stage.refuses_priority = false;
+  stage.granted_priority = 90;
+  EXPECT_EQ(start(), 1);
+  EXPECT_EQ(stage.calls.size(), 7U);
+  EXPECT_EQ(errors_.take(), "");
+}
+
+TEST_F(Engine, PriorityIsWhatIsReadBack) {
+  stage.granted_priority = 89;
+  EXPECT_EQ(start(), -1);
+  EXPECT_EQ(errors_.take(), "");
+  EXPECT_THAT(messages(), ElementsAre("set realtime schedule err"));
+
+  stage.granted_priority = 90;
+  stage.refuses_priority = true;
+  EXPECT_EQ(start(), 1);
+  EXPECT_EQ(errors_.take(), "pthread_setschedparam: Operation not permitted\n");
+  EXPECT_EQ(messages().size(), 1U);
+}
+
+TEST_F(Engine, WithoutAThreadNothingPlaysUntilItIsEnded) {
+  stage.has_no_threads = true;
+  EXPECT_EQ(start(), -1);
+  EXPECT_EQ(errors_.take(), "pthread_create play_snd_thread failed\n: Resource temporarily unavailable\n");
+  stage.has_no_threads = false;
+  EXPECT_EQ(start(), 1);
+  EXPECT_EQ(play(sound(1)), 1);
+  EXPECT_EQ(play(sound(1), 1), 1);
+  EXPECT_EQ(snd_stopall(), 0);
+  EXPECT_EQ(get_snd_thread_state(), 0U);
+  EXPECT_THAT(stage.calls, ElementsAre("create"));
+  snd_exit();
+
+  EXPECT_EQ(start(), 1);
+  EXPECT_THAT(stage.calls, ElementsAre("create", "create", "set FIFO 90", "get"));
+  EXPECT_EQ(play(sound(2)), 1);
+  await_served(1);
+  EXPECT_THAT(heard(), ElementsAre(2));
+}
+
+TEST_F(Engine, BeforeAndAfterItsLifeCallsDoNothing) {
+  const std::string path = sound(1);
+  const auto call_all = [&path] {
+    EXPECT_EQ(play(path), 1);
+    EXPECT_EQ(play(path, 1), 1);
+    EXPECT_EQ(play(std::string(300, 'x')), 1);
+    EXPECT_EQ(snd_stopall(), 0);
+    EXPECT_EQ(get_snd_thread_state(), 0U);
+    snd_exit();
+  };
+  call_all();
+  EXPECT_EQ(pcm_playback(path.c_str()), 1); // nobody asked it to stop
+  EXPECT_THAT(heard(), ElementsAre(1));
+  start();
+  snd_exit();
+  call_all();
+  EXPECT_EQ(pcm_playback(path.c_str()), 1);
+  EXPECT_THAT(heard(), ElementsAre(1, 1));
+  EXPECT_FALSE(board_.exists("tmp/dravik.log"));
+}
+
+TEST_F(Engine, RequestIsToldAndPausedAfter) {
+  start();
+  const std::string path = sound(7, 3);
+  EXPECT_EQ(play(path), 1);
+  await_served(1);
+  EXPECT_THAT(log_messages(board_.path("tmp/dravik.log")), ElementsAre("snd_play_direct():" + path));
+  EXPECT_THAT(heard(), ElementsAre(7, 7, 7));
+  EXPECT_EQ(alsa.calls.back(), "close pcm");
+  EXPECT_THAT(stage.pauses_us, ElementsAre(150000U));
+}
+
+TEST_F(Engine, SignalIsNoRequest) {
+  stage.interruptions = 3;
+  start();
+  play(sound(1));
+  await_served(1);
+  EXPECT_THAT(heard(), ElementsAre(1));
+  EXPECT_EQ(stage.pauses_us.size(), 1U);
+}
+
+/// What becomes of a file whose first 44 bytes are 'h'.
+enum class outcome { mp3, without_header, with_header };
+
+class EngineKinds : public engine_fixture {
+protected:
+  outcome outcome_of(const std::string &name) {
+    board_.write(name, std::string(44, 'h') + std::string(20, 's'));
+    alsa.calls.clear();
+    alsa.writes.clear();
+    play(board_.path(name));
+    await_served(++served_);
+    if (alsa.count("hw_params_set_channels pcm hw 1") == 1)
+      return outcome::mp3;
+    EXPECT_EQ(alsa.count("hw_params_set_channels pcm hw 2"), 1U);
+    return heard().front() == 'h' ? outcome::with_header : outcome::without_header;
+  }
+
+private:
+  int served_ = 0;
+};
+
+TEST_F(EngineKinds, FollowFromTheNames) {
+  start();
+  for (const char *name : {"a.mp3", "a.mp3.wav", "a.wav.mp3", "a.pcm.mp3", "a.mp3x", "b.mp3/a.wav", ".mp3"})
+    EXPECT_EQ(outcome_of(name), outcome::mp3) << name;
+  for (const char *name : {"a.wav", "a.wave", "a.wav.bak", "c.wav/a", ".wav"})
+    EXPECT_EQ(outcome_of(name), outcome::without_header) << name;
+  for (const char *name :
+       {"a.pcm", "a.wav.pcm", "a.pcm.wav", "a.WAV", "a.Mp3", "a.PCM", "a", "mp3", "a_wav", "a."})
+    EXPECT_EQ(outcome_of(name), outcome::with_header) << name;
+}
+
+TEST_F(Engine, FilesThatCannotBePlayedAreToldAndPassedOver) {
+  start();
+  const std::string wav = board_.path("none.wav");
+  const std::string raw = board_.path("none");
+  const std::string mp3 = board_.path("none.mp3");
+  int served = 0;
+  for (const std::string &path : {wav, raw, mp3, sound(5)}) {
+    EXPECT_EQ(play(path), 1);
+    await_served(++served);
+  }
+  EXPECT_THAT(messages(),
+              ElementsAre("stat failed: " + wav, "stat failed: " + raw, "open file " + mp3 + " failed "));
+  EXPECT_THAT(heard(), ElementsAre(5));
+  EXPECT_EQ(stage.pauses_us.size(), 4U);
+}
+
+TEST_F(Engine, DeviceThatCannotBeSetUpIsClosedAndTheNextSoundPlays) {
+  start();
+  alsa.results["hw_params"] = -1;
+  play(sound(1));
+  await_served(1);
+  EXPECT_EQ(alsa.calls.back(), "close pcm");
+  EXPECT_EQ(h_snd_playback, nullptr);
+  alsa.results.clear();
+  play(sound(2));
+  await_served(2);
+  EXPECT_THAT(heard(), ElementsAre(2));
+}
+
+TEST_F(Engine, LongestPathHas255Characters) {
+  start();
+  const std::string folder = board_.path("") + '/' + std::string(100, 'd') + '/';
+  const std::string name = folder.substr(board_.path("").size()) + std::string(255 - folder.size(), 'n');
+  board_.write(name, std::string(16, '\1'));
+  ASSERT_EQ(board_.path(name).size(), 255U);
+  EXPECT_EQ(play(board_.path(name) + 'x'), 1);
+  EXPECT_EQ(play(std::string(100000, 'x')), 1);
+  EXPECT_EQ(messages().size(), 2U);
+  EXPECT_EQ(play(board_.path(name)), 1);
+  await_served(1);
+  EXPECT_THAT(heard(), ElementsAre(1));
+  EXPECT_EQ(messages().size(), 2U);
+}
+
+/// A sound of five reads, held in its first write, and a caller that waits for it.
+class EngineInProgress : public engine_fixture {
+protected:
+  void begin() {
+    start();
+    stage.writes.close();
+    stage.pauses.close();
+    EXPECT_EQ(get_snd_thread_state(), 0U);
+    play(sound(1, 5));
+    stage.writes.await(1);
+    EXPECT_EQ(get_snd_thread_state(), 1U);
+  }
+
+  /// Starts a caller that has to wait.
+  template <class Call> void call(Call call) {
+    caller_ = std::thread{[this, call] {
+      announce_lock();
+      call();
+      has_returned_.store(true);
+    }};
+    stage.callers.await(1);
+  }
+
+  /// Lets the sound go on to its end; the thread stands in its pause then, with the mutex.
+  void end_sound() {
+    stage.writes.open();
+    stage.pauses.await(1);
+    EXPECT_EQ(get_snd_thread_state(), 1U);
+    EXPECT_NE(::pthread_mutex_trylock(stage.mutex), 0);
+    EXPECT_FALSE(has_returned_.load());
+  }
+
+  void end_pause() {
+    stage.pauses.open();
+    caller_.join();
+  }
+
+private:
+  std::thread caller_;
+  std::atomic<bool> has_returned_ = false;
+};
+
+TEST_F(EngineInProgress, NextRequestWaitsForTheEndAndThePause) {
+  begin();
+  call([this] { EXPECT_EQ(play(sound(2)), 1); });
+  end_sound();
+  EXPECT_THAT(heard(), ElementsAre(1, 1, 1, 1, 1));
+  end_pause();
+  await_served(2);
+  EXPECT_EQ(get_snd_thread_state(), 0U);
+  EXPECT_THAT(heard(), ElementsAre(1, 1, 1, 1, 1, 2));
+}
+
+TEST_F(EngineInProgress, StoppingRequestWaitsUntilThePlayerNotices) {
+  begin();
+  call([this] { EXPECT_EQ(play(sound(2, 3), 1), 1); });
+  end_sound();
+  EXPECT_THAT(heard(), ElementsAre(1));
+  EXPECT_EQ(alsa.calls.back(), "close pcm");
+  end_pause();
+  await_served(2);
+  EXPECT_THAT(heard(), ElementsAre(1, 2, 2, 2));
+}
+
+TEST_F(EngineInProgress, OnlyOneStops) {
+  begin();
+  call([this] { EXPECT_EQ(play(sound(2), 2), 1); });
+  end_sound();
+  EXPECT_THAT(heard(), ElementsAre(1, 1, 1, 1, 1));
+  end_pause();
+}
+
+TEST_F(EngineInProgress, RefusedPathStopsNothing) {
+  begin();
+  EXPECT_EQ(play(std::string(256, 'x'), 1), 1);
+  call([] { EXPECT_EQ(snd_play_direct("/none", 0), 1); });
+  end_sound();
+  EXPECT_THAT(heard(), ElementsAre(1, 1, 1, 1, 1));
+  end_pause();
+}
+
+TEST_F(EngineInProgress, StopAllEndsTheSound) {
+  begin();
+  call([] { EXPECT_EQ(snd_stopall(), 0); });
+  end_sound();
+  EXPECT_THAT(heard(), ElementsAre(1));
+  end_pause();
+  await_served(1);
+  play(sound(2));
+  await_served(2);
+  EXPECT_THAT(heard(), ElementsAre(1, 2));
+}
+
+TEST_F(EngineInProgress, ExitLetsTheSoundEnd) {
+  begin();
+  call([] { snd_exit(); });
+  end_sound();
+  EXPECT_THAT(heard(), ElementsAre(1, 1, 1, 1, 1));
+  end_pause();
+  EXPECT_EQ(stage.calls.back(), "join");
+  EXPECT_EQ(get_snd_thread_state(), 0U);
+  EXPECT_EQ(stage.pauses_us.size(), 1U);
+}
+
+TEST_F(Engine, RequestThatComesTooLateIsNotQueued) {
+  start();
+  stage.callers.close();
+  std::thread late{[this] {
+    announce_lock();
+    EXPECT_EQ(play(sound(1), 1), 1);
+  }};
+  stage.callers.await(1);
+  snd_exit();
+  stage.callers.open();
+  late.join();
+  EXPECT_FALSE(board_.exists("tmp/dravik.log"));
+  EXPECT_EQ(pcm_playback(sound(2).c_str()), 1); // the player was not left stopped
+  EXPECT_THAT(heard(), ElementsAre(2));
+}
+
+TEST_F(Engine, StopAllGivesTheResultOfUnlocking) {
+  start();
+  int32_t result = 0;
+  std::thread{[&result] {
+    set_unlock_result(77);
+    result = snd_stopall();
+  }}.join();
+  EXPECT_EQ(result, 77);
+}
+
+} // namespace
+} // namespace dravik::test

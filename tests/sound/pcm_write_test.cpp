@@ -1,0 +1,245 @@
+// Frames on their way to the device: what it does not take at once, underruns and failures.
+
+#include "dravik.h"
+#include "sound/pcm_output.hpp"
+#include "sound/scripted_alsa.hpp"
+#include "support/board.hpp"
+#include "support/log_lines.hpp"
+
+#include <alsa/asoundlib.h>
+#include <cerrno>
+#include <gmock/gmock.h>
+
+namespace dravik::test {
+namespace {
+
+using sound::pcm_write;
+using sound::xrun_recovery;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+class PcmWrite : public testing::Test {
+protected:
+  PcmWrite() : data_(4096) {
+    reset_alsa();
+    snd_pcm_open(&h_snd_playback, "", SND_PCM_STREAM_PLAYBACK, 0);
+    alsa.calls.clear();
+    bits_per_frame = 32;
+    sound::snd_file_type = sound::wav;
+  }
+
+  int32_t write(uint32_t frames) const { return pcm_write(frames, data_.data()); }
+
+  /// Where in the data each write began, in bytes.
+  std::vector<std::ptrdiff_t> positions() const {
+    std::vector<std::ptrdiff_t> all;
+    for (const scripted_alsa::written &one : alsa.writes)
+      all.push_back(static_cast<const uint8_t *>(one.data) - data_.data());
+    return all;
+  }
+
+  std::vector<std::string> messages() const { return log_messages(board_.path("tmp/dravik.log")); }
+
+  board board_;
+  bytes data_;
+};
+
+TEST_F(PcmWrite, NoFramesAreWrittenWithoutTheDevice) {
+  EXPECT_EQ(write(0), 0);
+  EXPECT_EQ(pcm_write(0, nullptr), 0);
+  h_snd_playback = nullptr;
+  EXPECT_EQ(write(0), 0);
+  EXPECT_THAT(alsa.calls, IsEmpty());
+}
+
+TEST_F(PcmWrite, WithoutADeviceNothingIsWritten) {
+  h_snd_playback = nullptr;
+  EXPECT_EQ(write(5), -1);
+  EXPECT_THAT(alsa.calls, IsEmpty());
+}
+
+TEST_F(PcmWrite, EverythingAtOnceNeedsNoWaiting) {
+  EXPECT_EQ(write(5), 5);
+  EXPECT_THAT(alsa.calls, ElementsAre("writei pcm 5"));
+}
+
+TEST_F(PcmWrite, ShortWritesGoOnAfterWaiting) {
+  alsa.write_results = {3, 1};
+  EXPECT_EQ(write(10), 10);
+  EXPECT_THAT(alsa.calls,
+              ElementsAre("writei pcm 10", "wait pcm 1000", "writei pcm 7", "wait pcm 1000", "writei pcm 6"));
+  EXPECT_THAT(positions(), ElementsAre(0, 12, 16));
+  EXPECT_THAT(messages(), IsEmpty());
+}
+
+TEST_F(PcmWrite, Mp3AdvancesTwoBytesAFrame) {
+  sound::snd_file_type = sound::mp3;
+  alsa.write_results = {3, 1};
+  EXPECT_EQ(write(10), 10);
+  EXPECT_THAT(positions(), ElementsAre(0, 6, 8));
+}
+
+TEST_F(PcmWrite, WavesAdvanceByTheBitsOfAFrame) {
+  for (const uint32_t type : {sound::raw_pcm, sound::wav}) {
+    alsa.writes.clear();
+    sound::snd_file_type = type;
+    bits_per_frame = 12; // 36 bits make 4 bytes, 1 frame makes 1
+    alsa.write_results = {3, 1};
+    EXPECT_EQ(write(10), 10);
+    EXPECT_THAT(positions(), ElementsAre(0, 4, 5));
+  }
+}
+
+TEST_F(PcmWrite, NothingTakenIsOfferedAgainAfterWaiting) {
+  for (const long result : {0L, long{-EAGAIN}}) {
+    alsa.calls.clear();
+    alsa.writes.clear();
+    alsa.write_results = {result, 4, result};
+    EXPECT_EQ(write(6), 6);
+    EXPECT_THAT(alsa.calls, ElementsAre("writei pcm 6", "wait pcm 1000", "writei pcm 6", "wait pcm 1000",
+                                        "writei pcm 2", "wait pcm 1000", "writei pcm 2"));
+    EXPECT_THAT(positions(), ElementsAre(0, 0, 16, 16));
+  }
+  EXPECT_THAT(messages(), IsEmpty());
+}
+
+TEST_F(PcmWrite, FailedWaitingIsNotLookedAt) {
+  alsa.write_results = {2};
+  alsa.results["wait"] = -EPIPE;
+  EXPECT_EQ(write(6), 6);
+  EXPECT_THAT(alsa.calls, ElementsAre("writei pcm 6", "wait pcm 1000", "writei pcm 4"));
+}
+
+TEST_F(PcmWrite, UnderrunIsMendedAndTheSameFramesRepeated) {
+  alsa.write_results = {2, -EPIPE, -EPIPE};
+  EXPECT_EQ(write(6), 6);
+  EXPECT_THAT(alsa.calls,
+              ElementsAre("writei pcm 6", "wait pcm 1000", "writei pcm 4", "status pcm status", "prepare pcm",
+                          "writei pcm 4", "status pcm status", "prepare pcm", "writei pcm 4"));
+  EXPECT_THAT(positions(), ElementsAre(0, 8, 8, 8));
+  EXPECT_THAT(messages(), ElementsAre("pcm_write: -EPIPE!!", "xrun: underrun!!", "pcm_write: -EPIPE!!",
+                                      "xrun: underrun!!"));
+}
+
+TEST_F(PcmWrite, UnderrunsAreRepeatedWithoutLimit) {
+  alsa.write_results.assign(500, -EPIPE);
+  EXPECT_EQ(write(6), 6);
+  EXPECT_EQ(alsa.count("writei pcm 6"), 501U);
+  EXPECT_EQ(alsa.count("wait"), 0U);
+}
+
+TEST_F(PcmWrite, UnderrunWithoutAStatusIsRepeatedToo) {
+  alsa.write_results = {-EPIPE};
+  alsa.results["status"] = -ENODEV;
+  EXPECT_EQ(write(6), 6);
+  EXPECT_THAT(alsa.calls, ElementsAre("writei pcm 6", "status pcm status", "writei pcm 6"));
+  EXPECT_THAT(messages(), ElementsAre("pcm_write: -EPIPE!!", "status error: No such device"));
+}
+
+TEST_F(PcmWrite, UnderrunThatCannotBeMendedIsRepeatedToo) {
+  alsa.write_results = {-EPIPE};
+  alsa.results["prepare"] = -EBUSY;
+  EXPECT_EQ(write(6), 6);
+  EXPECT_THAT(alsa.calls, ElementsAre("writei pcm 6", "status pcm status", "prepare pcm", "writei pcm 6"));
+  EXPECT_THAT(messages(), ElementsAre("pcm_write: -EPIPE!!", "xrun: underrun!!",
+                                      "xrun: prepare error: Device or resource busy"));
+}
+
+TEST_F(PcmWrite, DrainingStreamIsNotPrepared) {
+  alsa.write_results = {-EPIPE};
+  alsa.state = SND_PCM_STATE_DRAINING;
+  EXPECT_EQ(write(6), 6);
+  EXPECT_THAT(alsa.calls, ElementsAre("writei pcm 6", "status pcm status", "writei pcm 6"));
+  EXPECT_THAT(messages(), ElementsAre("pcm_write: -EPIPE!!", "draining!!!"));
+}
+
+TEST_F(PcmWrite, OtherFailuresEndTheWrite) {
+  const struct {
+    int error;
+    const char *text;
+    const char *name;
+  } failures[] = {
+      {EIO, "Input/output error", "-EIO error!"},
+      {EINVAL, "Invalid argument", "-EINVAL error!"},
+      {ESTRPIPE, "Streams pipe error", "unknown error!"},
+      {EBADFD, "File descriptor in bad state", "unknown error!"},
+      {EPERM, "Operation not permitted", "unknown error!"},
+  };
+  for (const auto &failure : failures) {
+    board_.remove("tmp/dravik.log");
+    alsa.calls.clear();
+    alsa.write_results = {2, -failure.error};
+    EXPECT_EQ(write(6), -1);
+    EXPECT_THAT(alsa.calls, ElementsAre("writei pcm 6", "wait pcm 1000", "writei pcm 4"));
+    EXPECT_THAT(messages(), ElementsAre(std::string{"write error: "} + failure.text, failure.name));
+  }
+}
+
+TEST_F(PcmWrite, FramesReachTheDeviceInTheirOrder) {
+  for (size_t i = 0; i < data_.size(); ++i)
+    data_[i] = static_cast<uint8_t>(i * 7 + i / 256);
+  alsa.write_results = {1, 0, 300, -EPIPE, -EAGAIN, 22, 1};
+  const std::deque<long> results = alsa.write_results;
+  EXPECT_EQ(write(1024), 1024);
+  bytes heard;
+  for (size_t i = 0; i < alsa.writes.size(); ++i) {
+    const size_t taken =
+        i < results.size() ? static_cast<size_t>(std::max(results[i], 0L)) : alsa.writes[i].frames;
+    append(heard, first_bytes(alsa.writes[i].content, taken * 4));
+  }
+  EXPECT_EQ(heard, data_);
+}
+
+class XrunRecovery : public PcmWrite {};
+
+TEST_F(XrunRecovery, UnderrunIsPreparedForPlayingAndCapturing) {
+  for (const int32_t capture : {0, 1}) {
+    alsa.calls.clear();
+    EXPECT_EQ(xrun_recovery(capture), 1);
+    EXPECT_THAT(alsa.calls, ElementsAre("status pcm status", "prepare pcm"));
+  }
+  EXPECT_THAT(messages(), ElementsAre("xrun: underrun!!", "xrun: underrun!!"));
+}
+
+TEST_F(XrunRecovery, FailsWithTheStatusOrThePreparation) {
+  alsa.results["prepare"] = -EIO;
+  EXPECT_EQ(xrun_recovery(0), -1);
+  alsa.results["status"] = -EIO;
+  EXPECT_EQ(xrun_recovery(0), -1);
+  EXPECT_THAT(messages(), ElementsAre("xrun: underrun!!", "xrun: prepare error: Input/output error",
+                                      "status error: Input/output error"));
+}
+
+TEST_F(XrunRecovery, DrainingIsPreparedOnlyForCapturing) {
+  alsa.state = SND_PCM_STATE_DRAINING;
+  for (const int32_t capture : {0, 2, -1})
+    EXPECT_EQ(xrun_recovery(capture), 1);
+  EXPECT_EQ(alsa.count("prepare"), 0U);
+  EXPECT_EQ(xrun_recovery(1), 1);
+  EXPECT_EQ(alsa.count("prepare pcm"), 1U);
+  EXPECT_THAT(messages(), ElementsAre("draining!!!", "draining!!!", "draining!!!", "draining!!!",
+                                      "capture stream format change? attempting recover..."));
+}
+
+TEST_F(XrunRecovery, FailedPreparationOfADrainingStreamIsTold) {
+  alsa.state = SND_PCM_STATE_DRAINING;
+  alsa.results["prepare"] = -EIO;
+  EXPECT_EQ(xrun_recovery(1), -1);
+  EXPECT_THAT(messages(), ElementsAre("draining!!!", "capture stream format change? attempting recover...",
+                                      "xrun(DRAINING): prepare error: Input/output error"));
+}
+
+TEST_F(XrunRecovery, OtherStatesCanGoOn) {
+  for (const int state :
+       {SND_PCM_STATE_OPEN, SND_PCM_STATE_SETUP, SND_PCM_STATE_PREPARED, SND_PCM_STATE_RUNNING,
+        SND_PCM_STATE_PAUSED, SND_PCM_STATE_SUSPENDED, SND_PCM_STATE_DISCONNECTED}) {
+    alsa.state = state;
+    EXPECT_EQ(xrun_recovery(1), 1) << state;
+  }
+  EXPECT_EQ(alsa.count("prepare"), 0U);
+  EXPECT_THAT(messages(), IsEmpty());
+}
+
+} // namespace
+} // namespace dravik::test

@@ -1,0 +1,175 @@
+// "card" and "recordings". What changes the card is tried only up to where commands would run.
+
+#include "ctl_fixture.hpp"
+
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+
+namespace dravik::ctl_test {
+namespace {
+
+class CtlCard : public CtlTool {
+protected:
+  void plug_in() const {
+    board_.write("sys/block/mmcblk0/size", "15523840\n");
+    list_partitions(" 179        0    7761920 mmcblk0\n 179        1    7761904 mmcblk0p1\n");
+    mount("vfat rw");
+    std::string sector(512, '\0');
+    sector[450] = 0x0B;
+    board_.write("dev/mmcblk0", sector);
+  }
+  void list_partitions(const std::string &lines) const {
+    board_.write("proc/partitions", "major minor  #blocks  name\n\n" + lines);
+  }
+  void mount(const std::string &how) const {
+    board_.write("proc/mounts",
+                 how.empty() ? "" : "/dev/mmcblk0p1 /tmp/mmcblk0p1 " + how + ",relatime 0 0\n");
+  }
+};
+
+TEST_F(CtlCard, TellsThatThereIsNone) {
+  EXPECT_EQ(asked({"card"}, ".present, .partitioned, .mounted, .healthy, .sectors, .size_mib"),
+            "false\nfalse\nfalse\nfalse\n0\n0");
+  EXPECT_EQ(asked({"card"}, ".file_system_mib, .free_mib"), "null\nnull");
+}
+
+TEST_F(CtlCard, TellsSizes) {
+  plug_in();
+  struct statfs of_folder;
+  ASSERT_EQ(::statfs(board_.path("tmp/mmcblk0p1").c_str(), &of_folder), 0);
+  const auto mib = [&](auto blocks) {
+    return static_cast<int64_t>(blocks) * static_cast<int64_t>(of_folder.f_bsize) / (1024 * 1024);
+  };
+  EXPECT_EQ(asked({"card"}, ".sectors, .size_mib"), "15523840\n7580");
+  EXPECT_EQ(asked({"card"}, ".file_system_mib"), std::to_string(mib(of_folder.f_blocks)));
+}
+
+TEST_F(CtlCard, TellsEachFinding) {
+  plug_in();
+  EXPECT_EQ(asked({"card"}, "[.present, .partitioned, .mounted, .fat32, .writable]"),
+            "[true,true,true,true,true]");
+  mount("vfat ro");
+  EXPECT_EQ(asked({"card"}, "[.mounted, .fat32, .writable, .healthy]"), "[true,true,false,false]");
+  mount("ext4 rw");
+  EXPECT_EQ(asked({"card"}, "[.mounted, .fat32, .writable, .healthy]"), "[true,false,false,false]");
+  mount("");
+  EXPECT_EQ(asked({"card"}, "[.partitioned, .mounted, .free_mib]"), "[true,false,null]");
+  list_partitions(" 179        0    7761920 mmcblk0\n");
+  EXPECT_EQ(asked({"card"}, "[.present, .partitioned]"), "[true,false]");
+}
+
+TEST_F(CtlCard, TellsWhetherItIsLocked) {
+  plug_in();
+  EXPECT_EQ(asked({"card"}, "[.locked, .healthy, .status]"), "[false,true,188]");
+  board_.write("gpio/68", "1\n");
+  EXPECT_EQ(asked({"card"}, "[.locked, .healthy, .status]"), "[true,false,252]");
+}
+
+TEST_F(CtlCard, WithoutTheDriverTheLockIsUnknown) {
+  plug_in();
+  board_.remove("proc/modules");
+  EXPECT_EQ(asked({"card"}, "[.locked, .healthy, .status]"), "[null,false,252]");
+  EXPECT_THAT(told({"card"}), testing::HasSubstr("\nlocked: -\n"));
+}
+
+TEST_F(CtlCard, CheckSaysWhatIsWrong) {
+  const auto complaint = [this] {
+    const run_result result = run({"card", "check"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.out, testing::HasSubstr("healthy: no\n"));
+    return result.err;
+  };
+  EXPECT_EQ(complaint(), "dravik-ctl: there is no card\n");
+  plug_in();
+  mount("vfat ro");
+  EXPECT_EQ(complaint(), "dravik-ctl: the card is mounted for reading only\n");
+  mount("ext4 rw");
+  EXPECT_EQ(complaint(), "dravik-ctl: the card's file system or partition is not FAT32\n");
+  mount("");
+  EXPECT_EQ(complaint(), "dravik-ctl: the card is not mounted\n");
+  list_partitions(" 179        0    7761920 mmcblk0\n");
+  EXPECT_EQ(complaint(), "dravik-ctl: the card has no partition\n");
+  board_.write("gpio/68", "1\n");
+  EXPECT_EQ(complaint(), "dravik-ctl: the card is locked\n");
+  board_.remove("proc/modules");
+  EXPECT_EQ(complaint(), "dravik-ctl: the GPIO driver does not tell whether the card is locked\n");
+}
+
+TEST_F(CtlCard, CheckIsContentWithAHealthyCard) {
+  plug_in();
+  EXPECT_EQ(asked({"card", "check"}, ".healthy"), "true");
+}
+
+TEST_F(CtlCard, ChangesNothingOnALockedCard) {
+  plug_in();
+  board_.write("gpio/68", "1\n");
+  for (const char *how : {"repair", "partition", "format"})
+    expect_refusal({"card", how, "--yes"}, 1, "the card is locked");
+}
+
+TEST_F(CtlCard, DoesNotChangeTheCardUnlessThatIsMeant) {
+  plug_in();
+  expect_misuse({"card", "repair"}, "card: repair unmounts the card: say --yes if you mean it");
+  expect_misuse({"card", "partition"},
+                "card: partition destroys what the card holds: say --yes if you mean it");
+  expect_misuse({"card", "format"}, "card: format destroys what the card holds: say --yes if you mean it");
+  EXPECT_FALSE(board_.exists("tmp/debugfs") || board_.exists("tmp/mbr.img"));
+}
+
+TEST_F(CtlCard, ChangesNothingWhereThereIsNoCard) {
+  for (const char *how : {"repair", "partition", "format"})
+    expect_refusal({"card", how, "--yes"}, 1, "there is no card");
+}
+
+TEST_F(CtlCard, RefusesWordsThatMakeNoSense) {
+  expect_misuse({"card", "erase"}, "card: 'erase' is none of check, repair, partition, format");
+  expect_misuse({"card", "erase", "--yes"}, "card: 'erase' is none of check, repair, partition, format");
+  expect_misuse({"card", "check", "--yes"}, "card: --yes goes with repair, partition and format");
+  expect_misuse({"card", "--yes"}, "card: --yes goes with repair, partition and format");
+  expect_misuse({"card", "check", "now"}, "card: too many arguments");
+}
+
+class CtlRecordings : public CtlTool {
+protected:
+  void add(const std::string &name, time_t time, uintmax_t size) const {
+    const std::string path = "tmp/mmcblk0p1/REC/" + name;
+    board_.write(path, "");
+    std::filesystem::resize_file(board_.path(path), size);
+    const timespec times[2] = {{time, 0}, {time, 0}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, board_.path(path).c_str(), times, 0), 0);
+  }
+};
+
+TEST_F(CtlRecordings, TellsWhatIsThere) {
+  add("KVX00007.TS", 2000, 3 << 20);
+  add("KVX00042.TS", 1000, 2 << 20);
+  add("EMB00001.TS", 1000, 0);
+  add("EMD00002.TS", 3000, 0);
+  EXPECT_EQ(asked({"recordings"}, "."),
+            R"({"normal":{"count":2,"oldest":42,"size_mib":5},"event":{"count":2,"oldest":"B","next":"C"}})");
+  EXPECT_EQ(told({"recordings"}), "normal:\n  count: 2\n  oldest: 42\n  size mib: 5\n"
+                                  "event:\n  count: 2\n  oldest: B\n  next: C\n");
+}
+
+TEST_F(CtlRecordings, TellsOfAnEmptyFolder) {
+  add("other.txt", 1, 1);
+  EXPECT_EQ(
+      asked({"recordings"}, "."),
+      R"({"normal":{"count":0,"oldest":null,"size_mib":0},"event":{"count":0,"oldest":null,"next":"A"}})");
+}
+
+TEST_F(CtlRecordings, TellsWhenAllSlotsAreUsed) {
+  for (const char slot : {'A', 'B', 'C', 'D', 'E'})
+    add(std::string{"EM"} + slot + "00001.TS", 5000 - slot, 0);
+  EXPECT_EQ(asked({"recordings"}, ".event"), R"({"count":5,"oldest":"E","next":null})");
+}
+
+TEST_F(CtlRecordings, SaysWhenThereIsNoFolder) {
+  expect_refusal({"recordings"}, 1, "the folder /tmp/mmcblk0p1/REC cannot be read");
+}
+
+} // namespace
+} // namespace dravik::ctl_test

@@ -1,0 +1,144 @@
+// The board's small reports: "adc", "temperature", "hdmi" and "backlight".
+
+#include "ctl_fixture.hpp"
+
+namespace dravik::ctl_test {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr const char *adc_file = "/proc/ambarella/adc";
+constexpr const char *edid_report = "/proc/ambarella/hdmi_edid";
+constexpr const char *brightness_file = "/sys/class/backlight/pwm-backlight.0/brightness";
+constexpr const char *power_file = "/sys/class/backlight/pwm-backlight.0/bl_power";
+constexpr const char *no_adc = " (open /proc/ambarella/adc error!)";
+
+class CtlAdc : public CtlTool {
+protected:
+  /// A line end is a place of the value too, and repeats the digit before it; a line of 13 characters repeats
+  /// the code before it.
+  void SetUp() override { board_.write(adc_file, "adc[0] = 7\nadc[1] = 12\nadc[2] = 3ff\nadc[3] = 3ff"); }
+};
+
+TEST_F(CtlAdc, TellsAllCodesAndLines) {
+  EXPECT_EQ(told({"adc"}), "codes: 119, 290, 290, 1023\n"
+                           "lines: adc[0] = 7, adc[1] = 12, adc[2] = 3ff, adc[3] = 3ff\n");
+  EXPECT_EQ(asked({"adc"}, ".codes, .lines"),
+            "[119,290,290,1023]\n"
+            R"(["adc[0] = 7","adc[1] = 12","adc[2] = 3ff","adc[3] = 3ff"])");
+}
+
+TEST_F(CtlAdc, TellsOneChannel) {
+  EXPECT_EQ(told({"adc", "1"}), "channel: 1\ncode: 290\nline: adc[1] = 12\n");
+  EXPECT_EQ(asked({"adc", "3"}, "."), R"({"channel":3,"code":1023,"line":"adc[3] = 3ff"})");
+}
+
+TEST_F(CtlAdc, RefusesWhatIsNoChannel) {
+  for (const std::string word : {"4", "-", "1x", "", "0x1"})
+    expect_misuse({"adc", word}, "adc: '" + word + "' is not a channel from 0 to 3");
+  expect_misuse({"adc", "1", "2"}, "adc: too many arguments");
+}
+
+TEST_F(CtlAdc, SaysWhenThereIsNone) {
+  board_.remove(adc_file);
+  expect_refusal({"adc"}, 1, std::string{"the analogue inputs cannot be read"} + no_adc);
+  expect_refusal({"adc", "2", "--json"}, 1, std::string{"the analogue inputs cannot be read"} + no_adc);
+}
+
+TEST_F(CtlAdc, VerboseLetsTheLibrarySpeak) {
+  board_.remove(adc_file);
+  const run_result result = run({"adc", "--verbose"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(result.err, std::string{"open /proc/ambarella/adc error!\n"
+                                    "dravik-ctl: the analogue inputs cannot be read"} +
+                            no_adc + "\n");
+}
+
+using CtlTemperature = CtlTool;
+
+TEST_F(CtlTemperature, TellsDegrees) {
+  board_.write(adc_file, "adc[0] = 0\nadc[1] = 2f7\n"); // code 759: -0.034 degrees
+  EXPECT_EQ(told({"temperature"}), "celsius: -0.034\nbeyond range: no\n");
+  board_.write(adc_file, "adc[0] = 0\nadc[1] = 050\n"); // code 80
+  EXPECT_EQ(asked({"temperature"}, "."), R"({"celsius":106.257,"beyond_range":false})");
+}
+
+TEST_F(CtlTemperature, TellsWhenTheInputIsBeyondRange) {
+  board_.write(adc_file, "adc[0] = 0\nadc[1] = 03f\n");
+  EXPECT_EQ(told({"temperature"}), "celsius: 117.000\nbeyond range: yes\n");
+  board_.write(adc_file, "adc[0] = 0\nadc[1] = 300\n");
+  EXPECT_EQ(told({"temperature"}), "celsius: -1.000\nbeyond range: yes\n");
+}
+
+TEST_F(CtlTemperature, SaysWhenThereIsNone) {
+  board_.remove(adc_file);
+  expect_refusal({"temperature"}, 1, std::string{"the temperature cannot be read"} + no_adc);
+}
+
+using CtlHdmi = CtlTool;
+
+TEST_F(CtlHdmi, TellsWhetherThereIsAMonitor) {
+  board_.write(edid_report, "Basic EDID\nand more\n");
+  EXPECT_EQ(told({"hdmi"}), "monitor: yes\n");
+  EXPECT_EQ(asked({"hdmi"}, ".monitor"), "true");
+  board_.write(edid_report, "No HDMI\n");
+  EXPECT_EQ(told({"hdmi"}), "monitor: no\n");
+}
+
+TEST_F(CtlHdmi, SaysWhenTheDriverSaysNeither) {
+  const std::string neither =
+      "the HDMI driver's report is missing, or says neither that there is a monitor nor that there is none";
+  board_.write(edid_report, "EDID\n");
+  expect_refusal({"hdmi"}, 1, neither);
+  board_.remove(edid_report);
+  expect_refusal({"hdmi"}, 1, neither);
+}
+
+class CtlBacklight : public CtlTool {
+protected:
+  bool was_asked(const std::string &event) const { return std::ranges::count(board_.events(), event) != 0; }
+};
+
+TEST_F(CtlBacklight, TellsHowItIsSet) {
+  EXPECT_EQ(told({"backlight"}), "power: on\nbrightness: 500\n");
+  board_.write(power_file, "1\n");
+  EXPECT_EQ(asked({"backlight"}, "."), R"({"power":"off","brightness":500})");
+  EXPECT_FALSE(was_asked("fb0: blank 0") || was_asked("fb0: blank 1"));
+}
+
+TEST_F(CtlBacklight, SetsItsBrightness) {
+  EXPECT_EQ(told({"backlight", "0"}), "power: on\nbrightness: 0\n");
+  EXPECT_EQ(asked({"backlight", "1000"}, ".brightness"), "1000");
+  EXPECT_THAT(board_.read(brightness_file), testing::StartsWith("1000"));
+  EXPECT_FALSE(was_asked("fb0: blank 0")) << "only on and off are for the panel";
+}
+
+TEST_F(CtlBacklight, SwitchesThePanelWithIt) {
+  EXPECT_EQ(told({"backlight", "off"}), "power: off\nbrightness: 500\n");
+  EXPECT_TRUE(was_asked("fb0: blank 1"));
+  EXPECT_EQ(told({"backlight", "on"}), "power: on\nbrightness: 500\n");
+  EXPECT_TRUE(was_asked("fb0: blank 0"));
+}
+
+TEST_F(CtlBacklight, SwitchesWithoutAScreen) {
+  board_.remove("dev/fb0");
+  EXPECT_EQ(told({"backlight", "off"}), "power: off\nbrightness: 500\n");
+}
+
+TEST_F(CtlBacklight, RefusesWhatIsNoLevel) {
+  for (const std::string word : {"1001", "1.5", "dim", "ON"})
+    expect_misuse({"backlight", word},
+                  "backlight: '" + word + "' is neither on nor off nor a level from 0 to 1000");
+  EXPECT_EQ(board_.read(brightness_file), "500\n");
+}
+
+TEST_F(CtlBacklight, SaysWhenThereIsNone) {
+  board_.remove(power_file);
+  expect_refusal({"backlight", "700"}, 1,
+                 "the backlight's files in /sys/class/backlight/pwm-backlight.0/ cannot be opened");
+}
+
+} // namespace
+} // namespace dravik::ctl_test

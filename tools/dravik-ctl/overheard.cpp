@@ -1,0 +1,85 @@
+// Standard output and standard error led into a file for the time of a call.
+
+#include "dravik-ctl/overheard.hpp"
+
+#include "base/unique_file.hpp"
+
+#include <array>
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace dravik::ctl {
+namespace {
+
+/// A file without a name. A file, not a pipe: commands in the background may hold on to it for as long as
+/// they like.
+int open_collector() {
+  const unique_file file{std::tmpfile()};
+  return file != nullptr ? ::fcntl(::fileno(file.get()), F_DUPFD_CLOEXEC, 3) : -1;
+}
+
+void put_back(int kept, int as) {
+  ::dup2(kept, as);
+  ::close(kept);
+}
+
+std::string contents_of(int file) {
+  std::string text;
+  std::array<char, 4096> block;
+  ssize_t count;
+  while ((count = ::pread(file, block.data(), block.size(), static_cast<off_t>(text.size()))) > 0)
+    text.append(block.data(), static_cast<size_t>(count));
+  return text;
+}
+
+std::string_view without_end(std::string_view lines) {
+  while (lines.ends_with('\n'))
+    lines.remove_suffix(1);
+  return lines;
+}
+
+} // namespace
+
+void overheard::begin() {
+  std::fflush(stdout);
+  file_ = open_collector();
+  if (file_ < 0)
+    return; // then the words are heard by everybody
+  output_ = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
+  errors_ = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
+  ::dup2(file_, STDOUT_FILENO);
+  ::dup2(file_, STDERR_FILENO);
+}
+
+void overheard::end() {
+  if (file_ < 0)
+    return;
+  std::fflush(stdout);
+  put_back(output_, STDOUT_FILENO);
+  put_back(errors_, STDERR_FILENO);
+  words_ = contents_of(file_);
+  ::close(file_);
+  if (let_through_)
+    std::fwrite(words_.data(), 1, words_.size(), stderr);
+}
+
+std::string overheard::first_line(std::string_view part) const {
+  const size_t found = words_.find(part);
+  if (found == std::string::npos || words_.empty())
+    return {};
+  const size_t before = words_.rfind('\n', found);
+  const size_t start = before == std::string::npos || found == 0 ? 0 : before + 1;
+  return words_.substr(start, words_.find('\n', found) - start);
+}
+
+std::string overheard::last_line() const {
+  const std::string_view lines = without_end(words_);
+  return std::string{lines.substr(lines.rfind('\n') + 1)};
+}
+
+std::string because(std::string_view message, const std::string &reason) {
+  return std::string{message} + (reason.empty() ? "" : " (" + reason + ")");
+}
+
+} // namespace dravik::ctl

@@ -1,0 +1,17 @@
+// Characters of UTF-8.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace dravik::ctl {
+
+struct utf8_character {
+  std::string_view bytes; ///< empty when they are not UTF-8
+  uint32_t code;
+};
+
+/// Takes the first character off a text that is not empty; a single byte where it is not UTF-8.
+utf8_character take_character(std::string_view &text) noexcept;
+
+} // namespace dravik::ctl

@@ -1,0 +1,60 @@
+// What a command reports: a tree of named values, told as text or as JSON.
+#pragma once
+
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace dravik::ctl {
+
+struct field;
+
+/// Thousandths of a unit: told as a number with three decimals.
+struct thousandths {
+  int64_t count;
+};
+
+class value {
+public:
+  using list = std::vector<value>;
+  using fields = std::vector<field>;
+
+  value(std::nullptr_t) {} ///< what the board does not tell
+  value(bool is) : content_(is) {}
+  template <std::integral Number> value(Number number) : content_(static_cast<int64_t>(number)) {}
+  value(thousandths number) : content_(number) {}
+  value(const char *text) : content_(std::string{text}) {}
+  value(std::string text) : content_(std::move(text)) {}
+  value(list values) : content_(std::move(values)) {}
+  value(fields named) : content_(std::move(named)) {}
+
+  /// One line, in ASCII as far as the texts are.
+  std::string json() const;
+  /// Lines "name: value", those of a value within another indented below its name; each ends with a line end.
+  std::string text() const { return text_below(0); }
+
+  /// A number, a word or a list of such, as text without a line end.
+  std::string inline_text() const;
+
+private:
+  std::string text_below(size_t depth) const;
+  bool is_block() const noexcept;
+
+  std::variant<std::nullptr_t, bool, int64_t, thousandths, std::string, list, fields> content_ = nullptr;
+};
+
+struct field {
+  std::string_view name; ///< in lower case with underscores: the key in JSON
+  value content;
+};
+
+/// A non-negative number, or nothing for what the library tells as a negative one.
+template <std::integral Number> value known(Number number) {
+  return number >= 0 ? value{number} : value{nullptr};
+}
+
+} // namespace dravik::ctl
