@@ -3,6 +3,7 @@
 #include "png/png_file.hpp"
 #include "sim/launcher.hpp"
 #include "support/board.hpp"
+#include "support/played_sound.hpp"
 
 #include <csignal>
 #include <fcntl.h>
@@ -236,6 +237,30 @@ TEST_F(SimLauncher, RunsForAnOrdinaryUser) {
   EXPECT_EQ(as_user({"new", at("desk")}).exit_status(), 0);
   EXPECT_EQ(as_user({"run", at("desk"), "--", DRAWS_A_PIXEL, "0", "0", "ffff"}).exit_status(), 7);
   EXPECT_EQ(as_user({"shot", at("desk"), at("shot.png")}).exit_status(), 0);
+}
+
+TEST_F(SimLauncher, RunGivesTheApplicationASoundCard) {
+  launch({"new", at("desk")});
+  const outcome result = launch({"run", at("desk"), "--", PLAYS_A_SOUND});
+  EXPECT_EQ(result.errors, "");
+  EXPECT_EQ(result.exit_status(), 0);
+  EXPECT_THAT(dravik::test::samples_of_recording(text_of("desk/sound/played.wav")),
+              testing::AllOf(testing::SizeIs(2 * 480), testing::Each(1000)));
+  EXPECT_FALSE(std::filesystem::exists(at("desk/sound/timeline")));
+}
+
+TEST_F(SimLauncher, RunBeginsARecordingThatHasGaps) {
+  launch({"new", at("desk")});
+  write("desk/board.conf", "sound_gaps=on\n", 0644);
+  EXPECT_EQ(launch({"run", at("desk"), "--", "true"}).exit_status(), 0);
+  const std::string begin = text_of("desk/sound/timeline");
+  EXPECT_THAT(begin, StartsWith("begin_s="));
+  EXPECT_EQ(launch({"run", at("desk"), "--", PLAYS_A_SOUND}).exit_status(), 0);
+  EXPECT_EQ(text_of("desk/sound/timeline"), begin);
+  const auto heard = dravik::test::samples_of_recording(text_of("desk/sound/played.wav"));
+  EXPECT_THAT(heard, testing::SizeIs(testing::Gt(2U * 480)));
+  EXPECT_EQ(heard.at(0), 0);
+  EXPECT_EQ(heard.back(), 1000);
 }
 
 // --- card ---
