@@ -703,7 +703,8 @@ DRAVIK_API uint32_t get_snd_thread_state(void) DRAVIK_NOEXCEPT;
  * does not run.
  *
  * The places of the queue are not set back: an engine that is stopped while it is idle and started again
- * loses the first file of each pair, and each one that is queued alone. Start the engine once.
+ * loses the first file of each pair, and each one that is queued alone; so may one that snd_init() refused to
+ * start before. Start the engine once.
  */
 DRAVIK_API void snd_exit(void) DRAVIK_NOEXCEPT;
 

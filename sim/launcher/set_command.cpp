@@ -9,6 +9,7 @@
 
 #include <cmath>
 #include <map>
+#include <unistd.h>
 
 namespace dravik::sim {
 namespace {
@@ -23,13 +24,18 @@ public:
   /// A file that is not there yet is empty.
   std::string &operator[](const std::string &inside) {
     const auto [found, is_new] = texts_.try_emplace(inside);
+    const std::string path = board_ + "/" + inside;
     std::string error;
-    if (is_new && !read_file(board_ + "/" + inside, found->second, error))
-      found->second.clear();
+    if (is_new && !read_file(path, found->second, error) && ::access(path.c_str(), F_OK) == 0)
+      unreadable_ = error;
     return found->second;
   }
 
+  /// On failure gives false and says why in `error`.
   bool save(std::string &error) const {
+    error = unreadable_;
+    if (!error.empty())
+      return false;
     for (const auto &[inside, text] : texts_)
       if (!replace_file(board_ + "/" + inside, text, error))
         return false;
@@ -38,6 +44,7 @@ public:
 
 private:
   std::string board_;
+  std::string unreadable_; ///< why, when one of the files is
   std::map<std::string, std::string> texts_;
 };
 

@@ -55,8 +55,9 @@ void card::close() noexcept {
 int card::configure(const sound_format &format, uint64_t period_frames, uint64_t buffer_frames) noexcept {
   if (const int fault = ordered("params"); fault != 0)
     return fault;
-  if (buffer_frames * format.channels > longest_buffer_samples)
-    return -EINVAL;
+  const uint64_t samples = buffer_frames * format.channels;
+  if (samples == 0 || samples > longest_buffer_samples || period_frames == 0 || format.rate_hz == 0)
+    return -EINVAL; // ALSA can settle on nothing, where an application leaves rate and channels open
   format_ = format;
   period_frames_ = period_frames;
   buffer_frames_ = buffer_frames;

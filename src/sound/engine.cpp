@@ -142,7 +142,7 @@ int32_t start() noexcept {
   return -1;
 }
 
-/// Posts before it lets go of the mutex, so that an engine that ends has got the post or gets none.
+/// False when the engine has ended meanwhile.
 bool queue(const char *path, size_t length) noexcept {
   const mutex_lock holding{snd_mutex};
   word(snd_stop_flag).store(0, std::memory_order_relaxed);
@@ -151,7 +151,6 @@ bool queue(const char *path, size_t length) noexcept {
   snd_req_type[snd_req_write] = kind_of({path, length});
   std::copy_n(path, length + 1, snd_req_path[snd_req_write].data());
   snd_req_write = next_slot(snd_req_write);
-  ::sem_post(&snd_sem);
   return true;
 }
 
@@ -186,8 +185,10 @@ int32_t snd_play_direct(const char *path, int32_t stop_current) noexcept {
   }
   if (stop_current == 1)
     word(snd_stop_flag).store(1, std::memory_order_relaxed);
-  if (queue(path, length))
-    log_printf("%s():%s", "snd_play_direct", path);
+  if (!queue(path, length))
+    return 1;
+  ::sem_post(&snd_sem);
+  log_printf("%s():%s", "snd_play_direct", path);
   return 1;
 }
 

@@ -83,6 +83,7 @@ TEST_F(SimConsole, KeyIsTakenFromThePort) {
   ::dup2(opened(O_RDWR).get(), STDIN_FILENO);
   type("k");
   EXPECT_EQ(getch(), 'k');
+  EXPECT_THAT(board_.events(), IsEmpty());
   ::dup2(before.get(), STDIN_FILENO);
 }
 

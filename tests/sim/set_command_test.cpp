@@ -137,8 +137,8 @@ TEST_F(SimSet, OldTextStaysWholeForThoseWhoAreReadingIt) {
   const std::string before = board_.read("proc/ambarella/adc");
   set({"temperature=80"});
   std::string text(before.size() + 1, '\0');
-  EXPECT_EQ(::read(reader.get(), text.data(), text.size()), static_cast<ssize_t>(before.size()));
-  EXPECT_STREQ(text.c_str(), before.c_str());
+  text.resize(static_cast<size_t>(::read(reader.get(), text.data(), text.size())));
+  EXPECT_EQ(text, before);
 }
 
 TEST_F(SimSet, NothingChangesWhenOneIsWrong) {
@@ -183,6 +183,16 @@ TEST_F(SimSet, BoardAndInputHaveToBeNamed) {
   const outcome result = launch({"set", board_.path("dev"), "hdmi=on"});
   EXPECT_EQ(result.exit_status(), 1);
   EXPECT_THAT(result.errors, StartsWith("dravik-sim: " + board_.path("dev") + ": is no board"));
+}
+
+TEST_F(SimSet, FileThatCannotBeReadIsNotReplaced) {
+  const std::string settings = board_.read("board.conf");
+  board_.remove("proc/ambarella/adc");
+  board_.write("proc/ambarella/adc/in the way", "");
+  const outcome result = try_to_set({"accel=1,2,3", "temperature=20"});
+  EXPECT_EQ(result.exit_status(), 1);
+  EXPECT_EQ(result.errors, "dravik-sim: " + board_.path("proc/ambarella/adc") + ": Is a directory\n");
+  EXPECT_EQ(board_.read("board.conf"), settings);
 }
 
 TEST_F(SimSet, BoardThatCannotBeWrittenIsTold) {

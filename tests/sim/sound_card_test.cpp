@@ -127,6 +127,18 @@ TEST_F(SimSoundCard, HasTheFormatsOfACodec) {
   EXPECT_EQ(snd_pcm_hw_params_test_access(stream, hw, SND_PCM_ACCESS_MMAP_INTERLEAVED), -EINVAL);
 }
 
+TEST_F(SimSoundCard, RefusesWhatAlsaCannotSettle) {
+  sound_stream stream;
+  ASSERT_EQ(stream.open(), 0);
+  snd_pcm_hw_params_t *hw;
+  snd_pcm_hw_params_alloca(&hw);
+  snd_pcm_hw_params_any(stream, hw);
+  unsigned period_us = 10000;
+  EXPECT_EQ(snd_pcm_hw_params_set_period_time_near(stream, hw, &period_us, nullptr), 0);
+  EXPECT_EQ(snd_pcm_hw_params(stream, hw), -EINVAL);
+  EXPECT_THAT(board_.events(), ElementsAre());
+}
+
 TEST_F(SimSoundCard, HasNoMicrophone) {
   snd_pcm_t *capture = nullptr;
   EXPECT_EQ(snd_pcm_open(&capture, "default", SND_PCM_STREAM_CAPTURE, 0), -ENODEV);
@@ -457,6 +469,8 @@ TEST_F(SimSoundCard, SettlesOnOnePeriodAsOrdered) {
   snd_pcm_hw_params_t *hw;
   snd_pcm_hw_params_alloca(&hw);
   snd_pcm_hw_params_any(stream, hw);
+  snd_pcm_hw_params_set_channels(stream, hw, 2);
+  snd_pcm_hw_params_set_rate(stream, hw, 48000, 0);
   unsigned period_us = 10000;
   unsigned buffer_us = 40000;
   EXPECT_EQ(snd_pcm_hw_params_set_period_time_near(stream, hw, &period_us, nullptr), 0);

@@ -112,10 +112,10 @@ TEST_F(EngineRing, ExitDropsWhatIsQueued) {
   stage.wake_ups.open();
   stage.writes.await(1);
   std::thread other{[] {
-    announce_blocking();
+    announce_lock();
     snd_exit();
   }};
-  stage.blocked.await(1);
+  stage.callers.await(1);
   stage.writes.open();
   other.join();
   EXPECT_THAT(heard(), ElementsAre(1));
@@ -144,10 +144,10 @@ TEST_F(EngineRing, ExitDuringASoundLeavesTheIndicesEqual) {
   play(sound(1));
   stage.pauses.await(1);
   std::thread other{[] {
-    announce_blocking();
+    announce_lock();
     snd_exit();
   }};
-  stage.blocked.await(1);
+  stage.callers.await(1);
   stage.pauses.open();
   other.join();
   EXPECT_EQ(start(), 1);

@@ -17,7 +17,7 @@ namespace {
 constexpr unsigned long period_frames = 4;
 constexpr size_t samples_a_read = 2 * period_frames;
 
-thread_local bool announces_blocking = false;
+thread_local bool announces_lock = false;
 thread_local std::optional<int> unlock_result;
 
 } // namespace
@@ -58,8 +58,8 @@ void gate::pass() {
     --tickets_;
 }
 
-void announce_blocking() {
-  announces_blocking = true;
+void announce_lock() {
+  announces_lock = true;
 }
 
 void set_unlock_result(int result) {
@@ -73,7 +73,7 @@ engine_fixture::engine_fixture() {
 }
 
 engine_fixture::~engine_fixture() {
-  for (gate *one : {&stage.wake_ups, &stage.writes, &stage.pauses})
+  for (gate *one : {&stage.wake_ups, &stage.writes, &stage.pauses, &stage.callers})
     one->open();
   snd_exit();
 }
@@ -135,13 +135,11 @@ int usleep(useconds_t microseconds) {
 
 int pthread_mutex_lock(pthread_mutex_t *mutex) noexcept {
   static const auto next = next_call<int(pthread_mutex_t *)>("pthread_mutex_lock");
-  if (!dravik::test::announces_blocking)
-    return next(mutex);
-  if (::pthread_mutex_trylock(mutex) == 0)
-    return 0;
-  dravik::test::announces_blocking = false;
-  stage.mutex = mutex;
-  stage.blocked.pass();
+  if (dravik::test::announces_lock) {
+    dravik::test::announces_lock = false;
+    stage.mutex = mutex;
+    stage.callers.pass();
+  }
   return next(mutex);
 }
 

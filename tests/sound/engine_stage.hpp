@@ -43,7 +43,7 @@ struct engine_stage {
   gate wake_ups; ///< a request came; the mutex is not taken yet
   gate writes;   ///< frames on their way to the device
   gate pauses;
-  gate blocked; ///< callers that announced themselves and found the mutex taken
+  gate callers; ///< about to take the mutex, when they said so before
 
   std::vector<unsigned> pauses_us;
   int interruptions = 0; ///< so many times a signal comes instead of a request
@@ -54,13 +54,13 @@ struct engine_stage {
   int granted_priority = 90;
   std::vector<std::string> calls; ///< about threads
   pthread_t thread = {};
-  pthread_mutex_t *mutex = nullptr; ///< the one that the last caller was blocked on
+  pthread_mutex_t *mutex = nullptr; ///< the one that the last of these callers takes
 };
 
 extern engine_stage stage;
 
-/// The next mutex that this thread has to wait for is announced at the gate `blocked`.
-void announce_blocking();
+/// This thread comes by the gate `callers` before it takes its next mutex.
+void announce_lock();
 /// What each unlocking of a mutex gives in this thread.
 void set_unlock_result(int result);
 

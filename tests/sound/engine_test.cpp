@@ -209,11 +209,11 @@ protected:
   /// Starts a caller that has to wait.
   template <class Call> void call(Call call) {
     caller_ = std::thread{[this, call] {
-      announce_blocking();
+      announce_lock();
       call();
       has_returned_.store(true);
     }};
-    stage.blocked.await(1);
+    stage.callers.await(1);
   }
 
   /// Lets the sound go on to its end; the thread stands in its pause then, with the mutex.
@@ -295,6 +295,22 @@ TEST_F(EngineInProgress, ExitLetsTheSoundEnd) {
   EXPECT_EQ(stage.calls.back(), "join");
   EXPECT_EQ(get_snd_thread_state(), 0U);
   EXPECT_EQ(stage.pauses_us.size(), 1U);
+}
+
+TEST_F(Engine, RequestThatComesTooLateIsNotQueued) {
+  start();
+  stage.callers.close();
+  std::thread late{[this] {
+    announce_lock();
+    EXPECT_EQ(play(sound(1), 1), 1);
+  }};
+  stage.callers.await(1);
+  snd_exit();
+  stage.callers.open();
+  late.join();
+  EXPECT_FALSE(board_.exists("tmp/dravik.log"));
+  EXPECT_EQ(pcm_playback(sound(2).c_str()), 1); // the player was not left stopped
+  EXPECT_THAT(heard(), ElementsAre(2));
 }
 
 TEST_F(Engine, StopAllGivesTheResultOfUnlocking) {
