@@ -1,5 +1,6 @@
-// "card" and "recordings". What changes the card is tried only up to where commands would run.
+// "card" and "recordings".
 
+#include "board/card.hpp"
 #include "ctl_fixture.hpp"
 
 #include <fcntl.h>
@@ -10,6 +11,9 @@
 
 namespace dravik::ctl_test {
 namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
 
 class CtlCard : public CtlTool {
 protected:
@@ -72,14 +76,14 @@ TEST_F(CtlCard, WithoutTheDriverTheLockIsUnknown) {
   plug_in();
   board_.remove("proc/modules");
   EXPECT_EQ(asked({"card"}, "[.locked, .healthy, .status]"), "[null,false,252]");
-  EXPECT_THAT(told({"card"}), testing::HasSubstr("\nlocked: -\n"));
+  EXPECT_THAT(told({"card"}), HasSubstr("\nlocked: -\n"));
 }
 
 TEST_F(CtlCard, CheckSaysWhatIsWrong) {
   const auto complaint = [this] {
     const run_result result = run({"card", "check"});
     EXPECT_EQ(result.status, 1);
-    EXPECT_THAT(result.out, testing::HasSubstr("healthy: no\n"));
+    EXPECT_THAT(result.out, HasSubstr("healthy: no\n"));
     return result.err;
   };
   EXPECT_EQ(complaint(), "dravik-ctl: there is no card\n");
@@ -123,6 +127,95 @@ TEST_F(CtlCard, RefusesWordsThatMakeNoSense) {
   expect_misuse({"card", "check", "--yes"}, "card: --yes goes with repair, partition and format");
   expect_misuse({"card", "--yes"}, "card: --yes goes with repair, partition and format");
   expect_misuse({"card", "check", "now"}, "card: too many arguments");
+}
+
+/// A board with a real card. Nothing runs unless the simulator answers for the shell commands.
+class CtlCardRepair : public CtlTool {
+protected:
+  void SetUp() override {
+    std::string error;
+    ASSERT_TRUE(sim::make_card(board_.path(), sim::smallest_card_mebibytes, error)) << error;
+    told({"mic", "off"});
+    ASSERT_THAT(board_.events(), ElementsAre("shell: amixer cset numid=64 off"));
+    board_.clear_events();
+  }
+
+  void put_in_again(sim::card_lock lock) const {
+    std::string error;
+    ASSERT_TRUE(sim::remove_card(board_.path(), error)) << error;
+    ASSERT_TRUE(sim::insert_card(board_.path(), lock, error)) << error;
+  }
+};
+
+TEST_F(CtlCardRepair, RepairUnmountsChecksAndMounts) {
+  board_.write("tmp/mmcblk0p1/REC/KVX00001.TS", "film");
+  EXPECT_EQ(told({"card", "repair", "--yes"}), "unmount: 0\ncheck: 0\nmount: 0\n");
+  EXPECT_THAT(board_.events(), ElementsAre("shell: /bin/umount /dev/mmcblk0p1",
+                                           "shell: /usr/local/bin/dosfsck -a /dev/mmcblk0p1",
+                                           "shell: mount /dev/mmcblk0p1 /tmp/mmcblk0p1"));
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/REC/KVX00001.TS"), "film");
+  EXPECT_EQ(asked({"card", "repair", "--yes"}, "."), R"({"unmount":0,"check":0,"mount":0})");
+}
+
+TEST_F(CtlCardRepair, VerboseShowsWhatTheCommandsSay) {
+  const run_result result = run({"card", "repair", "--yes", "--verbose", "--json"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(found(result.out, ".check"), "0");
+  EXPECT_THAT(result.err, HasSubstr("fsck.fat "));
+}
+
+TEST_F(CtlCardRepair, SaysWhenTheCardIsNotMountedAfterwards) {
+  board_.set_fault("shell", "mount");
+  const run_result result = run({"card", "repair", "--yes"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, "unmount: 0\ncheck: 0\nmount: 1\n");
+  EXPECT_THAT(result.err, testing::StartsWith("dravik-ctl: the card is not mounted after the repair"));
+}
+
+TEST_F(CtlCardRepair, FormatEmptiesTheCardAndRestarts) {
+  board_.write("tmp/mmcblk0p1/REC/KVX00001.TS", "film");
+  run({"card", "format", "--yes"});
+  EXPECT_THAT(board_.events(), ElementsAre("shell: /bin/umount /dev/mmcblk0p1",
+                                           "shell: /sbin/mkfs.vfat /dev/mmcblk0p1", "shell: /sbin/reboot"));
+  EXPECT_FALSE(board_.exists("tmp/mmcblk0p1/REC"));
+  EXPECT_EQ(asked({"card", "check"}, ".healthy"), "true");
+}
+
+TEST_F(CtlCardRepair, PartitionWritesTheTableForTheWholeCard) {
+  run({"card", "partition", "--yes"});
+  EXPECT_THAT(board_.events(),
+              ElementsAre("shell: /bin/dd if=/tmp/mbr.img of=/dev/mmcblk0", "sync", "shell: /sbin/reboot"));
+  const std::string table = board_.read("tmp/mbr.img");
+  ASSERT_EQ(table.size(), 512U);
+  EXPECT_EQ(table.substr(446, 16), std::string("\0\1\1\0\x0B\0\0\0\x20\0\0\0\xE0\xFF\x01\0", 16))
+      << "sectors 32 to 131071";
+}
+
+TEST_F(CtlCardRepair, PartitionRefusesACardOfAFewSectors) {
+  board_.write("sys/block/mmcblk0/size", "2047\n");
+  expect_refusal({"card", "partition", "--yes"}, 1, "the card has 2047 sectors: too few for a partition");
+  EXPECT_TRUE(board_.events().empty());
+}
+
+TEST_F(CtlCardRepair, NothingRunsUnlessItIsMeant) {
+  for (const char *how : {"repair", "partition", "format"})
+    EXPECT_EQ(run({"card", how}).status, 2);
+  EXPECT_TRUE(board_.events().empty());
+}
+
+TEST_F(CtlCardRepair, NothingRunsOnALockedCard) {
+  put_in_again(sim::card_lock::on);
+  board_.clear_events();
+  for (const char *how : {"repair", "partition", "format"})
+    expect_refusal({"card", how, "--yes"}, 1, "the card is locked");
+  EXPECT_TRUE(board_.events().empty());
+}
+
+TEST_F(CtlCardRepair, WithoutAPartitionThereIsNothingToRepair) {
+  board_.write("proc/partitions", "major minor  #blocks  name\n\n 179        0      65536 mmcblk0\n");
+  for (const char *how : {"repair", "format"})
+    expect_refusal({"card", how, "--yes"}, 1, "the card has no partition");
+  EXPECT_TRUE(board_.events().empty());
 }
 
 class CtlRecordings : public CtlTool {

@@ -1,4 +1,4 @@
-// "play", "volume" and "mic", up to where the sound card comes in.
+// "play", "volume" and "mic".
 
 #include "ctl_fixture.hpp"
 #include "support/played_sound.hpp"
@@ -55,6 +55,40 @@ TEST_F(CtlPlay, RefusesAPathThatTheLibraryDoesNotTake) {
 }
 
 using CtlMixer = CtlTool;
+using testing::ElementsAre;
+
+TEST_F(CtlMixer, SetsTheSpeaker) {
+  EXPECT_EQ(told({"volume", "80"}), "percent: 80\n");
+  EXPECT_THAT(board_.events(), ElementsAre("shell: amixer cset numid=77 on", "shell: amixer cset numid=5 108",
+                                           "shell: amixer cset numid=1 107 &"));
+  EXPECT_EQ(asked({"volume", "20"}, "."), R"({"percent":20})");
+}
+
+TEST_F(CtlMixer, MutesTheSpeaker) {
+  for (const char *word : {"mute", "0"}) {
+    board_.clear_events();
+    EXPECT_EQ(told({"volume", word}), "percent: 0\n");
+    EXPECT_THAT(board_.events(),
+                ElementsAre("shell: amixer cset numid=1 0 &", "shell: amixer cset numid=5 0 &"));
+  }
+}
+
+TEST_F(CtlMixer, SwitchesTheMicrophone) {
+  EXPECT_EQ(told({"mic", "off"}), "microphone: off\n");
+  EXPECT_EQ(asked({"mic", "on"}, "."), R"({"microphone":"on"})");
+  EXPECT_THAT(board_.events(),
+              ElementsAre("shell: amixer cset numid=64 off", "shell: amixer cset numid=64 on"));
+}
+
+TEST_F(CtlMixer, SaysWhenTheMixerRefuses) {
+  board_.set_fault("shell", "amixer");
+  for (const words &given : {words{"mic", "on"}, words{"volume", "60"}}) {
+    const run_result result = run(given);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_THAT(result.err, testing::StartsWith("dravik-ctl: the mixer did not take it"));
+  }
+}
 
 TEST_F(CtlMixer, RefusesWhatIsNoVolume) {
   for (const std::string word : {"50", "120", "loud", "", "+20"})

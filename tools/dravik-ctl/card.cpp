@@ -23,8 +23,8 @@ not locked, partitioned, and mounted as a writable FAT32 file system.
 
 repair unmounts the card, repairs its file system, and mounts it again: stop recording first.
 partition and format DESTROY WHAT THE CARD HOLDS, and reboot the board: partition writes a new partition table with one
-FAT32 partition, format makes a new file system in it. Their commands' success is not known to the library; --verbose
-shows what they say.
+FAT32 partition, format makes a new file system in it. The library does not know whether they succeed: look with check
+afterwards. The restart may come before they tell anything.
 
 Tells: present, locked (null when the GPIO driver does not tell), partitioned, mounted, fat32, writable, healthy,
 status (the library's byte), sectors of 512 bytes and size_mib of the card; file_system_mib and free_mib, null when it
