@@ -295,6 +295,10 @@ std::pair<uint64_t, uint64_t> clusters_in(const std::string &report) {
 TEST_F(SimCard, RoomIsWhatTheFileSystemHas) {
   for (int i = 0; i < 40; ++i)
     board_.write("tmp/mmcblk0p1/REC/a long name number " + std::to_string(i), std::string(1000, 'x'));
+  for (int i = 10; i < 50; ++i) {
+    board_.write("tmp/mmcblk0p1/Greek/ΑΒΓΔΕΖΗΘΙΚΛ" + std::to_string(i), ""); // 13 letters in 24 bytes
+    board_.write("tmp/mmcblk0p1/short/KVX000" + std::to_string(i) + ".TS", "");
+  }
   board_.write("tmp/mmcblk0p1/REC/KVX00001.TS", std::string(100001, 'x'));
   struct statfs told;
   ASSERT_EQ(::statfs("/tmp/mmcblk0p1", &told), 0);
