@@ -67,7 +67,7 @@ int board_look_around(void) {
   const struct board before = now;
   const int32_t temperature = read_temperature();
   now.has_temperature = temperature != -1;
-  now.temperature_c10 = now.has_temperature ? temperature / 100 : 0;
+  now.temperature_c10 = now.has_temperature ? (temperature + 50) / 100 : 0;
   now.monitor = hdmi_detect();
   now.is_parked = gpio_get(LINE_PARKED) == 1;
   look_at_card(&now.card);

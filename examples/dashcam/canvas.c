@@ -168,13 +168,17 @@ static int digit_width(char figure, enum digit_size size) {
   return digit_place(figure) >= 10 ? third : 2 * third;
 }
 
-void digits(int x, int middle, enum digit_size size, const char *figures, uint16_t background,
-            enum align align) {
-  const int height = digit_sizes[size].height;
+int digits_width(enum digit_size size, const char *figures) {
   int width = 0;
   for (const char *figure = figures; *figure != '\0'; ++figure)
     width += digit_width(*figure, size);
-  x = left_edge(x, width, align);
+  return width;
+}
+
+void digits(int x, int middle, enum digit_size size, const char *figures, uint16_t background,
+            enum align align) {
+  const int height = digit_sizes[size].height;
+  x = left_edge(x, digits_width(size, figures), align);
   for (; *figures != '\0'; x += digit_width(*figures++, size)) {
     const int place = digit_place(*figures);
     if (place >= 0)

@@ -73,6 +73,7 @@ void icon(int x, int middle, enum icons_image art, uint16_t colour, uint16_t bac
 /* Smooth figures: '0' to '9', ':', '.' and ' '. Each figure is two thirds as wide as high. */
 void digits(int x, int middle, enum digit_size size, const char *figures, uint16_t background,
             enum align align);
+int digits_width(enum digit_size size, const char *figures);
 
 /* A JPEG file of the gallery, with its top-left corner at the given place. */
 void photograph(int x, int y, const char *name);

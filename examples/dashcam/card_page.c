@@ -82,7 +82,7 @@ static void draw_room(void) {
   }
   const char *unit = size_figures(shown.free_mib, figures);
   digits(left, y, DIGITS_MEDIUM, figures, BLACK, LEFT);
-  text(left + 112, y + 4, FONT_BODY, SILVER, LEFT, "%s free", unit);
+  text(left + digits_width(DIGITS_MEDIUM, figures) + 14, y + 4, FONT_BODY, SILVER, LEFT, "%s free", unit);
   unit = size_figures(shown.part_mib, figures);
   text(left + width, y + 4, FONT_SMALL, GREY, RIGHT, "of %s %s", figures, unit);
   level(left, y + 42, width, (int)((int64_t)used * 100 / shown.part_mib), EDGE);

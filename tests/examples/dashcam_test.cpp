@@ -1,29 +1,21 @@
 // The demonstration: every screen on panels of several sizes, its command line, and its end.
 
-#include "examples/demonstration_files.hpp"
-#include "support/application.hpp"
+#include "examples/demonstration.hpp"
 
 #include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+namespace dravik::test {
 namespace {
 
-using dravik::sim::screen;
-using dravik::test::add_demonstration_files;
-using dravik::test::application;
-using dravik::test::board;
-using dravik::test::shot;
+using sim::screen;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::Gt;
 using testing::HasSubstr;
-using testing::MatchesRegex;
 using testing::SizeIs;
 using testing::StartsWith;
-
-constexpr uint16_t black = 0x0821, theme = 0x0B77, card = 0x18E4;
-constexpr uint16_t untouched = 0xA5A5;
 
 /// A panel with a second buffer below it and spare bytes at the end of each line.
 screen roomy(uint32_t width, uint32_t height) {
@@ -33,35 +25,16 @@ screen roomy(uint32_t width, uint32_t height) {
   return shown;
 }
 
-/// A board whose screen memory shows what was written to it.
-class prepared_board : public board {
-public:
-  explicit prepared_board(const screen &shown) : board(shown) {
-    add_demonstration_files(*this);
-    write("dev/fb0", std::string(shown.memory_bytes(), '\xA5'));
-  }
-};
-
-void expect_only_progress(const std::string &errors) {
-  EXPECT_THAT(errors, MatchesRegex("q7bmp_alloc\\(\\): file_num : 2\n"
-                                   "  /usr/local/dravik/art/icons_(320|640).q7 : [0-9]+\n"
-                                   "  /usr/local/dravik/art/digits_(320|640).q7 : 36\n"));
-}
-
 shot screen_of(const std::string &name, const screen &shown, const std::string &time = "14:32:08",
                const std::string &language = "en") {
   const prepared_board on{shown};
-  application dashcam{on, DASHCAM, {"--screen", name, "--time", time, "--language", language}};
-  EXPECT_EQ(dashcam.finish(), 0);
-  expect_only_progress(dashcam.errors());
-  EXPECT_EQ(dashcam.output(), "");
-  return {on, shown};
+  return shot_of(on, {"--screen", name, "--language", language}, shown, time);
 }
 
 // -------------------------------------------------------------------------------------------- every screen
 
-const std::string names[] = {"splash",  "home",      "menu",   "settings", "playback", "gallery",
-                             "journey", "languages", "sensor", "theme",    "shutdown"};
+const std::string names[] = {"splash",  "home",      "menu",   "settings", "sound",  "playback", "gallery",
+                             "journey", "languages", "sensor", "card",     "system", "theme",    "shutdown"};
 
 struct panel {
   uint32_t width, height;
@@ -149,10 +122,10 @@ TEST(DashcamHome, ShowsTheRoadAndTheSpeedLimit) {
 
 TEST(DashcamMenu, MarksOneTile) {
   const shot seen = screen_of("menu", screen::of_size(640, 480));
-  EXPECT_EQ(seen.at(30, 120), card);
+  EXPECT_EQ(seen.at(30, 120), card_ground);
   EXPECT_EQ(seen.at(30 + 153, 120), theme);
-  EXPECT_EQ(seen.at(30 + 2 * 153, 120), card);
-  EXPECT_EQ(seen.at(30, 120 + 190), card);
+  EXPECT_EQ(seen.at(30 + 2 * 153, 120), card_ground);
+  EXPECT_EQ(seen.at(30, 120 + 190), card_ground);
 }
 
 /// The labels of the two rows of tiles.
@@ -291,7 +264,21 @@ INSTANTIATE_TEST_SUITE_P(Wrong, DashcamCommandLine,
                                          words{"--seconds", "-1"}, words{"--seconds", "99999999999999999999"},
                                          words{"--time", "24:00:00"}, words{"--time", "14:32"},
                                          words{"--time", "14:32:08s"}, words{"--colour", "red"},
-                                         words{"--language", "tlh"}, words{"--language"}));
+                                         words{"--language", "tlh"}, words{"--language"},
+                                         words{"--press", "menu", "--screen", "card"}, words{"--press", ""},
+                                         words{"--press", "ok,"}, words{"--press", "okay"}));
+
+class DashcamOneScreen : public testing::TestWithParam<std::vector<std::string>> {};
+
+TEST_P(DashcamOneScreen, IsWantedToStayOnOrToPressKeysOn) {
+  const board on;
+  application dashcam{on, DASHCAM, GetParam()};
+  EXPECT_EQ(dashcam.finish(), 2);
+  EXPECT_EQ(dashcam.errors(),
+            "dashcam: not understood: --press and --stay want --screen; see dashcam --help\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(Wanted, DashcamOneScreen, testing::Values(words{"--stay"}, words{"--press", "ok"}));
 
 TEST(Dashcam, SaysWhenItsFilesAreMissing) {
   const board on;
@@ -316,3 +303,4 @@ TEST(Dashcam, NoticesOneMissingPicture) {
 }
 
 } // namespace
+} // namespace dravik::test

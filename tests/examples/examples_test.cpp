@@ -1,19 +1,15 @@
 // The examples that show one task each.
 
-#include "examples/demonstration_files.hpp"
-#include "support/application.hpp"
+#include "examples/demonstration.hpp"
 
 #include <dravik.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+namespace dravik::test {
 namespace {
 
-using dravik::sim::screen;
-using dravik::test::add_demonstration_files;
-using dravik::test::application;
-using dravik::test::board;
-using dravik::test::shot;
+using sim::screen;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::Gt;
@@ -21,8 +17,7 @@ using testing::HasSubstr;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
 
-constexpr uint16_t black = 0x0821, white = 0xFFFF, red = 0xF800, yellow = 0xFFE0, cyan = 0x07FF,
-                   theme = 0x0B77;
+constexpr uint16_t yellow = 0xFFE0, cyan = 0x07FF;
 
 TEST(DrawExample, DrawsItsShapes) {
   const board on;
@@ -122,3 +117,4 @@ TEST(LogExample, WritesFromTwoThreads) {
 }
 
 } // namespace
+} // namespace dravik::test

@@ -1,27 +1,22 @@
 // The demonstration's screenshots: what lands on the memory card.
 
-#include "examples/demonstration_files.hpp"
-#include "support/application.hpp"
+#include "examples/demonstration.hpp"
 
 #include <csignal>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+namespace dravik::test {
 namespace {
 
-using dravik::sim::screen;
-using dravik::test::add_demonstration_files;
-using dravik::test::application;
-using dravik::test::board;
-using dravik::test::shot;
+using sim::screen;
 using testing::Each;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::MatchesRegex;
 using testing::SizeIs;
 
-constexpr uint16_t theme = 0x0B77;
 const std::string is_saved = "dashcam: the screen is saved on the card\n";
 
 /// The names of the files on the card.
@@ -137,3 +132,4 @@ TEST(DashcamScreenshotKey, FailsWhenTheCardIsOut) {
 }
 
 } // namespace
+} // namespace dravik::test

@@ -158,7 +158,7 @@ TEST_F(SimCard, LockedCardIsNeitherFormattedNorRepaired) {
   unmount();
   EXPECT_EQ(run_command("/sbin/mkfs.vfat /dev/mmcblk0p1"), 1);
   EXPECT_EQ(run_command("/usr/local/bin/dosfsck -a /dev/mmcblk0p1"), 2);
-  EXPECT_EQ(run_command("/usr/local/bin/dosfsck -n /dev/mmcblk0p1 > /dev/null"), 0);
+  EXPECT_EQ(run_command("/usr/local/bin/dosfsck -vn /dev/mmcblk0p1 > /dev/null"), 0);
   EXPECT_EQ(files_on_card(), "::/kept\n");
 }
 

@@ -1,6 +1,7 @@
 // "play", "volume" and "mic", up to where the sound card comes in.
 
 #include "ctl_fixture.hpp"
+#include "support/played_sound.hpp"
 
 namespace dravik::ctl_test {
 namespace {
@@ -27,11 +28,8 @@ protected:
 TEST_F(CtlPlay, PlaysAFileToItsEnd) {
   const std::string path = put_wave();
   EXPECT_EQ(asked({"play", path}, ".file, (.milliseconds | type)"), path + "\nnumber");
-  const std::string played = board_.read("sound/played.wav");
-  size_t count = 0;
-  for (size_t i = 44; i + 4 <= played.size(); i += 4)
-    count += played.compare(i, 4, "\x34\x12\x34\x12") == 0;
-  EXPECT_EQ(count, samples) << "each on both sides";
+  const std::vector<int16_t> played = test::samples_of_recording(board_.read("sound/played.wav"));
+  EXPECT_EQ(std::ranges::count(played, 0x1234), 2 * samples) << "each on both sides";
 }
 
 TEST_F(CtlPlay, SaysWhenThereIsNoCard) {

@@ -1,0 +1,187 @@
+// The demonstration's page of the memory card: what it shows, and that it repairs and formats only when told
+// to.
+
+#include "examples/living_dashcam.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace dravik::test {
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+using testing::Not;
+using testing::SizeIs;
+
+constexpr int restart_status = 75; ///< of an application that has the board restarted
+
+void take_out(const board &of) {
+  std::string error;
+  EXPECT_TRUE(sim::remove_card(of.path(), error)) << error;
+}
+void put_in(const board &to, sim::card_lock lock = sim::card_lock::off) {
+  std::string error;
+  EXPECT_TRUE(sim::insert_card(to.path(), lock, error)) << error;
+}
+
+/// The shell commands that the board was given.
+std::vector<std::string> commands_of(const board &on) {
+  std::vector<std::string> commands;
+  for (const std::string &line : on.events())
+    if (line.starts_with("shell: "))
+      commands.push_back(line.substr(7));
+  return commands;
+}
+
+/// The card page after these keys, on a card with a recording.
+class DashcamCard : public testing::Test {
+protected:
+  DashcamCard() { on_.write(recording_, std::string(3000000, 'r')); }
+
+  int press(const std::string &keys) const {
+    application dashcam{on_, DASHCAM, {"--screen", "card", "--press", keys}};
+    return dashcam.finish();
+  }
+
+  static constexpr const char *recording_ = "tmp/mmcblk0p1/REC/KVX00007.TS";
+  const recording_board on_;
+};
+
+// ---------------------------------------------------------------------------------------- the questions
+
+TEST_F(DashcamCard, IsFormattedAfterYes) {
+  EXPECT_EQ(press("next,ok,next,ok"), restart_status);
+  EXPECT_THAT(commands_of(on_), Contains("/sbin/mkfs.vfat /dev/mmcblk0p1"));
+  EXPECT_FALSE(on_.exists(recording_));
+}
+
+class DashcamCardUnchanged : public DashcamCard, public testing::WithParamInterface<const char *> {};
+
+TEST_P(DashcamCardUnchanged, WithoutAYes) {
+  EXPECT_EQ(press(GetParam()), 0);
+  EXPECT_THAT(commands_of(on_), SizeIs(0));
+  EXPECT_TRUE(on_.exists(recording_));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, DashcamCardUnchanged,
+                         testing::Values("next", "next,ok", "next,ok,ok", "next,ok,next,next,ok", "ok,ok",
+                                         "next,ok,next"));
+
+TEST_F(DashcamCard, ForgetsTheAnswerOfTheLastQuestion) {
+  EXPECT_EQ(press("ok,next,next,ok,next,ok,ok"), 0);
+  EXPECT_THAT(commands_of(on_), SizeIs(0));
+}
+
+TEST_F(DashcamCard, IsRepairedAfterYes) {
+  EXPECT_EQ(press("ok,next,ok"), 0);
+  EXPECT_THAT(commands_of(on_),
+              testing::ElementsAre("/bin/umount /dev/mmcblk0p1", "/usr/local/bin/dosfsck -a /dev/mmcblk0p1",
+                                   "mount /dev/mmcblk0p1 /tmp/mmcblk0p1"));
+  EXPECT_TRUE(on_.exists(recording_));
+}
+
+TEST_F(DashcamCard, IsNotTouchedWhenItIsOut) {
+  take_out(on_);
+  EXPECT_EQ(press("next,ok,next,ok"), 0);
+  EXPECT_THAT(commands_of(on_), SizeIs(0));
+}
+
+TEST_F(DashcamCard, AsksInEveryLanguage) {
+  std::set<std::vector<uint16_t>> asked;
+  for (const std::string language : {"en", "de", "el", "ru", "ja", "ko", "zh"}) {
+    const shot seen = shot_of(on_, {"--screen", "card", "--press", "next,ok", "--language", language});
+    EXPECT_EQ(seen.at(120, 330), theme) << "no is marked";
+    EXPECT_TRUE(asked.insert(seen.area(190, 200, 360, 80)).second) << language;
+  }
+}
+
+// --------------------------------------------------------------------------------------------- the page
+
+/// The spots before the checks, in their order.
+std::vector<uint16_t> spots(const shot &seen) {
+  std::vector<uint16_t> colours;
+  for (uint32_t place = 0; place < 6; ++place)
+    colours.push_back(seen.at(54 + place % 2 * 172, 346 + place / 2 * 44));
+  return colours;
+}
+
+TEST_F(DashcamCard, ShowsItsChecks) {
+  EXPECT_EQ(spots(shot_of(on_, {"--screen", "card"})), std::vector<uint16_t>(6, theme));
+  put_in(on_, sim::card_lock::on);
+  EXPECT_EQ(spots(shot_of(on_, {"--screen", "card"})),
+            (std::vector<uint16_t>{theme, red, theme, theme, theme, red}));
+  take_out(on_);
+  EXPECT_EQ(spots(shot_of(on_, {"--screen", "card"})), std::vector<uint16_t>(6, edge));
+}
+
+/// The number of recordings: figures 24 pixels wide.
+std::vector<uint16_t> recordings_figure(const shot &seen, uint32_t number) {
+  return seen.area(426 + 24 * number, 162, 24, 36);
+}
+
+TEST_F(DashcamCard, CountsItsRecordings) {
+  const shot one = shot_of(on_, {"--screen", "card"});
+  for (int number = 10; number < 20; ++number)
+    on_.write("tmp/mmcblk0p1/REC/KVX000" + std::to_string(number) + ".TS", "r");
+  const shot eleven = shot_of(on_, {"--screen", "card"});
+  EXPECT_EQ(recordings_figure(eleven, 0), recordings_figure(one, 0));
+  EXPECT_EQ(recordings_figure(eleven, 1), recordings_figure(one, 0));
+  EXPECT_NE(recordings_figure(one, 1), recordings_figure(one, 0));
+}
+
+TEST_F(DashcamCard, ShowsItsEvents) {
+  for (const char *name : {"EMA00001.TS", "EMB00002.TS", "EMD00003.TS"})
+    on_.write(std::string{"tmp/mmcblk0p1/REC/"} + name, "r");
+  const shot seen = shot_of(on_, {"--screen", "card"});
+  constexpr uint16_t taken[] = {theme, theme, theme, black, black};
+  for (uint32_t slot = 0; slot < 5; ++slot)
+    EXPECT_EQ(seen.at(426 + slot * 150 / 4 + 13, 305), taken[slot]) << slot;
+}
+
+TEST_F(DashcamCard, ShowsHowFullItIs) {
+  const auto used = [](const shot &seen) {
+    uint32_t width = 0;
+    while (seen.at(44 + width, 276) == theme)
+      ++width;
+    return width;
+  };
+  const uint32_t before = used(shot_of(on_, {"--screen", "card"}));
+  on_.write("tmp/mmcblk0p1/REC/KVX00008.TS", std::string(30000000, 'r'));
+  const uint32_t after = used(shot_of(on_, {"--screen", "card"}));
+  EXPECT_NEAR(after - before, 324 * 30 / 66, 12) << "30 of about 66 million bytes";
+}
+
+// ---------------------------------------------------------------------------------------- while it runs
+
+TEST_F(DashcamCard, IsMissedAndWelcomed) {
+  living_dashcam dashcam{on_, {"--screen", "card", "--stay"}};
+  dashcam.await_line("state: recording");
+  take_out(on_);
+  dashcam.await_line("state: card missing");
+  put_in(on_);
+  dashcam.await_line("state: recording");
+  EXPECT_EQ(spots(dashcam.end()), std::vector<uint16_t>(6, theme));
+}
+
+TEST_F(DashcamCard, IsFullBeforeItsLastByte) {
+  on_.write("tmp/mmcblk0p1/REC/KVX00008.TS", std::string(61000000, 'r'));
+  living_dashcam dashcam{on_, {"--screen", "card", "--stay"}};
+  dashcam.await_line("state: card full");
+  dashcam.end();
+  EXPECT_THAT(on_.events(), Contains("led: orange"));
+}
+
+TEST_F(DashcamCard, IsLeftAloneByAKeyThatSaysNo) {
+  living_dashcam dashcam{on_, {"--screen", "card", "--stay"}};
+  dashcam.await_line("screen card");
+  dashcam.press_next();
+  dashcam.press_ok();
+  dashcam.press_ok();
+  dashcam.await_line("card: no");
+  dashcam.end();
+  EXPECT_TRUE(on_.exists(recording_));
+}
+
+} // namespace
+} // namespace dravik::test

@@ -1,0 +1,209 @@
+// The demonstration's sound: what reaches the loudspeaker, and the page that sets it.
+
+#include "examples/living_dashcam.hpp"
+#include "support/played_sound.hpp"
+#include "support/program.hpp"
+
+#include <algorithm>
+#include <cstdlib>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace dravik::test {
+namespace {
+
+using testing::AllOf;
+using testing::Contains;
+using testing::HasSubstr;
+using testing::Not;
+
+using samples = std::vector<int16_t>;
+
+samples samples_of(const std::string &bytes) {
+  samples all(bytes.size() / 2);
+  std::memcpy(all.data(), bytes.data(), all.size() * 2);
+  return all;
+}
+
+/// A board with a loudspeaker that needs no time and is recorded as loud as the samples are.
+class DashcamSound : public testing::Test {
+protected:
+  DashcamSound() {
+    on_.set("sound_clock", "none");
+    on_.set("sound_record", "samples");
+  }
+
+  std::string sound_file(const std::string &name) const { return on_.read("usr/local/dravik/snd/" + name); }
+
+  /// The left channel of what was played; the right one is the same.
+  samples played() const {
+    const samples both = played_samples(on_);
+    samples left;
+    for (size_t i = 0; i + 1 < both.size(); i += 2) {
+      left.push_back(both[i]);
+      EXPECT_EQ(both[i + 1], both[i]);
+    }
+    return left;
+  }
+
+  const recording_board on_;
+};
+
+/// What there is to hear of a sound: without the silence around it.
+samples heard(samples all) {
+  const auto is_loud = [](int16_t sample) { return std::abs(sample) > 200; };
+  all.erase(all.begin(), std::ranges::find_if(all, is_loud));
+  while (!all.empty() && !is_loud(all.back()))
+    all.pop_back();
+  return all;
+}
+
+/// Whether the parts of a sound are all in another one, one after the other, to within a few steps.
+bool is_in(const samples &part, const samples &whole, int tolerance) {
+  const auto is_like = [=](int16_t a, int16_t b) { return std::abs(a - b) <= tolerance; };
+  return !part.empty() && !std::ranges::search(whole, part, is_like).empty();
+}
+
+/// Another decoder's samples of a notice.
+samples decoded(const board &on, const std::string &name) {
+  const std::string wav = on.path("decoded.wav");
+  EXPECT_EQ(run_program({"lame", "--quiet", "--decode", on.path("usr/local/dravik/snd/" + name), wav}), 0);
+  return samples_of(on.read("decoded.wav").substr(44));
+}
+
+TEST_F(DashcamSound, BeginsWithTheChime) {
+  living_dashcam dashcam{on_, {"--screen", "home", "--stay"}};
+  dashcam.await_sound();
+  dashcam.end();
+  EXPECT_TRUE(is_in(heard(samples_of(sound_file("chime.wav").substr(44))), played(), 0));
+}
+
+TEST_F(DashcamSound, SpeaksItsNotices) {
+  living_dashcam dashcam{on_, {"--screen", "home", "--stay"}};
+  dashcam.await_sound();
+  dashcam.await_sound();
+  dashcam.set({"gpio.60=1"});
+  dashcam.await_sound();
+  dashcam.set({"accel=0,2500,1000"});
+  dashcam.await_sound();
+  dashcam.end();
+  const samples all = played();
+  for (const char *name : {"recording.mp3", "parking.mp3", "impact.mp3"})
+    EXPECT_TRUE(is_in(heard(decoded(on_, name)), all, 8)) << name;
+  EXPECT_FALSE(is_in(heard(decoded(on_, "card_missing.mp3")), all, 8));
+}
+
+TEST_F(DashcamSound, SpeaksOfAMissingCard) {
+  std::string error;
+  ASSERT_TRUE(sim::remove_card(on_.path(), error)) << error;
+  living_dashcam dashcam{on_, {"--screen", "home", "--stay"}};
+  dashcam.await_sound();
+  dashcam.await_sound();
+  dashcam.end();
+  EXPECT_TRUE(is_in(heard(decoded(on_, "card_missing.mp3")), played(), 8));
+}
+
+TEST_F(DashcamSound, ClicksWhenAKeyIsPressed) {
+  const samples click = heard(samples_of(sound_file("click.pcm")));
+  living_dashcam dashcam{on_, {"--screen", "home", "--stay"}};
+  dashcam.await_sound();
+  dashcam.await_sound();
+  dashcam.press_next();
+  dashcam.await_sound();
+  dashcam.end();
+  EXPECT_TRUE(is_in(click, played(), 0));
+}
+
+TEST_F(DashcamSound, EndsWithAFarewell) {
+  application dashcam{on_, DASHCAM, {"--turns", "1", "--seconds", "1"}};
+  EXPECT_EQ(dashcam.finish(), 0);
+  EXPECT_TRUE(is_in(heard(decoded(on_, "goodbye.mp3")), played(), 8));
+}
+
+TEST_F(DashcamSound, IsMissingWithoutTheRightToIt) {
+  on_.set("realtime", "refused");
+  living_dashcam dashcam{on_, {"--screen", "home", "--stay"}};
+  dashcam.press_ok();
+  dashcam.await_event("led: off");
+  dashcam.end();
+  EXPECT_THAT(on_.read("tmp/dravik.log"),
+              HasSubstr("] sound: the engine cannot start, the camera stays silent\n"));
+  EXPECT_FALSE(on_.exists("sound/played.wav"));
+}
+
+TEST(DashcamSoundFiles, AreMonoAt48000HzAndEndInSilence) {
+  const prepared_board on;
+  const std::string chime = on.read("usr/local/dravik/snd/chime.wav");
+  EXPECT_EQ(chime.substr(20, 4), std::string("\1\0\1\0", 4)) << "plain samples, one channel";
+  EXPECT_EQ(chime.substr(24, 4), std::string("\x80\xBB\0\0", 4)) << "48000 Hz";
+  for (const std::string &file : {chime, on.read("usr/local/dravik/snd/click.pcm")})
+    EXPECT_EQ(file.substr(file.size() - 48000), std::string(48000, '\0')) << "half a second";
+  for (const char *name :
+       {"recording", "parking", "card_missing", "card_full", "card_error", "impact", "goodbye"}) {
+    const std::string file = on.read(std::string{"usr/local/dravik/snd/"} + name + ".mp3");
+    EXPECT_EQ(file.substr(0, 2), "\xFF\xFB") << "MPEG 1, layer 3";
+    EXPECT_EQ(file[2] & 0x0C, 0x04) << "48000 Hz";
+    EXPECT_EQ(file[3] & 0xC0, 0xC0) << "one channel";
+  }
+}
+
+// --------------------------------------------------------------------------------------------- the page
+
+/// The sound page after these keys.
+class DashcamVolume : public testing::Test {
+protected:
+  shot press(const std::string &keys) const { return shot_of(on_, {"--screen", "sound", "--press", keys}); }
+
+  const recording_board on_;
+};
+
+/// Whether the bars of 20 to 100 per cent are lit.
+std::vector<bool> bars(const shot &seen) {
+  std::vector<bool> lit;
+  for (uint32_t bar = 0; bar < 5; ++bar)
+    lit.push_back(seen.at(385 + bar * 46, 262) == theme);
+  return lit;
+}
+
+TEST_F(DashcamVolume, GoesUpInStepsAndBeginsAnew) {
+  EXPECT_EQ(bars(shot_of(on_, {"--screen", "sound"})), (std::vector{true, true, true, false, false}));
+  EXPECT_EQ(bars(press("ok")), (std::vector{true, true, true, true, false}));
+  EXPECT_EQ(bars(press("ok,ok")), (std::vector{true, true, true, true, true}));
+  EXPECT_EQ(bars(press("ok,ok,ok")), (std::vector{false, false, false, false, false}));
+  EXPECT_EQ(bars(press("ok,ok,ok,ok")), (std::vector{true, false, false, false, false}));
+}
+
+TEST_F(DashcamVolume, IsThatOfTheMixer) {
+  press("ok");
+  EXPECT_THAT(on_.read("sound/mixer"), HasSubstr("numid 1 = 107\n"));
+  press("ok,ok");
+  EXPECT_THAT(on_.read("sound/mixer"), HasSubstr("numid 1 = 113\n"));
+}
+
+TEST_F(DashcamVolume, IsMutedAndComesBack) {
+  press("next,ok");
+  EXPECT_THAT(on_.read("sound/mixer"), AllOf(HasSubstr("numid 1 = 0\n"), HasSubstr("numid 5 = 0\n")));
+  press("next,ok,ok");
+  EXPECT_THAT(on_.read("sound/mixer"), AllOf(HasSubstr("numid 1 = 100\n"), HasSubstr("numid 5 = 108\n")));
+}
+
+TEST_F(DashcamVolume, HasASwitchForTheMicrophone) {
+  press("next,next,ok");
+  EXPECT_THAT(on_.read("sound/mixer"), HasSubstr("numid 64 = off\n"));
+  press("next,next,ok,ok");
+  EXPECT_THAT(on_.read("sound/mixer"), HasSubstr("numid 64 = on\n"));
+}
+
+TEST_F(DashcamVolume, MarksOneItem) {
+  enum { MUTE_ROW = 350, MICROPHONE_ROW = 420 };
+  const auto marks = [](const shot &seen) {
+    return std::vector{seen.at(20, 200) == white, seen.at(300, MUTE_ROW) == theme,
+                       seen.at(300, MICROPHONE_ROW) == theme};
+  };
+  EXPECT_EQ(marks(shot_of(on_, {"--screen", "sound"})), (std::vector{true, false, false}));
+  EXPECT_EQ(marks(press("next")), (std::vector{false, true, false}));
+  EXPECT_EQ(marks(press("next,next")), (std::vector{false, false, true}));
+}
+
+} // namespace
+} // namespace dravik::test

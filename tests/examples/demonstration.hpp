@@ -1,0 +1,71 @@
+// The demonstration on boards of its own, and what the tests of the examples share.
+#pragma once
+
+#include "board/card.hpp"
+#include "support/application.hpp"
+#include "support/board.hpp"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace dravik::test {
+
+// The demonstration's colours.
+constexpr uint16_t black = 0x0821, white = 0xFFFF, red = 0xF800, theme = 0x0B77, card_ground = 0x18E4,
+                   edge = 0x3A09;
+constexpr uint16_t untouched = 0xA5A5;
+
+/// Puts the demonstration's fonts, artwork, pictures and sounds on a board.
+inline void add_demonstration_files(const board &to) {
+  namespace files = std::filesystem;
+  std::error_code code;
+  files::copy(DASHCAM_FILES, to.path(),
+              files::copy_options::recursive | files::copy_options::overwrite_existing, code);
+  ASSERT_FALSE(code) << code.message();
+}
+
+/// A board whose screen memory shows what was written to it.
+class prepared_board : public board {
+public:
+  explicit prepared_board(const sim::screen &shown = sim::screen::of_size(640, 480)) : board(shown) {
+    add_demonstration_files(*this);
+    write("dev/fb0", std::string(shown.memory_bytes(), '\xA5'));
+  }
+};
+
+/// One with a card in its slot, so that the camera records.
+class recording_board : public prepared_board {
+public:
+  explicit recording_board(const sim::screen &shown = sim::screen::of_size(640, 480))
+      : prepared_board(shown) {
+    std::string error;
+    if (!sim::make_card(path(), sim::smallest_card_mebibytes, error))
+      ADD_FAILURE() << error;
+  }
+};
+
+/// Nothing but the progress of the loader of artwork and of the sensor, and the end of the console.
+inline void expect_only_progress(const std::string &errors) {
+  EXPECT_THAT(errors, testing::MatchesRegex("q7bmp_alloc\\(\\): file_num : 2\n"
+                                            "  /usr/local/dravik/art/icons_(320|640).q7 : [0-9]+\n"
+                                            "  /usr/local/dravik/art/digits_(320|640).q7 : 36\n"
+                                            "((gsensor_|G-Sensor ID : 33|write: |odr: |opmode : Normal|"
+                                            "console_exit)[^\n]*\n)*"));
+}
+
+/// What the demonstration with these words leaves on a board's screen.
+inline shot shot_of(const board &on, std::vector<std::string> words,
+                    const sim::screen &shown = sim::screen::of_size(640, 480),
+                    const std::string &time = "14:32:08") {
+  words.insert(words.end(), {"--time", time});
+  application dashcam{on, DASHCAM, words};
+  EXPECT_EQ(dashcam.finish(), 0);
+  expect_only_progress(dashcam.errors());
+  EXPECT_EQ(dashcam.output(), "");
+  return {on, shown};
+}
+
+} // namespace dravik::test
