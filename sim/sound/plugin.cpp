@@ -1,6 +1,6 @@
 // The simulated sound card as ALSA sees it: an external plugin, loaded for a PCM of the type "dravik".
 
-#include "sound/card.hpp"
+#include "sound/sound_card.hpp"
 
 #include <alsa/asoundlib.h>
 #include <alsa/pcm_external.h>
@@ -19,10 +19,10 @@ constexpr unsigned most_periods = 1024;
 /// One open card: what ALSA knows of it, and the card.
 struct open_card {
   snd_pcm_ioplug_t plug = {};
-  card device;
+  sound_card device;
 };
 
-card &device_of(snd_pcm_ioplug_t *plug) noexcept {
+sound_card &device_of(snd_pcm_ioplug_t *plug) noexcept {
   return static_cast<open_card *>(plug->private_data)->device;
 }
 
@@ -88,7 +88,7 @@ constexpr snd_pcm_ioplug_callback_t make_callbacks() noexcept {
 constexpr snd_pcm_ioplug_callback_t callbacks = make_callbacks();
 
 /// Sizes are in bytes, as in the memory of a card: a buffer of one channel lasts twice as long.
-int limit_parameters(snd_pcm_ioplug_t *plug, const card_settings &settings) noexcept {
+int limit_parameters(snd_pcm_ioplug_t *plug, const sound_settings &settings) noexcept {
   static constexpr unsigned access[] = {SND_PCM_ACCESS_RW_INTERLEAVED};
   static constexpr unsigned formats[] = {SND_PCM_FORMAT_S16_LE};
   static constexpr unsigned rates[] = {8000, 11025, 12000, 16000, 22050, 24000, 32000, 44100, 48000};

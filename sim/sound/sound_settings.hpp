@@ -6,9 +6,9 @@
 namespace dravik::sim {
 
 /// What applications, `faults` and `events` call the card.
-constexpr const char *card_name = "sound";
+constexpr const char *sound_card_name = "sound";
 
-struct card_settings {
+struct sound_settings {
   bool keeps_time = true;        ///< or takes everything at once
   bool records_speaker = true;   ///< or every sample that was written, as it was
   uint32_t buffer_bytes = 65536; ///< the longest buffer
@@ -17,6 +17,6 @@ struct card_settings {
 };
 
 /// As the board's files say now.
-card_settings read_card_settings() noexcept;
+sound_settings read_card_settings() noexcept;
 
 } // namespace dravik::sim

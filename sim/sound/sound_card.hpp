@@ -5,8 +5,8 @@
 #pragma once
 
 #include "base/unique_fd.hpp"
-#include "sound/card_settings.hpp"
 #include "sound/recording.hpp"
+#include "sound/sound_settings.hpp"
 
 #include <cstddef>
 #include <cstdint>
@@ -15,13 +15,13 @@ namespace dravik::sim {
 
 constexpr size_t longest_buffer_samples = 32768;
 
-class card {
+class sound_card {
 public:
   int open() noexcept;
   /// Tells what was heard and what was dropped.
   void close() noexcept;
 
-  const card_settings &settings() const noexcept { return settings_; }
+  const sound_settings &settings() const noexcept { return settings_; }
   /// Becomes readable at the end of each period.
   int period_timer() const noexcept { return timer_.get(); }
   /// Makes it wait for the next period.
@@ -48,7 +48,7 @@ private:
   void keep_heard() noexcept;
   int ordered(const char *request) const noexcept;
 
-  card_settings settings_;
+  sound_settings settings_;
   unique_fd timer_;
   recording recording_;
   sound_format format_;

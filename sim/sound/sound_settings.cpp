@@ -1,6 +1,6 @@
 // What a board's settings and ordered faults make of its sound card.
 
-#include "sound/card_settings.hpp"
+#include "sound/sound_settings.hpp"
 #include "board/settings_text.hpp"
 #include "preload/board_files.hpp"
 
@@ -14,15 +14,15 @@ constexpr uint32_t longest_buffer_bytes = 65536;
 
 } // namespace
 
-card_settings read_card_settings() noexcept {
+sound_settings read_card_settings() noexcept {
   const board_text text{"board.conf"};
-  card_settings settings;
+  sound_settings settings;
   settings.keeps_time = value_of(text, "sound_clock") != "none";
   settings.records_speaker = value_of(text, "sound_record") != "samples";
   settings.buffer_bytes = std::clamp(number_of(text, "sound_buffer", longest_buffer_bytes),
                                      shortest_buffer_bytes, longest_buffer_bytes);
-  settings.refuses_48000 = ordered_fault("rate", card_name) != 0;
-  settings.has_one_period = ordered_fault("equal-periods", card_name) != 0;
+  settings.refuses_48000 = ordered_fault("rate", sound_card_name) != 0;
+  settings.has_one_period = ordered_fault("equal-periods", sound_card_name) != 0;
   return settings;
 }
 

@@ -1,6 +1,6 @@
 // The card behind the plugin: a buffer that is heard at the pace of a clock.
 
-#include "sound/card.hpp"
+#include "sound/sound_card.hpp"
 #include "board/mixer.hpp"
 #include "preload/board_files.hpp"
 #include "sound/timeline.hpp"
@@ -26,14 +26,14 @@ bool is_on_board() noexcept {
 
 } // namespace
 
-int card::ordered(const char *request) const noexcept {
-  const int fault = ordered_fault(request, card_name);
+int sound_card::ordered(const char *request) const noexcept {
+  const int fault = ordered_fault(request, sound_card_name);
   if (fault != 0)
     record_event("sound: %s fails as ordered", request);
   return -fault;
 }
 
-int card::open() noexcept {
+int sound_card::open() noexcept {
   if (!is_on_board())
     return -ENODEV;
   if (const int fault = ordered("open"); fault != 0)
@@ -43,7 +43,7 @@ int card::open() noexcept {
   return timer_ ? recording_.open() : -errno;
 }
 
-void card::close() noexcept {
+void sound_card::close() noexcept {
   stop();
   if (buffer_frames_ == 0)
     return;
@@ -52,7 +52,8 @@ void card::close() noexcept {
     record_event("sound: %" PRIu64 " frames dropped", all_dropped_);
 }
 
-int card::configure(const sound_format &format, uint64_t period_frames, uint64_t buffer_frames) noexcept {
+int sound_card::configure(const sound_format &format, uint64_t period_frames,
+                          uint64_t buffer_frames) noexcept {
   if (const int fault = ordered("params"); fault != 0)
     return fault;
   const uint64_t samples = buffer_frames * format.channels;
@@ -68,13 +69,13 @@ int card::configure(const sound_format &format, uint64_t period_frames, uint64_t
   return 0;
 }
 
-int card::prepare() noexcept {
+int sound_card::prepare() noexcept {
   stop();
   taken_ = heard_ = kept_ = 0;
   return ordered("prepare");
 }
 
-void card::start() noexcept {
+void sound_card::start() noexcept {
   start_ns_ = monotonic_ns();
   running_ = true;
   if (settings_.records_speaker && records_gaps())
@@ -88,7 +89,7 @@ void card::start() noexcept {
     set_timer(1, 0); // a moment that is over: there is always room
 }
 
-void card::stop() noexcept {
+void sound_card::stop() noexcept {
   position(true);
   running_ = false;
   starved_ = false;
@@ -98,10 +99,10 @@ void card::stop() noexcept {
   taken_ = heard_;
 }
 
-int64_t card::take(const int16_t *samples, size_t frames) noexcept {
+int64_t sound_card::take(const int16_t *samples, size_t frames) noexcept {
   if (const int fault = ordered("write"); fault != 0)
     return fault;
-  starved_ = starved_ || take_fault("underrun", card_name);
+  starved_ = starved_ || take_fault("underrun", sound_card_name);
   if (!settings_.records_speaker)
     recording_.add({samples, frames * format_.channels}, 1);
   keep_heard();
@@ -109,7 +110,7 @@ int64_t card::take(const int16_t *samples, size_t frames) noexcept {
   return static_cast<int64_t>(frames);
 }
 
-int64_t card::position(bool draining) noexcept {
+int64_t sound_card::position(bool draining) noexcept {
   if (!running_)
     return static_cast<int64_t>(heard_);
   const uint64_t due = due_frames();
@@ -122,7 +123,7 @@ int64_t card::position(bool draining) noexcept {
 }
 
 /// The timer goes on, so that whoever waits for room learns of it.
-void card::end_by_underrun() noexcept {
+void sound_card::end_by_underrun() noexcept {
   heard_ = taken_;
   running_ = false;
   keep_heard();
@@ -130,7 +131,7 @@ void card::end_by_underrun() noexcept {
 }
 
 /// How many frames the clock wants to have heard.
-uint64_t card::due_frames() const noexcept {
+uint64_t sound_card::due_frames() const noexcept {
   if (!settings_.keeps_time)
     return taken_;
   const int64_t passed_ns = monotonic_ns() - start_ns_;
@@ -138,18 +139,18 @@ uint64_t card::due_frames() const noexcept {
   return static_cast<uint64_t>(passed_ns / second_ns * rate + passed_ns % second_ns * rate / second_ns);
 }
 
-void card::set_timer(int64_t first_ns, int64_t period_ns) noexcept {
+void sound_card::set_timer(int64_t first_ns, int64_t period_ns) noexcept {
   const itimerspec times = {to_timespec(period_ns), to_timespec(first_ns)};
   ::timerfd_settime(timer_.get(), TFD_TIMER_ABSTIME, &times, nullptr);
 }
 
-void card::read_period_timer() const noexcept {
+void sound_card::read_period_timer() const noexcept {
   uint64_t periods = 0;
   if (settings_.keeps_time && ::read(timer_.get(), &periods, sizeof periods) < 0)
     return; // read already
 }
 
-void card::store(const int16_t *samples, size_t frames) noexcept {
+void sound_card::store(const int16_t *samples, size_t frames) noexcept {
   for (size_t left = frames; left > 0;) {
     const uint64_t place = taken_ % buffer_frames_;
     const size_t run = std::min<size_t>(left, buffer_frames_ - place);
@@ -160,7 +161,7 @@ void card::store(const int16_t *samples, size_t frames) noexcept {
   }
 }
 
-void card::keep_heard() noexcept {
+void sound_card::keep_heard() noexcept {
   if (kept_ == heard_)
     return;
   all_heard_ += heard_ - kept_;
