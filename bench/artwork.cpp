@@ -61,11 +61,6 @@ SDL_Surface *unpacked(const icon &from, bool keyed) {
   return surface;
 }
 
-void sdl_blit(SDL_Surface *from, const box &b) {
-  SDL_Rect at = sdl_rect(b);
-  SDL_BlitSurface(from, nullptr, sdl_screen(), &at);
-}
-
 void add_icon(int width, int height, uint32_t slot) {
   const icon drawing(width, height);
   load_archive(drawing, slot);

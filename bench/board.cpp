@@ -22,12 +22,6 @@ bool is_in_charge(const std::string &folder) {
   return seen != nullptr && std::fclose(seen) == 0;
 }
 
-/// In memory, unless it is told otherwise: a disk's bookkeeping would hide what writing a file costs.
-void choose_scratch_place() {
-  if (std::filesystem::is_directory("/dev/shm"))
-    ::setenv("TMPDIR", "/dev/shm", 0);
-}
-
 } // namespace
 
 std::string host_path(const std::string &board_path) {
@@ -44,7 +38,7 @@ std::FILE *open_on_board(const std::string &path, const char *mode) {
 }
 
 void use_board() {
-  choose_scratch_place();
+  prefer_memory_for_scratch();
   std::filesystem::create_directories(host_path(picture_folder));
   std::filesystem::create_directories(host_path(card_folder));
   ::setenv("DRAVIK_BOARD", scratch().file("board").c_str(), 1);

@@ -1,5 +1,5 @@
-// The rows of files at fixed paths of the device. They are a program of their own, since the simulated board
-// makes opening a file dearer, which the log's row would show.
+// The rows of pictures at fixed paths of the device. They are a program of their own, since the simulated
+// board makes opening a file dearer, which other rows would show.
 
 #include "board.hpp"
 #include "harness.hpp"

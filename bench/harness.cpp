@@ -91,6 +91,20 @@ std::vector<std::unique_ptr<row_record>> &rows() {
   return all;
 }
 
+std::vector<std::unique_ptr<distribution>> &distributions() {
+  static std::vector<std::unique_ptr<distribution>> all;
+  return all;
+}
+
+void add_distribution(std::string name, std::function<void(std::vector<double> &)> take) {
+  distribution *made = distributions().emplace_back(std::make_unique<distribution>()).get();
+  made->name = std::move(name);
+  benchmark::RegisterBenchmark(made->name.c_str(), [made, take = std::move(take)](benchmark::State &state) {
+    for ([[maybe_unused]] auto once : state)
+      take(made->microseconds);
+  })->Iterations(1);
+}
+
 bool paint_the_same(const std::function<void()> &a, const std::function<void()> &b) {
   lay_ground();
   a();

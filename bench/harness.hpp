@@ -142,6 +142,18 @@ private:
   std::function<void()> library_;
 };
 
+/// Times of single events, of which the table tells the median and the slowest.
+struct distribution {
+  std::string name;
+  std::vector<double> microseconds;
+};
+
+/// All distributions in the order of their making.
+std::vector<std::unique_ptr<distribution>> &distributions();
+
+/// Makes a distribution of what `take` appends in each repetition.
+void add_distribution(std::string name, std::function<void(std::vector<double> &microseconds)> take);
+
 /// All rows of a program in the order of its table.
 void add_rows();
 
@@ -157,6 +169,10 @@ void add_jpeg();
 void add_screenshot();
 void add_text();
 void add_truetype();
+void add_numbers();
 void add_log();
+void add_devices();
+void add_recordings();
+void add_sound();
 
 } // namespace bench

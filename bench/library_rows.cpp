@@ -1,4 +1,4 @@
-// The rows of everything that needs no file at a fixed path of the device.
+// The rows of what draws and needs no file at a fixed path of the device.
 
 #include "harness.hpp"
 
@@ -12,5 +12,4 @@ void bench::add_rows() {
   add_bmp_files();
   add_text();
   add_truetype();
-  add_log();
 }

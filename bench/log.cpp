@@ -13,7 +13,6 @@
 namespace bench {
 namespace {
 
-constexpr const char *log_path = "/tmp/dravik.log";
 constexpr size_t lines_a_pass = 500; ///< far from where the log is full
 
 /// What both the peers do before they write.
@@ -50,11 +49,11 @@ void append_known_line(const char *path) {
 } // namespace
 
 void add_log() {
-  static const std::string peer_path = scratch().file("peer.log");
+  static const std::string log_path = scratch().file("dravik.log"), peer_path = scratch().file("peer.log");
   std::vector<int> numbers(lines_a_pass, 123);
   row<int>("log line", {1.05, 1.25}, numbers)
       .before_each_pass([] {
-        ::unlink(log_path);
+        ::unlink(log_path.c_str());
         ::unlink(peer_path.c_str());
       })
       .library([](int number) { log_printf("card: %d files, %s", number, "enough room"); })

@@ -31,6 +31,11 @@ SDL_Color sdl_colour(uint16_t colour);
 inline SDL_Rect sdl_rect(const box &b) {
   return {b.x, b.y, b.width, b.height};
 }
+/// SDL's blit of a whole surface to a box of its size.
+inline void sdl_blit(SDL_Surface *from, const box &b) {
+  SDL_Rect at = sdl_rect(b);
+  SDL_BlitSurface(from, nullptr, sdl_screen(), &at);
+}
 
 pixman_image_t *pixman_screen();
 pixman_color_t pixman_colour(uint16_t colour);

@@ -15,12 +15,17 @@ namespace {
 /// A ratio this much above its target is noise.
 constexpr double tolerance = 1.03;
 
-double median(std::vector<double> values) {
+/// The value that this part of all values lies below; 0 of none.
+double quantile(std::vector<double> values, double part) {
   if (values.empty())
     return 0;
-  const auto middle = values.begin() + static_cast<ptrdiff_t>(values.size() / 2);
-  std::ranges::nth_element(values, middle);
-  return *middle;
+  const auto place = static_cast<ptrdiff_t>(part * static_cast<double>(values.size() - 1) + 0.5);
+  std::ranges::nth_element(values, values.begin() + place);
+  return values[static_cast<size_t>(place)];
+}
+
+double median(const std::vector<double> &values) {
+  return quantile(values, 0.5);
 }
 
 contender *find(const std::string &benchmark_name) {
@@ -113,6 +118,19 @@ void print_notes(const row_record &row) {
   }
 }
 
+void print_distributions() {
+  const auto measured = [](const auto &each) { return !each->microseconds.empty(); };
+  if (std::ranges::none_of(distributions(), measured))
+    return;
+  std::printf("\n| from the call to               | times |   median | 99 of 100 below |  longest |\n"
+              "|:-------------------------------|------:|---------:|----------------:|---------:|\n");
+  for (const auto &each : distributions())
+    if (measured(each))
+      std::printf("| %-30s | %5zu | %5.0f us | %12.0f us | %5.0f us |\n", each->name.c_str(),
+                  each->microseconds.size(), median(each->microseconds), quantile(each->microseconds, 0.99),
+                  quantile(each->microseconds, 1));
+}
+
 } // namespace
 
 bool ratio_table::ReportContext(const Context &context) {
@@ -147,6 +165,7 @@ void ratio_table::Finalize() {
   std::printf("\nPeers marked * do not paint the same pixels:\n\n");
   for (const auto &row : rows())
     print_notes(*row);
+  print_distributions();
 }
 
 } // namespace bench

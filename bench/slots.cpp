@@ -108,11 +108,6 @@ SDL_Surface *sdl_picture(const drawing &from, mode m) {
   return surface;
 }
 
-void sdl_blit(SDL_Surface *from, const box &b) {
-  SDL_Rect at = sdl_rect(b);
-  SDL_BlitSurface(from, nullptr, sdl_screen(), &at);
-}
-
 void pixman_copy(const drawing &from, const box &b) {
   auto *bits = reinterpret_cast<uint32_t *>(const_cast<uint16_t *>(from.pixels.data())); // only read
   pixman_blt(bits, reinterpret_cast<uint32_t *>(pixel_at(0, 0)), b.width / 2, screen_pitch / 4, 16, 16, 0, 0,

@@ -33,7 +33,9 @@ constexpr first_text first_texts[] = {
      "#   descriptor-0 /dev/fb0\n"
      "#   set /dev/ambad EIO\n"
      "#   read /dev/i2c-0 EIO\n"
-     "#   open /tmp/dravik.log ENOSPC\n"},
+     "#   open /tmp/dravik.log ENOSPC\n"
+     "#   write sound EIO\n"
+     "#   underrun sound\n"},
     {"events", ""},
     {"proc/modules", "ambad 5238 0 - Live 0x00000000\n"},
     {"proc/partitions", "major minor  #blocks  name\n\n"},

@@ -28,10 +28,8 @@ std::string stamp_of(const std::string &path) {
   struct stat status;
   if (::lstat(path.c_str(), &status) != 0 || S_ISDIR(status.st_mode))
     return "directory";
-  const auto text_of = [](const timespec &time) {
-    return std::to_string(time.tv_sec) + "." + std::to_string(time.tv_nsec);
-  };
-  return std::to_string(status.st_size) + " " + text_of(status.st_mtim) + " " + text_of(status.st_ctim);
+  return std::to_string(status.st_size) + " " + std::to_string(status.st_ctim.tv_sec) + "." +
+         std::to_string(status.st_ctim.tv_nsec);
 }
 
 file_list list_files(const std::string &directory) {

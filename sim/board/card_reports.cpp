@@ -64,7 +64,7 @@ bool report_empty_slot(const std::string &board, std::string &error) {
   files::remove_all(below_sys(board), code);
   files::remove(partition_device(board), code);
   const std::string list = board + "/proc/partitions";
-  return write_file(list, lines_without(list, disk), error);
+  return replace_file(list, lines_without(list, disk), error);
 }
 
 bool report_partition(const std::string &board, const partition &first, std::string &error) {
@@ -90,7 +90,7 @@ bool report_card(const std::string &board, std::string &error) {
   if (first.length != 0)
     lines += partition_line(1, first.length, "mmcblk0p1");
   return write_file(below_sys(board) + "/size", std::to_string(sectors) + "\n", error) &&
-         (first.length == 0 || report_partition(board, first, error)) && write_file(list, lines, error);
+         (first.length == 0 || report_partition(board, first, error)) && replace_file(list, lines, error);
 }
 
 partition known_partition(const std::string &board) {
@@ -114,7 +114,7 @@ bool report_mount(const std::string &board, mount_state state, std::string &erro
   const char *added = state == mount_state::none       ? ""
                       : state == mount_state::writable ? writable_mount
                                                        : read_only_mount;
-  return write_file(list, lines_without(list, mounted_device) + added, error);
+  return replace_file(list, lines_without(list, mounted_device) + added, error);
 }
 
 } // namespace dravik::sim

@@ -11,8 +11,8 @@ using arguments = std::span<char *const>;
 constexpr int failed = 1;
 constexpr int wrong_usage = 2;
 
-int events_command(arguments given);
 int card_command(arguments given);
+int events_command(arguments given);
 int new_command(arguments given);
 int run_command(arguments given);
 int set_command(arguments given);

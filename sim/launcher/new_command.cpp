@@ -1,9 +1,9 @@
 // dravik-sim new: makes a board.
 
 #include "board/board_directory.hpp"
-#include "board/settings_text.hpp"
 #include "board/card.hpp"
 #include "board/host_tool.hpp"
+#include "board/settings_text.hpp"
 #include "launcher/commands.hpp"
 
 #include <cstdio>

@@ -4,6 +4,7 @@
 #include "board/board_directory.hpp"
 #include "launcher/commands.hpp"
 #include "launcher/executable.hpp"
+#include "sound/timeline.hpp"
 
 #include <cerrno>
 #include <cstdlib>
@@ -38,11 +39,13 @@ void add_preload(const std::string &library) {
   ::setenv("LD_PRELOAD", all.c_str(), 1);
 }
 
-/// ALSA's configuration and its folder of plugins, beside the preload library.
+/// ALSA's configuration and its folder of plugins, beside the preload library. The board is named already.
 void offer_sound_card(const std::string &library) {
   const files::path directory = files::path{library}.parent_path() / "dravik-sim";
   ::setenv("ALSA_CONFIG_PATH", (directory / "asound.conf").c_str(), 1);
   ::setenv("ALSA_PLUGIN_DIR", directory.c_str(), 1);
+  if (records_gaps())
+    timeline_begin_ns();
 }
 
 int become(const std::string &program, arguments words) {

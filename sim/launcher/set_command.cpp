@@ -2,6 +2,7 @@
 
 #include "board/accelerometer.hpp"
 #include "board/board_directory.hpp"
+#include "board/card.hpp"
 #include "board/reports.hpp"
 #include "board/settings_text.hpp"
 #include "board/temperature_table.hpp"
@@ -15,6 +16,9 @@ namespace dravik::sim {
 namespace {
 
 constexpr uint32_t last_line = 255;
+
+/// Moves the memory card; on failure gives false and says why.
+using card_move = bool (*)(const std::string &board, std::string &error);
 
 /// The board's files as the changes leave them, until all changes are understood.
 class changed_files {
@@ -31,6 +35,9 @@ public:
     return found->second;
   }
 
+  /// The files first: a card's lock is one of them.
+  void then(card_move move) { card_move_ = move; }
+
   /// On failure gives false and says why in `error`.
   bool save(std::string &error) const {
     error = unreadable_;
@@ -39,14 +46,32 @@ public:
     for (const auto &[inside, text] : texts_)
       if (!replace_file(board_ + "/" + inside, text, error))
         return false;
-    return true;
+    return card_move_ == nullptr || card_move_(board_, error);
   }
 
 private:
   std::string board_;
+  card_move card_move_ = nullptr;
   std::string unreadable_; ///< why, when one of the files is
   std::map<std::string, std::string> texts_;
 };
+
+bool insert_unlocked(const std::string &board, std::string &error) {
+  return insert_card(board, card_lock::off, error);
+}
+
+bool insert_locked(const std::string &board, std::string &error) {
+  return insert_card(board, card_lock::on, error);
+}
+
+bool set_card(uint32_t, std::string_view value, changed_files &files) {
+  const card_move move = value == "in"       ? insert_unlocked
+                         : value == "locked" ? insert_locked
+                         : value == "out"    ? remove_card
+                                             : nullptr;
+  files.then(move);
+  return move != nullptr;
+}
 
 constexpr const char *adc_report = "proc/ambarella/adc";
 
@@ -119,6 +144,7 @@ struct input {
 constexpr input inputs[] = {
     {"accel", "X,Y,Z with whole numbers from -16000 to 16000", set_movement},
     {"adc.", "channels 0 to 3, codes 0 to 0x3ff", set_code},
+    {"card", "in, locked and out", set_card},
     {"gpio.", "lines 0 to 255, levels 0 and 1", set_level},
     {"hdmi", "on and off", set_monitor},
     {"temperature", "degrees Celsius from -1 to 117", set_temperature},

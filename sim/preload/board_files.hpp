@@ -8,9 +8,6 @@
 
 namespace dravik::sim {
 
-/// Opens a file of the board past the path map; closed by exec.
-int open_board_file(const char *inside, int flags) noexcept;
-
 /// A text file of the board, read whole at the start of its
 /// life; empty when there is none. Holds up to 8 KiB.
 class board_text {
@@ -23,7 +20,8 @@ private:
   char text_[8192];
 };
 
-/// Opens a file of the board past the path map and the rules for devices; negative when it cannot.
+/// Opens a file of the board past the path map and the rules for devices; closed by exec. Negative when it
+/// cannot.
 int open_board_file(const char *inside, int flags) noexcept;
 
 /// Makes a directory of the board, where there is none yet.

@@ -6,6 +6,8 @@
 
 namespace dravik::sim {
 
+constexpr const char *card_partition = "/dev/mmcblk0p1";
+
 /// The file system that is mounted; no clusters when none is.
 struct card_room {
   uint32_t cluster_bytes = 0;
@@ -26,6 +28,5 @@ bool card_is_locked() noexcept;
 /// What an application gets that opens the card's partition with these flags: a copy of the partition as it
 /// stands, to be read. -1 with errno when it wants to write. Takes the descriptor of what stands for it.
 int open_partition(int descriptor, int flags) noexcept;
-constexpr const char *card_partition = "/dev/mmcblk0p1";
 
 } // namespace dravik::sim

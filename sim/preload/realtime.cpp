@@ -24,7 +24,7 @@ thread_number number_of_thread(pthread_t thread) noexcept {
   return ::pthread_getcpuclockid(thread, &clock) == 0 ? clock : 0;
 }
 
-struct granted {
+struct alignas(8) granted { // a word, so that every compiler takes it for one
   thread_number thread;
   uint16_t policy;
   uint16_t priority;

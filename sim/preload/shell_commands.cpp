@@ -128,8 +128,10 @@ struct other_controls {
     std::string_view rest = before;
     for (std::string_view line = take_line(rest); !line.empty(); line = take_line(rest)) {
       std::string_view value = line;
-      if (trimmed(take_until(value, '=')) != key)
-        end = std::copy(line.begin(), line.end(), end), *end++ = '\n';
+      if (trimmed(take_until(value, '=')) == key)
+        continue;
+      end = std::copy(line.begin(), line.end(), end);
+      *end++ = '\n';
     }
   }
   char text[sizeof(board_text) + longest_path];

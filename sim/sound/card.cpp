@@ -77,7 +77,7 @@ int card::prepare() noexcept {
 void card::start() noexcept {
   start_ns_ = monotonic_ns();
   running_ = true;
-  if (settings_.records_speaker && settings_.records_gaps)
+  if (settings_.records_speaker && records_gaps())
     recording_.add_silence_until(start_ns_ - timeline_begin_ns());
   const int64_t rate = format_.rate_hz;
   // Rounded up, so that the period is over whenever the timer says so.
@@ -125,7 +125,6 @@ int64_t card::position(bool draining) noexcept {
 void card::end_by_underrun() noexcept {
   heard_ = taken_;
   running_ = false;
-  starved_ = false;
   keep_heard();
   record_event("sound: underrun");
 }

@@ -19,7 +19,6 @@ card_settings read_card_settings() noexcept {
   card_settings settings;
   settings.keeps_time = value_of(text, "sound_clock") != "none";
   settings.records_speaker = value_of(text, "sound_record") != "samples";
-  settings.records_gaps = value_of(text, "sound_gaps") == "on";
   settings.buffer_bytes = std::clamp(number_of(text, "sound_buffer", longest_buffer_bytes),
                                      shortest_buffer_bytes, longest_buffer_bytes);
   settings.refuses_48000 = ordered_fault("rate", card_name) != 0;

@@ -11,7 +11,6 @@ constexpr const char *card_name = "sound";
 struct card_settings {
   bool keeps_time = true;        ///< or takes everything at once
   bool records_speaker = true;   ///< or every sample that was written, as it was
-  bool records_gaps = false;     ///< silence between sounds, as long as it was
   uint32_t buffer_bytes = 65536; ///< the longest buffer
   bool refuses_48000 = false;
   bool has_one_period = false; ///< as long as the buffer

@@ -159,6 +159,7 @@ extern "C" {
 // By these two names ALSA finds it.
 [[gnu::visibility("default")]] int _snd_pcm_dravik_open(snd_pcm_t **pcm, const char *name, snd_config_t *,
                                                         snd_config_t *, snd_pcm_stream_t stream, int mode);
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
 [[gnu::visibility("default")]] extern char __snd_pcm_dravik_open_dlsym_pcm_001;
 
 int _snd_pcm_dravik_open(snd_pcm_t **pcm, const char *name, snd_config_t *, snd_config_t *,

@@ -23,10 +23,7 @@ public:
   /// Takes the file for this one alone; gives 0 or a negative error number.
   int open() noexcept;
 
-  void set_format(const sound_format &format) noexcept {
-    format_ = format;
-    taken_ = 0;
-  }
+  void set_format(const sound_format &format) noexcept { format_ = format; }
 
   /// Adds whole frames, each sample as loud as `gain` says. A single channel comes to both sides. At another
   /// rate each frame is held for as long as it lasts.
@@ -45,7 +42,7 @@ private:
 
   unique_fd file_;
   sound_format format_;
-  uint64_t taken_ = 0;  ///< frames since the format was set
+  uint64_t taken_ = 0;  ///< frames since the open
   uint64_t length_ = 0; ///< frames in the file
 };
 

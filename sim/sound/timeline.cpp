@@ -21,6 +21,10 @@ int64_t monotonic_ns() noexcept {
   return now.tv_sec * second_ns + now.tv_nsec;
 }
 
+bool records_gaps() noexcept {
+  return value_of(board_text{"board.conf"}, "sound_gaps") == "on";
+}
+
 int64_t timeline_begin_ns() noexcept {
   const board_text known{file_name};
   const uint32_t seconds = number_of(known, "begin_s", 0);
@@ -31,6 +35,7 @@ int64_t timeline_begin_ns() noexcept {
   const int length =
       std::snprintf(text, sizeof text, "begin_s=%u\nbegin_ns=%u\n", static_cast<unsigned>(now_ns / second_ns),
                     static_cast<unsigned>(now_ns % second_ns));
+  make_board_directory("sound");
   write_board_text(file_name, {text, static_cast<size_t>(length)});
   return now_ns;
 }

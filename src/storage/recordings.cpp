@@ -87,15 +87,17 @@ struct survey {
   std::array<bool, event_slots> used = {};
 
   void look_at(const char *file_name) noexcept {
+    const recording_name name{file_name};
+    if (!name.is_normal() && !name.is_event())
+      return;
     struct stat status;
     if (::stat(file_name, &status) != 0 || !S_ISREG(status.st_mode))
       return;
-    const recording_name name{file_name};
     if (name.is_normal()) {
       ++normal_count;
       sixteenths += static_cast<uint32_t>(status.st_size / 16);
       normal.consider(name.number(), status.st_mtime);
-    } else if (name.is_event()) {
+    } else {
       used[static_cast<size_t>(name.slot())] = true;
       event.consider(name.slot(), status.st_mtime);
     }

@@ -3,6 +3,7 @@
 #include "png/png_file.hpp"
 #include "sim/launcher.hpp"
 #include "support/board.hpp"
+#include "support/played_sound.hpp"
 
 #include <csignal>
 #include <fcntl.h>
@@ -142,10 +143,11 @@ TEST_F(SimLauncher, WrongUsageGivesStatus2) {
   expect_error(launch({"run"}), 2, "which board?");
   expect_error(launch({"run", at("a"), "--"}), 2, "which application?");
   expect_error(launch({"shot", at("a")}), 2, "which board, and which file?");
+  expect_error(launch({"card"}), 2, "which board?");
 }
 
 TEST_F(SimLauncher, HelpIsGivenForEachCommandWithExamples) {
-  for (const char *command : {"new", "run", "shot", "set", "events"}) {
+  for (const char *command : {"new", "run", "shot", "set", "events", "card"}) {
     const outcome result = launch({command, "--help"});
     EXPECT_EQ(result.exit_status(), 0);
     EXPECT_THAT(result.output, StartsWith(std::string{"usage: dravik-sim "} + command + " "));
@@ -235,6 +237,79 @@ TEST_F(SimLauncher, RunsForAnOrdinaryUser) {
   EXPECT_EQ(as_user({"new", at("desk")}).exit_status(), 0);
   EXPECT_EQ(as_user({"run", at("desk"), "--", DRAWS_A_PIXEL, "0", "0", "ffff"}).exit_status(), 7);
   EXPECT_EQ(as_user({"shot", at("desk"), at("shot.png")}).exit_status(), 0);
+}
+
+TEST_F(SimLauncher, RunGivesTheApplicationASoundCard) {
+  launch({"new", at("desk")});
+  const outcome result = launch({"run", at("desk"), "--", PLAYS_A_SOUND});
+  EXPECT_EQ(result.errors, "");
+  EXPECT_EQ(result.exit_status(), 0);
+  EXPECT_THAT(dravik::test::samples_of_recording(text_of("desk/sound/played.wav")),
+              testing::AllOf(testing::SizeIs(2 * 480), testing::Each(1000)));
+  EXPECT_FALSE(std::filesystem::exists(at("desk/sound/timeline")));
+}
+
+TEST_F(SimLauncher, RunBeginsARecordingThatHasGaps) {
+  launch({"new", at("desk")});
+  write("desk/board.conf", "sound_gaps=on\n", 0644);
+  EXPECT_EQ(launch({"run", at("desk"), "--", "true"}).exit_status(), 0);
+  const std::string begin = text_of("desk/sound/timeline");
+  EXPECT_THAT(begin, StartsWith("begin_s="));
+  EXPECT_EQ(launch({"run", at("desk"), "--", PLAYS_A_SOUND}).exit_status(), 0);
+  EXPECT_EQ(text_of("desk/sound/timeline"), begin);
+  const auto heard = dravik::test::samples_of_recording(text_of("desk/sound/played.wav"));
+  EXPECT_THAT(heard, testing::SizeIs(testing::Gt(2U * 480)));
+  EXPECT_EQ(heard.at(0), 0);
+  EXPECT_EQ(heard.back(), 1000);
+}
+
+// --- card ---
+
+TEST_F(SimLauncher, NewPutsAMountedCardIntoTheSlot) {
+  EXPECT_EQ(launch({"new", at("desk")}).exit_status(), 0);
+  EXPECT_EQ(launch({"card", at("desk")}).output,
+            "in, 1024 MiB, partition of 1023 MiB at " + at("desk/dev/mmcblk0") + "@@16384, mounted\n");
+  EXPECT_EQ(std::filesystem::file_size(at("desk/dev/mmcblk0")), 1U << 30);
+}
+
+TEST_F(SimLauncher, NewMakesCardsOfOtherSizesOrNone) {
+  EXPECT_EQ(launch({"new", at("small"), "--card", "64"}).exit_status(), 0);
+  EXPECT_EQ(std::filesystem::file_size(at("small/dev/mmcblk0")), 64U << 20);
+  EXPECT_EQ(launch({"new", at("none"), "--card", "0"}).exit_status(), 0);
+  EXPECT_FALSE(std::filesystem::exists(at("none/dev/mmcblk0")));
+  EXPECT_EQ(launch({"card", at("none")}).output, "none\n");
+  expect_error(launch({"card", at("none"), "in"}), 1, "card: " + at("none") + ": has no card");
+  for (const char *size : {"63", "131073"})
+    expect_error(launch({"new", at("b"), "--card", size}), 1, "a card has 64 to 131072 MiB");
+  EXPECT_FALSE(std::filesystem::exists(at("b")));
+}
+
+TEST_F(SimLauncher, CardIsHandledByHand) {
+  launch({"new", at("desk"), "--card", "64"});
+  const auto state = [&] { return launch({"card", at("desk")}).output; };
+  EXPECT_EQ(launch({"card", at("desk"), "out"}).exit_status(), 0);
+  EXPECT_EQ(state(), "out\n");
+  EXPECT_EQ(launch({"card", at("desk"), "locked"}).exit_status(), 0);
+  EXPECT_THAT(state(), testing::AllOf(StartsWith("locked, 64 MiB, "), HasSubstr(", mounted read-only\n")));
+  EXPECT_EQ(launch({"card", at("desk"), "in"}).exit_status(), 0);
+  EXPECT_EQ(launch({"card", at("desk"), "umount"}).exit_status(), 0);
+  EXPECT_THAT(state(), HasSubstr(", not mounted\n"));
+  expect_error(launch({"card", at("desk"), "umount"}), 32, "umount: /dev/mmcblk0p1: is not mounted");
+  EXPECT_EQ(launch({"card", at("desk"), "mount", "-r"}).exit_status(), 0);
+  EXPECT_THAT(state(), HasSubstr(", mounted read-only\n"));
+  expect_error(launch({"card", at("desk"), "format"}), 1,
+               "mkfs.vfat: /dev/mmcblk0p1: contains a mounted file system");
+  expect_error(launch({"card", at("desk"), "mount"}), 32, "mount: /dev/mmcblk0p1: is mounted already");
+  expect_error(launch({"card", at("desk"), "eat"}), 2, "eat: nothing to do with a card");
+  expect_error(launch({"card", at("absent")}), 1, at("absent") + ": is no board");
+}
+
+TEST_F(SimLauncher, RunLetsAShellReadThePartitionOfTheCard) {
+  launch({"new", at("desk"), "--card", "64"});
+  const outcome result = launch(
+      {"run", at("desk"), "--", "sh", "-c", "head -c 90 /dev/mmcblk0p1 | tail -c 8; echo x >/dev/mmcblk0p1"});
+  EXPECT_EQ(result.output, "FAT32   ");
+  EXPECT_THAT(result.errors, HasSubstr("Read-only file system"));
 }
 
 // --- shot ---

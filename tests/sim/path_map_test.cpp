@@ -148,9 +148,7 @@ TEST(SimPathMap, OverlongPathIsRefused) {
 TEST(SimPathMap, LongSpellingOfAShortPathIsUnderstood) {
   const board board;
   board.write("tmp/ptb", "");
-  std::string spelling = "/tmp";
-  spelling.append(3000, '/').append("ptb");
-  EXPECT_TRUE(same_file(spelling, board.path("tmp/ptb")));
+  EXPECT_TRUE(same_file(std::string{"/tmp"}.append(3000, '/').append("ptb"), board.path("tmp/ptb")));
 }
 
 TEST(SimPathMap, TrailingSlashAsksForADirectory) {

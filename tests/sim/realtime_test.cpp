@@ -135,6 +135,13 @@ TEST_F(SimRealTimeSimulated, IsRefusedWhenTheSettingChanges) {
   EXPECT_EQ(get(::pthread_self()), (schedule{SCHED_FIFO, 90}));
 }
 
+TEST_F(SimRealTimeSimulated, IsReplacedByTheHosts) {
+  EXPECT_EQ(set(::pthread_self(), SCHED_FIFO, 90), 0);
+  board_.set("realtime", "host");
+  EXPECT_EQ(set(::pthread_self(), SCHED_FIFO, 1), 0);
+  EXPECT_EQ(get(::pthread_self()), (schedule{SCHED_FIFO, 1}));
+}
+
 TEST_F(SimRealTimeSimulated, TakesOnlyPrioritiesThatThereAre) {
   for (const int priority : {-1, 0, 100, 65626})
     EXPECT_EQ(set(::pthread_self(), SCHED_FIFO, priority), EINVAL) << priority;

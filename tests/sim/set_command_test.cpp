@@ -1,6 +1,7 @@
 // dravik-sim set, as an application that is running on the board sees its changes.
 
 #include "base/unique_fd.hpp"
+#include "board/card.hpp"
 #include "dravik.h"
 #include "sim/launcher.hpp"
 #include "support/board.hpp"
@@ -201,6 +202,44 @@ TEST_F(SimSet, BoardThatCannotBeWrittenIsTold) {
   const outcome result = try_to_set({"gpio.1=1"});
   EXPECT_EQ(result.exit_status(), 1);
   EXPECT_THAT(result.errors, StartsWith("dravik-sim: " + board_.path("gpio")));
+}
+
+class SimSetCard : public SimSet {
+protected:
+  SimSetCard() {
+    std::string error;
+    if (!dravik::sim::make_card(board_.path(), dravik::sim::smallest_card_mebibytes, error))
+      ADD_FAILURE() << error;
+  }
+};
+
+TEST_F(SimSetCard, GoesOutAndComesIn) {
+  EXPECT_EQ(sd_card_check_plugin(), 0);
+  set({"card=out"});
+  EXPECT_EQ(sd_card_check_plugin(), -1);
+  set({"card=in"});
+  EXPECT_EQ(sd_card_check_plugin(), 0);
+}
+
+TEST_F(SimSetCard, SwitchAtLockIsSeenOnItsLine) {
+  const stderr_capture messages;
+  ASSERT_EQ(gpio_init(), 0);
+  EXPECT_EQ(sd_card_check_lock(), 1);
+  set({"card=locked"});
+  EXPECT_EQ(sd_card_check_lock(), 0);
+  set({"card=in"});
+  EXPECT_EQ(sd_card_check_lock(), 1);
+  gpio_exit();
+}
+
+TEST_F(SimSet, CardThatIsNotThereCannotComeIn) {
+  const outcome result = try_to_set({"card=in"});
+  EXPECT_EQ(result.exit_status(), 1);
+  EXPECT_THAT(result.errors, StartsWith("dravik-sim: "));
+}
+
+TEST_F(SimSet, CardIsInLockedOrOut) {
+  expect_refusal("card=away", "takes in, locked and out");
 }
 
 } // namespace

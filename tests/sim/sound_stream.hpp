@@ -1,10 +1,15 @@
-// A playback stream on the card `default`, in few words.
+// What tests of the simulated sound card share: a playback stream on the card `default`, in few words.
 #pragma once
+
+#include "support/board.hpp"
+#include "support/played_sound.hpp"
 
 #include <alsa/asoundlib.h>
 #include <cerrno>
 #include <cstdint>
+#include <ctime>
 #include <gtest/gtest.h>
+#include <random>
 #include <vector>
 
 namespace dravik::test {
@@ -93,6 +98,35 @@ private:
 
   snd_pcm_t *pcm_ = nullptr;
   unsigned channels_ = 2;
+};
+
+constexpr double frames_per_second = 48000;
+
+inline double seconds() {
+  timespec now;
+  ::clock_gettime(CLOCK_MONOTONIC, &now);
+  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
+}
+
+/// A different one each time.
+inline samples noise(size_t count) {
+  static std::mt19937 generator{1};
+  samples made(count);
+  for (int16_t &sample : made)
+    sample = static_cast<int16_t>(generator());
+  return made;
+}
+
+inline samples joined(samples first, const samples &second) {
+  first.insert(first.end(), second.begin(), second.end());
+  return first;
+}
+
+class SimSoundCard : public testing::Test {
+protected:
+  samples played() const { return played_samples(board_); }
+
+  const board board_;
 };
 
 } // namespace dravik::test

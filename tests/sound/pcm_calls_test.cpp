@@ -34,8 +34,8 @@ protected:
   }
 
   std::string file(const std::string &contents) const {
-    board_.write("sound", contents);
-    return board_.path("sound");
+    board_.write("tmp/add/sound", contents);
+    return board_.path("tmp/add/sound");
   }
 
   int32_t play(kind of, const std::string &contents) const {

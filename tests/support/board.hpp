@@ -2,7 +2,7 @@
 //
 // A test program that links dravik_test_support (before dravik, without gtest_main) has the simulator in
 // charge of its files and devices: main() checks that, and leads every path of the board nowhere until a test
-// makes a board.
+// makes a board. ALSA's card `default` is that of the board; support/played_sound.hpp reads what it played.
 //
 //   TEST(EventLog, FirstLineIsTheBanner) {
 //     dravik::test::board board;

@@ -34,7 +34,8 @@ inline std::vector<int16_t> samples_of_recording(const std::string &file) {
   EXPECT_EQ(file.substr(36, 4), "data");
   EXPECT_EQ(number(40), file.size() - 44);
   std::vector<int16_t> recorded((file.size() - 44) / 2);
-  std::memcpy(recorded.data(), file.data() + 44, recorded.size() * 2);
+  if (!recorded.empty())
+    std::memcpy(recorded.data(), file.data() + 44, recorded.size() * 2);
   return recorded;
 }
 

@@ -9,11 +9,22 @@ namespace dravik::test {
 
 /// The size that is refused; 0 for none. Odd ones disturb nobody else.
 inline size_t refused_size = 0;
+/// So many blocks of that size are given all the same.
+inline size_t given_before_refusing = 0;
+
+inline bool is_refused(size_t size) noexcept {
+  if (size == 0 || size != refused_size)
+    return false;
+  if (given_before_refusing == 0)
+    return true;
+  --given_before_refusing;
+  return false;
+}
 
 } // namespace dravik::test
 
 extern "C" void *malloc(size_t size) noexcept {
-  if (size != 0 && size == dravik::test::refused_size)
+  if (dravik::test::is_refused(size))
     return nullptr;
   static void *(*next)(size_t) = nullptr;
   if (next == nullptr)

@@ -61,6 +61,13 @@ TEST_F(CtlCard, TellsEachFinding) {
   EXPECT_EQ(asked({"card"}, "[.present, .partitioned]"), "[true,false]");
 }
 
+TEST_F(CtlCard, TellsWhetherItIsLocked) {
+  plug_in();
+  EXPECT_EQ(asked({"card"}, "[.locked, .healthy, .status]"), "[false,true,188]");
+  board_.write("gpio/68", "1\n");
+  EXPECT_EQ(asked({"card"}, "[.locked, .healthy, .status]"), "[true,false,252]");
+}
+
 TEST_F(CtlCard, WithoutTheDriverTheLockIsUnknown) {
   plug_in();
   board_.remove("proc/modules");
@@ -77,12 +84,27 @@ TEST_F(CtlCard, CheckSaysWhatIsWrong) {
   };
   EXPECT_EQ(complaint(), "dravik-ctl: there is no card\n");
   plug_in();
+  mount("vfat ro");
+  EXPECT_EQ(complaint(), "dravik-ctl: the card is mounted for reading only\n");
+  mount("ext4 rw");
+  EXPECT_EQ(complaint(), "dravik-ctl: the card's file system or partition is not FAT32\n");
+  mount("");
+  EXPECT_EQ(complaint(), "dravik-ctl: the card is not mounted\n");
+  list_partitions(" 179        0    7761920 mmcblk0\n");
+  EXPECT_EQ(complaint(), "dravik-ctl: the card has no partition\n");
+  board_.write("gpio/68", "1\n");
+  EXPECT_EQ(complaint(), "dravik-ctl: the card is locked\n");
   board_.remove("proc/modules");
   EXPECT_EQ(complaint(), "dravik-ctl: the GPIO driver does not tell whether the card is locked\n");
 }
 
-TEST_F(CtlCard, DoesNotChangeTheCardUnlessThatIsMeant) {
+TEST_F(CtlCard, CheckIsContentWithAHealthyCard) {
   plug_in();
+  EXPECT_EQ(asked({"card", "check"}, ".healthy"), "true");
+}
+
+// Without a card: should the question for --yes ever be lost, no command runs all the same.
+TEST_F(CtlCard, DoesNotChangeTheCardUnlessThatIsMeant) {
   expect_misuse({"card", "repair"}, "card: repair unmounts the card: say --yes if you mean it");
   expect_misuse({"card", "partition"},
                 "card: partition destroys what the card holds: say --yes if you mean it");

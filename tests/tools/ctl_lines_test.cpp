@@ -5,7 +5,32 @@
 namespace dravik::ctl_test {
 namespace {
 
+using testing::ElementsAre;
+using testing::StartsWith;
+
 using CtlGpio = CtlTool;
+
+TEST_F(CtlGpio, ReadsALine) {
+  EXPECT_EQ(told({"gpio", "get", "68"}), "line: 68\nlevel: 0\n");
+  board_.write("gpio/68", "1\n");
+  EXPECT_EQ(asked({"gpio", "get", "68"}, "."), R"({"line":68,"level":1})");
+  EXPECT_TRUE(board_.events().empty());
+}
+
+TEST_F(CtlGpio, DrivesALine) {
+  EXPECT_EQ(told({"gpio", "set", "17", "1"}), "line: 17\nlevel: 1\n");
+  EXPECT_EQ(asked({"gpio", "set", "18", "0"}, "."), R"({"line":18,"level":0})");
+  EXPECT_THAT(board_.events(), ElementsAre("gpio: 17 = 1", "gpio: 18 = 0"));
+}
+
+TEST_F(CtlGpio, SaysWhenTheDriverRefuses) {
+  expect_refusal({"gpio", "get", "256"}, 1,
+                 "line 256 cannot be read (AMBA_DEBUG_IOC_GET_GPIO: Invalid argument)");
+  board_.set_fault("set", "/dev/ambad");
+  expect_refusal({"gpio", "set", "17", "1"}, 1,
+                 "line 17 cannot be driven (AMBA_DEBUG_IOC_SET_GPIO: Input/output error)");
+  expect_refusal({"led", "red"}, 1, "the LED cannot be set (AMBA_DEBUG_IOC_SET_GPIO: Input/output error)");
+}
 
 TEST_F(CtlGpio, SaysWhenTheDriverIsNotLoaded) {
   board_.write("proc/modules", "other 5238 0 - Live 0x00000000\n");
@@ -14,9 +39,8 @@ TEST_F(CtlGpio, SaysWhenTheDriverIsNotLoaded) {
     const run_result result = run(given);
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.out, "");
-    EXPECT_THAT(result.err,
-                testing::StartsWith("dravik-ctl: the GPIO driver cannot be opened; is the module ambad "
-                                    "loaded? (/dev/ambad: "));
+    EXPECT_THAT(result.err, StartsWith("dravik-ctl: the GPIO driver cannot be opened; is the module ambad "
+                                       "loaded? (/dev/ambad: "));
     EXPECT_EQ(std::ranges::count(result.err, '\n'), 1) << result.err;
   }
 }
@@ -31,6 +55,16 @@ TEST_F(CtlGpio, RefusesWordsThatMakeNoSense) {
 }
 
 using CtlLed = CtlTool;
+
+TEST_F(CtlLed, ShowsEveryColour) {
+  const std::pair<const char *, const char *> colours[] = {
+      {"red", "1\n0\n"}, {"green", "0\n1\n"}, {"orange", "1\n1\n"}, {"off", "0\n0\n"}};
+  for (const auto &[colour, levels] : colours) {
+    EXPECT_EQ(told({"led", colour}), std::string{"led: "} + colour + "\n");
+    EXPECT_EQ(board_.read("gpio/82") + board_.read("gpio/83"), levels) << colour;
+  }
+  EXPECT_EQ(asked({"led", "green"}, ".led"), "green");
+}
 
 TEST_F(CtlLed, RefusesWhatIsNoColour) {
   for (const std::string word : {"blue", "RED", ""})

@@ -134,6 +134,15 @@ TEST_F(CtlBacklight, RefusesWhatIsNoLevel) {
   EXPECT_EQ(board_.read(brightness_file), "500\n");
 }
 
+TEST_F(CtlBacklight, SaysWhenTheDriverDoesNotTakeIt) {
+  board_.set_fault("write", brightness_file);
+  expect_refusal({"backlight", "700"}, 1, "the backlight's driver did not take it");
+  board_.clear_faults();
+  board_.set_fault("write", power_file);
+  expect_refusal({"backlight", "off"}, 1, "the backlight's driver did not take it");
+  EXPECT_EQ(told({"backlight", "700"}), "power: on\nbrightness: 700\n");
+}
+
 TEST_F(CtlBacklight, SaysWhenThereIsNone) {
   board_.remove(power_file);
   expect_refusal({"backlight", "700"}, 1,

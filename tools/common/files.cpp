@@ -26,7 +26,7 @@ bool read_file(const std::string &path, std::vector<uint8_t> &into, std::string 
     error = path + ": not a regular file";
     return false;
   }
-  if (status.st_size > std::numeric_limits<uint32_t>::max()) {
+  if (int64_t{status.st_size} > std::numeric_limits<uint32_t>::max()) {
     error = path + ": longer than 4 GiB";
     return false;
   }

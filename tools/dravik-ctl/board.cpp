@@ -24,8 +24,8 @@ Tells:
   screen    width, height, bits_per_pixel, line_length in bytes, buffers; null when it cannot be opened
   region    number and code; null when there is no region file, or not a good one
   network   name, mac and ip of each interface
-  devices   whether each can be opened: screen, gpio, adc, backlight, accelerometer_bus, serial_port, sound,
-            hdmi; and whether there is a card
+  devices   whether each can be opened: screen, gpio, adc, backlight, accelerometer_bus, serial_port, hdmi;
+            and whether there is a card
 
 Examples:
   dravik-ctl info
@@ -101,7 +101,6 @@ value devices_of(const screen_answer &answer) {
                        {"backlight", has_backlight()},
                        {"accelerometer_bus", can_open("/dev/i2c-0")},
                        {"serial_port", can_open("/dev/ttyS0")},
-                       {"sound", can_open("/dev/snd/controlC0")},
                        {"hdmi", hdmi_detect() >= 0},
                        {"card", sd_card_check_plugin() == 0}};
 }

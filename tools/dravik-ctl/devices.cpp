@@ -5,7 +5,7 @@
 #include "base/unique_fd.hpp"
 #include "dravik-ctl/overheard.hpp"
 
-#include <cstdio>
+#include <cerrno>
 #include <cstring>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -57,7 +57,6 @@ screen_answer ask_screen() {
     return {false, {}, std::strerror(errno)};
   const unique_fd from{ends[0]};
   unique_fd to{ends[1]};
-  std::fflush(stdout); // lest the child says it once more
   const pid_t child = ::fork();
   if (child == 0)
     send_record(to.get());

@@ -74,10 +74,9 @@ outcome play(const command_line &given, value::fields &report, std::string &erro
   if (!is_playable(path, error))
     return outcome::failed;
   int32_t started = -1;
-  const overheard start{[&] { started = snd_init(); }};
+  const overheard starting{[&] { started = snd_init(); }};
   if (started != 1)
-    return failed(error, because("the sound engine does not get its real-time priority of 90; try as root",
-                                 start.first_line()));
+    return failed(error, "the sound engine does not get a thread of real-time priority 90; try as root");
   const uint32_t before = get_tick_count();
   const overheard said{[&] {
     snd_play_direct(path.c_str(), 0);

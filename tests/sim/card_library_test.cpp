@@ -1,0 +1,172 @@
+// The library's own checks and repairs of the card, on a simulated card that other programs examine.
+
+#include "dravik.h"
+#include "sim/card_stage.hpp"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+
+namespace dravik::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::ExitedWithCode;
+using testing::HasSubstr;
+
+/// Large enough for mkfs.vfat to choose FAT32 by itself.
+class SimCardInUse : public SimCard {
+protected:
+  SimCardInUse() : SimCard(600) {}
+
+  /// Without the switch on the card's side, which is told by a GPIO line.
+  static int status() {
+    uint8_t status = 0;
+    sd_card_check(&status);
+    return status & ~0x40;
+  }
+  void expect_restart(int32_t (*repair)()) const {
+    EXPECT_EXIT(repair(), ExitedWithCode(75), "reboot: the board restarts");
+  }
+  static constexpr int healthy = 0xBC;
+  static constexpr uint32_t sectors = 600 * 2048;
+};
+
+TEST_F(SimCardInUse, IsHealthyAndOfItsSize) {
+  EXPECT_EQ(status(), healthy);
+  uint32_t told = 0;
+  EXPECT_EQ(sd_card_get_raw_size(&told), 600);
+  EXPECT_EQ(told, sectors);
+  // 600 MiB without 16 KiB before the partition and two tables of 4 bytes for each cluster of 4 KiB: 598.8
+  EXPECT_EQ(sd_card_get_part_size(), 598);
+  EXPECT_EQ(sd_card_get_free_space(), 598);
+  board_.write("tmp/mmcblk0p1/film", "");
+  EXPECT_EQ(::truncate(board_.path("tmp/mmcblk0p1/film").c_str(), 100 << 20), 0);
+  EXPECT_EQ(sd_card_get_part_size(), 598);
+  EXPECT_EQ(sd_card_get_free_space(), 498);
+}
+
+TEST_F(SimCardInUse, OutOfTheSlotEveryScanSaysSo) {
+  take_out();
+  EXPECT_EQ(status(), 0x00);
+  EXPECT_EQ(sd_card_check_plugin(), -1);
+  EXPECT_EQ(sd_card_check_part(), 1);
+  EXPECT_EQ(sd_card_check_mount(), 1);
+  uint32_t told = 1;
+  EXPECT_EQ(sd_card_get_raw_size(&told), 0);
+  EXPECT_EQ(told, 0U);
+  rec_file_list list;
+  EXPECT_EQ(parse_rec_file_list(&list), -1);
+  put_in();
+  EXPECT_EQ(status(), healthy);
+}
+
+TEST_F(SimCardInUse, LockedIsNotWritable) {
+  put_in(sim::card_lock::on);
+  EXPECT_EQ(status(), 0xB8);
+}
+
+TEST_F(SimCardInUse, RecordingsOnTheCardAreFound) {
+  take_out();
+  board_.write("film", std::string(5 << 20, 'f'));
+  said_by_mtools("mmd", {"::/REC"});
+  for (const char *name : {"KVX00003.TS", "KVX00004.TS", "EMB00001.TS"})
+    said_by_mtools("mcopy", {board_.path("film"), std::string{"::/REC/"} + name});
+  put_in();
+  rec_file_list list;
+  EXPECT_EQ(parse_rec_file_list(&list), 0);
+  EXPECT_EQ(list.normal_count, 2);
+  EXPECT_EQ(list.normal_size, 10);
+  EXPECT_EQ(list.event_count, 1);
+  EXPECT_EQ(list.event_oldest, 1);
+}
+
+TEST_F(SimCardInUse, CheckOfASoundCardChangesNothing) {
+  board_.write("tmp/mmcblk0p1/REC/KVX00001.TS", "film");
+  EXPECT_EQ(sd_card_check_fs(), 0);
+  EXPECT_EQ(board_.read("tmp/debugfs"), "ret : 0\nret : 0\nret : 0\n");
+  EXPECT_THAT(board_.events(), ElementsAre("shell: /bin/umount /dev/mmcblk0p1",
+                                           "shell: /usr/local/bin/dosfsck -a /dev/mmcblk0p1",
+                                           "shell: mount /dev/mmcblk0p1 /tmp/mmcblk0p1"));
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/REC/KVX00001.TS"), "film");
+  EXPECT_EQ(status(), healthy);
+}
+
+TEST_F(SimCardInUse, DamagedCardIsFoundUnhealthyAndRepaired) {
+  board_.write("tmp/mmcblk0p1/film", std::string(20000, 'd'));
+  take_out();
+  const off_t table = 16384 + static_cast<uint8_t>(bytes_of_image(16384 + 14, 1)[0]) * 512;
+  change_image(table + 16, {"\4\0\0\0", 4}); // the second cluster of the film is followed by itself
+  said_by_fsck(1);
+  put_in();
+  EXPECT_EQ(status(), 0xB8);
+  EXPECT_EQ(sd_card_check_fs(), 0);
+  EXPECT_EQ(board_.read("tmp/debugfs"), "ret : 0\nret : 256\nret : 0\n");
+  EXPECT_EQ(status(), healthy);
+  take_out();
+  said_by_fsck(0);
+}
+
+TEST_F(SimCardInUse, FormatLeavesAnEmptyFat32FileSystemMounted) {
+  board_.write("tmp/mmcblk0p1/REC/KVX00001.TS", "film");
+  expect_restart([] { return sd_card_format(); });
+  EXPECT_THAT(board_.events(), ElementsAre("shell: /bin/umount /dev/mmcblk0p1",
+                                           "shell: /sbin/mkfs.vfat /dev/mmcblk0p1", "shell: /sbin/reboot"));
+  EXPECT_FALSE(board_.exists("tmp/mmcblk0p1/REC"));
+  EXPECT_EQ(status(), healthy);
+  take_out();
+  expect_no_files_on_card();
+  EXPECT_EQ(bytes_of_image(16384 + 82, 8), "FAT32   ");
+  EXPECT_THAT(said_by_fsck(), HasSubstr(": 0 files, 1/"));
+}
+
+TEST_F(SimCardInUse, NewPartitionTableOfABlankCardAndItsFormat) {
+  take_out();
+  ASSERT_EQ(::truncate(image().c_str(), 0), 0);
+  ASSERT_EQ(::truncate(image().c_str(), off_t{sectors} * 512), 0);
+  put_in();
+  EXPECT_EQ(status(), 0x80);
+
+  expect_restart([] { return sd_card_create_part(SimCardInUse::sectors); });
+  EXPECT_THAT(board_.events(),
+              ElementsAre("shell: /bin/dd if=/tmp/mbr.img of=/dev/mmcblk0", "sync", "shell: /sbin/reboot"));
+  // One entry: no start-up flag, head 1 sector 1, type 0B, sectors 32 to 1228800; then three empty ones
+  EXPECT_EQ(bytes_of_image(446, 66), std::string("\0\1\1\0\x0B\0\0\0\x20\0\0\0\xE0\xBF\x12\0", 16) +
+                                         std::string(48, '\0') + "\x55\xAA");
+  EXPECT_THAT(said_by({"/usr/sbin/sfdisk", "-d", image()}),
+              HasSubstr(": start=          32, size=     1228768, type=b\n"));
+  EXPECT_EQ(std::filesystem::file_size(image()), uint64_t{sectors} * 512);
+  EXPECT_EQ(status(), 0xA0);
+
+  expect_restart([] { return sd_card_format(); });
+  EXPECT_EQ(status(), healthy);
+}
+
+TEST_F(SimCardInUse, NewPartitionTableOfAHealthyCardKeepsItsFiles) {
+  board_.write("tmp/mmcblk0p1/REC/KVX00001.TS", "film");
+  expect_restart([] { return sd_card_create_part(SimCardInUse::sectors); });
+  EXPECT_EQ(status(), healthy);
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/REC/KVX00001.TS"), "film");
+}
+
+TEST_F(SimCardInUse, PartitionTableCountsFromTheNextRestartOn) {
+  board_.write("tmp/mbr.img", std::string(512, '\0'));
+  EXPECT_EQ(run_command("/bin/dd if=/tmp/mbr.img of=/dev/mmcblk0 2>/dev/null"), 0);
+  EXPECT_EQ(status() & 0x30, 0x30) << "the kernel still knows the partition";
+  expect_restart([] { return static_cast<int32_t>(std::system("/sbin/reboot")); });
+  EXPECT_EQ(status(), 0x80);
+}
+
+TEST_F(SimCardInUse, OnlyPartitionType0BIsHealthy) {
+  change_image(450, "\x0C");
+  EXPECT_EQ(status(), 0xB4);
+}
+
+TEST_F(SimCardInUse, SplashLanguageIsThatOfTheSettings) {
+  board_.set("splash_language", "de");
+  char language[3];
+  EXPECT_EQ(get_splash_lang(language), 0);
+  EXPECT_STREQ(language, "de");
+}
+
+} // namespace
+} // namespace dravik::test

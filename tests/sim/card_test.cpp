@@ -1,0 +1,449 @@
+// The simulated memory card: what other programs find on its image, and what applications find of it.
+
+#include "sim/card_stage.hpp"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/vfs.h>
+
+namespace dravik::test {
+namespace {
+
+using sim::card_lock;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+// --- a new card ---
+
+TEST_F(SimCard, NewCardHasOnePartitionForFat32FromSector32) {
+  const std::string table = said_by({"/usr/sbin/sfdisk", "-d", image()});
+  EXPECT_THAT(table, HasSubstr("label: dos\n"));
+  EXPECT_THAT(table, HasSubstr(": start=          32, size=      131040, type=b\n"));
+  EXPECT_EQ(table.find("mmcblk02"), std::string::npos);
+}
+
+TEST_F(SimCard, NewCardHasASoundAndEmptyFat32FileSystem) {
+  EXPECT_THAT(said_by_fsck(), HasSubstr(": 0 files, 1/"));
+  EXPECT_EQ(bytes_of_image(16384 + 82, 8), "FAT32   ");
+  expect_no_files_on_card();
+}
+
+TEST_F(SimCard, NewCardTakesLittleRoomOnTheHost) {
+  struct stat status;
+  ASSERT_EQ(::stat(image().c_str(), &status), 0);
+  EXPECT_EQ(status.st_size, 64 << 20);
+  EXPECT_LT(status.st_blocks * 512, 4 << 20);
+}
+
+TEST_F(SimCard, KernelTellsOfACardInTheSlot) {
+  EXPECT_EQ(board_.read("sys/block/mmcblk0/size"), "131072\n");
+  EXPECT_EQ(board_.read("sys/block/mmcblk0/mmcblk0p1/start"), "32\n");
+  EXPECT_EQ(board_.read("sys/block/mmcblk0/mmcblk0p1/size"), "131040\n");
+  EXPECT_EQ(board_.read("proc/partitions"), "major minor  #blocks  name\n\n"
+                                            " 179        0      65536 mmcblk0\n"
+                                            " 179        1      65520 mmcblk0p1\n");
+  EXPECT_THAT(mount_line(), StartsWith("/dev/mmcblk0p1 /tmp/mmcblk0p1 vfat rw,"));
+}
+
+TEST_F(SimCard, OnlyOneCardABoard) {
+  std::string error;
+  EXPECT_FALSE(sim::make_card(board_.path(), 64, error));
+  EXPECT_THAT(error, HasSubstr("has a card already"));
+}
+
+// --- out and in ---
+
+TEST_F(SimCard, KernelTellsOfAnEmptySlot) {
+  take_out();
+  EXPECT_FALSE(board_.exists("dev/mmcblk0"));
+  EXPECT_FALSE(board_.exists("dev/mmcblk0p1"));
+  EXPECT_FALSE(board_.exists("sys/block/mmcblk0"));
+  EXPECT_EQ(board_.read("proc/partitions"), "major minor  #blocks  name\n\n");
+  EXPECT_EQ(board_.read("proc/mounts"), "rootfs / rootfs rw 0 0\n");
+}
+
+TEST_F(SimCard, FilesGoOutAndComeInWithTheCard) {
+  board_.write("tmp/mmcblk0p1/REC/KVX00001.TS", "film");
+  take_out();
+  EXPECT_FALSE(board_.exists("tmp/mmcblk0p1/REC"));
+  EXPECT_TRUE(board_.exists("tmp/mmcblk0p1"));
+  EXPECT_EQ(files_on_card(), "::/REC/\n::/REC/KVX00001.TS\n");
+  put_in();
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/REC/KVX00001.TS"), "film");
+}
+
+TEST_F(SimCard, TakingOutTwiceAndPuttingInTwiceIsNoHarm) {
+  take_out();
+  take_out();
+  put_in();
+  board_.write("tmp/mmcblk0p1/kept", "");
+  put_in();
+  EXPECT_TRUE(board_.exists("tmp/mmcblk0p1/kept"));
+}
+
+TEST_F(SimCard, CardWithoutAPartitionIsInButNotMounted) {
+  take_out();
+  change_image(0, std::string(512, '\0'));
+  put_in();
+  EXPECT_EQ(board_.read("proc/partitions"), "major minor  #blocks  name\n\n"
+                                            " 179        0      65536 mmcblk0\n");
+  EXPECT_FALSE(board_.exists("sys/block/mmcblk0/mmcblk0p1"));
+  EXPECT_FALSE(board_.exists("dev/mmcblk0p1"));
+  EXPECT_EQ(mount_line(), "");
+  EXPECT_EQ(run_command("mount /dev/mmcblk0p1 /tmp/mmcblk0p1"), 32);
+}
+
+TEST_F(SimCard, CardWithoutAFileSystemIsInButNotMounted) {
+  take_out();
+  change_image(16384, std::string(512, '\0'));
+  put_in();
+  EXPECT_TRUE(board_.exists("dev/mmcblk0p1"));
+  EXPECT_EQ(mount_line(), "");
+  EXPECT_EQ(run_command("mount /dev/mmcblk0p1 /tmp/mmcblk0p1"), 32);
+}
+
+TEST_F(SimCard, PartitionEndsWithTheCard) {
+  take_out();
+  change_image(458, {"\xFF\xFF\xFF\x7F", 4});
+  put_in();
+  EXPECT_EQ(board_.read("sys/block/mmcblk0/mmcblk0p1/size"), "131040\n");
+}
+
+// --- the switch ---
+
+TEST_F(SimCard, LockedCardIsMountedReadOnly) {
+  board_.write("tmp/mmcblk0p1/kept", "bytes");
+  put_in(card_lock::on);
+  EXPECT_THAT(mount_line(), StartsWith("/dev/mmcblk0p1 /tmp/mmcblk0p1 vfat ro,"));
+  EXPECT_EQ(board_.read("gpio/68"), "1\n");
+  const int file = ::open("/tmp/mmcblk0p1/kept", O_RDONLY);
+  EXPECT_GE(file, 0);
+  ::close(file);
+  put_in();
+  EXPECT_THAT(mount_line(), StartsWith("/dev/mmcblk0p1 /tmp/mmcblk0p1 vfat rw,"));
+  EXPECT_EQ(board_.read("gpio/68"), "0\n");
+}
+
+TEST_F(SimCard, FilesOfAReadOnlyMountCannotBeWritten) {
+  board_.write("tmp/mmcblk0p1/kept", "bytes");
+  put_in(card_lock::on);
+  const auto expect_refusal = [](int result) {
+    EXPECT_EQ(result, -1);
+    EXPECT_EQ(errno, EROFS);
+  };
+  expect_refusal(::open("/tmp/mmcblk0p1/kept", O_WRONLY));
+  expect_refusal(::open("/tmp/mmcblk0p1/kept", O_RDWR));
+  expect_refusal(::open("/tmp/mmcblk0p1/kept", O_RDONLY | O_TRUNC));
+  expect_refusal(::creat("/tmp/mmcblk0p1/new", 0644));
+  EXPECT_EQ(std::fopen("/tmp/mmcblk0p1/new", "w"), nullptr);
+  EXPECT_EQ(errno, EROFS);
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/kept"), "bytes");
+}
+
+TEST_F(SimCard, WhatIsForcedOntoAReadOnlyMountIsNotOnTheCard) {
+  put_in(card_lock::on);
+  board_.write("tmp/mmcblk0p1/forced", "");
+  take_out();
+  expect_no_files_on_card();
+}
+
+TEST_F(SimCard, LockedCardIsNeitherFormattedNorRepaired) {
+  board_.write("tmp/mmcblk0p1/kept", "");
+  put_in(card_lock::on);
+  unmount();
+  EXPECT_EQ(run_command("/sbin/mkfs.vfat /dev/mmcblk0p1"), 1);
+  EXPECT_EQ(run_command("/usr/local/bin/dosfsck -a /dev/mmcblk0p1"), 2);
+  EXPECT_EQ(run_command("/usr/local/bin/dosfsck -vn /dev/mmcblk0p1 > /dev/null"), 0);
+  EXPECT_EQ(files_on_card(), "::/kept\n");
+}
+
+// --- mounting and unmounting ---
+
+TEST_F(SimCard, UnmountBringsWhatIsNewToTheCard) {
+  board_.write("tmp/mmcblk0p1/REC/deep/er/KVX00001.TS", std::string(100000, 'f'));
+  board_.write("tmp/mmcblk0p1/empty", "");
+  std::filesystem::create_directories(board_.path("tmp/mmcblk0p1/folder"));
+  unmount();
+  EXPECT_EQ(mount_line(), "");
+  EXPECT_TRUE(std::filesystem::is_empty(board_.path("tmp/mmcblk0p1")));
+  EXPECT_EQ(files_on_card(), "::/REC/\n::/empty\n::/folder/\n::/REC/deep/\n::/REC/deep/er/\n"
+                             "::/REC/deep/er/KVX00001.TS\n");
+  EXPECT_EQ(file_on_card("REC/deep/er/KVX00001.TS"), std::string(100000, 'f'));
+  EXPECT_THAT(said_by_fsck(), HasSubstr(" files, "));
+}
+
+TEST_F(SimCard, UnmountBringsChangesAndRemovalsToTheCard) {
+  for (const char *name : {"changed", "removed", "renamed", "REC/kept", "REC/removed"})
+    board_.write(std::string{"tmp/mmcblk0p1/"} + name, name);
+  unmount();
+  mount();
+  board_.write("tmp/mmcblk0p1/changed", "CHANGED"); // of the same length
+  board_.remove("tmp/mmcblk0p1/removed");
+  board_.remove("tmp/mmcblk0p1/REC/removed");
+  std::filesystem::rename(board_.path("tmp/mmcblk0p1/renamed"), board_.path("tmp/mmcblk0p1/other"));
+  unmount();
+  EXPECT_EQ(file_on_card("changed"), "CHANGED");
+  EXPECT_EQ(file_on_card("REC/kept"), "REC/kept");
+  EXPECT_EQ(file_on_card("other"), "renamed");
+  const std::string files = files_on_card();
+  EXPECT_EQ(files.find("removed"), std::string::npos) << files;
+  EXPECT_EQ(files.find("renamed"), std::string::npos) << files;
+  said_by_fsck();
+}
+
+TEST_F(SimCard, MountShowsWhatOthersPutOnTheCard) {
+  take_out();
+  board_.write("film", "of another program");
+  said_by_mtools("mmd", {"::/REC"});
+  said_by_mtools("mcopy", {board_.path("film"), "::/REC/KVX00007.TS"});
+  put_in();
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/REC/KVX00007.TS"), "of another program");
+}
+
+TEST_F(SimCard, NamesComeThroughUnchanged) {
+  const std::vector<std::string> names = {"a[1].txt", "größe Ω 録画.txt", "with blanks.long extension",
+                                          "lower.ts", "UPPER.TS",         "#hash;semicolon",
+                                          ".hidden"};
+  for (const std::string &name : names)
+    board_.write("tmp/mmcblk0p1/" + name, name);
+  unmount();
+  mount();
+  for (const std::string &name : names)
+    EXPECT_EQ(board_.read("tmp/mmcblk0p1/" + name), name);
+  for (const std::string &name : names)
+    board_.remove("tmp/mmcblk0p1/" + name);
+  unmount();
+  expect_no_files_on_card();
+}
+
+TEST_F(SimCard, TimesOfFilesComeThroughToTwoSeconds) {
+  board_.write("tmp/mmcblk0p1/film", "");
+  const timespec times[2] = {{1700000001, 0}, {1700000001, 0}};
+  ASSERT_EQ(::utimensat(AT_FDCWD, board_.path("tmp/mmcblk0p1/film").c_str(), times, 0), 0);
+  take_out();
+  put_in();
+  struct stat status;
+  ASSERT_EQ(::stat("/tmp/mmcblk0p1/film", &status), 0);
+  EXPECT_EQ(status.st_mtime / 2, 1700000001 / 2);
+}
+
+TEST_F(SimCard, MountHidesWhatWasInTheFolder) {
+  take_out();
+  board_.write("tmp/mmcblk0p1/of the board", "");
+  put_in();
+  EXPECT_FALSE(board_.exists("tmp/mmcblk0p1/of the board"));
+  board_.write("tmp/mmcblk0p1/of the card", "");
+  take_out();
+  EXPECT_TRUE(board_.exists("tmp/mmcblk0p1/of the board"));
+  EXPECT_FALSE(board_.exists("tmp/mmcblk0p1/of the card"));
+  EXPECT_EQ(files_on_card(), "::/of the card\n");
+}
+
+TEST_F(SimCard, SecondMountAndSecondUnmountFail) {
+  EXPECT_EQ(run_command("mount /dev/mmcblk0p1 /tmp/mmcblk0p1"), 32);
+  unmount();
+  EXPECT_EQ(run_command("/bin/umount /dev/mmcblk0p1"), 32);
+  EXPECT_EQ(run_command("mount -t vfat -o ro,noatime /dev/mmcblk0p1 /tmp/mmcblk0p1"), 0);
+  EXPECT_THAT(mount_line(), HasSubstr(" vfat ro,"));
+  EXPECT_EQ(run_command("umount -l /tmp/mmcblk0p1"), 0);
+}
+
+TEST_F(SimCard, CallsMountAndUnmountTheCardAsTheCommandsDo) {
+  EXPECT_EQ(::umount("/tmp/mmcblk0p1"), 0);
+  EXPECT_EQ(mount_line(), "");
+  EXPECT_EQ(::umount2("/tmp/mmcblk0p1", 0), -1);
+  EXPECT_EQ(errno, EINVAL);
+  EXPECT_EQ(::mount("/dev/mmcblk0p1", "/tmp/mmcblk0p1", "vfat", MS_RDONLY, nullptr), 0);
+  EXPECT_THAT(mount_line(), HasSubstr(" vfat ro,"));
+}
+
+TEST_F(SimCard, WhatDoesNotFitStaysMounted) {
+  board_.write("tmp/mmcblk0p1/small", "bytes");
+  board_.write("tmp/mmcblk0p1/large", "");
+  std::filesystem::resize_file(board_.path("tmp/mmcblk0p1/large"), 65 << 20);
+  EXPECT_EQ(run_command("/bin/umount /dev/mmcblk0p1"), 32);
+  EXPECT_NE(mount_line(), "");
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/small"), "bytes");
+  board_.remove("tmp/mmcblk0p1/large");
+  unmount();
+  EXPECT_EQ(files_on_card(), "::/small\n");
+}
+
+TEST_F(SimCard, ListWrittenByHandIsUnmountedWithoutACard) {
+  take_out();
+  board_.write("proc/mounts", "rootfs / rootfs rw 0 0\n/dev/mmcblk0p1 /tmp/mmcblk0p1 vfat rw 0 0\n");
+  board_.write("tmp/mmcblk0p1/kept", "");
+  unmount();
+  EXPECT_EQ(board_.read("proc/mounts"), "rootfs / rootfs rw 0 0\n");
+  EXPECT_TRUE(board_.exists("tmp/mmcblk0p1/kept"));
+}
+
+// --- room ---
+
+/// What fsck.fat counts: "... files, USED/ALL clusters".
+std::pair<uint64_t, uint64_t> clusters_in(const std::string &report) {
+  const size_t slash = report.rfind('/');
+  const size_t used = report.rfind(' ', slash);
+  return {std::stoull(report.substr(used)), std::stoull(report.substr(slash + 1))};
+}
+
+TEST_F(SimCard, RoomIsWhatTheFileSystemHas) {
+  for (int i = 0; i < 40; ++i)
+    board_.write("tmp/mmcblk0p1/REC/a long name number " + std::to_string(i), std::string(1000, 'x'));
+  board_.write("tmp/mmcblk0p1/REC/KVX00001.TS", std::string(100001, 'x'));
+  struct statfs told;
+  ASSERT_EQ(::statfs("/tmp/mmcblk0p1", &told), 0);
+  unmount();
+  const auto [used, all] = clusters_in(said_by_fsck());
+  const auto cluster_bytes = static_cast<uint8_t>(bytes_of_image(16384 + 13, 1)[0]) * 512;
+  EXPECT_EQ(told.f_bsize, cluster_bytes);
+  EXPECT_EQ(told.f_frsize, cluster_bytes);
+  EXPECT_EQ(told.f_blocks, all);
+  EXPECT_EQ(told.f_bfree, all - used);
+  EXPECT_EQ(told.f_bavail, all - used);
+  EXPECT_EQ(told.f_type, 0x4D44);
+}
+
+TEST_F(SimCard, EveryCallTellsTheSameRoom) {
+  board_.write("tmp/mmcblk0p1/REC/film", std::string(5000, 'x'));
+  struct statfs expected;
+  ASSERT_EQ(::statfs("/tmp/mmcblk0p1", &expected), 0);
+  struct statfs64 large;
+  EXPECT_EQ(::statfs64("/tmp/mmcblk0p1/REC/film", &large), 0);
+  EXPECT_EQ(large.f_bavail, expected.f_bavail);
+  struct statvfs other;
+  EXPECT_EQ(::statvfs("/tmp/mmcblk0p1/REC", &other), 0);
+  EXPECT_EQ(other.f_bavail, expected.f_bavail);
+  struct statvfs64 large_other;
+  EXPECT_EQ(::statvfs64("/tmp/mmcblk0p1", &large_other), 0);
+  EXPECT_EQ(large_other.f_bavail, expected.f_bavail);
+  const int folder = ::open("/tmp/mmcblk0p1", O_RDONLY | O_DIRECTORY);
+  EXPECT_EQ(::fstatfs(folder, &expected), 0);
+  EXPECT_EQ(expected.f_bavail, large.f_bavail);
+  EXPECT_EQ(::fstatfs64(folder, &large), 0);
+  EXPECT_EQ(::fstatvfs(folder, &other), 0);
+  EXPECT_EQ(::fstatvfs64(folder, &large_other), 0);
+  EXPECT_EQ(large.f_blocks, expected.f_blocks);
+  EXPECT_EQ(other.f_blocks, expected.f_blocks);
+  EXPECT_EQ(large_other.f_blocks, expected.f_blocks);
+  ::close(folder);
+}
+
+TEST_F(SimCard, WithoutACardTheFolderHasTheHostsRoom) {
+  struct statfs host;
+  struct statfs told;
+  ASSERT_EQ(::statfs(board_.path("proc").c_str(), &host), 0);
+  take_out();
+  ASSERT_EQ(::statfs("/tmp/mmcblk0p1", &told), 0);
+  EXPECT_EQ(told.f_blocks, host.f_blocks);
+  EXPECT_EQ(::statfs("/tmp/mmcblk0p1/absent", &told), -1);
+}
+
+TEST_F(SimCard, OverfullCardHasNoRoom) {
+  board_.write("tmp/mmcblk0p1/large", "");
+  std::filesystem::resize_file(board_.path("tmp/mmcblk0p1/large"), 65 << 20);
+  struct statfs told;
+  ASSERT_EQ(::statfs("/tmp/mmcblk0p1", &told), 0);
+  EXPECT_EQ(told.f_bavail, 0U);
+}
+
+// --- the partition as a device ---
+
+TEST_F(SimCard, PartitionIsReadAsItStands) {
+  const int device = ::open("/dev/mmcblk0p1", O_RDONLY);
+  ASSERT_GE(device, 0);
+  EXPECT_EQ(::lseek(device, 0, SEEK_END), off_t{131040} * 512);
+  std::string bytes(4096, '\0');
+  EXPECT_EQ(::pread(device, bytes.data(), bytes.size(), 0), 4096);
+  EXPECT_EQ(bytes, bytes_of_image(16384, 4096));
+  ::close(device);
+}
+
+TEST_F(SimCard, PartitionIsNotWritten) {
+  EXPECT_EQ(::open("/dev/mmcblk0p1", O_RDWR), -1);
+  EXPECT_EQ(errno, EROFS);
+  EXPECT_EQ(std::fopen("/dev/mmcblk0p1", "w"), nullptr);
+  EXPECT_EQ(errno, EROFS);
+}
+
+// --- damage ---
+
+/// The position of a cluster's entry in the first table, and the distance to the second: from the fields of
+/// the file system's first sector.
+struct table_place {
+  explicit table_place(const std::string &first_sector) {
+    const auto number = [&](size_t at, int bytes) {
+      off_t value = 0;
+      for (int i = bytes - 1; i >= 0; --i)
+        value = value * 256 + static_cast<uint8_t>(first_sector[at + static_cast<size_t>(i)]);
+      return value;
+    };
+    start = 16384 + number(14, 2) * 512;
+    length = number(36, 4) * 512;
+  }
+  off_t start, length;
+};
+
+class SimDamagedCard : public SimCard {
+protected:
+  /// A file in one piece from cluster 3 on, whose second cluster is followed by itself.
+  SimDamagedCard() {
+    board_.write("tmp/mmcblk0p1/damaged", std::string(20000, 'd'));
+    take_out();
+    const table_place table{bytes_of_image(16384, 512)};
+    EXPECT_EQ(bytes_of_image(table.start + 12, 8), std::string("\4\0\0\0\5\0\0\0", 8));
+    change_image(table.start + 16, {"\4\0\0\0", 4});
+    change_image(table.start + table.length + 16, {"\4\0\0\0", 4});
+    said_by_fsck(1);
+    put_in();
+  }
+};
+
+TEST_F(SimDamagedCard, IsMountedReadOnly) {
+  EXPECT_THAT(mount_line(), HasSubstr(" vfat ro,"));
+}
+
+TEST_F(SimDamagedCard, IsRepairedAndThenMountedAsEver) {
+  unmount();
+  EXPECT_EQ(run_command("/usr/local/bin/dosfsck -a /dev/mmcblk0p1 > /dev/null"), 1); // errors were corrected
+  said_by_fsck();
+  mount();
+  EXPECT_THAT(mount_line(), HasSubstr(" vfat rw,"));
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/damaged"), std::string(1024, 'd')) << "what was before the damage";
+}
+
+TEST_F(SimDamagedCard, IsLeftAsItIsByACheckThatOnlyLooks) {
+  unmount();
+  EXPECT_EQ(run_command("dosfsck -vn /dev/mmcblk0p1 > /dev/null"), 1);
+  said_by_fsck(1);
+}
+
+// --- the tools' options ---
+
+TEST_F(SimCard, FormatTakesTheUsualOptionsAndNoFiles) {
+  unmount();
+  EXPECT_EQ(run_command("/sbin/mkfs.vfat -F 32 -n HOLIDAY -s2 /dev/mmcblk0p1 > /dev/null"), 0);
+  EXPECT_EQ(bytes_of_image(16384 + 71, 11), "HOLIDAY    ");
+  EXPECT_EQ(bytes_of_image(16384 + 13, 1), "\2");
+  for (const char *command : {"mkfs.vfat /tmp/other /dev/mmcblk0p1", "mkfs.vfat -C /dev/mmcblk0p1",
+                              "mkfs.vfat -l file /dev/mmcblk0p1", "mkfs.vfat - /dev/mmcblk0p1",
+                              "mkfs.vfat --offset 0 /dev/mmcblk0p1", "mkfs.vfat file /dev/mmcblk0p1"})
+    EXPECT_EQ(run_command(command), 1) << command;
+  EXPECT_EQ(run_command("dosfsck -d file /dev/mmcblk0p1"), 2);
+  EXPECT_EQ(bytes_of_image(16384 + 71, 11), "HOLIDAY    ");
+}
+
+TEST_F(SimCard, MountedCardIsNotFormatted) {
+  board_.write("tmp/mmcblk0p1/kept", "");
+  EXPECT_EQ(run_command("/sbin/mkfs.vfat /dev/mmcblk0p1"), 1);
+  unmount();
+  EXPECT_EQ(files_on_card(), "::/kept\n");
+}
+
+} // namespace
+} // namespace dravik::test

@@ -1,0 +1,246 @@
+// Shell commands, mounts and restarts of an application: they reach the board and nothing else.
+
+#include "support/board.hpp"
+#include "support/stderr_capture.hpp"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/mount.h>
+#include <sys/reboot.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+using dravik::test::board;
+using testing::ElementsAre;
+using testing::ExitedWithCode;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+/// The exit status of a command, as the shell of an application has it.
+int run(const std::string &command) {
+  const int status = std::system(command.c_str());
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+class SimShell : public testing::Test {
+protected:
+  std::string witness() const { return board_.path() + "/witness"; }
+  board board_;
+};
+
+// --- what is no command of the board ---
+
+class SimShellRefuses : public SimShell, public testing::WithParamInterface<const char *> {};
+
+TEST_P(SimShellRefuses, WithStatus127AnEventAndAMessage) {
+  dravik::test::stderr_capture said;
+  EXPECT_EQ(run(GetParam()), 127);
+  EXPECT_THAT(board_.events(), ElementsAre(std::string{"shell: "} + GetParam() + " refused"));
+  EXPECT_EQ(said.take(),
+            std::string{"dravik-sim: no command of the board, and not run: "} + GetParam() + "\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Commands, SimShellRefuses,
+    testing::Values("true", "rm -rf /tmp/dravik-nothing", "umount /", "umount", "mount /dev/sda1 /mnt",
+                    "mount /dev/mmcblk0p1 /mnt", "mkfs.vfat /dev/sda1", "dosfsck -a /dev/sda1", "poweroff",
+                    "sync; true", "sync && true", "sync | cat", "sync > /tmp/file", "sync < /dev/null",
+                    "amixer cset numid=1 $(true)", "amixer cset numid=1 `true`", "amixer cset 'numid=1' 5",
+                    "amixer cset numid=1 5 2> /tmp/file", "sync & true", "reboots", "/bin/", "&"));
+
+TEST_F(SimShell, RefusesAnEmptyCommandAndOneThatIsTooLong) {
+  dravik::test::stderr_capture said;
+  EXPECT_EQ(run(""), 127);
+  EXPECT_EQ(run("sync " + std::string(2000, ' ') + std::string(2000, 'x')), 127);
+  EXPECT_EQ(run("reboot" +
+                [] {
+                  std::string words;
+                  for (int i = 0; i < 100; ++i)
+                    words += " x";
+                  return words;
+                }()),
+            127);
+}
+
+TEST_F(SimShell, RunsNothingOfTheHostUnlessTheSettingsSaySo) {
+  dravik::test::stderr_capture said;
+  const std::string command = "echo seen > " + witness() + "; exit 3";
+  EXPECT_EQ(run(command), 127);
+  EXPECT_FALSE(board_.exists("witness"));
+  board_.set("shell", "host");
+  EXPECT_EQ(run(command), 3);
+  EXPECT_EQ(board_.read("witness"), "seen\n");
+  board_.set("shell", "board");
+  EXPECT_EQ(run(command), 127);
+}
+
+TEST_F(SimShell, ServesTheBoardsCommandsWhateverTheSettingsSay) {
+  board_.set("shell", "host");
+  EXPECT_EQ(run("/bin/sync"), 0);
+  EXPECT_THAT(board_.events(), ElementsAre("shell: /bin/sync"));
+}
+
+TEST_F(SimShell, SaysThatThereIsAShell) {
+  EXPECT_NE(std::system(nullptr), 0);
+  EXPECT_THAT(board_.events(), IsEmpty());
+}
+
+TEST_F(SimShell, OrderedFaultMakesACommandFail) {
+  board_.set_fault("shell", "amixer", "EIO");
+  EXPECT_EQ(run("amixer cset numid=1 5"), 1);
+  EXPECT_EQ(run("sync"), 0);
+  EXPECT_THAT(board_.events(), ElementsAre("shell: amixer cset numid=1 5 fails as ordered", "shell: sync"));
+  EXPECT_FALSE(board_.exists("sound/mixer"));
+}
+
+// --- the mixer ---
+
+TEST_F(SimShell, MixerKeepsTheLastValueOfEachControl) {
+  EXPECT_EQ(run("amixer cset numid=77 on"), 0);
+  EXPECT_EQ(run("amixer cset numid=5 108"), 0);
+  EXPECT_EQ(run("amixer cset numid=1 113 &"), 0);
+  EXPECT_EQ(run("amixer cset numid=5 0&"), 0);
+  EXPECT_EQ(run("/usr/bin/amixer -q cset numid=64 off >/dev/null 2>&1"), 0);
+  EXPECT_EQ(board_.read("sound/mixer"), "numid 77 = on\nnumid 1 = 113\nnumid 5 = 0\nnumid 64 = off\n");
+  EXPECT_EQ(board_.events().at(2), "shell: amixer cset numid=1 113 &");
+}
+
+TEST_F(SimShell, MixerTakesNoControlWithoutANumber) {
+  EXPECT_EQ(run("amixer cset name=Master 5"), 1);
+  EXPECT_FALSE(board_.exists("sound/mixer"));
+}
+
+// --- the flash ---
+
+constexpr const char *dump_command = "/usr/sbin/nanddump -l 2048 -f /tmp/ptb -o /dev/mtd1 >& /dev/null";
+
+TEST_F(SimShell, DumpOfTheFlashHoldsTheSplashLanguage) {
+  board_.set("splash_language", "ko");
+  EXPECT_EQ(run(dump_command), 0);
+  EXPECT_EQ(board_.read("tmp/ptb"), std::string(896, '\xFF') + "ko" + std::string(1150, '\xFF'));
+  EXPECT_THAT(board_.events(), ElementsAre(std::string{"shell: "} + dump_command));
+}
+
+TEST_F(SimShell, DumpOfTheFlashIsEnglishUnlessTheSettingsSayOtherwise) {
+  EXPECT_EQ(run(dump_command), 0);
+  EXPECT_EQ(board_.read("tmp/ptb").substr(896, 2), "en");
+}
+
+TEST_F(SimShell, DumpOfTheFlashGoesNowhereElseThanOnTheBoard) {
+  dravik::test::stderr_capture said;
+  EXPECT_EQ(run("nanddump -l 2048 -f " + witness() + " /dev/mtd1"), 1);
+  EXPECT_EQ(run("nanddump -l 2048 /dev/mtd1"), 1);
+  EXPECT_FALSE(board_.exists("witness"));
+}
+
+// --- dd ---
+
+TEST_F(SimShell, DdWritesIntoTheCardAndDoesNotCutIt) {
+  board_.write("dev/mmcblk0", std::string(4096, 'c'));
+  board_.write("tmp/mbr.img", std::string(512, 'm'));
+  EXPECT_EQ(run("/bin/dd if=/tmp/mbr.img of=/dev/mmcblk0 2>/dev/null"), 0);
+  EXPECT_EQ(board_.read("dev/mmcblk0"), std::string(512, 'm') + std::string(3584, 'c'));
+}
+
+TEST_F(SimShell, DdToldOfItsOutputSaysWhatItCopied) {
+  board_.write("tmp/mbr.img", std::string(512, 'm'));
+  dravik::test::stderr_capture said;
+  EXPECT_EQ(run("dd if=/tmp/mbr.img of=/tmp/ptb"), 0);
+  EXPECT_THAT(said.take(), HasSubstr("512 bytes"));
+}
+
+TEST_F(SimShell, DdTouchesNoFileOfTheHost) {
+  dravik::test::stderr_capture said;
+  board_.write("tmp/mbr.img", "bytes");
+  EXPECT_EQ(run("dd if=/tmp/mbr.img of=" + witness()), 1);
+  EXPECT_EQ(run("dd if=/etc/passwd of=/tmp/ptb"), 1);
+  EXPECT_EQ(run("dd if=/tmp/mbr.img"), 1);
+  EXPECT_FALSE(board_.exists("witness"));
+  EXPECT_FALSE(board_.exists("tmp/ptb"));
+}
+
+TEST_F(SimShell, DdLeavesALockedCardAlone) {
+  dravik::test::stderr_capture said;
+  board_.write("dev/mmcblk0", std::string(1024, 'c'));
+  board_.write("gpio/68", "1\n");
+  EXPECT_EQ(run("/bin/dd if=/dev/zero of=/dev/mmcblk0 count=1"), 1);
+  EXPECT_EQ(board_.read("dev/mmcblk0"), std::string(1024, 'c'));
+}
+
+// --- the children of the simulator ---
+
+volatile std::sig_atomic_t children_ended = 0;
+
+TEST_F(SimShell, EndOfACommandIsNoSignalToTheApplication) {
+  board_.write("tmp/mbr.img", "bytes");
+  struct sigaction action = {};
+  action.sa_handler = [](int) { children_ended = children_ended + 1; };
+  ASSERT_EQ(::sigaction(SIGCHLD, &action, nullptr), 0);
+  EXPECT_EQ(run("dd if=/tmp/mbr.img of=/tmp/ptb 2>/dev/null"), 0);
+  sigset_t mask;
+  ASSERT_EQ(::pthread_sigmask(SIG_BLOCK, nullptr, &mask), 0);
+  EXPECT_EQ(::sigismember(&mask, SIGCHLD), 0) << "blocked for good";
+}
+
+TEST_F(SimShell, CommandsOfSeveralThreadsAreServedAtOnce) {
+  board_.write("tmp/mbr.img", std::string(512, 'm'));
+  const auto copy = [] {
+    for (int i = 0; i < 5; ++i)
+      EXPECT_EQ(run("dd if=/tmp/mbr.img of=/tmp/ptb 2>/dev/null"), 0);
+  };
+  std::thread other{copy};
+  copy();
+  other.join();
+  EXPECT_EQ(board_.events().size(), 10U);
+}
+
+// --- restarts, sync, mounts ---
+
+class SimRestart : public SimShell, public testing::WithParamInterface<const char *> {};
+
+TEST_P(SimRestart, EndsTheApplicationWithStatus75AndANotice) {
+  EXPECT_EXIT(std::system(GetParam()), ExitedWithCode(75),
+              "^dravik-sim: .*reboot: the board restarts, the application ends with status 75\n$");
+  EXPECT_THAT(board_.events(), ElementsAre(std::string{"shell: "} + GetParam()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Commands, SimRestart,
+                         testing::Values("/sbin/reboot", "reboot", "/sbin/reboot -f &"));
+
+TEST_F(SimShell, RestartByTheCallIsTheSame) {
+  EXPECT_EXIT(::reboot(RB_AUTOBOOT), ExitedWithCode(75), "the board restarts");
+  EXPECT_EXIT(::reboot(RB_POWER_OFF), ExitedWithCode(75), "the board restarts");
+  EXPECT_THAT(board_.events(), ElementsAre("reboot: 0x1234567", "reboot: 0x4321fedc"));
+}
+
+TEST_F(SimShell, KeysForARestartAreAllowedAndForbiddenInPeace) {
+  EXPECT_EQ(::reboot(static_cast<int>(RB_ENABLE_CAD)), 0);
+  EXPECT_EQ(::reboot(RB_DISABLE_CAD), 0);
+}
+
+TEST_F(SimShell, SyncIsRecorded) {
+  ::sync();
+  EXPECT_THAT(board_.events(), ElementsAre("sync"));
+}
+
+TEST_F(SimShell, NothingOfTheHostIsMountedOrUnmounted) {
+  const auto expect_refusal = [](int result) {
+    EXPECT_EQ(result, -1);
+    EXPECT_EQ(errno, EPERM);
+  };
+  expect_refusal(::mount("none", "/mnt", "tmpfs", 0, nullptr));
+  expect_refusal(::mount("/dev/mmcblk0p1", "/mnt", "vfat", 0, nullptr));
+  expect_refusal(::mount(nullptr, nullptr, nullptr, 0, nullptr));
+  expect_refusal(::umount("/"));
+  expect_refusal(::umount2("/proc", MNT_DETACH));
+  EXPECT_THAT(board_.events(), ElementsAre("mount: none /mnt", "mount: /dev/mmcblk0p1 /mnt",
+                                           "mount: (none) (none)", "umount: /", "umount: /proc"));
+}
+
+} // namespace

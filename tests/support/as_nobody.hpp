@@ -1,0 +1,27 @@
+// What root may do, this user may not.
+#pragma once
+
+#include <cstdlib>
+#include <unistd.h>
+
+namespace dravik::test {
+
+/// Root is nobody while it lives; others stay who they are.
+class as_nobody {
+public:
+  as_nobody() : before_(::geteuid()) {
+    if (before_ == 0 && ::seteuid(65534) != 0)
+      std::abort();
+  }
+  ~as_nobody() {
+    if (::seteuid(before_) != 0)
+      std::abort();
+  }
+  as_nobody(const as_nobody &) = delete;
+  as_nobody &operator=(const as_nobody &) = delete;
+
+private:
+  uid_t before_;
+};
+
+} // namespace dravik::test
