@@ -133,6 +133,9 @@ TEST(DashcamAtWork, NoticesAnImpactOnce) {
   dashcam.await_line("screen home");
   dashcam.set({"accel=0,-2500,1000"});
   dashcam.await_line("impact of 2500 mg");
+  dashcam.set({"accel=0,-2600,1000"});
+  for (const char *light : {"led: red", "led: off", "led: red"})
+    dashcam.await_event(light); // it has looked again and again
   const shot seen = dashcam.end();
   EXPECT_EQ(seen.at(320, 52), white) << "the frame of the banner";
   int impacts = 0;
