@@ -80,6 +80,8 @@ int board_look_around(void) {
 /* Whether a line has come up since the last call. */
 static int has_risen(uint32_t line, int *was_up) {
   const int is_up = gpio_get(line) == 1, has = is_up && !*was_up;
+  if (*was_up && !is_up)
+    tell("key released");
   *was_up = is_up;
   return has;
 }

@@ -46,6 +46,9 @@ protected:
     return left;
   }
 
+  /// How many sounds have ended.
+  ptrdiff_t sounds() const { return std::ranges::count_if(on_.events(), living_dashcam::is_end_of_sound); }
+
   const recording_board on_;
 };
 
@@ -108,8 +111,9 @@ TEST_F(DashcamSound, ClicksWhenAKeyIsPressed) {
   living_dashcam dashcam{on_, {"--screen", "home", "--stay"}};
   dashcam.await_sound();
   dashcam.await_sound();
-  dashcam.press_next();
-  dashcam.await_sound();
+  // The engine pauses after each sound, and a click into its pause is left out.
+  for (int tries = 0; tries < 100 && sounds() < 3; ++tries)
+    dashcam.press_next();
   dashcam.end();
   EXPECT_TRUE(is_in(click, played(), 0));
 }

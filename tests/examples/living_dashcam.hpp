@@ -5,6 +5,7 @@
 #include "sim/follower.hpp"
 #include "sim/launcher.hpp"
 
+#include <chrono>
 #include <csignal>
 #include <string>
 #include <vector>
@@ -24,27 +25,25 @@ public:
   living_dashcam(const board &on, const std::vector<std::string> &words)
       : on_(on), events_(on.path()), dashcam_(on, DASHCAM, words) {}
 
-  /// Waits until the serial console has shown a line.
-  void await_line(const std::string &line) {
-    const std::string sent = "ttyS0: " + line;
-    EXPECT_TRUE(events_.sees(sent)) << "never seen: " << sent;
+  /// Waits until the serial console has shown a line; what came before it is passed over.
+  void await_line(const std::string &line) { await_event("ttyS0: " + line); }
+  void await_event(const std::string &expected) {
+    await(expected, [&](const std::string &line) { return line == expected; });
   }
-  void await_event(const std::string &line) { EXPECT_TRUE(events_.sees(line)) << "never seen: " << line; }
   /// Waits until the loudspeaker has ended a sound.
-  void await_sound() {
-    std::string line;
-    while (!(line = events_.line()).empty())
-      if (line.starts_with("sound: ") && line.ends_with(" frames played"))
-        return;
-    ADD_FAILURE() << "no sound";
+  void await_sound() { await("the end of a sound", is_end_of_sound); }
+
+  static bool is_end_of_sound(const std::string &line) {
+    return line.starts_with("sound: ") && line.ends_with(" frames played");
   }
 
   void set(const std::vector<std::string> &words) const { set_inputs(on_, words); }
-  /// Presses a key until the camera has noticed, and lets it go.
+  /// Presses a key and lets it go, each until the camera has noticed.
   void press(const std::string &line, const std::string &key) {
     set({line + "=1"});
     await_line("key " + key);
     set({line + "=0"});
+    await_line("key released");
   }
   void press_next() { press("gpio.61", "next"); }
   void press_ok() { press("gpio.62", "ok"); }
@@ -57,6 +56,17 @@ public:
   }
 
 private:
+  /// The camera always has something to tell: patience is for the whole, not for a line.
+  template <typename Expected> void await(const std::string &name, Expected is_expected) {
+    using clock = std::chrono::steady_clock;
+    const clock::time_point end = clock::now() + std::chrono::seconds{30};
+    std::string line;
+    while (clock::now() < end && !(line = events_.line()).empty())
+      if (is_expected(line))
+        return;
+    ADD_FAILURE() << "never seen: " << name;
+  }
+
   const board &on_;
   follower events_;
   application dashcam_;
