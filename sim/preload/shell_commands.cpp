@@ -71,7 +71,7 @@ int copy_bytes(const shell_words &command, word_list operands) noexcept {
     ::dprintf(STDERR_FILENO, "dd: %s: Read-only file system\n", to);
     return ended_with(1);
   }
-  const char *words[40] = {"dd"};
+  const char *words[shell_words::most_words + 1] = {"dd"};
   std::copy(operands.begin(), operands.end(), words + 1);
   return run_child("/bin/dd", words, child_of::board, command);
 }

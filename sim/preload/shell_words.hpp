@@ -11,6 +11,8 @@ namespace dravik::sim {
 /// background or not. Whatever needs more of a shell is not understood.
 class shell_words {
 public:
+  static constexpr size_t most_words = 32;
+
   explicit shell_words(const char *command) noexcept;
 
   /// Empty when the command is not understood.
@@ -26,7 +28,6 @@ private:
   bool take_redirection(std::string_view word, std::string_view &rest) noexcept;
 
   static constexpr size_t longest_command = 1024;
-  static constexpr size_t most_words = 32;
 
   bool is_simple_ = false;
   bool drops_output_ = false;
