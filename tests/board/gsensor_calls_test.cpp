@@ -3,66 +3,37 @@
 
 #include "dravik.h"
 #include "support/board.hpp"
-#include "support/next_call.hpp"
+#include "support/call_watcher.hpp"
 #include "support/stderr_capture.hpp"
 
-#include <cstdarg>
-#include <fcntl.h>
 #include <functional>
 #include <gmock/gmock.h>
 #include <string_view>
-#include <sys/ioctl.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
 
 namespace dravik::test {
 namespace {
 
-int bus = -1;
+/// The bus, past the simulator, which looks after each descriptor.
+struct watched_bus : call_watcher {
+  int descriptor = -1;
 
-} // namespace
-} // namespace dravik::test
-
-// The simulator, which looks after each descriptor, is passed by.
-extern "C" {
-
-using namespace dravik::test;
-
-int open(const char *path, int flags, ...) {
-  va_list rest;
-  va_start(rest, flags);
-  const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(rest, mode_t) : 0;
-  va_end(rest);
-  static const auto next = next_call<int(const char *, int, ...)>("open");
-  if (std::string_view{path} != "/dev/i2c-0")
-    return next(path, flags, mode);
-  return bus = next("/dev/zero", flags);
-}
-
-int ioctl(int descriptor, unsigned long request, ...) noexcept {
-  va_list rest;
-  va_start(rest, request);
-  void *const argument = va_arg(rest, void *);
-  va_end(rest);
-  static const auto next = next_call<int(int, unsigned long, ...)>("ioctl");
-  return descriptor == bus && bus >= 0 ? 0 : next(descriptor, request, argument);
-}
-
-ssize_t write(int descriptor, const void *data, size_t size) {
-  return ::syscall(SYS_write, descriptor, data, size);
-}
-
-ssize_t read(int descriptor, void *data, size_t size) {
-  return ::syscall(SYS_read, descriptor, data, size);
-}
-
-} // extern "C"
-
-namespace dravik::test {
-namespace {
+  int open(const char *path, int flags, mode_t mode) override {
+    if (std::string_view{path} != "/dev/i2c-0")
+      return call_watcher::open(path, flags, mode);
+    return descriptor = call_watcher::open("/dev/zero", flags, mode);
+  }
+  int ioctl(int asked, unsigned long request, void *argument) override {
+    return asked == descriptor && asked >= 0 ? 0 : call_watcher::ioctl(asked, request, argument);
+  }
+  ssize_t write(int asked, const void *data, size_t size) override {
+    return ::syscall(SYS_write, asked, data, size);
+  }
+  ssize_t read(int asked, void *data, size_t size) override { return ::syscall(SYS_read, asked, data, size); }
+} bus;
 
 /// A system call on a descriptor, with the number of bytes.
 struct kernel_call {
@@ -131,12 +102,13 @@ TEST(GsensorCalls, TracerSeesACall) {
 
 TEST(GsensorCalls, ReadingIsTwelveSystemCalls) {
   const board any;
+  watcher = &bus;
   {
     stderr_capture told;
     ASSERT_EQ(gsensor_init(), 0);
   }
-  const kernel_call select = {SYS_write, static_cast<uint64_t>(bus), 1};
-  const kernel_call take = {SYS_read, static_cast<uint64_t>(bus), 1};
+  const kernel_call select = {SYS_write, static_cast<uint64_t>(bus.descriptor), 1};
+  const kernel_call take = {SYS_read, static_cast<uint64_t>(bus.descriptor), 1};
   int32_t x, y, z;
   EXPECT_THAT(calls_of([&] { gsensor_get_data(&x, &y, &z); }),
               testing::ElementsAre(select, take, select, take, select, take, select, take, select, take,

@@ -2,21 +2,18 @@
 // calls.
 
 #include "dravik.h"
+#include "support/call_watcher.hpp"
 
 #include <algorithm>
-#include <cstdarg>
 #include <cstdint>
 #include <cstring>
-#include <dlfcn.h>
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <linux/fb.h>
 #include <string>
-#include <sys/ioctl.h>
 #include <sys/mman.h>
-#include <unistd.h>
 #include <vector>
 
+namespace dravik::test {
 namespace {
 
 using testing::ElementsAre;
@@ -25,13 +22,34 @@ using testing::IsEmpty;
 constexpr int device_descriptor = 777;
 
 /// A frame buffer that notes each call while it is plugged in.
-struct watched_device {
+struct watched_device : call_watcher {
   bool plugged_in = false;
   fb_fix_screeninfo fixed = {};
   fb_var_screeninfo variable = {};
   fb_var_screeninfo panned = {};
   uint8_t memory[4096] = {};
   std::vector<std::string> calls;
+
+  int open(const char *path, int flags, mode_t mode) override {
+    if (!plugged_in)
+      return call_watcher::open(path, flags, mode);
+    calls.push_back(std::string{"open "} + path + (flags == O_RDWR ? " O_RDWR" : " with other flags"));
+    return device_descriptor;
+  }
+
+  int close(int descriptor) override {
+    if (!plugged_in)
+      return call_watcher::close(descriptor);
+    calls.push_back("close " + std::to_string(descriptor));
+    return 7;
+  }
+
+  int ioctl(int descriptor, unsigned long request, void *argument) override {
+    if (!plugged_in)
+      return call_watcher::ioctl(descriptor, request, argument);
+    EXPECT_EQ(descriptor, device_descriptor);
+    return answer(request, argument);
+  }
 
   int answer(unsigned long request, void *argument) {
     switch (request) {
@@ -57,47 +75,17 @@ struct watched_device {
   }
 } device;
 
-template <class Function> Function *next(const char *name) {
-  return reinterpret_cast<Function *>(::dlsym(RTLD_NEXT, name));
-}
-
 } // namespace
+} // namespace dravik::test
 
 extern "C" {
 
-int open(const char *path, int flags, ...) {
-  va_list rest;
-  va_start(rest, flags);
-  const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(rest, mode_t) : 0;
-  va_end(rest);
-  if (!device.plugged_in)
-    return next<int(const char *, int, ...)>("open")(path, flags, mode);
-  device.calls.push_back(std::string{"open "} + path + (flags == O_RDWR ? " O_RDWR" : " with other flags"));
-  return device_descriptor;
-}
-
-int close(int descriptor) {
-  if (!device.plugged_in)
-    return next<int(int)>("close")(descriptor);
-  device.calls.push_back("close " + std::to_string(descriptor));
-  return 7;
-}
-
-int ioctl(int descriptor, unsigned long request, ...) noexcept {
-  va_list rest;
-  va_start(rest, request);
-  void *const argument = va_arg(rest, void *);
-  va_end(rest);
-  if (!device.plugged_in)
-    return next<int(int, unsigned long, ...)>("ioctl")(descriptor, request, argument);
-  EXPECT_EQ(descriptor, device_descriptor);
-  return device.answer(request, argument);
-}
+using namespace dravik::test;
 
 void *mmap(void *address, size_t length, int protection, int flags, int descriptor, off_t offset) noexcept {
   if (!device.plugged_in)
-    return next<void *(void *, size_t, int, int, int, off_t)>("mmap")(address, length, protection, flags,
-                                                                      descriptor, offset);
+    return next_call<void *(void *, size_t, int, int, int, off_t)>("mmap")(address, length, protection, flags,
+                                                                           descriptor, offset);
   EXPECT_EQ(address, nullptr);
   EXPECT_EQ(protection, PROT_READ | PROT_WRITE);
   EXPECT_EQ(flags, MAP_SHARED);
@@ -108,7 +96,7 @@ void *mmap(void *address, size_t length, int protection, int flags, int descript
 
 int munmap(void *address, size_t length) noexcept {
   if (!device.plugged_in)
-    return next<int(void *, size_t)>("munmap")(address, length);
+    return next_call<int(void *, size_t)>("munmap")(address, length);
   device.calls.push_back("munmap " + std::to_string(length) + " at " +
                          std::to_string(static_cast<uint8_t *>(address) - device.memory));
   return 0;
@@ -116,6 +104,7 @@ int munmap(void *address, size_t length) noexcept {
 
 } // extern "C"
 
+namespace dravik::test {
 namespace {
 
 /// The device is plugged in for the calls of the library alone, so that the test's own calls go their way.
@@ -131,6 +120,7 @@ template <class Call> auto watched(Call call) {
 class DeviceCalls : public testing::Test {
 protected:
   DeviceCalls() {
+    watcher = &device;
     device.fixed.line_length = 80;
     device.variable.xres = device.variable.xres_virtual = 33;
     device.variable.yres = device.variable.yres_virtual = 7;
@@ -222,3 +212,4 @@ TEST_F(DeviceCalls, DeviceWithoutLinesHoldsNoScreens) {
 }
 
 } // namespace
+} // namespace dravik::test
