@@ -247,15 +247,16 @@ TEST_F(SimSerialTerminal, WorksWithoutThePipe) {
 }
 
 TEST_F(SimSerialTerminal, PlainFileServesWhereThereCanBeNoTerminal) {
-  for (const char *descriptors : {"4", "5", "6", "7"}) {
-    const std::string few = std::string{"ulimit -n "} + descriptors + "; echo $0 | exec " + LAUNCHER +
-                            " run " + board_.path() + " -- tee /dev/ttyS0";
-    const outcome result = dravik::test::run({shell, "-c", few, descriptors});
+  board_.write("usr/local/dravik/text", "text\n");
+  const std::string script = "exec prlimit --nofile=$0:$0 \"$@\" <" + board_.path("usr/local/dravik/text");
+  for (const char *descriptors : {"5", "6", "7"}) {
+    const outcome result = dravik::test::run(
+        {shell, "-c", script, descriptors, LAUNCHER, "run", board_.path(), "--", "tee", "/dev/ttyS0"});
     EXPECT_EQ(result.exit_status(), 0) << descriptors;
     EXPECT_EQ(result.errors, "") << descriptors;
+    EXPECT_FALSE(board_.exists(list)) << descriptors;
   }
-  EXPECT_EQ(board_.read(port), "4\n5\n6\n7\n");
-  EXPECT_FALSE(board_.exists(list));
+  EXPECT_EQ(board_.read(port), "text\ntext\ntext\n");
 }
 
 } // namespace
