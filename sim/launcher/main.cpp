@@ -67,11 +67,15 @@ constexpr command commands[] = {
      "is\n"
      "looked for in PATH. It and its children see the board's files at the fixed paths. What they play on "
      "the ALSA\n"
-     "card 'default' is added to BOARD/sound/played.wav.\n"
+     "card 'default' is added to BOARD/sound/played.wav. Their serial port /dev/ttyS0 is a terminal: what "
+     "they "
+     "send\n"
+     "is added to BOARD/console, and what is written to BOARD/dev/ttyS0.in is typed.\n"
      "\n"
      "examples:\n"
      "  dravik-sim run desk -- ./first\n"
      "  dravik-sim run desk -- cat /tmp/dravik.log\n"
+     "  dravik-sim run desk -- stty -F /dev/ttyS0 -a\n"
      "  dravik-sim run desk -- gdb ./first\n"},
     {"shot", shot_command,
      "usage: dravik-sim shot BOARD FILE.png\n"

@@ -4,6 +4,7 @@
 #include "board/board_directory.hpp"
 #include "launcher/commands.hpp"
 #include "launcher/executable.hpp"
+#include "launcher/serial_keeper.hpp"
 #include "sound/timeline.hpp"
 
 #include <cerrno>
@@ -78,7 +79,9 @@ int run_command(arguments given) {
     return fail(library + ": the loader takes no path with a blank or a colon");
 
   std::error_code code;
-  ::setenv("DRAVIK_BOARD", files::canonical(board, code).c_str(), 1);
+  const std::string directory = files::canonical(board, code).string();
+  ::setenv("DRAVIK_BOARD", directory.c_str(), 1);
+  keep_serial_port(directory);
   offer_sound_card(library);
   add_preload(library);
   return become(program, words);

@@ -1,21 +1,23 @@
 // The serial port. What is sent goes to the end of the plain file dev/ttyS0 of the board, by whatever call;
 // what is to be received comes through the pipe dev/ttyS0.in, which any program may write to. So a descriptor
 // for writing alone is one of the plain file, any other one of the pipe, and nobody has to hold the far end.
+// Where dev/ttyS0 is a link to a terminal, as for applications that the launcher has started, that is the
+// port; only its settings are seen here.
 
 #include "preload/serial_port.hpp"
-#include "board/settings_text.hpp"
+#include "base/unique_fd.hpp"
 #include "preload/board_files.hpp"
 #include "preload/device.hpp"
+#include "preload/path_map.hpp"
 #include "preload/preserve_errno.hpp"
+#include "preload/serial_line.hpp"
 
-#include <algorithm>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
-#include <utility>
 
 namespace dravik::sim {
 namespace {
@@ -23,7 +25,6 @@ namespace {
 constexpr const char *path = "/dev/ttyS0";
 constexpr const char *sent_file = "dev/ttyS0";
 constexpr const char *input_pipe = "dev/ttyS0.in";
-constexpr const char *settings_file = "dev/ttyS0.termios";
 
 bool is_plain_file(int descriptor) noexcept {
   struct stat status;
@@ -52,46 +53,11 @@ int choose_direction(int descriptor, int flags) noexcept {
   return input;
 }
 
-void record_lines(std::string_view text) noexcept {
-  while (!text.empty()) {
-    const std::string_view line = trimmed(take_until(text, '\n'));
-    if (!line.empty())
-      record_event("ttyS0: %.*s", static_cast<int>(line.size()), line.data());
-  }
-}
-
 ssize_t send(int, const void *data, size_t size) noexcept {
   const std::string_view text{static_cast<const char *>(data), size};
   append_to_board_file(sent_file, text);
-  record_lines(text);
+  record_sent_lines(text);
   return static_cast<ssize_t>(size);
-}
-
-/// As the kernel sets a port up that nobody has set up yet.
-termios first_settings() noexcept {
-  termios settings = {};
-  settings.c_iflag = ICRNL | IXON;
-  settings.c_oflag = OPOST | ONLCR;
-  settings.c_cflag = CS8 | CREAD | HUPCL | CLOCAL;
-  settings.c_lflag = ISIG | ICANON | ECHO | ECHOE | ECHOK | ECHOCTL | ECHOKE | IEXTEN;
-  ::cfsetispeed(&settings, B9600);
-  ::cfsetospeed(&settings, B9600);
-  constexpr std::pair<int, cc_t> keys[] = {
-      {VINTR, 3},  {VQUIT, 28}, {VERASE, 127},  {VKILL, 21},    {VEOF, 4},     {VMIN, 1},    {VSTART, 17},
-      {VSTOP, 19}, {VSUSP, 26}, {VREPRINT, 18}, {VDISCARD, 15}, {VWERASE, 23}, {VLNEXT, 22},
-  };
-  for (const auto &[key, code] : keys)
-    settings.c_cc[key] = code;
-  return settings;
-}
-
-uint32_t bits_per_second(speed_t speed) noexcept {
-  constexpr std::pair<speed_t, uint32_t> speeds[] = {
-      {B1200, 1200},   {B2400, 2400},   {B4800, 4800},     {B9600, 9600},     {B19200, 19200},
-      {B38400, 38400}, {B57600, 57600}, {B115200, 115200}, {B230400, 230400}, {B460800, 460800},
-  };
-  const auto *known = std::ranges::find(speeds, speed, &std::pair<speed_t, uint32_t>::first);
-  return known != std::end(speeds) ? known->second : 0;
 }
 
 /// How many bytes wait, as other devices of the kind tell it.
@@ -121,23 +87,24 @@ bool is_serial_port(int descriptor) noexcept {
   return device_behind(descriptor) == &serial_port;
 }
 
+bool is_serial_terminal(int descriptor) noexcept {
+  const preserve_errno unchanged;
+  struct stat asked, port;
+  if (board_directory() == nullptr || ::fstat(descriptor, &asked) != 0 || !S_ISCHR(asked.st_mode))
+    return false;
+  const unique_fd link{open_board_file(sent_file, O_PATH)};
+  return link && ::fstat(link.get(), &port) == 0 && S_ISCHR(port.st_mode) && port.st_rdev == asked.st_rdev;
+}
+
 int read_line_settings(termios &settings) noexcept {
-  if (const int fault = ordered_fault("tcgetattr", path))
-    return -fault;
-  constexpr auto size = static_cast<ssize_t>(sizeof settings);
-  if (read_board_bytes(settings_file, 0, &settings, sizeof settings) != size)
-    settings = first_settings();
-  return 0;
+  settings = kept_line_settings();
+  return -ordered_fault("tcgetattr", path);
 }
 
 int change_line_settings(const termios &settings) noexcept {
-  termios before;
-  if (read_line_settings(before); const int fault = ordered_fault("tcsetattr", path))
+  if (const int fault = ordered_fault("tcsetattr", path))
     return -fault;
-  const speed_t speed = ::cfgetospeed(&settings);
-  if (speed != ::cfgetospeed(&before))
-    record_event("ttyS0: %u bits per second", bits_per_second(speed));
-  return write_board_bytes(settings_file, 0, &settings, sizeof settings) ? 0 : -EIO;
+  return keep_line_settings(settings) ? 0 : -EIO;
 }
 
 int discard_input(int descriptor) noexcept {

@@ -13,16 +13,22 @@ SIM_DEFINE(int, isatty, (int descriptor)) {
 }
 
 SIM_DEFINE(int, tcgetattr, (int descriptor, termios *settings)) {
-  return is_serial_port(descriptor) ? as_told(read_line_settings(*settings))
-                                    : SIM_NEXT(tcgetattr)(descriptor, settings);
+  if (is_serial_port(descriptor))
+    return as_told(read_line_settings(*settings));
+  if (is_serial_terminal(descriptor) && as_told(read_line_settings(*settings)) != 0)
+    return -1;
+  return SIM_NEXT(tcgetattr)(descriptor, settings);
 }
 
 SIM_DEFINE(int, tcsetattr, (int descriptor, int when, const termios *settings)) {
-  if (!is_serial_port(descriptor))
-    return SIM_NEXT(tcsetattr)(descriptor, when, settings);
-  if (when == TCSAFLUSH)
-    discard_input(descriptor);
-  return as_told(change_line_settings(*settings));
+  if (is_serial_port(descriptor)) {
+    if (when == TCSAFLUSH)
+      discard_input(descriptor);
+    return as_told(change_line_settings(*settings));
+  }
+  if (is_serial_terminal(descriptor) && as_told(change_line_settings(*settings)) != 0)
+    return -1;
+  return SIM_NEXT(tcsetattr)(descriptor, when, settings);
 }
 
 SIM_DEFINE(int, tcflush, (int descriptor, int which)) {

@@ -1,6 +1,9 @@
 // The launcher, run as people run it. LAUNCHER is its path.
 #pragma once
 
+#include "support/serial_keeper.hpp"
+
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -41,6 +44,7 @@ inline std::string contents(FILE *file) {
   ::_exit(127);
 }
 
+/// An application that has run leaves the serial port at rest.
 inline outcome run(const std::vector<std::string> &words) {
   FILE *output = std::tmpfile();
   FILE *errors = std::tmpfile();
@@ -49,6 +53,8 @@ inline outcome run(const std::vector<std::string> &words) {
     become(words, ::fileno(output), ::fileno(errors));
   outcome result;
   ::waitpid(child, &result.status, 0);
+  if (const auto command = std::ranges::find(words, "run"); words.end() - command > 1)
+    await_serial_keeper(command[1]);
   result.output = contents(output);
   result.errors = contents(errors);
   return result;

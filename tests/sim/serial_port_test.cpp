@@ -137,7 +137,7 @@ TEST_F(SimSerialPort, ShellsSendToo) {
     EXPECT_EQ(launch({"run", board_.path(), "--", shell, "-c", "echo $0 >/dev/ttyS0; ls -d /dev >/dev/ttyS0"})
                   .exit_status(),
               0);
-  EXPECT_EQ(sent(), "sh\n/dev\nbash\n/dev\n");
+  EXPECT_EQ(sent(), "sh\r\n/dev\r\nbash\r\n/dev\r\n");
 }
 
 TEST_F(SimSerialPort, ChildrenSendByTheSameDescriptor) {

@@ -2,6 +2,7 @@
 
 #include "support/board.hpp"
 #include "board/board_directory.hpp"
+#include "support/serial_keeper.hpp"
 
 #include <cstdio>
 #include <cstdlib>
@@ -74,6 +75,7 @@ board::board(const sim::screen &shown) : directory_(make_temporary_directory()) 
 
 board::~board() {
   ::setenv("DRAVIK_BOARD", nowhere, 1);
+  await_serial_keeper(directory_);
   std::error_code code;
   std::filesystem::remove_all(directory_, code);
 }

@@ -1,0 +1,65 @@
+// What a board keeps of its serial port.
+
+#include "preload/serial_line.hpp"
+#include "board/settings_text.hpp"
+#include "preload/board_files.hpp"
+
+#include <utility>
+
+namespace dravik::sim {
+namespace {
+
+constexpr const char *settings_file = "dev/ttyS0.termios";
+
+/// As the kernel sets a port up that nobody has set up yet.
+termios first_settings() noexcept {
+  termios settings = {};
+  settings.c_iflag = ICRNL | IXON;
+  settings.c_oflag = OPOST | ONLCR;
+  settings.c_cflag = CS8 | CREAD | HUPCL | CLOCAL;
+  settings.c_lflag = ISIG | ICANON | ECHO | ECHOE | ECHOK | ECHOCTL | ECHOKE | IEXTEN;
+  ::cfsetispeed(&settings, B9600);
+  ::cfsetospeed(&settings, B9600);
+  constexpr std::pair<int, cc_t> keys[] = {
+      {VINTR, 3},  {VQUIT, 28}, {VERASE, 127},  {VKILL, 21},    {VEOF, 4},     {VMIN, 1},    {VSTART, 17},
+      {VSTOP, 19}, {VSUSP, 26}, {VREPRINT, 18}, {VDISCARD, 15}, {VWERASE, 23}, {VLNEXT, 22},
+  };
+  for (const auto &[key, code] : keys)
+    settings.c_cc[key] = code;
+  return settings;
+}
+
+uint32_t bits_per_second(speed_t speed) noexcept {
+  constexpr std::pair<speed_t, uint32_t> speeds[] = {
+      {B1200, 1200},   {B2400, 2400},   {B4800, 4800},     {B9600, 9600},     {B19200, 19200},
+      {B38400, 38400}, {B57600, 57600}, {B115200, 115200}, {B230400, 230400}, {B460800, 460800},
+  };
+  const auto *known = std::ranges::find(speeds, speed, &std::pair<speed_t, uint32_t>::first);
+  return known != std::end(speeds) ? known->second : 0;
+}
+
+} // namespace
+
+termios kept_line_settings() noexcept {
+  termios settings;
+  constexpr auto size = static_cast<ssize_t>(sizeof settings);
+  return read_board_bytes(settings_file, 0, &settings, sizeof settings) == size ? settings : first_settings();
+}
+
+bool keep_line_settings(const termios &settings) noexcept {
+  const speed_t speed = ::cfgetospeed(&settings);
+  const termios before = kept_line_settings();
+  if (speed != ::cfgetospeed(&before))
+    record_event("ttyS0: %u bits per second", bits_per_second(speed));
+  return write_board_bytes(settings_file, 0, &settings, sizeof settings);
+}
+
+void record_sent_lines(std::string_view text) noexcept {
+  while (!text.empty()) {
+    const std::string_view line = trimmed(take_until(text, '\n'));
+    if (!line.empty())
+      record_event("ttyS0: %.*s", static_cast<int>(line.size()), line.data());
+  }
+}
+
+} // namespace dravik::sim

@@ -1,0 +1,262 @@
+// The serial port of applications that the launcher has started: a terminal, whose text a keeper keeps.
+
+#include "base/unique_fd.hpp"
+#include "log/terminal_pair.hpp"
+#include "sim/follower.hpp"
+#include "sim/launcher.hpp"
+#include "support/application.hpp"
+#include "support/board.hpp"
+#include "support/serial_keeper.hpp"
+
+#include <fcntl.h>
+#include <filesystem>
+#include <gmock/gmock.h>
+
+namespace {
+
+namespace files = std::filesystem;
+
+using dravik::unique_fd;
+using dravik::test::application;
+using dravik::test::await_serial_keeper;
+using dravik::test::board;
+using dravik::test::follower;
+using dravik::test::launch;
+using dravik::test::outcome;
+using dravik::test::terminal_pair;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr const char *port = "dev/ttyS0";
+constexpr const char *list = "dev/ttyS0.keeper";
+constexpr const char *shell = "/bin/sh";
+
+class SimSerialTerminal : public testing::Test {
+protected:
+  outcome run_shell(const std::string &script) const {
+    return launch({"run", board_.path(), "--", shell, "-c", script});
+  }
+  void type(std::string_view keys) const { board_.write("dev/ttyS0.in", keys); }
+  std::string text() const { return board_.read("console"); }
+  void expect_rest() const {
+    EXPECT_TRUE(files::is_regular_file(files::symlink_status(board_.path(port))));
+    EXPECT_FALSE(board_.exists(list));
+    EXPECT_FALSE(board_.exists("dev/ttyS0.new"));
+    EXPECT_EQ(board_.read(port), text());
+  }
+  /// As a keeper leaves it that was killed.
+  void leave_behind(const std::string &terminal) const {
+    board_.remove(port);
+    files::create_symlink(terminal, board_.path(port));
+    board_.write(list, terminal + "\n1\n");
+  }
+
+  const board board_;
+};
+
+// ------------------------------------------------------------------------------------------- the terminal
+
+TEST_F(SimSerialTerminal, IsOneInEachDirection) {
+  const outcome result =
+      run_shell("exec 3</dev/ttyS0 4>/dev/ttyS0 5<>/dev/ttyS0\n"
+                "test -t 3 && test -t 4 && test -t 5 && tty <&3 && stat -Lc %F /dev/ttyS0");
+  EXPECT_THAT(result.output, testing::MatchesRegex("/dev/pts/[0-9]+\ncharacter special file\n"));
+}
+
+TEST_F(SimSerialTerminal, EchoesWhatIsTyped) {
+  follower events{board_.path()};
+  application reader{board_, shell, {"-c", "echo ready >/dev/ttyS0; head -n1 </dev/ttyS0"}};
+  EXPECT_TRUE(events.sees("ttyS0: ready"));
+  type("status\n");
+  EXPECT_TRUE(events.sees("ttyS0: status"));
+  EXPECT_EQ(reader.finish(), 0);
+  EXPECT_EQ(reader.output(), "status\n");
+  EXPECT_EQ(text(), "ready\r\nstatus\r\n");
+}
+
+TEST_F(SimSerialTerminal, LinesAreEdited) {
+  application reader{board_, shell, {"-c", "stty -F /dev/ttyS0 -echo; echo; head -n1 </dev/ttyS0"}};
+  reader.await_output("\n");
+  type("stop\x7F\x7F");
+  type("art\n");
+  EXPECT_EQ(reader.finish(), 0);
+  EXPECT_EQ(reader.output(), "\nstart\n");
+  EXPECT_EQ(text(), "");
+}
+
+TEST_F(SimSerialTerminal, RawModeHandsKeysOnAtOnceWithoutEcho) {
+  application reader{board_, shell, {"-c", "stty -F /dev/ttyS0 raw -echo; echo; head -c3 </dev/ttyS0"}};
+  reader.await_output("\n");
+  type("\x03\x7Fk");
+  EXPECT_EQ(reader.finish(), 0);
+  EXPECT_EQ(reader.output(), "\n\x03\x7Fk");
+  EXPECT_EQ(text(), "");
+}
+
+TEST_F(SimSerialTerminal, MoreIsTypedThanItHolds) {
+  constexpr size_t size = 300000;
+  application reader{board_, shell, {"-c", "stty -F /dev/ttyS0 raw -echo; echo; head -c300000 </dev/ttyS0"}};
+  reader.await_output("\n");
+  type(std::string(size, 'x'));
+  EXPECT_EQ(reader.finish(), 0);
+  EXPECT_EQ(reader.output().size(), 1 + size);
+}
+
+TEST_F(SimSerialTerminal, SettingsFailAsOrdered) {
+  for (const char *request : {"tcgetattr", "tcsetattr"}) {
+    board_.set_fault(request, "/dev/ttyS0", "EIO");
+    EXPECT_THAT(run_shell("stty -F /dev/ttyS0 raw").errors, HasSubstr("Input/output error")) << request;
+    board_.clear_faults();
+  }
+  EXPECT_FALSE(board_.exists("dev/ttyS0.termios"));
+  EXPECT_THAT(board_.events(), IsEmpty());
+}
+
+// ------------------------------------------------------------------------------------------- the text
+
+TEST_F(SimSerialTerminal, KeepsEachByte) {
+  std::string bytes;
+  for (int byte = 0; byte < 256; ++byte)
+    bytes += static_cast<char>(byte);
+  std::string all;
+  while (all.size() < 200000)
+    all += bytes;
+  board_.write("usr/local/dravik/all", all);
+  EXPECT_EQ(run_shell("stty -F /dev/ttyS0 raw; cat /usr/local/dravik/all >/dev/ttyS0").exit_status(), 0);
+  EXPECT_TRUE(text() == all);
+  expect_rest();
+}
+
+TEST_F(SimSerialTerminal, EventsAreWholeLines) {
+  EXPECT_EQ(run_shell("exec 3>/dev/ttyS0; printf 'one\\ntw' >&3; printf 'o\\n\\nthr' >&3; printf ee >&3")
+                .exit_status(),
+            0);
+  EXPECT_THAT(board_.events(), ElementsAre("ttyS0: one", "ttyS0: two", "ttyS0: three"));
+}
+
+TEST_F(SimSerialTerminal, GoesOnAfterWhatWasSent) {
+  board_.write(port, "first\n");
+  run_shell("echo second >/dev/ttyS0");
+  expect_rest();
+  const unique_fd plain{::open("/dev/ttyS0", O_WRONLY)};
+  EXPECT_EQ(::write(plain.get(), "third\n", 6), 6);
+  run_shell("echo fourth >/dev/ttyS0");
+  expect_rest();
+  EXPECT_EQ(text(), "first\nsecond\r\nthird\nfourth\r\n");
+}
+
+TEST_F(SimSerialTerminal, TextThatIsRemovedMeanwhileBeginsAnew) {
+  follower events{board_.path()};
+  application sender{board_, shell, {"-c", "echo one >/dev/ttyS0; kill -STOP $$; echo two >/dev/ttyS0"}};
+  EXPECT_TRUE(events.sees("ttyS0: one"));
+  board_.remove("console");
+  sender.send(SIGCONT);
+  EXPECT_TRUE(events.sees("ttyS0: two"));
+  EXPECT_EQ(sender.finish(), 0);
+  await_serial_keeper(board_.path());
+  EXPECT_EQ(text(), "two\r\n");
+  expect_rest();
+}
+
+// ------------------------------------------------------------------------------------------- the application
+
+TEST_F(SimSerialTerminal, ApplicationHasItsStatusAndNoChildItDidNotMake) {
+  const outcome result = launch({"run", board_.path(), "--", "perl", "-e", "print wait(); exit 9"});
+  EXPECT_EQ(result.output, "-1");
+  EXPECT_EQ(result.exit_status(), 9);
+  EXPECT_EQ(text(), "");
+  expect_rest();
+}
+
+TEST_F(SimSerialTerminal, ApplicationHasNoDescriptorItDidNotOpen) {
+  EXPECT_THAT(run_shell("ls -l /proc/$$/fd").output,
+              testing::Not(testing::AnyOf(HasSubstr("ptmx"), HasSubstr("pts"), HasSubstr("keeper"),
+                                          HasSubstr("pidfd"))));
+}
+
+/// The first one's output has an end, as $(...) awaits it, though the keeper stays for the second.
+TEST_F(SimSerialTerminal, IsSharedAndKeptForTheLastApplication) {
+  follower events{board_.path()};
+  const char *script = "readlink -f /dev/ttyS0; echo; head -n1 </dev/ttyS0; echo $0 >/dev/ttyS0";
+  application first{board_, shell, {"-c", "readlink -f /dev/ttyS0; kill -STOP $$; echo first >/dev/ttyS0"}};
+  first.await_output("\n");
+  application second{board_, shell, {"-c", script, "second"}};
+  second.await_output("\n\n");
+  first.send(SIGCONT);
+  EXPECT_TRUE(events.sees("ttyS0: first"));
+  EXPECT_EQ(first.finish(), 0);
+  type("go\n");
+  EXPECT_EQ(second.finish(), 0);
+  EXPECT_TRUE(events.sees("ttyS0: second"));
+  EXPECT_EQ(second.output(), first.output() + "\ngo\n");
+  await_serial_keeper(board_.path());
+  expect_rest();
+}
+
+// ------------------------------------------------------------------------------------------- recovery,
+// refusal
+
+TEST_F(SimSerialTerminal, RecoversFromAKeeperThatWasKilled) {
+  run_shell("echo before >/dev/ttyS0");
+  leave_behind("/dev/pts/999999");
+  EXPECT_EQ(run_shell("echo after >/dev/ttyS0").exit_status(), 0);
+  EXPECT_EQ(text(), "before\r\nafter\r\n");
+  expect_rest();
+}
+
+TEST_F(SimSerialTerminal, KeeperThatWasKilledHasNotLeftSomeoneElsesTerminal) {
+  const terminal_pair window;
+  leave_behind(window.name());
+  EXPECT_EQ(run_shell("echo text >/dev/ttyS0").exit_status(), 0);
+  EXPECT_EQ(text(), "text\r\n");
+  EXPECT_EQ(window.read_all(), "");
+}
+
+TEST_F(SimSerialTerminal, LinkOfYourOwnStays) {
+  const terminal_pair cable;
+  board_.remove(port);
+  files::create_symlink(cable.name(), board_.path(port));
+  EXPECT_EQ(run_shell("echo far >/dev/ttyS0").exit_status(), 0);
+  EXPECT_EQ(cable.read_all(), "far\r\n");
+  EXPECT_EQ(files::read_symlink(board_.path(port)), cable.name());
+  EXPECT_FALSE(board_.exists(list));
+  EXPECT_FALSE(board_.exists("console"));
+}
+
+TEST_F(SimSerialTerminal, BoardWithoutThePortHasNone) {
+  board_.remove(port);
+  EXPECT_NE(run_shell("echo none >/dev/ttyS0").exit_status(), 0);
+  EXPECT_FALSE(board_.exists(port));
+  EXPECT_FALSE(board_.exists(list));
+}
+
+TEST_F(SimSerialTerminal, PortRemovedMeanwhileStaysAway) {
+  run_shell("rm " + board_.path(port));
+  EXPECT_FALSE(board_.exists(port));
+  EXPECT_FALSE(board_.exists(list));
+}
+
+TEST_F(SimSerialTerminal, WorksWithoutThePipe) {
+  board_.remove("dev/ttyS0.in");
+  EXPECT_EQ(run_shell("echo text >/dev/ttyS0").exit_status(), 0);
+  EXPECT_EQ(text(), "text\r\n");
+  board_.write("dev/ttyS0.in", "a plain file");
+  EXPECT_EQ(run_shell("stty -F /dev/ttyS0 -echo; echo more >/dev/ttyS0").exit_status(), 0);
+  EXPECT_THAT(text(), HasSubstr("more\r\n"));
+}
+
+TEST_F(SimSerialTerminal, PlainFileServesWhereThereCanBeNoTerminal) {
+  board_.write("usr/local/dravik/text", "text\n");
+  const std::string script = "exec prlimit --nofile=$0:$0 \"$@\" <" + board_.path("usr/local/dravik/text");
+  for (const char *descriptors : {"5", "6", "7"}) {
+    const outcome result = dravik::test::run(
+        {shell, "-c", script, descriptors, LAUNCHER, "run", board_.path(), "--", "tee", "/dev/ttyS0"});
+    EXPECT_EQ(result.exit_status(), 0) << descriptors;
+    EXPECT_EQ(result.errors, "") << descriptors;
+    EXPECT_FALSE(board_.exists(list)) << descriptors;
+  }
+  EXPECT_EQ(board_.read(port), "text\ntext\ntext\n");
+}
+
+} // namespace
