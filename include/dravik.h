@@ -647,8 +647,8 @@ DRAVIK_API int put_unicode_string(uint32_t x, uint32_t y, const void *text, uint
  * "default".
  *
  * A file's kind follows from its name: MP3 when ".mp3" is anywhere in it, else raw samples for ".pcm", else
- * WAV for
- * ".wav" (in lower case), else raw samples. The device always runs at 48000 Hz with signed 16-bit samples and
+ * WAV for ".wav" (all in lower case), else raw samples. The device always runs at 48000 Hz with signed 16-bit
+ * samples and
  * **no file is converted**: an MP3 of another rate plays too slow or too fast, and of a stereo MP3 the left
  * channel is heard. WAV and raw files hold mono samples at 48000 Hz; the first 44 bytes of a WAV file are
  * passed over, whatever they say.
