@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -38,6 +39,12 @@ protected:
     return launch({"run", board_.path(), "--", shell, "-c", script});
   }
   void type(std::string_view keys) const { board_.write("dev/ttyS0.in", keys); }
+  /// A command of a shell that waits until let_go().
+  std::string wait_here() const {
+    ::mkfifo(board_.path("gate").c_str(), 0600);
+    return "read go <" + board_.path("gate");
+  }
+  void let_go() const { board_.write("gate", "\n"); }
   std::string text() const { return board_.read("console"); }
   void expect_rest() const {
     EXPECT_TRUE(files::is_regular_file(files::symlink_status(board_.path(port))));
@@ -148,10 +155,11 @@ TEST_F(SimSerialTerminal, GoesOnAfterWhatWasSent) {
 
 TEST_F(SimSerialTerminal, TextThatIsRemovedMeanwhileBeginsAnew) {
   follower events{board_.path()};
-  application sender{board_, shell, {"-c", "echo one >/dev/ttyS0; kill -STOP $$; echo two >/dev/ttyS0"}};
+  application sender{
+      board_, shell, {"-c", "echo one >/dev/ttyS0; " + wait_here() + "; echo two >/dev/ttyS0"}};
   EXPECT_TRUE(events.sees("ttyS0: one"));
   board_.remove("console");
-  sender.send(SIGCONT);
+  let_go();
   EXPECT_TRUE(events.sees("ttyS0: two"));
   EXPECT_EQ(sender.finish(), 0);
   await_serial_keeper(board_.path());
@@ -179,11 +187,12 @@ TEST_F(SimSerialTerminal, ApplicationHasNoDescriptorItDidNotOpen) {
 TEST_F(SimSerialTerminal, IsSharedAndKeptForTheLastApplication) {
   follower events{board_.path()};
   const char *script = "readlink -f /dev/ttyS0; echo; head -n1 </dev/ttyS0; echo $0 >/dev/ttyS0";
-  application first{board_, shell, {"-c", "readlink -f /dev/ttyS0; kill -STOP $$; echo first >/dev/ttyS0"}};
+  application first{
+      board_, shell, {"-c", "readlink -f /dev/ttyS0; " + wait_here() + "; echo first >/dev/ttyS0"}};
   first.await_output("\n");
   application second{board_, shell, {"-c", script, "second"}};
   second.await_output("\n\n");
-  first.send(SIGCONT);
+  let_go();
   EXPECT_TRUE(events.sees("ttyS0: first"));
   EXPECT_EQ(first.finish(), 0);
   type("go\n");
