@@ -25,7 +25,7 @@ void PrintTo(const stopped_kind &kind, std::ostream *stream) {
 class Stop : public card_fixture, public testing::WithParamInterface<stopped_kind> {
 protected:
   Stop() {
-    board_.set("sound_clock", "monotonic");
+    board_.set("sound_clock", "card");
     board_.set("sound_buffer", "8192");
     EXPECT_EQ(snd_init(), 1);
   }
