@@ -1,6 +1,6 @@
 // A program in which FreeType cannot start: its start is defined here, before FreeType's own.
 
-#include "truetype/text_stage.hpp"
+#include "text/truetype_stage.hpp"
 
 extern "C" FT_Error FT_Init_FreeType(FT_Library *) {
   return 0x40;

@@ -1,6 +1,6 @@
 // Which units of a string count, which font is taken, and the widening of byte strings.
 
-#include "truetype/text_stage.hpp"
+#include "text/truetype_stage.hpp"
 
 #include <cstring>
 

@@ -1,6 +1,6 @@
 // Pictures drawn from memory slots: modes, placement, what is refused, and random pictures beside the model.
 
-#include "pictures/slot_stage.hpp"
+#include "image/slot_stage.hpp"
 #include "support/stderr_capture.hpp"
 
 namespace dravik::test {

@@ -1,6 +1,6 @@
 // Loading pictures into memory slots when memory is short.
 
-#include "pictures/slot_stage.hpp"
+#include "image/slot_stage.hpp"
 #include "support/refused_malloc.hpp"
 
 namespace dravik::test {

@@ -1,4 +1,4 @@
-#include "truetype/text_model.hpp"
+#include "text/truetype_model.hpp"
 
 #include <algorithm>
 #include FT_BITMAP_H

@@ -1,7 +1,7 @@
 // Where the box is put on the screen.
 
-#include "truetype/font_maker.hpp"
-#include "truetype/text_stage.hpp"
+#include "text/font_maker.hpp"
+#include "text/truetype_stage.hpp"
 
 #include <climits>
 

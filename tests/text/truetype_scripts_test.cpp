@@ -1,6 +1,6 @@
 // Text in many scripts, with real fonts.
 
-#include "truetype/text_stage.hpp"
+#include "text/truetype_stage.hpp"
 
 namespace dravik::test {
 namespace {

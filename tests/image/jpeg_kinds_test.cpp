@@ -1,6 +1,6 @@
 // Every kind of JPEG file as djpeg decodes it, and the colours that its pixels become.
 
-#include "pictures/jpeg_stage.hpp"
+#include "image/jpeg_stage.hpp"
 
 #include <cstdio>
 #include <jpeglib.h>

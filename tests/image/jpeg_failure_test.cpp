@@ -1,6 +1,6 @@
 // JPEG files that are missing, cut off, damaged or something else, and names of every length.
 
-#include "pictures/jpeg_stage.hpp"
+#include "image/jpeg_stage.hpp"
 
 #include <filesystem>
 

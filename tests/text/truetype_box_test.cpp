@@ -1,7 +1,7 @@
 // The box around a text, and how its glyphs are composed.
 
-#include "truetype/font_maker.hpp"
-#include "truetype/text_stage.hpp"
+#include "text/font_maker.hpp"
+#include "text/truetype_stage.hpp"
 
 namespace dravik::test {
 namespace {

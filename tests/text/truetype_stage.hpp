@@ -4,7 +4,7 @@
 #include "support/bytes.hpp"
 #include "support/screen.hpp"
 #include "support/stderr_capture.hpp"
-#include "truetype/text_model.hpp"
+#include "text/truetype_model.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "truetype/font_maker.hpp"
+#include "text/font_maker.hpp"
 
 #include <algorithm>
 #include <unistd.h>

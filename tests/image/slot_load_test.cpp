@@ -1,6 +1,6 @@
 // Loading pictures into memory slots, and freeing them.
 
-#include "pictures/slot_stage.hpp"
+#include "image/slot_stage.hpp"
 
 #include <filesystem>
 

@@ -1,7 +1,7 @@
 // What is said, and what stays as it was, when a text cannot be drawn.
 
-#include "truetype/font_maker.hpp"
-#include "truetype/text_stage.hpp"
+#include "text/font_maker.hpp"
+#include "text/truetype_stage.hpp"
 
 namespace dravik::test {
 namespace {

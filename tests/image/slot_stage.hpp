@@ -1,7 +1,7 @@
 // The library's picture slots and a model of them, side by side.
 #pragma once
 
-#include "pictures/slot_model.hpp"
+#include "image/slot_model.hpp"
 #include "support/bmp_maker.hpp"
 #include "support/board.hpp"
 #include "support/descriptors.hpp"

@@ -1,4 +1,4 @@
-#include "truetype/text_stage.hpp"
+#include "text/truetype_stage.hpp"
 
 #include <algorithm>
 #include <filesystem>

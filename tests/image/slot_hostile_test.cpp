@@ -1,7 +1,7 @@
 // Slots that hold what no BMP file should: nothing outside the block is read, nothing outside the screen
 // written. The checked build watches the blocks, the guard bands the screen.
 
-#include "pictures/slot_stage.hpp"
+#include "image/slot_stage.hpp"
 
 namespace dravik::test {
 namespace {

@@ -1,6 +1,6 @@
 // How the library talks to libjpeg: which calls, in which order, with libjpeg's own settings.
 
-#include "pictures/jpeg_stage.hpp"
+#include "image/jpeg_stage.hpp"
 
 #include <cstdio>
 #include <dlfcn.h>

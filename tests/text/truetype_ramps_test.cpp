@@ -1,7 +1,7 @@
 // Which colours a text is drawn in.
 
-#include "truetype/font_maker.hpp"
-#include "truetype/text_stage.hpp"
+#include "text/font_maker.hpp"
+#include "text/truetype_stage.hpp"
 
 namespace dravik::test {
 namespace {

@@ -2,8 +2,8 @@
 // screen is written, and it is written soon. The memory around the plane and the screen is guarded. An
 // endless call is ended by the alarm, and a font that ends the program stays in the temporary folder.
 
-#include "truetype/font_maker.hpp"
-#include "truetype/text_stage.hpp"
+#include "text/font_maker.hpp"
+#include "text/truetype_stage.hpp"
 
 #include <unistd.h>
 

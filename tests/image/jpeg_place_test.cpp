@@ -1,6 +1,6 @@
 // Where JPEG pictures go: placement codes, and pictures that lie off the screen in part or as a whole.
 
-#include "pictures/jpeg_stage.hpp"
+#include "image/jpeg_stage.hpp"
 
 namespace dravik::test {
 namespace {
