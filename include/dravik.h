@@ -549,13 +549,12 @@ DRAVIK_API void fb_putc(uint32_t ch, uint32_t x, uint32_t y, uint32_t fg, uint16
  *
  * Conversions, without flags or widths: "%d" (int), "%x" (unsigned), "%c" (int; 0 draws nothing), "%g"
  * (double),
- * "%%". Any other letter takes no argument and draws the text of the conversion before it once more, if there
- * was one.
+ * "%%". Any other letter, and the end of the format, consume no argument and draw the text of the previous
+ * conversion of the call again, if there was one.
  *
  * The two characters backslash and n (written "\\n" in C) move on by one pixel row, not by one text line, and
- * back to the first column; backslash and r go back to the first column. A backslash with another character
- * draws nothing. A newline character is a glyph like any other. A backslash or a per cent sign at the end
- * draws nothing.
+ * back to the first column; backslash and r go back to the first column. A backslash with another character,
+ * or at the end, draws nothing. A newline character is a glyph like any other.
  * @param x,y     top-left corner of the first cell in pixels
  * @param fg      RGB565 in the low 16 bits
  * @param bg      RGB565 in the low 16 bits; the value 0 leaves the pixels around the letters as they are

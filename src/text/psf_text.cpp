@@ -127,7 +127,7 @@ private:
 
 using conversion_text = std::array<char, 20>;
 
-/// Formats the next argument. A letter that is no conversion takes none and leaves the text as it is.
+/// Formats the next argument. An unsupported letter consumes none and leaves the text unchanged.
 void convert(char letter, conversion_text &text, va_list *arguments) noexcept {
   switch (letter) {
   case 'd':
@@ -157,15 +157,15 @@ void print(cursor at, const char *format, va_list *arguments) noexcept {
       at.put(*next);
       continue;
     }
-    const bool is_conversion = *next == '%';
-    if (*++next == '\0')
-      return;
+    const bool is_conversion = *next++ == '%';
     if (is_conversion) {
       convert(*next, text, arguments);
       at.put(text.data());
     } else {
       at.escape(*next);
     }
+    if (*next == '\0') // the end of the format is an unsupported letter too
+      return;
   }
 }
 

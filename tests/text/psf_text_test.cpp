@@ -349,8 +349,16 @@ TEST_F(FbPrintf, NothingIsKeptFromCallToCall) {
   expect("ab", "a%sb");
 }
 
-TEST_F(FbPrintf, PerCentSignAtTheEndDrawsNothing) {
-  expect("77", "%d7%", 7);
+TEST_F(FbPrintf, PerCentSignAtTheEndRepeatsTheConversionBefore) {
+  expect("42742", "%d7%", 42);
+  expect("%%", "%%%");
+}
+TEST_F(FbPrintf, PerCentSignAtTheEndDrawsNothingAsTheFirstConversion) {
+  expect("ab", "ab%");
+  expect("", "%");
+}
+TEST_F(FbPrintf, PerCentSignAtTheEndRepeatsNothingAfterAnEmptyCharacter) {
+  expect("7", "%d%c%", 7, 0);
 }
 TEST_F(FbPrintf, BackslashAtTheEndDrawsNothing) {
   expect("ab", "ab\\");
