@@ -69,13 +69,14 @@ uint32_t read_header(std::FILE *file, const char *path, psf_font &slot) noexcept
   return 0;
 }
 
-/// Memory for the slot's glyphs; empty when the font's figures do not allow it.
+/// Memory for the slot's glyphs. The size is a 32-bit product, which may wrap: what is then small enough
+/// passes the size test, but is never allocated.
 heap_block allocate_glyphs(const char *path, const psf_font &slot) noexcept {
   if (slot.charsize > large_glyph)
     log_printf("font character size > 128 bytes");
   int32_t size = 0;
   const bool overflows = __builtin_mul_overflow(slot.length, slot.charsize, &size);
-  if (!overflows && size > size_limit) {
+  if (size > size_limit) {
     log_printf("%s(): font file size err = %d", "psf_font_load", size);
     log_printf("%d x %d font, %d x %d bytes", slot.width, slot.height, slot.charsize, slot.length);
     return {};

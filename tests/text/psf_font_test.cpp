@@ -204,6 +204,33 @@ TEST_F(PsfFont, SizesThatMakeNoSenseFailLikeARefusedAllocation) {
   }
 }
 
+TEST_F(PsfFont, ProductThatWrapsAboveTheLimitIsReportedAsASize) {
+  const struct {
+    uint32_t length, charsize;
+    const char *size, *figures;
+  } fonts[] = {
+      {0x20001388, 8, "40000", "8 x 16 font, 8 x 536875912 bytes"},     // 2^32 + 8 * 5000
+      {8, 0x20001001, "32776", "8 x 16 font, 536875009 x 8 bytes"},     // 2^32 + 8 * 4097
+      {0x7FFFFFFF, 0x7FFFFFFF, "", ""},                                 // wraps to 1, which passes the test
+      {0x10001, 0x10001, "131073", "8 x 16 font, 65537 x 65537 bytes"}, // 2^32 + 2^17 + 1
+      {0xFFFFFFFF, 0xFFFF7FFF, "32769", "8 x 16 font, -32769 x -1 bytes"}, // -1 * -32769
+      {0x95555555, 6, "2147483646", "8 x 16 font, 6 x -1789569707 bytes"}, // 2^31 - 2 - 3 * 2^32
+  };
+  for (const auto &[length, charsize, size, figures] : fonts) {
+    SCOPED_TRACE(testing::Message() << length << " glyphs of " << charsize);
+    std::filesystem::remove(board_.path("tmp/dravik.log"));
+    const std::string path = file("font.psf", psf2_maker{length, charsize, 16, 8, counted(64)}.file());
+    EXPECT_EQ(psf_font_load(path.c_str(), &slot_), -1);
+    EXPECT_EQ(slot_.ptr, nullptr);
+    strings expected = {path + " : malloc 1 bytes err"};
+    if (*size != '\0')
+      expected = {std::string("psf_font_load(): font file size err = ") + size, figures};
+    if (static_cast<int32_t>(charsize) > 128)
+      expected.insert(expected.begin(), "font character size > 128 bytes");
+    EXPECT_EQ(messages(), expected);
+  }
+}
+
 TEST_F(PsfFont, ShortFileLeavesTheGlyphsItDoesNotHoldEmpty) {
   const bytes all = counted(160);
   const bytes content = psf2_maker{10, 16, 16, 8, all}.file();
