@@ -50,11 +50,14 @@ extern "C" {
  * fixed: a device of another depth is accepted, but is drawn on as if it had 16 bits a pixel. Drawing goes
  * straight to the visible memory; there is no back buffer.
  *
- * No drawing call compares a position with the length of the mapping. Where a call clips, its text says so;
- * every other one writes where its arguments point, so the application keeps its figures on the screen. Only
- * what a file makes larger than the screen (an image of an archive, a glyph, a line of smooth text) is cut
- * off at the end of the screen's memory, since no position keeps it on the screen. An unsigned position is
- * taken modulo 2^32 as on the target: 0xFFFFFFFF is the column left of, or the line above, the first.
+ * No drawing function checks positions against the size of the mapping. Functions that clip are documented as
+ * such. All others write wherever their arguments point; the application must keep them on the screen.
+ * Unsigned positions wrap modulo 2^32: 0xFFFFFFFF is the column left of, or the line above, the first.
+ *
+ * Only objects that a file makes larger than the screen (archive image, glyph, line of anti-aliased text) are
+ * truncated, because no position makes them fit: their pixels outside frame buffer memory are not drawn. That
+ * memory is the mapping, `screen_size` bytes from ::fbp0, if ::fbp points into it; else it starts at ::fbp
+ * and has the larger of `screen_size` and `line_length * yres` bytes.
  * @{
  */
 
@@ -356,9 +359,9 @@ DRAVIK_API int bmp_mem_alloc(int32_t count, const char *dir, const char *const *
 /**
  * Draw the picture of a slot; rows are taken bottom-up. ::bmpinfo then describes it.
  *
- * Mode 0 copies rows as fb_put_bmp_file() does, padding included. In modes 1 and 2 rows lie width * 2 bytes
- * apart, so that a picture of odd width drifts by a pixel a row. Mode 1 leaves 0xF81F transparent. Mode 2
- * leaves 0xF81F and 0x0000 transparent and paints the rest 0x7BCF.
+ * Mode 0 copies rows as fb_put_bmp_file() does, padding included, except at the end of frame buffer memory.
+ * In modes 1 and 2 rows lie width * 2 bytes apart, so that a picture of odd width drifts by a pixel a row.
+ * Mode 1 leaves 0xF81F transparent. Mode 2 leaves 0xF81F and 0x0000 transparent and paints the rest 0x7BCF.
  * @param x,y    position in pixels; see align
  * @param slot   slot number, from 0
  * @param mode   0, 1 or 2; any other draws nothing
@@ -445,7 +448,8 @@ DRAVIK_API int q7bmp_alloc(int32_t count, const char *const *paths) DRAVIK_NOEXC
 DRAVIK_API void q7bmp_free(void) DRAVIK_NOEXCEPT;
 
 /**
- * Draw one image of an archive, without clipping: the caller keeps it on the screen.
+ * Draw one image of an archive, without clipping: the caller must keep it on the screen. An image larger than
+ * the screen is truncated to frame buffer memory.
  *
  * The ramp is chosen by the two colours. On 0x0821 and on 0xFFFF: 0xF800, 0x07E0, 0x001F, 0x7BEF, 0xFFE0,
  * 0xF81F, 0x07FF, 0xFBC0, and one ramp for all others. On 0xF81F: 0x0821. On ::DRAVIK_THEME: 0xFFFF (to
@@ -533,8 +537,9 @@ DRAVIK_API void psf_font_free(void) DRAVIK_NOEXCEPT;
 DRAVIK_API int32_t get_psf_font_num(void) DRAVIK_NOEXCEPT;
 
 /**
- * Draw one glyph. A glyph that crosses the right edge goes on in the next line. At most 16 columns are drawn.
- * A glyph that the font does not have, an empty slot and a slot number outside 0 to 15 draw nothing.
+ * Draw one glyph. A glyph that crosses the right edge continues in the next line; one larger than the screen
+ * is truncated to frame buffer memory. At most 16 columns are drawn. A glyph that the font does not have, an
+ * empty slot and a slot number outside 0 to 15 draw nothing.
  * @param ch    glyph number, from 0
  * @param x,y   top-left corner in pixels
  * @param fg    RGB565 in the low 16 bits, for the set bits

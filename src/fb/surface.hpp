@@ -39,27 +39,46 @@ inline pixel *step(pixel *from, ptrdiff_t bytes) noexcept {
   return reinterpret_cast<pixel *>(reinterpret_cast<uint8_t *>(from) + bytes);
 }
 
-/// Whether something of this size, which a file gave, is larger than the screen itself. No caller can keep
-/// that on the screen, so its drawing asks for room.
+/// Whether an object of this size, which a file specifies, is larger than the screen. No position keeps it on
+/// the screen, so it is truncated to frame buffer memory.
 inline bool is_oversized(const surface &on, int64_t width, int64_t height) noexcept {
   return width > on.width || height > on.height;
 }
 
-/// Pixels from an address to the end of the screen's memory; 0 for one outside, and all there are while the
-/// record gives no size.
-inline size_t room(const surface &on, const pixel *at) noexcept {
-  const int64_t memory = std::max<int64_t>(fbinfo[FBINFO_SCREEN_SIZE], int64_t{on.pitch} * on.height);
-  if (memory == 0)
-    return SIZE_MAX;
-  const int64_t offset = reinterpret_cast<const uint8_t *>(at) - on.base;
-  return offset >= 0 && offset < memory ? static_cast<size_t>(memory - offset) / 2 : 0;
-}
+/// Pixels of a row: from `first` up to, not including, `end`.
+struct row_part {
+  size_t first, end;
 
-/// How much of `bytes` may be stored at an address without leaving the screen's memory: the padding of a row
-/// may reach a pixel past the last one.
-inline size_t bytes_with_room(const surface &on, const pixel *at, size_t bytes) noexcept {
-  const size_t pixels = room(on, at);
-  return bytes / 2 <= pixels ? bytes : pixels * 2;
+  constexpr bool empty() const noexcept { return end <= first; }
+};
+
+/// Where frame buffer memory begins and ends, in bytes from the top-left pixel.
+struct memory_bounds {
+  int64_t begin, end;
+  ptrdiff_t pitch;
+
+  constexpr int64_t offset(int32_t x, int64_t y) const noexcept { return y * pitch + int64_t{x} * 2; }
+
+  /// The part of a row of `count` pixels from a position that is in the memory.
+  constexpr row_part part_of(int32_t x, int64_t y, size_t count) const noexcept {
+    const int64_t at = offset(x, y), room = (end - at) >> 1;
+    const auto before = static_cast<size_t>(std::max<int64_t>((begin - at + 1) >> 1, 0));
+    return {before,
+            room <= 0 ? 0 : static_cast<size_t>(std::min<uint64_t>(count, static_cast<uint64_t>(room)))};
+  }
+};
+
+/// The mapping if ::fbp points into it, else what the screen information describes from ::fbp on. Unlimited
+/// while it describes nothing.
+inline memory_bounds memory_of(const surface &on) noexcept {
+  constexpr int64_t unlimited = INT64_MAX / 4;
+  const int64_t mapped = fbinfo[FBINFO_SCREEN_SIZE];
+  const uintptr_t from_start = reinterpret_cast<uintptr_t>(on.base) - reinterpret_cast<uintptr_t>(fbp0);
+  if (const auto start = static_cast<int64_t>(from_start); from_start < static_cast<uint64_t>(mapped))
+    return {-start, mapped - start, on.pitch};
+  const int64_t described = std::max(mapped, int64_t{on.pitch} * on.height);
+  return described != 0 ? memory_bounds{0, described, on.pitch}
+                        : memory_bounds{-unlimited, unlimited, on.pitch};
 }
 
 } // namespace dravik::fb

@@ -263,22 +263,38 @@ void paint_transparent_row(pixel *to, const uint8_t *from, size_t width, const r
   put_present(to, rest, present_in(rest), table);
 }
 
+/// Paints a part of a row. One that begins with the right pixel of a byte leaves the other half of that byte
+/// out.
+void paint_row(pixel *to, const uint8_t *from, fb::row_part part, const ramp_pairs &table,
+               bool transparent) noexcept {
+  if (part.empty())
+    return;
+  if (part.first % 2 != 0) {
+    const uint8_t level = from[part.first / 2] & 0x0F;
+    if (!transparent || level != 0)
+      to[part.first] = table.colours[level];
+    ++part.first;
+  }
+  to += part.first;
+  from += part.first / 2;
+  if (transparent) {
+    paint_transparent_row(to, from, part.end - part.first, table);
+  } else {
+    fb::put_pair_row(to, from, part.end - part.first, table.pairs);
+  }
+}
+
 void paint(const art &what, position at, uint16_t fg, uint16_t bg) noexcept {
   const ramp_pairs &table = pairs_of(fb::find_ramp(art_ramps, bg, fg, white_on_black));
   const fb::surface on = fb::screen();
   const bool oversized = fb::is_oversized(on, what.width, what.height);
+  const fb::memory_bounds memory = fb::memory_of(on);
   const size_t row_bytes = (size_t{what.width} + 1) / 2;
-  pixel *to = on.at(at.x, at.y);
-  const uint8_t *from = what.pixels;
-  for (uint32_t left = what.height; left > 0; --left) {
-    const size_t width = oversized ? std::min<size_t>(what.width, fb::room(on, to)) : what.width;
-    if (bg == 0) {
-      paint_transparent_row(to, from, width, table);
-    } else {
-      fb::put_pair_row(to, from, width, table.pairs);
-    }
-    to = fb::step(to, on.pitch);
-    from += row_bytes;
+  fb::row_part part = {0, what.width};
+  for (uint32_t n = 0; n < what.height; ++n) {
+    if (oversized)
+      part = memory.part_of(at.x, int64_t{at.y} + n, what.width);
+    paint_row(fb::step(on.at(at.x, at.y), n * on.pitch), what.pixels + n * row_bytes, part, table, bg == 0);
   }
 }
 

@@ -30,12 +30,15 @@ constexpr uint16_t dark_grey = 0x0841; ///< drawn for black in files of 1 and 4 
 /// A picture that passed every test, and where it goes.
 struct picture {
   bmp_header header;
-  uint32_t x, y;
+  position at;
   fb::surface on;
   int fd;
 
-  /// The screen address of the n-th row of the file.
-  pixel *row(uint32_t n) const noexcept { return on.at(x, y + header.height - 1 - n); }
+  /// The position of the n-th row of the file.
+  position place_of(uint32_t n) const noexcept {
+    return {at.x, at.y + static_cast<int32_t>(header.height - 1 - n)};
+  }
+  pixel *row(uint32_t n) const noexcept { return on.at(at.x, place_of(n).y); }
 };
 
 /// Reads until `size` bytes or the end of the file.
@@ -196,17 +199,16 @@ template <size_t PixelSize> void draw_true_colour(const picture &from) noexcept 
   });
 }
 
-/// Rows of the file on their way to the screen, as many as one request takes. What a row has no room for is
-/// dropped.
+/// Rows of the file on their way to the screen, as many as one request takes. Padding past the end of frame
+/// buffer memory is dropped.
 class row_pieces {
 public:
   bool is_full() const noexcept { return count_ + 2 > pieces_.size(); }
 
-  void add(const fb::surface &on, pixel *to, size_t row_size) noexcept {
-    const size_t fitting = fb::bytes_with_room(on, to, row_size);
-    pieces_[count_++] = {to, fitting};
-    if (fitting < row_size)
-      pieces_[count_++] = {dropped_.data(), row_size - fitting};
+  void add(pixel *to, size_t row_size, size_t stored) noexcept {
+    pieces_[count_++] = {to, stored};
+    if (stored < row_size)
+      pieces_[count_++] = {dropped_.data(), row_size - stored};
     bytes_ += row_size;
   }
 
@@ -219,21 +221,23 @@ public:
 
 private:
   std::array<iovec, 65> pieces_;
-  std::array<uint8_t, widest * 2> dropped_;
+  std::array<uint8_t, sizeof(pixel)> dropped_;
   size_t count_ = 0, bytes_ = 0;
 };
 
 /// 16 bits, copied: rows go from the file straight to the screen, padding included, many in one request.
 void copy_rows(const picture &from) noexcept {
-  const size_t row_size = bmp_row_size(from.header.width, 16);
-  uint64_t position = from.header.data_offset;
+  const uint32_t width = from.header.width;
+  const size_t row_size = bmp_row_size(width, 16);
+  const fb::memory_bounds memory = fb::memory_of(from.on);
+  uint64_t next = from.header.data_offset;
   for (uint32_t n = 0; n < from.header.height;) {
     row_pieces pieces;
     for (; !pieces.is_full() && n < from.header.height; ++n)
-      pieces.add(from.on, from.row(n), row_size);
-    if (!pieces.read(from.fd, position))
+      pieces.add(from.row(n), row_size, stored_bytes(memory, from.place_of(n), width, row_size));
+    if (!pieces.read(from.fd, next))
       return;
-    position += pieces.bytes();
+    next += pieces.bytes();
   }
 }
 
@@ -280,18 +284,19 @@ void draw(const picture &from, uint32_t mode) noexcept {
   }
 }
 
-/// Whether the picture lies on the screen as a whole; says on standard error if not.
+/// Whether the picture fits on the screen; reports on standard error if not.
 bool is_on_screen(const picture &p) noexcept {
   const uint32_t width = p.header.width, height = p.header.height;
-  const auto xres = static_cast<uint32_t>(p.on.width), yres = static_cast<uint32_t>(p.on.height);
-  if (uint64_t{p.x} + width <= xres && uint64_t{p.y} + height <= yres)
+  const auto x = static_cast<uint32_t>(p.at.x), y = static_cast<uint32_t>(p.at.y);
+  if (uint64_t{x} + width <= static_cast<uint32_t>(p.on.width) &&
+      uint64_t{y} + height <= static_cast<uint32_t>(p.on.height))
     return true;
+  const position last = {static_cast<int32_t>(x + width - 1), static_cast<int32_t>(y + height - 1)};
   std::fprintf(stderr, "BMP image is out of range!\n");
-  std::fprintf(stderr, "Canvas size : %4d x %4d (%4d,%4d)-->(%4d,%4d)\n", static_cast<int>(xres),
-               static_cast<int>(yres), 0, 0, static_cast<int>(xres - 1), static_cast<int>(yres - 1));
+  std::fprintf(stderr, "Canvas size : %4d x %4d (%4d,%4d)-->(%4d,%4d)\n", p.on.width, p.on.height, 0, 0,
+               p.on.width - 1, p.on.height - 1);
   std::fprintf(stderr, " Image size : %4d x %4d (%4d,%4d)-->(%4d,%4d)\n", static_cast<int>(width),
-               static_cast<int>(height), static_cast<int>(p.x), static_cast<int>(p.y),
-               static_cast<int>(p.x + width - 1), static_cast<int>(p.y + height - 1));
+               static_cast<int>(height), p.at.x, p.at.y, last.x, last.y);
   return false;
 }
 
@@ -320,7 +325,7 @@ int draw_file(position at, const char *path, uint32_t mode, uint8_t align) noexc
                  static_cast<int>(header.height));
     return -1;
   }
-  const picture whole = {header, static_cast<uint32_t>(at.x), static_cast<uint32_t>(at.y), fb::screen(), fd};
+  const picture whole = {header, at, fb::screen(), fd};
   if (!is_on_screen(whole))
     return -1;
   draw(whole, mode);

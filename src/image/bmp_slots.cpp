@@ -101,10 +101,11 @@ struct picture {
   fb::surface on;
   const uint8_t *rows;
 
-  /// The screen address of the n-th row stored.
-  pixel *row(uint32_t n) const noexcept {
-    return on.at(at.x, at.y + static_cast<int32_t>(header.height - 1 - n));
+  /// The position of the n-th row stored.
+  position place_of(uint32_t n) const noexcept {
+    return {at.x, at.y + static_cast<int32_t>(header.height - 1 - n)};
   }
+  pixel *row(uint32_t n) const noexcept { return on.at(at.x, place_of(n).y); }
 };
 
 /// Rows of the keyed modes lie `width * 2` bytes apart, those of the copy are padded to four bytes: a picture
@@ -137,11 +138,13 @@ void copy_row(pixel *to, const uint8_t *from, size_t size) noexcept {
 }
 
 void draw(const picture &from, int32_t mode) noexcept {
-  const size_t size = stride(from.header, mode), width = from.header.width;
+  const size_t size = stride(from.header, mode);
+  const uint32_t width = from.header.width;
+  const fb::memory_bounds memory = fb::memory_of(from.on);
   const uint8_t *row = from.rows;
   for (uint32_t n = 0; n < from.header.height; ++n, row += size) {
     if (mode == 0) {
-      copy_row(from.row(n), row, fb::bytes_with_room(from.on, from.row(n), size));
+      copy_row(from.row(n), row, stored_bytes(memory, from.place_of(n), width, size));
     } else if (mode == 1) {
       put_keyed_row(from.row(n), row, width, key_colour<false>{bmp_key_colour}, own_colour);
     } else {
@@ -150,18 +153,19 @@ void draw(const picture &from, int32_t mode) noexcept {
   }
 }
 
-/// Whether the picture lies on the screen as a whole; says in the log if not.
+/// Whether the picture fits on the screen; reports in the event log if not.
 bool is_on_screen(const bmp_header &header, position at, const fb::surface &on) noexcept {
   const auto x = static_cast<uint32_t>(at.x), y = static_cast<uint32_t>(at.y);
   if (uint64_t{x} + header.width <= static_cast<uint32_t>(on.width) &&
       uint64_t{y} + header.height <= static_cast<uint32_t>(on.height))
     return true;
+  const position last = {static_cast<int32_t>(x + header.width - 1),
+                         static_cast<int32_t>(y + header.height - 1)};
   log_printf("BMP image is out of range!");
   log_printf("Canvas size : %4d x %4d (%4d,%4d)-->(%4d,%4d)", on.width, on.height, 0, 0, on.width - 1,
              on.height - 1);
   log_printf("Image size : %4d x %4d (%4d,%4d)-->(%4d,%4d)", static_cast<int>(header.width),
-             static_cast<int>(header.height), at.x, at.y, static_cast<int>(x + header.width - 1),
-             static_cast<int>(y + header.height - 1));
+             static_cast<int>(header.height), at.x, at.y, last.x, last.y);
   return false;
 }
 

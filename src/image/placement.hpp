@@ -1,7 +1,7 @@
-// Where a picture goes when its position is its centre.
+// Where an image goes, and what is stored of its rows.
 #pragma once
 
-#include <cstdint>
+#include "fb/surface.hpp"
 
 namespace dravik::image {
 
@@ -22,6 +22,14 @@ constexpr position placed(position at, int32_t width, int32_t height, int32_t co
   if (code == 2 || code == 3)
     at.y = centred(at.y, height);
   return at;
+}
+
+/// Bytes to store of a 16-bit row that is padded to `row_size` bytes: all of them, but no padding past the
+/// end of frame buffer memory.
+constexpr size_t stored_bytes(const fb::memory_bounds &memory, position at, uint32_t width,
+                              size_t row_size) noexcept {
+  const bool has_room = memory.offset(at.x, at.y) + static_cast<int64_t>(row_size) <= memory.end;
+  return has_room ? row_size : size_t{width} * 2;
 }
 
 } // namespace dravik::image

@@ -52,43 +52,55 @@ void put_rows(std::span<const uint8_t> rows, pixel *at, ptrdiff_t pitch, uint32_
   });
 }
 
+/// Draws the part of a row that is in frame buffer memory.
+template <class Painter>
+void put_part(std::span<const uint8_t> bits, pixel *at, fb::row_part part, Painter paint) noexcept {
+  for (size_t i = part.first; i < part.end; ++i)
+    paint.put(at + i, static_cast<uint8_t>(bits[i / 8] << i % 8), 1);
+}
+
 /// A font and its colours, ready to draw cells.
 class cell_writer {
 public:
   cell_writer(const fb::surface &on, const psf_font &font, uint32_t fg, uint32_t bg) noexcept
-      : on_(on), font_(font), oversized_(fb::is_oversized(on, font.width, font.height)),
-        transparent_(bg == 0), opaque_(static_cast<uint16_t>(bg), static_cast<uint16_t>(fg)),
-        set_only_(static_cast<uint16_t>(fg)) {}
+      : on_(on), font_(font), memory_(fb::memory_of(on)),
+        oversized_(fb::is_oversized(on, font.width, font.height)), transparent_(bg == 0),
+        opaque_(static_cast<uint16_t>(bg), static_cast<uint16_t>(fg)), set_only_(static_cast<uint16_t>(fg)) {}
 
   uint32_t cell_width() const noexcept { return static_cast<uint32_t>(font_.width); }
 
   void put(uint32_t code, uint32_t x, uint32_t y) const noexcept {
-    std::span<const uint8_t> rows = glyph_rows(font_, code);
+    const std::span<const uint8_t> rows = glyph_rows(font_, code);
     if (rows.empty())
       return;
-    const uint32_t width = std::min(cell_width(), widest_cell);
-    if (oversized_)
-      rows = rows.first(row_bytes() * rows_with_room(x, y, width));
     if (transparent_) {
-      put_rows(rows, on_.at(x, y), on_.pitch, width, set_only_);
+      put(rows, static_cast<int32_t>(x), static_cast<int32_t>(y), set_only_);
     } else {
-      put_rows(rows, on_.at(x, y), on_.pitch, width, opaque_);
+      put(rows, static_cast<int32_t>(x), static_cast<int32_t>(y), opaque_);
     }
   }
 
 private:
-  size_t row_bytes() const noexcept { return font_.width <= 8 ? 1 : 2; }
-
-  /// How many rows of a cell that is larger than the screen lie in the screen's memory.
-  size_t rows_with_room(uint32_t x, uint32_t y, uint32_t width) const noexcept {
-    int32_t rows = 0;
-    while (rows < font_.height && fb::room(on_, on_.at(x, y + static_cast<uint32_t>(rows))) >= width)
-      ++rows;
-    return static_cast<size_t>(rows);
+  template <class Painter>
+  void put(std::span<const uint8_t> rows, int32_t x, int32_t y, const Painter &paint) const noexcept {
+    const uint32_t width = std::min(cell_width(), widest_cell);
+    if (!oversized_)
+      return put_rows(rows, on_.at(x, y), on_.pitch, width, paint);
+    const size_t row_bytes = font_.width <= 8 ? 1 : 2;
+    for (int64_t line = y; !rows.empty(); rows = rows.subspan(row_bytes), ++line) {
+      const fb::row_part part = memory_.part_of(x, line, width);
+      pixel *const at = fb::step(on_.at(x, y), (line - y) * on_.pitch);
+      if (part.first == 0 && part.end == width) {
+        put_rows(rows.first(row_bytes), at, on_.pitch, width, paint);
+      } else {
+        put_part(rows, at, part, paint);
+      }
+    }
   }
 
   const fb::surface on_;
   const psf_font &font_;
+  const fb::memory_bounds memory_;
   bool oversized_;
   bool transparent_;
   fb::opaque_bits opaque_;

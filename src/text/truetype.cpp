@@ -2,7 +2,6 @@
 // it is copied to the screen through a ramp of the colour table.
 
 #include "base/byte_reader.hpp"
-#include "fb/clip.hpp"
 #include "fb/colour_table.hpp"
 #include "fb/surface.hpp"
 
@@ -275,20 +274,15 @@ position aligned(position at, int32_t align) noexcept {
   }
 }
 
-/// Columns of the box, counted from its first, that may be drawn on a line. Nothing is written before the
-/// screen. A box that leaves the plane is as large as the font pleases, so it stays within the screen's
-/// memory.
-fb::range drawable_columns(const fb::surface &on, int64_t line, int32_t x) noexcept {
+/// The part of a row of the box to draw on a line. Nothing is written before frame buffer memory. A box that
+/// leaves the plane is as large as the font makes it, so it also ends with that memory.
+fb::row_part drawable_part(const fb::memory_bounds &memory, int32_t x, int64_t line) noexcept {
+  if (line < 0)
+    return {0, 0};
   const bool on_plane = sx >= 0 && ex < plane_width && sy >= 0 && ey < plane_height;
-  const int64_t before = -(line * on.pitch / 2 + x); // columns before the screen
-  const int64_t first = std::max<int64_t>(before, 0), last = int64_t{ex} - sx;
-  if (line < 0 || last < first)
-    return {0, -1};
-  if (on_plane)
-    return {to_int32(first), to_int32(last)};
-  const auto more = static_cast<int64_t>(
-      std::min<size_t>(fb::room(on, on.at(to_int32(x + first), to_int32(line))), INT32_MAX));
-  return {to_int32(first), to_int32(std::min(last, first + more - 1))};
+  const auto width = static_cast<size_t>(std::max<int64_t>(int64_t{ex} + 1 - sx, 0));
+  const fb::row_part in_memory = memory.part_of(x, line, width);
+  return {in_memory.first, on_plane ? width : in_memory.end};
 }
 
 /// Draws levels in the colours of a ramp; without its background where it is transparent.
@@ -320,24 +314,25 @@ template <bool Transparent> struct level_painter {
   }
 };
 
-/// Draws columns of a row of the box; those left or right of the plane repeat its edge.
+/// Draws a part of a row of the box; columns left or right of the plane repeat its edge.
 template <class Painter>
-void copy_row(const uint8_t *cells, fb::range columns, pixel *to, Painter painter) noexcept {
-  const int64_t end = int64_t{columns.last} + 1;
-  const int64_t inside = std::clamp<int64_t>(-int64_t{sx}, columns.first, end);
+void copy_row(const uint8_t *cells, fb::row_part part, pixel *to, Painter painter) noexcept {
+  const auto first = static_cast<int64_t>(part.first), end = static_cast<int64_t>(part.end);
+  const int64_t inside = std::clamp<int64_t>(-int64_t{sx}, first, end);
   const int64_t outside = std::clamp<int64_t>(int64_t{plane_width} - sx, inside, end);
-  painter.fill(to + columns.first, inside - columns.first, cells[0]);
+  painter.fill(to + first, inside - first, cells[0]);
   painter.copy(to + inside, outside - inside, cells + plane_column(sx + inside));
   painter.fill(to + outside, end - outside, cells[plane_width - 1]);
 }
 
 template <class Painter> void copy_box(position at, Painter painter) noexcept {
   const fb::surface on = fb::screen();
+  const fb::memory_bounds memory = fb::memory_of(on);
   for (int64_t row = sy; row <= ey; ++row) {
     const int64_t line = at.y + row - sy;
-    const fb::range columns = drawable_columns(on, line, at.x);
-    if (!columns.empty())
-      copy_row(cells_of(row), columns, on.at(at.x, to_int32(line)), painter);
+    const fb::row_part part = drawable_part(memory, at.x, line);
+    if (!part.empty())
+      copy_row(cells_of(row), part, on.at(at.x, to_int32(line)), painter);
   }
 }
 

@@ -194,6 +194,89 @@ TEST_F(ArchiveDraw, ImageLargerThanTheScreenEndsWithItsMemory) {
     }
 }
 
+/// An image larger than the screen of 40 by 30 pixels, of which each pixel in a memory of `bytes` bytes is
+/// drawn. Line `first_line` of that memory is the first of the screen.
+class LargeArt : public ArchiveDraw {
+protected:
+  static constexpr int64_t line_length = 86;
+
+  LargeArt() { use_screen({.xres = 40, .yres = 30, .padding = 6, .guard_lines = 40}); }
+
+  void draws(uint32_t width, uint32_t height, int32_t x, int32_t y, int64_t first_line = 0,
+             int64_t bytes = 30 * line_length) {
+    const art_image image = random_art(random_, width, height);
+    use({{image}});
+    for (const uint16_t bg : colours{0, 0x0821}) {
+      SCOPED_TRACE(testing::Message() << width << " x " << height << " at " << x << "," << y << " on " << bg);
+      for (uint32_t row = 0; row < height; ++row)
+        for (uint32_t column = 0; column < width; ++column) {
+          const int64_t to_x = x + int64_t{column}, to_y = y + first_line + row;
+          const int64_t at = to_y * line_length + to_x * 2;
+          if (const uint8_t level = image.level(column, row); level != 0 || bg != 0)
+            if (at >= 0 && at + 2 <= bytes)
+              screen_->model().put(to_x, to_y, gc[3 * 16 + level]);
+        }
+      EXPECT_EQ(fb_q7bmp_show(x, y, 0, 0, 0xFFFF, bg, 0), 0);
+      EXPECT_TRUE(screen_->same());
+    }
+  }
+};
+
+TEST_F(LargeArt, BeginsWithTheMemoryWithinARow) {
+  draws(330, 4, -5, 0);
+  draws(331, 4, -6, 0);
+  draws(330, 4, -1, 0);
+  draws(45, 20, 0, -1);
+  draws(45, 20, 39, -1); // the tail of the row above the screen reaches into line 0
+  draws(64, 64, -20, -30);
+  draws(64, 64, -21, -31);
+}
+
+TEST_F(LargeArt, EndsWithTheMemoryWithinARow) {
+  draws(41, 3, 10, 28); // of the last row only 33 pixels
+  draws(41, 3, 11, 28);
+  draws(9, 31, 38, 3);
+  draws(300, 28, 5, 3);
+}
+
+TEST_F(LargeArt, BesideTheMemoryIsNotDrawn) {
+  draws(41, 3, 0, -3);
+  draws(41, 3, -84, 0);
+  draws(41, 3, 0, 30);
+  use({{random_art(random_, 41, 3)}});
+  for (const int32_t far : {INT32_MIN, INT32_MIN + 1, INT32_MAX - 1, INT32_MAX}) {
+    EXPECT_EQ(fb_q7bmp_show(far, 0, 0, 0, 0xFFFF, 0, 0), 0);
+    EXPECT_EQ(fb_q7bmp_show(0, far, 0, 0, 0xFFFF, 0x0821, 0), 0);
+  }
+  EXPECT_TRUE(screen_->same());
+}
+
+TEST_F(LargeArt, MemoryIsTheWholeMappingWhenTheScreenIsItsSecondBuffer) {
+  fbp = fbp0 + 15 * line_length;
+  fbinfo[FBINFO_YRES] = 15;
+  draws(45, 20, -5, -3, 15);
+  draws(45, 40, 3, -20, 15);
+  draws(330, 16, 7, 2, 15);
+}
+
+TEST_F(LargeArt, MemoryEndsWithTheMappingWhereTheLinesAreLonger) {
+  fbinfo[FBINFO_SCREEN_SIZE] = 20 * line_length + 31; // a pixel of which half is in it is not
+  draws(41, 31, 4, 3, 0, 20 * line_length + 30);
+  draws(41, 3, -5, 0, 0, 20 * line_length + 30);
+}
+
+TEST_F(LargeArt, MemoryIsThatOfTheScreenInformationOutsideTheMapping) {
+  fbp0 = nullptr;
+  draws(41, 31, -4, -3);
+  draws(41, 31, 4, 3);
+  fbinfo[FBINFO_SCREEN_SIZE] = 0; // then as many lines as are visible
+  draws(41, 31, -4, -3);
+  draws(41, 31, 4, 3);
+  fbp0 = fbp + 30 * line_length;
+  fbinfo[FBINFO_SCREEN_SIZE] = 31 * line_length;
+  draws(41, 40, 4, 3, 0, 31 * line_length);
+}
+
 TEST_F(ArchiveDraw, PaddedLinesAreStepped) {
   use_screen({.xres = 40, .yres = 30, .padding = 200});
   const art_image image = random_art(random_, 21, 9);

@@ -182,6 +182,56 @@ TEST_F(PsfText, GlyphTallerThanTheScreenEndsWithItsMemory) {
   }
 }
 
+/// Draws a glyph of a font larger than the screen; each pixel of it in the memory is expected.
+class LargeGlyph : public PsfText {
+protected:
+  void draws(uint32_t width, uint32_t height, int32_t x, int32_t y, int64_t memory_begin = 0,
+             int64_t memory_end = 0) {
+    use_screen({.xres = 20, .yres = 10, .padding = 6, .guard_lines = 40});
+    const int64_t line_length = screen_->line_length();
+    const psf_file font = use_random(width, height, 16);
+    if (memory_begin != 0)
+      fbp -= memory_begin;
+    const int64_t end = memory_end != 0 ? memory_end : 10 * line_length;
+    for (const uint32_t bg : {0U, paper}) {
+      SCOPED_TRACE(testing::Message() << width << " x " << height << " at " << x << "," << y << " on " << bg);
+      for (uint32_t row = 0; row < height; ++row)
+        for (uint32_t column = 0; column < std::min(width, 16U); ++column) {
+          const bool is_set = font.is_set(9, column, row);
+          const int64_t at = (y + int64_t{row}) * line_length + (x + int64_t{column}) * 2 - memory_begin;
+          if (at >= 0 && at + 2 <= end && (is_set || bg != 0))
+            screen_->model().put(at % line_length / 2, at / line_length,
+                                 static_cast<uint16_t>(is_set ? ink : bg));
+        }
+      fb_putc(9, static_cast<uint32_t>(x), static_cast<uint32_t>(y), ink, static_cast<uint16_t>(bg), 0);
+      EXPECT_TRUE(screen_->same());
+    }
+  }
+};
+
+TEST_F(LargeGlyph, BeginsAndEndsWithTheMemory) {
+  for (const uint32_t width : {3U, 8U, 9U, 13U, 16U, 24U})
+    for (const int32_t x : {-17, -7, -1, 0, 5, 12, 19, 22}) {
+      draws(width, 11, x, -1);
+      draws(width, 20, x, 0);
+      draws(width, 20, x, 9);
+      draws(width, 30, x, -7);
+    }
+}
+
+TEST_F(LargeGlyph, FarFromTheMemoryIsNotDrawn) {
+  for (const int32_t far : {INT32_MIN, INT32_MIN + 1, INT32_MAX - 1, INT32_MAX}) {
+    draws(8, 11, far, 0);
+    draws(8, 11, 0, far);
+  }
+}
+
+TEST_F(LargeGlyph, MemoryIsTheWholeMappingWhenTheScreenIsItsSecondBuffer) {
+  constexpr int64_t five_lines = 5 * 46;
+  draws(9, 11, 3, -1, -five_lines);
+  draws(16, 20, -4, -7, -five_lines);
+}
+
 TEST_F(PsfText, PaddedLinesAreStepped) {
   use_screen({.xres = 64, .yres = 20, .padding = 130});
   const psf_file font = use_random(9, 14);
