@@ -625,8 +625,8 @@ DRAVIK_API int32_t ascii_to_unicode_string(const char *src, void *dst) DRAVIK_NO
  * white). On 0, which leaves the pixels around the letters as they are, and on any other background: from
  * white to black.
  *
- * Text that reaches over the right edge goes on in the next line. Nothing is drawn above the first line of
- * the screen. Glyphs that leave the plane are drawn on its edge.
+ * Text that crosses the right edge continues in the next line, also from the line above the screen into the
+ * first one. Nothing is drawn before frame buffer memory. Glyphs that leave the plane are drawn on its edge.
  * @param x,y        position of the box in pixels; see align
  * @param text       UTF-16 little-endian units, at any address; read during the call only
  * @param font_size  points at 80 dots an inch, up to 96. A larger one writes "font_size error : %d!" to

@@ -277,8 +277,6 @@ position aligned(position at, int32_t align) noexcept {
 /// The part of a row of the box to draw on a line. Nothing is written before frame buffer memory. A box that
 /// leaves the plane is as large as the font makes it, so it also ends with that memory.
 fb::row_part drawable_part(const fb::memory_bounds &memory, int32_t x, int64_t line) noexcept {
-  if (line < 0)
-    return {0, 0};
   const bool on_plane = sx >= 0 && ex < plane_width && sy >= 0 && ey < plane_height;
   const auto width = static_cast<size_t>(std::max<int64_t>(int64_t{ex} + 1 - sx, 0));
   const fb::row_part in_memory = memory.part_of(x, line, width);

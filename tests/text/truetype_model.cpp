@@ -155,7 +155,7 @@ void text_model::copy(int64_t x, int64_t y, const text_call &call, const model_p
     for (int64_t column = measured.left; column <= measured.right; ++column) {
       const int64_t to_x = x + column - measured.left, to_y = y + row - measured.top;
       const int64_t at = to_y * fbinfo[FBINFO_LINE_LENGTH] + to_x * 2;
-      if (to_y < 0 || (!within && at >= fbinfo[FBINFO_SCREEN_SIZE]))
+      if (!within && at >= fbinfo[FBINFO_SCREEN_SIZE])
         break; // and so are all columns to the right
       const uint8_t level = cell(column, row);
       if (at < 0 || (call.bg == 0 && level == 0))

@@ -146,6 +146,17 @@ TEST(TrueTypePlace, LinesAboveTheScreenAreLeftOut) {
   EXPECT_TRUE(stage.draws_nothing({.text = u"Above", .font = sans, .y = 0x80000000}));
 }
 
+TEST(TrueTypePlace, LineAboveTheScreenIsDrawnAsFarAsItReachesIntoTheFirst) {
+  // A line has 643 columns, 3 of them padding: columns 613 to 643 of the line above end with the first pixel.
+  EXPECT_TRUE(placing(31, 11).lands(0, 614, 0xFFFFFFFF, 0, 0));
+  EXPECT_TRUE(placing(31, 2).lands(0, 640, 0xFFFFFFFF, 26, 0)); // one line of ink: columns -3 to 26
+  text_stage stage;
+  EXPECT_TRUE(stage.draws({.text = u"Tail", .font = sans, .x = 620, .y = 0xFFFFFFFF, .bg = 0}));
+  EXPECT_TRUE(stage.draws({.text = u"Tail", .font = sans, .x = 1280, .y = 0xFFFFFFFE}));
+  EXPECT_TRUE(
+      stage.draws({.text = u"Tail", .font = sans, .x = 640, .y = static_cast<uint32_t>(-10), .bg = 0}));
+}
+
 TEST(TrueTypePlace, TheBottomRightCorner) {
   EXPECT_TRUE(placing(31, 11).lands(0, 609, 469, 609, 469));
   text_stage stage;
