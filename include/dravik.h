@@ -303,6 +303,10 @@ extern DRAVIK_API uint8_t image[8192];
  * read up to the picture's height. They keep the colour 0xF81F transparent; a file that ends before its first
  * pixel shows nothing in them.
  *
+ * An image fits on the screen if its width and height do not exceed the screen's, and neither do `x + width`
+ * and `y + height`. The sums wrap modulo 2^32, so 0xFFFFFFFF is accepted as a position: the image starts left
+ * of or above the screen.
+ *
  * A file that ends early is drawn with what its last rows left in ::image (for mode 0: on the screen).
  * @param x,y    position in pixels; see align
  * @param path   the file
@@ -313,7 +317,7 @@ extern DRAVIK_API uint8_t image[8192];
  * @return 0 when drawn, and when the depth or the mode is unknown and nothing was drawn; -1 when nothing was
  * drawn and standard error says why: "open %s error!", "%s file size error!" (the header's file size is not
  * the file's), "%s BMP type error!", "BMP image size is too big. %d x %d" (wider than 2048), or "BMP image is
- * out of range!" and two lines of figures (it does not lie on the screen as a whole)
+ * out of range!" and two lines of figures (it does not fit on the screen)
  */
 DRAVIK_API int fb_put_bmp_file(uint32_t x, uint32_t y, const char *path, uint32_t mode,
                                uint8_t align) DRAVIK_NOEXCEPT;
@@ -371,8 +375,8 @@ DRAVIK_API int bmp_mem_alloc(int32_t count, const char *dir, const char *const *
  * drawn; -1 with the reason in the event log: "BMP mem index err: %d, max = %d" (also for a negative slot),
  * "BMP mem ptr is NULL, bmp_mem_idx=%d" (also after bmp_mem_free()), "BMP type err, bmp_mem_idx=%d", "BMP
  * image size is too big : %d x %d, fb size : %dx%d", "BMP image is out of range!" and two lines of figures
- * (it does not lie on the screen as a whole), or "BMP data err, bmp_mem_idx=%d" (its rows do not lie in the
- * file)
+ * (it does not fit on the screen, see fb_put_bmp_file()), or "BMP data err, bmp_mem_idx=%d" (its rows do not
+ * lie in the file)
  */
 DRAVIK_API int bmp_mem_show(uint32_t x, uint32_t y, int32_t slot, int32_t mode,
                             uint8_t align) DRAVIK_NOEXCEPT;
@@ -392,8 +396,9 @@ DRAVIK_API void bmp_mem_free(void) DRAVIK_NOEXCEPT;
 extern DRAVIK_API uint32_t jpeginfo[4];
 
 /**
- * Draw a JPEG picture from "/usr/local/dravik/jpg", baseline or progressive, in colour or grey. What lies off
- * the screen is cut off, with "JPG image is out of range!" and two lines of figures on standard error.
+ * Draw a JPEG picture from "/usr/local/dravik/jpg", baseline or progressive, in colour or grey. It is clipped
+ * to the screen, with "JPG image is out of range!" and two lines of figures on standard error if it does not
+ * fit there (see fb_put_bmp_file(): a picture that starts left of or above the screen may fit).
  *
  * Channels are truncated to RGB565, and 0x0000, 0x0001, 0x0800 and 0x0801 are drawn as 0x0821. A CMYK picture
  * is drawn with its first three channels as red, green and blue. A file that ends within its picture draws

@@ -287,11 +287,9 @@ void draw(const picture &from, uint32_t mode) noexcept {
 /// Whether the picture fits on the screen; reports on standard error if not.
 bool is_on_screen(const picture &p) noexcept {
   const uint32_t width = p.header.width, height = p.header.height;
-  const auto x = static_cast<uint32_t>(p.at.x), y = static_cast<uint32_t>(p.at.y);
-  if (uint64_t{x} + width <= static_cast<uint32_t>(p.on.width) &&
-      uint64_t{y} + height <= static_cast<uint32_t>(p.on.height))
+  if (fits(p.on, p.at, width, height))
     return true;
-  const position last = {static_cast<int32_t>(x + width - 1), static_cast<int32_t>(y + height - 1)};
+  const position last = last_pixel(p.at, width, height);
   std::fprintf(stderr, "BMP image is out of range!\n");
   std::fprintf(stderr, "Canvas size : %4d x %4d (%4d,%4d)-->(%4d,%4d)\n", p.on.width, p.on.height, 0, 0,
                p.on.width - 1, p.on.height - 1);

@@ -155,12 +155,9 @@ void draw(const picture &from, int32_t mode) noexcept {
 
 /// Whether the picture fits on the screen; reports in the event log if not.
 bool is_on_screen(const bmp_header &header, position at, const fb::surface &on) noexcept {
-  const auto x = static_cast<uint32_t>(at.x), y = static_cast<uint32_t>(at.y);
-  if (uint64_t{x} + header.width <= static_cast<uint32_t>(on.width) &&
-      uint64_t{y} + header.height <= static_cast<uint32_t>(on.height))
+  if (fits(on, at, header.width, header.height))
     return true;
-  const position last = {static_cast<int32_t>(x + header.width - 1),
-                         static_cast<int32_t>(y + header.height - 1)};
+  const position last = last_pixel(at, header.width, header.height);
   log_printf("BMP image is out of range!");
   log_printf("Canvas size : %4d x %4d (%4d,%4d)-->(%4d,%4d)", on.width, on.height, 0, 0, on.width - 1,
              on.height - 1);

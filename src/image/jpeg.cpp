@@ -107,18 +107,16 @@ void convert_row(pixel *to, const uint8_t *from, size_t count, size_t components
   convert(to, from, count, components);
 }
 
-void warn_when_off_screen(const canvas &to, uint32_t width, uint32_t height) noexcept {
-  const auto x = static_cast<uint32_t>(to.at.x), y = static_cast<uint32_t>(to.at.y);
-  const int xres = to.on.width, yres = to.on.height;
-  if (uint64_t{x} + width <= static_cast<uint32_t>(xres) &&
-      uint64_t{y} + height <= static_cast<uint32_t>(yres))
+void warn_if_off_screen(const canvas &to, uint32_t width, uint32_t height) noexcept {
+  if (fits(to.on, to.at, width, height))
     return;
+  const int xres = to.on.width, yres = to.on.height;
+  const position last = last_pixel(to.at, width, height);
   std::fprintf(stderr, "JPG image is out of range!\n");
   std::fprintf(stderr, "Canvas size : %4d x %4d (%4d,%4d)-->(%4d,%4d)\n", xres, yres, 0, 0, xres - 1,
                yres - 1);
   std::fprintf(stderr, " Image size : %4d x %4d (%4d,%4d)-->(%4d,%4d)\n", static_cast<int>(width),
-               static_cast<int>(height), to.at.x, to.at.y, static_cast<int>(x + width - 1),
-               static_cast<int>(y + height - 1));
+               static_cast<int>(height), to.at.x, to.at.y, last.x, last.y);
 }
 
 canvas prepare_canvas(const jpeg_decompress_struct &decoder, position at, uint32_t align) noexcept {
@@ -129,7 +127,7 @@ canvas prepare_canvas(const jpeg_decompress_struct &decoder, position at, uint32
              height = static_cast<int32_t>(decoder.image_height);
   canvas to = {fb::screen(), placed(at, width, height, static_cast<int32_t>(align)), {}};
   to.columns = visible_columns(to.at.x, decoder.output_width, to.on);
-  warn_when_off_screen(to, decoder.image_width, decoder.image_height);
+  warn_if_off_screen(to, decoder.image_width, decoder.image_height);
   return to;
 }
 

@@ -1,4 +1,4 @@
-// Where an image goes, and what is stored of its rows.
+// Where an image goes, and whether it fits there.
 #pragma once
 
 #include "fb/surface.hpp"
@@ -22,6 +22,20 @@ constexpr position placed(position at, int32_t width, int32_t height, int32_t co
   if (code == 2 || code == 3)
     at.y = centred(at.y, height);
   return at;
+}
+
+/// Whether an image fits on the screen at a position. The sums wrap modulo 2^32: the column left of the
+/// screen is 0xFFFFFFFF, and fits. A size beyond the screen does not, so that no file can make the sums wrap.
+constexpr bool fits(const fb::surface &on, position at, uint32_t width, uint32_t height) noexcept {
+  const auto xres = static_cast<uint32_t>(on.width), yres = static_cast<uint32_t>(on.height);
+  return width <= xres && height <= yres && static_cast<uint32_t>(at.x) + width <= xres &&
+         static_cast<uint32_t>(at.y) + height <= yres;
+}
+
+/// The position of an image's bottom-right pixel; wraps like those sums.
+constexpr position last_pixel(position at, uint32_t width, uint32_t height) noexcept {
+  return {static_cast<int32_t>(static_cast<uint32_t>(at.x) + width - 1),
+          static_cast<int32_t>(static_cast<uint32_t>(at.y) + height - 1)};
 }
 
 /// Bytes to store of a 16-bit row that is padded to `row_size` bytes: all of them, but no padding past the

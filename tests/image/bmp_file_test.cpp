@@ -260,7 +260,7 @@ TEST_F(BmpFile, CentredByHand) {
 TEST_F(BmpFile, NegativePositionsCentreAtZero) {
   const bytes content = random_picture(24, 11, 9).file();
   EXPECT_EQ(draw(content, 0xFFFFFFFF, 0x80000000, 0, 3), 0);
-  EXPECT_EQ(draw(content, 0xFFFFFFFF, 0, 0, 2), -1);
+  EXPECT_EQ(draw(content, 0xFFFFFFFF, 0, 0, 2), 0); // not centred on x: from the column left of the first
 }
 
 TEST_F(BmpFile, FillsTheScreenToItsEdges) {
@@ -331,11 +331,45 @@ TEST_F(BmpFile, PictureStoredFromTheTopIsOutOfRange) {
   EXPECT_EQ(draw(bmp_maker{4, static_cast<uint32_t>(-4), 24, {}, bytes(48)}.file(), 0, 20, 0, 3), -1);
 }
 
-TEST_F(BmpFile, SumsThatWouldWrapAreOutOfRange) {
+TEST_F(BmpFile, PositionsThatWrapAreLeftOfAndAboveTheScreen) {
+  bmp_maker picture = {10, 1, 16};
+  for (uint32_t column = 0; column < 10; ++column)
+    picture.set16(column, 0, static_cast<uint16_t>(0x1230 + column));
+  const bytes content = picture.file();
+  EXPECT_EQ(draw(content, 0xFFFFFFFF, 5), 0);
+  EXPECT_EQ(said_, "");
+  EXPECT_EQ(pixel_at(0, 5), 0x1231);
+  EXPECT_EQ(pixel_at(8, 5), 0x1239);
+  EXPECT_EQ(pixel_at(98, 4), 0x1230); // the last column of the padding of the line before
+}
+
+TEST_F(BmpFile, PositionsThatWrapDrawInEveryDepthAndMode) {
+  for (const uint16_t bits : drawn_depths)
+    for (const uint32_t mode : {0U, 1U, 2U}) {
+      const bytes content = random_picture(bits, 11, 8).file();
+      for (const uint32_t at : {0xFFFFFFFFU, 0xFFFFFFFBU}) {
+        EXPECT_EQ(draw(content, at, 20, mode), 0);
+        EXPECT_EQ(draw(content, 20, at, mode), 0);
+        EXPECT_EQ(draw(content, at, at, mode), 0);
+      }
+    }
+}
+
+TEST_F(BmpFile, PositionsFurtherThanTheSizeAreOutOfRange) {
   const bytes content = random_picture(24, 10, 8).file();
-  EXPECT_EQ(draw(content, 0xFFFFFFFB, 0), -1);
-  EXPECT_EQ(draw(content, 0, 0xFFFFFFFB), -1);
+  EXPECT_EQ(draw(content, 0xFFFFFFF6, 5), 0); // ends with the column left of the first
+  EXPECT_EQ(draw(content, 0xFFFFFFF5, 5), -1);
+  EXPECT_EQ(said_, "BMP image is out of range!\n"
+                   "Canvas size :   96 x   64 (   0,   0)-->(  95,  63)\n"
+                   " Image size :   10 x    8 ( -11,   5)-->(  -2,  12)\n");
+  EXPECT_EQ(draw(content, 5, 0xFFFFFFF7), -1);
+}
+
+TEST_F(BmpFile, NoFileMakesTheSumsWrap) {
   EXPECT_EQ(draw(bmp_maker{10, 0xFFFFFFFF, 24}.file(), 0, 1), -1);
+  EXPECT_EQ(draw(bmp_maker{10, 0xFFFFFFC0, 24}.file(), 0, 64), -1);
+  EXPECT_EQ(draw(bmp_maker{97, 1, 24}.file(), 0xFFFFFFFF, 1), -1);
+  EXPECT_EQ(draw(bmp_maker{1, 65, 24}.file(), 1, 0xFFFFFFFF), -1);
 }
 
 // ------------------------------------------------------------------------------------------------ failures

@@ -38,7 +38,8 @@ public:
       y = centred(y, height_);
     if (width_ > 2048)
       return fail(text("BMP image size is too big. %d x %d\n", {width_, height_}));
-    if (uint64_t{x} + width_ > fbinfo[FBINFO_XRES] || uint64_t{y} + height_ > fbinfo[FBINFO_YRES])
+    const uint32_t xres = fbinfo[FBINFO_XRES], yres = fbinfo[FBINFO_YRES];
+    if (width_ > xres || height_ > yres || x + width_ > xres || y + height_ > yres)
       return fail(out_of_range(x, y));
     if (bits_ == 1 || bits_ == 4 || bits_ == 8) {
       position_ = 54;
@@ -73,6 +74,11 @@ private:
                 {width_, height_, x, y, x + width_ - 1, y + height_ - 1});
   }
 
+  /// 0xFFFFFFFF is the column left of, or the line above, the first.
+  static int64_t signed_position(uint32_t at) {
+    return static_cast<int32_t>(at);
+  }
+
   static uint32_t centred(uint32_t at, uint32_t size) {
     const int32_t half = static_cast<int32_t>(size) >> 1;
     return static_cast<int32_t>(at) > half ? at - static_cast<uint32_t>(half) : 0;
@@ -100,7 +106,7 @@ private:
     for (uint32_t row = 0; row < height_; ++row) {
       read(image.data(), row_size());
       for (uint32_t column = 0; column < width_; ++column)
-        on.put(x + column, y + height_ - 1 - row, pixel(column));
+        on.put(signed_position(x + column), signed_position(y + height_ - 1 - row), pixel(column));
     }
   }
 
@@ -131,12 +137,13 @@ private:
   }
 
   /// Padding included, but not past the end of the screen's memory; a file may end within a pixel.
-  void copy_row(const model_plane &on, uint32_t x, uint32_t line) {
+  void copy_row(const model_plane &on, int64_t x, int64_t line) {
     for (size_t i = 0; i < row_size() && position_ < file_->size(); ++i) {
-      const uint16_t before = on.get(x + i / 2, line), byte = (*file_)[position_++];
-      if (!lies_in_memory(static_cast<int64_t>(x + i / 2), line))
+      const int64_t column = x + static_cast<int64_t>(i / 2);
+      const uint16_t before = on.get(column, line), byte = (*file_)[position_++];
+      if (!lies_in_memory(column, line))
         continue;
-      on.put(x + i / 2, line,
+      on.put(column, line,
              static_cast<uint16_t>(i % 2 == 0 ? (before & 0xFF00) | byte : (before & 0x00FF) | byte << 8));
     }
   }
@@ -146,16 +153,16 @@ private:
     for (size_t i = 0; i < row.size(); i += 2)
       put_u16(row, i, 0xF81F); // before the first read nothing of the buffer shows
     for (uint32_t n = 0; n < height_; ++n) {
-      const uint32_t line = y + height_ - 1 - n;
+      const int64_t line = signed_position(y + height_ - 1 - n);
       if (mode == 0)
-        copy_row(on, x, line);
+        copy_row(on, signed_position(x), line);
       if (mode != 1 && mode != 2)
         continue;
       read(row.data(), row.size());
       for (uint32_t column = 0; column < width_; ++column) {
         const auto colour = static_cast<uint16_t>(row[column * 2] | row[column * 2 + 1] << 8);
         if (colour != 0xF81F)
-          on.put(x + column, line, mode == 1 ? colour : 0x7BCF);
+          on.put(signed_position(x + column), line, mode == 1 ? colour : 0x7BCF);
       }
     }
   }

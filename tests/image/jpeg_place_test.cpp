@@ -22,7 +22,7 @@ protected:
   std::string warning(uint32_t x, uint32_t y) const {
     const uint32_t xres = fbinfo[FBINFO_XRES], yres = fbinfo[FBINFO_YRES], width = picture_.width,
                    height = picture_.height;
-    if (uint64_t{x} + width <= xres && uint64_t{y} + height <= yres)
+    if (width <= xres && height <= yres && x + width <= xres && y + height <= yres)
       return {};
     char text[300];
     std::snprintf(text, sizeof text,
@@ -84,6 +84,18 @@ TEST_F(JpegPlace, OffEveryEdge) {
   for (const uint32_t x : columns)
     for (const uint32_t y : rows)
       expect_at(x, y);
+}
+
+TEST_F(JpegPlace, PositionsThatWrapAreLeftOfAndAboveTheScreen) {
+  use_picture(20, 10);
+  expect_at(0xFFFFFFFF, 0xFFFFFFFF);
+  EXPECT_EQ(said_, "");
+  expect_at(0xFFFFFFEC, 3); // ends with the column left of the first
+  EXPECT_EQ(said_, "");
+  expect_at(0xFFFFFFEB, 3);
+  EXPECT_EQ(said_, "JPG image is out of range!\n"
+                   "Canvas size :   96 x   64 (   0,   0)-->(  95,  63)\n"
+                   " Image size :   20 x   10 ( -21,   3)-->(  -2,  12)\n");
 }
 
 TEST_F(JpegPlace, FarOffTheScreen) {

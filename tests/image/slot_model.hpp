@@ -24,9 +24,9 @@ struct slot_model {
                   yres = fbinfo[FBINFO_YRES];
     if (width > xres || height > yres)
       return fail("BMP image size is too big : %d x %d, fb size : %dx%d", {width, height, xres, yres});
-    const int64_t left = align == 1 || align == 3 ? centred(x, width) : x;
-    const int64_t top = align == 2 || align == 3 ? centred(y, height) : y;
-    if (left + width > xres || top + height > yres) {
+    const int64_t left = align == 1 || align == 3 ? centred(x, width) : static_cast<int32_t>(x);
+    const int64_t top = align == 2 || align == 3 ? centred(y, height) : static_cast<int32_t>(y);
+    if (wrapped(left + width) > xres || wrapped(top + height) > yres) {
       add("BMP image is out of range!", {});
       add("Canvas size : %4d x %4d (%4d,%4d)-->(%4d,%4d)", {xres, yres, 0, 0, xres - 1, yres - 1});
       return fail("Image size : %4d x %4d (%4d,%4d)-->(%4d,%4d)",
@@ -56,6 +56,8 @@ private:
     if (mode == 2 && colour != key && colour != 0)
       on.put(x, y, 0x7BCF);
   }
+
+  static int64_t wrapped(int64_t sum) { return static_cast<uint32_t>(sum); }
 
   static int64_t centred(uint32_t at, int64_t size) {
     return static_cast<int32_t>(at) > size / 2 ? at - size / 2 : 0;
