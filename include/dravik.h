@@ -402,7 +402,7 @@ extern DRAVIK_API uint32_t jpeginfo[4];
  *
  * Channels are truncated to RGB565, and 0x0000, 0x0001, 0x0800 and 0x0801 are drawn as 0x0821. A CMYK picture
  * is drawn with its first three channels as red, green and blue. A file that ends within its picture draws
- * what there is.
+ * what there is. The row buffer requested from libjpeg is one byte longer than a row.
  * @param x,y    position in pixels, see align; 0xFFFFFFFF is the column left of, or the line above, the first
  * @param name   file name in that directory, read during the call only
  * @param align  1: x is the centre, 2: y is the centre, 3: both, not less than 0; any other: (x, y) is the
@@ -527,8 +527,9 @@ DRAVIK_API void psf_font_alloc(int32_t count, const char *const *paths) DRAVIK_N
  * @param slot  the record to fill; after a failure its `ptr` is null
  * @return 0, or -1 with the reason in the event log: "%s not found!", "%s not regular file",
  * "psf_font_load(): fopen %s err", "only support PSF font : %s" and the bytes found, "psf_font_load(): font
- * file size err = %d" and the font's figures, or "%s : malloc %d bytes err" (also for figures that make no
- * sense). Glyphs of more than 128 bytes only warn: "font character size > 128 bytes"
+ * file size err = %d" and the font's figures, or "%s : malloc %d bytes err" (also for a size that is negative
+ * or that only a wrapped 32-bit product makes small enough). Glyphs of more than 128 bytes only warn: "font
+ * character size > 128 bytes"
  */
 DRAVIK_API int psf_font_load(const char *path, struct psf_font *slot) DRAVIK_NOEXCEPT;
 
@@ -641,7 +642,8 @@ DRAVIK_API int32_t ascii_to_unicode_string(const char *src, void *dst) DRAVIK_NO
  * @param align      1: x is the centre, 3: x and y are the centre, not less than 0. 2: y is the centre if
  * ::sy is above half the height, else 0. 4, 5: in the middle of 640 columns, of 480 rows. 6, 7: against the
  * right, the bottom edge of these. Any other: (x, y) is the top-left corner
- * @return 0. When FreeType fails, or the font lacks a character, nothing is drawn and standard error says
+ * @return 0. When FreeType fails, or the font lacks a character, nothing is drawn, the face and the FreeType
+ * library are released, and standard error says
  *         "FT_Init_FreeType failed!", "FT_New_Face failed!", "FT_Set_Char_Size failed!", "FT_Get_Char_Index
  * failed!", "FT_Load_Glyph failed! ret=%08x" or "FT_Render_Glyph failed!"
  */
