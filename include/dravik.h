@@ -1149,6 +1149,9 @@ struct rec_file_list {
 
 /**
  * Survey the recordings in "/tmp/mmcblk0p1/REC". The process's working directory changes during the call.
+ *
+ * @note Intentional: a file dated 0x7FFFFFFF seconds since 1970 (January 2038) or later is counted, but is
+ * never the oldest.
  * @param list  receives the result; all 0 or all -1 after a failure
  * @return 0; -1 with the reason in the event log: "parse_rec_file_list() : getcwd err!" (also for a working
  * directory of 64 bytes or more), "... : stat/chdir err! : %s" or "... : opendir err! : %s"

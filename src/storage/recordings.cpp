@@ -66,12 +66,13 @@ private:
   bool is_recording_ = false;
 };
 
-/// The file of the earliest time; of several, the one seen first.
+/// The file with the earliest time; of several, the one seen first. Intentional: the search starts at the
+/// largest signed 32-bit time, so a file dated then or later is never the oldest.
 struct oldest_file {
   int32_t which = -1;
-  time_t time = std::numeric_limits<time_t>::max();
+  int64_t time = std::numeric_limits<int32_t>::max();
 
-  void consider(int32_t candidate, time_t candidate_time) noexcept {
+  void consider(int32_t candidate, int64_t candidate_time) noexcept {
     if (candidate_time >= time)
       return;
     which = candidate;
@@ -81,7 +82,7 @@ struct oldest_file {
 
 struct survey {
   int32_t normal_count = 0;
-  uint32_t sixteenths = 0; ///< of bytes of the normal recordings, each file's truncated
+  uint64_t sixteenths = 0; ///< total size of normal recordings in 16-byte units, truncated per file
   oldest_file normal;
   oldest_file event;
   std::array<bool, event_slots> used = {};
@@ -95,7 +96,7 @@ struct survey {
       return;
     if (name.is_normal()) {
       ++normal_count;
-      sixteenths += static_cast<uint32_t>(status.st_size / 16);
+      sixteenths += static_cast<uint64_t>(status.st_size / 16);
       normal.consider(name.number(), status.st_mtime);
     } else {
       used[static_cast<size_t>(name.slot())] = true;

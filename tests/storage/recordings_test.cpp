@@ -34,7 +34,7 @@ bool matches(const std::string &name, const char *pattern) {
 survey Recordings::model() const {
   std::optional<std::pair<time_t, int32_t>> oldest_normal, oldest_event;
   const auto consider = [](auto &oldest, time_t time, int32_t which) {
-    if (!oldest || time < oldest->first)
+    if (time < 0x7FFFFFFF && (!oldest || time < oldest->first))
       oldest = {time, which};
   };
   int32_t count = 0;
@@ -57,7 +57,7 @@ survey Recordings::model() const {
   const int32_t event_oldest = oldest_event ? oldest_event->second : -1;
   return {count,
           oldest_normal ? oldest_normal->second : -1,
-          static_cast<int32_t>(sixteenths % (uint64_t{1} << 32) / 65536),
+          static_cast<int32_t>(sixteenths / 65536),
           used[0] + used[1] + used[2] + used[3] + used[4],
           event_oldest,
           next_slot(used, event_oldest)};
@@ -251,17 +251,25 @@ TEST_F(Recordings, TimesBefore1970AreEarlier) {
   EXPECT_EQ(found()[1], 2);
 }
 
-TEST_F(Recordings, TimesBeyond2038) {
-  constexpr time_t last_of_32_bits = 0x7FFFFFFF;
-  add("KVX00001.TS", last_of_32_bits + 1000);
-  add("EMD00001.TS", last_of_32_bits);
-  EXPECT_EQ(found(), (survey{1, 1, 0, 1, 3, 4}));
-  add("KVX00002.TS", last_of_32_bits + 999);
-  EXPECT_EQ(found()[1], 2);
-  add("KVX00003.TS", last_of_32_bits);
-  EXPECT_EQ(found()[1], 3);
+TEST_F(Recordings, LargestTimeOf32BitsOrLaterIsNeverOldest) {
+  constexpr time_t largest = 0x7FFFFFFF;
+  for (const time_t time : {largest, largest + 1, largest + 1000, time_t{0x1FFFFFFFF}}) {
+    clear();
+    add("KVX00001.TS", time);
+    add("EMD00001.TS", time);
+    EXPECT_EQ(found(), (survey{1, -1, 0, 1, -1, 0})) << time;
+  }
+  add("KVX00003.TS", largest - 1);
+  add("EMB00001.TS", largest - 1);
+  EXPECT_EQ(found(), (survey{2, 3, 0, 2, 1, 2}));
   add("KVX00004.TS", 1);
   EXPECT_EQ(found()[1], 4);
+}
+
+TEST_F(Recordings, SlotsAreSearchedFromTheFirstWithoutAnOldestEvent) {
+  add("EMA00001.TS", 0x7FFFFFFF);
+  add("EMB00001.TS", 0x7FFFFFFF);
+  EXPECT_EQ(found(), (survey{0, -1, 0, 2, -1, 2}));
 }
 
 // --------------------------------------------------------------------------------------------------------
@@ -295,14 +303,18 @@ TEST_F(Recordings, SizesAreSummedInSixteenths) {
   }
 }
 
-TEST_F(Recordings, SumWrapsAtSixtyFourGibibytes) {
-  const size_case cases[] = {{{20 * gibibyte, 12 * gibibyte}, 32768}, {{20 * gibibyte, 20 * gibibyte}, 40960},
-                             {{64 * gibibyte - 16}, 65535},           {{32 * gibibyte, 32 * gibibyte}, 0},
-                             {{40 * gibibyte, 30 * gibibyte}, 6144},  {{70 * gibibyte}, 6144}};
+TEST_F(Recordings, SumGoesBeyondSixtyFourGibibytes) {
+  const size_case cases[] = {{{20 * gibibyte, 12 * gibibyte}, 32768},
+                             {{20 * gibibyte, 20 * gibibyte}, 40960},
+                             {{64 * gibibyte - 16}, 65535},
+                             {{32 * gibibyte, 32 * gibibyte}, 65536},
+                             {{40 * gibibyte, 30 * gibibyte}, 71680},
+                             {{70 * gibibyte}, 71680},
+                             {std::vector<off_t>(40, 2 * gibibyte), 81920}};
   for (const size_case &one : cases) {
     clear();
     for (size_t i = 0; i < one.sizes.size(); ++i)
-      add("KVX0000" + std::to_string(i) + ".TS", 1000, one.sizes[i]);
+      add("KVX000" + std::to_string(10 + i) + ".TS", 1000, one.sizes[i]);
     EXPECT_EQ(found()[2], one.mebibytes) << one.sizes[0];
   }
 }
