@@ -687,21 +687,28 @@ extern DRAVIK_API uint32_t bits_per_frame;
 DRAVIK_API int32_t snd_init(void) DRAVIK_NOEXCEPT;
 
 /**
- * Queue a file.
+ * Queue a file. May be called from any thread.
  *
- * Waits until the sound in progress has ended and 150 ms more: with `stop_current`, it ends at once. The
- * queue has four places and takes no notice of being full: queue no more than three files ahead. Any thread
- * may call it. Without an engine nothing happens.
- * @param path          the file, at most 255 characters; a longer one is refused with a line in the event log
- * @param stop_current  1: end the sound in progress
+ * Blocks until the current playback and a pause of 150 ms have ended; `stop_current` stops that playback
+ * first. Then clears the stop request of an earlier snd_stopall(), queues the file and logs its path.
+ *
+ * Without a running engine nothing is queued and there is no pause; all else is done, so that direct players
+ * can be stopped and released where real-time priority is refused.
+ * @note The queue has four slots and does not detect overflow: queue at most three files ahead.
+ * @note Intentional: a path that is too long is rejected as a whole, with a line in the event log. Nothing is
+ * stopped, queued or cleared then.
+ * @param path          file, at most 255 characters
+ * @param stop_current  1: stop the current playback; other values do not
  * @return 1
  */
 DRAVIK_API int32_t snd_play_direct(const char *path, int32_t stop_current) DRAVIK_NOEXCEPT;
 
 /**
- * End the sound in progress and drop what is queued. Waits until the thread is idle; any thread may call it.
- * Without an engine nothing happens.
- * @return 0
+ * Stop the current playback and drop the queue. May be called from any thread. Blocks until the thread of the
+ * engine is idle; does not wait for direct players (mp3_playback() and the players after it).
+ * @note The stop request stays in force until the next snd_play_direct(): direct players that are started
+ * before it play nothing, with or without a running engine.
+ * @return result of pthread_mutex_unlock(): 0 on success
  */
 DRAVIK_API int32_t snd_stopall(void) DRAVIK_NOEXCEPT;
 

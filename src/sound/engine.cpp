@@ -142,7 +142,7 @@ int32_t start() noexcept {
   return -1;
 }
 
-/// False when the engine has ended meanwhile.
+/// Release stopped players; queue the file if there is an engine. False without one.
 bool queue(const char *path, size_t length) noexcept {
   const mutex_lock holding{snd_mutex};
   word(snd_stop_flag).store(0, std::memory_order_relaxed);
@@ -175,8 +175,6 @@ int32_t snd_init() noexcept {
 }
 
 int32_t snd_play_direct(const char *path, int32_t stop_current) noexcept {
-  if (!takes_requests())
-    return 1;
   const size_t length = std::string_view{path}.size();
   if (length >= path_size) {
     log_printf("%s():path of %zu characters, at most %zu are possible", "snd_play_direct", length,
@@ -185,16 +183,13 @@ int32_t snd_play_direct(const char *path, int32_t stop_current) noexcept {
   }
   if (stop_current == 1)
     word(snd_stop_flag).store(1, std::memory_order_relaxed);
-  if (!queue(path, length))
-    return 1;
-  ::sem_post(&snd_sem);
+  if (queue(path, length))
+    ::sem_post(&snd_sem);
   log_printf("%s():%s", "snd_play_direct", path);
   return 1;
 }
 
 int32_t snd_stopall() noexcept {
-  if (!takes_requests())
-    return 0;
   word(snd_stop_flag).store(1, std::memory_order_relaxed);
   ::pthread_mutex_lock(&snd_mutex);
   snd_req_write = snd_req_read;

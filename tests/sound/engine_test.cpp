@@ -2,6 +2,7 @@
 
 #include "sound/engine_stage.hpp"
 
+#include <functional>
 #include <gmock/gmock.h>
 
 namespace dravik::test {
@@ -76,25 +77,117 @@ TEST_F(Engine, WithoutAThreadNothingPlaysUntilItIsEnded) {
   EXPECT_THAT(heard(), ElementsAre(2));
 }
 
-TEST_F(Engine, BeforeAndAfterItsLifeCallsDoNothing) {
-  const std::string path = sound(1);
-  const auto call_all = [&path] {
-    EXPECT_EQ(play(path), 1);
-    EXPECT_EQ(play(path, 1), 1);
-    EXPECT_EQ(play(std::string(300, 'x')), 1);
+/// Calls without an engine: before it is started, after it was stopped, or after it could not be started.
+class EngineAbsent : public engine_fixture {
+protected:
+  using situation = std::pair<const char *, std::function<void()>>;
+
+  static const std::vector<situation> &situations() {
+    static const std::vector<situation> all = {
+        {"before", [] {}},
+        {"stopped",
+         [] {
+           start();
+           snd_exit();
+         }},
+        {"priority refused",
+         [] {
+           stage.granted_priority = 0;
+           EXPECT_EQ(start(), -1);
+         }},
+        {"no thread",
+         [] {
+           stage.has_no_threads = true;
+           EXPECT_EQ(start(), -1);
+         }},
+    };
+    return all;
+  }
+
+  /// What a direct player plays now.
+  std::vector<int> heard_directly() const {
+    alsa.writes.clear();
+    EXPECT_EQ(pcm_playback(sound(9, 2).c_str()), 1);
+    return heard();
+  }
+};
+
+TEST_F(EngineAbsent, StopAllStopsDirectPlayersUntilTheNextRequest) {
+  for (const auto &[name, arrive] : situations()) {
+    arrive();
+    EXPECT_THAT(heard_directly(), ElementsAre(9, 9)) << name;
+    EXPECT_EQ(snd_stopall(), 0) << name;
+    EXPECT_THAT(heard_directly(), IsEmpty()) << name;
+    EXPECT_EQ(play(sound(1)), 1) << name;
+    EXPECT_THAT(heard_directly(), ElementsAre(9, 9)) << name;
+  }
+}
+
+TEST_F(EngineAbsent, StopAllStopsTheDirectPlayerInProgress) {
+  alsa.on_write = [] {
+    alsa.on_write = nullptr;
     EXPECT_EQ(snd_stopall(), 0);
-    EXPECT_EQ(get_snd_thread_state(), 0U);
-    snd_exit();
   };
-  call_all();
-  EXPECT_EQ(pcm_playback(path.c_str()), 1); // nobody asked it to stop
-  EXPECT_THAT(heard(), ElementsAre(1));
-  start();
+  EXPECT_EQ(pcm_playback(sound(3, 5).c_str()), 1);
+  EXPECT_THAT(heard(), ElementsAre(3));
+}
+
+TEST_F(EngineAbsent, StoppingRequestStopsAndReleasesDirectPlayers) {
+  stage.callers.close();
+  std::thread other{[this] {
+    announce_lock();
+    EXPECT_EQ(play(sound(1), 1), 1);
+  }};
+  stage.callers.await(1); // the flag is set, the mutex not yet taken
+  EXPECT_THAT(heard_directly(), IsEmpty());
+  stage.callers.open();
+  other.join();
+  EXPECT_THAT(heard_directly(), ElementsAre(9, 9));
+}
+
+TEST_F(EngineAbsent, StopAllReturnsResultOfUnlocking) {
+  int32_t result = 0;
+  std::thread{[&result] {
+    set_unlock_result(77);
+    result = snd_stopall();
+  }}.join();
+  EXPECT_EQ(result, 77);
+}
+
+TEST_F(EngineAbsent, RequestsAreLoggedButNotQueued) {
+  const std::string path = sound(1);
+  for (const auto &[name, arrive] : situations()) {
+    arrive();
+    board_.remove("tmp/dravik.log");
+    EXPECT_EQ(play(path), 1) << name;
+    EXPECT_EQ(play(path, 1), 1) << name;
+    EXPECT_EQ(get_snd_thread_state(), 0U) << name;
+    const std::string line = "snd_play_direct():" + path;
+    EXPECT_THAT(log_messages(board_.path("tmp/dravik.log")), ElementsAre(line, line)) << name;
+    EXPECT_THAT(heard(), IsEmpty()) << name;
+  }
+}
+
+TEST_F(EngineAbsent, RequestsBeforeTheStartAreNotPlayedAfterIt) {
+  play(sound(1));
+  play(sound(2));
+  EXPECT_EQ(start(), 1);
+  play(sound(3));
+  await_served(1);
+  EXPECT_THAT(heard(), ElementsAre(3));
+}
+
+TEST_F(EngineAbsent, TooLongPathIsRejectedWhole) {
+  EXPECT_EQ(snd_stopall(), 0);
+  EXPECT_EQ(play(std::string(256, 'x')), 1);
+  EXPECT_THAT(heard_directly(), IsEmpty()); // still stopped
+  EXPECT_THAT(messages(), ElementsAre("snd_play_direct():path of 256 characters, at most 255 are possible"));
+}
+
+TEST_F(EngineAbsent, ExitDoesNothing) {
   snd_exit();
-  call_all();
-  EXPECT_EQ(pcm_playback(path.c_str()), 1);
-  EXPECT_THAT(heard(), ElementsAre(1, 1));
-  EXPECT_FALSE(board_.exists("tmp/dravik.log"));
+  EXPECT_THAT(stage.calls, IsEmpty());
+  EXPECT_THAT(heard_directly(), ElementsAre(9, 9));
 }
 
 TEST_F(Engine, RequestIsToldAndPausedAfter) {
@@ -308,7 +401,7 @@ TEST_F(Engine, RequestThatComesTooLateIsNotQueued) {
   snd_exit();
   stage.callers.open();
   late.join();
-  EXPECT_FALSE(board_.exists("tmp/dravik.log"));
+  EXPECT_EQ(stage.pauses_us.size(), 1U);        // of the end alone
   EXPECT_EQ(pcm_playback(sound(2).c_str()), 1); // the player was not left stopped
   EXPECT_THAT(heard(), ElementsAre(2));
 }
