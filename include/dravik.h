@@ -740,10 +740,9 @@ DRAVIK_API int32_t set_snd_param(uint32_t size) DRAVIK_NOEXCEPT;
 /**
  * Play an MP3 file on the calling thread, to its end or until the engine is told to stop.
  *
- * The file must be writable: it is opened for reading and writing. It is read into memory whole. Bad frames
- * are told in the event log and skipped; the decoder passes over a last frame with nothing behind it. A
- * request to stop is looked at after each good frame: among garbage, only the next good frame or the end of
- * the file ends the call.
+ * The file is opened for reading and writing, so it must be writable, and is read into memory as a whole.
+ * Corrupt frames are logged and skipped. The decoder skips a last frame with no data after it. Stop requests
+ * are checked after each frame, valid or corrupt.
  * @param path  the file
  * @return 0; 1 when it cannot be opened, memory is short or the device cannot be set up (then the file, its
  * memory and the device stay in use, for good); 2 when it is empty or its status cannot be read (then it

@@ -61,12 +61,12 @@ mad_flow mp3_output_cb(void *, const mad_header *, mad_pcm *pcm) noexcept {
   return MAD_FLOW_CONTINUE;
 }
 
-/// A bad frame is told and skipped.
+/// Log and skip a corrupt frame. Stop requests are checked here too: corrupt data may never reach the output.
 mad_flow mp3_error_cb(void *data, mad_stream *stream, mad_frame *) noexcept {
   const mp3_buffer &file = *static_cast<const mp3_buffer *>(data);
   log_printf("mad_flow error: decoding  0x%04x (%s) at byte offset %u", static_cast<unsigned>(stream->error),
              mad_stream_errorstr(stream), static_cast<unsigned>(stream->this_frame - file.start));
-  return MAD_FLOW_CONTINUE;
+  return is_stop_requested() ? MAD_FLOW_STOP : MAD_FLOW_CONTINUE;
 }
 
 void decode(mp3_buffer file) noexcept {

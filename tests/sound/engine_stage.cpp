@@ -4,6 +4,7 @@
 #include "support/next_call.hpp"
 
 #include <cerrno>
+#include <mad.h>
 #include <optional>
 #include <semaphore.h>
 #include <unistd.h>
@@ -73,7 +74,7 @@ engine_fixture::engine_fixture() {
 }
 
 engine_fixture::~engine_fixture() {
-  for (gate *one : {&stage.wake_ups, &stage.writes, &stage.pauses, &stage.callers})
+  for (gate *one : {&stage.wake_ups, &stage.writes, &stage.errors, &stage.pauses, &stage.callers})
     one->open();
   snd_exit();
 }
@@ -125,6 +126,12 @@ int sem_wait(sem_t *semaphore) {
   const int result = next(semaphore);
   stage.wake_ups.pass();
   return result;
+}
+
+const char *mad_stream_errorstr(const mad_stream *stream) {
+  static const auto next = next_call<const char *(const mad_stream *)>("mad_stream_errorstr");
+  stage.errors.pass();
+  return next(stream);
 }
 
 int usleep(useconds_t microseconds) {

@@ -42,6 +42,7 @@ struct engine_stage {
   gate idle;     ///< about to wait for a request
   gate wake_ups; ///< a request came; the mutex is not taken yet
   gate writes;   ///< frames on their way to the device
+  gate errors;   ///< of the MP3 decoder, one for each corrupt frame
   gate pauses;
   gate callers; ///< about to take the mutex, when they said so before
 

@@ -132,6 +132,12 @@ TEST_F(EngineAbsent, StopAllStopsTheDirectPlayerInProgress) {
   EXPECT_THAT(heard(), ElementsAre(3));
 }
 
+TEST_F(EngineAbsent, GarbageIsDecodedToItsEndWithoutAStop) {
+  board_.write("garbage.mp3", std::string(1000, '\xFF'));
+  EXPECT_EQ(mp3_playback(board_.path("garbage.mp3").c_str()), 0);
+  EXPECT_GT(stage.errors.arrivals(), 100);
+}
+
 TEST_F(EngineAbsent, StoppingRequestStopsAndReleasesDirectPlayers) {
   stage.callers.close();
   std::thread other{[this] {
@@ -377,6 +383,21 @@ TEST_F(EngineInProgress, StopAllEndsTheSound) {
   play(sound(2));
   await_served(2);
   EXPECT_THAT(heard(), ElementsAre(1, 2));
+}
+
+TEST_F(EngineInProgress, StopAllIsHeardAmongGarbage) {
+  start();
+  stage.errors.close();
+  stage.pauses.close();
+  board_.write("garbage.mp3", std::string(1 << 20, '\xFF'));
+  play(board_.path("garbage.mp3"));
+  stage.errors.await(1);
+  call([] { EXPECT_EQ(snd_stopall(), 0); });
+  stage.errors.open();
+  stage.pauses.await(1);
+  EXPECT_EQ(stage.errors.arrivals(), 1);
+  EXPECT_EQ(alsa.calls.back(), "close pcm");
+  end_pause();
 }
 
 TEST_F(EngineInProgress, ExitLetsTheSoundEnd) {
