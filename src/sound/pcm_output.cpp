@@ -2,11 +2,13 @@
 
 #include "sound/pcm_output.hpp"
 #include "dravik.h"
+#include "sound/engine.hpp"
 
 #include <algorithm>
 #include <alsa/asoundlib.h>
 #include <cerrno>
 #include <cstdio>
+#include <unistd.h>
 
 extern "C" {
 constinit struct _snd_pcm *h_snd_playback = nullptr;
@@ -21,6 +23,7 @@ namespace {
 
 constexpr unsigned rate_hz = 48000;
 constexpr int wait_ms = 1000;
+constexpr useconds_t retry_pause_us = 10000;
 
 /// Times in microseconds, 32 bits wide: those of long sounds wrap, and the device bounds them.
 struct buffer_times {
@@ -166,6 +169,30 @@ int32_t recover_draining(int32_t capture) noexcept {
   return -1;
 }
 
+/// After a failed recovery: pause, since the thread has real-time priority. Return false if playback is to
+/// stop.
+bool may_retry() noexcept {
+  if (is_stop_requested())
+    return false;
+  ::usleep(retry_pause_us);
+  return true;
+}
+
+/// Recover from a write that did not take all frames. Return false if the write is to end.
+bool recover(snd_pcm_sframes_t result) noexcept {
+  if (result == -EPIPE) {
+    log_printf("pcm_write: -EPIPE!!");
+    return xrun_recovery(0) >= 0 || may_retry();
+  }
+  if (result < 0 && result != -EAGAIN) {
+    log_printf("write error: %s", snd_strerror(static_cast<int>(result)));
+    log_printf("%s", write_failure_name(result));
+    return false;
+  }
+  const bool is_ready = snd_pcm_wait(h_snd_playback, wait_ms) >= 0;
+  return is_ready || result > 0 || may_retry();
+}
+
 } // namespace
 
 int32_t pcm_write(uint32_t frames, const uint8_t *data) noexcept {
@@ -174,18 +201,8 @@ int32_t pcm_write(uint32_t frames, const uint8_t *data) noexcept {
   uint32_t remaining = frames;
   while (remaining > 0) {
     const snd_pcm_sframes_t result = snd_pcm_writei(h_snd_playback, data, remaining);
-    if (result == -EPIPE) {
-      log_printf("pcm_write: -EPIPE!!");
-      xrun_recovery(0);
-      continue;
-    }
-    if (result < 0 && result != -EAGAIN) {
-      log_printf("write error: %s", snd_strerror(static_cast<int>(result)));
-      log_printf("%s", write_failure_name(result));
+    if (result < static_cast<snd_pcm_sframes_t>(remaining) && !recover(result))
       return -1;
-    }
-    if (result < static_cast<snd_pcm_sframes_t>(remaining))
-      snd_pcm_wait(h_snd_playback, wait_ms);
     if (result <= 0)
       continue;
     const uint32_t taken = std::min(static_cast<uint32_t>(result), remaining);

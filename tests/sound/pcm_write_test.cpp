@@ -8,9 +8,17 @@
 
 #include <alsa/asoundlib.h>
 #include <cerrno>
+#include <functional>
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 namespace dravik::test {
+
+/// The pauses of the writer, which take no time here.
+static std::vector<unsigned> pauses_us;
+/// Called in each of them.
+static std::function<void()> on_pause;
+
 namespace {
 
 using sound::pcm_write;
@@ -23,6 +31,8 @@ class PcmWrite : public testing::Test {
 protected:
   PcmWrite() : data_(4096) {
     reset_alsa();
+    pauses_us.clear();
+    on_pause = nullptr;
     snd_pcm_open(&h_snd_playback, "", SND_PCM_STREAM_PLAYBACK, 0);
     alsa.calls.clear();
     bits_per_frame = 32;
@@ -109,6 +119,7 @@ TEST_F(PcmWrite, FailedWaitingIsNotLookedAt) {
   alsa.results["wait"] = -EPIPE;
   EXPECT_EQ(write(6), 6);
   EXPECT_THAT(alsa.calls, ElementsAre("writei pcm 6", "wait pcm 1000", "writei pcm 4"));
+  EXPECT_THAT(pauses_us, IsEmpty()); // frames were taken
 }
 
 TEST_F(PcmWrite, UnderrunIsMendedAndTheSameFramesRepeated) {
@@ -153,6 +164,72 @@ TEST_F(PcmWrite, DrainingStreamIsNotPrepared) {
   EXPECT_THAT(alsa.calls, ElementsAre("writei pcm 6", "status pcm status", "writei pcm 6"));
   EXPECT_THAT(messages(), ElementsAre("pcm_write: -EPIPE!!", "draining!!!"));
 }
+
+TEST_F(PcmWrite, SuccessfulRecoveriesDoNotPause) {
+  alsa.write_results = {2, -EPIPE, 0, -EAGAIN, -EPIPE};
+  EXPECT_EQ(write(6), 6);
+  EXPECT_THAT(pauses_us, IsEmpty());
+}
+
+/// A device that takes nothing, and whose recovery fails.
+struct dead_device {
+  const char *name;
+  long write_result;
+  const char *failing_call;
+};
+
+void PrintTo(const dead_device &device, std::ostream *stream) {
+  *stream << device.name;
+}
+
+class PcmWriteDeadDevice : public PcmWrite, public testing::WithParamInterface<dead_device> {
+protected:
+  PcmWriteDeadDevice() { alsa.results[GetParam().failing_call] = -ENODEV; }
+
+  static void fail_writes(size_t count) { alsa.write_results.assign(count, GetParam().write_result); }
+};
+
+TEST_P(PcmWriteDeadDevice, IsRetriedWithAPauseEach) {
+  fail_writes(500);
+  EXPECT_EQ(write(6), 6);
+  EXPECT_EQ(alsa.count("writei pcm 6"), 501U);
+  EXPECT_EQ(pauses_us, std::vector<unsigned>(500, 10000));
+}
+
+TEST_P(PcmWriteDeadDevice, IsLeftByAStop) {
+  fail_writes(100);
+  on_pause = [] {
+    if (pauses_us.size() == 3)
+      snd_stopall();
+  };
+  EXPECT_EQ(write(6), -1);
+  EXPECT_EQ(alsa.writes.size(), 4U);
+  EXPECT_EQ(pauses_us.size(), 3U);
+}
+
+TEST_P(PcmWriteDeadDevice, IsLeftAtTheFirstFailedRecoveryAfterAStop) {
+  fail_writes(100);
+  snd_stopall();
+  EXPECT_EQ(write(6), -1);
+  EXPECT_EQ(alsa.writes.size(), 1U);
+  EXPECT_THAT(pauses_us, IsEmpty());
+}
+
+TEST_P(PcmWriteDeadDevice, IsNotLeftWhileRecoverySucceeds) {
+  alsa.results.clear();
+  fail_writes(5);
+  snd_stopall();
+  EXPECT_EQ(write(6), 6);
+  EXPECT_EQ(alsa.writes.size(), 6U);
+  EXPECT_THAT(pauses_us, IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, PcmWriteDeadDevice,
+                         testing::Values(dead_device{"NoPrepare", -EPIPE, "prepare"},
+                                         dead_device{"NoStatus", -EPIPE, "status"},
+                                         dead_device{"NoWait", -EAGAIN, "wait"},
+                                         dead_device{"NothingTakenNoWait", 0, "wait"}),
+                         [](const auto &device) { return device.param.name; });
 
 TEST_F(PcmWrite, OtherFailuresEndTheWrite) {
   const struct {
@@ -243,3 +320,10 @@ TEST_F(XrunRecovery, OtherStatesCanGoOn) {
 
 } // namespace
 } // namespace dravik::test
+
+extern "C" int usleep(useconds_t microseconds) {
+  dravik::test::pauses_us.push_back(microseconds);
+  if (dravik::test::on_pause)
+    dravik::test::on_pause();
+  return 0;
+}
