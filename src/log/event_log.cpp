@@ -62,6 +62,18 @@ void write_stamp(std::FILE *file) noexcept {
                static_cast<unsigned long>(microseconds));
 }
 
+/// Write the message and return its length, also if the disk is full: the stream then reports the failed
+/// write of a long message instead.
+DRAVIK_PRINTF(2, 0) int write_message(std::FILE *file, const char *format, va_list arguments) noexcept {
+  va_list again;
+  va_copy(again, arguments);
+  int count = std::vfprintf(file, format, arguments);
+  if (count < 0)
+    count = std::vsnprintf(nullptr, 0, format, again);
+  va_end(again);
+  return count;
+}
+
 DRAVIK_PRINTF(1, 0) int write_line(const char *format, va_list arguments) noexcept {
   const mutex_lock one_line_at_a_time{log_mutex};
   if (is_full())
@@ -78,7 +90,7 @@ DRAVIK_PRINTF(1, 0) int write_line(const char *format, va_list arguments) noexce
     write_banner(file.get());
   }
   write_stamp(file.get());
-  const int count = std::vfprintf(file.get(), format, arguments);
+  const int count = write_message(file.get(), format, arguments);
   std::fputc('\n', file.get());
   return count;
 }

@@ -5,6 +5,8 @@
 #include "support/board.hpp"
 #include "support/log_lines.hpp"
 
+#include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
@@ -21,6 +23,7 @@ struct {
   std::vector<timeval> clock; ///< readings to give; real ones when they are used up
   size_t clock_reads = 0, stats = 0, opens = 0, closes = 0;
   std::string modes;
+  bool disk_is_full = false;
 } system_calls;
 
 template <class Function> Function *next_definition(const char *name) {
@@ -32,6 +35,17 @@ bool is_log(const char *path) {
 }
 
 std::FILE *log_stream = nullptr;
+
+ssize_t write_to_full_disk(void *, const char *, size_t) {
+  errno = ENOSPC;
+  return 0;
+}
+
+std::FILE *open_on_full_disk() {
+  cookie_io_functions_t calls = {};
+  calls.write = write_to_full_disk;
+  return ::fopencookie(nullptr, "a", calls);
+}
 
 } // namespace
 
@@ -51,7 +65,9 @@ int stat(const char *__restrict path, struct stat *__restrict to) noexcept {
 }
 
 FILE *fopen(const char *__restrict path, const char *__restrict mode) {
-  std::FILE *file = next_definition<FILE *(const char *, const char *)>("fopen")(path, mode);
+  std::FILE *file = is_log(path) && system_calls.disk_is_full
+                        ? open_on_full_disk()
+                        : next_definition<FILE *(const char *, const char *)>("fopen")(path, mode);
   if (is_log(path)) {
     ++system_calls.opens;
     system_calls.modes += mode;
@@ -211,6 +227,31 @@ TEST_F(EventLogClock, FailedOpenLeavesNothingToClose) {
   EXPECT_EQ(system_calls.clock_reads, 0U);
   log_printf("lost");
   EXPECT_EQ(system_calls.opens, 2U);
+}
+
+class EventLogFullDisk : public EventLogClock {
+protected:
+  EventLogFullDisk() { system_calls.disk_is_full = true; }
+};
+
+TEST_F(EventLogFullDisk, ReturnsLengthOfTheMessage) {
+  for (const int length : {1, 500, 950, 1000, 1023, 1024, 1025, 5000, 200000}) {
+    const std::string message(static_cast<size_t>(length), 'm');
+    EXPECT_EQ(log_printf("%s", message.c_str()), length);
+    EXPECT_EQ(log_printf("<%d %s %.2f>", 12345, message.c_str(), 1.5), length + 13);
+  }
+}
+
+TEST_F(EventLogFullDisk, ReturnsNegativeForAMessageThatCannotBeFormatted) {
+  const wchar_t surrogate[] = {static_cast<wchar_t>(0xD800), 0};
+  EXPECT_LT(log_printf("%5000d %ls", 1, surrogate), 0);
+}
+
+TEST_F(EventLogFullDisk, NextMessageIsKeptOnceThereIsSpace) {
+  log_printf("%5000d", 1);
+  system_calls.disk_is_full = false;
+  EXPECT_EQ(log_printf("kept"), 4);
+  EXPECT_EQ(log_messages(board_.path("tmp/dravik.log")), std::vector<std::string>{"kept"});
 }
 
 TEST_F(EventLogClock, ManyCallsLeaveNoDescriptorOpen) {
