@@ -3,6 +3,7 @@
 #include "art_fixture.hpp"
 
 #include <cmath>
+#include <sys/stat.h>
 #include <zlib.h>
 
 using namespace dravik;
@@ -129,6 +130,40 @@ TEST_F(ArtPack, RefusesAFolderAsItsPlace) {
   write_picture("a.png", make_picture(1, 1, [](uint32_t, uint32_t) { return opaque(255); }));
   std::filesystem::create_directory(at("out"));
   expect_refusal({"pack", "out", "a.png"}, 1, "out: not a regular file, not replaced");
+}
+
+TEST_F(ArtPack, RejectsPicturesThatAreNotRegularFiles) {
+  ASSERT_EQ(::mkfifo(at("pipe.png").c_str(), 0600), 0);
+  std::filesystem::create_directory(at("folder.png"));
+  const std::string message = ": not a regular file"; // and neither waits for a writer of the pipe
+  const auto reject = [&](const std::string &name) {
+    const run_result result = run({"pack", "out.q7", name});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "dravik-art: " + name + message + "\n");
+    EXPECT_FALSE(std::filesystem::exists(at("out.q7")));
+  };
+  for (const char *name : {"pipe.png", "folder.png", "/dev/zero"})
+    reject(name);
+}
+
+TEST_F(ArtPack, RejectsAPipeAsItsPlace) {
+  write_picture("a.png", make_picture(1, 1, [](uint32_t, uint32_t) { return opaque(255); }));
+  ASSERT_EQ(::mkfifo(at("pipe").c_str(), 0600), 0);
+  const run_result result = run({"pack", "pipe", "a.png"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.err, "dravik-art: pipe: not a regular file, not replaced\n");
+}
+
+TEST_F(ArtPack, FilesHavePermissionsByTheUmask) {
+  write_picture("a.png", make_picture(1, 1, [](uint32_t, uint32_t) { return opaque(255); }));
+  const auto mode_under = [&](const std::string &mask) {
+    std::filesystem::remove(at("out.q7"));
+    EXPECT_EQ(
+        run_program({"sh", "-c", "umask " + mask + "; exec \"$0\" pack out.q7 a.png", DRAVIK_ART}).status, 0);
+    return static_cast<unsigned>(std::filesystem::status(at("out.q7")).permissions());
+  };
+  EXPECT_EQ(mode_under("022"), 0644U);
+  EXPECT_EQ(mode_under("027"), 0640U);
 }
 
 TEST_F(ArtPack, RefusesAPlaceInAMissingFolder) {

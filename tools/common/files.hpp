@@ -1,5 +1,7 @@
-// Files that are read whole, and files that appear whole or not at all.
+// Files that are read as a whole, and files that appear complete or not at all.
 #pragma once
+
+#include "base/unique_file.hpp"
 
 #include <cstdint>
 #include <span>
@@ -9,34 +11,47 @@
 
 namespace dravik::tools {
 
-/// "path: " and the reason that errno gives.
+/// "path: " and the text of errno.
 std::string system_error(const std::string &path);
 
-/// Reads a regular file of at most 4 GiB. On failure gives false and says why in `error`.
+/// Open a regular file for reading. On failure returns null and sets `error`: devices and pipes are rejected
+/// without being opened, so that no name can block a tool.
+unique_file open_regular(const std::string &path, std::string &error);
+
+/// Read a regular file of at most 4 GiB. On failure returns false and sets `error`.
 [[nodiscard]] bool read_file(const std::string &path, std::vector<uint8_t> &into, std::string &error);
 
-/// Whether a file may be written under this name: there is none, or it is empty or begins with `magic`. A
-/// slip in the arguments must not cost anybody a drawing.
+/// Whether a file may be written under this name: it does not exist, is empty, or begins with `magic`. On
+/// failure returns false and sets `error`. Protects drawings from a slip in the arguments.
 [[nodiscard]] bool may_replace(const std::string &path, std::string_view magic, std::string &error);
 
-/// A name beside `path`, of this process, for what is not finished.
-std::string unfinished_name(const std::string &path);
+/// Create an empty directory of a unique name next to `path`, with permissions by the umask. On failure
+/// returns an empty name and sets `error`.
+std::string make_unfinished_directory(const std::string &path, std::string &error);
 
-/// A file that is written beside its place and takes its name at once when all is well.
+/// A file that is written under a unique name next to its own, which it takes when it is complete.
 class pending_file {
 public:
   explicit pending_file(std::string path) : path_(std::move(path)) {}
   pending_file(const pending_file &) = delete;
   pending_file &operator=(const pending_file &) = delete;
-  /// Removes what was not committed.
+  /// Removes the file unless it was committed.
   ~pending_file();
 
-  [[nodiscard]] bool write(std::span<const uint8_t> bytes, std::string &error);
-  [[nodiscard]] bool commit(std::string &error);
+  // On failure each returns false and sets `error`.
+  [[nodiscard]] bool open(std::string &error);
+  [[nodiscard]] bool close(std::string &error);
+  [[nodiscard]] bool write(std::span<const uint8_t> bytes, std::string &error); ///< open, write, close
+  [[nodiscard]] bool commit(std::string &error);                                ///< once closed
+
+  std::FILE *stream() noexcept { return stream_.get(); }
 
 private:
+  bool failed(std::string &error) const; ///< false, with errno in `error`
+
   std::string path_;
   std::string unfinished_; ///< empty while there is no such file
+  unique_file stream_;
 };
 
 } // namespace dravik::tools

@@ -74,11 +74,9 @@ std::string numbered_name(uint32_t index, uint32_t count) {
 /// Fills a new folder beside its place, and gives it its name when all pictures are in it.
 bool write_folder(const std::string &folder, const archive &from, const picture_maker &make,
                   std::string &error) {
-  const std::string unfinished = tools::unfinished_name(folder);
-  if (::mkdir(unfinished.c_str(), 0777) != 0) {
-    error = tools::system_error(folder);
+  const std::string unfinished = tools::make_unfinished_directory(folder, error);
+  if (unfinished.empty())
     return false;
-  }
   bool is_done = true;
   for (uint32_t i = 0; i < from.count() && is_done; ++i)
     is_done = png::write(unfinished + "/" + numbered_name(i, from.count()), make(i), error);

@@ -2,19 +2,21 @@
 
 #include "png/png_file.hpp"
 
-#include <cstdio>
+#include "common/files.hpp"
+
 #include <png.h>
-#include <unistd.h>
 
 namespace dravik::png {
 
 namespace {
 
-/// Reads up to the pixels. After success the caller finishes reading, or frees.
-bool begin(const std::string &path, png_image &image, std::string &error) {
+/// Read up to the pixels. After success the caller finishes reading, or frees; `file` stays open until then.
+bool begin(const std::string &path, const unique_file &file, png_image &image, std::string &error) {
   image = {};
   image.version = PNG_IMAGE_VERSION;
-  if (png_image_begin_read_from_file(&image, path.c_str()) == 0) {
+  if (file == nullptr)
+    return false;
+  if (png_image_begin_read_from_stdio(&image, file.get()) == 0) {
     error = path + ": " + image.message;
     return false;
   }
@@ -28,8 +30,9 @@ bool begin(const std::string &path, png_image &image, std::string &error) {
 } // namespace
 
 bool read_size(const std::string &path, size &into, std::string &error) {
+  const unique_file file = tools::open_regular(path, error);
   png_image image;
-  if (!begin(path, image, error))
+  if (!begin(path, file, image, error))
     return false;
   into = {image.width, image.height};
   png_image_free(&image);
@@ -37,8 +40,9 @@ bool read_size(const std::string &path, size &into, std::string &error) {
 }
 
 bool read(const std::string &path, picture &into, std::string &error) {
+  const unique_file file = tools::open_regular(path, error);
   png_image image;
-  if (!begin(path, image, error))
+  if (!begin(path, file, image, error))
     return false;
   image.format = PNG_FORMAT_RGBA;
   image.flags |= PNG_IMAGE_FLAG_16BIT_sRGB; // brightness as seen, whatever the depth
@@ -58,18 +62,14 @@ bool write(const std::string &path, const picture &from, std::string &error) {
   image.width = from.width;
   image.height = from.height;
   image.format = PNG_FORMAT_RGBA;
-  const std::string unfinished = path + ".part";
-  if (png_image_write_to_file(&image, unfinished.c_str(), 0, from.rgba.data(), 0, nullptr) == 0) {
+  tools::pending_file file{path};
+  if (!file.open(error))
+    return false;
+  if (png_image_write_to_stdio(&image, file.stream(), 0, from.rgba.data(), 0, nullptr) == 0) {
     error = path + ": " + image.message;
-    ::unlink(unfinished.c_str());
     return false;
   }
-  if (std::rename(unfinished.c_str(), path.c_str()) != 0) {
-    error = path + ": cannot be replaced";
-    ::unlink(unfinished.c_str());
-    return false;
-  }
-  return true;
+  return file.close(error) && file.commit(error);
 }
 
 } // namespace dravik::png
