@@ -126,6 +126,8 @@ TEST_F(CtlCard, RefusesWordsThatMakeNoSense) {
   expect_misuse({"card", "erase", "--yes"}, "card: 'erase' is none of check, repair, partition, format");
   expect_misuse({"card", "check", "--yes"}, "card: --yes goes with repair, partition and format");
   expect_misuse({"card", "--yes"}, "card: --yes goes with repair, partition and format");
+  expect_misuse({"card", "--force-not-a-board"},
+                "card: --force-not-a-board goes with repair, partition and format");
   expect_misuse({"card", "check", "now"}, "card: too many arguments");
 }
 
@@ -208,6 +210,49 @@ TEST_F(CtlCardRepair, NothingRunsOnALockedCard) {
   board_.clear_events();
   for (const char *how : {"repair", "partition", "format"})
     expect_refusal({"card", how, "--yes"}, 1, "the card is locked");
+  EXPECT_TRUE(board_.events().empty());
+}
+
+constexpr const char *not_a_board =
+    "not a board: neither /dev/ambad nor /proc/ambarella exists; nothing is changed without "
+    "--force-not-a-board";
+
+TEST_F(CtlCardRepair, RejectsAMachineThatIsNotABoard) {
+  board_.remove("dev/ambad");
+  std::filesystem::remove_all(board_.path("proc/ambarella"));
+  for (const char *how : {"repair", "partition", "format"})
+    expect_refusal({"card", how, "--yes"}, 1, not_a_board);
+  EXPECT_TRUE(board_.events().empty());
+}
+
+TEST_F(CtlCardRepair, AcceptsABoardWithOneOfItsTwoMarks) {
+  std::filesystem::remove_all(board_.path("proc/ambarella"));
+  EXPECT_EQ(told({"card", "repair", "--yes"}), "unmount: 0\ncheck: 0\nmount: 0\n");
+}
+
+TEST_F(CtlCardRepair, ForceRunsOnAMachineThatIsNotABoard) {
+  board_.remove("dev/ambad");
+  std::filesystem::remove_all(board_.path("proc/ambarella"));
+  EXPECT_EQ(told({"card", "repair", "--yes", "--force-not-a-board"}), "unmount: 0\ncheck: 0\nmount: 0\n");
+}
+
+TEST_F(CtlCardRepair, ForceStillRequiresYes) {
+  EXPECT_EQ(run({"card", "format", "--force-not-a-board"}).status, 2);
+  EXPECT_TRUE(board_.events().empty());
+}
+
+TEST_F(CtlCardRepair, TreatsAnUnknownLockAsLocked) {
+  board_.remove("proc/modules");
+  for (const char *how : {"repair", "partition", "format"})
+    expect_refusal({"card", how, "--yes"}, 1, "the GPIO driver does not tell whether the card is locked");
+  EXPECT_TRUE(board_.events().empty());
+}
+
+TEST_F(CtlCardRepair, ForceDoesNotOverrideALock) {
+  put_in_again(sim::card_lock::on);
+  board_.clear_events();
+  for (const char *how : {"repair", "partition", "format"})
+    expect_refusal({"card", how, "--yes", "--force-not-a-board"}, 1, "the card is locked");
   EXPECT_TRUE(board_.events().empty());
 }
 

@@ -9,6 +9,7 @@
 #include <array>
 #include <cstdio>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace dravik::ctl {
 namespace {
@@ -16,7 +17,7 @@ namespace {
 constexpr std::string_view card_help =
     R"(dravik-ctl card
 dravik-ctl card check
-dravik-ctl card repair|partition|format --yes
+dravik-ctl card repair|partition|format --yes [--force-not-a-board]
 
 Tells of the memory card. check also ends with status 1, and says what is wrong, unless the card is healthy: there,
 not locked, partitioned, and mounted as a writable FAT32 file system.
@@ -25,6 +26,9 @@ repair unmounts the card, repairs its file system, and mounts it again: stop rec
 partition and format DESTROY WHAT THE CARD HOLDS, and reboot the board: partition writes a new partition table with one
 FAT32 partition, format makes a new file system in it. The library does not know whether they succeed: look with check
 afterwards. The restart may come before they tell anything.
+
+These three require a board, that is /dev/ambad or /proc/ambarella, and a card that is known not to be write-protected.
+--force-not-a-board runs them elsewhere, where /dev/mmcblk0 may be the machine's own disk.
 
 Tells: present, locked (null when the GPIO driver does not tell), partitioned, mounted, fat32, writable, healthy,
 status (the library's byte), sectors of 512 bytes and size_mib of the card; file_system_mib and free_mib, null when it
@@ -36,7 +40,8 @@ Examples:
   dravik-ctl card repair --yes
 )";
 
-constexpr option_rule card_options[] = {{"--yes", false}};
+constexpr std::string_view not_a_board = "--force-not-a-board";
+constexpr option_rule card_options[] = {{"--yes", false}, {not_a_board, false}};
 
 constexpr const char *repair_record = "/tmp/debugfs";
 constexpr uint32_t smallest_card_sectors = 2048;
@@ -58,7 +63,6 @@ struct card_state {
   int32_t size_mib = 0;
 
   bool has(status_bit bit) const { return (status & bit) != 0; }
-  bool is_locked() const { return knows_lock && has(locked); }
 };
 
 card_state look_at_card() {
@@ -143,13 +147,27 @@ outcome format(value::fields &report) {
   return outcome::done;
 }
 
-/// What changes the card: only when that is meant, and when there is one that can be written.
-outcome change(const std::string &how, bool is_meant, value::fields &report, std::string &error) {
-  if (!is_meant)
+/// On another machine /dev/mmcblk0 is that machine's own disk.
+bool is_board() {
+  return ::access("/dev/ambad", F_OK) == 0 || ::access("/proc/ambarella", F_OK) == 0;
+}
+
+/// A card whose switch cannot be read may be locked; only a machine that is not a board has no switch.
+bool may_write(const card_state &card, bool is_forced) {
+  return card.has(present) && (!card.has(locked) || (is_forced && !card.knows_lock));
+}
+
+/// Change the card: only if that is meant, on a board, and if there is a card that can be written.
+outcome change(const std::string &how, const command_line &given, value::fields &report, std::string &error) {
+  const bool is_forced = given.has(not_a_board);
+  if (!given.has("--yes"))
     return misused(error, how + (how == "repair" ? " unmounts the card" : " destroys what the card holds") +
                               ": say --yes if you mean it");
+  if (!is_forced && !is_board())
+    return failed(error, "not a board: neither /dev/ambad nor /proc/ambarella exists; nothing is changed "
+                         "without --force-not-a-board");
   const card_state card = look_at_card();
-  if (!card.has(present) || card.is_locked())
+  if (!may_write(card, is_forced))
     return failed(error, what_is_wrong(card));
   if (how == "partition")
     return partition(card, report, error);
@@ -162,11 +180,12 @@ outcome card(const command_line &given, value::fields &report, std::string &erro
   constexpr std::string_view changes[] = {"repair", "partition", "format"};
   const std::string word = given.operands().empty() ? "" : given.operands()[0];
   if (std::ranges::count(changes, word) != 0)
-    return change(word, given.has("--yes"), report, error);
+    return change(word, given, report, error);
   if (!word.empty() && word != "check")
     return misused(error, "'" + word + "' is none of check, repair, partition, format");
-  if (given.has("--yes"))
-    return misused(error, "--yes goes with repair, partition and format");
+  for (const option_rule &option : card_options)
+    if (given.has(option.name))
+      return misused(error, std::string{option.name} + " goes with repair, partition and format");
   const card_state state = look_at_card();
   report = told(state);
   if (word == "check" && !state.is_healthy)
