@@ -94,6 +94,10 @@ extern DRAVIK_API uint8_t image_buffer[307200];
  *
  * Call it once, before any drawing. A second call opens and maps again and releases nothing of the first.
  *
+ * After it, applications for unknown devices must check that
+ * `fbinfo[FBINFO_LINE_LENGTH] * fbinfo[FBINFO_YRES] <= fbinfo[FBINFO_SCREEN_SIZE]`: otherwise, with padded
+ * lines, the mapping ends before the last line, and drawing there is a segmentation fault.
+ *
  * Each failure writes one line to standard error and ends the process with status 1:
  * "error cannot open framebuffer device." (the descriptor is 0), "error reading fixed info" (also when the
  * device cannot be opened at all), "error reading var info" and "error: failed to map framebuffer device to

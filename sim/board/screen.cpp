@@ -6,8 +6,6 @@
 namespace dravik::sim {
 namespace {
 
-constexpr uint32_t longest_side = 16384;
-
 constexpr uint32_t bytes_of(uint32_t pixels, uint32_t bits) noexcept {
   return static_cast<uint32_t>((uint64_t{pixels} * bits + 7) / 8);
 }

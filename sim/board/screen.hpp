@@ -8,6 +8,8 @@ namespace dravik::sim {
 
 /// Sizes in pixels unless the name says otherwise.
 struct screen {
+  static constexpr uint32_t longest_side = 16384;
+
   uint32_t xres = 640;
   uint32_t yres = 480;
   uint32_t xres_virtual = 640;
@@ -19,6 +21,11 @@ struct screen {
   static screen of_size(uint32_t width, uint32_t height, uint32_t bits = 16) noexcept;
 
   uint64_t memory_bytes() const noexcept { return uint64_t{line_length} * yres_virtual; }
+  /// Length of the mapping that applications compute from the pixels; padding is not in it.
+  uint64_t mapped_bytes() const noexcept {
+    return uint64_t{xres_virtual} * yres_virtual * bits_per_pixel / 8;
+  }
+  bool maps_all_lines() const noexcept { return uint64_t{line_length} * yres <= mapped_bytes(); }
 
   /// Why no device could be so; null for a screen that makes sense.
   const char *nonsense() const noexcept;

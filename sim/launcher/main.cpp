@@ -57,7 +57,7 @@ constexpr command commands[] = {
      "examples:\n"
      "  dravik-sim new desk\n"
      "  dravik-sim new two-buffers --size 320x240 --virtual 320x480\n"
-     "  dravik-sim new padded --size 800x480 --line-length 2048\n"},
+     "  dravik-sim new padded --size 800x480 --virtual 1024x480\n"},
     {"run", run_command,
      "usage: dravik-sim run BOARD -- APP [ARGUMENT ...]\n"
      "\n"

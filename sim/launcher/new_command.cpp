@@ -2,35 +2,17 @@
 
 #include "board/board_directory.hpp"
 #include "board/card.hpp"
+#include "board/host_fonts.hpp"
 #include "board/host_tool.hpp"
 #include "board/settings_text.hpp"
 #include "launcher/commands.hpp"
 
+#include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <optional>
-#include <zlib.h>
 
 namespace dravik::sim {
 namespace {
-
-namespace files = std::filesystem;
-
-constexpr const char *console_fonts = "/usr/share/consolefonts";
-
-/// A font of the host under the name that the library looks for.
-struct smooth_font {
-  const char *name;
-  const char *source;
-  const char *package;
-};
-
-/// Of the two files of fonts-droid-fallback this is the one with all Korean syllables.
-constexpr smooth_font smooth_fonts[] = {
-    {"arial.ttf", "/usr/share/fonts/truetype/liberation/LiberationSans-Regular.ttf", "fonts-liberation"},
-    {"DroidSansFallback.ttf", "/usr/share/fonts-droid-fallback/truetype/DroidSansFallback.ttf",
-     "fonts-droid-fallback"},
-};
 
 bool read_size(std::string_view text, uint32_t &width, uint32_t &height) {
   const size_t cross = text.find('x');
@@ -92,55 +74,38 @@ screen screen_of(const wishes &wished) {
   return shown;
 }
 
-/// The contents of a gzip file; empty when it is none.
-std::string unpacked(const std::string &path) {
-  std::string text;
-  gzFile file = ::gzopen(path.c_str(), "rb");
-  char block[16384];
-  int count = 0;
-  while (file != nullptr && (count = ::gzread(file, block, sizeof block)) > 0)
-    text.append(block, static_cast<size_t>(count));
-  ::gzclose(file);
-  return count < 0 ? "" : text;
-}
-
-std::string font_directory(const std::string &board) {
-  return board + "/usr/local/dravik/font/";
-}
-
-/// Fonts are an extra: a host without them makes a board without them.
-bool add_console_fonts(const std::string &board, std::string &error) {
-  std::error_code code;
-  for (files::directory_iterator entry{console_fonts, code}; !code && entry != files::directory_iterator{};
-       entry.increment(code)) {
-    const files::path name = entry->path().filename();
-    if (!name.string().ends_with(".psf.gz"))
-      continue;
-    const std::string target = font_directory(board) + name.stem().string();
-    if (!write_file(target, unpacked(entry->path().string()), error))
-      return false;
-  }
-  return true;
-}
-
-/// Adds what this host does not have to the text.
-bool add_smooth_fonts(const std::string &board, std::string &lacking, std::string &error) {
-  for (const smooth_font &font : smooth_fonts) {
-    std::string contents;
-    if (!read_file(font.source, contents, error))
-      lacking += std::string{lacking.empty() ? "" : ", "} + font.name + " (package " + font.package + ")";
-    else if (!write_file(font_directory(board) + font.name, contents, error))
-      return false;
-  }
-  return true;
-}
-
-/// A card is an extra as well.
-bool add_card(const std::string &board, uint32_t mebibytes, std::string &lacking, std::string &error) {
+/// A card is an extra: a host without its tools makes a board without one.
+bool add_card(const std::string &board, uint32_t mebibytes, std::string &missing, std::string &error) {
   if (mebibytes == 0)
     return true;
-  lacking = lacking_card_tools();
-  return !lacking.empty() || make_card(board, mebibytes, error);
+  missing = lacking_card_tools();
+  return !missing.empty() || make_card(board, mebibytes, error);
+}
+
+void warn(const std::string &message) {
+  std::fprintf(stderr, "dravik-sim: new: warning: %s\n", message.c_str());
+}
+
+void warn_of_missing(const char *effect, const std::string &files) {
+  if (!files.empty())
+    warn(std::string{effect} + ": missing " + files);
+}
+
+/// The geometry in which the mapping holds all lines: the padding counted as pixels, then more lines.
+std::string holding_all_lines(const screen &shown) {
+  const uint32_t width = std::min(shown.line_length * 8 / shown.bits_per_pixel, screen::longest_side);
+  const uint64_t bits_per_line = uint64_t{width} * shown.bits_per_pixel;
+  const uint64_t least = (uint64_t{shown.line_length} * shown.yres * 8 + bits_per_line - 1) / bits_per_line;
+  return std::to_string(width) + "x" + std::to_string(std::max<uint64_t>(least, shown.yres_virtual));
+}
+
+void warn_of_short_mapping(const screen &shown) {
+  if (!shown.maps_all_lines())
+    warn("applications that draw on the last lines crash: the mapping of " +
+         std::to_string(shown.mapped_bytes()) +
+         " bytes does not contain them, as on a real device; use "
+         "--virtual " +
+         holding_all_lines(shown));
 }
 
 bool is_possible_card(uint32_t mebibytes) {
@@ -159,16 +124,15 @@ int new_command(arguments given) {
     return fail(nonsense);
   if (!is_possible_card(wished.card_mebibytes))
     return fail("a card has 64 to 131072 MiB, or 0 when there is to be none");
-  std::string lacking;
-  std::string lacking_for_card;
-  if (!create_board(wished.directory, shown, error) || !add_console_fonts(wished.directory, error) ||
-      !add_smooth_fonts(wished.directory, lacking, error) ||
-      !add_card(wished.directory, wished.card_mebibytes, lacking_for_card, error))
+  missing_fonts fonts;
+  std::string card_tools;
+  if (!create_board(wished.directory, shown, error) || !add_fonts("/", wished.directory, fonts, error) ||
+      !add_card(wished.directory, wished.card_mebibytes, card_tools, error))
     return fail(error);
-  if (!lacking.empty())
-    std::printf("no smooth text yet, this machine lacks %s\n", lacking.c_str());
-  if (!lacking_for_card.empty())
-    std::printf("no memory card yet, this machine lacks %s\n", lacking_for_card.c_str());
+  warn_of_missing("no console fonts", fonts.console);
+  warn_of_missing("no anti-aliased text", fonts.smooth);
+  warn_of_missing("no memory card", card_tools);
+  warn_of_short_mapping(shown);
   return 0;
 }
 

@@ -39,6 +39,19 @@ TEST(DrawExample, DrawsItsShapes) {
   EXPECT_EQ(seen.at(280, 195), white) << "the end of the ramp";
 }
 
+// The geometry that docs/simulated-board.md gives for padded lines.
+TEST(DrawExample, DrawsOnPaddedLines) {
+  screen padded = screen::of_size(1024, 480);
+  padded.xres = 800;
+  const board on{padded};
+  application draw{on, EXAMPLE_DRAW};
+  EXPECT_EQ(draw.finish(), 0);
+  const shot seen{on, padded};
+  EXPECT_EQ(seen.at(797, 240), theme) << "the frame";
+  EXPECT_EQ(seen.at(400, 477), theme);
+  EXPECT_EQ(seen.at(900, 240), 0) << "the padding";
+}
+
 TEST(TextExample, WritesInThreeSizes) {
   const board on;
   add_demonstration_files(on);

@@ -1,5 +1,6 @@
 // The launcher as people run it: its commands, its errors, and applications that know nothing of it.
 
+#include "board/host_fonts.hpp"
 #include "png/png_file.hpp"
 #include "sim/launcher.hpp"
 #include "support/board.hpp"
@@ -95,10 +96,72 @@ TEST_F(SimLauncher, NewCopiesTheFontsForSmoothText) {
   EXPECT_EQ(result.exit_status(), 0);
   EXPECT_TRUE(text_of("desk/usr/local/dravik/font/arial.ttf") == latin);
   EXPECT_TRUE(text_of("desk/usr/local/dravik/font/DroidSansFallback.ttf") == other);
-  EXPECT_EQ(result.output.find("arial.ttf (package fonts-liberation)") == std::string::npos, !latin.empty());
-  EXPECT_EQ(result.output.find("DroidSansFallback.ttf (package fonts-droid-fallback)") == std::string::npos,
+  const std::string &warned = result.errors;
+  EXPECT_EQ(warned.find("arial.ttf (package fonts-liberation)") == std::string::npos, !latin.empty());
+  EXPECT_EQ(warned.find("DroidSansFallback.ttf (package fonts-droid-fallback)") == std::string::npos,
             !other.empty());
-  EXPECT_EQ(result.output.empty(), !latin.empty() && !other.empty()) << result.output;
+  EXPECT_EQ(warned.find("no anti-aliased text") == std::string::npos, !latin.empty() && !other.empty());
+  EXPECT_EQ(result.output, "");
+}
+
+TEST_F(SimLauncher, NewWarnsOfMissingConsoleFonts) {
+  const bool has_fonts = !host_file("/usr/share/consolefonts/Uni2-Fixed16.psf.gz").empty() &&
+                         !host_file("/usr/share/consolefonts/Lat15-TerminusBold16.psf.gz").empty();
+  const outcome result = launch({"new", at("desk"), "--card", "0"});
+  EXPECT_EQ(result.errors.find("dravik-sim: new: warning: no console fonts: missing ") == std::string::npos,
+            has_fonts)
+      << result.errors;
+}
+
+TEST_F(SimLauncher, ReportsTheFontsThatAHostDoesNotHave) {
+  dravik::sim::missing_fonts missing;
+  std::string error;
+  std::filesystem::create_directories(at("desk"));
+  ASSERT_TRUE(dravik::sim::add_fonts(at("bare-host"), at("desk"), missing, error)) << error;
+  EXPECT_EQ(missing.console, "Uni2-Fixed16.psf (package console-setup-linux), "
+                             "Lat15-TerminusBold16.psf (package console-setup-linux)");
+  EXPECT_EQ(missing.smooth, "arial.ttf (package fonts-liberation), "
+                            "DroidSansFallback.ttf (package fonts-droid-fallback)");
+  EXPECT_TRUE(std::filesystem::is_empty(at("desk")));
+}
+
+TEST_F(SimLauncher, ReportsOneMissingFontAmongOthers) {
+  std::filesystem::create_directories(at("host/usr/share/consolefonts"));
+  std::filesystem::create_directories(at("host/usr/share/fonts/truetype/liberation"));
+  write("host/usr/share/consolefonts/Uni2-Fixed16.psf.gz", "plain is read as it is", 0644);
+  write("host/usr/share/fonts/truetype/liberation/LiberationSans-Regular.ttf", "font", 0644);
+  dravik::sim::missing_fonts missing;
+  std::string error;
+  ASSERT_TRUE(dravik::sim::add_fonts(at("host"), at("desk"), missing, error)) << error;
+  EXPECT_EQ(missing.console, "Lat15-TerminusBold16.psf (package console-setup-linux)");
+  EXPECT_EQ(missing.smooth, "DroidSansFallback.ttf (package fonts-droid-fallback)");
+  EXPECT_EQ(text_of("desk/usr/local/dravik/font/Uni2-Fixed16.psf"), "plain is read as it is");
+  EXPECT_EQ(text_of("desk/usr/local/dravik/font/arial.ttf"), "font");
+}
+
+TEST_F(SimLauncher, NewWarnsOfAMappingThatEndsBeforeTheLastLine) {
+  const auto warning = [&](std::vector<std::string> geometry) {
+    std::filesystem::remove_all(at("desk"));
+    geometry.insert(geometry.begin(), {"new", at("desk"), "--card", "0"});
+    const outcome result = launch(geometry);
+    EXPECT_EQ(result.exit_status(), 0);
+    const size_t found = result.errors.find("dravik-sim: new: warning: applications");
+    return found == std::string::npos ? "" : result.errors.substr(found);
+  };
+  const auto text = [](const std::string &mapped, const std::string &helps) {
+    return "dravik-sim: new: warning: applications that draw on the last lines crash: the mapping of " +
+           mapped + " bytes does not contain them, as on a real device; use --virtual " + helps + "\n";
+  };
+  EXPECT_EQ(warning({"--size", "800x480", "--line-length", "2048"}), text("768000", "1024x480"));
+  EXPECT_EQ(warning({"--size", "800x480", "--line-length", "2048", "--virtual", "1024x480"}), "");
+  EXPECT_EQ(warning({"--size", "800x480", "--line-length", "2048", "--virtual", "800x960"}), "")
+      << "the second screen's memory is behind the first";
+  // 667 pixels of 24 bits and a byte: a line more than 480.
+  EXPECT_EQ(warning({"--size", "640x480", "--depth", "24", "--line-length", "2002"}),
+            text("921600", "667x481"));
+  EXPECT_EQ(warning({"--size", "640x480", "--depth", "24", "--line-length", "2002", "--virtual", "667x481"}),
+            "");
+  EXPECT_EQ(warning({}), "");
 }
 
 TEST_F(SimLauncher, NewMakesTheFolderOfTheMemoryCard) {
