@@ -58,6 +58,10 @@ public:
   void set_fault(std::string_view request, std::string_view path, std::string_view error = "EIO") const;
   void clear_faults() const;
 
+  /// Let all users of the host reach and change the board, with a copy of its sound card: the build tree may
+  /// be closed to them.
+  void open_to_everyone() const;
+
 private:
   std::string directory_;
 };
