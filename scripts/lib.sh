@@ -1,21 +1,110 @@
-# What the project's scripts share. Source it from a script in this folder.
+# Shared by the scripts of this directory, which source it after their arguments were checked.
 
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
+script=scripts/${0##*/}
 jobs=$(nproc)
 
-# need_packages NAME...: installs the Debian packages among these that are missing.
-need_packages() {
-  missing=
+# fail MESSAGE: ends the script with one line on standard error.
+fail() {
+  echo "$script: $*" >&2
+  exit 1
+}
+
+# need_build_directory NAME: makes build/, and fails while another run of that name works in this checkout.
+need_build_directory() {
+  mkdir -p "$root/build" 2>/dev/null && [ -w "$root/build" ] || fail "build/: not writable; was it made by another user?"
+  exec 9>"$root/build/.$1.lock"
+  flock -n 9 || fail "another run is in progress in this checkout"
+}
+
+# missing_packages NAME...: the Debian packages among these that are not installed, each after a space.
+missing_packages() {
+  present=$(dpkg-query -W -f '/${Package}/${db:Status-Status}/' "$@" 2>/dev/null || true)
   for package in "$@"; do
-    dpkg-query -W -f '${Status}\n' "$package" 2>/dev/null | grep -q '^install ok installed' || missing="$missing $package"
+    case $present in
+    *"/$package/installed/"*) ;;
+    *) printf ' %s' "$package" ;;
+    esac
   done
-  [ -z "$missing" ] && return 0
+}
+
+# need_packages NAME...: installs the missing ones, one run at a time on this machine; the log is build/packages.log.
+need_packages() {
+  missing=$(missing_packages "$@")
+  [ -n "$missing" ] || return 0
   sudo=
-  [ "$(id -u)" -eq 0 ] || sudo=sudo
-  echo "installing:$missing"
-  $sudo apt-get -qq update
-  DEBIAN_FRONTEND=noninteractive $sudo apt-get -qq install -y --no-install-recommends $missing >/dev/null
+  if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || fail "missing packages; install them as root: apt-get install --no-install-recommends$missing"
+    sudo=sudo
+  fi
+  echo "installing packages:$missing" | fold -s -w 120
+  log=$root/build/packages.log
+  $sudo flock /run/libdravik-packages.lock sh -c 'apt-get -q update
+    DEBIAN_FRONTEND=noninteractive apt-get -q install -y --no-install-recommends -o DPkg::Lock::Timeout=600 "$@"' \
+    sh $missing >"$log" 2>&1 9>&- && return 0
+  grep -E '^(E|W|dpkg):' "$log" | cut -c 1-160 >&2
+  fail "packages cannot be installed; the log is build/packages.log"
+}
+
+# minutes SECONDS: as 4:05.
+minutes() { printf '%d:%02d' $(($1 / 60)) $(($1 % 60)); }
+
+# show_progress LOG: the log's last line, over and over: each second in one place of a terminal, else every minute.
+show_progress() {
+  pause=60
+  [ -t 1 ] && pause=1
+  elapsed=0
+  while sleep 1 >/dev/null 2>&1 && kill -0 $$ 2>/dev/null; do
+    elapsed=$((elapsed + 1))
+    [ $((elapsed % pause)) -eq 0 ] || continue
+    line=$(tail -n 1 "$1" | sed -E 's/ \.{3,}//' | cut -c 1-100)
+    if [ -t 1 ]; then printf '\r\033[K  %s' "$line"; else echo "  $line"; fi
+  done
+}
+
+# logged LOG COMMAND...: runs a command with its output in a log and its progress on the terminal. Returns its status.
+logged() {
+  output=$1
+  shift
+  show_progress "$output" 9>&- &
+  progress=$!
+  trap 'kill $progress 2>/dev/null; echo; fail interrupted' INT TERM
+  result=0
+  "$@" >"$output" 2>&1 </dev/null 9>&- || result=$?
+  kill $progress 2>/dev/null || true
+  wait $progress 2>/dev/null || true
+  trap - INT TERM
+  [ -t 1 ] && printf '\r\033[K'
+  return $result
+}
+
+# errors_of LOG: the errors of compilers and checkers with the lines behind them, or else the log's end.
+errors_of() {
+  grep -E -A 6 '(error|Error|undefined reference|multiple definition|\*\*\*)' "$1" | grep -v 'warnings\{0,1\} generated' ||
+    tail -n 40 "$1"
+}
+
+# debian_mirror: the address of the archive that this machine installs from.
+debian_mirror() {
+  apt-get indextargets --format '$(SITE)' 2>/dev/null | grep -v security | head -n 1
+}
+
+# apt_network_settings: this machine's proxies and the like, for another apt.conf.
+apt_network_settings() {
+  apt-config dump | grep -E '^Acquire::(http|https|Retries)(::[^ ]*)? "[^"]' || true
+}
+
+debian_release() {
+  . /etc/os-release && echo "$VERSION_CODENAME"
 }
 
 library_packages="g++ cmake make libjpeg62-turbo-dev libasound2-dev libmad0-dev libfreetype-dev"
+demo_packages="$library_packages libpng-dev zlib1g-dev librsvg2-bin imagemagick console-setup-linux gzip
+  fonts-liberation fonts-droid-fallback sox espeak-ng lame dosfstools mtools"
+arm_packages="$library_packages g++-arm-linux-gnueabihf qemu-user-static debian-archive-keyring"
+test_packages="$demo_packages libgtest-dev libgmock-dev binutils clang-format clang-tidy fdisk file fonts-dejavu-core
+  iproute2 jq libjpeg-turbo-progs netpbm"
+bench_packages="$library_packages pkg-config libbenchmark-dev libpixman-1-dev libsdl2-dev libsdl2-gfx-dev libagg-dev
+  libturbojpeg0-dev libdeflate-dev libpng-dev zlib1g-dev lame sox fonts-liberation fonts-droid-fallback"
+fuzz_packages="$library_packages libpng-dev clang libclang-rt-14-dev"

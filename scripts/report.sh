@@ -1,0 +1,109 @@
+# Stages of scripts/test: the output of each goes to a log, its progress to the terminal; times, skipped tests and
+# failures are printed together at the end. Sourced after lib.sh.
+
+logs=$root/build/logs
+passed=0
+failed=0
+skipped=0
+
+begin_report() {
+  rm -rf "$logs"
+  mkdir -p "$logs"
+  : >"$logs/times"
+  : >"$logs/skipped"
+  : >"$logs/failures"
+  began=$(date +%s)
+}
+
+# timed NAME COMMAND...: runs a command with its output in the log $log. Returns its status.
+timed() {
+  name=$1
+  log=$logs/$(echo "$name" | tr ' ' -).log
+  shift
+  start=$(date +%s)
+  echo "$name ..."
+  status=0
+  logged "$log" "$@" || status=$?
+  seconds=$(($(date +%s) - start))
+  printf '%-16s %6s\n' "$name" "$(minutes $seconds)" >>"$logs/times"
+  return $status
+}
+
+# done_with RESULT: the line for what timed() has run.
+done_with() { printf '%-16s %6s  %s\n' "$name" "$(minutes $seconds)" "$1"; }
+
+# record_failure TITLE: standard input is what to show of it at the end.
+record_failure() {
+  { echo "--- $1" && head -n 60 | sed 's/^/  /' && echo; } >>"$logs/failures"
+}
+
+# check NAME COMMAND...: a check that counts as one test. Fails as the command does.
+check() {
+  if timed "$@"; then
+    passed=$((passed + 1))
+    done_with "$(sed -n 's/^checked: //p' "$log")"
+  else
+    failed=$((failed + 1))
+    done_with FAILED
+    errors_of "$log" | record_failure "$name (log: ${log#"$root"/})"
+    return 1
+  fi
+}
+
+# skip NAME REASON
+skip() {
+  skipped=$((skipped + 1))
+  printf '%-16s %6s  skipped: %s\n' "$1" - "$2"
+  echo "$1: $2" >>"$logs/skipped"
+}
+
+# listed LOG HEADING: a list of ctest's summary, as lines of "name (status)".
+listed() {
+  sed -n "/^$2:/,/^\$/s/^[[:space:]]*[0-9]* - \(.* ([A-Za-z ]*)\).*\$/\1/p" "$1"
+}
+
+# output_of TEST RECORD: what a test printed, by ctest's record of the run.
+output_of() {
+  awk -v test="$1" '
+    /^[0-9]+\/[0-9]+ Testing: / { inside = (substr($0, index($0, ": ") + 2) == test); text = 0; next }
+    inside && !text && /^-----/ { text = 1; next }
+    inside && /^<end of output>/ { text = 0 }
+    inside && text { print }' "$2"
+}
+
+# record_tests PRESET LOG RECORD: adds the results of a run of ctest to the report.
+record_tests() {
+  total=$(sed -n 's/^.* tests failed out of \([0-9]*\).*$/\1/p' "$2" | tail -n 1)
+  listed "$2" 'The following tests FAILED' >"$logs/failing"
+  listed "$2" 'The following tests did not run' >"$logs/left-out"
+  failing=$(wc -l <"$logs/failing")
+  left_out=$(wc -l <"$logs/left-out")
+  if [ "${total:-0}" -eq 0 ]; then
+    failed=$((failed + 1))
+    done_with 'FAILED: no test ran'
+    tail -n 20 "$2" | record_failure "$1: no test ran (log: ${2#"$root"/})"
+    return 0
+  fi
+  passed=$((passed + total - failing - left_out))
+  failed=$((failed + failing))
+  skipped=$((skipped + left_out))
+  done_with "$((total - failing - left_out)) passed, $failing failed, $left_out skipped"
+  while read -r test; do
+    output_of "${test% (*}" "$3" | tail -n 60 | record_failure "$1: $test"
+  done <"$logs/failing"
+  while read -r test; do
+    reason=$(output_of "${test% (*}" "$3" | grep -A 1 ': Skipped$' | tail -n 1)
+    echo "$1: ${test% (*}: ${reason:-no reason given}" >>"$logs/skipped"
+  done <"$logs/left-out"
+}
+
+# end_report: the summary; fails unless something passed and nothing failed.
+end_report() {
+  printf '%-16s %6s\n' total "$(minutes $(($(date +%s) - began)))" >>"$logs/times"
+  printf '\nTime\n' && sed 's/^/  /' "$logs/times"
+  [ -s "$logs/skipped" ] && printf '\nSkipped\n' && sed 's/^/  /' "$logs/skipped" | fold -s -w 160
+  [ -s "$logs/failures" ] && printf '\nFailed\n' && fold -s -w 160 "$logs/failures"
+  echo
+  echo "$passed passed, $failed failed$([ $skipped -eq 0 ] || echo ", $skipped skipped")"
+  [ $failed -eq 0 ] && [ $((passed + skipped)) -gt 0 ]
+}
