@@ -1,50 +1,56 @@
-/* Packed artwork: the images of an archive that fit into a cell, through several ramps of the colour table.
+/* Packed artwork: the images of an archive in four columns, each row through another ramp of the colour table.
  *
  * Build:    cc -std=c99 artwork.c -o artwork -ldravik
- * Archive:  dravik-art pack icons.q7 home.png back.png
+ * Archive:  dravik-art pack icons.q7 home.png back.png, of images up to 80 x 80
  * Run:      ./artwork icons.q7 on the device, or on a simulated board:
- *           dravik-sim run BOARD -- ./artwork icons.q7 && dravik-sim shot BOARD artwork.png */
+ *           dravik-sim new board
+ *           dravik-sim run board -- ./artwork icons.q7 && dravik-sim shot board artwork.png */
 #include <dravik.h>
 
 #include <stdio.h>
-#include <string.h>
 
-enum { CELL = 80, CENTRED = 3 };
+enum { BLACK = 0x0821, WHITE = 0xFFFF, RED = 0xF800, CYAN = 0x07FF };
+enum { CELL = 80, COLUMNS = 4, WAYS = 4 };
+
+/* The library centres an image in a quarter of 320 columns; the application needs no image sizes. */
+static const int quarters[COLUMNS] = {8, 10, 12, 14};
 
 static const struct {
   uint16_t foreground, background;
-} ways[] = {{0xFFFF, 0x0821}, {0x07FF, 0x0821}, {0xF800, 0xFFFF}, {0xFFFF, DRAVIK_THEME}};
+} ways[WAYS] = {{WHITE, BLACK}, {CYAN, BLACK}, {RED, WHITE}, {WHITE, DRAVIK_THEME}};
 
-/* The first word of an image's record is its width; records lie 16 bytes apart, after the header. */
-static uint32_t width_of(int image_number) {
-  uint32_t width;
-  memcpy(&width, q7bmp_ptr[0] + 16 * (image_number + 1), sizeof width);
-  return width;
+static void show_row(int row, int first, int count) {
+  const uint16_t foreground = ways[row % WAYS].foreground, background = ways[row % WAYS].background;
+  const uint16_t ground = background == DRAVIK_THEME ? get_theme_color() : background;
+  const int y = row * CELL;
+  fb_put_rect_fill(0, y, COLUMNS * CELL - 1, y + CELL - 1, ground);
+  for (int column = 0; column < COLUMNS && column < count; ++column)
+    fb_q7bmp_show(0, y, 0, first + column, foreground, background, quarters[column]);
 }
 
-int main(int count, char **words) {
-  const char *const archive = count > 1 ? words[1] : "/usr/local/dravik/art/icons_640.q7";
-  fb_init();
-  q7bmp_alloc(1, &archive); /* tells its progress on standard error */
+static int show(const char *path) {
+  q7bmp_alloc(1, &path); /* writes its progress to standard error */
   if (q7bmp_ptr[0] == NULL) {
-    fprintf(stderr, "artwork: %s cannot be loaded; the event log says why\n", archive);
+    fprintf(stderr, "artwork: %s: not loaded; see /tmp/dravik.log\n", path);
     return 1;
   }
-
-  const int columns = (int)fbinfo[FBINFO_XRES] / CELL, rows = (int)fbinfo[FBINFO_YRES] / CELL;
-  const int images = (int)get_q7bmp_str_num(0);
-  fb_clear_screen(0x0821);
-  for (int i = 0; i < columns * rows && i < images; ++i) {
-    if (width_of(i) > CELL)
-      continue;
-    const int x = i % columns * CELL, y = i / columns * CELL;
-    const int way = i / columns % (int)(sizeof ways / sizeof ways[0]);
-    const uint16_t background = ways[way].background;
-    fb_put_rect_fill(x, y, x + CELL - 1, y + CELL - 1,
-                     background == DRAVIK_THEME ? get_theme_color() : background);
-    fb_q7bmp_show(x + CELL / 2, y + CELL / 2, 0, i, ways[way].foreground, background, CENTRED);
-  }
-
+  const int count = (int)get_q7bmp_str_num(0), rows = (int)fbinfo[FBINFO_YRES] / CELL;
+  fb_clear_screen(BLACK);
+  for (int row = 0; row < rows && row * COLUMNS < count; ++row)
+    show_row(row, row * COLUMNS, count - row * COLUMNS);
   q7bmp_free();
-  return fb_exit() == 0 ? 0 : 1;
+  return 0;
+}
+
+int main(int argc, char **argv) {
+  if (argc != 2) {
+    fprintf(stderr, "usage: %s ARCHIVE.q7\n", argv[0]);
+    return 2;
+  }
+  fb_init(); /* terminates the program if there is no screen */
+  const int is_wide = fbinfo[FBINFO_XRES] >= COLUMNS * CELL && fbinfo[FBINFO_BITS_PER_PIXEL] == 16;
+  if (!is_wide)
+    fprintf(stderr, "artwork: not a 16-bit screen of at least %d columns\n", COLUMNS * CELL);
+  const int status = is_wide ? show(argv[1]) : 1;
+  return fb_exit() == 0 ? status : 1;
 }

@@ -1,41 +1,59 @@
-/* Text in PC Screen Fonts of several sizes.
+/* Text in bitmap fonts (PSF) of three sizes.
  *
  * Build:  cc -std=c99 text.c -o text -ldravik
  * Fonts:  gunzip some of /usr/share/consolefonts (package console-setup-linux) into /usr/local/dravik/font;
  *         a new simulated board has them there
  * Run:    ./text on the device, or on a simulated board:
- *         dravik-sim new board && dravik-sim run board -- ./text && dravik-sim shot board text.png */
+ *         dravik-sim new board
+ *         dravik-sim run board -- ./text && dravik-sim shot board text.png */
 #include <dravik.h>
 
 #include <stdio.h>
 
 #define FONTS "/usr/local/dravik/font/"
 
-enum { BLACK = 0x0821, WHITE = 0xFFFF, YELLOW = 0xFFE0, KEEP = 0 /* the pixels around the letters */ };
-
-static const char *const fonts[] = {FONTS "Lat15-TerminusBold16.psf", FONTS "Lat15-TerminusBold24x12.psf",
-                                    FONTS "Lat15-TerminusBold32x16.psf"};
+enum { BLACK = 0x0821, WHITE = 0xFFFF, YELLOW = 0xFFE0, TRANSPARENT = 0 };
 enum { SMALL, MEDIUM, LARGE, COUNT };
+enum { WIDTH = 320, HEIGHT = 180 }; /* text is not clipped: the screen must have these pixels */
 
-int main(void) {
-  fb_init();
-  psf_font_alloc(COUNT, fonts); /* what goes wrong is in the event log */
-  fb_clear_screen(BLACK);
+static const char *const fonts[COUNT] = {FONTS "Lat15-TerminusBold16.psf",
+                                         FONTS "Lat15-TerminusBold24x12.psf",
+                                         FONTS "Lat15-TerminusBold32x16.psf"};
 
-  uint32_t y = 16;
-  for (int font = SMALL; font < COUNT; ++font) {
+static int are_loaded(void) {
+  for (int font = SMALL; font < COUNT; ++font)
     if (psf[font].ptr == NULL) {
-      fprintf(stderr, "text: no font %s\n", fonts[font]);
-      return 1;
+      fprintf(stderr, "text: %s: not loaded; see /tmp/dravik.log\n", fonts[font]);
+      return 0;
     }
-    fb_printf(16, y, WHITE, KEEP, font, "%d x %d", psf[font].width, psf[font].height);
+  return 1;
+}
+
+static void show(void) {
+  uint32_t y = 16;
+  fb_clear_screen(BLACK);
+  for (int font = SMALL; font < COUNT; ++font) {
+    fb_printf(16, y, WHITE, TRANSPARENT, font, "%d x %d", psf[font].width, psf[font].height);
     y += (uint32_t)psf[font].height + 8;
   }
-  fb_printf(16, y, YELLOW, KEEP, SMALL, "supply %g V, flags 0x%x, 100 %%", 13.8, 0x2Au);
+  fb_printf(16, y, YELLOW, TRANSPARENT, SMALL, "%g V, 0x%x, 100 %%", 13.8, 0x2Au);
   y += (uint32_t)psf[SMALL].height + 8;
   fb_printf(16, y, WHITE, get_theme_color(), MEDIUM, " on a bar ");
   fb_putc('!', 16 + 11 * (uint32_t)psf[MEDIUM].width, y, YELLOW, BLACK, MEDIUM);
+}
 
+int main(int argc, char **argv) {
+  (void)argc;
+  (void)argv;
+  fb_init(); /* terminates the program if there is no screen */
+  const int fits =
+      fbinfo[FBINFO_XRES] >= WIDTH && fbinfo[FBINFO_YRES] >= HEIGHT && fbinfo[FBINFO_BITS_PER_PIXEL] == 16;
+  if (!fits)
+    fprintf(stderr, "text: not a 16-bit screen of at least %d x %d\n", WIDTH, HEIGHT);
+  psf_font_alloc(COUNT, fonts);
+  const int is_shown = fits && are_loaded();
+  if (is_shown)
+    show();
   psf_font_free();
-  return fb_exit() == 0 ? 0 : 1;
+  return fb_exit() == 0 && is_shown ? 0 : 1;
 }

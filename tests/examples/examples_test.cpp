@@ -1,133 +1,144 @@
-// The examples that show one task each.
+// What all examples have in common: tests, their size, their head, how they fail on other screens.
 
-#include "examples/demonstration.hpp"
+#include "examples/example_run.hpp"
+#include "support/program.hpp"
 
-#include <dravik.h>
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <iterator>
+#include <sstream>
 
 namespace dravik::test {
 namespace {
 
 using sim::screen;
+using testing::AllOf;
 using testing::Contains;
-using testing::ElementsAre;
-using testing::Gt;
+using testing::Each;
 using testing::HasSubstr;
-using testing::SizeIs;
-using testing::UnorderedElementsAre;
+using testing::MatchesRegex;
 
-constexpr uint16_t yellow = 0xFFE0, cyan = 0x07FF;
+/// The names of the examples: their files without ".c".
+std::vector<std::string> example_names() {
+  std::vector<std::string> names;
+  for (const auto &entry : std::filesystem::directory_iterator{EXAMPLES_SOURCE})
+    if (entry.path().extension() == ".c")
+      names.push_back(entry.path().stem().string());
+  std::ranges::sort(names);
+  return names;
+}
 
-TEST(DrawExample, DrawsItsShapes) {
+std::string text_of(const std::string &name) {
+  std::ifstream stream{std::string{EXAMPLES_SOURCE "/"} + name};
+  return {std::istreambuf_iterator<char>{stream}, {}};
+}
+
+std::vector<std::string> suite_names() {
+  const testing::UnitTest &all = *testing::UnitTest::GetInstance();
+  std::vector<std::string> names;
+  for (int i = 0; i < all.total_test_suite_count(); ++i)
+    names.emplace_back(all.GetTestSuite(i)->name());
+  return names;
+}
+
+TEST(Examples, HaveTestsEach) {
+  EXPECT_GT(example_names().size(), 10U);
+  for (std::string name : example_names()) {
+    name.front() = static_cast<char>(std::toupper(name.front()));
+    EXPECT_THAT(suite_names(), Contains(name + "Example"));
+  }
+}
+
+TEST(Examples, AreShorterThan60Lines) {
+  for (const std::string &name : example_names())
+    EXPECT_LT(std::ranges::count(text_of(name + ".c"), '\n'), 60) << name;
+}
+
+TEST(Examples, DescribeHowTheyAreBuiltAndRun) {
+  for (const std::string &name : example_names())
+    EXPECT_THAT(text_of(name + ".c"), AllOf(HasSubstr(" " + name + ".c -o " + name + " -ldravik\n"),
+                                            HasSubstr("dravik-sim run board -- ./" + name),
+                                            HasSubstr("int main(int argc, char **argv) {")))
+        << name;
+}
+
+TEST(Examples, AreListedInTheReadme) {
+  std::vector<std::string> listed;
+  std::istringstream lines{text_of("README.md")};
+  for (std::string line; std::getline(lines, line);)
+    if (line.starts_with("- ["))
+      listed.push_back(line.substr(3, line.find(".c]") - 3));
+  EXPECT_EQ(listed, example_names());
+}
+
+class DrawingExample : public testing::TestWithParam<const char *> {};
+
+TEST_P(DrawingExample, FailsWithoutAScreen) {
   const board on;
-  application draw{on, EXAMPLE_DRAW};
-  EXPECT_EQ(draw.finish(), 0);
-  EXPECT_EQ(draw.errors(), "");
-  const shot seen{on, {}};
-  EXPECT_EQ(seen.at(2, 240), theme) << "the frame";
-  EXPECT_EQ(seen.at(637, 240), theme);
-  EXPECT_EQ(seen.at(10, 100), grad_line[100]);
-  EXPECT_EQ(seen.at(500, 100), black) << "right of the shading";
-  EXPECT_EQ(seen.at(20, 100), cyan);
-  EXPECT_EQ(seen.at(160, 100), white);
-  EXPECT_EQ(seen.at(178, 100), red);
-  EXPECT_EQ(seen.at(192, 100), white);
-  EXPECT_EQ(seen.at(260, 75), theme);
-  EXPECT_EQ(seen.at(230, 110), yellow);
-  EXPECT_EQ(seen.at(265, 20), yellow);
-  EXPECT_EQ(seen.at(280, 195), white) << "the end of the ramp";
+  on.remove("dev/fb0");
+  const words arguments = GetParam() == std::string{"artwork"} || GetParam() == std::string{"bmp"} ||
+                                  GetParam() == std::string{"jpeg"}
+                              ? words{"file"}
+                              : words{};
+  expect_failure(on, GetParam(), arguments, "error reading fixed info");
 }
 
-// The geometry that docs/simulated-board.md gives for padded lines.
-TEST(DrawExample, DrawsOnPaddedLines) {
-  screen padded = screen::of_size(1024, 480);
-  padded.xres = 800;
-  const board on{padded};
-  application draw{on, EXAMPLE_DRAW};
-  EXPECT_EQ(draw.finish(), 0);
-  const shot seen{on, padded};
-  EXPECT_EQ(seen.at(797, 240), theme) << "the frame";
-  EXPECT_EQ(seen.at(400, 477), theme);
-  EXPECT_EQ(seen.at(900, 240), 0) << "the padding";
-}
+INSTANTIATE_TEST_SUITE_P(All, DrawingExample,
+                         testing::Values("artwork", "bmp", "jpeg", "screenshot", "shapes", "text",
+                                         "truetype"),
+                         [](const auto &one) { return std::string{one.param}; });
 
-TEST(TextExample, WritesInThreeSizes) {
+class ExampleWithFile : public testing::TestWithParam<const char *> {};
+
+TEST_P(ExampleWithFile, ReportsItsUsageWithoutOne) {
   const board on;
-  add_demonstration_files(on);
-  application text{on, EXAMPLE_TEXT};
-  EXPECT_EQ(text.finish(), 0);
-  EXPECT_EQ(text.errors(), "");
-  const shot seen{on, {}};
-  EXPECT_THAT(seen.colours(16, 16, 300, 16), UnorderedElementsAre(black, white));
-  EXPECT_THAT(seen.colours(16, 40, 300, 24), UnorderedElementsAre(black, white));
-  EXPECT_THAT(seen.colours(16, 72, 300, 32), UnorderedElementsAre(black, white));
-  EXPECT_THAT(seen.colours(16, 112, 300, 16), UnorderedElementsAre(black, yellow));
-  EXPECT_THAT(seen.colours(16, 136, 120, 24), UnorderedElementsAre(theme, white));
-  EXPECT_THAT(seen.colours(148, 136, 12, 24), UnorderedElementsAre(black, yellow));
+  const example_result result = run_example(on, GetParam());
+  EXPECT_EQ(result.status, 2);
+  EXPECT_THAT(result.errors, MatchesRegex("usage: [^\n]*dravik-" + std::string{GetParam()} + " [^\n]+\n"));
 }
 
-TEST(TextExample, SaysWhichFontIsMissing) {
-  const board on;
-  application text{on, EXAMPLE_TEXT};
-  EXPECT_EQ(text.finish(), 1);
-  EXPECT_EQ(text.errors(), "text: no font /usr/local/dravik/font/Lat15-TerminusBold16.psf\n");
+INSTANTIATE_TEST_SUITE_P(All, ExampleWithFile, testing::Values("artwork", "bmp", "jpeg", "sound"),
+                         [](const auto &one) { return std::string{one.param}; });
+
+struct unfit_screen {
+  const char *name;
+  screen shown;
+};
+
+class ExampleOnAnUnfitScreen : public testing::TestWithParam<unfit_screen> {};
+
+TEST_P(ExampleOnAnUnfitScreen, DrawsNothing) {
+  const auto &[name, shown] = GetParam();
+  const prepared_board on{shown};
+  const words arguments = name == std::string{"artwork"} ? words{"file"} : words{};
+  expect_failure(on, name, arguments, std::string{name} + ": not a 16-bit screen of");
+  EXPECT_THAT(on.pixels(), Each(untouched));
 }
 
-TEST(ArtworkExample, ShowsImagesThroughFourRamps) {
-  const board on;
-  add_demonstration_files(on);
-  application artwork{on, EXAMPLE_ARTWORK};
-  EXPECT_EQ(artwork.finish(), 0);
-  EXPECT_THAT(artwork.errors(), HasSubstr("  /usr/local/dravik/art/icons_640.q7 : "));
-  const shot seen{on, {}};
-  const uint16_t backgrounds[] = {black, black, white, theme};
-  for (uint32_t row = 0; row < 4; ++row)
-    for (uint32_t column = 0; column < 4; ++column) {
-      EXPECT_EQ(seen.at(column * 80, row * 80), backgrounds[row]) << column << ", " << row;
-      EXPECT_THAT(seen.colours(column * 80, row * 80, 80, 80), SizeIs(Gt(4))) << column << ", " << row;
-    }
-}
-
-TEST(ArtworkExample, SaysWhenTheArchiveIsMissing) {
-  const board on;
-  application artwork{on, EXAMPLE_ARTWORK, {"/usr/local/dravik/none.q7"}};
-  EXPECT_EQ(artwork.finish(), 1);
-  EXPECT_THAT(artwork.errors(), HasSubstr("artwork: /usr/local/dravik/none.q7 cannot be loaded"));
-}
-
-TEST(PictureExample, ShowsTheLogoInTheMiddle) {
-  const board on;
-  add_demonstration_files(on);
-  application picture{on, EXAMPLE_PICTURE};
-  EXPECT_EQ(picture.finish(), 0);
-  EXPECT_EQ(picture.errors(), "");
-  EXPECT_EQ(picture.output(), "/usr/local/dravik/bmp/logo_320.bmp: 180 x 60 pixels of 24 bits\n");
-  const shot seen{on, {}};
-  EXPECT_THAT(seen.colours(230, 210, 180, 60), SizeIs(Gt(30)));
-  EXPECT_THAT(seen.colours(0, 0, 640, 210), ElementsAre(black));
-  EXPECT_THAT(seen.colours(0, 270, 640, 210), ElementsAre(black));
-}
-
-TEST(PictureExample, SaysWhenTheFileIsMissing) {
-  const board on;
-  application picture{on, EXAMPLE_PICTURE, {"/usr/local/dravik/none.bmp"}};
-  EXPECT_EQ(picture.finish(), 1);
-  EXPECT_THAT(picture.errors(), HasSubstr("open /usr/local/dravik/none.bmp error!"));
-}
-
-TEST(LogExample, WritesFromTwoThreads) {
-  const board on;
-  application log{on, EXAMPLE_LOG};
-  EXPECT_EQ(log.finish(), 0);
-  EXPECT_EQ(log.errors(), "");
-  EXPECT_EQ(log.output(), "the last line has 13 characters\n");
-  const std::string text = on.read("tmp/dravik.log");
-  for (const char *line : {"] recording 0001 begins\n", "] recording 0004 begins\n",
-                           "] temperature 40 degrees\n", "] temperature 43 degrees\n"})
-    EXPECT_THAT(text, HasSubstr(line));
-  EXPECT_TRUE(text.ends_with("] supply 13.8 V\n")) << text;
-}
+INSTANTIATE_TEST_SUITE_P(All, ExampleOnAnUnfitScreen,
+                         testing::Values(unfit_screen{"artwork", screen::of_size(319, 240)},
+                                         unfit_screen{"artwork", screen::of_size(320, 240, 32)},
+                                         unfit_screen{"screenshot", screen::of_size(640, 481)},
+                                         unfit_screen{"screenshot", screen::of_size(641, 480)},
+                                         unfit_screen{"screenshot", screen::of_size(640, 480, 32)},
+                                         unfit_screen{"shapes", screen::of_size(319, 240)},
+                                         unfit_screen{"shapes", screen::of_size(320, 239)},
+                                         unfit_screen{"shapes", screen::of_size(320, 240, 32)},
+                                         unfit_screen{"text", screen::of_size(319, 180)},
+                                         unfit_screen{"text", screen::of_size(320, 179)},
+                                         unfit_screen{"text", screen::of_size(320, 240, 32)},
+                                         unfit_screen{"truetype", screen::of_size(639, 480)},
+                                         unfit_screen{"truetype", screen::of_size(640, 479)},
+                                         unfit_screen{"truetype", screen::of_size(640, 480, 32)}),
+                         [](const auto &one) {
+                           const screen &shown = one.param.shown;
+                           return std::string{one.param.name} + '_' + std::to_string(shown.xres) + 'x' +
+                                  std::to_string(shown.yres) + '_' + std::to_string(shown.bits_per_pixel);
+                         });
 
 } // namespace
 } // namespace dravik::test

@@ -1,0 +1,59 @@
+/* The memory card: its state, its size and its recordings.
+ *
+ * Build:  cc -std=c99 card.c -o card -ldravik
+ * Run:    ./card on the device, or on a simulated board:
+ *         dravik-sim new board && mkdir board/tmp/mmcblk0p1/REC
+ *         dravik-sim run board -- ./card */
+#include <dravik.h>
+
+#include <stdio.h>
+
+static const struct {
+  uint8_t bit;
+  const char *name;
+} states[] = {{0x80, "present"}, {0x40, "write-protected"}, {0x20, "partitioned"},
+              {0x10, "mounted"}, {0x08, "FAT32"},           {0x04, "writable"}};
+
+static int print_state(void) {
+  uint8_t status;
+  const int result = sd_card_check(&status);
+  printf("memory card:");
+  for (size_t i = 0; i < sizeof states / sizeof *states; ++i)
+    if ((status & states[i].bit) != 0)
+      printf(" %s", states[i].name);
+  putchar('\n');
+  return result;
+}
+
+static void print_sizes(void) {
+  uint32_t sectors;
+  const int card = sd_card_get_raw_size(&sectors);
+  printf("%d MiB (%u sectors), file system %d MiB, free %d MiB\n", card, sectors, sd_card_get_part_size(),
+         sd_card_get_free_space());
+}
+
+static int print_recordings(void) {
+  struct rec_file_list list;
+  if (parse_rec_file_list(&list) != 0)
+    return 1;
+  printf("recordings: %d normal (%d MiB), %d event\n", list.normal_count, list.normal_size, list.event_count);
+  return 0;
+}
+
+static int fail(const char *problem) {
+  fprintf(stderr, "card: %s\n", problem);
+  return 1;
+}
+
+int main(int argc, char **argv) {
+  (void)argc;
+  (void)argv;
+  if (gpio_init() != 0) /* the write-protect switch is a GPIO line */
+    return fail("no GPIO driver");
+  const int state = print_state();
+  gpio_exit();
+  if (state != 0)
+    return fail("memory card not usable");
+  print_sizes();
+  return print_recordings() == 0 ? 0 : fail("no recordings directory; see /tmp/dravik.log");
+}
