@@ -1,0 +1,80 @@
+// A malloc() that returns one block of guarded memory. Include it in one file of a program: it takes the C
+// library's place there, except under a sanitizer: that has an allocator of its own, and AddressSanitizer
+// guards every block.
+#pragma once
+
+#include "support/guarded_memory.hpp"
+
+#include <dlfcn.h>
+
+namespace dravik::test {
+
+/// The size that is guarded; 0 for none.
+inline size_t guarded_size = 0;
+
+/// One block at a time, at the end of its memory; what it held stays there when it is freed.
+class guarded_block {
+public:
+  void *allocate(size_t size) noexcept {
+    if (is_used_ || size > memory_.all().size())
+      return nullptr;
+    is_used_ = true;
+    return memory_.last(size).data();
+  }
+  void release() noexcept { is_used_ = false; }
+  bool contains(const void *address) const noexcept { return memory_.contains(address); }
+
+private:
+  guarded_memory memory_{size_t{1} << 16};
+  bool is_used_ = false;
+};
+
+/// Null until the first block: programs allocate before their constructors run.
+inline guarded_block *current_guarded_block = nullptr;
+
+template <class Function> void find_next(Function &next, const char *name) noexcept {
+  if (next == nullptr)
+    next = reinterpret_cast<Function>(::dlsym(RTLD_NEXT, name));
+}
+
+inline void *allocate_guarded(size_t size) noexcept {
+  if (size == 0 || size != guarded_size)
+    return nullptr;
+  static guarded_block only;
+  current_guarded_block = &only;
+  return only.allocate(size);
+}
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+
+inline bool is_guarded(const void *) noexcept {
+  return true;
+}
+
+} // namespace dravik::test
+
+#else
+
+inline bool is_guarded(const void *address) noexcept {
+  return current_guarded_block != nullptr && current_guarded_block->contains(address);
+}
+
+} // namespace dravik::test
+
+extern "C" void *malloc(size_t size) noexcept {
+  if (void *const block = dravik::test::allocate_guarded(size); block != nullptr)
+    return block;
+  static void *(*next)(size_t) = nullptr;
+  dravik::test::find_next(next, "malloc");
+  return next(size);
+}
+
+extern "C" void free(void *block) noexcept {
+  if (dravik::test::is_guarded(block))
+    return dravik::test::current_guarded_block->release();
+  static void (*next)(void *) = nullptr;
+  dravik::test::find_next(next, "free");
+  next(block);
+}
+
+#endif
