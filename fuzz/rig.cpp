@@ -3,6 +3,7 @@
 #include "rig.hpp"
 #include "support/recorded_system.hpp"
 
+#include <algorithm>
 #include <filesystem>
 #include <sys/stat.h>
 
@@ -19,6 +20,7 @@ constexpr const char *board_folders[] = {
 
 rig &rig::the() {
   static rig only;
+  only.check_guard_band();
   test::recorded_commands.clear(); // those of the input before
   return only;
 }
@@ -35,12 +37,13 @@ void rig::put(const char *path, byte_span bytes) {
   require(std::fclose(file) == 0);
 }
 
-rig::rig() : pixels_(new uint16_t[width * height + padding_pixels]) {
+rig::rig() {
+  std::ranges::fill(guard_band(), guard_byte);
   make_board();
   require_simulator();
   test::require_recorder();
 
-  fbp = reinterpret_cast<uint8_t *>(pixels_.get());
+  fbp = memory_.last(screen_bytes).data();
   fbinfo[FBINFO_LINE_LENGTH] = width * 2;
   fbinfo[FBINFO_XRES] = width;
   fbinfo[FBINFO_YRES] = height;
@@ -49,7 +52,12 @@ rig::rig() : pixels_(new uint16_t[width * height + padding_pixels]) {
 }
 
 rig::~rig() {
+  check_guard_band();
   std::filesystem::remove_all(board_);
+}
+
+void rig::check_guard_band() const {
+  require(std::ranges::all_of(guard_band(), [](uint8_t byte) { return byte == guard_byte; }));
 }
 
 void rig::make_board() {

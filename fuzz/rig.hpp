@@ -1,15 +1,15 @@
 // What every fuzz target needs: a board of its own to keep the library from the host's files, a recorder in
-// the place of the host's shell, a screen whose memory ends where it says, and files that hold the input.
+// the place of the host's shell, a screen that ends at a protected page, and files that hold the input.
 #pragma once
 
 #include "dravik.h"
+#include "support/guarded_memory.hpp"
 
 #include <array>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <span>
 #include <string>
 
@@ -53,8 +53,16 @@ private:
   /// A row of odd width that ends with the screen leaves its padding in one pixel more.
   static constexpr size_t padding_pixels = 1;
 
+  /// The bytes between the protected page before the screen and its first pixel.
+  std::span<uint8_t> guard_band() const { return memory_.all().first(memory_.all().size() - screen_bytes); }
+  /// Ends the program when the input before has changed the guard band.
+  void check_guard_band() const;
+
+  static constexpr uint8_t guard_byte = 0x5A;
+  static constexpr size_t screen_bytes = (size_t{width} * height + padding_pixels) * sizeof(uint16_t);
+
   std::string board_;
-  std::unique_ptr<uint16_t[]> pixels_;
+  test::guarded_memory memory_{screen_bytes};
 };
 
 } // namespace dravik::fuzz

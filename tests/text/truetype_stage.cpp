@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <sys/mman.h>
 #include <unistd.h>
 
 namespace dravik::test {
@@ -37,19 +36,9 @@ size_t open_descriptors() {
   return static_cast<size_t>(std::distance(begin(open), end(open)));
 }
 
-page_end::page_end(const bytes &content) {
-  const auto page = static_cast<size_t>(::sysconf(_SC_PAGESIZE));
-  const size_t used = (content.size() + page - 1) / page * page;
-  size_ = used + page;
-  pages_ = ::mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  auto *const end = static_cast<uint8_t *>(pages_) + used;
-  if (pages_ == MAP_FAILED || ::mprotect(end, page, PROT_NONE) != 0)
-    std::abort();
-  data_ = std::copy(content.begin(), content.end(), end - content.size()) - content.size();
-}
-
-page_end::~page_end() {
-  ::munmap(pages_, size_);
+page_end::page_end(const bytes &content)
+    : memory_(content.size()), data_(memory_.last(content.size()).data()) {
+  std::ranges::copy(content, data_);
 }
 
 text_stage::text_stage(const screen_shape &shape) : screen_(shape) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "support/bytes.hpp"
+#include "support/guarded_memory.hpp"
 #include "support/screen.hpp"
 #include "support/stderr_capture.hpp"
 #include "text/truetype_model.hpp"
@@ -28,20 +29,16 @@ bytes little_endian(const std::u16string &text);
 /// How many descriptors this process has open.
 size_t open_descriptors();
 
-/// A block of memory right before memory that must not be touched.
+/// A copy of bytes that ends at a protected page.
 class page_end {
 public:
   explicit page_end(const bytes &content);
-  ~page_end();
-  page_end(const page_end &) = delete;
-  page_end &operator=(const page_end &) = delete;
 
   const void *data() const { return data_; }
 
 private:
-  void *pages_;
-  size_t size_;
-  void *data_;
+  guarded_memory memory_;
+  uint8_t *data_;
 };
 
 class text_stage {

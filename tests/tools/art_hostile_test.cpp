@@ -4,6 +4,7 @@
 
 #include "dravik-art/archive_file.hpp"
 #include "dravik.h"
+#include "support/guarded_memory.hpp"
 
 #include <algorithm>
 #include <cstring>
@@ -36,11 +37,11 @@ protected:
   }
 };
 
-/// A screen in memory of which every pixel that the library may write is its own.
+/// A screen that fills its pages, between protected ones.
 class test_screen {
 public:
-  test_screen() : memory_(size_t{side} * side) {
-    fbp = reinterpret_cast<uint8_t *>(memory_.data());
+  test_screen() {
+    fbp = memory_.all().data();
     fbinfo[FBINFO_LINE_LENGTH] = side * 2;
     fbinfo[FBINFO_XRES] = fbinfo[FBINFO_YRES] = side;
     fbinfo[FBINFO_SCREEN_SIZE] = side * side * 2;
@@ -49,17 +50,20 @@ public:
 
 private:
   static constexpr uint32_t side = 64;
-  std::vector<uint16_t> memory_;
+  test::guarded_memory memory_{side * side * 2};
+  static_assert(side * side * 2 % test::guarded_memory::page_bytes == 0);
 };
 
 /// Whether the library takes the bytes for an archive, and draws each image of it.
-bool library_draws(bytes archive) {
+bool library_draws(const bytes &archive) {
+  static const test::guarded_memory memory{4096}; // the archive ends at a protected page
   uint32_t count = 0, size = 0;
   std::memcpy(&count, archive.data() + 8, 4);
   std::memcpy(&size, archive.data() + 12, 4);
   if (size != archive.size() || count == 0)
     return false;
-  q7bmp_ptr[0] = archive.data();
+  q7bmp_ptr[0] = memory.last(archive.size()).data();
+  std::ranges::copy(archive, q7bmp_ptr[0]);
   q7bmp_str_num[0] = count;
   q7bmp_ptr_num = 1;
   bool is_drawn = true;
