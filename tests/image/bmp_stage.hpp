@@ -32,8 +32,9 @@ protected:
 
   void use_screen(const screen_shape &shape) { screen_.emplace(shape); }
 
-  /// Draws a file and expects all that the model expects. Gives the result.
-  int draw(const bytes &content, uint32_t x = 0, uint32_t y = 0, uint32_t mode = 0, uint8_t align = 0) {
+  /// Draw a file and compare all results with the model. Return the result.
+  int draw_and_compare(const bytes &content, uint32_t x = 0, uint32_t y = 0, uint32_t mode = 0,
+                       uint8_t align = 0) {
     write_file(path_, content);
     stderr_capture capture;
     const int result = fb_put_bmp_file(x, y, path_.c_str(), mode, align);

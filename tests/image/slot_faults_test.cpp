@@ -20,8 +20,8 @@ TEST_F(PictureSlotsShortOfMemory, LeaveTheSlotEmptyAndGoOn) {
   EXPECT_EQ(open_descriptors(), before);
   EXPECT_EQ(bmp_mem_num, 3);
   expect_refused(1, "BMP mem ptr is NULL, bmp_mem_idx=1");
-  EXPECT_EQ(show(1, 1, 0), 0);
-  EXPECT_EQ(show(1, 1, 2), 0);
+  EXPECT_EQ(show_and_compare(1, 1, 0), 0);
+  EXPECT_EQ(show_and_compare(1, 1, 2), 0);
 }
 
 TEST_F(PictureSlotsShortOfMemory, BlockGoesOnToTheNext256BytesAfterTheEnd) {

@@ -157,7 +157,7 @@ TEST_F(PictureSlots, KeepNoDescriptor) {
 TEST_F(PictureSlots, DoNotNeedTheFileAgain) {
   load({random_picture(5, 5).file()});
   board_.remove("pictures");
-  EXPECT_EQ(show(), 0);
+  EXPECT_EQ(show_and_compare(), 0);
 }
 
 TEST_F(PictureSlots, FreeingKeepsPointersAndNumberAndNothingIsDrawnAnyMore) {
@@ -176,7 +176,7 @@ TEST_F(PictureSlots, FreeingTwiceIsHarmless) {
   bmp_mem_free();
   bmp_mem_free();
   load({random_picture(5, 5).file()});
-  EXPECT_EQ(show(), 0);
+  EXPECT_EQ(show_and_compare(), 0);
   bmp_mem_free();
   bmp_mem_free();
   EXPECT_THAT(logged(), IsEmpty());
@@ -228,7 +228,7 @@ TEST_F(PictureSlots, BlockOfTheApplicationIsDrawn) {
   bytes own = random_picture(7, 3).file();
   files_[0] = own;
   bmp_mem_ptr[0] = own.data();
-  EXPECT_EQ(show(3, 4), 0);
+  EXPECT_EQ(show_and_compare(3, 4), 0);
   bmp_mem_ptr[0] = loaded;
 }
 

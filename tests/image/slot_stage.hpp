@@ -50,8 +50,9 @@ protected:
     bmp_mem_alloc(static_cast<int32_t>(files.size()), folder().c_str(), pointers.data());
   }
 
-  /// Draws a slot that load() filled and expects all that the model expects. Gives the result.
-  int show(uint32_t x = 0, uint32_t y = 0, int32_t slot = 0, int32_t mode = 0, uint8_t align = 0) {
+  /// Draw a slot that load() filled and compare all results with the model. Return the result.
+  int show_and_compare(uint32_t x = 0, uint32_t y = 0, int32_t slot = 0, int32_t mode = 0,
+                       uint8_t align = 0) {
     const int result = bmp_mem_show(x, y, slot, mode, align);
     EXPECT_EQ(result,
               model_.draw(screen_->model(), x, y, slot, files_.at(static_cast<size_t>(slot)), mode, align));

@@ -306,7 +306,7 @@ class FbPrintf : public PsfText {
 protected:
   /// Expects a format to draw plain text from (10, 20) on.
   template <class... Values>
-  void expect(const std::string &text, const char *format, const Values &...values) {
+  void expect_text(const std::string &text, const char *format, const Values &...values) {
     const psf_file font = use_random(8, 16);
     model(font, ink, paper).put(text, 10, 20);
     EXPECT_EQ(fb_printf(10, 20, ink, paper, 0, format, values...), 0);
@@ -315,109 +315,109 @@ protected:
 };
 
 TEST_F(FbPrintf, EmptyFormatDrawsNothing) {
-  expect("", "");
+  expect_text("", "");
 }
 TEST_F(FbPrintf, CellsStandSideBySide) {
-  expect("AB", "AB");
+  expect_text("AB", "AB");
 }
 TEST_F(FbPrintf, BytesAbove127AreGlyphs128To255) {
-  expect("\x80\xC4\xFF", "\x80\xC4\xFF");
+  expect_text("\x80\xC4\xFF", "\x80\xC4\xFF");
 }
 TEST_F(FbPrintf, NewlineAndTabBytesAreGlyphs) {
-  expect("a\nb\tc", "a\nb\tc");
+  expect_text("a\nb\tc", "a\nb\tc");
 }
 
 TEST_F(FbPrintf, Decimal) {
-  expect("42", "%d", 42);
+  expect_text("42", "%d", 42);
 }
 TEST_F(FbPrintf, DecimalLeast) {
-  expect("-2147483648", "%d", INT32_MIN);
+  expect_text("-2147483648", "%d", INT32_MIN);
 }
 TEST_F(FbPrintf, Hexadecimal) {
-  expect("deadbeef", "%x", 0xDEADBEEFU);
+  expect_text("deadbeef", "%x", 0xDEADBEEFU);
 }
 TEST_F(FbPrintf, HexadecimalZero) {
-  expect("0", "%x", 0U);
+  expect_text("0", "%x", 0U);
 }
 TEST_F(FbPrintf, Character) {
-  expect("Z", "%c", 'Z');
+  expect_text("Z", "%c", 'Z');
 }
 TEST_F(FbPrintf, CharacterIsTheLowByte) {
-  expect("Z", "%c", 0x1200 + 'Z');
+  expect_text("Z", "%c", 0x1200 + 'Z');
 }
 TEST_F(FbPrintf, CharacterAbove127) {
-  expect("\xE4", "%c", 0xE4);
+  expect_text("\xE4", "%c", 0xE4);
 }
 TEST_F(FbPrintf, CharacterZeroTakesNoCell) {
-  expect("ab", "a%cb", 0);
+  expect_text("ab", "a%cb", 0);
 }
 TEST_F(FbPrintf, CharacterWithLowByteZeroTakesNoCell) {
-  expect("ab", "a%cb", 0x100);
+  expect_text("ab", "a%cb", 0x100);
 }
 TEST_F(FbPrintf, General) {
-  expect("0.5|1e+10|-3.14159", "%g|%g|%g", 0.5, 1e10, -3.14159265);
+  expect_text("0.5|1e+10|-3.14159", "%g|%g|%g", 0.5, 1e10, -3.14159265);
 }
 TEST_F(FbPrintf, GeneralAtItsLongest) {
-  expect("-2.22507e-308", "%g", -2.2250738585072014e-308);
+  expect_text("-2.22507e-308", "%g", -2.2250738585072014e-308);
 }
 TEST_F(FbPrintf, PerCent) {
-  expect("42%", "%d%%", 42);
+  expect_text("42%", "%d%%", 42);
 }
 TEST_F(FbPrintf, ArgumentsInTheirOrder) {
-  expect("1 2.5 c ff%", "%d %g %c %x%%", 1, 2.5, 'c', 255U);
+  expect_text("1 2.5 c ff%", "%d %g %c %x%%", 1, 2.5, 'c', 255U);
 }
 
 TEST_F(FbPrintf, UnknownConversionThatComesFirstDrawsNothing) {
-  expect("ab", "a%sb");
+  expect_text("ab", "a%sb");
 }
 TEST_F(FbPrintf, UnknownConversionRepeatsTheOneBefore) {
-  expect("4242", "%d%u", 42);
+  expect_text("4242", "%d%u", 42);
 }
 TEST_F(FbPrintf, UnknownConversionTakesNoArgument) {
-  expect("1-1-2", "%d-%f-%d", 1, 2);
+  expect_text("1-1-2", "%d-%f-%d", 1, 2);
 }
 TEST_F(FbPrintf, UnknownConversionRepeatsAPerCentSign) {
-  expect("%%", "%%%s");
+  expect_text("%%", "%%%s");
 }
 TEST_F(FbPrintf, UnknownConversionRepeatsAnEmptyCharacter) {
-  expect("7a", "%d%ca%s", 7, 0);
+  expect_text("7a", "%d%ca%s", 7, 0);
 }
 TEST_F(FbPrintf, ShorterConversionLeavesNothingOfALongerOne) {
-  expect("1234567aa", "%d%c%s", 1234567, 'a');
+  expect_text("1234567aa", "%d%c%s", 1234567, 'a');
 }
 TEST_F(FbPrintf, FlagsAndWidthsAreUnknownAndTheRestIsText) {
-  expect("5|52d|", "%d|%02d|", 5);
+  expect_text("5|52d|", "%d|%02d|", 5);
 }
 TEST_F(FbPrintf, LengthModifiersAreUnknown) {
-  expect("5|5d", "%d|%ld", 5);
+  expect_text("5|5d", "%d|%ld", 5);
 }
 TEST_F(FbPrintf, UpperCaseLettersAreUnknown) {
-  expect("XY", "X%X%D%C%GY");
+  expect_text("XY", "X%X%D%C%GY");
 }
 TEST_F(FbPrintf, NothingIsKeptFromCallToCall) {
-  expect("42", "%d", 42);
-  expect("ab", "a%sb");
+  expect_text("42", "%d", 42);
+  expect_text("ab", "a%sb");
 }
 
 TEST_F(FbPrintf, PerCentSignAtTheEndRepeatsTheConversionBefore) {
-  expect("42742", "%d7%", 42);
-  expect("%%", "%%%");
+  expect_text("42742", "%d7%", 42);
+  expect_text("%%", "%%%");
 }
 TEST_F(FbPrintf, PerCentSignAtTheEndDrawsNothingAsTheFirstConversion) {
-  expect("ab", "ab%");
-  expect("", "%");
+  expect_text("ab", "ab%");
+  expect_text("", "%");
 }
 TEST_F(FbPrintf, PerCentSignAtTheEndRepeatsNothingAfterAnEmptyCharacter) {
-  expect("7", "%d%c%", 7, 0);
+  expect_text("7", "%d%c%", 7, 0);
 }
 TEST_F(FbPrintf, BackslashAtTheEndDrawsNothing) {
-  expect("ab", "ab\\");
+  expect_text("ab", "ab\\");
 }
 TEST_F(FbPrintf, BackslashWithAnotherCharacterDrawsNothing) {
-  expect("abc", "a\\tb\\\\c\\%\\d");
+  expect_text("abc", "a\\tb\\\\c\\%\\d");
 }
 TEST_F(FbPrintf, PerCentSignWithABackslashTakesBoth) {
-  expect("n", "%\\n");
+  expect_text("n", "%\\n");
 }
 
 TEST_F(FbPrintf, BackslashNMovesDownByOnePixelRow) {

@@ -16,8 +16,8 @@ class TrueTypeHostileFont : public testing::Test {
 protected:
   ~TrueTypeHostileFont() override { ::alarm(0); }
 
-  /// Draws with a font that may do anything; tells whether something was drawn.
-  bool survive(const bytes &font, const std::u16string &text, uint32_t size = 16) {
+  /// Draw with an untrusted font and compare with the model. Return whether something was drawn.
+  bool draw_and_compare(const bytes &font, const std::u16string &text, uint32_t size = 16) {
     const font_file file(font);
     ::alarm(patience_s);
     EXPECT_TRUE(stage.agree({.text = text, .font_size = size, .font = file.path(), .align = align_++ % 9}));
@@ -41,7 +41,7 @@ bytes damaged(const bytes &font, std::mt19937 &random) {
 }
 
 TEST_F(TrueTypeHostileFont, AnExcerptIsAGoodFont) {
-  EXPECT_TRUE(survive(make_excerpt(read_file(sans), 60), u"2.ABP@"));
+  EXPECT_TRUE(draw_and_compare(make_excerpt(read_file(sans), 60), u"2.ABP@"));
 }
 
 TEST_F(TrueTypeHostileFont, WithBytesChanged) {
@@ -51,7 +51,7 @@ TEST_F(TrueTypeHostileFont, WithBytesChanged) {
   int drawn = 0;
   for (int variant = 0; variant < 300; ++variant) {
     SCOPED_TRACE("seed " + std::to_string(seed) + ", variant " + std::to_string(variant));
-    drawn += survive(damaged(font, random), u"2.ABP@");
+    drawn += draw_and_compare(damaged(font, random), u"2.ABP@");
   }
   EXPECT_GT(drawn, 30);
   EXPECT_LT(drawn, 290);
@@ -63,7 +63,8 @@ TEST_F(TrueTypeHostileFont, CutOffAnywhere) {
   const bytes font = make_excerpt(read_file(sans), 60);
   for (int variant = 0; variant < 100; ++variant) {
     SCOPED_TRACE("seed " + std::to_string(seed) + ", variant " + std::to_string(variant));
-    survive(first_bytes(font, random_in(random, 0, static_cast<uint32_t>(font.size()) - 1)), u"2.ABP@");
+    draw_and_compare(first_bytes(font, random_in(random, 0, static_cast<uint32_t>(font.size()) - 1)),
+                     u"2.ABP@");
   }
 }
 
@@ -74,26 +75,26 @@ TEST_F(TrueTypeHostileFont, WithEveryByteOfItsHeadersChanged) {
       SCOPED_TRACE(testing::Message() << "byte " << at << " is " << value);
       bytes made = font;
       made[at] = static_cast<uint8_t>(value);
-      survive(made, u"AB A");
+      draw_and_compare(made, u"AB A");
     }
 }
 
 TEST_F(TrueTypeHostileFont, WithAnAbsurdAdvance) {
   const bytes font = make_truetype(16, {{65535, rectangle{0, 0, 16, 16}}});
-  EXPECT_TRUE(survive(font, u"A", 96));
+  EXPECT_TRUE(draw_and_compare(font, u"A", 96));
   EXPECT_EQ(str_width, 10 + 65535 * 6827 / 64 / 16 + 1 - 10); // 96 points are 6827/64 pixels
-  survive(font, u"AA", 96);                                   // the second one is too far away
+  draw_and_compare(font, u"AA", 96);                          // the second one is too far away
 }
 
 TEST_F(TrueTypeHostileFont, WithAbsurdAdvancesOf127Spaces) {
   const bytes font = make_truetype(16, {{65535}}, 65535);
-  survive(font, std::u16string(127, u' ') + u"A", 96);
+  draw_and_compare(font, std::u16string(127, u' ') + u"A", 96);
   EXPECT_GT(str_width, 50'000'000);
 }
 
 TEST_F(TrueTypeHostileFont, WithGlyphsHigherThanAnyScreen) {
   const bytes font = make_truetype(16, {{2000, rectangle{0, -2000, 4, 2000}}});
-  EXPECT_TRUE(survive(font, u"A", 9));
+  EXPECT_TRUE(draw_and_compare(font, u"A", 9));
   EXPECT_GT(str_height, 2000);
 }
 
@@ -102,13 +103,13 @@ TEST_F(TrueTypeHostileFont, WithBitmapsFarFromThePen) {
   for (const int place : {-32000, -700, 700, 32000}) {
     const std::string font = make_bdf(10, {{u'A', 1000, place, 0, block}, {u'B', 1000, 0, place, block}});
     for (const char16_t *text : {u"A", u"B", u"AB", u"BA"})
-      survive(bytes(font.begin(), font.end()), text, 9);
+      draw_and_compare(bytes(font.begin(), font.end()), text, 9);
   }
 }
 
 TEST_F(TrueTypeHostileFont, WithABitmapOfAbsurdAdvance) {
   const std::string font = make_bdf(10, {{u'A', 32000, 0, 0, {"####"}}});
-  EXPECT_TRUE(survive(bytes(font.begin(), font.end()), u"AAAA", 9));
+  EXPECT_TRUE(draw_and_compare(bytes(font.begin(), font.end()), u"AAAA", 9));
 }
 
 } // namespace
