@@ -3,8 +3,10 @@
 #include "board/card.hpp"
 #include "board/board_directory.hpp"
 #include "board/card_in_hand.hpp"
+#include "board/card_journal.hpp"
 #include "board/card_mount.hpp"
 #include "board/card_repair.hpp"
+#include "board/card_users.hpp"
 
 #include <cerrno>
 #include <cstring>
@@ -38,8 +40,12 @@ bool make_image(const std::string &path, uint32_t mebibytes, std::string &error)
   return false;
 }
 
+bool is_mounted(const std::string &board) {
+  return read_mount_state(board) != mount_state::none;
+}
+
 bool unmount_if_mounted(const std::string &board, std::string &error) {
-  return read_mount_state(board) == mount_state::none || unmount_files(board, error);
+  return !is_mounted(board) || unmount_files(board, error);
 }
 
 /// As the board does it by itself: without a word when there is nothing to mount.
@@ -51,8 +57,24 @@ void mount_if_possible(const std::string &board) {
 
 bool take_out(const std::string &board, std::string &error) {
   const card_files card{board};
-  return unmount_if_mounted(board, error) && move_file(card.image(), card.image_out_of_slot(), error) &&
-         report_card(board, error);
+  return unmount_if_mounted(board, error) && begin_report(board, error) &&
+         move_file(card.image(), card.image_out_of_slot(), error) && report_card(board, error);
+}
+
+bool put_in(const std::string &board, card_lock lock, std::string &error) {
+  const card_files card{board};
+  if (!has_card(board)) {
+    error = board + ": has no card";
+    return false;
+  }
+  if (card_is_in(board) && !take_out(board, error))
+    return false;
+  if (!replace_file(card.lock_line(), lock == card_lock::on ? "1\n" : "0\n", error) ||
+      !begin_report(board, error) || !move_file(card.image_out_of_slot(), card.image(), error) ||
+      !report_card(board, error))
+    return false;
+  mount_if_possible(board);
+  return true;
 }
 
 } // namespace
@@ -74,7 +96,10 @@ bool card_is_locked(const std::string &board) {
 }
 
 bool make_card(const std::string &board, uint32_t mebibytes, std::string &error) {
-  const std::string image = card_files{board}.image_out_of_slot();
+  const card_in_hand hand{board};
+  const card_files card{board};
+  if (!finish_interrupted(board, error))
+    return false;
   if (has_card(board)) {
     error = board + ": has a card already";
     return false;
@@ -82,53 +107,59 @@ bool make_card(const std::string &board, uint32_t mebibytes, std::string &error)
   std::string said;
   const partition place = first_partition(boot_record_for(mebibytes * sectors_of_a_mebibyte),
                                           uint64_t{mebibytes} * sectors_of_a_mebibyte);
-  if (!make_image(image, mebibytes, error))
+  if (!make_image(card.fresh_image(), mebibytes, error))
     return false;
-  if (make_file_system(image, place, {"-F", "32"}, &said) == 0)
-    return insert_card(board, card_lock::off, error);
+  if (make_file_system(card.fresh_image(), place, {"-F", "32"}, &said) == 0)
+    return move_file(card.fresh_image(), card.image_out_of_slot(), error) &&
+           put_in(board, card_lock::off, error);
   error = "mkfs.vfat: " + said;
-  ::unlink(image.c_str());
+  ::unlink(card.fresh_image().c_str());
   return false;
 }
 
 bool insert_card(const std::string &board, card_lock lock, std::string &error) {
   const card_in_hand hand{board};
-  const card_files card{board};
-  if (!has_card(board)) {
-    error = board + ": has no card";
-    return false;
-  }
-  if (card_is_in(board) && !take_out(board, error))
-    return false;
-  if (!move_file(card.image_out_of_slot(), card.image(), error) ||
-      !write_file(card.lock_line(), lock == card_lock::on ? "1\n" : "0\n", error) ||
-      !report_card(board, error))
-    return false;
-  mount_if_possible(board);
-  return true;
+  return finish_interrupted(board, error) && put_in(board, lock, error);
 }
 
 bool remove_card(const std::string &board, std::string &error) {
   const card_in_hand hand{board};
-  return !card_is_in(board) || take_out(board, error);
+  return finish_interrupted(board, error) && (!card_is_in(board) || take_out(board, error));
 }
 
 bool mount_card(const std::string &board, bool read_only, std::string &error) {
   const card_in_hand hand{board};
+  const bool was_mounted = is_mounted(board);
+  if (!finish_interrupted(board, error))
+    return false;
+  // A mount that was interrupted after its record is complete now; nobody has seen it yet.
+  if (!was_mounted && !unmount_if_mounted(board, error))
+    return false;
   return mount_files(board, read_only || card_is_locked(board) ? mount_way::read_only : mount_way::writable,
                      error);
 }
 
-bool unmount_card(const std::string &board, std::string &error) {
+bool unmount_card(const std::string &board, unmount_way way, std::string &error) {
   const card_in_hand hand{board};
+  const bool was_mounted = is_mounted(board);
+  if (!finish_interrupted(board, error))
+    return false;
+  if (was_mounted && !is_mounted(board))
+    return true; // the rest of an unmount that was interrupted
+  if (way == unmount_way::if_unused && is_mounted(board) && is_in_use(card_files{board}.mount_point())) {
+    error = "target is busy.";
+    return false;
+  }
   return unmount_files(board, error);
 }
 
 bool restart_card(const std::string &board, std::string &error) {
   const card_in_hand hand{board};
-  if (!card_is_in(board))
-    return true;
-  if (!unmount_if_mounted(board, error) || !report_card(board, error))
+  if (!finish_interrupted(board, error))
+    return false;
+  if (!card_is_in(board) || !unmount_if_mounted(board, error))
+    return true; // what cannot be written to the card remains mounted
+  if (!report_card(board, error))
     return false;
   mount_if_possible(board);
   return true;

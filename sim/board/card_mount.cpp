@@ -2,67 +2,28 @@
 
 #include "board/card_mount.hpp"
 #include "base/unique_fd.hpp"
-#include "board/board_directory.hpp"
+#include "board/card_image.hpp"
+#include "board/card_journal.hpp"
+#include "board/card_record.hpp"
 #include "board/card_reports.hpp"
 #include "board/host_tool.hpp"
 #include "board/settings_text.hpp"
+#include "board/sparse_file.hpp"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <iterator>
-#include <map>
+#include <optional>
 #include <set>
-#include <sys/stat.h>
 
 namespace dravik::sim {
 namespace {
 
 namespace files = std::filesystem;
 using words = std::vector<std::string>;
-
-/// Every path below the mount point, with what tells one state of it from another.
-using file_list = std::map<std::string, std::string>;
-
-std::string stamp_of(const std::string &path) {
-  struct stat status;
-  if (::lstat(path.c_str(), &status) != 0 || S_ISDIR(status.st_mode))
-    return "directory";
-  return std::to_string(status.st_size) + " " + std::to_string(status.st_ctim.tv_sec) + "." +
-         std::to_string(status.st_ctim.tv_nsec);
-}
-
-file_list list_files(const std::string &directory) {
-  file_list list;
-  std::error_code code;
-  for (files::recursive_directory_iterator entry{directory, code};
-       !code && entry != files::recursive_directory_iterator{}; entry.increment(code)) {
-    const std::string path = entry->path().string();
-    list.emplace(path.substr(directory.size() + 1), stamp_of(path));
-  }
-  return list;
-}
-
-bool save(const file_list &list, const std::string &path, std::string &error) {
-  std::string text;
-  for (const auto &[name, stamp] : list)
-    text += stamp + "\t" + name + "\n";
-  return write_file(path, text, error);
-}
-
-file_list load(const std::string &path) {
-  std::string text;
-  std::string error;
-  file_list list;
-  if (!read_file(path, text, error))
-    return list;
-  for (std::string_view rest = text; !rest.empty();) {
-    std::string_view line = take_until(rest, '\n');
-    const std::string stamp{take_until(line, '\t')};
-    list.emplace(line, stamp);
-  }
-  return list;
-}
 
 std::set<std::string> names_at_top(const file_list &list) {
   std::set<std::string> names;
@@ -77,11 +38,11 @@ file_list difference(const file_list &one, const file_list &other) {
   return list;
 }
 
-/// The words that begin a command of mtools for the card's file system.
-words tool_on_card(const std::string &board, const words &tool) {
+/// The words that begin a command of mtools for the file system on an image of the card.
+words tool_on_image(const std::string &board, const std::string &image, const words &tool) {
   words command = tool;
   command.emplace_back("-i");
-  command.push_back(card_files{board}.image() + "@@" + std::to_string(known_partition(board).start_bytes()));
+  command.push_back(image + "@@" + std::to_string(known_partition(board).start_bytes()));
   return command;
 }
 
@@ -115,32 +76,61 @@ std::string why_not_mountable(const std::string &board) {
   return lacking.empty() ? "" : "this machine lacks " + lacking;
 }
 
-/// Whether all of the card could be read.
-bool copy_out(const std::string &board) {
-  std::string names;
-  words look = tool_on_card(board, {"mdir", "-a", "-b"});
+/// The names that mdir reports of an image, as paths from the root; none if it cannot be read.
+std::optional<std::set<std::string>> names_on_image(const std::string &board, const std::string &image,
+                                                    const words &options) {
+  words look = tool_on_image(board, image, {"mdir", "-a", "-b"});
+  look.insert(look.end(), options.begin(), options.end());
   look.emplace_back("::");
-  if (run_tool(look, &names) != 0)
-    return false;
-  if (names.empty())
-    return true;
-  words copy = tool_on_card(board, {"mcopy", "-s", "-p", "-m", "-n"});
-  copy.insert(copy.end(), {"::/*", card_files{board}.mount_point()});
-  return run_tool(copy, &names) == 0;
+  std::string said;
+  if (run_tool(look, &said) != 0)
+    return std::nullopt;
+  std::set<std::string> names;
+  for (std::string_view rest = said; !rest.empty();) {
+    std::string_view name = take_until(rest, '\n');
+    name.remove_prefix(name.starts_with("::/") ? 3 : 0);
+    name.remove_suffix(name.ends_with('/') ? 1 : 0);
+    if (!name.empty())
+      names.emplace(name);
+  }
+  return names;
 }
 
-/// An empty mount point; what was there before is kept aside.
-bool clear_way(const card_files &card, std::string &error) {
+/// All paths on an image. mdir -/ fails on a file system without files.
+std::optional<std::set<std::string>> paths_on_image(const std::string &board, const std::string &image) {
+  auto names = names_on_image(board, image, {});
+  return names && !names->empty() ? names_on_image(board, image, {"-/"}) : names;
+}
+
+/// mcopy writes all zeros of a file.
+void make_sparse(const std::string &directory) {
   std::error_code code;
-  files::create_directories(card.mount_point(), code);
-  files::create_directories(card.board + "/card", code);
-  files::remove_all(card.below_mount(), code);
-  if (!files::is_empty(card.mount_point(), code) && !code) {
-    files::rename(card.mount_point(), card.below_mount(), code);
-    files::create_directory(card.mount_point(), code);
-  }
+  for (files::recursive_directory_iterator entry{directory, code};
+       !code && entry != files::recursive_directory_iterator{}; entry.increment(code))
+    if (const unique_fd file{::open(entry->path().c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC)}; file)
+      free_zeros(file.get());
+}
+
+/// Fill a directory with the files of the card. Returns whether all of the card could be read.
+bool copy_out(const std::string &board, const std::string &directory) {
+  const std::string image = card_files{board}.image();
+  const auto names = names_on_image(board, image, {});
+  if (!names || names->empty())
+    return names.has_value();
+  words copy = tool_on_image(board, image, {"mcopy", "-s", "-p", "-m", "-n"});
+  copy.insert(copy.end(), {"::/*", directory});
+  std::string said;
+  const bool is_whole = run_tool(copy, &said) == 0;
+  make_sparse(directory);
+  return is_whole;
+}
+
+bool make_empty_directory(const std::string &path, std::string &error) {
+  std::error_code code;
+  files::remove_all(path, code);
+  files::create_directories(path, code);
   if (code)
-    error = card.mount_point() + ": " + code.message();
+    error = path + ": " + code.message();
   return !code;
 }
 
@@ -150,19 +140,49 @@ bool fits(const std::string &board, std::string &error) {
   const unique_fd directory{
       ::open(card_files{board}.mount_point().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
   const fat_volume volume = volume_of(board);
-  if (volume.clusters == 0) {
-    error = "has no FAT file system any more";
-    return false;
-  }
   if (clusters_of_tree(directory.get(), volume.cluster_bytes) <= volume.clusters)
     return true;
   error = "what was written does not fit on the card";
   return false;
 }
 
-bool change_card(words command, const words &names, std::string &error) {
-  if (names.empty())
-    return true;
+/// What an image needs to have the files of the mount point.
+struct card_changes {
+  words gone;  ///< paths on the image
+  words fresh; ///< names in the mount point
+
+  bool none() const { return gone.empty() && fresh.empty(); }
+};
+
+/// Of an image as it was mounted: what differs is replaced, with all below it.
+card_changes changes_since(const file_list &before, const file_list &now,
+                           const std::set<std::string> &on_image) {
+  const std::set<std::string> names = names_at_top(now);
+  card_changes changes;
+  for (const std::string &name : names_at_top(difference(before, now))) {
+    if (on_image.contains(name))
+      changes.gone.push_back(name);
+    if (names.contains(name))
+      changes.fresh.push_back(name);
+  }
+  return changes;
+}
+
+/// Of an image that something else has changed meanwhile: all files are written, and only what was removed
+/// from the mount point is removed.
+card_changes changes_of_foreign_image(const file_list &before, const file_list &now,
+                                      const std::set<std::string> &on_image) {
+  card_changes changes;
+  for (const auto &[path, stamp] : before)
+    if (!now.contains(path) && on_image.contains(path) &&
+        (changes.gone.empty() || !path.starts_with(changes.gone.back() + "/")))
+      changes.gone.push_back(path);
+  const std::set<std::string> names = names_at_top(now);
+  changes.fresh.assign(names.begin(), names.end());
+  return changes;
+}
+
+bool change_image(words command, const words &names, std::string &error) {
   command.insert(command.end(), names.begin(), names.end());
   std::string said;
   const bool done = run_tool(command, &said) == 0;
@@ -171,36 +191,73 @@ bool change_card(words command, const words &names, std::string &error) {
   return done;
 }
 
-bool copy_back(const std::string &board, std::string &error) {
-  const card_files card{board};
-  const file_list before = load(card.list());
-  const file_list now = list_files(card.mount_point());
-  const std::set<std::string> old_names = names_at_top(before);
-  const std::set<std::string> new_names = names_at_top(now);
-  words gone;
-  words fresh;
-  for (const std::string &name : names_at_top(difference(before, now))) {
-    if (old_names.contains(name))
-      gone.push_back(name_on_card(name));
-    if (new_names.contains(name))
-      fresh.push_back(card.mount_point() + "/" + name);
-  }
-  if (gone.empty() && fresh.empty())
-    return true;
-  if (!fresh.empty())
-    fresh.emplace_back("::/");
-  return fits(board, error) && change_card(tool_on_card(board, {"mdeltree"}), gone, error) &&
-         change_card(tool_on_card(board, {"mcopy", "-s", "-m", "-o"}), fresh, error);
+bool remove_from_image(const std::string &board, const std::string &image, const words &paths,
+                       std::string &error) {
+  words names;
+  std::ranges::transform(paths, std::back_inserter(names), name_on_card);
+  return names.empty() || change_image(tool_on_image(board, image, {"mdeltree"}), names, error);
 }
 
-void show_what_was_below(const card_files &card) {
+bool add_to_image(const std::string &board, const std::string &image, const words &names,
+                  std::string &error) {
+  words sources;
+  for (const std::string &name : names)
+    sources.push_back(card_files{board}.mount_point() + "/" + name);
+  sources.emplace_back("::/");
+  return names.empty() ||
+         change_image(tool_on_image(board, image, {"mcopy", "-s", "-m", "-o"}), sources, error);
+}
+
+/// Names that are one on the card, "film" and "Film" for example, would cost one of the files.
+bool has_all(const std::string &board, const std::string &image, const file_list &expected,
+             std::string &error) {
+  const auto paths = paths_on_image(board, image);
+  const bool is_complete = paths && paths->size() >= expected.size();
+  if (!is_complete)
+    error = "two of its names are the same on the card";
+  return is_complete;
+}
+
+bool update_image(const std::string &board, const card_changes &changes, const file_list &now,
+                  std::string &error) {
+  fresh_image image{board};
+  if (!image.copy_all()) {
+    error = "the card cannot be copied: " + std::string{std::strerror(errno)};
+    return false;
+  }
+  if (!remove_from_image(board, image.path(), changes.gone, error) ||
+      !add_to_image(board, image.path(), changes.fresh, error) || !has_all(board, image.path(), now, error))
+    return false;
+  if (image.replace_card())
+    return true;
+  error = std::string{"the card cannot be replaced: "} + std::strerror(errno);
+  return false;
+}
+
+enum class written : uint8_t { all, none, unusable_card };
+
+/// Write what has changed in the mount point to the image.
+written copy_back(const std::string &board, const mount_record &record, std::string &error) {
+  const card_files card{board};
+  const bool is_foreign = stamp_of_image(card.image()) != record.image;
+  const file_list now = list_files(card.mount_point());
   std::error_code code;
-  for (const auto &entry : files::directory_iterator{card.mount_point(), code})
-    files::remove_all(entry.path(), code);
-  if (!files::exists(card.below_mount(), code))
-    return;
-  files::remove(card.mount_point(), code);
-  files::rename(card.below_mount(), card.mount_point(), code);
+  if (!files::exists(card.mount_point(), code) || (!is_foreign && now == record.files))
+    return written::all;
+  const auto on_image = volume_of(board).clusters != 0 ? paths_on_image(board, card.image()) : std::nullopt;
+  const written otherwise = is_foreign ? written::unusable_card : written::none;
+  if (!on_image) {
+    const std::string lacking = lacking_card_tools();
+    error = lacking.empty() ? "its file system cannot be read" : "this machine lacks " + lacking;
+    return lacking.empty() ? otherwise : written::none;
+  }
+  const card_changes changes = is_foreign ? changes_of_foreign_image(record.files, now, *on_image)
+                                          : changes_since(record.files, now, *on_image);
+  if (changes.none())
+    return written::all;
+  if (!fits(board, error))
+    return written::none;
+  return update_image(board, changes, now, error) ? written::all : otherwise;
 }
 
 } // namespace
@@ -208,27 +265,32 @@ void show_what_was_below(const card_files &card) {
 bool mount_files(const std::string &board, mount_way way, std::string &error) {
   const card_files card{board};
   error = why_not_mountable(board);
-  if (!error.empty() || !clear_way(card, error))
+  if (!error.empty() || !make_empty_directory(card.staged(), error))
     return false;
-  const bool is_sound = copy_out(board);
-  const mount_state state =
-      is_sound && way == mount_way::writable ? mount_state::writable : mount_state::read_only;
-  return save(list_files(card.mount_point()), card.list(), error) && report_mount(board, state, error);
+  const bool is_whole = copy_out(board, card.staged());
+  const mount_record record = {is_whole && way == mount_way::writable, stamp_of_image(card.image()),
+                               list_files(card.staged())};
+  return save_record(card.record(), record, error) && put_in_place(board, error);
 }
 
 bool unmount_files(const std::string &board, std::string &error) {
-  const card_files card{board};
-  const mount_state state = read_mount_state(board);
-  std::error_code code;
-  const bool has_image = files::exists(card.list(), code); // otherwise someone wrote the list by hand
-  if (state == mount_state::none)
+  const auto record = load_record(card_files{board}.record());
+  if (!record && read_mount_state(board) == mount_state::none) {
     error = "is not mounted";
-  if (state == mount_state::none || (has_image && state == mount_state::writable && !copy_back(board, error)))
     return false;
-  if (has_image)
-    show_what_was_below(card);
-  files::remove(card.list(), code);
-  return report_mount(board, mount_state::none, error);
+  }
+  if (!record) // /proc/mounts was written by hand
+    return report_mount(board, mount_state::none, error);
+  switch (record->is_writable ? copy_back(board, *record, error) : written::all) {
+  case written::all:
+    return put_away(board, error);
+  case written::unusable_card:
+    error += "; its files stay in " + card_files{board}.mount_point();
+    return leave_files_behind(board, error);
+  case written::none:
+    break;
+  }
+  return false;
 }
 
 } // namespace dravik::sim

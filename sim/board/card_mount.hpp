@@ -7,12 +7,13 @@ namespace dravik::sim {
 
 enum class mount_way : bool { writable, read_only };
 
-/// Shows the files of the card at its mount point, and nothing else there. Reading that stumbles over a
-/// broken chain makes the mount read-only, as the kernel does it. On failure gives false and says why.
+/// Show the files of the card at its mount point, and nothing else there. A card that cannot be read in full
+/// is mounted read-only, as the kernel does it. Return false and set `error` on failure.
 [[nodiscard]] bool mount_files(const std::string &board, mount_way way, std::string &error);
 
-/// Brings what has changed at the mount point to the card, and shows again what was there before. What does
-/// not fit on the card stays where it is, mounted: false, with the reason.
+/// Write what has changed at the mount point to the card, and show again what was there before. If the files
+/// do not fit, they remain mounted: false, with the reason in `error`. If the application has destroyed the
+/// card's file system, they remain in the directory, and `error` is a warning.
 [[nodiscard]] bool unmount_files(const std::string &board, std::string &error);
 
 } // namespace dravik::sim

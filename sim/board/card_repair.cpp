@@ -2,7 +2,9 @@
 
 #include "board/card_repair.hpp"
 #include "board/card.hpp"
+#include "board/card_image.hpp"
 #include "board/card_in_hand.hpp"
+#include "board/card_journal.hpp"
 #include "board/host_tool.hpp"
 
 #include <algorithm>
@@ -54,11 +56,11 @@ int exit_status(int status, int otherwise) {
 class partition_copy {
 public:
   explicit partition_copy(const std::string &board)
-      : path_(card_files{board}.copy_of_partition()), place_(known_partition(board)),
-        card_(::open(card_files{board}.image().c_str(), O_RDWR | O_CLOEXEC)),
+      : board_(board), path_(card_files{board}.copy_of_partition()), place_(known_partition(board)),
         copy_(::open(path_.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0644)) {
-    is_whole_ = card_ && copy_ && ::ftruncate(copy_.get(), static_cast<off_t>(place_.length_bytes())) == 0 &&
-                copy_region(card_.get(), place_.start_bytes(), copy_.get(), 0, place_.length_bytes());
+    const unique_fd card{::open(card_files{board}.image().c_str(), O_RDONLY | O_CLOEXEC)};
+    is_whole_ = card && copy_ && ::ftruncate(copy_.get(), static_cast<off_t>(place_.length_bytes())) == 0 &&
+                copy_region(card.get(), place_.start_bytes(), copy_.get(), 0, place_.length_bytes());
   }
   ~partition_copy() { ::unlink(path_.c_str()); }
   partition_copy(const partition_copy &) = delete;
@@ -66,17 +68,46 @@ public:
 
   bool is_whole() const { return is_whole_; }
   const std::string &path() const { return path_; }
-  bool bring_back() const {
-    return copy_region(copy_.get(), 0, card_.get(), place_.start_bytes(), place_.length_bytes());
+  bool replaces_partition() const {
+    fresh_image image{board_};
+    return image.copy_around(place_) &&
+           copy_region(copy_.get(), 0, image.file().get(), place_.start_bytes(), place_.length_bytes()) &&
+           image.replace_card();
   }
 
 private:
+  std::string board_;
   std::string path_;
   partition place_;
-  unique_fd card_;
   unique_fd copy_;
   bool is_whole_ = false;
 };
+
+int check_partition(const std::string &board, const std::vector<std::string> &options, bool only_looks,
+                    std::string &error) {
+  const partition_copy copy{board};
+  std::vector<std::string> command = {"fsck.fat"};
+  command.insert(command.end(), options.begin(), options.end());
+  command.push_back(copy.path());
+  const int status = copy.is_whole() ? run_tool(command) : -1;
+  if (status != -1 && (only_looks || copy.replaces_partition()))
+    return exit_status(status, check_failed);
+  error = status == -1 && copy.is_whole() ? "this machine lacks " + lacking_card_tools()
+                                          : std::string{"the card cannot be copied: "} + std::strerror(errno);
+  return check_failed;
+}
+
+int format_partition(const std::string &board, const std::vector<std::string> &options, std::string &error) {
+  const partition place = known_partition(board);
+  fresh_image image{board};
+  const bool is_ready = image.copy_around(place);
+  const int status = is_ready ? make_file_system(image.path(), place, options, nullptr) : -1;
+  if (is_ready && (status != 0 || image.replace_card()))
+    error = status == -1 ? "this machine lacks " + lacking_card_tools() : "";
+  else
+    error = std::string{"the card cannot be copied: "} + std::strerror(errno);
+  return error.empty() ? exit_status(status, format_failed) : format_failed;
+}
 
 } // namespace
 
@@ -92,32 +123,18 @@ int check_card(const std::string &board, const std::vector<std::string> &options
   const card_in_hand hand{board};
   const bool only_looks = std::ranges::any_of(
       options, [](const std::string &word) { return word.find('n') != std::string::npos; });
-  error = obstacle(board, !only_looks, are_known(options, check_options));
-  if (!error.empty())
-    return check_failed;
-  const partition_copy copy{board};
-  std::vector<std::string> command = {"fsck.fat"};
-  command.insert(command.end(), options.begin(), options.end());
-  command.push_back(copy.path());
-  const int status = copy.is_whole() ? run_tool(command) : -1;
-  if (status != -1 && (only_looks || copy.bring_back()))
-    return exit_status(status, check_failed);
-  error = status == -1 && copy.is_whole() ? "this machine lacks " + lacking_card_tools()
-                                          : std::string{"the card cannot be copied: "} + std::strerror(errno);
-  return check_failed;
+  if (finish_interrupted(board, error))
+    error = obstacle(board, !only_looks, are_known(options, check_options));
+  return error.empty() ? check_partition(board, options, only_looks, error) : check_failed;
 }
 
 int format_card(const std::string &board, const std::vector<std::string> &options, std::string &error) {
   const card_in_hand hand{board};
-  error = read_mount_state(board) != mount_state::none
-              ? "contains a mounted file system"
-              : obstacle(board, true, are_known(options, format_options));
-  if (!error.empty())
-    return format_failed;
-  const int status = make_file_system(card_files{board}.image(), known_partition(board), options, nullptr);
-  if (status == -1)
-    error = "this machine lacks " + lacking_card_tools();
-  return exit_status(status, format_failed);
+  if (finish_interrupted(board, error))
+    error = read_mount_state(board) != mount_state::none
+                ? "contains a mounted file system"
+                : obstacle(board, true, are_known(options, format_options));
+  return error.empty() ? format_partition(board, options, error) : format_failed;
 }
 
 } // namespace dravik::sim

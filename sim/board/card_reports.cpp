@@ -74,11 +74,7 @@ bool report_partition(const std::string &board, const partition &first, std::str
          write_file(below + "size", std::to_string(first.length) + "\n", error);
 }
 
-} // namespace
-
-bool report_card(const std::string &board, std::string &error) {
-  if (!report_empty_slot(board, error))
-    return false;
+bool report_slot(const std::string &board, std::string &error) {
   const unique_fd card{::open(card_files{board}.image().c_str(), O_RDONLY | O_CLOEXEC)};
   struct stat status;
   if (!card || ::fstat(card.get(), &status) != 0)
@@ -91,6 +87,19 @@ bool report_card(const std::string &board, std::string &error) {
     lines += partition_line(1, first.length, "mmcblk0p1");
   return write_file(below_sys(board) + "/size", std::to_string(sectors) + "\n", error) &&
          (first.length == 0 || report_partition(board, first, error)) && replace_file(list, lines, error);
+}
+
+} // namespace
+
+bool begin_report(const std::string &board, std::string &error) {
+  return write_file(card_files{board}.report_begun(), {}, error);
+}
+
+bool report_card(const std::string &board, std::string &error) {
+  if (!begin_report(board, error) || !report_empty_slot(board, error) || !report_slot(board, error))
+    return false;
+  ::unlink(card_files{board}.report_begun().c_str());
+  return true;
 }
 
 partition known_partition(const std::string &board) {

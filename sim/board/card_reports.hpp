@@ -14,13 +14,21 @@ struct card_files {
   std::string image() const { return board + "/dev/mmcblk0"; }
   std::string image_out_of_slot() const { return board + "/card/mmcblk0"; }
   std::string mount_point() const { return board + "/tmp/mmcblk0p1"; }
-  std::string below_mount() const { return board + "/card/below"; } ///< what the mount point held before
-  std::string list() const { return board + "/card/files"; } ///< what the card held when it was mounted
+  std::string fresh_image() const { return board + "/card/mmcblk0.new"; } ///< until it replaces the image
   std::string copy_of_partition() const { return board + "/card/mmcblk0p1"; }
+  std::string record() const { return board + "/card/files"; }        ///< exists while the card is mounted
+  std::string staged() const { return board + "/card/mounting"; }     ///< the next mount point
+  std::string below_mount() const { return board + "/card/below"; }   ///< what the mount point held before
+  std::string discarded() const { return board + "/card/unmounted"; } ///< the previous mount point
+  std::string report_begun() const { return board + "/card/report"; } ///< exists until report_card() is done
   std::string lock_line() const { return board + "/gpio/68"; }
 
   std::string board;
 };
+
+/// Announce report_card(): if the process is killed before its end, the next action calls it. Return false
+/// and set `error` on failure.
+[[nodiscard]] bool begin_report(const std::string &board, std::string &error);
 
 /// Looks at the card in the slot, or at the empty slot, and tells of it; the partition
 /// is what the card's boot record says now. On failure gives false and says why.

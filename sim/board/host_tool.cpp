@@ -3,13 +3,10 @@
 #include "board/host_tool.hpp"
 #include "base/unique_fd.hpp"
 
-#include <algorithm>
 #include <array>
-#include <cstdlib>
+#include <csignal>
 #include <fcntl.h>
 #include <spawn.h>
-#include <sstream>
-#include <string_view>
 #include <sys/wait.h>
 
 namespace dravik::sim {
@@ -24,25 +21,18 @@ constexpr std::array<std::pair<const char *, const char *>, 5> card_tools = {{
 }};
 
 std::string find_tool(const std::string &name) {
-  const char *path = std::getenv("PATH");
-  std::istringstream directories{std::string{path != nullptr ? path : ""} + ":/usr/sbin:/sbin:/usr/bin:/bin"};
-  for (std::string directory; std::getline(directories, directory, ':');) {
-    const std::string candidate = directory + "/" + name;
-    if (directory.starts_with('/') && ::access(candidate.c_str(), X_OK) == 0)
+  for (const char *directory :
+       {"/usr/local/sbin/", "/usr/local/bin/", "/usr/sbin/", "/usr/bin/", "/sbin/", "/bin/"})
+    if (const std::string candidate = directory + name; ::access(candidate.c_str(), X_OK) == 0)
       return candidate;
-  }
   return {};
 }
 
-/// Without the simulator; the names of files in UTF-8 and no word about the shape of disks, for mtools.
+/// Nothing of the application's: its PATH, TZ or MTOOLS_* would change what is on the card. Names of files
+/// are UTF-8, and mtools accepts any geometry.
 std::vector<std::string> tool_environment() {
-  constexpr std::string_view left_out[] = {"LD_PRELOAD=", "DRAVIK_BOARD=", "LC_ALL=", "MTOOLS"};
-  std::vector<std::string> variables = {"LC_ALL=C.UTF-8", "MTOOLS_SKIP_CHECK=1", "MTOOLSRC=/dev/null"};
-  for (char **variable = environ; *variable != nullptr; ++variable)
-    if (std::ranges::none_of(
-            left_out, [=](std::string_view start) { return std::string_view{*variable}.starts_with(start); }))
-      variables.emplace_back(*variable);
-  return variables;
+  return {"PATH=/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL=C.UTF-8", "MTOOLS_SKIP_CHECK=1",
+          "MTOOLSRC=/dev/null"};
 }
 
 std::vector<char *> pointers_to(std::vector<std::string> &texts) {
@@ -53,6 +43,27 @@ std::vector<char *> pointers_to(std::vector<std::string> &texts) {
   return pointers;
 }
 
+/// A tool inherits neither ignored nor blocked signals.
+class default_signals {
+public:
+  default_signals() {
+    sigset_t signals;
+    ::posix_spawnattr_init(&attributes_);
+    ::sigemptyset(&signals);
+    ::posix_spawnattr_setsigmask(&attributes_, &signals);
+    ::sigfillset(&signals);
+    ::posix_spawnattr_setsigdefault(&attributes_, &signals);
+    ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+  }
+  ~default_signals() { ::posix_spawnattr_destroy(&attributes_); }
+  default_signals(const default_signals &) = delete;
+  default_signals &operator=(const default_signals &) = delete;
+  const posix_spawnattr_t *get() const { return &attributes_; }
+
+private:
+  posix_spawnattr_t attributes_;
+};
+
 pid_t start(const std::string &path, std::vector<std::string> words, int output) {
   std::vector<std::string> variables = tool_environment();
   posix_spawn_file_actions_t actions;
@@ -62,8 +73,9 @@ pid_t start(const std::string &path, std::vector<std::string> words, int output)
     ::posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
     ::posix_spawn_file_actions_adddup2(&actions, output, STDERR_FILENO);
   }
+  const default_signals signals;
   pid_t child = -1;
-  const int error = ::posix_spawn(&child, path.c_str(), &actions, nullptr, pointers_to(words).data(),
+  const int error = ::posix_spawn(&child, path.c_str(), &actions, signals.get(), pointers_to(words).data(),
                                   pointers_to(variables).data());
   ::posix_spawn_file_actions_destroy(&actions);
   return error == 0 ? child : -1;

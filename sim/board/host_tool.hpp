@@ -6,9 +6,9 @@
 
 namespace dravik::sim {
 
-/// Runs a tool of the host, found in PATH or where the system's own tools lie, to its end and past the
-/// simulator. Gives its status as waitpid() does, -1 when there is no such tool. With `said`, what it writes
-/// goes there instead of to this program's own output.
+/// Run a tool of the host from the system's own directories, with an environment of its own. Returns its
+/// status as waitpid() reports it, -1 if there is no such tool. Its output is stored in `said` if that is not
+/// null.
 int run_tool(const std::vector<std::string> &words, std::string *said = nullptr);
 
 /// The tools that a card needs and this host lacks, with their packages; empty when all are there.

@@ -17,8 +17,24 @@ using options = std::vector<std::string>;
 
 constexpr int mount_failed = 32; ///< as mount(8) and umount(8) say it
 
+/// The text is a warning if the action succeeded.
 int told(const char *action, bool done, const std::string &error, int status = failed) {
-  return done ? 0 : fail(std::string{action} + ": " + error, status);
+  if (done && error.empty())
+    return 0;
+  return fail(std::string{action} + ": " + error, done ? 0 : status);
+}
+
+/// The same in the words of mount(8) and umount(8), whose place these actions take.
+int told_as_by(const char *subject, bool done, const std::string &error) {
+  if (!error.empty())
+    std::fprintf(stderr, "%s: %s\n", subject, error.c_str());
+  return done ? 0 : mount_failed;
+}
+
+bool has_option(const options &given, char letter) {
+  return std::ranges::any_of(given, [=](const std::string &word) {
+    return word.starts_with('-') && !word.starts_with("--") && word.find(letter) != std::string::npos;
+  });
 }
 
 /// -r, -o ro and -o remount,ro,... make the mount read-only; -t and the other options make no difference.
@@ -46,12 +62,14 @@ int take_out(const std::string &board, const options &) {
 int mount(const std::string &board, const options &given) {
   std::string error;
   const bool done = mount_card(board, asks_for_read_only(given), error);
-  return told("mount: /dev/mmcblk0p1", done, error, mount_failed);
+  return told_as_by("mount: /dev/mmcblk0p1", done, error);
 }
 
-int unmount(const std::string &board, const options &) {
+int unmount(const std::string &board, const options &given) {
+  const bool is_lazy = has_option(given, 'l') || std::ranges::find(given, "--lazy") != given.end();
   std::string error;
-  return told("umount: /dev/mmcblk0p1", unmount_card(board, error), error, mount_failed);
+  const bool done = unmount_card(board, is_lazy ? unmount_way::detached : unmount_way::if_unused, error);
+  return told_as_by("umount: /tmp/mmcblk0p1", done, error);
 }
 
 int check(const std::string &board, const options &given) {

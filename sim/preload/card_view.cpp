@@ -69,6 +69,10 @@ bool is_on_card(const char *name) noexcept {
          (path.size() == card_folder.size() || path[card_folder.size()] == '/');
 }
 
+bool card_is_mounted() noexcept {
+  return !mount_line(board_text{"proc/mounts"}).empty();
+}
+
 bool card_is_read_only() noexcept {
   const board_text mounts{"proc/mounts"};
   return mount_line(mounts).find(" vfat ro") != std::string_view::npos;

@@ -19,6 +19,8 @@ card_room read_card_room() noexcept;
 /// Whether an application's name leads to the files of the card.
 bool is_on_card(const char *name) noexcept;
 
+bool card_is_mounted() noexcept;
+
 /// Whether the files of the card are mounted, and not to be written.
 bool card_is_read_only() noexcept;
 

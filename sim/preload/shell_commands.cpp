@@ -20,8 +20,8 @@ using word_list = std::span<const char *const>;
 
 constexpr int no_such_command = 127;
 
-int unmount(const shell_words &command, word_list) noexcept {
-  return run_card_action("umount", command);
+int unmount(const shell_words &command, word_list options) noexcept {
+  return run_card_action("umount", command, options);
 }
 int mount(const shell_words &command, word_list options) noexcept {
   return run_card_action("mount", command, options);

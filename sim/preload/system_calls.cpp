@@ -43,11 +43,18 @@ int mount_on_board(const char *source, const char *target, unsigned long flags) 
                                             {read_only, (flags & MS_RDONLY) != 0 ? size_t{1} : size_t{0}}));
 }
 
-int unmount_on_board(const char *target) noexcept {
+/// MNT_DETACH is `umount -l`. A card that is still mounted after a failure is in use, or has more files than
+/// room.
+int unmount_on_board(const char *target, int flags) noexcept {
   record_event("umount: %s", target != nullptr ? target : "(none)");
   if (!is(target, card_partition) && !is(target, card_mount_point))
     return refused();
-  return done_if_ended_well(run_card_action("umount", shell_words{""}));
+  constexpr const char *lazy[] = {"-l"};
+  if (run_card_action("umount", shell_words{"umount 2>/dev/null"},
+                      {lazy, (flags & MNT_DETACH) != 0 ? size_t{1} : size_t{0}}) == 0)
+    return 0;
+  errno = card_is_mounted() ? EBUSY : EINVAL;
+  return -1;
 }
 
 int restart_on_board(unsigned request) noexcept {
@@ -84,11 +91,11 @@ SIM_DEFINE(int, mount,
 }
 
 SIM_DEFINE(int, umount, (const char *target)) {
-  return board_directory() == nullptr ? SIM_NEXT(umount)(target) : unmount_on_board(target);
+  return board_directory() == nullptr ? SIM_NEXT(umount)(target) : unmount_on_board(target, 0);
 }
 
 SIM_DEFINE(int, umount2, (const char *target, int flags)) {
-  return board_directory() == nullptr ? SIM_NEXT(umount2)(target, flags) : unmount_on_board(target);
+  return board_directory() == nullptr ? SIM_NEXT(umount2)(target, flags) : unmount_on_board(target, flags);
 }
 
 SIM_DEFINE(int, reboot, (int request)) {
