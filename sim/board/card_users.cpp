@@ -2,7 +2,8 @@
 
 #include "board/card_users.hpp"
 
-#include <algorithm>
+#include <array>
+#include <climits>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
@@ -18,8 +19,9 @@ bool is_at_or_below(std::string_view path, std::string_view directory) {
 }
 
 bool leads_below(const files::path &link, const std::string &directory) {
-  std::error_code code;
-  return is_at_or_below(files::read_symlink(link, code).native(), directory);
+  std::array<char, PATH_MAX> target;
+  const ssize_t length = ::readlink(link.c_str(), target.data(), target.size());
+  return length > 0 && is_at_or_below({target.data(), static_cast<size_t>(length)}, directory);
 }
 
 bool has_open(const files::path &process, const std::string &directory) {
