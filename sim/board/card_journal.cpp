@@ -105,6 +105,7 @@ void remove_leftovers(const card_files &card) {
   ::unlink(card.fresh_image().c_str());
   ::unlink(card.copy_of_partition().c_str());
   std::error_code code;
+  files::remove_all(card.read_back(), code);
   for (const char *directory : {"/card", "/proc", "/gpio"})
     for (const auto &entry : files::directory_iterator{card.board + directory, code})
       if (entry.path().filename().string().find(".new-") != std::string::npos)

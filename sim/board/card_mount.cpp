@@ -2,6 +2,7 @@
 
 #include "board/card_mount.hpp"
 #include "base/unique_fd.hpp"
+#include "board/board_directory.hpp"
 #include "board/card_image.hpp"
 #include "board/card_journal.hpp"
 #include "board/card_record.hpp"
@@ -65,17 +66,6 @@ fat_volume volume_of(const std::string &board) {
 
 // ------------------------------------------------------------------------------------------------ mounting
 
-std::string why_not_mountable(const std::string &board) {
-  const std::string lacking = lacking_card_tools();
-  if (read_mount_state(board) != mount_state::none)
-    return "is mounted already";
-  if (known_partition(board).length == 0)
-    return "there is no such partition";
-  if (volume_of(board).clusters == 0)
-    return "has no FAT file system";
-  return lacking.empty() ? "" : "this machine lacks " + lacking;
-}
-
 /// The names that mdir reports of an image, as paths from the root; none if it cannot be read.
 std::optional<std::set<std::string>> names_on_image(const std::string &board, const std::string &image,
                                                     const words &options) {
@@ -96,6 +86,19 @@ std::optional<std::set<std::string>> names_on_image(const std::string &board, co
   return names;
 }
 
+std::string why_not_mountable(const std::string &board) {
+  const std::string lacking = lacking_card_tools();
+  if (read_mount_state(board) != mount_state::none)
+    return "is mounted already";
+  if (known_partition(board).length == 0)
+    return "there is no such partition";
+  if (volume_of(board).clusters == 0)
+    return "has no FAT file system";
+  if (!lacking.empty())
+    return "this machine lacks " + lacking;
+  return names_on_image(board, card_files{board}.image(), {}) ? "" : "its root directory cannot be read";
+}
+
 /// All paths on an image. mdir -/ fails on a file system without files.
 std::optional<std::set<std::string>> paths_on_image(const std::string &board, const std::string &image) {
   auto names = names_on_image(board, image, {});
@@ -111,9 +114,8 @@ void make_sparse(const std::string &directory) {
       free_zeros(file.get());
 }
 
-/// Fill a directory with the files of the card. Returns whether all of the card could be read.
-bool copy_out(const std::string &board, const std::string &directory) {
-  const std::string image = card_files{board}.image();
+/// Fill a directory with the files of an image. Returns whether all of them could be read.
+bool copy_out(const std::string &board, const std::string &image, const std::string &directory) {
   const auto names = names_on_image(board, image, {});
   if (!names || names->empty())
     return names.has_value();
@@ -148,8 +150,9 @@ bool fits(const std::string &board, std::string &error) {
 
 /// What an image needs to have the files of the mount point.
 struct card_changes {
-  words gone;  ///< paths on the image
-  words fresh; ///< names in the mount point
+  words gone;              ///< paths on the image
+  words fresh;             ///< names in the mount point
+  bool is_foreign = false; ///< something else has changed the image since it was mounted
 
   bool none() const { return gone.empty() && fresh.empty(); }
 };
@@ -179,6 +182,7 @@ card_changes changes_of_foreign_image(const file_list &before, const file_list &
       changes.gone.push_back(path);
   const std::set<std::string> names = names_at_top(now);
   changes.fresh.assign(names.begin(), names.end());
+  changes.is_foreign = true;
   return changes;
 }
 
@@ -218,6 +222,26 @@ bool has_all(const std::string &board, const std::string &image, const file_list
   return is_complete;
 }
 
+bool has_same_contents(const std::string &one, const std::string &other) {
+  std::string first;
+  std::string second;
+  std::string error;
+  return read_file(one, first, error) && read_file(other, second, error) && first == second;
+}
+
+/// Whether all files of the mount point are read from an image as they are.
+bool reads_back(const std::string &board, const std::string &image, const file_list &expected) {
+  const card_files card{board};
+  std::string error;
+  bool is_same = make_empty_directory(card.read_back(), error) && copy_out(board, image, card.read_back());
+  std::error_code code;
+  for (const auto &[path, stamp] : expected)
+    is_same = is_same && (files::is_directory(card.mount_point() + "/" + path, code) ||
+                          has_same_contents(card.mount_point() + "/" + path, card.read_back() + "/" + path));
+  files::remove_all(card.read_back(), code);
+  return is_same;
+}
+
 bool update_image(const std::string &board, const card_changes &changes, const file_list &now,
                   std::string &error) {
   fresh_image image{board};
@@ -228,6 +252,10 @@ bool update_image(const std::string &board, const card_changes &changes, const f
   if (!remove_from_image(board, image.path(), changes.gone, error) ||
       !add_to_image(board, image.path(), changes.fresh, error) || !has_all(board, image.path(), now, error))
     return false;
+  if (changes.is_foreign && !reads_back(board, image.path(), now)) {
+    error = "its file system is damaged";
+    return false;
+  }
   if (image.replace_card())
     return true;
   error = std::string{"the card cannot be replaced: "} + std::strerror(errno);
@@ -267,7 +295,7 @@ bool mount_files(const std::string &board, mount_way way, std::string &error) {
   error = why_not_mountable(board);
   if (!error.empty() || !make_empty_directory(card.staged(), error))
     return false;
-  const bool is_whole = copy_out(board, card.staged());
+  const bool is_whole = copy_out(board, card.image(), card.staged());
   const mount_record record = {is_whole && way == mount_way::writable, stamp_of_image(card.image()),
                                list_files(card.staged())};
   return save_record(card.record(), record, error) && put_in_place(board, error);

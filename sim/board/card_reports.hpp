@@ -21,6 +21,7 @@ struct card_files {
   std::string below_mount() const { return board + "/card/below"; }   ///< what the mount point held before
   std::string discarded() const { return board + "/card/unmounted"; } ///< the previous mount point
   std::string report_begun() const { return board + "/card/report"; } ///< exists until report_card() is done
+  std::string read_back() const { return board + "/card/readback"; }  ///< a copy of a fresh image's files
   std::string lock_line() const { return board + "/gpio/68"; }
 
   std::string board;

@@ -58,7 +58,7 @@ bool is_in_use(const std::string &directory) {
   const std::string real = files::canonical(directory, code).string();
   for (files::directory_iterator entry{"/proc", code}; !code && entry != files::directory_iterator{};
        entry.increment(code))
-    if (is_other_process(entry->path().filename().string()) && uses(entry->path(), real))
+    if (!real.empty() && is_other_process(entry->path().filename().string()) && uses(entry->path(), real))
       return true;
   return false;
 }

@@ -3,9 +3,11 @@
 #include "sim/card_stage.hpp"
 
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <gmock/gmock.h>
+#include <sys/mman.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -281,6 +283,274 @@ TEST_F(SimCard, ListWrittenByHandIsUnmountedWithoutACard) {
   unmount();
   EXPECT_EQ(board_.read("proc/mounts"), "rootfs / rootfs rw 0 0\n");
   EXPECT_TRUE(board_.exists("tmp/mmcblk0p1/kept"));
+}
+
+TEST_F(SimCard, UnmountsNoCardWhoseFilesAreInUse) {
+  board_.write("tmp/mmcblk0p1/film", "film");
+  const int file = ::open("/tmp/mmcblk0p1/film", O_RDONLY | O_CLOEXEC);
+  ASSERT_GE(file, 0);
+  const std::string said = board_.path("said");
+  const int output = ::open(said.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+  const int before = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
+  ::dup2(output, STDERR_FILENO);
+  EXPECT_EQ(run_command("/bin/umount /dev/mmcblk0p1"), 32);
+  ::dup2(before, STDERR_FILENO);
+  ::close(before);
+  ::close(output);
+  EXPECT_EQ(board_.read("said"), "umount: /tmp/mmcblk0p1: target is busy.\n");
+  EXPECT_EQ(::umount("/tmp/mmcblk0p1"), -1);
+  EXPECT_EQ(errno, EBUSY);
+  EXPECT_EQ(::umount2("/tmp/mmcblk0p1", MNT_FORCE), -1);
+  EXPECT_EQ(errno, EBUSY);
+  EXPECT_NE(mount_line(), "");
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/film"), "film");
+  ::close(file);
+  unmount();
+  EXPECT_EQ(files_on_card(), "::/film\n");
+}
+
+TEST_F(SimCard, UnmountsNoCardWhoseFilesAreMapped) {
+  board_.write("tmp/mmcblk0p1/film", "film");
+  const int file = ::open("/tmp/mmcblk0p1/film", O_RDONLY | O_CLOEXEC);
+  void *mapped = ::mmap(nullptr, 4, PROT_READ, MAP_SHARED, file, 0);
+  ::close(file);
+  EXPECT_EQ(::umount("/tmp/mmcblk0p1"), -1);
+  EXPECT_EQ(errno, EBUSY);
+  ::munmap(mapped, 4);
+  EXPECT_EQ(::umount("/tmp/mmcblk0p1"), 0);
+}
+
+TEST_F(SimCard, UnmountsNoCardThatAChildWorksIn) {
+  int ends[2];
+  ASSERT_EQ(::pipe(ends), 0);
+  const pid_t child = ::fork();
+  if (child == 0) {
+    const int status = ::chdir(board_.path("tmp/mmcblk0p1").c_str());
+    ::close(ends[0]);
+    ::dprintf(ends[1], "%d", status);
+    ::pause();
+    ::_exit(0);
+  }
+  char status = 0;
+  EXPECT_EQ(::read(ends[0], &status, 1), 1);
+  EXPECT_EQ(run_command("/bin/umount /dev/mmcblk0p1 2> /dev/null"), 32);
+  ::kill(child, SIGKILL);
+  ::waitpid(child, nullptr, 0);
+  unmount();
+  ::close(ends[0]);
+  ::close(ends[1]);
+}
+
+TEST_F(SimCard, DetachesACardWhoseFilesAreInUse) {
+  for (const auto unmount_lazily : {+[] { return ::umount2("/tmp/mmcblk0p1", MNT_DETACH); },
+                                    +[] { return run_command("umount -l /tmp/mmcblk0p1"); }}) {
+    board_.write("tmp/mmcblk0p1/film", "film");
+    const int file = ::open("/tmp/mmcblk0p1/film", O_RDONLY);
+    EXPECT_EQ(unmount_lazily(), 0);
+    EXPECT_EQ(mount_line(), "");
+    char byte = 0;
+    EXPECT_EQ(::read(file, &byte, 1), 1) << "what is open remains readable";
+    EXPECT_EQ(files_on_card(), "::/film\n");
+    ::close(file);
+    mount();
+  }
+}
+
+TEST_F(SimCard, IsTakenOutAlsoWhileItsFilesAreInUse) {
+  board_.write("tmp/mmcblk0p1/film", "film");
+  const int file = ::open("/tmp/mmcblk0p1/film", O_RDONLY);
+  take_out();
+  EXPECT_EQ(files_on_card(), "::/film\n");
+  ::close(file);
+}
+
+// --- what would lose files ---
+
+TEST_F(SimCard, KeepsBothOfTwoNamesThatAreOneOnTheCard) {
+  board_.write("tmp/mmcblk0p1/film", "one");
+  board_.write("tmp/mmcblk0p1/Film", "other");
+  EXPECT_EQ(run_command("/bin/umount /dev/mmcblk0p1 2> /dev/null"), 32);
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/film"), "one");
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/Film"), "other");
+}
+
+TEST_F(SimCard, KeepsFilesWhoseDirectoryWasRemovedAsAWhole) {
+  board_.write("tmp/mmcblk0p1/film", "film");
+  unmount();
+  mount();
+  board_.remove("tmp/mmcblk0p1");
+  unmount();
+  EXPECT_EQ(files_on_card(), "::/film\n");
+}
+
+class SimCardRestart : public SimCard {
+protected:
+  void restart() const {
+    std::string warning;
+    EXPECT_TRUE(sim::restart_card(board_.path(), warning)) << warning;
+  }
+};
+
+TEST_F(SimCardRestart, OfACardOverwrittenByZerosKeepsTheFilesInTheDirectory) {
+  board_.write("tmp/mmcblk0p1/old", "old");
+  unmount();
+  board_.write("tmp/mmcblk0p1/of the board", "below");
+  mount();
+  board_.write("tmp/mmcblk0p1/new", "new");
+  EXPECT_EQ(run_command("dd if=/dev/zero of=/dev/mmcblk0 bs=65536 count=64 conv=notrunc 2> /dev/null"), 0);
+  restart();
+  EXPECT_EQ(mount_line(), "");
+  EXPECT_FALSE(board_.exists("dev/mmcblk0p1"));
+  for (const auto &[name, contents] : {std::pair{"old", "old"}, {"new", "new"}, {"of the board", "below"}})
+    EXPECT_EQ(board_.read(std::string{"tmp/mmcblk0p1/"} + name), contents);
+  restart();
+  take_out();
+  put_in();
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/old"), "old");
+}
+
+TEST_F(SimCardRestart, OfACardWithoutItsTablesKeepsTheFilesInTheDirectory) {
+  board_.write("tmp/mmcblk0p1/old", "old");
+  unmount();
+  mount();
+  change_image(16384 + 512, std::string(2 << 20, '\0')); // all of the file system but its first sector
+  restart();
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/old"), "old");
+}
+
+TEST_F(SimCardRestart, OfAnOverfullCardLeavesItMounted) {
+  board_.write("tmp/mmcblk0p1/large", "");
+  std::filesystem::resize_file(board_.path("tmp/mmcblk0p1/large"), 65 << 20);
+  restart();
+  EXPECT_NE(mount_line(), "");
+  EXPECT_TRUE(board_.exists("tmp/mmcblk0p1/large"));
+  board_.remove("tmp/mmcblk0p1/large");
+  restart();
+  EXPECT_NE(mount_line(), "");
+}
+
+TEST_F(SimCardRestart, OfACardThatOthersWroteToKeepsTheirFilesToo) {
+  board_.write("tmp/mmcblk0p1/REC/old", "old");
+  board_.write("tmp/mmcblk0p1/removed", "");
+  unmount();
+  mount();
+  board_.remove("tmp/mmcblk0p1/removed");
+  board_.write("tmp/mmcblk0p1/REC/new", "new");
+  board_.write("film", "film");
+  said_by_mtools("mcopy", {board_.path("film"), "::/REC/"});
+  restart();
+  for (const std::string name : {"old", "new", "film"})
+    EXPECT_EQ(board_.read("tmp/mmcblk0p1/REC/" + name), name);
+  EXPECT_FALSE(board_.exists("tmp/mmcblk0p1/removed"));
+}
+
+// --- the space on the host ---
+
+/// Of all blocks below a directory, in bytes.
+uint64_t space_on_host(const std::string &directory) {
+  uint64_t blocks = 0;
+  for (const auto &entry : std::filesystem::recursive_directory_iterator{directory}) {
+    struct stat status;
+    if (::lstat(entry.path().c_str(), &status) == 0)
+      blocks += static_cast<uint64_t>(status.st_blocks);
+  }
+  return blocks * 512;
+}
+
+class SimLargeCard : public SimCard {
+protected:
+  SimLargeCard() : SimCard(1024) {}
+};
+
+TEST_F(SimLargeCard, KeepsSparseRecordingsSparse) {
+  for (int i = 0; i < 6; ++i) {
+    const std::string name = "tmp/mmcblk0p1/REC/KVX0000" + std::to_string(i) + ".TS";
+    board_.write(name, "film");
+    std::filesystem::resize_file(board_.path(name), 62000000);
+  }
+  unmount();
+  EXPECT_LT(space_on_host(board_.path()), 20U << 20);
+  mount();
+  EXPECT_LT(space_on_host(board_.path()), 20U << 20);
+  const std::string film = board_.read("tmp/mmcblk0p1/REC/KVX00005.TS");
+  EXPECT_EQ(film.size(), 62000000U);
+  EXPECT_TRUE(film == "film" + std::string(62000000 - 4, '\0'));
+}
+
+TEST_F(SimCard, KeepsDataBetweenHoles) {
+  std::string film(1000000, '\0');
+  for (const size_t position : {0U, 4095U, 12288U, 300000U, 999999U})
+    film[position] = 'f';
+  board_.write("tmp/mmcblk0p1/film", film);
+  unmount();
+  EXPECT_TRUE(file_on_card("film") == film);
+  mount();
+  EXPECT_TRUE(board_.read("tmp/mmcblk0p1/film") == film);
+}
+
+// --- the application's environment ---
+
+/// Sets a variable while it lives.
+class changed_variable {
+public:
+  changed_variable(const char *name, const char *value) : name_(name) {
+    const char *before = std::getenv(name);
+    before_ = before != nullptr ? before : "";
+    ::setenv(name, value, 1);
+  }
+  ~changed_variable() { before_.empty() ? ::unsetenv(name_) : ::setenv(name_, before_.c_str(), 1); }
+  changed_variable(const changed_variable &) = delete;
+  changed_variable &operator=(const changed_variable &) = delete;
+
+private:
+  const char *name_;
+  std::string before_;
+};
+
+TEST_F(SimCard, IsHandledWithoutTheEnvironmentOfTheApplication) {
+  board_.write("trap/mcopy", "#!/bin/sh\nexit 1\n");
+  std::filesystem::permissions(board_.path("trap/mcopy"), std::filesystem::perms::all);
+  board_.write("tmp/mmcblk0p1/film", "film");
+  const timespec times[2] = {{1700000000, 0}, {1700000000, 0}};
+  ASSERT_EQ(::utimensat(AT_FDCWD, board_.path("tmp/mmcblk0p1/film").c_str(), times, 0), 0);
+  {
+    const changed_variable path{"PATH", board_.path("trap").c_str()};
+    const changed_variable zone{"TZ", "XYZ-5"};
+    const changed_variable locale{"LC_ALL", "C"};
+    const changed_variable prefix{"MTOOLS_LOWER_CASE", "1"};
+    const changed_variable directory{"TMPDIR", "/nonexistent"};
+    unmount();
+  }
+  mount();
+  struct stat status;
+  ASSERT_EQ(::stat("/tmp/mmcblk0p1/film", &status), 0);
+  EXPECT_EQ(status.st_mtime, 1700000000);
+}
+
+TEST_F(SimCard, IsHandledWithoutTheMaskAndTheSignalsOfTheApplication) {
+  board_.write("tmp/mmcblk0p1/REC/film", "film");
+  unmount();
+  const mode_t mask = ::umask(0777);
+  sigset_t all;
+  sigset_t before;
+  ::sigfillset(&all);
+  ::sigprocmask(SIG_BLOCK, &all, &before);
+  EXPECT_EQ(run_command("mount /dev/mmcblk0p1 /tmp/mmcblk0p1"), 0);
+  ::sigprocmask(SIG_SETMASK, &before, nullptr);
+  ::umask(mask);
+  struct stat status;
+  ASSERT_EQ(::stat("/tmp/mmcblk0p1/REC/film", &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0644U);
+  ASSERT_EQ(::stat("/tmp/mmcblk0p1/REC", &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0755U);
+}
+
+TEST_F(SimCard, IsHandledWhereTheApplicationIgnoresItsChildren) {
+  std::string error;
+  const auto before = std::signal(SIGCHLD, SIG_IGN);
+  EXPECT_TRUE(sim::unmount_card(board_.path(), sim::unmount_way::if_unused, error)) << error;
+  EXPECT_TRUE(sim::mount_card(board_.path(), false, error)) << error;
+  EXPECT_EQ(std::signal(SIGCHLD, before), SIG_IGN);
 }
 
 // --- room ---
