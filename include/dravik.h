@@ -1021,8 +1021,9 @@ DRAVIK_API int32_t led_off(void) DRAVIK_NOEXCEPT;
 
 /**
  * @defgroup gsensor Accelerometer
- * Three axes on I2C bus 0. Steps and failures are told on standard error; a failed register access does not
- * end a sequence.
+ * Three axes on I2C bus 0. Steps and failures are reported on standard error; a failed register access does
+ * not end a sequence. Before gsensor_init() and after it failed, every register access fails without a
+ * transfer and reads 0.
  * @{
  */
 
@@ -1037,8 +1038,8 @@ DRAVIK_API int32_t gsensor_check_data_ready(void) DRAVIK_NOEXCEPT;
 
 /**
  * Read the three axes: six register reads, twelve system calls.
- * @param x,y,z  receive the axes in counts of half a step of 12 bits, -4096 to 4094; before gsensor_init()
- * all 0
+ * @param[out] x,y,z  axes in counts of half a step of 12 bits, -4096 to 4094; all 0 if the sensor is not
+ * started
  */
 DRAVIK_API void gsensor_get_data(int32_t *x, int32_t *y, int32_t *z) DRAVIK_NOEXCEPT;
 

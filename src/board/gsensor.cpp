@@ -42,12 +42,19 @@ constexpr uint8_t overrun = 0x80;
 enum operation_mode : int32_t { low_power = 1, normal = 2 };
 
 constinit int32_t gsensor_fd = 0;
+constinit bool is_started = false; ///< the bus is open and the sensor's address set
 constinit int32_t gsensor_sensitivity = 0;
+
+/// The descriptor for transfers. Without a sensor they fail: descriptor 0 is standard input then, and that of
+/// a failed start has no address.
+int bus() noexcept {
+  return is_started ? gsensor_fd : -1;
+}
 
 // ------------------------------------------------------------------------------------------------ registers
 
 template <size_t Size> bool write_bytes(const std::array<uint8_t, Size> &bytes) noexcept {
-  if (::write(gsensor_fd, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()))
+  if (::write(bus(), bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()))
     return true;
   std::perror("I2C write error");
   return false;
@@ -67,7 +74,7 @@ bool set_register_aloud(uint8_t number, uint8_t value) noexcept {
 uint8_t get_register(uint8_t number) noexcept {
   uint8_t value = 0;
   write_bytes<1>({number});
-  if (::read(gsensor_fd, &value, 1) != 1)
+  if (::read(bus(), &value, 1) != 1)
     std::perror("unable to read I2C bus");
   return value;
 }
@@ -85,6 +92,7 @@ bool open_failed(const char *step) noexcept {
 }
 
 bool gsensor_open() noexcept {
+  is_started = false;
   gsensor_fd = ::open(bus_path, O_RDWR);
   if (gsensor_fd < 0)
     return open_failed("I2C open error : I2C_BUS_CH");
@@ -93,6 +101,7 @@ bool gsensor_open() noexcept {
   if (::ioctl(gsensor_fd, I2C_SLAVE, slave_address) < 0)
     return open_failed("I2C ioctl error : I2C_SLAVE");
   std::fprintf(stderr, "gsensor_open() : done!\n");
+  is_started = true;
   return true;
 }
 

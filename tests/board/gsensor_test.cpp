@@ -467,15 +467,70 @@ TEST_F(Gsensor, FailedReadOfAnAxisIsToldAndTheOthersFollow) {
   EXPECT_EQ(z, 2056);
 }
 
-TEST_F(Gsensor, AxesAreZeroBeforeTheStart) {
-  bus.descriptor = 0;
-  bus.is_plugged_in = true;
-  int32_t x = 1, y = 2, z = 3;
+/// Calls while there is no sensor: each transfer fails, and nothing reaches any descriptor.
+class GsensorAbsent : public Gsensor {
+protected:
+  GsensorAbsent() {
+    bus.descriptor = 0; // standard input
+    bus.is_plugged_in = true;
+    bus.registers.fill(0x88);
+  }
+
+  static void expect_zeros_without_transfers() {
+    bus.calls = {};
+    int32_t x = 1, y = 2, z = 3;
+    const lines all = seen([&] {
+      gsensor_get_data(&x, &y, &z);
+      EXPECT_EQ(gsensor_check_data_ready(), 0);
+    });
+    EXPECT_THAT(all, testing::Not(testing::Contains(testing::StartsWith("> "))));
+    EXPECT_THAT(all, testing::SizeIs(14)); // two errors for each register
+    EXPECT_EQ(x, 0);
+    EXPECT_EQ(y, 0);
+    EXPECT_EQ(z, 0);
+  }
+};
+
+TEST_F(GsensorAbsent, ReturnsZerosBeforeTheStart) {
+  expect_zeros_without_transfers();
+}
+
+TEST_F(GsensorAbsent, ExitBeforeTheStartTouchesNoDescriptor) {
+  lines all = seen([] { EXPECT_EQ(gsensor_exit(), 0); });
+  EXPECT_THAT(all, testing::Not(testing::Contains(testing::StartsWith("> "))));
+  EXPECT_EQ(all.front(), "gsensor_operation_mode()+");
+  EXPECT_EQ(all.back(), "gsensor_operation_mode()-");
+}
+
+TEST_F(GsensorAbsent, ReturnsZerosAfterAFailedStart) {
+  bus.open_error = ENOENT;
+  seen([] { EXPECT_EQ(gsensor_init(), -1); });
+  expect_zeros_without_transfers();
+  bus.open_error = 0;
+  for (const int descriptor : {0, 700})
+    for (const unsigned long request : {ten_bit_request, slave_request}) {
+      bus.descriptor = descriptor;
+      bus.refused_request = request;
+      seen([] { EXPECT_EQ(gsensor_init(), -1); });
+      expect_zeros_without_transfers();
+    }
+}
+
+TEST_F(GsensorAbsent, ReturnsZerosAfterAStartThatFailedLater) {
+  bus.descriptor = 700;
+  seen_at_start();
+  bus.refused_request = slave_request;
+  seen([] { EXPECT_EQ(gsensor_init(), -1); });
+  expect_zeros_without_transfers();
+}
+
+TEST_F(GsensorAbsent, DescriptorZeroIsUsedAfterAStart) {
+  seen_at_start();
+  int32_t x, y, z;
+  bus.calls = {};
   seen([&] { gsensor_get_data(&x, &y, &z); });
   EXPECT_EQ(bus.calls.read, 6);
-  EXPECT_EQ(x, 0);
-  EXPECT_EQ(y, 0);
-  EXPECT_EQ(z, 0);
+  EXPECT_EQ(x, -3824); // 0x8888: the upper 12 bits are -1912
 }
 
 struct poll_case {
