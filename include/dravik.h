@@ -677,6 +677,13 @@ DRAVIK_API int put_unicode_string(uint32_t x, uint32_t y, const void *text, uint
  * @{
  */
 
+/** Fixed values of sound. */
+enum dravik_sound {
+  DRAVIK_SOUND_RATE = 48000,   /**< sample rate of the PCM device in Hz */
+  DRAVIK_SOUND_QUEUE = 4,      /**< queue slots */
+  DRAVIK_SOUND_PATH_MAX = 255, /**< length of the longest path in characters */
+};
+
 /** ALSA's playback stream (`snd_pcm_t *`); null while no sound is open. Used by the thread that plays. */
 extern DRAVIK_API struct _snd_pcm *h_snd_playback;
 /** Bits of a frame of the WAV or raw sound being played: 32 once set_snd_param() has set one up. */
@@ -788,6 +795,16 @@ DRAVIK_API int32_t pcm_decode(const char *path, uint32_t period_frames) DRAVIK_N
  * @{
  */
 
+/** Volume steps of the speaker in percent. */
+enum dravik_volume {
+  DRAVIK_VOLUME_MUTED = 0,
+  DRAVIK_VOLUME_LOWEST = 20,
+  DRAVIK_VOLUME_LOW = 40,
+  DRAVIK_VOLUME_MEDIUM = 60,
+  DRAVIK_VOLUME_HIGH = 80,
+  DRAVIK_VOLUME_FULL = 100,
+};
+
 /** Switch the microphone on. */
 DRAVIK_API int32_t mic_volume_unmute(void) DRAVIK_NOEXCEPT;
 
@@ -812,6 +829,11 @@ DRAVIK_API int32_t spk_volume_mute(void) DRAVIK_NOEXCEPT;
  * line.
  * @{
  */
+
+/** Fixed values of the event log. */
+enum dravik_log {
+  DRAVIK_LOG_SIZE_MAX = 262144, /**< size in bytes from which the file accepts no further line */
+};
 
 /** A time of day of two 32-bit words. */
 struct dravik_timeval {
@@ -841,14 +863,20 @@ DRAVIK_API int log_printf(const char *format, ...) DRAVIK_NOEXCEPT DRAVIK_PRINTF
  * @{
  */
 
+/** Sizes of the console's buffers in bytes. */
+enum dravik_console {
+  DRAVIK_CONSOLE_RING_SIZE = 4096,   /**< of ::ring_buf */
+  DRAVIK_CONSOLE_MESSAGE_SIZE = 256, /**< of ::console_msg */
+};
+
 /** The ring. */
-extern DRAVIK_API char ring_buf[4096];
+extern DRAVIK_API char ring_buf[DRAVIK_CONSOLE_RING_SIZE];
 /** The next byte to be sent; null before console_init(). */
 extern DRAVIK_API char *ptr_rb_head;
 /** Where the next message goes; may stand one past the ring's last byte. Null before console_init(). */
 extern DRAVIK_API char *ptr_rb_tail;
 /** The start of the last message, up to 255 characters. */
-extern DRAVIK_API char console_msg[256];
+extern DRAVIK_API char console_msg[DRAVIK_CONSOLE_MESSAGE_SIZE];
 /** The whole length of the last message. */
 extern DRAVIK_API int32_t console_msg_len;
 /** Descriptor of the port; -1 before console_init() and after console_exit(). */
@@ -899,9 +927,25 @@ DRAVIK_API int getch(void) DRAVIK_NOEXCEPT;
  * @{
  */
 
+/** Fixed values of the ADC. */
+enum dravik_adc {
+  DRAVIK_ADC_CHANNELS = 4,         /**< number of channels */
+  DRAVIK_ADC_CODE_MAX = 1023,      /**< largest code */
+  DRAVIK_ADC_LINE_SIZE = 31,       /**< size in bytes of a buffer for a line and its NUL */
+  DRAVIK_ADC_TEMP_CHANNEL = 1,     /**< channel of the board's temperature */
+  DRAVIK_ADC_TEMP_FIRST_CODE = 64, /**< code of the first entry of ::adc_temp_table */
+  DRAVIK_ADC_TEMP_CODES = 704,     /**< number of entries of ::adc_temp_table */
+};
+
+/** Temperatures reported for codes outside ::adc_temp_table, in thousandths of a degree Celsius. */
+enum dravik_temperature {
+  DRAVIK_TEMPERATURE_MIN = -1000,  /**< for codes above the table */
+  DRAVIK_TEMPERATURE_MAX = 117000, /**< for codes below the table */
+};
+
 /** The temperature in thousandths of a degree Celsius of each code from 64 to 767; entry i belongs to code i
  * + 64. */
-extern DRAVIK_API const int32_t adc_temp_table[704];
+extern DRAVIK_API const int32_t adc_temp_table[DRAVIK_ADC_TEMP_CODES];
 
 /**
  * Read the line of a channel.
@@ -942,6 +986,14 @@ DRAVIK_API int32_t read_temperature(void) DRAVIK_NOEXCEPT;
  * @{
  */
 
+/** Brightness values. Those in between are valid too. */
+enum dravik_backlight {
+  DRAVIK_BACKLIGHT_MIN = 0,
+  DRAVIK_BACKLIGHT_LOW = 1,
+  DRAVIK_BACKLIGHT_MEDIUM = 500,
+  DRAVIK_BACKLIGHT_HIGH = 1000,
+};
+
 /**
  * Open the backlight's two files, those that are not open yet.
  * @return 1 when both are open; 0 when one cannot be opened ("lcd backlight : init err, pwm_dev=%s" in the
@@ -978,6 +1030,13 @@ DRAVIK_API void lcd_bl_exit(void) DRAVIK_NOEXCEPT;
  * returns -1.
  * @{
  */
+
+/** GPIO lines that the library uses. */
+enum dravik_gpio {
+  DRAVIK_GPIO_CARD_LOCK = 68, /**< input: write-protect switch of the SD card; 1: protected */
+  DRAVIK_GPIO_LED_RED = 82,   /**< output: red half of the status LED */
+  DRAVIK_GPIO_LED_GREEN = 83, /**< output: green half of the status LED */
+};
 
 /** Descriptor of the driver; -1 when it is not open. Keeps its number after gpio_exit(). */
 extern DRAVIK_API int32_t gpiofd;
@@ -1054,6 +1113,12 @@ DRAVIK_API int32_t gsensor_exit(void) DRAVIK_NOEXCEPT;
  * @{
  */
 
+/** Sizes of addresses in bytes. */
+enum dravik_address {
+  DRAVIK_MAC_SIZE = 6,      /**< of a hardware address */
+  DRAVIK_IP_TEXT_SIZE = 16, /**< of a buffer for an IPv4 address as text and its NUL */
+};
+
 /** Whether a monitor is attached. @return 1: yes, 0: no, -1: the driver's report is missing or says something
  * else */
 DRAVIK_API int32_t hdmi_detect(void) DRAVIK_NOEXCEPT;
@@ -1091,10 +1156,26 @@ DRAVIK_API uint32_t get_tick_count(void) DRAVIK_NOEXCEPT;
  * @defgroup sd_card SD card
  * The card is "/dev/mmcblk0" with one partition, mounted on "/tmp/mmcblk0p1".
  *
- * The status byte of the checks: 0x80 present, 0x40 write-locked, 0x20 partitioned, 0x10 mounted, 0x08 FAT32,
- * 0x04 writable. A healthy card is 0xBC. The single checks set and clear their own bits of it.
+ * The checks collect their results in one status byte, see ::dravik_card_status. The single checks set and
+ * clear their own bits of it.
  * @{
  */
+
+/** Bits of the SD card's status byte. */
+enum dravik_card_status {
+  DRAVIK_CARD_PRESENT = 0x80,     /**< the card is inserted */
+  DRAVIK_CARD_LOCKED = 0x40,      /**< its write-protect switch is on, or cannot be read */
+  DRAVIK_CARD_PARTITIONED = 0x20, /**< partition 1 exists */
+  DRAVIK_CARD_MOUNTED = 0x10,     /**< partition 1 is mounted */
+  DRAVIK_CARD_FAT32 = 0x08,       /**< as FAT, and its partition type is 0x0B */
+  DRAVIK_CARD_WRITABLE = 0x04,    /**< mounted as writable FAT */
+  DRAVIK_CARD_HEALTHY = 0xBC,     /**< all bits but DRAVIK_CARD_LOCKED */
+};
+
+/** Fixed values of the SD card. */
+enum dravik_card {
+  DRAVIK_CARD_SECTOR_SIZE = 512, /**< bytes per sector */
+};
 
 /** Whether a card is in the slot. @return 0: yes, -1: no */
 DRAVIK_API int32_t sd_card_check_plugin(void) DRAVIK_NOEXCEPT;
@@ -1148,6 +1229,11 @@ DRAVIK_API int32_t sd_card_create_part(uint32_t sectors) DRAVIK_NOEXCEPT;
  * all */
 DRAVIK_API int32_t sd_card_format(void) DRAVIK_NOEXCEPT;
 
+/** Fixed values of recordings. */
+enum dravik_recordings {
+  DRAVIK_EVENT_SLOTS = 5, /**< slots of event recordings, A to E */
+};
+
 /** What parse_rec_file_list() finds. */
 struct rec_file_list {
   int32_t normal_count;  /**< normal recordings (KVX00000.TS to KVX99999.TS, in any case) */
@@ -1200,6 +1286,15 @@ DRAVIK_API uint32_t get_file_crc(const char *path) DRAVIK_NOEXCEPT;
  */
 DRAVIK_API uint32_t atohex(const char *text) DRAVIK_NOEXCEPT;
 
+/** Fixed values of regions. */
+enum dravik_regions {
+  DRAVIK_REGIONS = 10,          /**< entries of ::area_code_list */
+  DRAVIK_REGION_NUMBERS = 1024, /**< region numbers are less than this */
+};
+
+/** Result of the region functions if there is no region number, and of get_file_crc() on failure. */
+#define DRAVIK_NONE UINT32_C(0xFFFFFFFF)
+
 /** A region that the device is sold in. */
 struct area_code {
   uint8_t index;          /**< its place in the list */
@@ -1209,7 +1304,7 @@ struct area_code {
 };
 
 /** The regions. */
-extern DRAVIK_API const struct area_code area_code_list[10];
+extern DRAVIK_API const struct area_code area_code_list[DRAVIK_REGIONS];
 
 /**
  * Find the region number of a region value.

@@ -6,6 +6,7 @@
 #include "board/reports.hpp"
 #include "board/settings_text.hpp"
 #include "board/temperature_table.hpp"
+#include "dravik.h"
 #include "launcher/commands.hpp"
 
 #include <cmath>
@@ -119,17 +120,18 @@ uint32_t code_of(double degrees) {
   const auto distance = [=](uint32_t code) {
     return std::abs(board::temperature_of_code(code) - degrees * 1000);
   };
-  uint32_t nearest = board::first_code - 1; // beyond the hot end
-  for (uint32_t code = nearest; code <= board::last_code + 1; ++code)
+  uint32_t nearest = DRAVIK_ADC_TEMP_FIRST_CODE - 1; // beyond the hot end
+  for (uint32_t code = nearest; code <= DRAVIK_ADC_TEMP_FIRST_CODE + DRAVIK_ADC_TEMP_CODES; ++code)
     if (distance(code) < distance(nearest))
       nearest = code;
   return nearest;
 }
 
 bool set_temperature(uint32_t, std::string_view value, changed_files &files) {
+  constexpr double lowest = int{DRAVIK_TEMPERATURE_MIN} / 1000.,
+                   highest = int{DRAVIK_TEMPERATURE_MAX} / 1000.;
   double degrees;
-  if (!read_number(value, degrees) ||
-      !(degrees >= board::below_curve / 1000. && degrees <= board::above_curve / 1000.))
+  if (!read_number(value, degrees) || !(degrees >= lowest && degrees <= highest))
     return false;
   put_code(files, reports::temperature_channel, code_of(degrees));
   return true;

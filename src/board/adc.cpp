@@ -12,11 +12,11 @@ namespace dravik::board {
 namespace {
 
 constexpr const char *adc_file = "/proc/ambarella/adc";
-constexpr uint32_t code_mask = 0x3FF;
+constexpr uint32_t code_mask = DRAVIK_ADC_CODE_MAX;
 constexpr size_t value_position = 9;
 constexpr size_t longest_value = 3;
-constexpr size_t channels = 4;
-constexpr int line_limit = 31; ///< with its end: longer lines are taken in pieces
+constexpr size_t channels = DRAVIK_ADC_CHANNELS;
+constexpr int line_limit = DRAVIK_ADC_LINE_SIZE; ///< with its end: longer lines are taken in pieces
 
 using line = std::array<char, 32>;
 
@@ -82,11 +82,11 @@ int32_t read_adc(uint32_t *codes) noexcept {
 }
 
 int32_t read_temperature() noexcept {
-  std::array<line, 2> lines = {};
+  std::array<line, DRAVIK_ADC_TEMP_CHANNEL + 1> lines = {};
   if (!read_lines(lines))
     return -1;
   value_text value;
-  take_value(lines[1], longest_value, value);
+  take_value(lines[DRAVIK_ADC_TEMP_CHANNEL], longest_value, value);
   return temperature_of_code(static_cast<uint32_t>(code_of(value.data())));
 }
 

@@ -14,7 +14,6 @@ namespace {
 
 constexpr const char *brightness_file = "/sys/class/backlight/pwm-backlight.0/brightness";
 constexpr const char *power_file = "/sys/class/backlight/pwm-backlight.0/bl_power";
-constexpr int32_t brightest = 1000;
 
 constinit int32_t bl_brightness_fd = -1;
 constinit int32_t bl_power_fd = -1;
@@ -51,11 +50,11 @@ void write_level(int32_t level) noexcept {
 int32_t log_level(int32_t level) noexcept {
   constexpr const char *name = "lcd_bl_set";
   switch (level) {
-  case 500:
+  case DRAVIK_BACKLIGHT_MEDIUM:
     return log_printf("%s() : lcd backlight = medium", name);
-  case 1000:
+  case DRAVIK_BACKLIGHT_HIGH:
     return log_printf("%s() : lcd backlight = high", name);
-  case 1:
+  case DRAVIK_BACKLIGHT_LOW:
     return log_printf("%s() : lcd backlight = low", name);
   default:
     return log_printf("%s() : lcd backlight = ??", name);
@@ -79,7 +78,7 @@ int32_t lcd_bl_init() noexcept {
 
 int32_t lcd_bl_set(int32_t level) noexcept {
   if (is_open(bl_brightness_fd))
-    write_level(std::clamp(level, 0, brightest));
+    write_level(std::clamp<int32_t>(level, DRAVIK_BACKLIGHT_MIN, DRAVIK_BACKLIGHT_HIGH));
   return log_level(level);
 }
 

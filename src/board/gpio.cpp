@@ -25,9 +25,6 @@ constexpr int line_limit = 255; ///< of the module list, with its end
 constexpr unsigned long AMBA_DEBUG_IOC_GET_GPIO = 0x800464CB;
 constexpr unsigned long AMBA_DEBUG_IOC_SET_GPIO = 0x400464CB;
 
-constexpr uint32_t led_line_red = 82;
-constexpr uint32_t led_line_green = 83;
-
 struct gpio_request {
   uint32_t line;
   uint32_t level;
@@ -64,8 +61,8 @@ int32_t request(unsigned long number, const char *name, gpio_request record) noe
 }
 
 int32_t show_led(uint32_t red, uint32_t green) noexcept {
-  gpio_set(led_line_red, red);
-  return gpio_set(led_line_green, green);
+  gpio_set(DRAVIK_GPIO_LED_RED, red);
+  return gpio_set(DRAVIK_GPIO_LED_GREEN, green);
 }
 
 } // namespace

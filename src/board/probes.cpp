@@ -25,8 +25,7 @@ constexpr const char *dump_command = "/usr/sbin/nanddump -l 2048 -f /tmp/ptb -o 
 constexpr const char *dump_file = "/tmp/ptb";
 constexpr size_t dump_size = 2048;
 constexpr size_t language_position = 896;
-constexpr size_t mac_size = 6;
-constexpr socklen_t ipv4_address_size = 16;
+constexpr socklen_t ipv4_address_size = sizeof(sockaddr_in);
 constexpr size_t host_size = 1025;
 
 /// The start of a file: up to Size bytes, zeros after them; false when it cannot be opened.
@@ -46,7 +45,7 @@ void read_mac(const char *ifname, uint8_t *mac) noexcept {
   std::strcpy(request.ifr_name, ifname);
   const unique_fd socket{::socket(AF_INET, SOCK_DGRAM, 0)};
   if (::ioctl(socket.get(), SIOCGIFHWADDR, &request) >= 0)
-    std::memcpy(mac, request.ifr_hwaddr.sa_data, mac_size);
+    std::memcpy(mac, request.ifr_hwaddr.sa_data, DRAVIK_MAC_SIZE);
 }
 
 struct free_list {
@@ -109,7 +108,7 @@ int32_t get_splash_lang(char *lang) noexcept {
 }
 
 int32_t get_netdev_mac(const char *ifname, uint8_t *mac) noexcept {
-  std::memset(mac, 0, mac_size);
+  std::memset(mac, 0, DRAVIK_MAC_SIZE);
   read_mac(ifname, mac);
   return 0;
 }

@@ -8,7 +8,7 @@
 
 extern "C" {
 
-constexpr int32_t adc_temp_table[704] = {
+constexpr int32_t adc_temp_table[DRAVIK_ADC_TEMP_CODES] = {
     116593, 115871, 115163, 114469, 113727, 113060, 112405, 111763, 111075, 110456, 109847, 109196, 108609,
     108032, 107413, 106855, 106257, 105718, 105139, 104617, 104056, 103505, 103007, 102472, 101946, 101470,
     100959, 100456, 99960,  99471,  99030,  98554,  98086,  97624,  97169,  96719,  96276,  95839,  95407,
@@ -84,16 +84,15 @@ static_assert(
       return true;
     }(),
     "the curve falls strictly and smoothly");
-static_assert(first_code + std::size(adc_temp_table) == last_code + 1);
 
 } // namespace
 
 int32_t temperature_of_code(uint32_t code) noexcept {
-  if (code < first_code)
-    return above_curve;
-  if (code > last_code)
-    return below_curve;
-  return adc_temp_table[code - first_code];
+  if (code < DRAVIK_ADC_TEMP_FIRST_CODE)
+    return DRAVIK_TEMPERATURE_MAX;
+  if (code >= DRAVIK_ADC_TEMP_FIRST_CODE + DRAVIK_ADC_TEMP_CODES)
+    return DRAVIK_TEMPERATURE_MIN;
+  return adc_temp_table[code - DRAVIK_ADC_TEMP_FIRST_CODE];
 }
 
 } // namespace dravik::board

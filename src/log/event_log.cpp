@@ -21,7 +21,6 @@ namespace dravik::log {
 namespace {
 
 constexpr const char *path = "/tmp/dravik.log";
-constexpr off_t size_cap = 262144;
 
 // Initialised before any thread runs, so that several may log for the first time at once.
 constinit pthread_mutex_t log_mutex = PTHREAD_MUTEX_INITIALIZER;
@@ -30,7 +29,7 @@ constinit int log_state = 1;
 
 bool is_full() noexcept {
   struct stat status;
-  return ::stat(path, &status) == 0 && status.st_size >= size_cap;
+  return ::stat(path, &status) == 0 && status.st_size >= DRAVIK_LOG_SIZE_MAX;
 }
 
 dravik_timeval now() noexcept {

@@ -17,10 +17,10 @@
 #include <unistd.h>
 
 extern "C" {
-constinit char ring_buf[4096] = {};
+constinit char ring_buf[DRAVIK_CONSOLE_RING_SIZE] = {};
 constinit char *ptr_rb_head = nullptr;
 constinit char *ptr_rb_tail = nullptr;
-constinit char console_msg[256] = {};
+constinit char console_msg[DRAVIK_CONSOLE_MESSAGE_SIZE] = {};
 constinit int32_t console_msg_len = 0;
 constinit int32_t console_write_fd = -1;
 constinit int32_t __console_io_canceled_write =
@@ -32,7 +32,7 @@ namespace {
 
 constexpr const char *port_path = "/dev/ttyS0";
 constexpr useconds_t pause_us = 1000;
-constexpr size_t ring_size = sizeof ring_buf;
+constexpr size_t ring_size = DRAVIK_CONSOLE_RING_SIZE;
 
 // Initialised before any thread runs, so that several may print for the first time at once.
 constinit pthread_mutex_t console_mutex = PTHREAD_MUTEX_INITIALIZER;

@@ -22,8 +22,8 @@ namespace {
 
 constexpr int priority = 90;
 constexpr useconds_t pause_us = 150000; ///< after every wake-up
-constexpr uint32_t slots = 4;
-constexpr size_t path_size = 256;
+constexpr uint32_t slots = DRAVIK_SOUND_QUEUE;
+constexpr size_t path_size = DRAVIK_SOUND_PATH_MAX + 1;
 
 // Plain words that several threads read and write without the mutex: always by word().
 constinit uint32_t snd_thread_state = 0; ///< 1 from taking the mutex to releasing it

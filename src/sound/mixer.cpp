@@ -12,16 +12,17 @@ namespace {
 /// The codec's raw volume for a step of the volume in percent.
 constexpr int raw_volume(uint32_t percent) noexcept {
   switch (percent) {
-  case 20:
+  case DRAVIK_VOLUME_LOWEST:
     return 85;
-  case 40:
+  case DRAVIK_VOLUME_LOW:
     return 93;
-  case 80:
+  case DRAVIK_VOLUME_HIGH:
     return 107;
-  case 100:
+  case DRAVIK_VOLUME_FULL:
     return 113;
+  case DRAVIK_VOLUME_MEDIUM:
   default:
-    return 100; // 60, and what is no step
+    return 100;
   }
 }
 
@@ -49,7 +50,7 @@ int32_t mic_volume_mute() noexcept {
 }
 
 int32_t spk_volume_setup(uint32_t percent) noexcept {
-  return percent == 0 ? spk_volume_mute() : set_volume(raw_volume(percent));
+  return percent == DRAVIK_VOLUME_MUTED ? spk_volume_mute() : set_volume(raw_volume(percent));
 }
 
 int32_t spk_volume_mute() noexcept {

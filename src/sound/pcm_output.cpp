@@ -21,7 +21,6 @@ constinit uint32_t snd_file_type = raw_pcm;
 
 namespace {
 
-constexpr unsigned rate_hz = 48000;
 constexpr int wait_ms = 1000;
 constexpr useconds_t retry_pause_us = 10000;
 
@@ -51,7 +50,8 @@ bool set_format(snd_pcm_hw_params_t *hw) noexcept {
                 "snd_pcm_hw_params_set_format failed error!\n") &&
          worked(snd_pcm_hw_params_set_channels(pcm, hw, is_mp3() ? 1 : 2),
                 "snd_pcm_hw_params_set_channels error!\n") &&
-         worked(snd_pcm_hw_params_set_rate(pcm, hw, rate_hz, 0), "snd_pcm_hw_params_set_rate_near error!\n");
+         worked(snd_pcm_hw_params_set_rate(pcm, hw, DRAVIK_SOUND_RATE, 0),
+                "snd_pcm_hw_params_set_rate_near error!\n");
 }
 
 /// The time that an MP3 file of this size may take, at most.

@@ -25,7 +25,7 @@ constexpr size_t base_length = 8;
 constexpr std::string_view extension = ".TS";
 constexpr size_t digits_position = 3;
 constexpr size_t digit_count = 5;
-constexpr int32_t event_slots = 5;
+constexpr int32_t event_slots = DRAVIK_EVENT_SLOTS;
 
 constexpr char upper(char c) noexcept {
   return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;

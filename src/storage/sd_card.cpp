@@ -32,23 +32,11 @@ constexpr const char *write_boot_record_command = "/bin/dd if=/tmp/mbr.img of=/d
 constexpr const char *format_command = "/sbin/mkfs.vfat /dev/mmcblk0p1";
 constexpr const char *reboot_command = "/sbin/reboot";
 
-constexpr uint32_t lock_line = 68;
 constexpr int line_limit = 255; ///< of the system's lists, with the end
-
-enum status_bit : uint8_t {
-  present = 0x80,
-  locked = 0x40,
-  partitioned = 0x20,
-  mounted = 0x10,
-  fat32 = 0x08,
-  writable = 0x04,
-};
-constexpr uint8_t healthy = present | partitioned | mounted | fat32 | writable;
-static_assert(healthy == 0xBC);
 
 constinit uint8_t sd_status = 0;
 
-void set_status(status_bit bit, bool on) noexcept {
+void set_status(dravik_card_status bit, bool on) noexcept {
   sd_status = static_cast<uint8_t>(on ? sd_status | bit : sd_status & ~bit);
 }
 bool has_status(int bits) noexcept {
@@ -58,7 +46,7 @@ bool has_status(int bits) noexcept {
 // ------------------------------------------------------------------------------------------------ the boot
 // record
 
-constexpr size_t boot_record_size = 512;
+constexpr size_t boot_record_size = DRAVIK_CARD_SECTOR_SIZE;
 constexpr size_t partition_type_position = 450;
 constexpr uint8_t fat32_type = 0x0B;
 constexpr uint32_t first_sector = 32;
@@ -112,37 +100,37 @@ bool contains(std::string_view line, std::string_view text) noexcept {
 int check_plugin() noexcept {
   struct stat status;
   const int result = ::stat(card_folder, &status);
-  set_status(present, result == 0);
+  set_status(DRAVIK_CARD_PRESENT, result == 0);
   return result;
 }
 
 int check_lock() noexcept {
-  const bool is_locked = gpio_get(lock_line) != 0;
-  set_status(locked, is_locked);
+  const bool is_locked = gpio_get(DRAVIK_GPIO_CARD_LOCK) != 0;
+  set_status(DRAVIK_CARD_LOCKED, is_locked);
   return is_locked ? 0 : 1;
 }
 
 int check_part() noexcept {
   each_line(partitions_file, [](std::string_view line) {
     if (contains(line, "mmcblk0"))
-      set_status(present, true);
+      set_status(DRAVIK_CARD_PRESENT, true);
     if (contains(line, "mmcblk0p1"))
-      set_status(partitioned, true);
+      set_status(DRAVIK_CARD_PARTITIONED, true);
   });
-  return has_status(partitioned) ? 0 : 1;
+  return has_status(DRAVIK_CARD_PARTITIONED) ? 0 : 1;
 }
 
 int check_mount() noexcept {
   each_line(mounts_file, [](std::string_view line) {
     if (!contains(line, "/dev/mmcblk0p1"))
       return;
-    set_status(mounted, true);
+    set_status(DRAVIK_CARD_MOUNTED, true);
     if (contains(line, "vfat"))
-      set_status(fat32, !has_other_type());
+      set_status(DRAVIK_CARD_FAT32, !has_other_type());
     if (contains(line, "vfat rw"))
-      set_status(writable, true);
+      set_status(DRAVIK_CARD_WRITABLE, true);
   });
-  return has_status(fat32 | writable) ? 0 : 1;
+  return has_status(DRAVIK_CARD_FAT32 | DRAVIK_CARD_WRITABLE) ? 0 : 1;
 }
 
 // ------------------------------------------------------------------------------------------------ sizes
@@ -231,7 +219,7 @@ int32_t sd_card_check(uint8_t *status) noexcept {
   check_part();
   check_mount();
   *status = sd_status;
-  return sd_status == healthy ? 0 : 1;
+  return sd_status == DRAVIK_CARD_HEALTHY ? 0 : 1;
 }
 
 int32_t sd_card_get_raw_size(uint32_t *sectors) noexcept {

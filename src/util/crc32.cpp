@@ -13,7 +13,6 @@ namespace dravik::util {
 namespace {
 
 constexpr uint32_t reflected_polynomial = 0xEDB88320;
-constexpr uint32_t no_file = 0xFFFFFFFF;
 /// Bytes taken at once. The look-ups run side by side, as far as the machine has room for them and for
 /// tables.
 constexpr size_t step = sizeof(void *) == 8 ? 16 : 8;
@@ -60,13 +59,13 @@ inline uint32_t take_step(uint32_t value, const uint8_t *bytes) noexcept {
 uint32_t crc32_of_file(const char *path) noexcept {
   unique_file file = open_file(path, "r");
   if (file == nullptr)
-    return no_file;
+    return DRAVIK_NONE;
   const int64_t end = seek_to_end(file.get());
   std::rewind(file.get());
   const auto size = static_cast<size_t>(end);
   const heap_block block = end < 0 ? heap_block{} : allocate_block(size);
   if (block == nullptr)
-    return no_file;
+    return DRAVIK_NONE;
   const size_t got = std::fread(block.get(), 1, size, file.get());
   std::memset(block.get() + got, 0, size - got);
   file.reset();

@@ -11,7 +11,7 @@
 #include <cstring>
 
 extern "C" {
-constexpr area_code area_code_list[10] = {
+constexpr area_code area_code_list[DRAVIK_REGIONS] = {
     {0, "TW", "tw", 886}, {1, "CN", "cn", 86}, {2, "HK", "hk", 852}, {3, "US", "us", 1},  {4, "JP", "jp", 81},
     {5, "RU", "ru", 7},   {6, "MY", "my", 60}, {7, "ID", "id", 62},  {8, "TH", "th", 66}, {9, "MX", "es", 52},
 };
@@ -26,13 +26,12 @@ namespace {
 
 constexpr const char *region_file = "/tmp/add/areacode.bin";
 constexpr const char *default_code = "tw";
-constexpr uint32_t no_number = 0xFFFFFFFF;
 
 uint32_t find_number(uint32_t value) noexcept {
-  for (uint32_t n = 0; n < region_numbers; ++n)
+  for (uint32_t n = 0; n < DRAVIK_REGION_NUMBERS; ++n)
     if (crc32(region_word(n)) == value)
       return n;
-  return no_number;
+  return DRAVIK_NONE;
 }
 
 /// The value in a region file; what a short one lacks is zero. False when it cannot be opened.
@@ -67,14 +66,14 @@ uint32_t get_area_id(uint32_t value) noexcept {
 
 uint32_t get_area_id_file(const char *path) noexcept {
   uint32_t value = 0;
-  return read_value(path, value) ? find_number(value) : no_number;
+  return read_value(path, value) ? find_number(value) : DRAVIK_NONE;
 }
 
 uint32_t get_area_code(char *code) noexcept {
   code[0] = '\0';
   uint32_t value = 0;
   if (!read_value(region_file, value))
-    return no_number;
+    return DRAVIK_NONE;
   const uint32_t number = find_number(value);
   std::strcpy(code, code_of(number));
   return number;

@@ -1,17 +1,17 @@
 // The word whose checksum stands for a region number.
 #pragma once
 
+#include "dravik.h"
+
 #include <array>
 #include <cstdint>
 
 namespace dravik::util {
 
-inline constexpr uint32_t region_numbers = 1024;
-
 /// Three fields of ten bits: the number between its neighbours, or three times itself where a neighbour would
 /// wrap.
 constexpr std::array<uint8_t, 4> region_word(uint32_t n) noexcept {
-  const bool at_end = n == 0 || n == region_numbers - 1;
+  const bool at_end = n == 0 || n == DRAVIK_REGION_NUMBERS - 1;
   const uint32_t after = at_end ? n : n + 1, before = at_end ? n : n - 1;
   const uint32_t word = before << 22 | n << 11 | after;
   return {static_cast<uint8_t>(word), static_cast<uint8_t>(word >> 8), static_cast<uint8_t>(word >> 16),

@@ -45,7 +45,7 @@ std::optional<uint32_t> region_named(const std::string &text) {
   for (const area_code &known : area_code_list)
     if (text == known.upper)
       return known.dialling_code;
-  return tools::number_of(text, 0, util::region_numbers - 1);
+  return tools::number_of(text, 0, DRAVIK_REGION_NUMBERS - 1);
 }
 
 std::array<uint8_t, region_file_bytes> region_file(uint32_t number) {
