@@ -16,7 +16,7 @@
  * - Any thread may call log_printf(), console_printf(), the checksums, and the engine's snd_play_direct(),
  * snd_stopall() and get_snd_thread_state(). All other calls are made from one thread, the drawing thread, or
  * are serialised by the application: they take no lock.
- * - Every global may be set by the application too. Drawing uses ::fbp and ::fbinfo as they stand at the
+ * - Applications may modify every global that is not const. Drawing functions read ::fbp and ::fbinfo on each
  * call.
  *
  * The names of the globals are part of the interface, and some are short (`gc`, `image`, `palette`, `psf`): a
@@ -658,22 +658,27 @@ DRAVIK_API int put_unicode_string(uint32_t x, uint32_t y, const void *text, uint
 
 /**
  * @defgroup sound Sound
- * Files are played one after the other on a real-time thread of the engine's own, through the ALSA device
- * "default".
+ * The engine plays queued files one at a time on its own real-time thread, on the ALSA device "default".
  *
- * A file's kind follows from its name: MP3 when ".mp3" is anywhere in it, else raw samples for ".pcm", else
- * WAV for ".wav" (all in lower case), else raw samples. The device always runs at 48000 Hz with signed 16-bit
- * samples and
- * **no file is converted**: an MP3 of another rate plays too slow or too fast, and of a stereo MP3 the left
- * channel is heard. WAV and raw files hold mono samples at 48000 Hz; the first 44 bytes of a WAV file are
- * passed over, whatever they say.
+ * It selects the format by the whole path, not by the file name alone: MP3 if the path contains ".mp3", else
+ * raw PCM if it contains ".pcm", else WAV if it contains ".wav" (all lower case), else raw PCM. The device
+ * always runs at 48000 Hz with signed 16-bit samples, and **no file is converted**: an MP3 of another rate
+ * plays too slowly or too fast, and only the left channel of a stereo MP3 is played. WAV and raw PCM files
+ * must hold mono samples at 48000 Hz. The first 44 bytes of a WAV file are skipped without being parsed.
  *
- * A sound's end is cut off by what the device still holds in its buffer: end files with a buffer's length of
- * silence. An MP3 starts when the device's buffer is full, and the buffer asked for grows with the file: on a
- * device that grants it, a short file of a high bit rate may end before it starts.
+ * Closing the device drops the samples left in its buffer: end files with one buffer length of silence. An
+ * MP3 starts when the device buffer is full, and the requested buffer grows with the file size: if the device
+ * grants it, a short file with a high bit rate may end before it starts.
  *
- * The engine (snd_init() and what is called in its terms below) reports to nobody: failures are in the event
- * log, those of setting up the device on standard error.
+ * mp3_playback() and the functions after it are direct players: they play on the calling thread, with or
+ * without an engine. Do not call them while the engine plays: there is only one PCM stream.
+ *
+ * A stop request ends every player. It is made by snd_stopall(), or by snd_play_direct() for the time that it
+ * waits, and stays in force until the next snd_play_direct(): until then, direct players play nothing.
+ *
+ * The engine does not return playback errors: they go to the event log, those of configuring the device to
+ * standard error. If the device fails and cannot be recovered, playback retries every 10 ms, with a line in
+ * the event log, until it succeeds or is stopped.
  * @{
  */
 
@@ -684,21 +689,26 @@ enum dravik_sound {
   DRAVIK_SOUND_PATH_MAX = 255, /**< length of the longest path in characters */
 };
 
-/** ALSA's playback stream (`snd_pcm_t *`); null while no sound is open. Used by the thread that plays. */
+/** ALSA playback handle (`snd_pcm_t *`); NULL while no stream is open. Used by the playing thread. */
 extern DRAVIK_API struct _snd_pcm *h_snd_playback;
-/** Bits of a frame of the WAV or raw sound being played: 32 once set_snd_param() has set one up. */
+/** Frame size in bits of the current WAV or raw PCM stream: 32 once set_snd_param() has configured one. */
 extern DRAVIK_API uint32_t bits_per_frame;
 
 /**
- * Start the engine. It needs the right to real-time priority (SCHED_FIFO, 90).
- * @return 1, also when it runs already; -1 when its thread cannot be created (perror() of
- * "pthread_create play_snd_thread failed\n"; later calls give 1 until snd_exit(), and nothing plays) or may
- * not have the priority ("set realtime schedule err" in the event log)
+ * Start the engine. Requires permission to use real-time priority (SCHED_FIFO, 90).
+ *
+ * Returns -1
+ * - if the thread cannot be created, after perror("pthread_create play_snd_thread failed\n"). Later calls
+ *   return 1, but nothing plays; call snd_exit() to be able to start again
+ * - if the thread does not get the priority, with "set realtime schedule err" in the event log
+ *
+ * A refused priority is also reported by perror("pthread_setschedparam").
+ * @return 1 on success or if already running; -1 on failure
  */
 DRAVIK_API int32_t snd_init(void) DRAVIK_NOEXCEPT;
 
 /**
- * Queue a file. May be called from any thread.
+ * Queue a file. May be called from any thread, also before snd_init() and after snd_exit().
  *
  * Blocks until the current playback and a pause of 150 ms have ended; `stop_current` stops that playback
  * first. Then clears the stop request of an earlier snd_stopall(), queues the file and logs its path.
@@ -708,90 +718,106 @@ DRAVIK_API int32_t snd_init(void) DRAVIK_NOEXCEPT;
  * @note The queue has four slots and does not detect overflow: queue at most three files ahead.
  * @note Intentional: a path that is too long is rejected as a whole, with a line in the event log. Nothing is
  * stopped, queued or cleared then.
- * @param path          file, at most 255 characters
+ * @param path          file, at most ::DRAVIK_SOUND_PATH_MAX characters
  * @param stop_current  1: stop the current playback; other values do not
  * @return 1
  */
 DRAVIK_API int32_t snd_play_direct(const char *path, int32_t stop_current) DRAVIK_NOEXCEPT;
 
 /**
- * Stop the current playback and drop the queue. May be called from any thread. Blocks until the thread of the
- * engine is idle; does not wait for direct players (mp3_playback() and the players after it).
- * @note The stop request stays in force until the next snd_play_direct(): direct players that are started
- * before it play nothing, with or without a running engine.
+ * Stop the current playback and drop the queue. May be called from any thread, also before snd_init() and
+ * after snd_exit(). Blocks until the thread of the engine is idle, but does not wait for direct players.
+ * @note The stop request stays in force until the next snd_play_direct().
  * @return result of pthread_mutex_unlock(): 0 on success
  */
 DRAVIK_API int32_t snd_stopall(void) DRAVIK_NOEXCEPT;
 
-/** Whether a sound, or the pause of 150 ms after it, is in progress. Any thread may ask. @return 1: yes, 0:
- * no */
+/**
+ * Return whether the engine plays, or pauses for 150 ms after a playback. May be called from any thread.
+ * @return 1 if so, else 0
+ */
 DRAVIK_API uint32_t get_snd_thread_state(void) DRAVIK_NOEXCEPT;
 
 /**
- * Stop the engine when the sound in progress has ended; what is queued is dropped. Nothing happens when it
- * does not run.
- *
- * The places of the queue are not set back: an engine that is stopped while it is idle and started again
- * loses the first file of each pair, and each one that is queued alone; so may one that snd_init() refused to
- * start before. Start the engine once.
+ * Stop the engine after the current playback; drop the queue. Does nothing if the engine is not running.
+ * After snd_init() could not create the thread, only lets snd_init() start the engine again.
+ * @note Start the engine only once. Intentional: the queue indices are not reset. If the engine is stopped
+ * while idle and started again, it loses the first file of each queued pair and every file queued alone. The
+ * same may happen after snd_init() failed to get the priority.
  */
 DRAVIK_API void snd_exit(void) DRAVIK_NOEXCEPT;
 
 /**
- * Open and set up the device for the kind of sound that is played next, which the players below choose. Of
- * use by itself only before wav_decode() and pcm_decode().
+ * Open and configure the PCM device for the format that the last player below selected (initially raw PCM).
+ * Useful by itself only before wav_decode() and pcm_decode().
  *
- * Failures are told on standard error, step by step; "Can't use period equal to buffer size (%lu == %lu)" and
- * "unable to install sw params:" in the event log. After a failure the device stays open if it was opened.
+ * Each step has its own message on standard error, except
+ * "Can't use period equal to buffer size (%lu == %lu)" and "unable to install sw params:", which are in the
+ * event log. After a failure the device stays open if it was opened.
  * @param size  length of the sound data in bytes
- * @return frames of a period; 0 for MP3; -1 on failure
+ * @return period size in frames; 0 for MP3; -1 on failure
  */
 DRAVIK_API int32_t set_snd_param(uint32_t size) DRAVIK_NOEXCEPT;
 
 /**
- * Play an MP3 file on the calling thread, to its end or until the engine is told to stop.
+ * Play an MP3 file on the calling thread until its end or a stop request.
  *
  * The file is opened for reading and writing, so it must be writable, and is read into memory as a whole.
  * Corrupt frames are logged and skipped. The decoder skips a last frame with no data after it. Stop requests
  * are checked after each frame, valid or corrupt.
- * @param path  the file
- * @return 0; 1 when it cannot be opened, memory is short or the device cannot be set up (then the file, its
- * memory and the device stay in use, for good); 2 when it is empty or its status cannot be read (then it
- * stays open)
+ *
+ * Failures are in the event log:
+ * - "open file %s failed ": returns 1
+ * - "fstat failed:", also if the file is empty: returns 2; the file stays open
+ * - "not enough memory": returns 1
+ * - "set_mp3_param failed:", the device cannot be configured: returns 1; the file and its memory are never
+ *   released, and the device stays open if it was opened
+ * @param path  file
+ * @return 0 on success or after a stop request; 1 or 2 on failure
  */
 DRAVIK_API int32_t mp3_playback(const char *path) DRAVIK_NOEXCEPT;
 
 /**
- * Play a WAV file on the calling thread, to its end or until the engine is told to stop.
- * @param file  the file
- * @return 1, also when it cannot be read; 0 when the device cannot be set up; -1 when there is no such file
+ * Play a WAV file on the calling thread until its end or a stop request.
+ * @param file  file
+ * @return 1 on success or after a stop request, and also if the file cannot be read; 0 if the device cannot
+ * be configured; -1 if stat() fails, with "stat failed: %s" in the event log
  */
 DRAVIK_API int32_t wav_playback(const char *file) DRAVIK_NOEXCEPT;
 
-/** Play a file of raw samples; otherwise as wav_playback(). */
+/**
+ * Play a raw PCM file; otherwise as wav_playback().
+ * @param file  file
+ * @return as wav_playback()
+ */
 DRAVIK_API int32_t pcm_playback(const char *file) DRAVIK_NOEXCEPT;
 
 /**
- * Play a WAV file on the device as it is set up, and close the device. Without one nothing is heard.
+ * Play a WAV file on the device as configured, then close the device. Plays nothing if no device is open.
  *
- * Each period read becomes two periods of stereo; a byte too many for whole samples is lost. A request to
- * stop is looked at after each read.
- * @param path           the file
- * @param period_frames  the result of set_snd_param()
- * @return 1 at the end or when stopped; -1 with the reason in the event log when the file cannot be opened or
- * read, or memory is short ("not enough memory"; then the device stays open)
+ * Each period read becomes two periods of stereo; an odd last byte is dropped. Stop requests are checked
+ * before the first read and after each.
+ * @param path           file
+ * @param period_frames  result of set_snd_param()
+ * @return 1 at the end or after a stop request; -1, with the reason in the event log, if the file cannot be
+ * opened or read, or memory is exhausted ("not enough memory"; then the device stays open)
  */
 DRAVIK_API int32_t wav_decode(const char *path, uint32_t period_frames) DRAVIK_NOEXCEPT;
 
-/** Play a file of raw samples on the device as it is set up; otherwise as wav_decode(). */
+/**
+ * Play a raw PCM file on the device as configured; otherwise as wav_decode().
+ * @param path           file
+ * @param period_frames  result of set_snd_param()
+ * @return as wav_decode()
+ */
 DRAVIK_API int32_t pcm_decode(const char *path, uint32_t period_frames) DRAVIK_NOEXCEPT;
 
 /** @} */
 
 /**
  * @defgroup mixer Volume
- * Sets the codec's controls by ALSA's command "amixer", by their numbers. Each function gives the result of
- * its last command, as system() has it; the volume itself changes a moment after the call.
+ * Sets the mixer controls of the codec by number with ALSA's command "amixer". Volume changes take effect
+ * shortly after the call, since the last command runs in the background.
  * @{
  */
 
@@ -805,52 +831,64 @@ enum dravik_volume {
   DRAVIK_VOLUME_FULL = 100,
 };
 
-/** Switch the microphone on. */
+/**
+ * Switch the microphone on.
+ * @return result of system()
+ */
 DRAVIK_API int32_t mic_volume_unmute(void) DRAVIK_NOEXCEPT;
 
-/** Switch the microphone off. */
+/**
+ * Switch the microphone off.
+ * @return result of system()
+ */
 DRAVIK_API int32_t mic_volume_mute(void) DRAVIK_NOEXCEPT;
 
 /**
- * Set the speaker's volume.
- * @param percent  0 (mutes), 20, 40, 60, 80 or 100; any other counts as 60
+ * Set the speaker volume.
+ * @param percent  one of ::dravik_volume; other values are treated as ::DRAVIK_VOLUME_MEDIUM
+ * @return result of system() for the last command
  */
 DRAVIK_API int32_t spk_volume_setup(uint32_t percent) DRAVIK_NOEXCEPT;
 
-/** Mute the speaker. */
+/**
+ * Mute the speaker.
+ * @return result of system() for the last command
+ */
 DRAVIK_API int32_t spk_volume_mute(void) DRAVIK_NOEXCEPT;
 
 /** @} */
 
 /**
  * @defgroup log Event log
- * A text file, "/tmp/dravik.log", to which each process adds a banner with the date and then its lines, each
- * stamped with the seconds and microseconds since the banner. A file of 262144 bytes or more takes no further
- * line.
+ * A text file, "/tmp/dravik.log". Each process appends a banner with the date, then its lines, each with the
+ * seconds and microseconds since the banner. A file of ::DRAVIK_LOG_SIZE_MAX bytes or more is full: further
+ * lines are dropped.
  * @{
  */
 
 /** Fixed values of the event log. */
 enum dravik_log {
-  DRAVIK_LOG_SIZE_MAX = 262144, /**< size in bytes from which the file accepts no further line */
+  DRAVIK_LOG_SIZE_MAX = 262144, /**< size in bytes from which the file is full */
 };
 
-/** A time of day of two 32-bit words. */
+/** A time of day in two 32-bit words. */
 struct dravik_timeval {
   int32_t tv_sec;  /**< seconds since 1970-01-01 00:00:00 UTC */
   int32_t tv_usec; /**< microseconds, 0 to 999999 */
 };
 
-/** The time that the stamps of this process count from; zero until its first line was written. */
+/** Time of the banner, the origin of all stamps of this process. Zero until the first line is written. */
 extern DRAVIK_API struct dravik_timeval tlogst;
 
 /**
- * Add one line to the event log. It is on the file when the call returns. No set-up is needed.
+ * Append one line to the event log. The line is in the file when the call returns. Requires no
+ * initialisation.
  *
- * Any thread may call it at any time, also several for the first time at once; lines never mix.
- * @param format  a printf() format without a newline at its end, followed by its arguments
- * @return the number of characters of the message; 0 when the file is full or cannot be opened and the line
- * was dropped; negative when the message cannot be formatted
+ * May be called from any thread at any time, also for the first time by several threads; lines never mix.
+ * @note Write errors are ignored: on a full disk the line is lost, but its length is returned.
+ * @param format  printf() format without a newline at its end, followed by its arguments
+ * @return length of the message in characters; 0 if the line is dropped because the file is full or cannot be
+ * opened; negative if the message cannot be formatted
  */
 DRAVIK_API int log_printf(const char *format, ...) DRAVIK_NOEXCEPT DRAVIK_PRINTF(1, 2);
 
@@ -858,8 +896,11 @@ DRAVIK_API int log_printf(const char *format, ...) DRAVIK_NOEXCEPT DRAVIK_PRINTF
 
 /**
  * @defgroup console Serial console
- * Text for the first serial port, "/dev/ttyS0" at 115200 baud. Messages wait in a ring of 4096 bytes, which a
- * thread of the library sends every millisecond, so that nobody waits for the port.
+ * Text output to the first serial port, "/dev/ttyS0" at 115200 baud. Messages are queued in a ring buffer of
+ * 4096 bytes, which a thread of the library sends every millisecond, so callers do not wait for the port.
+ *
+ * The port is not blocking: what it does not accept in one write is lost. A line at 115200 baud carries about
+ * 11 bytes per millisecond, and a Linux driver buffers 4096 bytes, so longer bursts lose text.
  * @{
  */
 
@@ -869,61 +910,63 @@ enum dravik_console {
   DRAVIK_CONSOLE_MESSAGE_SIZE = 256, /**< of ::console_msg */
 };
 
-/** The ring. */
+/** Ring buffer of console output. */
 extern DRAVIK_API char ring_buf[DRAVIK_CONSOLE_RING_SIZE];
-/** The next byte to be sent; null before console_init(). */
+/** Next byte to send. NULL before console_init(). */
 extern DRAVIK_API char *ptr_rb_head;
-/** Where the next message goes; may stand one past the ring's last byte. Null before console_init(). */
+/** Where the next message is stored; may point one past the end of ::ring_buf. NULL before console_init(). */
 extern DRAVIK_API char *ptr_rb_tail;
-/** The start of the last message, up to 255 characters. */
+/** Start of the last message, at most 255 characters and a NUL. */
 extern DRAVIK_API char console_msg[DRAVIK_CONSOLE_MESSAGE_SIZE];
-/** The whole length of the last message. */
+/** Full length of the last message in characters. */
 extern DRAVIK_API int32_t console_msg_len;
-/** Descriptor of the port; -1 before console_init() and after console_exit(). */
+/** File descriptor of the port; -1 before console_init() and after console_exit(). */
 extern DRAVIK_API int32_t console_write_fd;
-/** 1 once the sending thread was told to end. */
+/** 1 once the sending thread is told to finish, else 0. */
 extern DRAVIK_API int32_t __console_io_canceled_write; /* NOLINT(bugprone-reserved-identifier) */
 
 /**
- * Open the port, make it raw and start the sending thread. Meant to be called once in a process: after
- * console_exit() the thread ends at once.
- * @return 0, also when the thread cannot be started; -1 when the port's settings cannot be read or written
- * ("Can't get port settings", "Can't set port settings" on standard error)
+ * Open the port, make it raw and start the sending thread. Call it once per process.
+ * @note Intentional: after console_exit(), a thread started again finishes immediately.
+ * @return 0 on success, and also if the thread cannot be started; -1 if the settings of the port cannot be
+ * read or written, after perror("Can't get port settings") or perror("Can't set port settings")
  */
 DRAVIK_API int console_init(void) DRAVIK_NOEXCEPT;
 
 /**
- * Queue a message for the port; any thread may call it. Before console_init() it does nothing.
+ * Queue a message for the port. May be called from any thread. Sends nothing before console_init().
  *
- * A message is refused, with "ring buffer full, skip console msg" on standard error, only when all but one
- * byte of the ring wait to be sent. A longer one than the room left overwrites what has waited longest. Of a
- * message longer than the ring its first 4095 bytes are sent.
- * @param format  a printf() format, followed by its arguments
+ * A message longer than 4095 bytes is truncated.
+ * @note Intentional: a message is dropped, with "ring buffer full, skip console msg" on standard error, only
+ * if exactly one byte of the ring buffer is free. A message that is longer than the free space is stored
+ * anyway, and overwrites the oldest unsent text.
+ * @param format  printf() format, followed by its arguments
  * @return 0
  */
 DRAVIK_API int console_printf(const char *format, ...) DRAVIK_NOEXCEPT DRAVIK_PRINTF(1, 2);
 
 /**
- * End the sending thread and close the port. What was queued since the thread's last round is not sent.
- * Standard error gets "console_exit+" and "console_exit-".
- * @return the result of flushing standard error: 0, or EOF
+ * Stop the sending thread and close the port. Messages queued since the thread's last pass are not sent.
+ * Writes "console_exit+" and "console_exit-" to standard error.
+ * @return result of flushing standard error: 0 on success, EOF on failure
  */
 DRAVIK_API int console_exit(void) DRAVIK_NOEXCEPT;
 
 /**
- * Read one character from standard input without line editing and echo. The terminal is as before afterwards.
- * Programs that use curses get its macro of this name: include its header first and undefine it.
- * @return the character, or EOF
+ * Read one character from standard input without line editing and echo; restore the terminal's settings.
+ *
+ * curses defines a macro of this name: include its header first and undefine the macro.
+ * @return the character; EOF at the end of input or on failure
  */
 DRAVIK_API int getch(void) DRAVIK_NOEXCEPT;
 
 /** @} */
 
 /**
- * @defgroup adc Analogue inputs and temperature
- * Four channels of 10 bits, read at each call from the driver's "/proc/ambarella/adc": a line a channel, its
- * value as one to three hexadecimal digits from the tenth character on. When it cannot be opened, each call
- * writes "open /proc/ambarella/adc error!" to standard error and returns -1.
+ * @defgroup adc ADC and temperature
+ * Four channels of 10 bits, read on each call from the driver's text file "/proc/ambarella/adc". It has one
+ * line per channel, with a value of one to three hexadecimal digits from the tenth character on. If the file
+ * cannot be opened, each function writes "open /proc/ambarella/adc error!" to standard error and returns -1.
  * @{
  */
 
@@ -932,49 +975,50 @@ enum dravik_adc {
   DRAVIK_ADC_CHANNELS = 4,         /**< number of channels */
   DRAVIK_ADC_CODE_MAX = 1023,      /**< largest code */
   DRAVIK_ADC_LINE_SIZE = 31,       /**< size in bytes of a buffer for a line and its NUL */
-  DRAVIK_ADC_TEMP_CHANNEL = 1,     /**< channel of the board's temperature */
+  DRAVIK_ADC_TEMP_CHANNEL = 1,     /**< channel of the board temperature */
   DRAVIK_ADC_TEMP_FIRST_CODE = 64, /**< code of the first entry of ::adc_temp_table */
   DRAVIK_ADC_TEMP_CODES = 704,     /**< number of entries of ::adc_temp_table */
 };
 
-/** Temperatures reported for codes outside ::adc_temp_table, in thousandths of a degree Celsius. */
+/** Temperatures returned for codes outside ::adc_temp_table, in thousandths of a degree Celsius. */
 enum dravik_temperature {
   DRAVIK_TEMPERATURE_MIN = -1000,  /**< for codes above the table */
   DRAVIK_TEMPERATURE_MAX = 117000, /**< for codes below the table */
 };
 
-/** The temperature in thousandths of a degree Celsius of each code from 64 to 767; entry i belongs to code i
- * + 64. */
+/** Temperature of each code in thousandths of a degree Celsius; entry i belongs to code i + 64. */
 extern DRAVIK_API const int32_t adc_temp_table[DRAVIK_ADC_TEMP_CODES];
 
 /**
  * Read the line of a channel.
- * @param channel  only its two low bits count
- * @param dst      receives the line with its end, at most 30 characters; owned by the caller, at least 31
- * bytes long; untouched on failure
- * @return 0, or -1
+ * @param channel   ADC channel; only bits 1:0 are used
+ * @param[out] dst  caller's buffer of at least ::DRAVIK_ADC_LINE_SIZE bytes; receives the line with its
+ *                  newline, at most 30 characters, and a NUL; unchanged on failure
+ * @return 0 on success, -1 on failure
  */
 DRAVIK_API int32_t read_adc_str(int32_t channel, char *dst) DRAVIK_NOEXCEPT;
 
 /**
- * The line of a channel as a number: atohex() of the whole line, its low 10 bits.
- * @param channel  only its two low bits count
- * @return 0 to 1023; -1 when the line is missing or the file cannot be opened
+ * Read the line of a channel as a number: bits 9:0 of atohex() of the whole line.
+ * @param channel  ADC channel; only bits 1:0 are used
+ * @return 0 to ::DRAVIK_ADC_CODE_MAX; -1 if the line is missing or the file cannot be opened
  */
 DRAVIK_API int32_t read_adc_hex(int32_t channel) DRAVIK_NOEXCEPT;
 
 /**
- * Read the codes of all channels. A line that is not 10 to 12 characters long, its end counted, gives the
- * code of the channel before it; 0 for the first.
- * @param codes  receives 4 codes, 0 to 1023; owned by the caller; untouched on failure
- * @return 0, or -1
+ * Read the codes of all channels.
+ * @note Intentional: a line that is not 10 to 12 characters long, including its newline, repeats the code of
+ * the previous channel; for channel 0 the code is 0.
+ * @param[out] codes  caller's array of ::DRAVIK_ADC_CHANNELS words; receives codes from 0 to
+ *                    ::DRAVIK_ADC_CODE_MAX; unchanged on failure
+ * @return 0 on success, -1 on failure
  */
 DRAVIK_API int32_t read_adc(uint32_t *codes) DRAVIK_NOEXCEPT;
 
 /**
- * The board's temperature, from channel 1.
- * @return thousandths of a degree Celsius; 117000 and -1000 for codes below and above the table; -1 when the
- * file cannot be opened
+ * Read the board temperature from channel 1.
+ * @return thousandths of a degree Celsius, ::DRAVIK_TEMPERATURE_MIN to ::DRAVIK_TEMPERATURE_MAX; -1, which is
+ * no entry of the table, if the file cannot be opened
  */
 DRAVIK_API int32_t read_temperature(void) DRAVIK_NOEXCEPT;
 
@@ -982,11 +1026,11 @@ DRAVIK_API int32_t read_temperature(void) DRAVIK_NOEXCEPT;
 
 /**
  * @defgroup backlight Backlight
- * The LCD's backlight in "/sys/class/backlight/pwm-backlight.0". Every step is told in the event log.
+ * The backlight of the LCD, in "/sys/class/backlight/pwm-backlight.0". Every call is logged in the event log.
  * @{
  */
 
-/** Brightness values. Those in between are valid too. */
+/** Brightness values; values in between are valid, too. */
 enum dravik_backlight {
   DRAVIK_BACKLIGHT_MIN = 0,
   DRAVIK_BACKLIGHT_LOW = 1,
@@ -995,39 +1039,42 @@ enum dravik_backlight {
 };
 
 /**
- * Open the backlight's two files, those that are not open yet.
- * @return 1 when both are open; 0 when one cannot be opened ("lcd backlight : init err, pwm_dev=%s" in the
- * event log)
+ * Open the two files of the backlight, as far as they are not open.
+ * @return 1 if both are open; 0 if one cannot be opened, with "lcd backlight : init err, pwm_dev=%s" in the
+ * event log
  */
 DRAVIK_API int32_t lcd_bl_init(void) DRAVIK_NOEXCEPT;
 
 /**
- * Set the brightness.
- * @param level  0 to 1000; what is outside is taken as the nearest of them. 1, 500 and 1000 are logged as
- * "low", "medium" and "high"
- * @return the result of the last log_printf()
+ * Set the brightness. Writes nothing if the file is not open.
+ * @param level  brightness, ::DRAVIK_BACKLIGHT_MIN to ::DRAVIK_BACKLIGHT_HIGH; other values are clamped. 1,
+ *               500 and 1000 are logged as "low", "medium" and "high", other values as "??"
+ * @return result of the last log_printf()
  */
 DRAVIK_API int32_t lcd_bl_set(int32_t level) DRAVIK_NOEXCEPT;
 
 /**
- * Turn the backlight off and blank the panel. The log says "turn off err" whenever the file is open, whatever
- * happened.
- * @return the result of the last log_printf()
+ * Switch the backlight off and blank the panel.
+ * @note Intentional: logs "turn off err" whenever the file is open, even on success.
+ * @return result of the last log_printf()
  */
 DRAVIK_API int32_t lcd_bl_off(void) DRAVIK_NOEXCEPT;
 
-/** Turn the backlight on and unblank the panel. @return the result of the last log_printf() */
+/**
+ * Switch the backlight on and unblank the panel.
+ * @return result of the last log_printf()
+ */
 DRAVIK_API int32_t lcd_bl_on(void) DRAVIK_NOEXCEPT;
 
-/** Close the backlight's files. */
+/** Close the files of the backlight. */
 DRAVIK_API void lcd_bl_exit(void) DRAVIK_NOEXCEPT;
 
 /** @} */
 
 /**
- * @defgroup gpio GPIO lines and the status LED
- * Lines are read and driven through the vendor's debug driver "/dev/ambad". Without gpio_init() every call
- * returns -1.
+ * @defgroup gpio GPIO and status LED
+ * GPIO lines, through the vendor's debug driver "/dev/ambad". Without a successful gpio_init() every function
+ * returns -1 without a message.
  * @{
  */
 
@@ -1038,78 +1085,105 @@ enum dravik_gpio {
   DRAVIK_GPIO_LED_GREEN = 83, /**< output: green half of the status LED */
 };
 
-/** Descriptor of the driver; -1 when it is not open. Keeps its number after gpio_exit(). */
+/** File descriptor of the driver; -1 while it is not open. Keeps its value after gpio_exit(). */
 extern DRAVIK_API int32_t gpiofd;
 
 /**
- * Open the driver, if "/proc/modules" names it.
- * @return 0; -1 with the reason on standard error (perror() of "/proc/modules" or "/dev/ambad")
+ * Open the driver, if "/proc/modules" lists the module "ambad".
+ * @return 0 on success; -1 on failure, after perror("/dev/ambad"). A missing "/proc/modules" is reported
+ * before that, by perror("/proc/modules")
  */
 DRAVIK_API int32_t gpio_init(void) DRAVIK_NOEXCEPT;
 
 /**
- * Read a line.
- * @param line  its number
- * @return its level, 0 or 1; -1 when the driver is not open or refuses (perror() of
- * "AMBA_DEBUG_IOC_GET_GPIO")
+ * Read a GPIO line.
+ * @param line  line number
+ * @return level reported by the driver, 0 or 1; -1 if the driver is not open, or rejects the request, after
+ * perror("AMBA_DEBUG_IOC_GET_GPIO")
  */
 DRAVIK_API int32_t gpio_get(uint32_t line) DRAVIK_NOEXCEPT;
 
 /**
- * Drive a line.
- * @param line   its number
- * @param level  only bit 0 counts
- * @return that level; -1 when the driver is not open or refuses (perror() of "AMBA_DEBUG_IOC_SET_GPIO")
+ * Drive a GPIO line.
+ * @param line   line number
+ * @param level  only bit 0 is used
+ * @return level reported by the driver, 0 or 1; -1 if the driver is not open, or rejects the request, after
+ * perror("AMBA_DEBUG_IOC_SET_GPIO")
  */
 DRAVIK_API int32_t gpio_set(uint32_t line, uint32_t level) DRAVIK_NOEXCEPT;
 
-/** Close the driver. @return the result of close(), or ::gpiofd itself when that is negative */
+/**
+ * Close the driver.
+ * @note Intentional: ::gpiofd keeps its value; a second call closes the same number again.
+ * @return result of close(); ::gpiofd if it is negative
+ */
 DRAVIK_API int32_t gpio_exit(void) DRAVIK_NOEXCEPT;
 
-/** Show the status LED red. @return the result of the second of its two gpio_set() calls; so with the others
+/**
+ * Set the status LED to red.
+ * @return result of the second of two gpio_set() calls; that of the first is ignored
  */
 DRAVIK_API int32_t led_red(void) DRAVIK_NOEXCEPT;
-/** Show the status LED green. */
+
+/**
+ * Set the status LED to green.
+ * @return as led_red()
+ */
 DRAVIK_API int32_t led_green(void) DRAVIK_NOEXCEPT;
-/** Show the status LED orange: both colours. */
+
+/**
+ * Set the status LED to orange: red and green.
+ * @return as led_red()
+ */
 DRAVIK_API int32_t led_orange(void) DRAVIK_NOEXCEPT;
-/** Switch the status LED off. */
+
+/**
+ * Switch the status LED off.
+ * @return as led_red()
+ */
 DRAVIK_API int32_t led_off(void) DRAVIK_NOEXCEPT;
 
 /** @} */
 
 /**
  * @defgroup gsensor Accelerometer
- * Three axes on I2C bus 0. Steps and failures are reported on standard error; a failed register access does
- * not end a sequence. Before gsensor_init() and after it failed, every register access fails without a
- * transfer and reads 0.
+ * Three axes, at address 0x18 of I2C bus 0. Steps and failures are reported on standard error; a failed
+ * register access does not end a sequence. Before gsensor_init() and after it failed, every register access
+ * fails without a transfer and reads 0.
  * @{
  */
 
 /**
- * Open and configure the sensor: 100 readings a second, high resolution.
- * @return 0, also when registers could not be set or the sensor is another; -1 when the bus cannot be opened
+ * Open and configure the sensor: 100 samples per second, high resolution.
+ * @return 0 on success, and also if registers cannot be written or the sensor has another identity; -1 if the
+ * bus cannot be opened or its address not be set
  */
 DRAVIK_API int32_t gsensor_init(void) DRAVIK_NOEXCEPT;
 
-/** Wait while the sensor tells an overrun without new data. @return 0 */
+/**
+ * Block while the sensor reports an overrun and no new data.
+ * @return 0
+ */
 DRAVIK_API int32_t gsensor_check_data_ready(void) DRAVIK_NOEXCEPT;
 
 /**
  * Read the three axes: six register reads, twelve system calls.
- * @param[out] x,y,z  axes in counts of half a step of 12 bits, -4096 to 4094; all 0 if the sensor is not
- * started
+ * @param[out] x,y,z  acceleration in mg, -4096 to 4094 in steps of 2; all 0 without a successful
+ *                    gsensor_init()
  */
 DRAVIK_API void gsensor_get_data(int32_t *x, int32_t *y, int32_t *z) DRAVIK_NOEXCEPT;
 
-/** Leave the sensor in its low-power mode and close the bus. @return the result of close() */
+/**
+ * Put the sensor into low-power mode and close the bus.
+ * @return result of close(); 0 if the descriptor is 0, which is not closed
+ */
 DRAVIK_API int32_t gsensor_exit(void) DRAVIK_NOEXCEPT;
 
 /** @} */
 
 /**
- * @defgroup probes Probes
- * Small questions to the running system, without state and without messages.
+ * @defgroup probes System queries
+ * Stateless queries of the running system. They print no messages.
  * @{
  */
 
@@ -1119,57 +1193,64 @@ enum dravik_address {
   DRAVIK_IP_TEXT_SIZE = 16, /**< of a buffer for an IPv4 address as text and its NUL */
 };
 
-/** Whether a monitor is attached. @return 1: yes, 0: no, -1: the driver's report is missing or says something
- * else */
+/**
+ * Return whether a monitor is attached.
+ * @return 1 if so; 0 if not; -1 if the driver's text file is missing or contains something else
+ */
 DRAVIK_API int32_t hdmi_detect(void) DRAVIK_NOEXCEPT;
 
 /**
- * The language of the splash screen, from flash.
- * @param lang  receives two letters and a NUL, or an empty string on failure; at least 3 bytes
- * @return 0; -1 when the flash could not be dumped to "/tmp/ptb"
+ * Read the language of the splash screen from flash.
+ * @param[out] lang  caller's buffer of at least 3 bytes; receives two letters and a NUL, or an empty string
+ *                   on failure
+ * @return 0 on success; -1 if the dump of the flash, "/tmp/ptb", cannot be opened
  */
 DRAVIK_API int32_t get_splash_lang(char *lang) DRAVIK_NOEXCEPT;
 
 /**
- * The hardware address of a network interface.
- * @param ifname  its name; one of 16 characters or more is none
- * @param mac     receives 6 bytes, all 0 when there is no such interface
+ * Read the hardware address of a network interface.
+ * @param ifname    interface name; a name of 16 characters or more does not exist
+ * @param[out] mac  caller's buffer of ::DRAVIK_MAC_SIZE bytes; all 0 if the interface does not exist
  * @return 0
  */
 DRAVIK_API int32_t get_netdev_mac(const char *ifname, uint8_t *mac) DRAVIK_NOEXCEPT;
 
 /**
- * The IPv4 address of a network interface, the last of several.
- * @param ifname  its name
- * @param ip      receives the address as text with a NUL, at most 16 bytes; of no meaning unless 0 is
- * returned
- * @return 0; 1 when the interface has no IPv4 address; -1 when it does not exist or has no address at all
+ * Read the IPv4 address of a network interface, the last if it has several. Releases the list of interfaces
+ * on failure, too.
+ * @param ifname   interface name
+ * @param[out] ip  caller's buffer of at least ::DRAVIK_IP_TEXT_SIZE bytes; receives the address as text and a
+ *                 NUL; undefined unless 0 is returned
+ * @return 0 on success; 1 if the interface has no IPv4 address; -1 if it does not exist or has no address
  */
 DRAVIK_API int32_t get_netdev_ip(const char *ifname, char *ip) DRAVIK_NOEXCEPT;
 
-/** Milliseconds of a clock that is never set; wraps after 49.7 days. */
+/**
+ * Read the monotonic clock.
+ * @return milliseconds; wraps after 49.7 days
+ */
 DRAVIK_API uint32_t get_tick_count(void) DRAVIK_NOEXCEPT;
 
 /** @} */
 
 /**
  * @defgroup sd_card SD card
- * The card is "/dev/mmcblk0" with one partition, mounted on "/tmp/mmcblk0p1".
+ * The memory card is "/dev/mmcblk0" with one partition, mounted on "/tmp/mmcblk0p1".
  *
- * The checks collect their results in one status byte, see ::dravik_card_status. The single checks set and
- * clear their own bits of it.
+ * The checks collect their results in one status byte, see ::dravik_card_status. Each check changes only its
+ * own bits.
  * @{
  */
 
 /** Bits of the SD card's status byte. */
 enum dravik_card_status {
-  DRAVIK_CARD_PRESENT = 0x80,     /**< the card is inserted */
-  DRAVIK_CARD_LOCKED = 0x40,      /**< its write-protect switch is on, or cannot be read */
+  DRAVIK_CARD_PRESENT = 0x80,     /**< inserted */
+  DRAVIK_CARD_LOCKED = 0x40,      /**< write-protected, or the switch cannot be read */
   DRAVIK_CARD_PARTITIONED = 0x20, /**< partition 1 exists */
   DRAVIK_CARD_MOUNTED = 0x10,     /**< partition 1 is mounted */
-  DRAVIK_CARD_FAT32 = 0x08,       /**< as FAT, and its partition type is 0x0B */
+  DRAVIK_CARD_FAT32 = 0x08,       /**< mounted as FAT, and the partition type is 0x0B */
   DRAVIK_CARD_WRITABLE = 0x04,    /**< mounted as writable FAT */
-  DRAVIK_CARD_HEALTHY = 0xBC,     /**< all bits but DRAVIK_CARD_LOCKED */
+  DRAVIK_CARD_HEALTHY = 0xBC,     /**< all bits except ::DRAVIK_CARD_LOCKED */
 };
 
 /** Fixed values of the SD card. */
@@ -1177,56 +1258,81 @@ enum dravik_card {
   DRAVIK_CARD_SECTOR_SIZE = 512, /**< bytes per sector */
 };
 
-/** Whether a card is in the slot. @return 0: yes, -1: no */
+/**
+ * Check whether the card is inserted.
+ * @return 0 if so, else -1
+ */
 DRAVIK_API int32_t sd_card_check_plugin(void) DRAVIK_NOEXCEPT;
 
-/** Whether the card's lock switch is off, by GPIO line 68. @return 1: off, 0: on, or the line cannot be read
+/**
+ * Check the write-protect switch, on GPIO line ::DRAVIK_GPIO_CARD_LOCK.
+ * @return 1 if the card is not write-protected; 0 if it is, or if the line cannot be read
  */
 DRAVIK_API int32_t sd_card_check_lock(void) DRAVIK_NOEXCEPT;
 
-/** Whether the card has its partition. @return 0: yes, 1: no. perror() of "fopen" when the system's list is
- * missing */
+/**
+ * Check whether partition 1 exists. Reports a missing "/proc/partitions" by perror("fopen").
+ * @return 0 if so, else 1
+ */
 DRAVIK_API int32_t sd_card_check_part(void) DRAVIK_NOEXCEPT;
 
-/** Whether the card is mounted as writable FAT32. @return 0: yes, 1: no. perror() of "fopen" as above */
+/**
+ * Check whether partition 1 is mounted as writable FAT32. Reports a missing "/proc/mounts" as
+ * sd_card_check_part() does.
+ * @return 0 if so, else 1
+ */
 DRAVIK_API int32_t sd_card_check_mount(void) DRAVIK_NOEXCEPT;
 
 /**
- * All checks, from a cleared status byte on.
- * @param status  receives the status byte
- * @return 0 when it is 0xBC, else 1
+ * Clear the status byte and run all checks.
+ * @param[out] status  status byte, see ::dravik_card_status
+ * @return 0 if it is ::DRAVIK_CARD_HEALTHY, else 1
  */
 DRAVIK_API int32_t sd_card_check(uint8_t *status) DRAVIK_NOEXCEPT;
 
 /**
- * The size of the card.
- * @param sectors  receives it in sectors of 512 bytes; 0 when it cannot be read
- * @return MiB
+ * Read the size of the card.
+ * @param[out] sectors  size in sectors of 512 bytes; 0 if it cannot be read
+ * @return size in MiB
  */
 DRAVIK_API int32_t sd_card_get_raw_size(uint32_t *sectors) DRAVIK_NOEXCEPT;
 
-/** The size of the card's file system. @return MiB; without a mounted card, of what holds its mount point */
+/**
+ * Read the size of the card's file system.
+ * @note If the card is not mounted, this is the size of the file system that contains the mount point.
+ * @return size in MiB
+ */
 DRAVIK_API int32_t sd_card_get_part_size(void) DRAVIK_NOEXCEPT;
 
-/** The room left on it for ordinary users. @return MiB */
+/**
+ * Read the free space of the card's file system that is available to ordinary users.
+ * @note If the card is not mounted, as sd_card_get_part_size().
+ * @return free space in MiB
+ */
 DRAVIK_API int32_t sd_card_get_free_space(void) DRAVIK_NOEXCEPT;
 
 /**
- * Unmount, repair and mount the card's file system. The status of each command is written to "/tmp/debugfs".
- * Recording must have stopped.
+ * Unmount, repair and mount the card's file system. Stop recording first.
+ *
+ * All three commands run, even if one fails. Their exit statuses are written to "/tmp/debugfs".
  * @return 0
  */
 DRAVIK_API int32_t sd_card_check_fs(void) DRAVIK_NOEXCEPT;
 
 /**
- * Write a new partition table with one FAT32 partition to the card and reboot. What the card holds is lost.
- * @param sectors  the card's size in sectors of 512 bytes, from sd_card_get_raw_size()
- * @return -1 when "/tmp/mbr.img" cannot be made; 1 if the reboot command returns at all
+ * Write a new partition table with one FAT32 partition to the card and reboot.
+ *
+ * Only the first sector is replaced. If the partition had the same position and size before, its files are
+ * still there afterwards; otherwise they are lost.
+ * @param sectors  size of the card in sectors, from sd_card_get_raw_size()
+ * @return -1 if "/tmp/mbr.img" cannot be created; 1 if the reboot command returns
  */
 DRAVIK_API int32_t sd_card_create_part(uint32_t sectors) DRAVIK_NOEXCEPT;
 
-/** Make a new file system on the card and reboot. What the card holds is lost. @return 1 if that returns at
- * all */
+/**
+ * Make a new file system on the card and reboot. All files on the card are lost.
+ * @return 1 if the reboot command returns
+ */
 DRAVIK_API int32_t sd_card_format(void) DRAVIK_NOEXCEPT;
 
 /** Fixed values of recordings. */
@@ -1234,24 +1340,29 @@ enum dravik_recordings {
   DRAVIK_EVENT_SLOTS = 5, /**< slots of event recordings, A to E */
 };
 
-/** What parse_rec_file_list() finds. */
+/** Result of parse_rec_file_list(). */
 struct rec_file_list {
-  int32_t normal_count;  /**< normal recordings (KVX00000.TS to KVX99999.TS, in any case) */
-  int32_t normal_oldest; /**< number of the oldest of them, or -1 */
-  int32_t normal_size;   /**< their size together in MiB */
-  int32_t event_count;   /**< slots that hold event recordings (EMA00000.TS to EME99999.TS), 0 to 5 */
-  int32_t event_oldest;  /**< slot of the oldest event recording, 0 to 4, or -1 */
-  int32_t event_next;    /**< the first free slot after that, or -1 when none is free */
+  int32_t normal_count;  /**< number of normal recordings (KVX00000.TS to KVX99999.TS, in any case) */
+  int32_t normal_oldest; /**< number of the oldest of them, 0 to 99999; -1 if there is none */
+  int32_t normal_size;   /**< total size of the normal recordings in MiB */
+  int32_t event_count;   /**< number of slots with event recordings (EMA00000.TS to EME99999.TS), 0 to 5 */
+  int32_t event_oldest;  /**< slot of the oldest event recording, 0 (A) to 4 (E); -1 if there is none */
+  int32_t event_next;    /**< first free slot after that, cyclically; -1 if none is free */
 };
 
 /**
- * Survey the recordings in "/tmp/mmcblk0p1/REC". The process's working directory changes during the call.
+ * Survey the recordings in "/tmp/mmcblk0p1/REC". Changes the working directory of the process during the
+ * call.
  *
+ * Failures are in the event log:
+ * - "parse_rec_file_list() : getcwd err!", also if the path of the working directory has 64 bytes or more:
+ *   all words are 0
+ * - "parse_rec_file_list() : stat/chdir err! : %s": all words are -1
+ * - "parse_rec_file_list() : opendir err! : %s": all words are 0, and the working directory stays "REC"
  * @note Intentional: a file dated 0x7FFFFFFF seconds since 1970 (January 2038) or later is counted, but is
  * never the oldest.
- * @param list  receives the result; all 0 or all -1 after a failure
- * @return 0; -1 with the reason in the event log: "parse_rec_file_list() : getcwd err!" (also for a working
- * directory of 64 bytes or more), "... : stat/chdir err! : %s" or "... : opendir err! : %s"
+ * @param[out] list  result
+ * @return 0 on success, -1 on failure
  */
 DRAVIK_API int parse_rec_file_list(struct rec_file_list *list) DRAVIK_NOEXCEPT;
 
@@ -1259,30 +1370,31 @@ DRAVIK_API int parse_rec_file_list(struct rec_file_list *list) DRAVIK_NOEXCEPT;
 
 /**
  * @defgroup checksums Checksums, hexadecimal text and region
- * All of these may be called from any thread.
+ * These functions may be called from any thread.
  * @{
  */
 
 /**
- * CRC-32, as of zlib, PNG and Ethernet.
- * @param data    the bytes
- * @param length  their number; more than 2147483647 counts as negative
- * @return the checksum; 0 for a length of 0 or less
+ * Compute the CRC-32 of zlib, PNG and Ethernet.
+ * @param data    bytes
+ * @param length  number of bytes; values above 2147483647 are treated as negative
+ * @return checksum; 0 if the length is 0 or negative
  */
 DRAVIK_API uint32_t get_data_crc(const void *data, uint32_t length) DRAVIK_NOEXCEPT;
 
 /**
- * CRC-32 of a whole file, which is read into memory.
- * @param path  the file
- * @return the checksum; 0 for an empty file; 0xFFFFFFFF when it cannot be opened or memory is short
+ * Compute the CRC-32 of a file, which is read into memory as a whole.
+ * @param path  file
+ * @return checksum; 0 for an empty file; ::DRAVIK_NONE if the file cannot be opened or memory is exhausted
  */
 DRAVIK_API uint32_t get_file_crc(const char *path) DRAVIK_NOEXCEPT;
 
 /**
- * Read hexadecimal digits, in either case. Any other character counts as a place too and repeats the digit
- * before it (0 at the start); of more than eight places the last eight count.
- * @param text  the digits
- * @return the number; 0 for an empty text
+ * Convert hexadecimal text, in either case, to a number.
+ * @note Intentional: any other character is treated as one more digit, equal to the digit before it (0 at the
+ * start). If there are more than eight, the last eight are used.
+ * @param text  digits
+ * @return number; 0 for an empty text
  */
 DRAVIK_API uint32_t atohex(const char *text) DRAVIK_NOEXCEPT;
 
@@ -1295,36 +1407,37 @@ enum dravik_regions {
 /** Result of the region functions if there is no region number, and of get_file_crc() on failure. */
 #define DRAVIK_NONE UINT32_C(0xFFFFFFFF)
 
-/** A region that the device is sold in. */
+/** A sales region of the device. */
 struct area_code {
-  uint8_t index;          /**< its place in the list */
+  uint8_t index;          /**< index in ::area_code_list */
   char upper[4];          /**< two upper-case letters */
-  char lower[7];          /**< two lower-case letters */
-  uint32_t dialling_code; /**< the region's number */
+  char lower[7];          /**< two lower-case letters; "es" for Mexico */
+  uint32_t dialling_code; /**< region number: the international dialling code */
 };
 
-/** The regions. */
+/** Sales regions. */
 extern DRAVIK_API const struct area_code area_code_list[DRAVIK_REGIONS];
 
 /**
  * Find the region number of a region value.
- * @param value  the checksum that stands for a number
- * @return 0 to 1023, or 0xFFFFFFFF when it stands for none
+ * @param value  CRC-32 that represents a region number
+ * @return 0 to 1023; ::DRAVIK_NONE if the value represents no number
  */
 DRAVIK_API uint32_t get_area_id(uint32_t value) DRAVIK_NOEXCEPT;
 
 /**
- * Find the region number of a region file. What a file shorter than 4 bytes lacks is zero.
- * @param path  the file
- * @return 0 to 1023, or 0xFFFFFFFF when it cannot be opened or stands for none
+ * Find the region number of a region file. Bytes missing from its first four are treated as 0.
+ * @param path  file
+ * @return 0 to 1023; ::DRAVIK_NONE if the file cannot be opened or represents no number
  */
 DRAVIK_API uint32_t get_area_id_file(const char *path) DRAVIK_NOEXCEPT;
 
 /**
- * The device's region, from "/tmp/add/areacode.bin".
- * @param code  receives two letters and a NUL, at least 3 bytes: those of ::area_code_list, "tw" for a number
- * that is not in it or a value that stands for none, nothing when the file cannot be opened
- * @return the number, 0 to 1023; 0xFFFFFFFF on failure
+ * Read the region of the device from "/tmp/add/areacode.bin".
+ * @param[out] code  caller's buffer of at least 3 bytes; receives two letters and a NUL: those of
+ *                   ::area_code_list, "tw" if the number is not in it or the file represents no number, or an
+ *                   empty string if the file cannot be opened
+ * @return 0 to 1023; ::DRAVIK_NONE on failure
  */
 DRAVIK_API uint32_t get_area_code(char *code) DRAVIK_NOEXCEPT;
 
