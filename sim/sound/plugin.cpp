@@ -94,7 +94,7 @@ int limit_parameters(snd_pcm_ioplug_t *plug, const sound_settings &settings) noe
   static constexpr unsigned rates[] = {8000, 11025, 12000, 16000, 22050, 24000, 32000, 44100, 48000};
   const auto rate_count = static_cast<unsigned>(std::size(rates)) - (settings.refuses_48000 ? 1 : 0);
   const unsigned buffer = settings.buffer_bytes;
-  const unsigned least_periods = settings.has_one_period ? 1 : 2;
+  const unsigned least_periods = settings.has_one_period ? 1 : settings.least_periods;
   const int results[] = {
       snd_pcm_ioplug_set_param_list(plug, SND_PCM_IOPLUG_HW_ACCESS, 1, access),
       snd_pcm_ioplug_set_param_list(plug, SND_PCM_IOPLUG_HW_FORMAT, 1, formats),

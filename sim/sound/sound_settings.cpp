@@ -21,6 +21,7 @@ sound_settings read_card_settings() noexcept {
   settings.records_speaker = value_of(text, "sound_record") != "samples";
   settings.buffer_bytes = std::clamp(number_of(text, "sound_buffer", longest_buffer_bytes),
                                      shortest_buffer_bytes, longest_buffer_bytes);
+  settings.least_periods = value_of(text, "sound_periods") == "1" ? 1 : 2;
   settings.refuses_48000 = ordered_fault("rate", sound_card_name) != 0;
   settings.has_one_period = ordered_fault("equal-periods", sound_card_name) != 0;
   return settings;

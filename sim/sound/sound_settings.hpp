@@ -13,7 +13,8 @@ struct sound_settings {
   bool records_speaker = true;   ///< or every sample that was written, as it was
   uint32_t buffer_bytes = 65536; ///< the longest buffer
   bool refuses_48000 = false;
-  bool has_one_period = false; ///< as long as the buffer
+  uint32_t least_periods = 2;  ///< per buffer
+  bool has_one_period = false; ///< as long as the buffer, whatever is asked for
 };
 
 /// As the board's files say now.

@@ -324,6 +324,36 @@ TEST_F(SimSoundCard, SettlesOnOnePeriodAsOrdered) {
   EXPECT_EQ(period, buffer);
 }
 
+/// The period and the buffer that ALSA settles on for times that are requested near, in frames.
+std::pair<snd_pcm_uframes_t, snd_pcm_uframes_t> settle(unsigned period_us, unsigned buffer_us) {
+  sound_stream stream;
+  EXPECT_EQ(stream.open(), 0);
+  snd_pcm_hw_params_t *hw;
+  snd_pcm_hw_params_alloca(&hw);
+  snd_pcm_hw_params_any(stream, hw);
+  snd_pcm_hw_params_set_channels(stream, hw, 2);
+  snd_pcm_hw_params_set_rate(stream, hw, 48000, 0);
+  EXPECT_EQ(snd_pcm_hw_params_set_period_time_near(stream, hw, &period_us, nullptr), 0);
+  EXPECT_EQ(snd_pcm_hw_params_set_buffer_time_near(stream, hw, &buffer_us, nullptr), 0);
+  EXPECT_EQ(snd_pcm_hw_params(stream, hw), 0);
+  snd_pcm_uframes_t period = 0, buffer = 0;
+  snd_pcm_hw_params_get_period_size(hw, &period, nullptr);
+  snd_pcm_hw_params_get_buffer_size(hw, &buffer);
+  return {period, buffer};
+}
+
+TEST_F(SimSoundCard, SettlesOnOnePeriodForLongSoundsWhereSet) {
+  using sizes = std::pair<snd_pcm_uframes_t, snd_pcm_uframes_t>;
+  EXPECT_EQ(settle(1000000, 4000000), (sizes{8192, 16384}));
+  board_.set("sound_periods", "1");
+  EXPECT_EQ(settle(1000000, 4000000), (sizes{16384, 16384}));
+  EXPECT_EQ(settle(10000, 40000), (sizes{480, 1920}));
+  for (const char *otherwise : {"2", "0", "many", ""}) {
+    board_.set("sound_periods", otherwise);
+    EXPECT_EQ(settle(1000000, 4000000), (sizes{8192, 16384})) << otherwise;
+  }
+}
+
 TEST_F(SimSoundCard, HasASmallBufferWhenAsked) {
   board_.set("sound_buffer", "2048");
   sound_stream stream;

@@ -350,5 +350,27 @@ TEST_F(WavPlayer, TheHeaderIsNotRead) {
   expect_all_closed();
 }
 
+constexpr size_t bytes_per_second = 96000;
+
+TEST_F(WavPlayer, LongSoundPlaysOnACardThatSplitsItsBuffer) {
+  EXPECT_EQ(wav_playback(file(bytes(44 + 21 * bytes_per_second)).c_str()), 1);
+  EXPECT_EQ(take_played().size(), 2 * 21 * bytes_per_second);
+  EXPECT_THAT(take_messages(), IsEmpty());
+  expect_all_closed();
+}
+
+TEST_F(WavPlayer, LongSoundIsRejectedByACardThatDoesNotSplitItsBuffer) {
+  board_.set("sound_periods", "1");
+  EXPECT_EQ(wav_playback(file(bytes(44 + 21 * bytes_per_second)).c_str()), 0);
+  EXPECT_THAT(take_messages(), ElementsAre("Can't use period equal to buffer size (16384 == 16384)"));
+  EXPECT_EQ(writes.count(), 0U);
+  expect_all_closed();
+
+  EXPECT_EQ(wav_playback(file(bytes(44 + 3 * bytes_per_second)).c_str()), 1);
+  EXPECT_EQ(take_played().size(), 2 * 3 * bytes_per_second);
+  EXPECT_THAT(take_messages(), IsEmpty());
+  expect_all_closed();
+}
+
 } // namespace
 } // namespace dravik::test
