@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -175,6 +176,8 @@ public:
 private:
   static constexpr int rounds_of_the_rest = 64; ///< more than a terminal holds; others may still be sending
   static constexpr size_t longest_line = 4096;
+  static constexpr size_t longest_block = 4096;
+  using line_clock = std::chrono::steady_clock;
 
   /// Nothing of the caller's stays open or in use, and keys pressed there do not reach this process. Neither
   /// does what ends an application by its name, for that is in the command line of both.
@@ -190,32 +193,48 @@ private:
   }
 
   void hand_on() {
+    const auto pause = std::chrono::ceil<std::chrono::milliseconds>(next_arrival_ - line_clock::now());
+    const bool is_pausing = pause.count() > 0;
     std::array<pollfd, 3> awaited = {{
         {application_.get(), POLLIN, 0},
-        {pair_.far_end.get(), static_cast<short>(typed_.empty() ? POLLIN : POLLIN | POLLOUT), 0},
+        {pair_.far_end.get(), static_cast<short>((is_pausing ? 0 : POLLIN) | (typed_.empty() ? 0 : POLLOUT)),
+         0},
         {typed_.empty() ? input_.get() : -1, POLLIN, 0},
     }};
-    ::poll(awaited.data(), awaited.size(), -1);
+    ::poll(awaited.data(), awaited.size(), is_pausing ? static_cast<int>(pause.count()) : -1);
     if ((awaited[1].revents & POLLIN) != 0)
-      take_sent();
+      take_at_pace();
     if (awaited[2].revents != 0)
       take_typed();
     if (!typed_.empty())
       pass_typed();
   }
 
-  bool take_sent() {
-    std::array<char, 4096> block;
-    const ssize_t count = ::read(pair_.far_end.get(), block.data(), block.size());
+  /// The bytes of one hundredth of a second at a time, where the line has a pace.
+  void take_at_pace() {
+    const uint32_t bytes_per_second = line_bytes_per_second();
+    if (bytes_per_second == 0) {
+      take_sent(longest_block);
+      return;
+    }
+    const size_t count = take_sent(std::min<size_t>(bytes_per_second / 100 + 1, longest_block));
+    next_arrival_ = std::max(next_arrival_, line_clock::now() - std::chrono::milliseconds{10}) +
+                    count * std::chrono::nanoseconds{std::chrono::seconds{1}} / bytes_per_second;
+  }
+
+  /// Gives the number of bytes; 0 when there are none.
+  size_t take_sent(size_t most) {
+    std::array<char, longest_block> block;
+    const ssize_t count = ::read(pair_.far_end.get(), block.data(), most);
     if (count <= 0)
-      return false;
+      return 0;
     const std::string_view text{block.data(), static_cast<size_t>(count)};
     append_to_board_file("console", text);
     line_ += text;
     const size_t whole = line_.size() < longest_line ? line_.rfind('\n') + 1 : line_.size();
     record_sent_lines(std::string_view{line_}.substr(0, whole));
     line_.erase(0, whole);
-    return true;
+    return text.size();
   }
 
   void take_typed() {
@@ -244,7 +263,7 @@ private:
   }
 
   void finish() {
-    for (int round = 0; round < rounds_of_the_rest && take_sent(); ++round) {
+    for (int round = 0; round < rounds_of_the_rest && take_sent(longest_block) > 0; ++round) {
     }
     record_sent_lines(line_);
     files_.put_back(pair_.name);
@@ -257,8 +276,9 @@ private:
   terminal_pair pair_;
   unique_fd application_;
   unique_fd input_;
-  std::string line_;  ///< that has not ended yet
-  std::string typed_; ///< that the terminal has not taken yet
+  std::string line_;                    ///< that has not ended yet
+  line_clock::time_point next_arrival_; ///< when the line has carried what was taken
+  std::string typed_;                   ///< that the terminal has not taken yet
 };
 
 /// A process that is nobody's child, in a session of its own. False when there can be none.

@@ -38,6 +38,15 @@ uint32_t bits_per_second(speed_t speed) noexcept {
   return known != std::end(speeds) ? known->second : 0;
 }
 
+/// Of a byte on the line: a start bit, its data, a parity bit where set, one or two stop bits.
+uint32_t bits_per_byte(const termios &settings) noexcept {
+  constexpr std::pair<tcflag_t, uint32_t> sizes[] = {{CS5, 5}, {CS6, 6}, {CS7, 7}, {CS8, 8}};
+  const auto *size =
+      std::ranges::find(sizes, settings.c_cflag & CSIZE, &std::pair<tcflag_t, uint32_t>::first);
+  return 1 + size->second + ((settings.c_cflag & PARENB) != 0 ? 1 : 0) +
+         ((settings.c_cflag & CSTOPB) != 0 ? 2 : 1);
+}
+
 } // namespace
 
 termios kept_line_settings() noexcept {
@@ -52,6 +61,13 @@ bool keep_line_settings(const termios &settings) noexcept {
   if (speed != ::cfgetospeed(&before))
     record_event("ttyS0: %u bits per second", bits_per_second(speed));
   return write_board_bytes(settings_file, 0, &settings, sizeof settings);
+}
+
+uint32_t line_bytes_per_second() noexcept {
+  if (value_of(board_text{"board.conf"}, "serial_pace") != "line")
+    return 0;
+  const termios settings = kept_line_settings();
+  return bits_per_second(::cfgetospeed(&settings)) / bits_per_byte(settings);
 }
 
 void record_sent_lines(std::string_view text) noexcept {

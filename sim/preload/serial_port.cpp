@@ -11,6 +11,7 @@
 #include "preload/path_map.hpp"
 #include "preload/preserve_errno.hpp"
 #include "preload/serial_line.hpp"
+#include "preload/serial_pace.hpp"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -53,11 +54,14 @@ int choose_direction(int descriptor, int flags) noexcept {
   return input;
 }
 
-ssize_t send(int, const void *data, size_t size) noexcept {
-  const std::string_view text{static_cast<const char *>(data), size};
-  append_to_board_file(sent_file, text);
-  record_sent_lines(text);
+ssize_t append(int, const char *data, size_t size) noexcept {
+  append_to_board_file(sent_file, {data, size});
+  record_sent_lines({data, size});
   return static_cast<ssize_t>(size);
+}
+
+ssize_t send(int descriptor, const void *data, size_t size) noexcept {
+  return send_at_pace(descriptor, static_cast<const char *>(data), size, append);
 }
 
 /// How many bytes wait, as other devices of the kind tell it.

@@ -5,6 +5,7 @@
 #include "preload/device.hpp"
 #include "preload/kernel_files.hpp"
 #include "preload/next.hpp"
+#include "preload/serial_pace.hpp"
 
 #include <algorithm>
 #include <cerrno>
@@ -53,6 +54,15 @@ ssize_t write_at(file_kind kind, int descriptor, const void *data, size_t size, 
   return error != 0 ? as_told(ssize_t{-error}) : write_in_manner(kind, descriptor, data, size, offset);
 }
 
+ssize_t write_plainly(int descriptor, const char *data, size_t size) noexcept {
+  const ssize_t count = ::syscall(SYS_write, descriptor, data, size);
+  return count < 0 ? -errno : count;
+}
+
+ssize_t send_to_terminal(int descriptor, const void *data, size_t size) noexcept {
+  return as_told(send_at_pace(descriptor, static_cast<const char *>(data), size, write_plainly));
+}
+
 /// Takes the pieces as one, and not more of them than an
 /// attribute takes: the caller goes on with what is left.
 ssize_t write_pieces(file_kind kind, int descriptor, std::span<const iovec> pieces) noexcept {
@@ -63,7 +73,8 @@ ssize_t write_pieces(file_kind kind, int descriptor, std::span<const iovec> piec
     std::copy_n(static_cast<const char *>(piece.iov_base), taken, joined + length);
     length += taken;
   }
-  return write_on(kind, descriptor, joined, length);
+  return has_own_manner(kind) ? write_on(kind, descriptor, joined, length)
+                              : send_to_terminal(descriptor, joined, length);
 }
 
 bool may_set_length(int descriptor) noexcept {
@@ -80,13 +91,15 @@ using namespace dravik::sim;
 
 SIM_DEFINE(ssize_t, write, (int descriptor, const void *data, size_t size)) {
   const file_kind kind = kind_behind(descriptor);
-  return has_own_manner(kind) ? write_on(kind, descriptor, data, size)
-                              : SIM_NEXT(write)(descriptor, data, size);
+  if (has_own_manner(kind))
+    return write_on(kind, descriptor, data, size);
+  return is_paced_terminal(descriptor) ? send_to_terminal(descriptor, data, size)
+                                       : SIM_NEXT(write)(descriptor, data, size);
 }
 
 SIM_DEFINE(ssize_t, writev, (int descriptor, const iovec *pieces, int count)) {
   const file_kind kind = kind_behind(descriptor);
-  return has_own_manner(kind) && count >= 0
+  return count >= 0 && (has_own_manner(kind) || is_paced_terminal(descriptor))
              ? write_pieces(kind, descriptor, {pieces, static_cast<size_t>(count)})
              : SIM_NEXT(writev)(descriptor, pieces, count);
 }
