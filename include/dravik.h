@@ -50,6 +50,9 @@ extern "C" {
  * fixed: a device of another depth is accepted, but is drawn on as if it had 16 bits a pixel. Drawing goes
  * straight to the visible memory; there is no back buffer.
  *
+ * Drawing functions allocate no heap memory of their own. Those that open a file allocate its stream;
+ * fb_put_jpeg_file() and put_unicode_string() allocate what libjpeg and FreeType need.
+ *
  * No drawing function checks positions against the size of the mapping. Functions that clip are documented as
  * such. All others write wherever their arguments point; the application must keep them on the screen.
  * Unsigned positions wrap modulo 2^32: 0xFFFFFFFF is the column left of, or the line above, the first.
@@ -85,12 +88,16 @@ extern DRAVIK_API uint8_t *fbp;
 /** The start of the mapping, which fb_exit() unmaps; equal to ::fbp after fb_init(). */
 extern DRAVIK_API uint8_t *fbp0;
 /** The screen record, indexed by ::dravik_fbinfo; all zero before fb_init(). */
-extern DRAVIK_API uint32_t fbinfo[12];
+extern DRAVIK_API uint32_t fbinfo[FBINFO_WORDS];
+/** Columns and rows of ::image_buffer, and of the screen that anti-aliased text is laid out for. */
+#define DRAVIK_PLANE_WIDTH 640
+#define DRAVIK_PLANE_HEIGHT 480
+
 /** A plane of 640 columns by 480 rows, one byte a cell, kept for text composition; zero at load. */
-extern DRAVIK_API uint8_t image_buffer[307200];
+extern DRAVIK_API uint8_t image_buffer[DRAVIK_PLANE_WIDTH * DRAVIK_PLANE_HEIGHT];
 
 /**
- * Open "/dev/fb0", map it, fill ::fbinfo and build the colour table ::gc with the theme colour 0x0B77.
+ * Open "/dev/fb0", map it, fill ::fbinfo and build the colour table ::gc with the theme colour ::DRAVIK_DEFAULT_THEME.
  *
  * Call it once, before any drawing. A second call opens and maps again and releases nothing of the first.
  *
@@ -153,18 +160,81 @@ DRAVIK_API void fb_put_pixel(uint32_t x, uint32_t y, uint16_t colour) DRAVIK_NOE
  * @{
  */
 
-/** Passed as a colour to fb_clear_screen(), or as a background to fb_q7bmp_show(): the theme colour. */
+/** @name Colours that the ramps lead from and to (RGB565) */
+/** @{ */
+#define DRAVIK_BLACK 0x0821 /**< the library's black */
+#define DRAVIK_WHITE 0xFFFF
+#define DRAVIK_RED 0xF800
+#define DRAVIK_GREEN 0x07E0
+#define DRAVIK_BLUE 0x001F
+#define DRAVIK_GREY 0x7BEF
+#define DRAVIK_YELLOW 0xFFE0
+#define DRAVIK_MAGENTA 0xF81F
+#define DRAVIK_CYAN 0x07FF
+#define DRAVIK_ORANGE 0xFBC0
+/** @} */
+
+/** As a background colour: the pixels around the foreground are left unchanged. */
+#define DRAVIK_TRANSPARENT 0x0000
+
+/** The colour that is transparent in BMP images drawn with ::DRAVIK_BMP_KEYED or ::DRAVIK_BMP_SILHOUETTE. */
+#define DRAVIK_MAGENTA_KEY 0xF81F
+
+/** Represents the theme colour: as a colour of fb_clear_screen(), as a background of artwork and text. */
 #define DRAVIK_THEME 0x1234
 
-/**
- * 29 ramps of 16 RGB565 colours: step i of ramp b is entry 16 * b + i. Ramps 0 to 26 are fixed, ramps 27 and
- * 28 lead from the theme colour to white and to black, and entry 432 is the theme colour. All zero until the
- * first fb_init() or set_theme_color().
- */
-extern DRAVIK_API uint16_t gc[464];
+/** The theme colour that fb_init() sets. */
+#define DRAVIK_DEFAULT_THEME 0x0B77
 
-/** The dark shading of the gradient clears: one RGB565 colour a screen line, from line 0 to line 207. */
-extern DRAVIK_API const uint16_t grad_line[208];
+/** The ramps of ::gc. */
+enum dravik_ramp {
+  DRAVIK_RED_ON_BLACK,
+  DRAVIK_GREEN_ON_BLACK,
+  DRAVIK_BLUE_ON_BLACK,
+  DRAVIK_WHITE_ON_BLACK,
+  DRAVIK_GREY_ON_BLACK,
+  DRAVIK_YELLOW_ON_BLACK,
+  DRAVIK_MAGENTA_ON_BLACK,
+  DRAVIK_CYAN_ON_BLACK,
+  DRAVIK_ORANGE_ON_BLACK,
+  DRAVIK_RED_ON_WHITE,
+  DRAVIK_GREEN_ON_WHITE,
+  DRAVIK_BLUE_ON_WHITE,
+  DRAVIK_BLACK_ON_WHITE,
+  DRAVIK_GREY_ON_WHITE,
+  DRAVIK_YELLOW_ON_WHITE,
+  DRAVIK_MAGENTA_ON_WHITE,
+  DRAVIK_CYAN_ON_WHITE,
+  DRAVIK_ORANGE_ON_WHITE,
+  DRAVIK_RED_ON_MAGENTA,
+  DRAVIK_GREEN_ON_MAGENTA,
+  DRAVIK_BLUE_ON_MAGENTA,
+  DRAVIK_BLACK_ON_MAGENTA,
+  DRAVIK_WHITE_ON_MAGENTA,
+  DRAVIK_GREY_ON_MAGENTA,
+  DRAVIK_YELLOW_ON_MAGENTA,
+  DRAVIK_CYAN_ON_MAGENTA,
+  DRAVIK_ORANGE_ON_MAGENTA,
+  DRAVIK_THEME_TO_WHITE, /**< its first colour is the theme colour */
+  DRAVIK_THEME_TO_BLACK, /**< its first colour is the theme colour */
+  DRAVIK_RAMPS           /**< the number of ramps */
+};
+
+/** Colours per ramp. */
+#define DRAVIK_RAMP_STEPS 16
+
+/**
+ * The ramps: step i of a ramp is entry `ramp * DRAVIK_RAMP_STEPS + i`, from the background (0) to the foreground
+ * (15). The ramps of the theme follow the theme colour; the others are fixed. All zero until the first fb_init()
+ * or set_theme_color().
+ */
+extern DRAVIK_API uint16_t gc[DRAVIK_RAMPS * DRAVIK_RAMP_STEPS];
+
+/** Screen lines that the dark shading of the gradient clears covers. */
+#define DRAVIK_SHADING_LINES 208
+
+/** The dark shading of the gradient clears: one RGB565 colour per screen line. */
+extern DRAVIK_API const uint16_t grad_line[DRAVIK_SHADING_LINES];
 
 /**
  * Choose the theme colour and rebuild the whole of ::gc. Nothing already on the screen changes.
@@ -172,7 +242,7 @@ extern DRAVIK_API const uint16_t grad_line[208];
  */
 DRAVIK_API void set_theme_color(int32_t colour) DRAVIK_NOEXCEPT;
 
-/** The theme colour, entry 432 of ::gc; 0 before the table was ever built. */
+/** Return the theme colour, the first of ::DRAVIK_THEME_TO_WHITE; 0 before ::gc was first built. */
 DRAVIK_API uint16_t get_theme_color(void) DRAVIK_NOEXCEPT;
 
 /** @} */
@@ -280,19 +350,73 @@ DRAVIK_API void fb_clear_region_gradient(int32_t x0, int32_t y0, int32_t x1, int
 /** @} */
 
 /**
+ * @defgroup placement Placement
+ * What the position of an image or a text refers to: the `align` of the drawing functions. Each function accepts
+ * the codes of its kind; other values mean ::DRAVIK_TOP_LEFT.
+ * @{
+ */
+
+/** Alignment codes. A centred object that would start left of or above the screen starts at 0. */
+enum dravik_align {
+  DRAVIK_TOP_LEFT = 0, /**< the position is the top-left corner */
+  DRAVIK_CENTRE_X = 1, /**< x is the centre */
+  DRAVIK_CENTRE_Y = 2, /**< y is the centre */
+  DRAVIK_CENTRE = 3,   /**< x and y are the centre */
+
+  /* text only: on a screen of 640 by 480 pixels, if the text is no larger */
+  DRAVIK_SCREEN_CENTRE_X = 4, /**< in the middle of the columns */
+  DRAVIK_SCREEN_CENTRE_Y = 5, /**< in the middle of the lines */
+  DRAVIK_SCREEN_RIGHT = 6,    /**< at the right edge */
+  DRAVIK_SCREEN_BOTTOM = 7,   /**< at the bottom edge */
+
+  /* artwork only: centred in columns of a screen 320 pixels wide, if the image is no wider than that */
+  DRAVIK_QUARTER_1 = 8,    /**< columns 0 to 79 */
+  DRAVIK_LEFT_HALF = 9,    /**< columns 0 to 159 */
+  DRAVIK_QUARTER_2 = 10,   /**< columns 80 to 159 */
+  DRAVIK_WHOLE_WIDTH = 11, /**< columns 0 to 319 */
+  DRAVIK_QUARTER_3 = 12,   /**< columns 160 to 239 */
+  DRAVIK_RIGHT_HALF = 13,  /**< columns 160 to 319 */
+  DRAVIK_QUARTER_4 = 14    /**< columns 240 to 319 */
+};
+
+/** @} */
+
+/**
  * @defgroup bmp BMP files
  * @{
  */
 
-/**
- * The header of the last file that had the "BM" signature: width, height, bits a pixel, file size, image data
- * size, information header size, pixel data offset.
- */
-extern DRAVIK_API uint32_t bmpinfo[7];
+/** The words of ::bmpinfo. */
+enum dravik_bmpinfo {
+  BMPINFO_WIDTH,          /**< width in pixels */
+  BMPINFO_HEIGHT,         /**< height in pixels */
+  BMPINFO_BITS_PER_PIXEL, /**< bits per pixel */
+  BMPINFO_FILE_SIZE,      /**< file size in bytes */
+  BMPINFO_DATA_SIZE,      /**< image data size in bytes */
+  BMPINFO_INFO_SIZE,      /**< size of the information header in bytes */
+  BMPINFO_DATA_OFFSET,    /**< offset of the pixel data in the file */
+  BMPINFO_WORDS           /**< the number of words */
+};
+
+/** How 16-bit images are drawn. */
+enum dravik_bmp_mode {
+  DRAVIK_BMP_COPY,      /**< rows are copied */
+  DRAVIK_BMP_KEYED,     /**< ::DRAVIK_MAGENTA_KEY is transparent */
+  DRAVIK_BMP_SILHOUETTE /**< the same, and the other pixels are grey, 0x7BCF */
+};
+
+/** The widest BMP file that fb_put_bmp_file() draws, in pixels. */
+#define DRAVIK_BMP_WIDEST 2048
+
+/** Entries of ::palette, four bytes each. */
+#define DRAVIK_PALETTE_ENTRIES 256
+
+/** The header of the last file that had the "BM" signature, indexed by ::dravik_bmpinfo. */
+extern DRAVIK_API uint32_t bmpinfo[BMPINFO_WORDS];
 /** The colours of the last 1-, 4- or 8-bit file: 256 entries of blue, green, red and an unused byte. */
-extern DRAVIK_API uint8_t palette[1024];
+extern DRAVIK_API uint8_t palette[DRAVIK_PALETTE_ENTRIES * 4];
 /** The last row read of a 1-, 4-, 8-, 24- or 32-bit file, as it stands in the file. */
-extern DRAVIK_API uint8_t image[8192];
+extern DRAVIK_API uint8_t image[DRAVIK_BMP_WIDEST * 4];
 
 /**
  * Draw an uncompressed BMP file of 1, 4, 8, 16, 24 or 32 bits a pixel. Rows are taken bottom-up.
@@ -314,10 +438,8 @@ extern DRAVIK_API uint8_t image[8192];
  * A file that ends early is drawn with what its last rows left in ::image (for mode 0: on the screen).
  * @param x,y    position in pixels; see align
  * @param path   the file
- * @param mode   for 16-bit files: 0 copies, 1 leaves 0xF81F transparent, 2 does so and paints the rest
- * 0x7BCF, any other draws nothing
- * @param align  1: x is the centre, 2: y is the centre, 3: both, any other: (x, y) is the top-left corner. A
- * centred picture that would begin left of or above the screen begins at 0
+ * @param mode   for 16-bit files: a ::dravik_bmp_mode; other values draw nothing
+ * @param align  a ::dravik_align, ::DRAVIK_TOP_LEFT to ::DRAVIK_CENTRE
  * @return 0 when drawn, and when the depth or the mode is unknown and nothing was drawn; -1 when nothing was
  * drawn and standard error says why: "open %s error!", "%s file size error!" (the header's file size is not
  * the file's), "%s BMP type error!", "BMP image size is too big. %d x %d" (wider than 2048), or "BMP image is
@@ -346,9 +468,11 @@ DRAVIK_API int fb_get_bmp_file(const uint16_t *pixels) DRAVIK_NOEXCEPT;
  * @{
  */
 
-/** The pictures: slot i holds a whole file, or null. The blocks belong to the library until bmp_mem_free().
- */
-extern DRAVIK_API uint8_t *bmp_mem_ptr[64];
+/** Number of slots. */
+#define DRAVIK_BMP_SLOTS 64
+
+/** The pictures: slot i holds a whole file, or null. The blocks belong to the library until bmp_mem_free(). */
+extern DRAVIK_API uint8_t *bmp_mem_ptr[DRAVIK_BMP_SLOTS];
 /** How many slots the last bmp_mem_alloc() went through, whether they loaded or not. */
 extern DRAVIK_API int32_t bmp_mem_num;
 
@@ -372,9 +496,8 @@ DRAVIK_API int bmp_mem_alloc(int32_t count, const char *dir, const char *const *
  * Mode 1 leaves 0xF81F transparent. Mode 2 leaves 0xF81F and 0x0000 transparent and paints the rest 0x7BCF.
  * @param x,y    position in pixels; see align
  * @param slot   slot number, from 0
- * @param mode   0, 1 or 2; any other draws nothing
- * @param align  1: x is the centre, 2: y is the centre, 3: both, not less than 0; any other: (x, y) is the
- * top-left corner
+ * @param mode   a ::dravik_bmp_mode; other values draw nothing
+ * @param align  a ::dravik_align, ::DRAVIK_TOP_LEFT to ::DRAVIK_CENTRE
  * @return 0 when drawn, or when the mode is unknown or the picture has not 16 bits a pixel and nothing was
  * drawn; -1 with the reason in the event log: "BMP mem index err: %d, max = %d" (also for a negative slot),
  * "BMP mem ptr is NULL, bmp_mem_idx=%d" (also after bmp_mem_free()), "BMP type err, bmp_mem_idx=%d", "BMP
@@ -395,9 +518,17 @@ DRAVIK_API void bmp_mem_free(void) DRAVIK_NOEXCEPT;
  * @{
  */
 
-/** The last picture decoded: image width, image height, output width, output height; the last two equal the
- * first. */
-extern DRAVIK_API uint32_t jpeginfo[4];
+/** The words of ::jpeginfo. The output has the size of the image. */
+enum dravik_jpeginfo {
+  JPEGINFO_WIDTH,         /**< image width in pixels */
+  JPEGINFO_HEIGHT,        /**< image height in pixels */
+  JPEGINFO_OUTPUT_WIDTH,  /**< output width in pixels */
+  JPEGINFO_OUTPUT_HEIGHT, /**< output height in pixels */
+  JPEGINFO_WORDS          /**< the number of words */
+};
+
+/** The last picture decoded, indexed by ::dravik_jpeginfo. */
+extern DRAVIK_API uint32_t jpeginfo[JPEGINFO_WORDS];
 
 /**
  * Draw a JPEG picture from "/usr/local/dravik/jpg", baseline or progressive, in colour or grey. It is clipped
@@ -409,8 +540,7 @@ extern DRAVIK_API uint32_t jpeginfo[4];
  * what there is. The row buffer requested from libjpeg is one byte longer than a row.
  * @param x,y    position in pixels, see align; 0xFFFFFFFF is the column left of, or the line above, the first
  * @param name   file name in that directory, read during the call only
- * @param align  1: x is the centre, 2: y is the centre, 3: both, not less than 0; any other: (x, y) is the
- * top-left corner
+ * @param align  a ::dravik_align, ::DRAVIK_TOP_LEFT to ::DRAVIK_CENTRE
  * @return 0 when drawn; -1 when the file cannot be opened ("can't open %s" on standard error) or libjpeg
  * gives up, which tells why on standard error; rows decoded before that stay on the screen
  */
@@ -430,10 +560,13 @@ DRAVIK_API int fb_put_jpeg_file(uint32_t x, uint32_t y, const char *name, uint32
  * @{
  */
 
+/** Number of slots. */
+#define DRAVIK_ART_SLOTS 32
+
 /** The archives: slot i holds a whole file, or null. The blocks belong to the library until q7bmp_free(). */
-extern DRAVIK_API uint8_t *q7bmp_ptr[32];
+extern DRAVIK_API uint8_t *q7bmp_ptr[DRAVIK_ART_SLOTS];
 /** The number of images in each slot; 0 in an empty one. */
-extern DRAVIK_API uint32_t q7bmp_str_num[32];
+extern DRAVIK_API uint32_t q7bmp_str_num[DRAVIK_ART_SLOTS];
 /** How many slots the last q7bmp_alloc() went through, whether they loaded or not. */
 extern DRAVIK_API int32_t q7bmp_ptr_num;
 
@@ -460,17 +593,17 @@ DRAVIK_API void q7bmp_free(void) DRAVIK_NOEXCEPT;
  * Draw one image of an archive, without clipping: the caller must keep it on the screen. An image larger than
  * the screen is truncated to frame buffer memory.
  *
- * The ramp is chosen by the two colours. On 0x0821 and on 0xFFFF: 0xF800, 0x07E0, 0x001F, 0x7BEF, 0xFFE0,
- * 0xF81F, 0x07FF, 0xFBC0, and one ramp for all others. On 0xF81F: 0x0821. On ::DRAVIK_THEME: 0xFFFF (to
- * white) and all others (to black). On 0, where level 0 is not painted: 0x0821, 0x7BEF, and white for all
- * others. Any other background, and any other colour on 0xF81F, take the ramp from near-black to white.
+ * The two colours select the ramp (see ::dravik_ramp). On ::DRAVIK_BLACK and ::DRAVIK_WHITE it is that of the
+ * foreground; one that has no ramp there is drawn in white or black. On ::DRAVIK_MAGENTA only ::DRAVIK_BLACK has
+ * one. On ::DRAVIK_THEME, ::DRAVIK_WHITE selects the ramp to white, any other foreground the ramp to black. On
+ * ::DRAVIK_TRANSPARENT, where level 0 is not drawn, ::DRAVIK_BLACK selects ::DRAVIK_BLACK_ON_WHITE and
+ * ::DRAVIK_GREY ::DRAVIK_GREY_ON_BLACK. All other pairs select ::DRAVIK_WHITE_ON_BLACK.
  * @param x,y    position; signed pixels; see align
  * @param slot   slot number, 0 to 31
  * @param index  number of the image, from 0; one too high draws the last image
  * @param fg,bg  foreground and background, RGB565
- * @param align  1: x is the centre, 2: y is the centre, 3: both, not less than 0. 8 to 14 centre the image in
- * a column of a screen 320 pixels wide, if it is no wider than that column: 8, 10, 12, 14 the four quarters,
- * 9 and 13 the halves, 11 the whole; x is used for a wider one. Any other: (x, y) is the top-left corner
+ * @param align  a ::dravik_align, ::DRAVIK_TOP_LEFT to ::DRAVIK_CENTRE or ::DRAVIK_QUARTER_1 to
+ * ::DRAVIK_QUARTER_4; x is used for an image wider than its column
  * @return 0 when drawn, also when the image has no rows; -1, with a line in the event log, when the slot is
  * empty
  *         ("q7bmp ptr is NULL") or out of range, the archive holds no image ("q7bmp num error! num_q7bmp =
@@ -509,8 +642,11 @@ struct psf_font {
   int32_t height;   /**< glyph height in rows */
 };
 
+/** Number of slots. */
+#define DRAVIK_FONT_SLOTS 16
+
 /** The font slots; slot n is filled from the n-th path of psf_font_alloc(). */
-extern DRAVIK_API struct psf_font psf[16];
+extern DRAVIK_API struct psf_font psf[DRAVIK_FONT_SLOTS];
 /** How many slots psf_font_alloc() was asked to fill, those that failed included. */
 extern DRAVIK_API int32_t psf_font_num;
 
@@ -591,6 +727,12 @@ DRAVIK_API int fb_printf(uint32_t x, uint32_t y, uint32_t fg, uint32_t bg, int32
  * @{
  */
 
+/** UTF-16 units of the longest string. */
+#define DRAVIK_TEXT_UNITS 128
+
+/** The largest font size in points. */
+#define DRAVIK_LARGEST_FONT 96
+
 /**
  * The font files: "/usr/local/dravik/font/arial.ttf" and "/usr/local/dravik/font/DroidSansFallback.ttf". May
  * be pointed elsewhere; the names stay the caller's.
@@ -598,7 +740,7 @@ DRAVIK_API int fb_printf(uint32_t x, uint32_t y, uint32_t fg, uint32_t bg, int32
 extern DRAVIK_API const char *ttf_font_file[2];
 /** The last string drawn: up to 128 UTF-16 little-endian units; one that ended earlier has a 0 unit after it.
  */
-extern DRAVIK_API uint8_t unicode[256];
+extern DRAVIK_API uint8_t unicode[DRAVIK_TEXT_UNITS * 2];
 /** Its number of units. */
 extern DRAVIK_API int32_t unicode_len;
 /** Left column of the box of the last string on ::image_buffer. */
@@ -629,23 +771,21 @@ DRAVIK_API int32_t ascii_to_unicode_string(const char *src, void *dst) DRAVIK_NO
  * drawn. What is measured, and drawn, is the box around the text; ::str_width and ::str_height tell its size
  * afterwards.
  *
- * The ramp is chosen by the two colours. On 0x0821 and on 0xFFFF: 0xF800, 0x07E0, 0x001F, 0x7BEF, 0xFFE0,
- * 0xF81F, 0x07FF, 0xFBC0, and one ramp for all others. On 0xF81F: 0xF800, 0x07E0, 0x001F, 0xFFFF, 0x7BEF,
- * 0xFFE0, 0x07FF, 0xFBC0, and one for all others. On ::DRAVIK_THEME: 0x0821 (to black) and all others (to
- * white). On 0, which leaves the pixels around the letters as they are, and on any other background: from
- * white to black.
+ * The two colours select the ramp (see ::dravik_ramp). On ::DRAVIK_BLACK, ::DRAVIK_WHITE and ::DRAVIK_MAGENTA it
+ * is that of the foreground; one that has no ramp there is drawn in white, black and black. On ::DRAVIK_THEME,
+ * ::DRAVIK_BLACK selects the ramp to black, any other foreground the ramp to white. On ::DRAVIK_TRANSPARENT, which
+ * leaves the pixels around the letters unchanged, and on any other background, ::DRAVIK_BLACK_ON_WHITE is used.
  *
  * Text that crosses the right edge continues in the next line, also from the line above the screen into the
  * first one. Nothing is drawn before frame buffer memory. Glyphs that leave the plane are drawn on its edge.
  * @param x,y        position of the box in pixels; see align
  * @param text       UTF-16 little-endian units, at any address; read during the call only
- * @param font_size  points at 80 dots an inch, up to 96. A larger one writes "font_size error : %d!" to
+ * @param font_size  points at 80 dots per inch, up to ::DRAVIK_LARGEST_FONT. A larger one writes "font_size error : %d!" to
  * standard error and ends the process with status 0
  * @param font       entry of ::ttf_font_file; only bit 0 counts
  * @param fg,bg      foreground and background, RGB565
- * @param align      1: x is the centre, 3: x and y are the centre, not less than 0. 2: y is the centre if
- * ::sy is above half the height, else 0. 4, 5: in the middle of 640 columns, of 480 rows. 6, 7: against the
- * right, the bottom edge of these. Any other: (x, y) is the top-left corner
+ * @param align      a ::dravik_align, ::DRAVIK_TOP_LEFT to ::DRAVIK_SCREEN_BOTTOM. Intentional:
+ * ::DRAVIK_CENTRE_Y moves the text to line 0 unless ::sy is above half its height
  * @return 0. When FreeType fails, or the font lacks a character, nothing is drawn, the face and the FreeType
  * library are released, and standard error says
  *         "FT_Init_FreeType failed!", "FT_New_Face failed!", "FT_Set_Char_Size failed!", "FT_Get_Char_Index

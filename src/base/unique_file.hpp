@@ -17,6 +17,14 @@ inline unique_file open_file(const char *path, const char *mode) noexcept {
   return unique_file{std::fopen(path, mode)};
 }
 
+/// Open a file that is read or handed on in large pieces: the stream has no buffer, so it allocates none.
+inline unique_file open_unbuffered(const char *path, const char *mode) noexcept {
+  unique_file file = open_file(path, mode);
+  if (file != nullptr)
+    std::setvbuf(file.get(), nullptr, _IONBF, 0);
+  return file;
+}
+
 /// The length of a file in bytes, or -1; leaves the stream at its end.
 inline int64_t seek_to_end(std::FILE *file) noexcept {
   return std::fseek(file, 0, SEEK_END) == 0 ? std::ftell(file) : -1;

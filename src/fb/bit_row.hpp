@@ -2,21 +2,20 @@
 #pragma once
 
 #include "fb/pair_row.hpp"
+#include "fb/vectors.hpp"
 
 #include <array>
 
 namespace dravik::fb {
 
-typedef uint16_t pixels8 __attribute__((vector_size(16)));
-
 /// The bits of each byte spread over eight pixels: all ones where one is set.
-inline constexpr std::array<pixels8, 256> masks_of_bits = [] {
-  std::array<pixels8, 256> table{};
+inline constexpr std::array<vector_of_8, 256> masks_of_bits = [] {
+  std::array<vector_of_8, 256> table{};
   for (size_t bits = 0; bits < table.size(); ++bits) {
     const auto lane = [bits](size_t place) {
       return static_cast<uint16_t>((bits >> (7 - place) & 1) != 0 ? 0xFFFF : 0);
     };
-    table[bits] = pixels8{lane(0), lane(1), lane(2), lane(3), lane(4), lane(5), lane(6), lane(7)};
+    table[bits] = vector_of_8{lane(0), lane(1), lane(2), lane(3), lane(4), lane(5), lane(6), lane(7)};
   }
   return table;
 }();
@@ -29,7 +28,7 @@ public:
                                          pixel_pair(set, clear), pixel_pair(set, set)} {}
 
   void put8(pixel *at, uint8_t bits) const noexcept {
-    if constexpr (sizeof(void *) == 8) {
+    if constexpr (has_wide_registers) {
       const auto difference = static_cast<uint16_t>(clear_ ^ set_);
       store(at, (masks_of_bits[bits] & difference) ^ clear_);
     } else {

@@ -1,30 +1,26 @@
-// The colour table: 27 fixed ramps, two that follow the theme colour, and the shading of the gradient clears.
+// The colour table: 27 fixed ramps, and two that follow the theme colour.
 
 #include "fb/colour_table.hpp"
+#include "fb/colours.hpp"
 
 #include <array>
 
 namespace dravik::fb {
 namespace {
 
-constexpr int fixed_ramps = 27;
-constexpr uint16_t near_black = 0x0821;
-
-constexpr uint16_t rgb565(int red, int green, int blue) noexcept {
-  return static_cast<uint16_t>(red << 11 | green << 5 | blue);
-}
+constexpr int fixed_ramps = DRAVIK_THEME_TO_WHITE;
 
 /// A channel that moves evenly: start + slope * step.
 struct channel {
   int8_t start;
   int8_t slope;
 
-  constexpr int at(int step) const noexcept { return start + slope * step; }
+  constexpr uint32_t at(int step) const noexcept { return static_cast<uint32_t>(start + slope * step); }
 };
 
 struct ramp_shape {
   channel red, green, blue;
-  bool starts_near_black = false;
+  bool starts_black = false;
 };
 
 constexpr ramp_shape shapes[fixed_ramps] = {
@@ -57,31 +53,32 @@ constexpr ramp_shape shapes[fixed_ramps] = {
     {{31, -1}, {0, 2}, {31, -2}},   // orange
 };
 
-using fixed_table = std::array<uint16_t, fixed_ramps * ramp_steps>;
+using fixed_table = std::array<uint16_t, fixed_ramps * DRAVIK_RAMP_STEPS>;
 
 constexpr fixed_table expand_shapes() noexcept {
   fixed_table table{};
   for (int ramp = 0; ramp < fixed_ramps; ++ramp) {
     const ramp_shape &shape = shapes[ramp];
-    uint16_t *const steps = table.data() + ramp * ramp_steps;
-    for (int i = 0; i < ramp_steps; ++i)
+    uint16_t *const steps = table.data() + ramp * DRAVIK_RAMP_STEPS;
+    for (int i = 0; i < DRAVIK_RAMP_STEPS; ++i)
       steps[i] = rgb565(shape.red.at(i), shape.green.at(i), shape.blue.at(i));
-    if (shape.starts_near_black)
-      steps[0] = near_black;
+    if (shape.starts_black)
+      steps[0] = DRAVIK_BLACK;
   }
   return table;
 }
 
 constexpr fixed_table fixed_colours = expand_shapes();
-static_assert(fixed_colours[15] == 0xF800 && fixed_colours[63] == 0xF79E && fixed_colours[192] == 0xFFFF);
+static_assert(fixed_colours[15] == DRAVIK_RED && fixed_colours[63] == 0xF79E &&
+              fixed_colours[192] == DRAVIK_WHITE);
 
 /// The theme ramps: from the theme colour towards white, and towards black.
 void build_theme_ramps(uint16_t theme) noexcept {
-  const int red = theme >> 11, green = theme >> 5 & 63, blue = theme & 31;
+  const uint32_t red = theme >> 11, green = theme >> 5 & 63, blue = theme & 31;
   uint16_t *const to_white = gc + theme_entry;
-  uint16_t *const to_black = to_white + ramp_steps;
+  uint16_t *const to_black = to_white + DRAVIK_RAMP_STEPS;
   to_white[0] = to_black[0] = theme;
-  for (int k = 1; k < ramp_steps; ++k) {
+  for (uint32_t k = 1; k < DRAVIK_RAMP_STEPS; ++k) {
     to_white[k] =
         rgb565(red + (31 - red) * k / 15, green + (63 - green) * k / 15, blue + (31 - blue) * k / 15);
     to_black[k] = rgb565(red - red * k / 15, green - green * k / 15, blue - blue * k / 15);
@@ -100,26 +97,7 @@ void build_color_table(uint16_t theme) noexcept {
 
 extern "C" {
 
-constinit uint16_t gc[464] = {};
-
-constexpr uint16_t grad_line[208] = {
-    0x39C7, 0x39C7, 0x39C7, 0x39C7, 0x39C7, 0x39C7, 0x39C7, 0x39C7, 0x39C7, 0x39C7, 0x39C7, 0x39C7, 0x39C7,
-    0x39C7, 0x39C7, 0x39A7, 0x39A7, 0x39A7, 0x39A7, 0x39A7, 0x39A7, 0x39A7, 0x39A7, 0x39A7, 0x39A7, 0x39A7,
-    0x39A7, 0x39A7, 0x39A7, 0x39A7, 0x3186, 0x3186, 0x3186, 0x3186, 0x3186, 0x3186, 0x3186, 0x3186, 0x3186,
-    0x3186, 0x3186, 0x3186, 0x3186, 0x3186, 0x3186, 0x3166, 0x3166, 0x3166, 0x3166, 0x3166, 0x3166, 0x3166,
-    0x3166, 0x3166, 0x3166, 0x3166, 0x3166, 0x3166, 0x3166, 0x3166, 0x2945, 0x2945, 0x2945, 0x2945, 0x2945,
-    0x2945, 0x2945, 0x2945, 0x2945, 0x2945, 0x2945, 0x2945, 0x2945, 0x2945, 0x2945, 0x2925, 0x2925, 0x2925,
-    0x2925, 0x2925, 0x2925, 0x2925, 0x2104, 0x2104, 0x2104, 0x2104, 0x2104, 0x2104, 0x2104, 0x2104, 0x2104,
-    0x2104, 0x2104, 0x2104, 0x2104, 0x2104, 0x2104, 0x2104, 0x2104, 0x2104, 0x2104, 0x2104, 0x2104, 0x2104,
-    0x2104, 0x20E4, 0x20E4, 0x20E4, 0x20E4, 0x20E4, 0x20E4, 0x20E4, 0x20E4, 0x20E4, 0x20E4, 0x20E4, 0x20E4,
-    0x20E4, 0x20E4, 0x20E4, 0x18C3, 0x18C3, 0x18C3, 0x18C3, 0x18C3, 0x18C3, 0x18C3, 0x18C3, 0x18C3, 0x18C3,
-    0x18C3, 0x18C3, 0x18C3, 0x18C3, 0x18C3, 0x18A3, 0x18A3, 0x18A3, 0x18A3, 0x18A3, 0x18A3, 0x18A3, 0x18A3,
-    0x18A3, 0x18A3, 0x18A3, 0x18A3, 0x18A3, 0x18A3, 0x18A3, 0x1082, 0x1082, 0x1082, 0x1082, 0x1082, 0x1082,
-    0x1081, 0x1081, 0x1081, 0x1081, 0x1081, 0x1081, 0x1081, 0x1081, 0x1081, 0x1061, 0x1061, 0x1061, 0x1061,
-    0x1061, 0x1061, 0x1061, 0x1061, 0x1061, 0x1061, 0x1061, 0x1061, 0x1061, 0x1061, 0x1061, 0x0841, 0x0841,
-    0x0840, 0x0840, 0x0840, 0x0840, 0x0840, 0x0840, 0x0840, 0x0840, 0x0840, 0x0840, 0x0840, 0x0840, 0x0840,
-    0x0820, 0x0820, 0x0820, 0x0820, 0x0820, 0x0820, 0x0820, 0x0820, 0x0820, 0x0820, 0x0820, 0x0820, 0x0820,
-};
+constinit uint16_t gc[DRAVIK_RAMPS * DRAVIK_RAMP_STEPS] = {};
 
 void set_theme_color(int32_t colour) noexcept {
   dravik::fb::build_color_table(static_cast<uint16_t>(colour));
@@ -130,18 +108,3 @@ uint16_t get_theme_color() noexcept {
 }
 
 } // extern "C"
-
-namespace dravik::fb {
-
-static_assert(
-    [] {
-      size_t line = 0;
-      for (const shade_run &run : shading_runs)
-        for (; line <= run.last; ++line)
-          if (line < run.first || grad_line[line] != run.colour)
-            return false;
-      return line == std::size(grad_line);
-    }(),
-    "the gradient clears paint by runs");
-
-} // namespace dravik::fb

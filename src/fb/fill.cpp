@@ -2,16 +2,14 @@
 // ones are the C library's own wide fill, or a loop of words.
 
 #include "fb/fill.hpp"
+#include "fb/vectors.hpp"
 
 namespace dravik::fb {
 namespace {
 
 using word [[gnu::may_alias]] = uint32_t;
 using pixels4 = uint64_t;
-typedef uint16_t pixels8 __attribute__((vector_size(16)));
 
-/// Machines of 64 bits store 16 bytes anywhere at once; smaller ones want aligned words.
-constexpr bool has_wide_stores = sizeof(void *) == 8;
 /// From this length on the C library's fill is worth its call.
 constexpr size_t long_span = 128;
 
@@ -24,7 +22,7 @@ static_assert(sizeof(wchar_t) == sizeof(word), "wmemset() fills words of two pix
 /// Fills words of two pixels. The C library's fill is the quickest where it is written for the machine; on
 /// small ones it is a plain loop that does less a round than this.
 void fill_aligned(word *at, size_t count, uint32_t two) noexcept {
-  if constexpr (has_wide_stores) {
+  if constexpr (has_wide_registers) {
     std::wmemset(reinterpret_cast<wchar_t *>(at), static_cast<wchar_t>(two), count);
   } else {
 #pragma GCC unroll 8
@@ -51,7 +49,7 @@ template <class Row> void each_row(pixel *at, ptrdiff_t pitch, size_t rows, Row 
 
 /// Rows that take `Stores` stores of eight pixels, the last of which may overlap the one before.
 template <size_t Stores>
-void fill_rows(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, pixels8 eight) noexcept {
+void fill_rows(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, vector_of_8 eight) noexcept {
   each_row(at, pitch, rows, [=](pixel *row) {
     for (size_t i = 0; i + 1 < Stores; ++i)
       store(row + i * 8, eight);
@@ -60,7 +58,7 @@ void fill_rows(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, pixels8 ei
 }
 
 /// The same for more stores than are worth a loop of their own.
-void fill_rows(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, pixels8 eight) noexcept {
+void fill_rows(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, vector_of_8 eight) noexcept {
   each_row(at, pitch, rows, [=](pixel *row) {
     pixel *const last = row + width - 8;
     for (; row < last; row += 8)
@@ -92,7 +90,7 @@ void fill_narrow_rows(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, uin
 void fill_short_rows(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, uint16_t colour) noexcept {
   if (width < 8)
     return fill_narrow_rows(at, pitch, width, rows, colour);
-  const pixels8 eight = pixels8{} + colour;
+  const vector_of_8 eight = vector_of_8{} + colour;
   switch ((width + 7) / 8) {
   case 1:
     return fill_rows<1>(at, pitch, width, rows, eight);
@@ -118,7 +116,7 @@ void fill_block(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, uint16_t 
     width *= rows;
     rows = rows != 0;
   }
-  if (has_wide_stores && width < long_span)
+  if (has_wide_registers && width < long_span)
     return fill_short_rows(at, pitch, width, rows, colour);
   each_row(at, pitch, rows, [=](pixel *row) { fill_words(row, width, colour); });
 }

@@ -18,7 +18,7 @@ constinit int32_t fbfd = 0;
 constinit uint8_t *fbp = nullptr;
 constinit uint8_t *fbp0 = nullptr;
 constinit uint32_t fbinfo[FBINFO_WORDS] = {};
-constinit uint8_t image_buffer[640 * 480] = {};
+constinit uint8_t image_buffer[DRAVIK_PLANE_WIDTH * DRAVIK_PLANE_HEIGHT] = {};
 }
 
 static_assert(sizeof fbinfo == 48, "applications copy the record as 12 words");
@@ -83,7 +83,7 @@ extern "C" {
 
 void fb_init() noexcept {
   dravik::fb::open_screen();
-  dravik::fb::build_color_table(dravik::fb::start_up_theme);
+  dravik::fb::build_color_table(DRAVIK_DEFAULT_THEME);
 }
 
 int fb_exit() noexcept {
@@ -114,7 +114,7 @@ void get_fb_buffer(uint32_t a, uint32_t b, uint8_t *dst) noexcept {
 }
 
 void fb_put_pixel(uint32_t x, uint32_t y, uint16_t colour) noexcept {
-  *dravik::fb::screen().at(x, y) = colour;
+  *dravik::fb::screen().at(dravik::fb::position_of(x, y)) = colour;
 }
 
 } // extern "C"

@@ -1,6 +1,7 @@
 // Straight lines and triangle outlines. Nothing is clipped.
 
 #include "fb/fill.hpp"
+#include "fb/vectors.hpp"
 
 #include <array>
 
@@ -72,7 +73,7 @@ void step_by_position(const stepping &line, uint16_t colour) noexcept {
 void draw(const stepping &line, uint16_t colour) noexcept {
   if (line.slope == 0) {
     fill_column(line.at, line.along, size_t{line.steps} + 1, colour);
-  } else if (sizeof(void *) == 8 && line.steps <= exact_steps) {
+  } else if (has_wide_registers && line.steps <= exact_steps) {
     step_by_position(line, colour);
   } else {
     step_by_error(line, colour);

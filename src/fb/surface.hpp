@@ -12,6 +12,22 @@ namespace dravik::fb {
 /// A pixel in screen memory; may alias, since the same memory is filled by wider stores.
 using pixel [[gnu::may_alias]] = uint16_t;
 
+/// Columns to the right and lines down from the top-left pixel. Negative ones are left of and above the screen.
+struct position {
+  int32_t x, y;
+
+  /// Wraps modulo 2^32, as unsigned positions do.
+  constexpr position moved(uint32_t right, uint32_t down) const noexcept {
+    return {static_cast<int32_t>(static_cast<uint32_t>(x) + right),
+            static_cast<int32_t>(static_cast<uint32_t>(y) + down)};
+  }
+};
+
+/// An unsigned position: "-1" means the same on every machine.
+constexpr position position_of(uint32_t x, uint32_t y) noexcept {
+  return {static_cast<int32_t>(x), static_cast<int32_t>(y)};
+}
+
 struct surface {
   uint8_t *base;
   ptrdiff_t pitch; ///< bytes from one line to the next
@@ -23,10 +39,7 @@ struct surface {
   pixel *at(int32_t x, int32_t y) const noexcept {
     return reinterpret_cast<pixel *>(base + y * pitch + ptrdiff_t{x} * 2);
   }
-  /// Unsigned positions wrap like addresses of 32 bits, so that "-1" means the same on every machine.
-  pixel *at(uint32_t x, uint32_t y) const noexcept {
-    return at(static_cast<int32_t>(x), static_cast<int32_t>(y));
-  }
+  pixel *at(position p) const noexcept { return at(p.x, p.y); }
 };
 
 inline surface screen() noexcept {

@@ -5,6 +5,7 @@
 #include "base/unique_file.hpp"
 #include "fb/colour_table.hpp"
 #include "fb/pair_row.hpp"
+#include "fb/ramps.hpp"
 #include "image/placement.hpp"
 
 #include <algorithm>
@@ -13,8 +14,8 @@
 #include <sys/stat.h>
 
 extern "C" {
-constinit uint8_t *q7bmp_ptr[32] = {};
-constinit uint32_t q7bmp_str_num[32] = {};
+constinit uint8_t *q7bmp_ptr[DRAVIK_ART_SLOTS] = {};
+constinit uint32_t q7bmp_str_num[DRAVIK_ART_SLOTS] = {};
 constinit int32_t q7bmp_ptr_num = 0;
 }
 
@@ -156,17 +157,16 @@ bool find_art(const uint8_t *archive, int32_t index, art &found) noexcept {
   return true;
 }
 
-/// The columns of the 320-pixel layout, from placement code 8 on.
+/// The columns of the 320-pixel layout, in the order of their alignment codes.
 struct layout_column {
   int32_t start, width;
 };
-constexpr int32_t first_column_code = 8;
 constexpr layout_column layout_columns[] = {{0, 80},   {0, 160},   {80, 80}, {0, 320},
                                             {160, 80}, {160, 160}, {240, 80}};
 
 position place_art(position at, const art &what, int32_t align) noexcept {
   const auto width = static_cast<int32_t>(what.width);
-  const int64_t column = int64_t{align} - first_column_code;
+  const int64_t column = int64_t{align} - DRAVIK_QUARTER_1;
   if (column < 0 || column >= std::ssize(layout_columns))
     return placed(at, width, static_cast<int32_t>(what.height), align);
   const layout_column &in = layout_columns[column];
@@ -175,42 +175,16 @@ position place_art(position at, const art &what, int32_t align) noexcept {
   return at;
 }
 
-constexpr uint8_t white_on_black = 3;
-constexpr fb::ramp_rule art_ramps[] = {
-    {0x0821, 0xF800, 0},
-    {0x0821, 0x07E0, 1},
-    {0x0821, 0x001F, 2},
-    {0x0821, 0x7BEF, 4},
-    {0x0821, 0xFFE0, 5},
-    {0x0821, 0xF81F, 6},
-    {0x0821, 0x07FF, 7},
-    {0x0821, 0xFBC0, 8},
-    {0xFFFF, 0xF800, 9},
-    {0xFFFF, 0x07E0, 10},
-    {0xFFFF, 0x001F, 11},
-    {0xFFFF, 0x7BEF, 13},
-    {0xFFFF, 0xFFE0, 14},
-    {0xFFFF, 0xF81F, 15},
-    {0xFFFF, 0x07FF, 16},
-    {0xFFFF, 0xFBC0, 17},
-    {0xFFFF, fb::ramp_rule::any, 12},
-    {0xF81F, 0x0821, 21},
-    {0x1234, 0xFFFF, 27},
-    {0x1234, fb::ramp_rule::any, 28},
-    {0x0000, 0x0821, 12},
-    {0x0000, 0x7BEF, 4},
-};
-
 /// The colours of a ramp, and the pairs made of them.
 struct ramp_pairs {
-  std::array<uint16_t, fb::ramp_steps> colours;
+  std::array<uint16_t, DRAVIK_RAMP_STEPS> colours;
   fb::pair_table pairs;
 };
 
 /// The pairs of a ramp, kept from call to call and made anew when the ramp's colours have changed. A ramp of
 /// zeros needs none made: a table begins as that.
 const ramp_pairs &pairs_of(uint8_t ramp) noexcept {
-  static constinit std::array<ramp_pairs, std::size(gc) / fb::ramp_steps> tables = {};
+  static constinit std::array<ramp_pairs, DRAVIK_RAMPS> tables = {};
   ramp_pairs &table = tables[ramp];
   const auto colours = fb::ramp_colours(ramp);
   if (std::ranges::equal(colours, table.colours))
@@ -285,7 +259,7 @@ void paint_row(pixel *to, const uint8_t *from, fb::row_part part, const ramp_pai
 }
 
 void paint(const art &what, position at, uint16_t fg, uint16_t bg) noexcept {
-  const ramp_pairs &table = pairs_of(fb::find_ramp(art_ramps, bg, fg, white_on_black));
+  const ramp_pairs &table = pairs_of(fb::artwork_ramp(bg, fg));
   const fb::surface on = fb::screen();
   const bool oversized = fb::is_oversized(on, what.width, what.height);
   const fb::memory_bounds memory = fb::memory_of(on);
@@ -294,7 +268,8 @@ void paint(const art &what, position at, uint16_t fg, uint16_t bg) noexcept {
   for (uint32_t n = 0; n < what.height; ++n) {
     if (oversized)
       part = memory.part_of(at.x, int64_t{at.y} + n, what.width);
-    paint_row(fb::step(on.at(at.x, at.y), n * on.pitch), what.pixels + n * row_bytes, part, table, bg == 0);
+    paint_row(fb::step(on.at(at.x, at.y), n * on.pitch), what.pixels + n * row_bytes, part, table,
+              bg == DRAVIK_TRANSPARENT);
   }
 }
 

@@ -1,21 +1,20 @@
 // BMP files, drawn row by row from the bottom up.
 
-#include "base/unique_file.hpp"
 #include "fb/bit_row.hpp"
+#include "fb/colours.hpp"
 #include "image/bmp_format.hpp"
 #include "image/keyed_row.hpp"
 #include "image/placement.hpp"
+#include "image/source_file.hpp"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstring>
-#include <sys/uio.h>
-#include <unistd.h>
 
 extern "C" {
-constinit uint8_t palette[1024] = {};
-constinit uint8_t image[8192] = {};
+constinit uint8_t palette[DRAVIK_PALETTE_ENTRIES * 4] = {};
+constinit uint8_t image[DRAVIK_BMP_WIDEST * 4] = {};
 }
 
 namespace dravik::image {
@@ -23,111 +22,38 @@ namespace {
 
 using fb::pixel;
 
-constexpr uint32_t widest = 2048;
-constexpr long palette_position = 54;  ///< whatever the header says of its own size
-constexpr uint16_t dark_grey = 0x0841; ///< drawn for black in files of 1 and 4 bits
+constexpr uint64_t palette_position = 54; ///< whatever the header says of its own size
+constexpr uint16_t dark_grey = 0x0841;    ///< drawn for black in files of 1 and 4 bits
 
 /// A picture that passed every test, and where it goes.
 struct picture {
   bmp_header header;
   position at;
   fb::surface on;
-  int fd;
+  const source_file &file;
 
   /// The position of the n-th row of the file.
-  position place_of(uint32_t n) const noexcept {
-    return {at.x, at.y + static_cast<int32_t>(header.height - 1 - n)};
-  }
-  pixel *row(uint32_t n) const noexcept { return on.at(at.x, place_of(n).y); }
-};
-
-/// Reads until `size` bytes or the end of the file.
-size_t read_at(int fd, uint8_t *to, size_t size, uint64_t position) noexcept {
-  size_t got = 0;
-  while (got < size) {
-    const ssize_t n = ::pread(fd, to + got, size - got, static_cast<off_t>(position + got));
-    if (n <= 0)
-      break;
-    got += static_cast<size_t>(n);
-  }
-  return got;
-}
-
-/// Hands out equal records of a file, read many at a time. From the file's end on it hands out `last`, which
-/// holds what reading one record after the other into it would have left there.
-class record_reader {
-public:
-  record_reader(int fd, uint64_t position, size_t record_size, uint8_t *last) noexcept
-      : fd_(fd), position_(position), record_size_(record_size), last_(last) {}
-  ~record_reader() noexcept { keep(); }
-  record_reader(const record_reader &) = delete;
-  record_reader &operator=(const record_reader &) = delete;
-
-  const uint8_t *next() noexcept {
-    if (filled_ - taken_ < record_size_ && !ended_)
-      refill();
-    if (filled_ - taken_ < record_size_)
-      return take_rest();
-    current_ = chunk_.data() + taken_;
-    taken_ += record_size_;
-    return current_;
-  }
-
-private:
-  /// Everything read before has been handed out: chunks hold whole records, up to the one that ends the file.
-  void refill() noexcept {
-    keep();
-    const size_t size = chunk_size / record_size_ * record_size_;
-    filled_ = read_at(fd_, chunk_.data(), size, position_);
-    taken_ = 0;
-    position_ += filled_;
-    ended_ = filled_ < size;
-  }
-
-  /// The file ends within a record, whose beginning goes over the record before.
-  const uint8_t *take_rest() noexcept {
-    keep();
-    std::memcpy(last_, chunk_.data() + taken_, filled_ - taken_);
-    taken_ = filled_;
-    return last_;
-  }
-
-  void keep() noexcept {
-    if (current_ != nullptr)
-      std::memcpy(last_, current_, record_size_);
-    current_ = nullptr;
-  }
-
-  static constexpr size_t chunk_size = 32768;
-  static constexpr size_t slack = 4; ///< decoders may look at a word that begins in the last pixel
-
-  int fd_;
-  uint64_t position_;
-  size_t record_size_;
-  uint8_t *last_;
-  const uint8_t *current_ = nullptr;
-  size_t filled_ = 0, taken_ = 0;
-  bool ended_ = false;
-  std::array<uint8_t, chunk_size + slack> chunk_;
+  position place_of(uint32_t n) const noexcept { return at.moved(0, header.height - 1 - n); }
+  pixel *row(uint32_t n) const noexcept { return on.at(place_of(n)); }
 };
 
 /// Draws every row of a picture that has its own decoding.
 template <class Decode> void decode_rows(const picture &from, Decode decode) noexcept {
   const uint32_t width = from.header.width;
-  record_reader rows(from.fd, from.header.data_offset, bmp_row_size(width, from.header.bits), ::image);
+  record_reader rows(from.file, from.header.data_offset, bmp_row_size(width, from.header.bits), ::image);
   for (uint32_t n = 0; n < from.header.height; ++n)
     decode(from.row(n), rows.next(), width);
 }
 
-void read_palette(int fd, uint32_t colours) noexcept {
-  constexpr uint32_t most = sizeof ::palette / 4;
+void read_palette(const source_file &file, uint32_t colours) noexcept {
+  constexpr uint32_t most = DRAVIK_PALETTE_ENTRIES;
   const uint32_t count = colours == 0 ? most : std::min(colours, most);
-  read_at(fd, ::palette, count * size_t{4}, palette_position);
+  file.read(::palette, count * size_t{4}, palette_position);
 }
 
 uint16_t palette_colour(size_t index) noexcept {
   const uint8_t *entry = ::palette + index * 4;
-  return rgb565(entry[2], entry[1], entry[0]);
+  return fb::truncated_rgb565(entry[2], entry[1], entry[0]);
 }
 
 uint16_t palette_colour_or_grey(size_t index) noexcept {
@@ -154,7 +80,7 @@ void draw_4bit(const picture &from) noexcept {
 }
 
 void draw_8bit(const picture &from) noexcept {
-  std::array<uint16_t, 256> colours;
+  std::array<uint16_t, DRAVIK_PALETTE_ENTRIES> colours;
   for (size_t i = 0; i < colours.size(); ++i)
     colours[i] = palette_colour(i);
   decode_rows(from, [&colours](pixel *to, const uint8_t *row, uint32_t width) {
@@ -165,9 +91,9 @@ void draw_8bit(const picture &from) noexcept {
   });
 }
 
-/// RGB565 of pixels stored as blue, green, red in the low bytes of words: of one, or of each in a vector.
+/// Of one pixel, or of each in a vector.
 template <class Words> constexpr Words rgb565_of(Words pixels) noexcept {
-  return (pixels >> 3 & 0x001F) | (pixels >> 5 & 0x07E0) | (pixels >> 8 & 0xF800);
+  return fb::truncated_rgb565<fb::channel_order::bgr>(pixels);
 }
 
 uint32_t word_at(const uint8_t *bytes) noexcept {
@@ -183,13 +109,13 @@ template <class Words> void put_pairs(pixel *to, Words left, Words right) noexce
 }
 
 template <size_t PixelSize> void draw_true_colour(const picture &from) noexcept {
-  typedef uint32_t words __attribute__((vector_size(16)));
   constexpr size_t pair = 2 * PixelSize;
   [[maybe_unused]] constexpr auto every_other = [](const uint8_t *row) {
-    return words{word_at(row), word_at(row + pair), word_at(row + 2 * pair), word_at(row + 3 * pair)};
+    return fb::vector_of_4{word_at(row), word_at(row + pair), word_at(row + 2 * pair),
+                           word_at(row + 3 * pair)};
   };
   decode_rows(from, [=](pixel *to, const uint8_t *row, uint32_t width) {
-    if constexpr (sizeof(void *) == 8)
+    if constexpr (fb::has_wide_registers)
       for (; width >= 8; width -= 8, to += 8, row += 4 * pair)
         put_pairs(to, every_other(row), every_other(row + PixelSize));
     for (; width >= 2; width -= 2, to += 2, row += pair)
@@ -213,9 +139,8 @@ public:
   }
 
   /// False at the end of the file.
-  bool read(int fd, uint64_t position) const noexcept {
-    const ssize_t got = ::preadv(fd, pieces_.data(), static_cast<int>(count_), static_cast<off_t>(position));
-    return got == static_cast<ssize_t>(bytes_);
+  bool read(const source_file &file, uint64_t position) const noexcept {
+    return file.read(std::span{pieces_}.first(count_), position) == static_cast<ssize_t>(bytes_);
   }
   size_t bytes() const noexcept { return bytes_; }
 
@@ -235,7 +160,7 @@ void copy_rows(const picture &from) noexcept {
     row_pieces pieces;
     for (; !pieces.is_full() && n < from.header.height; ++n)
       pieces.add(from.row(n), row_size, stored_bytes(memory, from.place_of(n), width, row_size));
-    if (!pieces.read(from.fd, next))
+    if (!pieces.read(from.file, next))
       return;
     next += pieces.bytes();
   }
@@ -244,28 +169,28 @@ void copy_rows(const picture &from) noexcept {
 /// 16 bits with a colour key. Each step takes two rows of the file and draws the first: kept on purpose.
 template <class Paint> void draw_keyed(const picture &from, Paint paint) noexcept {
   // Pixels of a file without any are transparent.
-  std::array<uint16_t, widest * 2> last;
-  last.fill(bmp_key_colour);
+  std::array<uint16_t, DRAVIK_BMP_WIDEST * 2> last;
+  last.fill(DRAVIK_MAGENTA_KEY);
   const uint32_t width = from.header.width;
-  record_reader rows(from.fd, from.header.data_offset, size_t{2} * bmp_row_size(width, 16),
+  record_reader rows(from.file, from.header.data_offset, size_t{2} * bmp_row_size(width, 16),
                      reinterpret_cast<uint8_t *>(last.data()));
   for (uint32_t n = 0; n < from.header.height; ++n)
-    put_keyed_row(from.row(n), rows.next(), width, key_colour<false>{bmp_key_colour}, paint);
+    put_keyed_row(from.row(n), rows.next(), width, key_colour<false>{DRAVIK_MAGENTA_KEY}, paint);
 }
 
 void draw_16bit(const picture &from, uint32_t mode) noexcept {
-  if (mode == 0)
+  if (mode == DRAVIK_BMP_COPY)
     copy_rows(from);
-  if (mode == 1)
+  if (mode == DRAVIK_BMP_KEYED)
     draw_keyed(from, own_colour);
-  if (mode == 2)
+  if (mode == DRAVIK_BMP_SILHOUETTE)
     draw_keyed(from, silhouette);
 }
 
 void draw(const picture &from, uint32_t mode) noexcept {
   const uint16_t bits = from.header.bits;
   if (bits == 1 || bits == 4 || bits == 8)
-    read_palette(from.fd, from.header.important_colours);
+    read_palette(from.file, from.header.important_colours);
   switch (bits) {
   case 1:
     return draw_1bit(from);
@@ -299,16 +224,15 @@ bool is_on_screen(const picture &p) noexcept {
 }
 
 int draw_file(position at, const char *path, uint32_t mode, uint8_t align) noexcept {
-  const unique_file file = open_file(path, "r");
-  if (file == nullptr) {
+  const source_file file(path);
+  if (!file.is_open()) {
     std::fprintf(stderr, "open %s error!\n", path);
     return -1;
   }
-  const int fd = ::fileno(file.get());
   std::array<uint8_t, bmp_header_size> bytes = {};
-  read_at(fd, bytes.data(), bytes.size(), 0);
+  file.read(bytes.data(), bytes.size(), 0);
   const bmp_header header = read_bmp_header(bytes);
-  if (int64_t{header.file_size} != seek_to_end(file.get())) {
+  if (int64_t{header.file_size} != file.size()) {
     std::fprintf(stderr, "%s file size error!\n", path);
     return -1;
   }
@@ -318,12 +242,12 @@ int draw_file(position at, const char *path, uint32_t mode, uint8_t align) noexc
   }
   publish_bmp_header(header);
   at = placed(at, static_cast<int32_t>(header.width), static_cast<int32_t>(header.height), align);
-  if (header.width > widest) {
+  if (header.width > DRAVIK_BMP_WIDEST) {
     std::fprintf(stderr, "BMP image size is too big. %d x %d\n", static_cast<int>(header.width),
                  static_cast<int>(header.height));
     return -1;
   }
-  const picture whole = {header, at, fb::screen(), fd};
+  const picture whole = {header, at, fb::screen(), file};
   if (!is_on_screen(whole))
     return -1;
   draw(whole, mode);
@@ -336,7 +260,7 @@ int draw_file(position at, const char *path, uint32_t mode, uint8_t align) noexc
 extern "C" {
 
 int fb_put_bmp_file(uint32_t x, uint32_t y, const char *path, uint32_t mode, uint8_t align) noexcept {
-  return dravik::image::draw_file({static_cast<int32_t>(x), static_cast<int32_t>(y)}, path, mode, align);
+  return dravik::image::draw_file(dravik::fb::position_of(x, y), path, mode, align);
 }
 
 } // extern "C"

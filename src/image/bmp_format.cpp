@@ -5,10 +5,8 @@
 #include "base/byte_reader.hpp"
 #include "dravik.h"
 
-#include <algorithm>
-
 extern "C" {
-constinit uint32_t bmpinfo[7] = {};
+constinit uint32_t bmpinfo[BMPINFO_WORDS] = {};
 }
 
 namespace dravik::image {
@@ -33,10 +31,13 @@ bmp_header read_bmp_header(std::span<const uint8_t, bmp_header_size> bytes) noex
 }
 
 void publish_bmp_header(const bmp_header &header) noexcept {
-  const uint32_t info[std::size(bmpinfo)] = {header.width,      header.height,    header.bits,
-                                             header.file_size,  header.data_size, header.info_size,
-                                             header.data_offset};
-  std::ranges::copy(info, bmpinfo);
+  bmpinfo[BMPINFO_WIDTH] = header.width;
+  bmpinfo[BMPINFO_HEIGHT] = header.height;
+  bmpinfo[BMPINFO_BITS_PER_PIXEL] = header.bits;
+  bmpinfo[BMPINFO_FILE_SIZE] = header.file_size;
+  bmpinfo[BMPINFO_DATA_SIZE] = header.data_size;
+  bmpinfo[BMPINFO_INFO_SIZE] = header.info_size;
+  bmpinfo[BMPINFO_DATA_OFFSET] = header.data_offset;
 }
 
 } // namespace dravik::image

@@ -8,7 +8,6 @@
 namespace dravik::image {
 
 inline constexpr size_t bmp_header_size = 54;
-inline constexpr uint16_t bmp_key_colour = 0xF81F; ///< transparent in the modes that have a colour key
 inline constexpr uint16_t bmp_silhouette = 0x7BCF; ///< what a silhouette is painted in
 
 struct bmp_header {
@@ -31,11 +30,6 @@ void publish_bmp_header(const bmp_header &header) noexcept;
 /// Bytes from one row to the next in the file: whole words of four bytes.
 constexpr uint32_t bmp_row_size(uint32_t width, uint32_t bits) noexcept {
   return ((width * bits + 31) >> 5) * 4;
-}
-
-/// RGB565 from channels of eight bits, truncated.
-constexpr uint16_t rgb565(uint32_t red, uint32_t green, uint32_t blue) noexcept {
-  return static_cast<uint16_t>((red >> 3) << 11 | (green >> 2) << 5 | blue >> 3);
 }
 
 } // namespace dravik::image

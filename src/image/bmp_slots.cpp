@@ -13,7 +13,7 @@
 #include <cstring>
 
 extern "C" {
-constinit uint8_t *bmp_mem_ptr[64] = {};
+constinit uint8_t *bmp_mem_ptr[DRAVIK_BMP_SLOTS] = {};
 constinit int32_t bmp_mem_num = 0;
 }
 
@@ -102,27 +102,25 @@ struct picture {
   const uint8_t *rows;
 
   /// The position of the n-th row stored.
-  position place_of(uint32_t n) const noexcept {
-    return {at.x, at.y + static_cast<int32_t>(header.height - 1 - n)};
-  }
-  pixel *row(uint32_t n) const noexcept { return on.at(at.x, place_of(n).y); }
+  position place_of(uint32_t n) const noexcept { return at.moved(0, header.height - 1 - n); }
+  pixel *row(uint32_t n) const noexcept { return on.at(place_of(n)); }
 };
 
 /// Rows of the keyed modes lie `width * 2` bytes apart, those of the copy are padded to four bytes: a picture
 /// of odd width drifts in the keyed modes, on purpose.
 size_t stride(const bmp_header &header, int32_t mode) noexcept {
-  return mode == 0 ? bmp_row_size(header.width, 16) : size_t{header.width} * 2;
+  return mode == DRAVIK_BMP_COPY ? bmp_row_size(header.width, 16) : size_t{header.width} * 2;
 }
 
 bool is_drawable(const bmp_header &header, int32_t mode) noexcept {
-  return header.bits == 16 && mode >= 0 && mode <= 2;
+  return header.bits == 16 && mode >= DRAVIK_BMP_COPY && mode <= DRAVIK_BMP_SILHOUETTE;
 }
 
 /// Copies a row of whole words. Short rows are not worth a call.
 void copy_row(pixel *to, const uint8_t *from, size_t size) noexcept {
-  typedef uint32_t quad __attribute__((vector_size(16)));
+  using quad = fb::vector_of_4;
   constexpr size_t worth_a_call = 64;
-  if (size < sizeof(quad) || size > worth_a_call || sizeof(void *) < 8) {
+  if (size < sizeof(quad) || size > worth_a_call || !fb::has_wide_registers) {
     std::memcpy(to, from, size);
     return;
   }
@@ -143,12 +141,12 @@ void draw(const picture &from, int32_t mode) noexcept {
   const fb::memory_bounds memory = fb::memory_of(from.on);
   const uint8_t *row = from.rows;
   for (uint32_t n = 0; n < from.header.height; ++n, row += size) {
-    if (mode == 0) {
+    if (mode == DRAVIK_BMP_COPY) {
       copy_row(from.row(n), row, stored_bytes(memory, from.place_of(n), width, size));
-    } else if (mode == 1) {
-      put_keyed_row(from.row(n), row, width, key_colour<false>{bmp_key_colour}, own_colour);
+    } else if (mode == DRAVIK_BMP_KEYED) {
+      put_keyed_row(from.row(n), row, width, key_colour<false>{DRAVIK_MAGENTA_KEY}, own_colour);
     } else {
-      put_keyed_row(from.row(n), row, width, key_colour<true>{bmp_key_colour}, silhouette);
+      put_keyed_row(from.row(n), row, width, key_colour<true>{DRAVIK_MAGENTA_KEY}, silhouette);
     }
   }
 }
@@ -211,7 +209,7 @@ int bmp_mem_alloc(int32_t count, const char *dir, const char *const *names) noex
 }
 
 int bmp_mem_show(uint32_t x, uint32_t y, int32_t slot, int32_t mode, uint8_t align) noexcept {
-  return dravik::image::show({static_cast<int32_t>(x), static_cast<int32_t>(y)}, slot, mode, align);
+  return dravik::image::show(dravik::fb::position_of(x, y), slot, mode, align);
 }
 
 void bmp_mem_free() noexcept {

@@ -2,8 +2,9 @@
 
 #include "base/unique_file.hpp"
 #include "fb/clip.hpp"
+#include "fb/colours.hpp"
 #include "fb/fill.hpp"
-#include "image/bmp_format.hpp"
+#include "fb/vectors.hpp"
 #include "image/placement.hpp"
 
 #include <array>
@@ -14,7 +15,7 @@
 #include <jpeglib.h>
 
 extern "C" {
-constinit uint32_t jpeginfo[4] = {};
+constinit uint32_t jpeginfo[JPEGINFO_WORDS] = {};
 }
 
 static_assert(JPEG_LIB_VERSION == 62, "the library speaks the interface of libjpeg 6b");
@@ -25,7 +26,6 @@ namespace {
 using fb::pixel;
 
 constexpr const char *directory = "/usr/local/dravik/jpg";
-constexpr uint16_t near_black = 0x0821; ///< drawn for black and its neighbours: 0 is kept free
 
 /// libjpeg's error manager, and where its fatal errors lead.
 struct error_context {
@@ -57,19 +57,20 @@ fb::range visible_columns(int32_t x, uint32_t width, const fb::surface &on) noex
                        : fb::range{0, -1};
 }
 
+/// Black and its neighbours are drawn as the library's black: 0 is kept free.
 constexpr uint16_t visible_colour(uint16_t colour) noexcept {
-  return (colour & 0xF7FE) == 0 ? near_black : colour;
+  return (colour & 0xF7FE) == 0 ? DRAVIK_BLACK : colour;
 }
 
 /// Converts pixels of `components` bytes each. Pictures of fewer than three are grey.
 inline void convert(pixel *to, const uint8_t *from, size_t count, size_t components) noexcept {
   const size_t green = components >= 3 ? 1 : 0, blue = components >= 3 ? 2 : 0;
   for (size_t i = 0; i < count; ++i, from += components)
-    to[i] = visible_colour(rgb565(from[0], from[green], from[blue]));
+    to[i] = visible_colour(fb::truncated_rgb565(from[0], from[green], from[blue]));
 }
 
-typedef uint32_t words __attribute__((vector_size(16)));
-typedef uint16_t lanes __attribute__((vector_size(16)));
+using words = fb::vector_of_4;
+using lanes = fb::vector_of_8;
 
 /// Four words that begin with the channels of the first, third, fifth and seventh pixel.
 words every_second_pixel(const uint8_t *from) noexcept {
@@ -81,19 +82,19 @@ words every_second_pixel(const uint8_t *from) noexcept {
   return words{word_at(0), word_at(6), word_at(12), word_at(18)};
 }
 
-words rgb565_of_words(words channels) noexcept {
-  return (channels << 8 & 0xF800) | (channels >> 5 & 0x07E0) | (channels >> 19 & 0x001F);
+words rgb565_of(words channels) noexcept {
+  return fb::truncated_rgb565<fb::channel_order::rgb>(channels);
 }
 
 lanes visible_colours(lanes colours) noexcept {
-  return (colours & 0xF7FE) == 0 ? lanes{} + near_black : colours;
+  return (colours & 0xF7FE) == 0 ? lanes{} + DRAVIK_BLACK : colours;
 }
 
 /// Machines with 16-byte registers take eight pixels at a time; the last word reaches into a ninth.
 void convert_rgb(pixel *to, const uint8_t *from, size_t count) noexcept {
-  for (; sizeof(void *) == 8 && count > 8; count -= 8, to += 8, from += 24) {
-    const words left = rgb565_of_words(every_second_pixel(from));
-    const words right = rgb565_of_words(every_second_pixel(from + 3));
+  for (; fb::has_wide_registers && count > 8; count -= 8, to += 8, from += 24) {
+    const words left = rgb565_of(every_second_pixel(from));
+    const words right = rgb565_of(every_second_pixel(from + 3));
     fb::store(to, visible_colours(reinterpret_cast<lanes>(left | right << 16)));
   }
   convert(to, from, count, 3);
@@ -120,9 +121,10 @@ void warn_if_off_screen(const canvas &to, uint32_t width, uint32_t height) noexc
 }
 
 canvas prepare_canvas(const jpeg_decompress_struct &decoder, position at, uint32_t align) noexcept {
-  const uint32_t info[] = {decoder.image_width, decoder.image_height, decoder.output_width,
-                           decoder.output_height};
-  std::ranges::copy(info, jpeginfo);
+  jpeginfo[JPEGINFO_WIDTH] = decoder.image_width;
+  jpeginfo[JPEGINFO_HEIGHT] = decoder.image_height;
+  jpeginfo[JPEGINFO_OUTPUT_WIDTH] = decoder.output_width;
+  jpeginfo[JPEGINFO_OUTPUT_HEIGHT] = decoder.output_height;
   const auto width = static_cast<int32_t>(decoder.image_width),
              height = static_cast<int32_t>(decoder.image_height);
   canvas to = {fb::screen(), placed(at, width, height, static_cast<int32_t>(align)), {}};
@@ -176,7 +178,7 @@ int draw_file(position at, const char *name, uint32_t align) noexcept {
   std::array<char, PATH_MAX> path;
   const int length = std::snprintf(path.data(), path.size(), "%s/%s", directory, name);
   const bool fits = length >= 0 && static_cast<size_t>(length) < path.size();
-  const unique_file file = fits ? open_file(path.data(), "r") : nullptr;
+  const unique_file file = fits ? open_unbuffered(path.data(), "r") : nullptr;
   if (file == nullptr) {
     std::fprintf(stderr, "can't open %s/%s\n", directory, name);
     return -1;
@@ -190,7 +192,7 @@ int draw_file(position at, const char *name, uint32_t align) noexcept {
 extern "C" {
 
 int fb_put_jpeg_file(uint32_t x, uint32_t y, const char *name, uint32_t align) noexcept {
-  return dravik::image::draw_file({static_cast<int32_t>(x), static_cast<int32_t>(y)}, name, align);
+  return dravik::image::draw_file(dravik::fb::position_of(x, y), name, align);
 }
 
 } // extern "C"

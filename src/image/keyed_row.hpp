@@ -2,6 +2,7 @@
 #pragma once
 
 #include "fb/fill.hpp"
+#include "fb/vectors.hpp"
 #include "image/bmp_format.hpp"
 
 #include <cstring>
@@ -31,8 +32,6 @@ inline constexpr auto silhouette = []<class Pixel>(Pixel) {
 /// needs no alignment. Machines with 16-byte registers look at eight pixels at a time.
 template <class Key, class Paint>
 void put_keyed_row(fb::pixel *to, const uint8_t *from, size_t width, Key key, Paint paint) noexcept {
-  typedef uint16_t lanes __attribute__((vector_size(16)));
-  typedef uint64_t halves __attribute__((vector_size(16)));
   const auto put_some = [=](size_t first, size_t last) {
     for (size_t i = first; i < last; ++i) {
       uint16_t colour;
@@ -42,10 +41,10 @@ void put_keyed_row(fb::pixel *to, const uint8_t *from, size_t width, Key key, Pa
     }
   };
   size_t done = 0;
-  for (; sizeof(void *) == 8 && width - done >= 8; done += 8) {
-    lanes colours;
+  for (; fb::has_wide_registers && width - done >= 8; done += 8) {
+    fb::vector_of_8 colours;
     std::memcpy(&colours, from + done * 2, sizeof colours);
-    const auto left_out = reinterpret_cast<halves>(key.leaves_out(colours));
+    const auto left_out = reinterpret_cast<fb::vector_of_2>(key.leaves_out(colours));
     if ((left_out[0] | left_out[1]) == 0) {
       fb::store(to + done, paint(colours));
     } else if ((left_out[0] & left_out[1]) != UINT64_MAX) {

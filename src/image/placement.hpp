@@ -5,9 +5,7 @@
 
 namespace dravik::image {
 
-struct position {
-  int32_t x, y;
-};
+using fb::position;
 
 /// The start of a stretch centred on a position, but not before 0.
 constexpr int32_t centred(int32_t at, int32_t size) noexcept {
@@ -15,11 +13,11 @@ constexpr int32_t centred(int32_t at, int32_t size) noexcept {
   return at > half ? static_cast<int32_t>(static_cast<uint32_t>(at) - static_cast<uint32_t>(half)) : 0;
 }
 
-/// The codes that all pictures share: 1 centres on x, 2 on y, 3 on both; any other is the top-left corner.
-constexpr position placed(position at, int32_t width, int32_t height, int32_t code) noexcept {
-  if (code == 1 || code == 3)
+/// By the alignment codes that all images share.
+constexpr position placed(position at, int32_t width, int32_t height, int32_t align) noexcept {
+  if (align == DRAVIK_CENTRE_X || align == DRAVIK_CENTRE)
     at.x = centred(at.x, width);
-  if (code == 2 || code == 3)
+  if (align == DRAVIK_CENTRE_Y || align == DRAVIK_CENTRE)
     at.y = centred(at.y, height);
   return at;
 }
@@ -32,10 +30,9 @@ constexpr bool fits(const fb::surface &on, position at, uint32_t width, uint32_t
          static_cast<uint32_t>(at.y) + height <= yres;
 }
 
-/// The position of an image's bottom-right pixel; wraps like those sums.
+/// The position of an image's bottom-right pixel.
 constexpr position last_pixel(position at, uint32_t width, uint32_t height) noexcept {
-  return {static_cast<int32_t>(static_cast<uint32_t>(at.x) + width - 1),
-          static_cast<int32_t>(static_cast<uint32_t>(at.y) + height - 1)};
+  return at.moved(width - 1, height - 1);
 }
 
 /// Bytes to store of a 16-bit row that is padded to `row_size` bytes: all of them, but no padding past the

@@ -7,15 +7,17 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstring>
 #include <sys/stat.h>
 
 extern "C" {
-constinit psf_font psf[16] = {};
+constinit psf_font psf[DRAVIK_FONT_SLOTS] = {};
 constinit int32_t psf_font_num = 0;
 }
 
-static_assert(sizeof(psf_font) == sizeof(void *) + 5 * sizeof(int32_t) + (sizeof(void *) == 8 ? 4 : 0),
+static_assert(offsetof(psf_font, height) == sizeof(void *) + 4 * sizeof(int32_t) &&
+                  sizeof(psf_font) - offsetof(psf_font, height) == alignof(psf_font),
               "applications read the slots as an array of records");
 
 namespace dravik::text {

@@ -11,6 +11,7 @@ namespace dravik::text {
 namespace {
 
 using fb::pixel;
+using fb::position;
 
 constexpr uint32_t widest_cell = 16; ///< columns drawn of a glyph, however wide it is
 
@@ -52,57 +53,49 @@ void put_rows(std::span<const uint8_t> rows, pixel *at, ptrdiff_t pitch, uint32_
   });
 }
 
-/// Draws the part of a row that is in frame buffer memory.
-template <class Painter>
-void put_part(std::span<const uint8_t> bits, pixel *at, fb::row_part part, Painter paint) noexcept {
-  for (size_t i = part.first; i < part.end; ++i)
-    paint.put(at + i, static_cast<uint8_t>(bits[i / 8] << i % 8), 1);
-}
-
 /// A font and its colours, ready to draw cells.
 class cell_writer {
 public:
   cell_writer(const fb::surface &on, const psf_font &font, uint32_t fg, uint32_t bg) noexcept
-      : on_(on), font_(font), memory_(fb::memory_of(on)),
-        oversized_(fb::is_oversized(on, font.width, font.height)), transparent_(bg == 0),
-        opaque_(static_cast<uint16_t>(bg), static_cast<uint16_t>(fg)), set_only_(static_cast<uint16_t>(fg)) {}
+      : on_(on), font_(font), oversized_(fb::is_oversized(on, font.width, font.height)),
+        transparent_(bg == DRAVIK_TRANSPARENT), fg_(static_cast<uint16_t>(fg)),
+        bg_(static_cast<uint16_t>(bg)), opaque_(bg_, fg_), set_only_(fg_) {}
 
   uint32_t cell_width() const noexcept { return static_cast<uint32_t>(font_.width); }
 
-  void put(uint32_t code, uint32_t x, uint32_t y) const noexcept {
+  [[gnu::noinline]] void put(uint32_t code, position at) const noexcept {
     const std::span<const uint8_t> rows = glyph_rows(font_, code);
-    if (rows.empty())
-      return;
+    if (oversized_)
+      return put_cut(rows, at);
     if (transparent_) {
-      put(rows, static_cast<int32_t>(x), static_cast<int32_t>(y), set_only_);
+      put_rows(rows, on_.at(at), on_.pitch, drawn_width(), set_only_);
     } else {
-      put(rows, static_cast<int32_t>(x), static_cast<int32_t>(y), opaque_);
+      put_rows(rows, on_.at(at), on_.pitch, drawn_width(), opaque_);
     }
   }
 
 private:
-  template <class Painter>
-  void put(std::span<const uint8_t> rows, int32_t x, int32_t y, const Painter &paint) const noexcept {
-    const uint32_t width = std::min(cell_width(), widest_cell);
-    if (!oversized_)
-      return put_rows(rows, on_.at(x, y), on_.pitch, width, paint);
-    const size_t row_bytes = font_.width <= 8 ? 1 : 2;
-    for (int64_t line = y; !rows.empty(); rows = rows.subspan(row_bytes), ++line) {
-      const fb::row_part part = memory_.part_of(x, line, width);
-      pixel *const at = fb::step(on_.at(x, y), (line - y) * on_.pitch);
-      if (part.first == 0 && part.end == width) {
-        put_rows(rows.first(row_bytes), at, on_.pitch, width, paint);
-      } else {
-        put_part(rows, at, part, paint);
-      }
+  uint32_t drawn_width() const noexcept { return std::min(cell_width(), widest_cell); }
+
+  /// Draws the pixels that are in frame buffer memory, of glyphs that are larger than the screen.
+  [[gnu::noinline]] void put_cut(std::span<const uint8_t> rows, position from) const noexcept {
+    const fb::memory_bounds memory = fb::memory_of(on_);
+    const size_t row_bytes = cell_width() <= 8 ? 1 : 2;
+    pixel *at = on_.at(from);
+    for (int64_t line = from.y; !rows.empty();
+         rows = rows.subspan(row_bytes), ++line, at = fb::step(at, on_.pitch)) {
+      const fb::row_part part = memory.part_of(from.x, line, drawn_width());
+      for (size_t i = part.first; i < part.end; ++i)
+        if (const bool is_set = (rows[i / 8] << i % 8 & 0x80) != 0; is_set || !transparent_)
+          at[i] = is_set ? fg_ : bg_;
     }
   }
 
   const fb::surface on_;
   const psf_font &font_;
-  const fb::memory_bounds memory_;
   bool oversized_;
   bool transparent_;
+  uint16_t fg_, bg_;
   fb::opaque_bits opaque_;
   fb::transparent_bits set_only_;
 };
@@ -114,10 +107,10 @@ const psf_font *find_font(int32_t slot) noexcept {
 /// Where the next cell goes.
 class cursor {
 public:
-  cursor(const cell_writer &writer, uint32_t x, uint32_t y) noexcept : writer_(writer), x_(x), y_(y) {}
+  cursor(const cell_writer &writer, position start) noexcept : writer_(writer), start_(start) {}
 
   void put(char character) noexcept {
-    writer_.put(static_cast<unsigned char>(character), x_ + writer_.cell_width() * column_++, y_ + row_);
+    writer_.put(static_cast<unsigned char>(character), start_.moved(writer_.cell_width() * column_++, row_));
   }
   void put(const char *text) noexcept {
     while (*text != '\0')
@@ -133,7 +126,7 @@ public:
 
 private:
   const cell_writer &writer_;
-  uint32_t x_, y_;
+  position start_;
   uint32_t column_ = 0, row_ = 0;
 };
 
@@ -190,7 +183,7 @@ using namespace dravik;
 
 void fb_putc(uint32_t ch, uint32_t x, uint32_t y, uint32_t fg, uint16_t bg, int32_t font) noexcept {
   if (const psf_font *slot = text::find_font(font))
-    text::cell_writer(fb::screen(), *slot, fg, bg).put(ch, x, y);
+    text::cell_writer(fb::screen(), *slot, fg, bg).put(ch, fb::position_of(x, y));
 }
 
 int fb_printf(uint32_t x, uint32_t y, uint32_t fg, uint32_t bg, int32_t font, const char *format,
@@ -201,7 +194,7 @@ int fb_printf(uint32_t x, uint32_t y, uint32_t fg, uint32_t bg, int32_t font, co
   const text::cell_writer writer(fb::screen(), *slot, fg, bg);
   va_list arguments;
   va_start(arguments, format);
-  text::print({writer, x, y}, format, &arguments);
+  text::print({writer, fb::position_of(x, y)}, format, &arguments);
   va_end(arguments);
   return 0;
 }

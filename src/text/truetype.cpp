@@ -3,6 +3,7 @@
 
 #include "base/byte_reader.hpp"
 #include "fb/colour_table.hpp"
+#include "fb/ramps.hpp"
 #include "fb/surface.hpp"
 
 #include <algorithm>
@@ -17,7 +18,7 @@
 extern "C" {
 constinit const char *ttf_font_file[2] = {"/usr/local/dravik/font/arial.ttf",
                                           "/usr/local/dravik/font/DroidSansFallback.ttf"};
-constinit uint8_t unicode[256] = {};
+constinit uint8_t unicode[DRAVIK_TEXT_UNITS * 2] = {};
 constinit int32_t unicode_len = 0;
 constinit int32_t sx = 0;
 constinit int32_t sy = 0;
@@ -31,13 +32,11 @@ namespace dravik::text {
 namespace {
 
 using fb::pixel;
+using fb::position;
 
-constexpr int32_t plane_width = 640;
-constexpr int32_t plane_height = 480;
-static_assert(sizeof image_buffer == plane_width * plane_height);
+constexpr int32_t plane_width = DRAVIK_PLANE_WIDTH;
+constexpr int32_t plane_height = DRAVIK_PLANE_HEIGHT;
 
-constexpr uint32_t largest_size = 96;
-constexpr int32_t most_units = sizeof ::unicode / 2;
 constexpr uint16_t line_feed = 10;
 constexpr uint16_t space = 32;
 constexpr FT_UInt dots_per_inch = 80;
@@ -55,7 +54,7 @@ uint16_t unit_at(const void *text, int32_t i) noexcept {
 
 /// Copies the string up to its end, its first line feed or as many units as fit.
 void take_string(const void *text) noexcept {
-  for (unicode_len = 0; unicode_len < most_units; ++unicode_len) {
+  for (unicode_len = 0; unicode_len < DRAVIK_TEXT_UNITS; ++unicode_len) {
     const uint16_t unit = unit_at(text, unicode_len);
     const bool ends = unit == 0 || unit == line_feed;
     ::unicode[unicode_len * 2] = static_cast<uint8_t>(ends ? 0 : unit);
@@ -225,23 +224,6 @@ bool render(uint32_t font_size, uint32_t font) noexcept {
 
 // ------------------------------------------------------------------------------------------------ the screen
 
-constexpr int32_t any = fb::ramp_rule::any;
-constexpr uint8_t black_on_white = 12;
-constexpr fb::ramp_rule text_ramps[] = {
-    {0xFFFF, 0xF800, 9},  {0xFFFF, 0x07E0, 10}, {0xFFFF, 0x001F, 11}, {0xFFFF, 0x7BEF, 13},
-    {0xFFFF, 0xFFE0, 14}, {0xFFFF, 0xF81F, 15}, {0xFFFF, 0x07FF, 16}, {0xFFFF, 0xFBC0, 17},
-    {0xFFFF, any, 12},    {0x0821, 0xF800, 0},  {0x0821, 0x07E0, 1},  {0x0821, 0x001F, 2},
-    {0x0821, 0x7BEF, 4},  {0x0821, 0xFFE0, 5},  {0x0821, 0xF81F, 6},  {0x0821, 0x07FF, 7},
-    {0x0821, 0xFBC0, 8},  {0x0821, any, 3},     {0xF81F, 0xF800, 18}, {0xF81F, 0x07E0, 19},
-    {0xF81F, 0x001F, 20}, {0xF81F, 0xFFFF, 22}, {0xF81F, 0x7BEF, 23}, {0xF81F, 0xFFE0, 24},
-    {0xF81F, 0x07FF, 25}, {0xF81F, 0xFBC0, 26}, {0xF81F, any, 21},    {0x1234, 0x0821, 28},
-    {0x1234, any, 27},
-};
-
-struct position {
-  int32_t x, y;
-};
-
 /// at - size / 2, but 0 unless `compared` is above size / 2.
 constexpr int32_t centred(int32_t at, int32_t compared, int32_t size) noexcept {
   const int32_t half = size >> 1;
@@ -255,19 +237,19 @@ constexpr int32_t against(int32_t at, int32_t size, int32_t plane_size, int32_t 
 
 position aligned(position at, int32_t align) noexcept {
   switch (align) {
-  case 1:
+  case DRAVIK_CENTRE_X:
     return {centred(at.x, at.x, str_width), at.y};
-  case 2:
+  case DRAVIK_CENTRE_Y:
     return {at.x, centred(at.y, sy, str_height)}; // compares the box's top row, on purpose
-  case 3:
+  case DRAVIK_CENTRE:
     return {centred(at.x, at.x, str_width), centred(at.y, at.y, str_height)};
-  case 4:
+  case DRAVIK_SCREEN_CENTRE_X:
     return {against(at.x, str_width, plane_width, 2), at.y};
-  case 5:
+  case DRAVIK_SCREEN_CENTRE_Y:
     return {at.x, against(at.y, str_height, plane_height, 2)};
-  case 6:
+  case DRAVIK_SCREEN_RIGHT:
     return {against(at.x, str_width, plane_width, 1), at.y};
-  case 7:
+  case DRAVIK_SCREEN_BOTTOM:
     return {at.x, against(at.y, str_height, plane_height, 1)};
   default:
     return at;
@@ -285,7 +267,7 @@ fb::row_part drawable_part(const fb::memory_bounds &memory, int32_t x, int64_t l
 
 /// Draws levels in the colours of a ramp; without its background where it is transparent.
 template <bool Transparent> struct level_painter {
-  std::span<const uint16_t, fb::ramp_steps> ramp;
+  std::span<const uint16_t, DRAVIK_RAMP_STEPS> ramp;
 
   void put(pixel *to, uint8_t level) const noexcept {
     if (!Transparent || level != 0)
@@ -336,7 +318,7 @@ template <class Painter> void copy_box(position at, Painter painter) noexcept {
 
 void draw_string(position at, const void *text, uint32_t font_size, uint32_t font, uint16_t fg, uint16_t bg,
                  int32_t align) noexcept {
-  if (font_size > largest_size) {
+  if (font_size > DRAVIK_LARGEST_FONT) {
     std::fprintf(stderr, "font_size error : %d!\n", static_cast<int>(font_size));
     std::exit(EXIT_SUCCESS);
   }
@@ -345,11 +327,11 @@ void draw_string(position at, const void *text, uint32_t font_size, uint32_t fon
     return;
   str_width = to_int32(int64_t{ex} + 1 - sx);
   str_height = to_int32(int64_t{ey} + 1 - sy);
-  if (bg == 0) {
-    copy_box(aligned(at, align), level_painter<true>{fb::ramp_colours(black_on_white)});
+  const auto ramp = fb::ramp_colours(fb::text_ramp(bg, fg));
+  if (bg == DRAVIK_TRANSPARENT) {
+    copy_box(aligned(at, align), level_painter<true>{ramp});
   } else {
-    const uint8_t ramp = fb::find_ramp(text_ramps, bg, fg, black_on_white);
-    copy_box(aligned(at, align), level_painter<false>{fb::ramp_colours(ramp)});
+    copy_box(aligned(at, align), level_painter<false>{ramp});
   }
 }
 
@@ -375,8 +357,7 @@ int32_t ascii_to_unicode_string(const char *src, void *dst) noexcept {
 
 int put_unicode_string(uint32_t x, uint32_t y, const void *text, uint32_t font_size, uint32_t font,
                        uint16_t fg, uint16_t bg, int32_t align) noexcept {
-  dravik::text::draw_string({static_cast<int32_t>(x), static_cast<int32_t>(y)}, text, font_size, font, fg, bg,
-                            align);
+  dravik::text::draw_string(dravik::fb::position_of(x, y), text, font_size, font, fg, bg, align);
   return 0;
 }
 

@@ -1,0 +1,107 @@
+// Image files that are read by position.
+#pragma once
+
+#include "base/unique_file.hpp"
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <span>
+#include <sys/uio.h>
+#include <unistd.h>
+
+namespace dravik::image {
+
+/// The owner of an open file. It is opened as a stream and read through the descriptor of the stream.
+class source_file {
+public:
+  explicit source_file(const char *path) noexcept : stream_(open_unbuffered(path, "r")) {}
+
+  bool is_open() const noexcept { return stream_ != nullptr; }
+
+  /// The length in bytes, or -1.
+  int64_t size() const noexcept { return seek_to_end(stream_.get()); }
+
+  /// Read up to `size` bytes from a position; fewer only at the end of the file.
+  size_t read(uint8_t *to, size_t size, uint64_t position) const noexcept {
+    size_t got = 0;
+    while (got < size) {
+      const ssize_t n = ::pread(descriptor(), to + got, size - got, static_cast<off_t>(position + got));
+      if (n <= 0)
+        break;
+      got += static_cast<size_t>(n);
+    }
+    return got;
+  }
+
+  /// Read into several pieces of memory by one request. Return the number of bytes, or -1.
+  ssize_t read(std::span<const iovec> pieces, uint64_t position) const noexcept {
+    return ::preadv(descriptor(), pieces.data(), static_cast<int>(pieces.size()),
+                    static_cast<off_t>(position));
+  }
+
+private:
+  int descriptor() const noexcept { return ::fileno(stream_.get()); }
+
+  unique_file stream_;
+};
+
+/// Returns equal records of a file, which it reads many at a time. From the end of the file it returns `last`, with
+/// the contents that reading one record after the other into it would have left there.
+class record_reader {
+public:
+  record_reader(const source_file &file, uint64_t position, size_t record_size, uint8_t *last) noexcept
+      : file_(file), position_(position), record_size_(record_size), last_(last) {}
+  ~record_reader() noexcept { keep(); }
+  record_reader(const record_reader &) = delete;
+  record_reader &operator=(const record_reader &) = delete;
+
+  const uint8_t *next() noexcept {
+    if (filled_ - taken_ < record_size_ && !ended_)
+      refill();
+    if (filled_ - taken_ < record_size_)
+      return take_rest();
+    current_ = chunk_.data() + taken_;
+    taken_ += record_size_;
+    return current_;
+  }
+
+private:
+  /// Everything read before has been returned: chunks hold whole records, up to the one that ends the file.
+  void refill() noexcept {
+    keep();
+    const size_t size = chunk_size / record_size_ * record_size_;
+    filled_ = file_.read(chunk_.data(), size, position_);
+    taken_ = 0;
+    position_ += filled_;
+    ended_ = filled_ < size;
+  }
+
+  /// The file ends within a record, whose beginning overwrites the previous record.
+  const uint8_t *take_rest() noexcept {
+    keep();
+    std::memcpy(last_, chunk_.data() + taken_, filled_ - taken_);
+    taken_ = filled_;
+    return last_;
+  }
+
+  void keep() noexcept {
+    if (current_ != nullptr)
+      std::memcpy(last_, current_, record_size_);
+    current_ = nullptr;
+  }
+
+  static constexpr size_t chunk_size = 32768;
+  static constexpr size_t slack = 4; ///< decoders may look at a word that begins in the last pixel
+
+  const source_file &file_;
+  uint64_t position_;
+  size_t record_size_;
+  uint8_t *last_;
+  const uint8_t *current_ = nullptr;
+  size_t filled_ = 0, taken_ = 0;
+  bool ended_ = false;
+  std::array<uint8_t, chunk_size + slack> chunk_;
+};
+
+} // namespace dravik::image
