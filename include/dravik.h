@@ -97,7 +97,8 @@ extern DRAVIK_API uint32_t fbinfo[FBINFO_WORDS];
 extern DRAVIK_API uint8_t image_buffer[DRAVIK_PLANE_WIDTH * DRAVIK_PLANE_HEIGHT];
 
 /**
- * Open "/dev/fb0", map it, fill ::fbinfo and build the colour table ::gc with the theme colour ::DRAVIK_DEFAULT_THEME.
+ * Open "/dev/fb0", map it, fill ::fbinfo and build the colour table ::gc with the theme colour
+ * ::DRAVIK_DEFAULT_THEME.
  *
  * Call it once, before any drawing. A second call opens and maps again and releases nothing of the first.
  *
@@ -224,9 +225,9 @@ enum dravik_ramp {
 #define DRAVIK_RAMP_STEPS 16
 
 /**
- * The ramps: step i of a ramp is entry `ramp * DRAVIK_RAMP_STEPS + i`, from the background (0) to the foreground
- * (15). The ramps of the theme follow the theme colour; the others are fixed. All zero until the first fb_init()
- * or set_theme_color().
+ * The ramps: step i of a ramp is entry `ramp * DRAVIK_RAMP_STEPS + i`, from the background (0) to the
+ * foreground (15). The ramps of the theme follow the theme colour; the others are fixed. All zero until the
+ * first fb_init() or set_theme_color().
  */
 extern DRAVIK_API uint16_t gc[DRAVIK_RAMPS * DRAVIK_RAMP_STEPS];
 
@@ -351,8 +352,8 @@ DRAVIK_API void fb_clear_region_gradient(int32_t x0, int32_t y0, int32_t x1, int
 
 /**
  * @defgroup placement Placement
- * What the position of an image or a text refers to: the `align` of the drawing functions. Each function accepts
- * the codes of its kind; other values mean ::DRAVIK_TOP_LEFT.
+ * What the position of an image or a text refers to: the `align` of the drawing functions. Each function
+ * accepts the codes of its kind; other values mean ::DRAVIK_TOP_LEFT.
  * @{
  */
 
@@ -471,7 +472,7 @@ DRAVIK_API int fb_get_bmp_file(const uint16_t *pixels) DRAVIK_NOEXCEPT;
 /** Number of slots. */
 #define DRAVIK_BMP_SLOTS 64
 
-/** The pictures: slot i holds a whole file, or null. The blocks belong to the library until bmp_mem_free(). */
+/** The images: slot i holds a whole file, or null. The blocks belong to the library until bmp_mem_free(). */
 extern DRAVIK_API uint8_t *bmp_mem_ptr[DRAVIK_BMP_SLOTS];
 /** How many slots the last bmp_mem_alloc() went through, whether they loaded or not. */
 extern DRAVIK_API int32_t bmp_mem_num;
@@ -594,10 +595,10 @@ DRAVIK_API void q7bmp_free(void) DRAVIK_NOEXCEPT;
  * the screen is truncated to frame buffer memory.
  *
  * The two colours select the ramp (see ::dravik_ramp). On ::DRAVIK_BLACK and ::DRAVIK_WHITE it is that of the
- * foreground; one that has no ramp there is drawn in white or black. On ::DRAVIK_MAGENTA only ::DRAVIK_BLACK has
- * one. On ::DRAVIK_THEME, ::DRAVIK_WHITE selects the ramp to white, any other foreground the ramp to black. On
- * ::DRAVIK_TRANSPARENT, where level 0 is not drawn, ::DRAVIK_BLACK selects ::DRAVIK_BLACK_ON_WHITE and
- * ::DRAVIK_GREY ::DRAVIK_GREY_ON_BLACK. All other pairs select ::DRAVIK_WHITE_ON_BLACK.
+ * foreground; one that has no ramp there is drawn in white or black. On ::DRAVIK_MAGENTA only ::DRAVIK_BLACK
+ * has one. On ::DRAVIK_THEME, ::DRAVIK_WHITE selects the ramp to white, any other foreground the ramp to
+ * black. On ::DRAVIK_TRANSPARENT, where level 0 is not drawn, ::DRAVIK_BLACK selects ::DRAVIK_BLACK_ON_WHITE
+ * and ::DRAVIK_GREY ::DRAVIK_GREY_ON_BLACK. All other pairs select ::DRAVIK_WHITE_ON_BLACK.
  * @param x,y    position; signed pixels; see align
  * @param slot   slot number, 0 to 31
  * @param index  number of the image, from 0; one too high draws the last image
@@ -771,17 +772,18 @@ DRAVIK_API int32_t ascii_to_unicode_string(const char *src, void *dst) DRAVIK_NO
  * drawn. What is measured, and drawn, is the box around the text; ::str_width and ::str_height tell its size
  * afterwards.
  *
- * The two colours select the ramp (see ::dravik_ramp). On ::DRAVIK_BLACK, ::DRAVIK_WHITE and ::DRAVIK_MAGENTA it
- * is that of the foreground; one that has no ramp there is drawn in white, black and black. On ::DRAVIK_THEME,
- * ::DRAVIK_BLACK selects the ramp to black, any other foreground the ramp to white. On ::DRAVIK_TRANSPARENT, which
- * leaves the pixels around the letters unchanged, and on any other background, ::DRAVIK_BLACK_ON_WHITE is used.
+ * The two colours select the ramp (see ::dravik_ramp). On ::DRAVIK_BLACK, ::DRAVIK_WHITE and ::DRAVIK_MAGENTA
+ * it is that of the foreground; one that has no ramp there is drawn in white, black and black. On
+ * ::DRAVIK_THEME, ::DRAVIK_BLACK selects the ramp to black, any other foreground the ramp to white. On
+ * ::DRAVIK_TRANSPARENT, which leaves the pixels around the letters unchanged, and on any other background,
+ * ::DRAVIK_BLACK_ON_WHITE is used.
  *
  * Text that crosses the right edge continues in the next line, also from the line above the screen into the
  * first one. Nothing is drawn before frame buffer memory. Glyphs that leave the plane are drawn on its edge.
  * @param x,y        position of the box in pixels; see align
  * @param text       UTF-16 little-endian units, at any address; read during the call only
- * @param font_size  points at 80 dots per inch, up to ::DRAVIK_LARGEST_FONT. A larger one writes "font_size error : %d!" to
- * standard error and ends the process with status 0
+ * @param font_size  points at 80 dots per inch, up to ::DRAVIK_LARGEST_FONT. A larger one writes
+ * "font_size error : %d!" to standard error and terminates the process with exit status 0
  * @param font       entry of ::ttf_font_file; only bit 0 counts
  * @param fg,bg      foreground and background, RGB565
  * @param align      a ::dravik_align, ::DRAVIK_TOP_LEFT to ::DRAVIK_SCREEN_BOTTOM. Intentional:

@@ -12,7 +12,7 @@ namespace dravik::fb {
 /// A pixel in screen memory; may alias, since the same memory is filled by wider stores.
 using pixel [[gnu::may_alias]] = uint16_t;
 
-/// Columns to the right and lines down from the top-left pixel. Negative ones are left of and above the screen.
+/// Columns right of and lines below the top-left pixel; negative ones are left of and above the screen.
 struct position {
   int32_t x, y;
 

@@ -46,8 +46,8 @@ private:
   unique_file stream_;
 };
 
-/// Returns equal records of a file, which it reads many at a time. From the end of the file it returns `last`, with
-/// the contents that reading one record after the other into it would have left there.
+/// Returns equal records of a file, which it reads many at a time. From the end of the file it returns
+/// `last`, with the contents that reading one record after the other into it would have left there.
 class record_reader {
 public:
   record_reader(const source_file &file, uint64_t position, size_t record_size, uint8_t *last) noexcept

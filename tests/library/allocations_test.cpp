@@ -1,5 +1,5 @@
-// Drawing allocates nothing of its own. Calls that open a file allocate its stream, without a buffer; JPEG images and
-// anti-aliased text also allocate what libjpeg and FreeType do.
+// Drawing allocates nothing of its own. Calls that open a file allocate its stream, without a buffer; JPEG
+// images and anti-aliased text also allocate what libjpeg and FreeType do.
 
 #include "support/counted_allocations.hpp"
 
