@@ -1,26 +1,28 @@
 /**
  * @file dravik.h
- * libdravik: the screen, sound and board services of a car dash-camera's application.
+ * libdravik: display, sound and board support for car dash camera applications.
  *
- * The library is a flat set of C functions over state that lives in exported globals. It works on a 16-bit
- * RGB565 frame buffer, "/dev/fb0". Start with fb_init(), draw with the families below, end with fb_exit().
+ * A C API; its state is kept in exported globals. Drawing targets a 16-bit RGB565 frame buffer, "/dev/fb0".
+ * Call fb_init() first, then the drawing functions, and fb_exit() last.
  *
  * Conventions
- * - Results are 0 for success and -1 for failure unless a function says otherwise. Nothing is thrown and
- * `errno` has no meaning after a call.
- * - Diagnostics go to the event log (see @ref log) or to standard error; each function says which.
- * - Coordinates are pixels counted from the top-left corner, x to the right, y downwards. Shapes given by two
- * corners include both corners.
- * - A colour is an RGB565 value: red in bits 15 to 11, green in bits 10 to 5, blue in bits 4 to 0. The
- * library's black is 0x0821; 0x0000 stands for "transparent" wherever a background colour is taken.
- * - Any thread may call log_printf(), console_printf(), the checksums, and the engine's snd_play_direct(),
- * snd_stopall() and get_snd_thread_state(). All other calls are made from one thread, the drawing thread, or
- * are serialised by the application: they take no lock.
+ * - Functions return 0 on success and -1 on failure unless documented otherwise. They throw no exceptions.
+ *   `errno` is unspecified after a call.
+ * - Diagnostics are written to the event log (see @ref log) or to standard error, as documented per function.
+ * - Coordinates are pixels from the top-left corner; x grows to the right, y downwards. Shapes defined by two
+ *   corners include both corners.
+ * - Colours are RGB565: red in bits 15:11, green in bits 10:5, blue in bits 4:0. The library's black is
+ *   ::DRAVIK_BLACK, 0x0821. As a background colour, 0x0000 means transparent.
+ * - log_printf(), console_printf(), the functions of @ref checksums, snd_play_direct(), snd_stopall() and
+ *   get_snd_thread_state() may be called from any thread. The other functions are not thread-safe: call them
+ *   from one thread, the drawing thread, or serialise the calls.
  * - Applications may modify every global that is not const. Drawing functions read ::fbp and ::fbinfo on each
- * call.
+ *   call.
+ * - Drawing functions do not allocate heap memory of their own. libjpeg and FreeType allocate while
+ *   fb_put_jpeg_file() and put_unicode_string() use them, and stdio while a file is open.
  *
- * The names of the globals are part of the interface, and some are short (`gc`, `image`, `palette`, `psf`): a
- * program that has a global of the same name shares it with the library, so keep your own out of their way.
+ * The names of the globals are part of the interface, and some are short (`gc`, `image`, `palette`, `psf`). A
+ * program that defines a global of the same name shares it with the library; do not reuse these names.
  */
 #ifndef DRAVIK_H
 #define DRAVIK_H
@@ -44,14 +46,11 @@ extern "C" {
 
 /**
  * @defgroup screen Frame buffer
- * Opens and maps the screen and keeps the record that every drawing call reads.
+ * Opening and mapping the frame buffer, and the screen information that all drawing functions use.
  *
- * The pixel of column x and line y is the 16-bit word at `fbp + y * line_length + x * 2`. The factor 2 is
- * fixed: a device of another depth is accepted, but is drawn on as if it had 16 bits a pixel. Drawing goes
- * straight to the visible memory; there is no back buffer.
- *
- * Drawing functions allocate no heap memory of their own. Those that open a file allocate its stream;
- * fb_put_jpeg_file() and put_unicode_string() allocate what libjpeg and FreeType need.
+ * The pixel at column x, line y is the 16-bit word at `fbp + y * line_length + x * 2`. The factor 2 is fixed:
+ * a device with another depth is accepted, but is drawn on as if it had 16 bits per pixel. Drawing goes
+ * directly to visible memory; there is no back buffer.
  *
  * No drawing function checks positions against the size of the mapping. Functions that clip are documented as
  * such. All others write wherever their arguments point; the application must keep them on the screen.
@@ -59,95 +58,103 @@ extern "C" {
  *
  * Only objects that a file makes larger than the screen (archive image, glyph, line of anti-aliased text) are
  * truncated, because no position makes them fit: their pixels outside frame buffer memory are not drawn. That
- * memory is the mapping, `screen_size` bytes from ::fbp0, if ::fbp points into it; else it starts at ::fbp
- * and has the larger of `screen_size` and `line_length * yres` bytes.
+ * memory is the mapping, `screen_size` bytes from ::fbp0, if ::fbp points into it. Otherwise it starts at
+ * ::fbp and has the larger of `screen_size` and `line_length * yres` bytes.
  * @{
  */
 
-/** The words of ::fbinfo. */
+/** Words of ::fbinfo. */
 enum dravik_fbinfo {
-  FBINFO_LINE_LENGTH,     /**< bytes from one line to the next; may be more than `xres * 2` */
-  FBINFO_BYTES_PER_PIXEL, /**< `bits_per_pixel / 8`; recorded, not used for addressing */
-  FBINFO_SCREEN_SIZE,     /**< length of the mapping in bytes, all virtual lines included */
-  FBINFO_SPARE_A,         /**< 0 */
+  FBINFO_LINE_LENGTH,     /**< bytes per line; may exceed `xres * 2` */
+  FBINFO_BYTES_PER_PIXEL, /**< `bits_per_pixel / 8`; not used for addressing */
+  FBINFO_SCREEN_SIZE,     /**< size of the mapping in bytes: all virtual lines, without padding */
+  FBINFO_SPARE_A,         /**< reserved, 0 */
   FBINFO_XRES,            /**< visible width in pixels */
   FBINFO_YRES,            /**< visible height in lines */
-  FBINFO_BITS_PER_PIXEL,  /**< as the device reports it; 16 is expected */
-  FBINFO_BUFFER_OFFSET,   /**< offset from ::fbp in bytes at which get_fb_buffer() starts; 0 */
-  FBINFO_BUFFER_COUNT,    /**< how many screens of `yres` lines the virtual screen holds */
+  FBINFO_BITS_PER_PIXEL,  /**< as reported by the device; 16 is expected */
+  FBINFO_BUFFER_OFFSET,   /**< byte offset from ::fbp at which get_fb_buffer() starts; 0 */
+  FBINFO_BUFFER_COUNT,    /**< number of screens of `yres` lines in the virtual screen */
   FBINFO_COPY_SIZE,       /**< number of bytes that get_fb_buffer() copies */
-  FBINFO_LINE_COUNT,      /**< `yres` again */
-  FBINFO_SPARE_B,         /**< 0 */
-  FBINFO_WORDS            /**< the number of words */
+  FBINFO_LINE_COUNT,      /**< same as ::FBINFO_YRES */
+  FBINFO_SPARE_B,         /**< reserved, 0 */
+  FBINFO_WORDS            /**< number of words */
 };
 
-/** Descriptor of the open frame buffer device; what open() gave, a failure included. */
-extern DRAVIK_API int32_t fbfd;
-/** The address of the top-left pixel: where all drawing goes. Null before fb_init(). */
-extern DRAVIK_API uint8_t *fbp;
-/** The start of the mapping, which fb_exit() unmaps; equal to ::fbp after fb_init(). */
-extern DRAVIK_API uint8_t *fbp0;
-/** The screen record, indexed by ::dravik_fbinfo; all zero before fb_init(). */
-extern DRAVIK_API uint32_t fbinfo[FBINFO_WORDS];
-/** Columns and rows of ::image_buffer, and of the screen that anti-aliased text is laid out for. */
+/** Columns of ::image_buffer, and of the screen that anti-aliased text is laid out for. */
 #define DRAVIK_PLANE_WIDTH 640
+/** Rows of ::image_buffer, and lines of the screen that anti-aliased text is laid out for. */
 #define DRAVIK_PLANE_HEIGHT 480
 
-/** A plane of 640 columns by 480 rows, one byte a cell, kept for text composition; zero at load. */
+/** File descriptor of the frame buffer: the result of open(), even if it failed. */
+extern DRAVIK_API int32_t fbfd;
+/** Address of the top-left pixel, the base of all drawing. NULL before fb_init(). */
+extern DRAVIK_API uint8_t *fbp;
+/** Start of the mapping, unmapped by fb_exit(). Equal to ::fbp after fb_init(). */
+extern DRAVIK_API uint8_t *fbp0;
+/** Screen information, indexed by ::dravik_fbinfo. All zero before fb_init(). */
+extern DRAVIK_API uint32_t fbinfo[FBINFO_WORDS];
+/** Composition buffer for text: 640 columns by 480 rows, one byte each. Initially zero. */
 extern DRAVIK_API uint8_t image_buffer[DRAVIK_PLANE_WIDTH * DRAVIK_PLANE_HEIGHT];
 
 /**
- * Open "/dev/fb0", map it, fill ::fbinfo and build the colour table ::gc with the theme colour
- * ::DRAVIK_DEFAULT_THEME.
+ * Open and map "/dev/fb0", fill ::fbinfo and build the colour table ::gc with ::DRAVIK_DEFAULT_THEME.
  *
- * Call it once, before any drawing. A second call opens and maps again and releases nothing of the first.
+ * Call it once, before any drawing. A second call opens and maps again without releasing the first.
  *
- * After it, applications for unknown devices must check that
- * `fbinfo[FBINFO_LINE_LENGTH] * fbinfo[FBINFO_YRES] <= fbinfo[FBINFO_SCREEN_SIZE]`: otherwise, with padded
- * lines, the mapping ends before the last line, and drawing there is a segmentation fault.
+ * On failure, writes one line to standard error and terminates the process with exit status 1:
+ * - "error cannot open framebuffer device." if the descriptor is 0
+ * - "error reading fixed info", also if the device cannot be opened at all
+ * - "error reading var info"
+ * - "error: failed to map framebuffer device to memory."
  *
- * Each failure writes one line to standard error and ends the process with status 1:
- * "error cannot open framebuffer device." (the descriptor is 0), "error reading fixed info" (also when the
- * device cannot be opened at all), "error reading var info" and "error: failed to map framebuffer device to
- * memory.".
+ * @note If the lines are padded, `line_length * yres` may exceed `screen_size`: the mapping then ends before
+ * the last visible lines, and drawing them is a segmentation fault. Compare the two words of ::fbinfo after
+ * this call.
  */
 DRAVIK_API void fb_init(void) DRAVIK_NOEXCEPT;
 
 /**
- * Unmap the screen and close the device. ::fbp, ::fbp0 and ::fbinfo keep their values, so drawing afterwards
- * writes to memory that is no longer mapped.
- * @return the result of close(): 0, or -1
+ * Unmap the screen and close the device.
+ *
+ * @note ::fbp, ::fbp0 and ::fbinfo keep their values; drawing afterwards accesses unmapped memory.
+ * @return result of close(): 0 on success, -1 on failure
  */
 DRAVIK_API int fb_exit(void) DRAVIK_NOEXCEPT;
 
 /**
- * Show the buffer that the device showed at start-up (FBIOPAN_DISPLAY with the offsets read by fb_init()).
- * @return the result of ioctl(): 0, or -1
+ * Restore the display offset that fb_init() read (FBIOPAN_DISPLAY).
+ * @return result of ioctl(): 0 on success, -1 on failure
  */
 DRAVIK_API int fb_pan_display(void) DRAVIK_NOEXCEPT;
 
-/** Blank the panel (FBIOBLANK 1). @return the result of ioctl(): 0, or -1 */
+/**
+ * Blank the panel (FBIOBLANK 1).
+ * @return result of ioctl(): 0 on success, -1 on failure
+ */
 DRAVIK_API int fb_lcd_off(void) DRAVIK_NOEXCEPT;
 
-/** Unblank the panel (FBIOBLANK 0). @return the result of ioctl(): 0, or -1 */
+/**
+ * Unblank the panel (FBIOBLANK 0).
+ * @return result of ioctl(): 0 on success, -1 on failure
+ */
 DRAVIK_API int fb_lcd_on(void) DRAVIK_NOEXCEPT;
 
 /**
- * Copy the screen record.
- * @param dst  receives the 12 words of ::fbinfo (48 bytes) in their order; owned by the caller
+ * Copy the screen information.
+ * @param[out] dst  caller's buffer; receives the 12 words (48 bytes) of ::fbinfo in order
  */
 DRAVIK_API void get_cam_fb_info(uint32_t *dst) DRAVIK_NOEXCEPT;
 
 /**
- * Copy the screen memory: `copy_size` bytes from `fbp + buffer_offset`, all virtual lines included.
- * @param a,b  selectors; only 0 and 0 copy, any other pair does nothing
- * @param dst  receives the bytes; owned by the caller, at least `fbinfo[FBINFO_COPY_SIZE]` bytes long
+ * Copy frame buffer memory: `copy_size` bytes from `fbp + buffer_offset`, including all virtual lines.
+ * @param a,b       selectors; must both be 0, otherwise nothing is copied
+ * @param[out] dst  caller's buffer of at least `fbinfo[FBINFO_COPY_SIZE]` bytes
  */
 DRAVIK_API void get_fb_buffer(uint32_t a, uint32_t b, uint8_t *dst) DRAVIK_NOEXCEPT;
 
 /**
- * Store one pixel. Nothing is checked.
- * @param x,y     position in pixels; the caller keeps it below `xres` and `yres`
+ * Set one pixel. Arguments are not checked.
+ * @param x,y     position in pixels; must be less than `xres` and `yres`
  * @param colour  RGB565
  */
 DRAVIK_API void fb_put_pixel(uint32_t x, uint32_t y, uint16_t colour) DRAVIK_NOEXCEPT;
@@ -156,12 +163,12 @@ DRAVIK_API void fb_put_pixel(uint32_t x, uint32_t y, uint16_t colour) DRAVIK_NOE
 
 /**
  * @defgroup colours Colour table
- * Artwork and smooth text are painted through ramps of 16 colours that lead from a background to a
+ * Artwork and anti-aliased text are drawn through ramps: tables of 16 colours from a background to a
  * foreground.
  * @{
  */
 
-/** @name Colours that the ramps lead from and to (RGB565) */
+/** @name Colours of the ramps (RGB565) */
 /** @{ */
 #define DRAVIK_BLACK 0x0821 /**< the library's black */
 #define DRAVIK_WHITE 0xFFFF
@@ -181,13 +188,13 @@ DRAVIK_API void fb_put_pixel(uint32_t x, uint32_t y, uint16_t colour) DRAVIK_NOE
 /** The colour that is transparent in BMP images drawn with ::DRAVIK_BMP_KEYED or ::DRAVIK_BMP_SILHOUETTE. */
 #define DRAVIK_MAGENTA_KEY 0xF81F
 
-/** Represents the theme colour: as a colour of fb_clear_screen(), as a background of artwork and text. */
+/** Represents the theme colour: as the colour of fb_clear_screen(), as a background of artwork and text. */
 #define DRAVIK_THEME 0x1234
 
 /** The theme colour that fb_init() sets. */
 #define DRAVIK_DEFAULT_THEME 0x0B77
 
-/** The ramps of ::gc. */
+/** Ramps of ::gc. */
 enum dravik_ramp {
   DRAVIK_RED_ON_BLACK,
   DRAVIK_GREEN_ON_BLACK,
@@ -218,58 +225,60 @@ enum dravik_ramp {
   DRAVIK_ORANGE_ON_MAGENTA,
   DRAVIK_THEME_TO_WHITE, /**< its first colour is the theme colour */
   DRAVIK_THEME_TO_BLACK, /**< its first colour is the theme colour */
-  DRAVIK_RAMPS           /**< the number of ramps */
+  DRAVIK_RAMPS           /**< number of ramps */
 };
 
 /** Colours per ramp. */
 #define DRAVIK_RAMP_STEPS 16
 
 /**
- * The ramps: step i of a ramp is entry `ramp * DRAVIK_RAMP_STEPS + i`, from the background (0) to the
- * foreground (15). The ramps of the theme follow the theme colour; the others are fixed. All zero until the
+ * Colour table: step i of a ramp is entry `ramp * DRAVIK_RAMP_STEPS + i`, from the background (0) to the
+ * foreground (15). The two theme ramps follow the theme colour; the others are fixed. All zero until the
  * first fb_init() or set_theme_color().
  */
 extern DRAVIK_API uint16_t gc[DRAVIK_RAMPS * DRAVIK_RAMP_STEPS];
 
-/** Screen lines that the dark shading of the gradient clears covers. */
+/** Number of entries of ::grad_line. */
 #define DRAVIK_SHADING_LINES 208
 
-/** The dark shading of the gradient clears: one RGB565 colour per screen line. */
+/** Dark grey gradient: one RGB565 colour per screen line. */
 extern DRAVIK_API const uint16_t grad_line[DRAVIK_SHADING_LINES];
 
 /**
- * Choose the theme colour and rebuild the whole of ::gc. Nothing already on the screen changes.
- * @param colour  RGB565; only the low 16 bits are used
+ * Set the theme colour and rebuild ::gc. The screen is not changed.
+ * @param colour  RGB565; only bits 15:0 are used
  */
 DRAVIK_API void set_theme_color(int32_t colour) DRAVIK_NOEXCEPT;
 
-/** Return the theme colour, the first of ::DRAVIK_THEME_TO_WHITE; 0 before ::gc was first built. */
+/**
+ * Return the theme colour, the first colour of ::DRAVIK_THEME_TO_WHITE.
+ * @return RGB565; 0 before ::gc is built
+ */
 DRAVIK_API uint16_t get_theme_color(void) DRAVIK_NOEXCEPT;
 
 /** @} */
 
 /**
  * @defgroup shapes Shapes and clears
- * All write straight to the screen in one plain RGB565 colour; ::DRAVIK_THEME has a meaning in
- * fb_clear_screen() alone. They report nothing.
+ * Lines, rectangles and circles in one RGB565 colour, and clears of the screen. ::DRAVIK_THEME has a meaning
+ * in fb_clear_screen() only. The functions print and log nothing.
  * @{
  */
 
 /**
- * Draw a line one pixel wide, both ends included, without any clipping: the caller keeps it on the screen.
+ * Draw a line one pixel wide, both ends included. Not clipped: the caller must keep it on the screen.
  *
- * The pixels are those of Bresenham's integer line stepped from the first point to the second. Where the line
- * passes exactly between two pixels the step goes aside at once, so the way back may choose other pixels than
- * the way there.
- * @param x0,y0   first point; signed pixels
- * @param x1,y1   last point; signed pixels
+ * The pixels are those of Bresenham's integer line from the first point to the second. If the line passes
+ * exactly between two pixels, the diagonal step is taken, so the two directions may draw different pixels.
+ * @param x0,y0   first point in pixels
+ * @param x1,y1   last point in pixels
  * @param colour  RGB565
  */
 DRAVIK_API void fb_put_line(int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint16_t colour) DRAVIK_NOEXCEPT;
 
 /**
- * Draw the outline of a triangle: three fb_put_line() calls, first to second to third to first point.
- * @param x0,y0,x1,y1,x2,y2  the corners; signed pixels, on the screen
+ * Draw the outline of a triangle: three lines, from the first to the second, third and first point.
+ * @param x0,y0,x1,y1,x2,y2  corners in pixels; must be on the screen
  * @param colour             RGB565
  */
 DRAVIK_API void fb_put_triangle(int32_t x0, int32_t y0, int32_t x1, int32_t y1, int32_t x2, int32_t y2,
@@ -277,7 +286,7 @@ DRAVIK_API void fb_put_triangle(int32_t x0, int32_t y0, int32_t x1, int32_t y1, 
 
 /**
  * Fill a rectangle, clipped to the screen.
- * @param x0,y0,x1,y1  opposite corners in any order; signed pixels, may lie off the screen
+ * @param x0,y0,x1,y1  opposite corners in pixels, in any order
  * @param colour       RGB565
  */
 DRAVIK_API void fb_put_rect_fill(int32_t x0, int32_t y0, int32_t x1, int32_t y1,
@@ -286,65 +295,69 @@ DRAVIK_API void fb_put_rect_fill(int32_t x0, int32_t y0, int32_t x1, int32_t y1,
 /**
  * Draw the outline of a rectangle, one pixel wide.
  *
- * The top and bottom edges are clipped to the screen. The side edges are clipped at the bottom alone: a side
- * at x = xres lands in column 0 of the next line, one further right is not drawn, and one at a negative
- * column lands at the end of the line before; a negative row is written before the screen.
- * @param x0,y0,x1,y1  opposite corners in any order; signed pixels
+ * The top and bottom edges are clipped to the screen.
+ * @note Intentional: the side edges are clipped at the bottom only. A side at x = xres is drawn in column 0
+ * of the next line; one further right is not drawn. A negative column is drawn at the end of the previous
+ * line, a negative row before the screen.
+ * @param x0,y0,x1,y1  opposite corners in pixels, in any order
  * @param colour       RGB565
  */
 DRAVIK_API void fb_put_rect(int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint16_t colour) DRAVIK_NOEXCEPT;
 
 /**
- * Draw the outline of a rectangle with edges of several pixels that grow inwards, clipped like fb_put_rect().
+ * Draw the outline of a rectangle with edges of several pixels, which grow inwards. Clipped like
+ * fb_put_rect().
  *
- * The corners must be top-left then bottom-right, or bottom-right then top-left; any other order draws
- * nothing.
- * @param x0,y0,x1,y1  opposite corners; signed pixels
+ * @note Intentional: only top-left with bottom-right, or bottom-right with top-left, draws. The two other
+ * orders of corners draw nothing.
+ * @param x0,y0,x1,y1  opposite corners in pixels
  * @param colour       RGB565
- * @param thickness    pixels; taken down to the rectangle's width - 1 and height - 1. Below 1 draws nothing,
- * and so does a rectangle one pixel wide or high
+ * @param thickness    pixels; limited to the width - 1 and the height - 1 of the rectangle. Draws nothing if
+ *                     less than 1, or if the rectangle is one pixel wide or high
  */
 DRAVIK_API void fb_put_rect_thick(int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint16_t colour,
                                   int32_t thickness) DRAVIK_NOEXCEPT;
 
 /**
- * Draw a circle about the top-left corner of the pixel (cx, cy), without any clipping.
+ * Draw a circle around the top-left corner of pixel (cx, cy). Not clipped.
  *
- * About 7.2 * r points are computed in double precision and truncated towards zero, which pulls the right and
- * bottom edges in by up to one pixel.
- * @param cx,cy   centre; signed pixels
- * @param r       radius in pixels; 0 draws the centre pixel, a negative one draws nothing
+ * About 7.2 * r points are computed in double precision and truncated towards zero, which moves the right and
+ * bottom edges inwards by up to one pixel.
+ * @param cx,cy   centre in pixels
+ * @param r       radius in pixels; 0 draws the centre pixel, a negative radius nothing
  * @param colour  RGB565
  */
 DRAVIK_API void fb_put_circle(int32_t cx, int32_t cy, int32_t r, uint16_t colour) DRAVIK_NOEXCEPT;
 
 /**
- * Fill a disc about the corner that the pixels (cx - 1, cy - 1) and (cx, cy) share, without any clipping. It
- * covers columns cx - r to cx + r - 1 and rows cy - r to cy + r - 1.
- * @param cx,cy   centre; signed pixels
+ * Fill a disc around the corner that the pixels (cx - 1, cy - 1) and (cx, cy) share. Not clipped.
+ *
+ * It covers columns cx - r to cx + r - 1 and lines cy - r to cy + r - 1.
+ * @param cx,cy   centre in pixels
  * @param r       radius in pixels; 0 or less draws nothing
  * @param colour  RGB565
  */
 DRAVIK_API void fb_put_circle_fill(int32_t cx, int32_t cy, int32_t r, uint16_t colour) DRAVIK_NOEXCEPT;
 
 /**
- * Paint the whole visible screen.
- * @param colour  RGB565 in the low 16 bits, or ::DRAVIK_THEME for the theme colour as it is at the call
+ * Fill the visible screen.
+ * @param colour  RGB565 in bits 15:0, or ::DRAVIK_THEME for the current theme colour
  */
 DRAVIK_API void fb_clear_screen(uint32_t colour) DRAVIK_NOEXCEPT;
 
 /**
- * Paint the dark shading ::grad_line over lines 1 to 207 of the first 320 columns, as far as they are
- * visible. Line 0 is never painted.
+ * Draw the gradient ::grad_line on lines 1 to 207 of the first 320 columns, clipped to the screen.
+ * @note Intentional: line 0 is never drawn.
  */
 DRAVIK_API void fb_clear_screen_gradient(void) DRAVIK_NOEXCEPT;
 
 /**
- * Paint the same shading over a region, to restore the background there. The colour depends on the screen
- * line alone. Lines 1 to 207 are painted, clipped to the screen; unlike fb_clear_screen_gradient() it does
- * not end at column 319.
- * @param x0,x1  first and last column in any order; signed pixels
- * @param y0,y1  top and bottom line; signed pixels; nothing is painted when y1 is above y0
+ * Draw the gradient ::grad_line in a region, to restore the background there.
+ *
+ * The colour depends on the screen line only. Lines 1 to 207 are drawn, clipped to the screen; unlike
+ * fb_clear_screen_gradient(), the region may extend beyond column 319.
+ * @param x0,x1  first and last column in pixels, in any order
+ * @param y0,y1  first and last line in pixels; draws nothing if y1 is less than y0
  */
 DRAVIK_API void fb_clear_region_gradient(int32_t x0, int32_t y0, int32_t x1, int32_t y1) DRAVIK_NOEXCEPT;
 
@@ -352,8 +365,8 @@ DRAVIK_API void fb_clear_region_gradient(int32_t x0, int32_t y0, int32_t x1, int
 
 /**
  * @defgroup placement Placement
- * What the position of an image or a text refers to: the `align` of the drawing functions. Each function
- * accepts the codes of its kind; other values mean ::DRAVIK_TOP_LEFT.
+ * Alignment codes: what the position of an image or a text refers to. Each function documents the codes
+ * that it accepts; other values mean ::DRAVIK_TOP_LEFT.
  * @{
  */
 
@@ -364,13 +377,13 @@ enum dravik_align {
   DRAVIK_CENTRE_Y = 2, /**< y is the centre */
   DRAVIK_CENTRE = 3,   /**< x and y are the centre */
 
-  /* text only: on a screen of 640 by 480 pixels, if the text is no larger */
-  DRAVIK_SCREEN_CENTRE_X = 4, /**< in the middle of the columns */
-  DRAVIK_SCREEN_CENTRE_Y = 5, /**< in the middle of the lines */
+  /* Text: on a screen of 640 by 480 pixels, if the text is not larger. */
+  DRAVIK_SCREEN_CENTRE_X = 4, /**< centred in the columns */
+  DRAVIK_SCREEN_CENTRE_Y = 5, /**< centred in the lines */
   DRAVIK_SCREEN_RIGHT = 6,    /**< at the right edge */
   DRAVIK_SCREEN_BOTTOM = 7,   /**< at the bottom edge */
 
-  /* artwork only: centred in columns of a screen 320 pixels wide, if the image is no wider than that */
+  /* Artwork: centred in columns of a screen 320 pixels wide, if the image is not wider than these. */
   DRAVIK_QUARTER_1 = 8,    /**< columns 0 to 79 */
   DRAVIK_LEFT_HALF = 9,    /**< columns 0 to 159 */
   DRAVIK_QUARTER_2 = 10,   /**< columns 80 to 159 */
@@ -384,10 +397,11 @@ enum dravik_align {
 
 /**
  * @defgroup bmp BMP files
+ * Uncompressed BMP files, and screenshots.
  * @{
  */
 
-/** The words of ::bmpinfo. */
+/** Words of ::bmpinfo. */
 enum dravik_bmpinfo {
   BMPINFO_WIDTH,          /**< width in pixels */
   BMPINFO_HEIGHT,         /**< height in pixels */
@@ -396,154 +410,161 @@ enum dravik_bmpinfo {
   BMPINFO_DATA_SIZE,      /**< image data size in bytes */
   BMPINFO_INFO_SIZE,      /**< size of the information header in bytes */
   BMPINFO_DATA_OFFSET,    /**< offset of the pixel data in the file */
-  BMPINFO_WORDS           /**< the number of words */
+  BMPINFO_WORDS           /**< number of words */
 };
 
-/** How 16-bit images are drawn. */
+/** Modes of drawing 16-bit images. */
 enum dravik_bmp_mode {
   DRAVIK_BMP_COPY,      /**< rows are copied */
   DRAVIK_BMP_KEYED,     /**< ::DRAVIK_MAGENTA_KEY is transparent */
-  DRAVIK_BMP_SILHOUETTE /**< the same, and the other pixels are grey, 0x7BCF */
+  DRAVIK_BMP_SILHOUETTE /**< ::DRAVIK_MAGENTA_KEY is transparent, other pixels are drawn in grey, 0x7BCF */
 };
 
-/** The widest BMP file that fb_put_bmp_file() draws, in pixels. */
+/** Maximum width of a file that fb_put_bmp_file() draws, in pixels. */
 #define DRAVIK_BMP_WIDEST 2048
 
-/** Entries of ::palette, four bytes each. */
+/** Number of entries of ::palette, four bytes each. */
 #define DRAVIK_PALETTE_ENTRIES 256
 
-/** The header of the last file that had the "BM" signature, indexed by ::dravik_bmpinfo. */
+/** Header of the last file with a "BM" signature, indexed by ::dravik_bmpinfo. */
 extern DRAVIK_API uint32_t bmpinfo[BMPINFO_WORDS];
-/** The colours of the last 1-, 4- or 8-bit file: 256 entries of blue, green, red and an unused byte. */
+/** Palette of the last 1-, 4- or 8-bit file: 256 entries of blue, green, red and a reserved byte. */
 extern DRAVIK_API uint8_t palette[DRAVIK_PALETTE_ENTRIES * 4];
-/** The last row read of a 1-, 4-, 8-, 24- or 32-bit file, as it stands in the file. */
+/** Last row read from a 1-, 4-, 8-, 24- or 32-bit file, unconverted. */
 extern DRAVIK_API uint8_t image[DRAVIK_BMP_WIDEST * 4];
 
 /**
- * Draw an uncompressed BMP file of 1, 4, 8, 16, 24 or 32 bits a pixel. Rows are taken bottom-up.
+ * Draw an uncompressed BMP file with 1, 4, 8, 16, 24 or 32 bits per pixel. Rows are stored bottom-up.
  *
- * Channels are truncated to RGB565. In 1- and 4-bit files a colour that comes out as 0x0000 is drawn as
- * 0x0841. The number of colours in the palette is the header's "important colours" field; 0 and anything
- * above 256 mean 256. Colours that the file does not give are those of the file before.
+ * Channels are truncated to RGB565. In 1- and 4-bit files a colour of 0x0000 is drawn as 0x0841. The number
+ * of palette entries is the header's "important colours" field; 0 and values above 256 mean 256. Entries
+ * that the file does not contain keep the colours of the previous file.
  *
- * A 16-bit file is taken to hold RGB565. Mode 0 copies its rows to the screen, so that a row of odd width
- * paints the pixel right of the picture with its padding, unless the screen's memory ends there. Modes 1 and
- * 2 read two rows for each row drawn: they show every other row of the file, and then repeat the last one
- * read up to the picture's height. They keep the colour 0xF81F transparent; a file that ends before its first
- * pixel shows nothing in them.
+ * 16-bit files must contain RGB565. ::DRAVIK_BMP_COPY also copies the padding of rows of odd width, to the
+ * pixel right of the image, except at the end of frame buffer memory.
+ * @note Intentional: ::DRAVIK_BMP_KEYED and ::DRAVIK_BMP_SILHOUETTE read two rows per row drawn. They draw
+ * every other row of the file, then repeat the last row read up to the height of the image. Nothing is drawn
+ * from a file that is truncated before its first pixel.
  *
- * An image fits on the screen if its width and height do not exceed the screen's, and neither do `x + width`
- * and `y + height`. The sums wrap modulo 2^32, so 0xFFFFFFFF is accepted as a position: the image starts left
+ * An image fits on the screen if neither its width and height nor `x + width` and `y + height` exceed those
+ * of the screen. The sums wrap modulo 2^32, so 0xFFFFFFFF is accepted as a position: the image starts left
  * of or above the screen.
  *
- * A file that ends early is drawn with what its last rows left in ::image (for mode 0: on the screen).
- * @param x,y    position in pixels; see align
- * @param path   the file
+ * If the file is truncated, missing rows are drawn with the contents of ::image; with ::DRAVIK_BMP_COPY they
+ * are not drawn.
+ * @param x,y    position in pixels; see `align`
+ * @param path   file name
  * @param mode   for 16-bit files: a ::dravik_bmp_mode; other values draw nothing
  * @param align  a ::dravik_align, ::DRAVIK_TOP_LEFT to ::DRAVIK_CENTRE
- * @return 0 when drawn, and when the depth or the mode is unknown and nothing was drawn; -1 when nothing was
- * drawn and standard error says why: "open %s error!", "%s file size error!" (the header's file size is not
- * the file's), "%s BMP type error!", "BMP image size is too big. %d x %d" (wider than 2048), or "BMP image is
- * out of range!" and two lines of figures (it does not fit on the screen)
+ * @return 0 on success, also if nothing is drawn because the depth or the mode is not supported; -1 on
+ *         failure, after one of these on standard error: "open %s error!", "%s file size error!" (the
+ *         header contains another file size), "%s BMP type error!", "BMP image size is too big. %d x %d"
+ *         (wider than 2048), or "BMP image is out of range!" and two lines with the sizes (it does not fit
+ *         on the screen)
  */
 DRAVIK_API int fb_put_bmp_file(uint32_t x, uint32_t y, const char *path, uint32_t mode,
                                uint8_t align) DRAVIK_NOEXCEPT;
 
 /**
- * Save a picture of 640 by 480 pixels, a copy of the screen for example, as
- * "/tmp/mmcblk0p1/q7_HHMMSS.bmp" with the local hour, minute and second: a 16-bit BMP file with RGB565 masks,
- * 614466 bytes long. A picture of the same time of day is replaced.
- * @param pixels  640 * 480 RGB565 values, top row first, without padding; the caller's, not to change during
- * the call
- * @return the result of closing the file: 0, or -1 when not all could be written; -1 when the file cannot be
- * opened, the card is out for example, and nothing is left behind. Nothing is reported
+ * Save a screenshot of 640 by 480 pixels as "/tmp/mmcblk0p1/q7_HHMMSS.bmp", with the local hour, minute and
+ * second: a 16-bit BMP file with RGB565 masks, 614466 bytes. An existing file of that name is replaced.
+ *
+ * Prints and logs nothing.
+ * @param pixels  640 * 480 RGB565 values, top row first, without padding; must not change during the call
+ * @return result of closing the file: 0 on success, -1 if data could not be written (the file is then
+ *         incomplete); -1 if the file cannot be opened, for example without a memory card
  */
 DRAVIK_API int fb_get_bmp_file(const uint16_t *pixels) DRAVIK_NOEXCEPT;
 
 /** @} */
 
 /**
- * @defgroup bmp_slots Pictures in memory
- * BMP files that are drawn often are loaded once, up to 64, and drawn by their slot number. Only 16-bit
- * (RGB565) files can be drawn from a slot.
+ * @defgroup bmp_slots BMP slots
+ * Up to 64 BMP files that are loaded once and drawn by slot number. Only 16-bit (RGB565) files can be drawn
+ * from a slot.
  * @{
  */
 
 /** Number of slots. */
 #define DRAVIK_BMP_SLOTS 64
 
-/** The images: slot i holds a whole file, or null. The blocks belong to the library until bmp_mem_free(). */
+/** Slot i contains a whole file, or NULL. Owned by the library until bmp_mem_free(). */
 extern DRAVIK_API uint8_t *bmp_mem_ptr[DRAVIK_BMP_SLOTS];
-/** How many slots the last bmp_mem_alloc() went through, whether they loaded or not. */
+/** Number of slots that the last bmp_mem_alloc() processed, including those that failed. */
 extern DRAVIK_API int32_t bmp_mem_num;
 
 /**
- * Load the file dir/names[i] into slot i. A file that fails leaves its slot empty, with "fopen %s err",
- * "bmp_mem_load(): malloc err" or "path too long: %s" (4096 bytes or more) in the event log, and the next one
- * is loaded. Whether a file is a BMP file shows when it is drawn. Pictures of an earlier call are not freed:
- * call bmp_mem_free() first.
- * @param count  number of names; those past the 64th are not loaded, 0 or less loads nothing
- * @param dir    the directory
- * @param names  file names, read during the call only
- * @return of no use
+ * Load the file dir/names[i] into slot i.
+ *
+ * A file that fails leaves its slot empty, and the next one is loaded. The failure is logged: "fopen %s
+ * err", "bmp_mem_load(): malloc err" or "path too long: %s" (4096 bytes or more). The format is checked
+ * when the slot is drawn. Files of an earlier call are not freed: call bmp_mem_free() first.
+ * @param count  number of names; only the first 64 are loaded; 0 or less loads nothing
+ * @param dir    directory
+ * @param names  file names; used during the call only
+ * @return unspecified; do not use
  */
 DRAVIK_API int bmp_mem_alloc(int32_t count, const char *dir, const char *const *names) DRAVIK_NOEXCEPT;
 
 /**
- * Draw the picture of a slot; rows are taken bottom-up. ::bmpinfo then describes it.
+ * Draw the image of a slot and update ::bmpinfo. Rows are stored bottom-up.
  *
- * Mode 0 copies rows as fb_put_bmp_file() does, padding included, except at the end of frame buffer memory.
- * In modes 1 and 2 rows lie width * 2 bytes apart, so that a picture of odd width drifts by a pixel a row.
- * Mode 1 leaves 0xF81F transparent. Mode 2 leaves 0xF81F and 0x0000 transparent and paints the rest 0x7BCF.
- * @param x,y    position in pixels; see align
+ * ::DRAVIK_BMP_COPY copies rows like fb_put_bmp_file(), including their padding, except at the end of frame
+ * buffer memory.
+ * @note Intentional: ::DRAVIK_BMP_KEYED and ::DRAVIK_BMP_SILHOUETTE expect rows without padding, so an
+ * image of odd width drifts by one pixel per row. ::DRAVIK_BMP_SILHOUETTE also leaves 0x0000 transparent.
+ * @param x,y    position in pixels; see `align`
  * @param slot   slot number, from 0
  * @param mode   a ::dravik_bmp_mode; other values draw nothing
  * @param align  a ::dravik_align, ::DRAVIK_TOP_LEFT to ::DRAVIK_CENTRE
- * @return 0 when drawn, or when the mode is unknown or the picture has not 16 bits a pixel and nothing was
- * drawn; -1 with the reason in the event log: "BMP mem index err: %d, max = %d" (also for a negative slot),
- * "BMP mem ptr is NULL, bmp_mem_idx=%d" (also after bmp_mem_free()), "BMP type err, bmp_mem_idx=%d", "BMP
- * image size is too big : %d x %d, fb size : %dx%d", "BMP image is out of range!" and two lines of figures
- * (it does not fit on the screen, see fb_put_bmp_file()), or "BMP data err, bmp_mem_idx=%d" (its rows do not
- * lie in the file)
+ * @return 0 on success, also if nothing is drawn because the mode is not supported or the image does not
+ *         have 16 bits per pixel; -1 on failure, after one of these in the event log: "BMP mem index err:
+ *         %d, max = %d" (also for a negative slot), "BMP mem ptr is NULL, bmp_mem_idx=%d" (also after
+ *         bmp_mem_free()), "BMP type err, bmp_mem_idx=%d", "BMP image size is too big : %d x %d, fb size :
+ *         %dx%d", "BMP image is out of range!" and two lines with the sizes (it does not fit on the screen,
+ *         see fb_put_bmp_file()), or "BMP data err, bmp_mem_idx=%d" (its rows are not completely in the
+ *         file)
  */
 DRAVIK_API int bmp_mem_show(uint32_t x, uint32_t y, int32_t slot, int32_t mode,
                             uint8_t align) DRAVIK_NOEXCEPT;
 
-/** Free the pictures of all slots. ::bmp_mem_ptr and ::bmp_mem_num keep their values. */
+/** Free the files of all slots. ::bmp_mem_ptr and ::bmp_mem_num keep their values. */
 DRAVIK_API void bmp_mem_free(void) DRAVIK_NOEXCEPT;
 
 /** @} */
 
 /**
- * @defgroup jpeg JPEG pictures
+ * @defgroup jpeg JPEG files
+ * JPEG images from "/usr/local/dravik/jpg".
  * @{
  */
 
-/** The words of ::jpeginfo. The output has the size of the image. */
+/** Words of ::jpeginfo. The output has the size of the image. */
 enum dravik_jpeginfo {
   JPEGINFO_WIDTH,         /**< image width in pixels */
   JPEGINFO_HEIGHT,        /**< image height in pixels */
   JPEGINFO_OUTPUT_WIDTH,  /**< output width in pixels */
   JPEGINFO_OUTPUT_HEIGHT, /**< output height in pixels */
-  JPEGINFO_WORDS          /**< the number of words */
+  JPEGINFO_WORDS          /**< number of words */
 };
 
-/** The last picture decoded, indexed by ::dravik_jpeginfo. */
+/** Sizes of the last image decoded, indexed by ::dravik_jpeginfo. */
 extern DRAVIK_API uint32_t jpeginfo[JPEGINFO_WORDS];
 
 /**
- * Draw a JPEG picture from "/usr/local/dravik/jpg", baseline or progressive, in colour or grey. It is clipped
- * to the screen, with "JPG image is out of range!" and two lines of figures on standard error if it does not
- * fit there (see fb_put_bmp_file(): a picture that starts left of or above the screen may fit).
+ * Draw a JPEG file, baseline or progressive, in colour or greyscale. Clipped to the screen.
  *
- * Channels are truncated to RGB565, and 0x0000, 0x0001, 0x0800 and 0x0801 are drawn as 0x0821. A CMYK picture
- * is drawn with its first three channels as red, green and blue. A file that ends within its picture draws
- * what there is. The row buffer requested from libjpeg is one byte longer than a row.
- * @param x,y    position in pixels, see align; 0xFFFFFFFF is the column left of, or the line above, the first
- * @param name   file name in that directory, read during the call only
+ * If the image does not fit on the screen (see fb_put_bmp_file()), "JPG image is out of range!" and two lines
+ * with the sizes are written to standard error.
+ *
+ * Channels are truncated to RGB565; 0x0000, 0x0001, 0x0800 and 0x0801 are drawn as ::DRAVIK_BLACK. A CMYK
+ * image is drawn with its first three channels as red, green and blue. Of a truncated file, what libjpeg
+ * decodes is drawn. The row buffer requested from libjpeg is one byte longer than a row.
+ * @param x,y    position in pixels; see `align`
+ * @param name   file name in the directory; used during the call only
  * @param align  a ::dravik_align, ::DRAVIK_TOP_LEFT to ::DRAVIK_CENTRE
- * @return 0 when drawn; -1 when the file cannot be opened ("can't open %s" on standard error) or libjpeg
- * gives up, which tells why on standard error; rows decoded before that stay on the screen
+ * @return 0 on success; -1 if the file cannot be opened ("can't open %s" on standard error) or libjpeg fails
+ *         (its message on standard error; rows decoded before stay on the screen)
  */
 DRAVIK_API int fb_put_jpeg_file(uint32_t x, uint32_t y, const char *name, uint32_t align) DRAVIK_NOEXCEPT;
 
@@ -551,75 +572,83 @@ DRAVIK_API int fb_put_jpeg_file(uint32_t x, uint32_t y, const char *name, uint32
 
 /**
  * @defgroup artwork Packed artwork
- * Interface artwork comes in archives of 4-bit images, which are painted through a ramp of ::gc. Up to 32
- * archives are kept in memory, one a slot.
+ * Archives of 4-bit images, drawn through a ramp of ::gc. Up to 32 archives are kept in memory, one per slot.
  *
- * An archive begins with "KORVEXQ7", its image count and its length in bytes; one record of four words an
- * image follows (width, height, offset of its pixels, 0). All words are 32-bit little-endian. Pixels are rows
- * of (width + 1) / 2 bytes, top row first, the left pixel in the high half. The tool dravik-art makes
- * archives from PNG.
+ * An archive starts with "KORVEXQ7", its number of images and its size in bytes. One record of four words
+ * per image follows: width, height, offset of the pixel data, reserved. All words are 32-bit little-endian.
+ * The pixel data are rows of (width + 1) / 2 bytes, top row first, the left pixel in bits 7:4. The tool
+ * dravik-art creates archives from PNG files.
+ *
+ * To read the size of an image, read its record: the words at `q7bmp_ptr[slot] + 16 * (index + 1)`.
  * @{
  */
 
 /** Number of slots. */
 #define DRAVIK_ART_SLOTS 32
 
-/** The archives: slot i holds a whole file, or null. The blocks belong to the library until q7bmp_free(). */
+/** Slot i contains a whole archive, or NULL. Owned by the library until q7bmp_free(). */
 extern DRAVIK_API uint8_t *q7bmp_ptr[DRAVIK_ART_SLOTS];
-/** The number of images in each slot; 0 in an empty one. */
+/** Number of images per slot; 0 if the slot is empty. */
 extern DRAVIK_API uint32_t q7bmp_str_num[DRAVIK_ART_SLOTS];
-/** How many slots the last q7bmp_alloc() went through, whether they loaded or not. */
+/** Number of slots that the last q7bmp_alloc() processed, including those that failed. */
 extern DRAVIK_API int32_t q7bmp_ptr_num;
 
 /**
- * Load paths[i] into slot i. A file that fails leaves its slot empty and the next one is tried. Archives that
- * an earlier call loaded are not freed: call q7bmp_free() first.
+ * Load paths[i] into slot i. A file that fails leaves its slot empty, and the next one is loaded.
  *
- * Progress and failures go to standard error ("%s not found", "%s not regular file", the number of images of
- * each file), and to the event log ("open %s error", "cannot allocate memory!", "%s file format error!",
- * "file size error! %d != %d").
- * @param count  number of paths; those past the 32nd are not loaded, 0 or less loads nothing
- * @param paths  file names, read during the call only
- * @return the number of characters of the last line on standard error; of no use
+ * Archives of an earlier call are not freed: call q7bmp_free() first. Progress and failures are written to
+ * standard error ("%s not found", "%s not regular file", the number of images of each file) and to the
+ * event log ("open %s error", "cannot allocate memory!", "%s file format error!", "file size error! %d !=
+ * %d").
+ * @param count  number of paths; only the first 32 are loaded; 0 or less loads nothing
+ * @param paths  file names; used during the call only
+ * @return unspecified; do not use
  */
 DRAVIK_API int q7bmp_alloc(int32_t count, const char *const *paths) DRAVIK_NOEXCEPT;
 
 /**
- * Free the archives, from slot 0 up to ::q7bmp_ptr_num. An empty slot ends the walk with "q7bmp_free err!" in
- * the event log, and the slots after it stay loaded.
+ * Free the archives, from slot 0 up to ::q7bmp_ptr_num.
+ * @note Intentional: an empty slot ends the call with "q7bmp_free err!" in the event log; the slots after it
+ * stay loaded.
  */
 DRAVIK_API void q7bmp_free(void) DRAVIK_NOEXCEPT;
 
 /**
- * Draw one image of an archive, without clipping: the caller must keep it on the screen. An image larger than
- * the screen is truncated to frame buffer memory.
+ * Draw one image of an archive. Not clipped: the caller must keep it on the screen. An image larger than the
+ * screen is truncated to frame buffer memory.
  *
- * The two colours select the ramp (see ::dravik_ramp). On ::DRAVIK_BLACK and ::DRAVIK_WHITE it is that of the
- * foreground; one that has no ramp there is drawn in white or black. On ::DRAVIK_MAGENTA only ::DRAVIK_BLACK
- * has one. On ::DRAVIK_THEME, ::DRAVIK_WHITE selects the ramp to white, any other foreground the ramp to
- * black. On ::DRAVIK_TRANSPARENT, where level 0 is not drawn, ::DRAVIK_BLACK selects ::DRAVIK_BLACK_ON_WHITE
- * and ::DRAVIK_GREY ::DRAVIK_GREY_ON_BLACK. All other pairs select ::DRAVIK_WHITE_ON_BLACK.
- * @param x,y    position; signed pixels; see align
+ * The two colours select the ramp (see ::dravik_ramp):
+ * - On ::DRAVIK_BLACK and ::DRAVIK_WHITE, the ramp of the foreground. A foreground without a ramp is drawn in
+ *   white or black.
+ * - On ::DRAVIK_THEME, ::DRAVIK_WHITE selects the ramp to white, any other foreground the ramp to black.
+ * - On ::DRAVIK_TRANSPARENT, level 0 is not drawn. ::DRAVIK_BLACK selects ::DRAVIK_BLACK_ON_WHITE,
+ *   ::DRAVIK_GREY selects ::DRAVIK_GREY_ON_BLACK.
+ * - On ::DRAVIK_MAGENTA, ::DRAVIK_BLACK selects ::DRAVIK_BLACK_ON_MAGENTA.
+ * - All other pairs select ::DRAVIK_WHITE_ON_BLACK.
+ * @param x,y    position in pixels; see `align`
  * @param slot   slot number, 0 to 31
- * @param index  number of the image, from 0; one too high draws the last image
+ * @param index  image number, from 0; a number beyond the last image draws the last image
  * @param fg,bg  foreground and background, RGB565
  * @param align  a ::dravik_align, ::DRAVIK_TOP_LEFT to ::DRAVIK_CENTRE or ::DRAVIK_QUARTER_1 to
- * ::DRAVIK_QUARTER_4; x is used for an image wider than its column
- * @return 0 when drawn, also when the image has no rows; -1, with a line in the event log, when the slot is
- * empty
- *         ("q7bmp ptr is NULL") or out of range, the archive holds no image ("q7bmp num error! num_q7bmp =
- * %d"), the index is negative, or the image's record or pixels do not lie within the archive
+ *               ::DRAVIK_QUARTER_4; x is used if the image is wider than these columns
+ * @return 0 on success, also if the image has no rows; -1 on failure, after a line in the event log: "q7bmp
+ *         ptr is NULL" (the slot is empty), "q7bmp num error! num_q7bmp = %d" (the archive contains no
+ *         images), or another if the slot is out of range, the index is negative, or the record or the
+ *         pixel data are not completely in the archive
  */
 DRAVIK_API int fb_q7bmp_show(int32_t x, int32_t y, uint32_t slot, int32_t index, uint16_t fg, uint16_t bg,
                              int32_t align) DRAVIK_NOEXCEPT;
 
-/** ::q7bmp_ptr_num. */
+/**
+ * Return ::q7bmp_ptr_num.
+ * @return number of slots that the last q7bmp_alloc() processed
+ */
 DRAVIK_API int32_t get_q7bmp_ptr_num(void) DRAVIK_NOEXCEPT;
 
 /**
- * The number of images in a slot.
+ * Return the number of images in a slot.
  * @param slot  slot number
- * @return the number; 0xFFFFFFFF for a slot that is negative or not below ::q7bmp_ptr_num
+ * @return number of images; 0xFFFFFFFF if the slot is negative or not less than ::q7bmp_ptr_num
  */
 DRAVIK_API uint32_t get_q7bmp_str_num(int32_t slot) DRAVIK_NOEXCEPT;
 
@@ -627,91 +656,100 @@ DRAVIK_API uint32_t get_q7bmp_str_num(int32_t slot) DRAVIK_NOEXCEPT;
 
 /**
  * @defgroup psf_text Bitmap fonts and text
- * Text in PC Screen Fonts, versions 1 and 2, up to 16 fonts in slots. There is no clipping, no wrapping and
- * no Unicode: a character is the number of a glyph.
+ * PC Screen Fonts, versions 1 and 2, in up to 16 slots, and text drawn with them.
+ *
+ * Text is not clipped or wrapped. There is no Unicode: a character is a glyph number.
  * @{
  */
-
-/** A font slot. */
-struct psf_font {
-  uint8_t
-      *ptr; /**< `length * charsize` bytes of glyphs, or null; belongs to the library until psf_font_free() */
-  int32_t charsize; /**< bytes a glyph */
-  int32_t length;   /**< number of glyphs */
-  int32_t version;  /**< 1 or 2; 0 for an empty slot or a file of another format */
-  int32_t width;    /**< glyph width in pixels */
-  int32_t height;   /**< glyph height in rows */
-};
 
 /** Number of slots. */
 #define DRAVIK_FONT_SLOTS 16
 
-/** The font slots; slot n is filled from the n-th path of psf_font_alloc(). */
+/** A font slot. */
+struct psf_font {
+  uint8_t *ptr;     /**< glyphs, `length * charsize` bytes, or NULL; see psf_font_free() */
+  int32_t charsize; /**< bytes per glyph */
+  int32_t length;   /**< number of glyphs */
+  int32_t version;  /**< 1 or 2; 0 if the slot is empty or the file has another format */
+  int32_t width;    /**< glyph width in pixels */
+  int32_t height;   /**< glyph height in rows */
+};
+
+/** Font slots; slot i is filled from paths[i] of psf_font_alloc(). */
 extern DRAVIK_API struct psf_font psf[DRAVIK_FONT_SLOTS];
-/** How many slots psf_font_alloc() was asked to fill, those that failed included. */
+/** Number of slots that psf_font_alloc() processed, including those that failed. */
 extern DRAVIK_API int32_t psf_font_num;
 
 /**
- * Load paths[i] into slot i. A font that fails is logged as "psf_font_alloc(): load %s err", leaves its slot
- * without glyphs, and the next one is loaded. Fonts of an earlier call are not freed: call psf_font_free()
- * first.
- * @param count  number of paths; those past the 16th are not loaded, 0 or less loads nothing
- * @param paths  file names, read during the call only
+ * Load paths[i] into slot i.
+ *
+ * A font that fails is logged as "psf_font_alloc(): load %s err" and leaves a NULL `ptr` in its slot; the
+ * next one is loaded. Check `psf[i].ptr` before you draw. Fonts of an earlier call are not freed: call
+ * psf_font_free() first.
+ * @param count  number of paths; only the first 16 are loaded; 0 or less loads nothing
+ * @param paths  file names; used during the call only
  */
 DRAVIK_API void psf_font_alloc(int32_t count, const char *const *paths) DRAVIK_NOEXCEPT;
 
 /**
- * Load one font into any slot record. What the record held is overwritten, not freed.
+ * Load one font into a slot. The previous contents of the slot are overwritten, not freed.
  *
- * The glyphs of a font may take up to 32768 bytes together; those of a file that ends early are empty.
- * @param path  the file
- * @param slot  the record to fill; after a failure its `ptr` is null
- * @return 0, or -1 with the reason in the event log: "%s not found!", "%s not regular file",
- * "psf_font_load(): fopen %s err", "only support PSF font : %s" and the bytes found, "psf_font_load(): font
- * file size err = %d" and the font's figures, or "%s : malloc %d bytes err" (also for a size that is negative
- * or that only a wrapped 32-bit product makes small enough). Glyphs of more than 128 bytes only warn: "font
- * character size > 128 bytes"
+ * The glyphs of a font must not exceed 32768 bytes in total. Glyphs missing from a truncated file are blank.
+ * @param path       file name
+ * @param[out] slot  slot to fill; after a failure its `ptr` is NULL
+ * @return 0 on success; -1 on failure, after one of these in the event log: "%s not found!", "%s not
+ *         regular file", "psf_font_load(): fopen %s err", "only support PSF font : %s" with the first four
+ *         bytes, "psf_font_load(): font file size err = %d" with the sizes, or "%s : malloc %d bytes err"
+ *         (also for a size that is negative or that only a wrapped 32-bit product makes small enough).
+ *         "font character size > 128 bytes" is a warning
  */
 DRAVIK_API int psf_font_load(const char *path, struct psf_font *slot) DRAVIK_NOEXCEPT;
 
 /**
- * Free the fonts of slots 0 to ::psf_font_num - 1. A slot without glyphs ends the walk with a line in the
- * event log, and the slots after it stay loaded.
+ * Free the fonts of slots 0 to ::psf_font_num - 1.
+ * @note Intentional: an empty slot ends the call with a line in the event log; the slots after it stay
+ * loaded.
  */
 DRAVIK_API void psf_font_free(void) DRAVIK_NOEXCEPT;
 
-/** ::psf_font_num. */
+/**
+ * Return ::psf_font_num.
+ * @return number of slots that psf_font_alloc() processed
+ */
 DRAVIK_API int32_t get_psf_font_num(void) DRAVIK_NOEXCEPT;
 
 /**
- * Draw one glyph. A glyph that crosses the right edge continues in the next line; one larger than the screen
- * is truncated to frame buffer memory. At most 16 columns are drawn. A glyph that the font does not have, an
- * empty slot and a slot number outside 0 to 15 draw nothing.
+ * Draw one glyph. At most 16 columns are drawn.
+ *
+ * A glyph that crosses the right edge continues in the next line; one larger than the screen is truncated
+ * to frame buffer memory. Does nothing if the font does not contain the glyph, the slot is empty or its
+ * number is out of range.
  * @param ch    glyph number, from 0
  * @param x,y   top-left corner in pixels
- * @param fg    RGB565 in the low 16 bits, for the set bits
- * @param bg    RGB565 for the other bits; 0 leaves them as they are
+ * @param fg    colour of set bits, RGB565 in bits 15:0
+ * @param bg    colour of clear bits, RGB565; 0 leaves their pixels unchanged
  * @param font  slot number, 0 to 15
  */
 DRAVIK_API void fb_putc(uint32_t ch, uint32_t x, uint32_t y, uint32_t fg, uint16_t bg,
                         int32_t font) DRAVIK_NOEXCEPT;
 
 /**
- * Draw a text, one cell a character.
+ * Draw text, one character cell per character.
  *
- * Conversions, without flags or widths: "%d" (int), "%x" (unsigned), "%c" (int; 0 draws nothing), "%g"
- * (double),
- * "%%". Any other letter, and the end of the format, consume no argument and draw the text of the previous
- * conversion of the call again, if there was one.
+ * Conversions, without flags and widths: "%d" (int), "%x" (unsigned), "%c" (int; 0 draws nothing), "%g"
+ * (double), "%%".
+ * @note Intentional: any other letter, and the end of the format, consume no argument and draw the text of
+ * the call's previous conversion again, if there was one.
  *
- * The two characters backslash and n (written "\\n" in C) move on by one pixel row, not by one text line, and
- * back to the first column; backslash and r go back to the first column. A backslash with another character,
- * or at the end, draws nothing. A newline character is a glyph like any other.
+ * @note Intentional: a backslash followed by n (written "\\n" in C) moves down by one pixel row, not by one
+ * text line, and back to the first column. A backslash followed by r moves back to the first column. A
+ * backslash with another character, or at the end, draws nothing. A newline character is a glyph like any
+ * other.
  * @param x,y     top-left corner of the first cell in pixels
- * @param fg      RGB565 in the low 16 bits
- * @param bg      RGB565 in the low 16 bits; the value 0 leaves the pixels around the letters as they are
+ * @param fg      foreground, RGB565 in bits 15:0
+ * @param bg      background, RGB565 in bits 15:0; the value 0 leaves the pixels around the letters unchanged
  * @param font    slot number, 0 to 15
- * @param format  the text and its conversions; its bytes are glyph numbers 0 to 255
+ * @param format  text and conversions; its bytes are glyph numbers 0 to 255
  * @return 0
  */
 DRAVIK_API int fb_printf(uint32_t x, uint32_t y, uint32_t fg, uint32_t bg, int32_t font, const char *format,
@@ -720,31 +758,30 @@ DRAVIK_API int fb_printf(uint32_t x, uint32_t y, uint32_t fg, uint32_t bg, int32
 /** @} */
 
 /**
- * @defgroup truetype Smooth text
- * Text in any script of the Basic Multilingual Plane, from TrueType fonts through FreeType, smoothed in 16
- * levels by a ramp of ::gc. It is composed on ::image_buffer and laid out for a screen of 640 by 480 pixels.
+ * @defgroup truetype Anti-aliased text
+ * Text in the scripts of the Basic Multilingual Plane, from TrueType fonts through FreeType, with 16 levels
+ * from a ramp of ::gc. It is composed in ::image_buffer and laid out for a screen of 640 by 480 pixels.
  *
- * `sx`, `sy`, `ex` and `ey` are short names for a global: keep your own apart from them.
+ * `sx`, `sy`, `ex` and `ey` are short names for globals: do not reuse them.
  * @{
  */
 
-/** UTF-16 units of the longest string. */
+/** Maximum number of UTF-16 units per string. */
 #define DRAVIK_TEXT_UNITS 128
 
-/** The largest font size in points. */
+/** Maximum font size in points. */
 #define DRAVIK_LARGEST_FONT 96
 
 /**
- * The font files: "/usr/local/dravik/font/arial.ttf" and "/usr/local/dravik/font/DroidSansFallback.ttf". May
- * be pointed elsewhere; the names stay the caller's.
+ * Font files: "/usr/local/dravik/font/arial.ttf" and "/usr/local/dravik/font/DroidSansFallback.ttf".
+ * Applications may set other names and own them.
  */
 extern DRAVIK_API const char *ttf_font_file[2];
-/** The last string drawn: up to 128 UTF-16 little-endian units; one that ended earlier has a 0 unit after it.
- */
+/** Last string drawn: up to 128 UTF-16 little-endian units, followed by a 0 unit if it is shorter. */
 extern DRAVIK_API uint8_t unicode[DRAVIK_TEXT_UNITS * 2];
-/** Its number of units. */
+/** Number of units of the last string drawn. */
 extern DRAVIK_API int32_t unicode_len;
-/** Left column of the box of the last string on ::image_buffer. */
+/** Left column of the box of the last string, in ::image_buffer. */
 extern DRAVIK_API int32_t sx;
 /** Top row of the box. */
 extern DRAVIK_API int32_t sy;
@@ -752,46 +789,48 @@ extern DRAVIK_API int32_t sy;
 extern DRAVIK_API int32_t ex;
 /** Bottom row of the box, included. */
 extern DRAVIK_API int32_t ey;
-/** Width of the last string drawn, in pixels. */
+/** Width of the box in pixels. */
 extern DRAVIK_API int32_t str_width;
-/** Height of the last string drawn, in pixels. */
+/** Height of the box in pixels. */
 extern DRAVIK_API int32_t str_height;
 
 /**
- * Widen a byte string to 16-bit little-endian units, a byte a unit, with a 0 unit at its end.
- * @param src  the string
- * @param dst  receives 2 * (length + 1) bytes, at any address; owned by the caller
- * @return the length in bytes, the end not counted
+ * Convert a byte string to 16-bit little-endian units, one per byte, followed by a 0 unit.
+ * @param src       string
+ * @param[out] dst  caller's buffer of at least 2 * (length + 1) bytes, with any alignment
+ * @return length of `src` in bytes
  */
 DRAVIK_API int32_t ascii_to_unicode_string(const char *src, void *dst) DRAVIK_NOEXCEPT;
 
 /**
- * Draw one line of text. The font file is opened and closed at each call.
+ * Draw one line of text. Each call opens and closes the font file.
  *
- * A string ends at its first 0 unit or line feed, or after 128 units. If its last unit is a space nothing is
- * drawn. What is measured, and drawn, is the box around the text; ::str_width and ::str_height tell its size
- * afterwards.
+ * The string ends at the first 0 unit or line feed, or after 128 units. What is drawn is the box around the
+ * text; ::str_width and ::str_height contain its size afterwards.
+ * @note Intentional: nothing is drawn if the last unit is a space.
  *
- * The two colours select the ramp (see ::dravik_ramp). On ::DRAVIK_BLACK, ::DRAVIK_WHITE and ::DRAVIK_MAGENTA
- * it is that of the foreground; one that has no ramp there is drawn in white, black and black. On
- * ::DRAVIK_THEME, ::DRAVIK_BLACK selects the ramp to black, any other foreground the ramp to white. On
- * ::DRAVIK_TRANSPARENT, which leaves the pixels around the letters unchanged, and on any other background,
- * ::DRAVIK_BLACK_ON_WHITE is used.
+ * The two colours select the ramp (see ::dravik_ramp):
+ * - On ::DRAVIK_BLACK, ::DRAVIK_WHITE and ::DRAVIK_MAGENTA, the ramp of the foreground. A foreground
+ *   without a ramp is drawn in white, black and black.
+ * - On ::DRAVIK_THEME, ::DRAVIK_BLACK selects the ramp to black, any other foreground the ramp to white.
+ * - On ::DRAVIK_TRANSPARENT, which leaves the pixels around the letters unchanged, and on any other
+ *   background, ::DRAVIK_BLACK_ON_WHITE is used.
  *
  * Text that crosses the right edge continues in the next line, also from the line above the screen into the
- * first one. Nothing is drawn before frame buffer memory. Glyphs that leave the plane are drawn on its edge.
- * @param x,y        position of the box in pixels; see align
- * @param text       UTF-16 little-endian units, at any address; read during the call only
- * @param font_size  points at 80 dots per inch, up to ::DRAVIK_LARGEST_FONT. A larger one writes
- * "font_size error : %d!" to standard error and terminates the process with exit status 0
- * @param font       entry of ::ttf_font_file; only bit 0 counts
+ * first one. Nothing is drawn before frame buffer memory. Glyphs that exceed the composition buffer are
+ * drawn on its edge.
+ * @param x,y        position of the box in pixels; see `align`
+ * @param text       UTF-16 little-endian units, with any alignment; used during the call only
+ * @param font_size  points at 80 dots per inch, up to ::DRAVIK_LARGEST_FONT. A larger size writes "font_size
+ *                   error : %d!" to standard error and terminates the process with exit status 0
+ * @param font       entry of ::ttf_font_file; only bit 0 is used
  * @param fg,bg      foreground and background, RGB565
  * @param align      a ::dravik_align, ::DRAVIK_TOP_LEFT to ::DRAVIK_SCREEN_BOTTOM. Intentional:
- * ::DRAVIK_CENTRE_Y moves the text to line 0 unless ::sy is above half its height
- * @return 0. When FreeType fails, or the font lacks a character, nothing is drawn, the face and the FreeType
- * library are released, and standard error says
- *         "FT_Init_FreeType failed!", "FT_New_Face failed!", "FT_Set_Char_Size failed!", "FT_Get_Char_Index
- * failed!", "FT_Load_Glyph failed! ret=%08x" or "FT_Render_Glyph failed!"
+ *                   ::DRAVIK_CENTRE_Y moves the text to line 0 unless ::sy is above half its height
+ * @return 0. If FreeType fails or the font does not contain a character, nothing is drawn and FreeType is
+ *         released, after one of these on standard error: "FT_Init_FreeType failed!", "FT_New_Face failed!",
+ *         "FT_Set_Char_Size failed!", "FT_Get_Char_Index failed!", "FT_Load_Glyph failed! ret=%08x",
+ *         "FT_Render_Glyph failed!"
  */
 DRAVIK_API int put_unicode_string(uint32_t x, uint32_t y, const void *text, uint32_t font_size, uint32_t font,
                                   uint16_t fg, uint16_t bg, int32_t align) DRAVIK_NOEXCEPT;
@@ -923,7 +962,7 @@ DRAVIK_API int32_t mp3_playback(const char *path) DRAVIK_NOEXCEPT;
  * Play a WAV file on the calling thread until its end or a stop request.
  * @param file  file
  * @return 1 on success or after a stop request, and also if the file cannot be read; 0 if the device cannot
- * be configured; -1 if stat() fails, with "stat failed: %s" in the event log
+ *         be configured; -1 if stat() fails, with "stat failed: %s" in the event log
  */
 DRAVIK_API int32_t wav_playback(const char *file) DRAVIK_NOEXCEPT;
 
@@ -942,7 +981,7 @@ DRAVIK_API int32_t pcm_playback(const char *file) DRAVIK_NOEXCEPT;
  * @param path           file
  * @param period_frames  result of set_snd_param()
  * @return 1 at the end or after a stop request; -1, with the reason in the event log, if the file cannot be
- * opened or read, or memory is exhausted ("not enough memory"; then the device stays open)
+ *         opened or read, or memory is exhausted ("not enough memory"; then the device stays open)
  */
 DRAVIK_API int32_t wav_decode(const char *path, uint32_t period_frames) DRAVIK_NOEXCEPT;
 
@@ -1029,8 +1068,8 @@ extern DRAVIK_API struct dravik_timeval tlogst;
  * May be called from any thread at any time, also for the first time by several threads; lines never mix.
  * @note Write errors are ignored: on a full disk the line is lost, but its length is returned.
  * @param format  printf() format without a newline at its end, followed by its arguments
- * @return length of the message in characters; 0 if the line is dropped because the file is full or cannot be
- * opened; negative if the message cannot be formatted
+ * @return length of the message in characters; 0 if the line is dropped because the file is full or cannot
+ *         be opened; negative if the message cannot be formatted
  */
 DRAVIK_API int log_printf(const char *format, ...) DRAVIK_NOEXCEPT DRAVIK_PRINTF(1, 2);
 
@@ -1071,7 +1110,7 @@ extern DRAVIK_API int32_t __console_io_canceled_write; /* NOLINT(bugprone-reserv
  * Open the port, make it raw and start the sending thread. Call it once per process.
  * @note Intentional: after console_exit(), a thread started again finishes immediately.
  * @return 0 on success, and also if the thread cannot be started; -1 if the settings of the port cannot be
- * read or written, after perror("Can't get port settings") or perror("Can't set port settings")
+ *         read or written, after perror("Can't get port settings") or perror("Can't set port settings")
  */
 DRAVIK_API int console_init(void) DRAVIK_NOEXCEPT;
 
@@ -1159,8 +1198,8 @@ DRAVIK_API int32_t read_adc(uint32_t *codes) DRAVIK_NOEXCEPT;
 
 /**
  * Read the board temperature from channel 1.
- * @return thousandths of a degree Celsius, ::DRAVIK_TEMPERATURE_MIN to ::DRAVIK_TEMPERATURE_MAX; -1, which is
- * no entry of the table, if the file cannot be opened
+ * @return thousandths of a degree Celsius, ::DRAVIK_TEMPERATURE_MIN to ::DRAVIK_TEMPERATURE_MAX; -1, which
+ *         is no entry of the table, if the file cannot be opened
  */
 DRAVIK_API int32_t read_temperature(void) DRAVIK_NOEXCEPT;
 
@@ -1183,7 +1222,7 @@ enum dravik_backlight {
 /**
  * Open the two files of the backlight, as far as they are not open.
  * @return 1 if both are open; 0 if one cannot be opened, with "lcd backlight : init err, pwm_dev=%s" in the
- * event log
+ *         event log
  */
 DRAVIK_API int32_t lcd_bl_init(void) DRAVIK_NOEXCEPT;
 
@@ -1233,7 +1272,7 @@ extern DRAVIK_API int32_t gpiofd;
 /**
  * Open the driver, if "/proc/modules" lists the module "ambad".
  * @return 0 on success; -1 on failure, after perror("/dev/ambad"). A missing "/proc/modules" is reported
- * before that, by perror("/proc/modules")
+ *         before that, by perror("/proc/modules")
  */
 DRAVIK_API int32_t gpio_init(void) DRAVIK_NOEXCEPT;
 
@@ -1241,7 +1280,7 @@ DRAVIK_API int32_t gpio_init(void) DRAVIK_NOEXCEPT;
  * Read a GPIO line.
  * @param line  line number
  * @return level reported by the driver, 0 or 1; -1 if the driver is not open, or rejects the request, after
- * perror("AMBA_DEBUG_IOC_GET_GPIO")
+ *         perror("AMBA_DEBUG_IOC_GET_GPIO")
  */
 DRAVIK_API int32_t gpio_get(uint32_t line) DRAVIK_NOEXCEPT;
 
@@ -1250,7 +1289,7 @@ DRAVIK_API int32_t gpio_get(uint32_t line) DRAVIK_NOEXCEPT;
  * @param line   line number
  * @param level  only bit 0 is used
  * @return level reported by the driver, 0 or 1; -1 if the driver is not open, or rejects the request, after
- * perror("AMBA_DEBUG_IOC_SET_GPIO")
+ *         perror("AMBA_DEBUG_IOC_SET_GPIO")
  */
 DRAVIK_API int32_t gpio_set(uint32_t line, uint32_t level) DRAVIK_NOEXCEPT;
 
@@ -1297,8 +1336,8 @@ DRAVIK_API int32_t led_off(void) DRAVIK_NOEXCEPT;
 
 /**
  * Open and configure the sensor: 100 samples per second, high resolution.
- * @return 0 on success, and also if registers cannot be written or the sensor has another identity; -1 if the
- * bus cannot be opened or its address not be set
+ * @return 0 on success, and also if registers cannot be written or the sensor has another identity; -1 if
+ *         the bus cannot be opened or its address not be set
  */
 DRAVIK_API int32_t gsensor_init(void) DRAVIK_NOEXCEPT;
 
