@@ -58,7 +58,8 @@ show_progress() {
   while sleep 1 >/dev/null 2>&1 && kill -0 $$ 2>/dev/null; do
     elapsed=$((elapsed + 1))
     [ $((elapsed % pause)) -eq 0 ] || continue
-    line=$(tail -n 1 "$1" | sed -E 's/ \.{3,}//' | cut -c 1-100)
+    line=$(tail -n 5 "$1" | grep -v 'warnings\{0,1\} generated' | tail -n 1 | sed -E 's/ \.{3,}//' | cut -c 1-100)
+    [ -n "$line" ] || continue
     if [ -t 1 ]; then printf '\r\033[K  %s' "$line"; else echo "  $line"; fi
   done
 }

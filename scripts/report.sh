@@ -67,7 +67,7 @@ output_of() {
   awk -v test="$1" '
     /^[0-9]+\/[0-9]+ Testing: / { inside = (substr($0, index($0, ": ") + 2) == test); text = 0; next }
     inside && !text && /^-----/ { text = 1; next }
-    inside && /^<end of output>/ { text = 0 }
+    inside && /^<end of output>/ { exit }
     inside && text { print }' "$2"
 }
 
