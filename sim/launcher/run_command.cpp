@@ -1,13 +1,15 @@
-// dravik-sim run: puts an application in the place of this program,
-// with the preload library and the board named in its environment.
+// dravik-sim run: puts an application in the place of this program, inside the boundary, with the preload
+// library and the board named in its environment.
 
 #include "board/board_directory.hpp"
 #include "launcher/commands.hpp"
 #include "launcher/executable.hpp"
+#include "launcher/run_boundary.hpp"
 #include "launcher/serial_keeper.hpp"
 #include "sound/timeline.hpp"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -54,37 +56,59 @@ int become(const std::string &program, arguments words) {
   return fail(program + ": " + std::strerror(errno));
 }
 
+/// On failure return false and set `error`.
+bool find_application(const std::string &name, std::string &program, std::string &error) {
+  program = find_program(name);
+  const std::string reason = program.empty() ? "cannot be found" : why_not_on_a_board(program);
+  if (!reason.empty())
+    error = name + ": " + reason;
+  return reason.empty();
+}
+
+bool find_own_library(std::string &library, std::string &error) {
+  library = find_library();
+  if (library.empty())
+    error = "libdravik-sim.so: cannot be found beside this program";
+  else if (library.find_first_of(" :") != std::string::npos)
+    error = library + ": the loader takes no path with a blank or a colon";
+  return error.empty();
+}
+
+int explain(const run_request &request, const run_directories &directories) {
+  explain_boundary(enter_boundary(rules_for(request, directories)), request, directories);
+  return std::fflush(stdout) == 0 ? 0 : failed;
+}
+
+/// The keeper of the serial port stays outside the boundary: it is no part of the application.
+int start(const run_request &request, const run_directories &directories) {
+  std::string program;
+  std::string library;
+  std::string error;
+  if (!find_application(request.application[0], program, error) || !find_own_library(library, error))
+    return fail(error);
+  ::setenv("DRAVIK_BOARD", directories.board.c_str(), 1);
+  ::setenv("DRAVIK_WRITABLE", directories.list_of_host().c_str(), 1);
+  ::setenv("TMPDIR", (directories.board + "/tmp").c_str(), 1); // for tools that the preload library does not reach
+  keep_serial_port(directories.board);
+  offer_sound_card(library);
+  add_preload(library);
+  const std::string reason = why_not_trusted(enter_boundary(rules_for(request, directories)), request);
+  return reason.empty() ? become(program, request.application) : fail("run: " + reason);
+}
+
 } // namespace
 
 int run_command(arguments given) {
-  if (given.empty() || *given[0] == '-')
-    return fail("which board? 'dravik-sim run --help' tells", wrong_usage);
-  const std::string board = given[0];
-  arguments words = given.subspan(1);
-  if (!words.empty() && std::strcmp(words[0], "--") == 0)
-    words = words.subspan(1);
-  if (words.empty())
-    return fail("which application? 'dravik-sim run --help' tells", wrong_usage);
-
-  if (!is_board(board))
-    return fail(board + ": is no board; 'dravik-sim new " + board + "' makes one");
-  const std::string program = find_program(words[0]);
-  const std::string reason = program.empty() ? "cannot be found" : why_not_on_a_board(program);
-  if (!reason.empty())
-    return fail(std::string{words[0]} + ": " + reason);
-  const std::string library = find_library();
-  if (library.empty())
-    return fail("libdravik-sim.so: cannot be found beside this program");
-  if (library.find_first_of(" :") != std::string::npos)
-    return fail(library + ": the loader takes no path with a blank or a colon");
-
-  std::error_code code;
-  const std::string directory = files::canonical(board, code).string();
-  ::setenv("DRAVIK_BOARD", directory.c_str(), 1);
-  keep_serial_port(directory);
-  offer_sound_card(library);
-  add_preload(library);
-  return become(program, words);
+  run_request request;
+  run_directories directories;
+  std::string error;
+  if (!read_request(given, request, error))
+    return fail(error, wrong_usage);
+  if (!is_board(request.board))
+    return fail(request.board + ": is no board; 'dravik-sim new " + request.board + "' makes one");
+  if (!find_directories(request, directories, error))
+    return fail(error);
+  return request.explains ? explain(request, directories) : start(request, directories);
 }
 
 } // namespace dravik::sim

@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sstream>
@@ -17,7 +16,6 @@ namespace dravik::test {
 namespace {
 
 constexpr const char *nowhere = "/dev/null/no-board";
-constexpr const char *probe = "/usr/local/dravik/simulator-probe";
 
 [[noreturn]] void die(const std::string &why) {
   std::fprintf(stderr, "%s\n", why.c_str());
@@ -32,38 +30,11 @@ std::string make_temporary_directory() {
   return std::filesystem::canonical(name, code).string();
 }
 
-bool probe_is_seen() {
-  const int descriptor = ::open(probe, O_RDONLY);
-  if (descriptor >= 0)
-    ::close(descriptor);
-  std::FILE *stream = std::fopen(probe, "r");
-  if (stream != nullptr)
-    std::fclose(stream);
-  return descriptor >= 0 && stream != nullptr && ::access(probe, F_OK) == 0;
-}
-
-/// ALSA's card `default` is that of the board, whichever that is.
-void offer_sound_card(const std::string &directory = SOUND_CARD_DIRECTORY) {
-  ::setenv("ALSA_CONFIG_PATH", (directory + "/asound.conf").c_str(), 1);
-  ::setenv("ALSA_PLUGIN_DIR", directory.c_str(), 1);
-}
-
 } // namespace
 
-void require_simulator() {
-  offer_sound_card();
-  const char *current = std::getenv("DRAVIK_BOARD");
-  const std::string before = current != nullptr ? current : nowhere;
-  bool in_charge;
-  {
-    const board probed;
-    probed.write(probe, "");
-    in_charge = probe_is_seen();
-  }
-  ::setenv("DRAVIK_BOARD", before.c_str(), 1);
-  if (!in_charge)
-    die("The simulator is not in charge of this program: link dravik_test_support before all other "
-        "libraries.");
+void offer_sound_card(const std::string &directory) {
+  ::setenv("ALSA_CONFIG_PATH", (directory + "/asound.conf").c_str(), 1);
+  ::setenv("ALSA_PLUGIN_DIR", directory.c_str(), 1);
 }
 
 board::board(const sim::screen &shown) : directory_(make_temporary_directory()) {
@@ -75,7 +46,7 @@ board::board(const sim::screen &shown) : directory_(make_temporary_directory()) 
 
 board::~board() {
   ::setenv("DRAVIK_BOARD", nowhere, 1);
-  offer_sound_card();
+  offer_sound_card(SOUND_CARD_DIRECTORY);
   await_serial_keeper(directory_);
   std::error_code code;
   std::filesystem::remove_all(directory_, code);

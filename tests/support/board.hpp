@@ -1,8 +1,9 @@
 // Temporary simulated boards for tests.
 //
 // A test program that links dravik_test_support (before dravik, without gtest_main) has the simulator in
-// charge of its files and devices: main() checks that, and leads every path of the board nowhere until a test
-// makes a board. ALSA's card `default` is that of the board; support/played_sound.hpp reads what it played.
+// charge of its files and devices: main() checks that (support/simulator_guard.hpp), and maps every path of the
+// board to nothing until a test makes a board. ALSA's card `default` is that of the board;
+// support/played_sound.hpp reads what it played.
 //
 //   TEST(EventLog, FirstLineIsTheBanner) {
 //     dravik::test::board board;
@@ -19,9 +20,8 @@
 
 namespace dravik::test {
 
-/// Ends the program with a message and status 1 unless the simulator answers for the paths of a board, so
-/// that no test touches the host's devices or its /tmp/dravik.log.
-void require_simulator();
+/// Makes ALSA's card `default` that of the board, by the plugin in a directory.
+void offer_sound_card(const std::string &directory);
 
 /// A new board in a directory of its own, in charge from its construction to its end; the directory goes with
 /// it. One at a time. Children of the process use it too.

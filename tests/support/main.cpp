@@ -1,10 +1,11 @@
-// Runs the tests of a program, with the simulator in charge.
+// Runs the tests of a program inside the boundary, with the simulator in charge.
 
-#include "support/board.hpp"
+#include "support/simulator_guard.hpp"
 
 #include <gtest/gtest.h>
 
 int main(int count, char **arguments) {
+  dravik::test::guard_host(); // before anything that a test, or the framework, does
   dravik::test::require_simulator();
   ::testing::InitGoogleTest(&count, arguments);
   return RUN_ALL_TESTS();

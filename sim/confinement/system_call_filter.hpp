@@ -1,0 +1,15 @@
+// A filter of system calls, for this process and its children.
+#pragma once
+
+namespace dravik::sim {
+
+/// What a call does that acts on the whole machine: fail with EPERM, or end the process by SIGSYS.
+enum class forbidden_call { fails, kills };
+
+enum class local_sockets : bool { refused, allowed };
+
+/// Install the filter; it cannot be removed. Requires no_new_privs. Return whether the kernel has it in
+/// force.
+bool filter_system_calls(forbidden_call reaction, local_sockets sockets);
+
+} // namespace dravik::sim

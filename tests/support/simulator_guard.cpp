@@ -1,0 +1,162 @@
+// What keeps a test program off the machine that it runs on.
+
+#include "support/simulator_guard.hpp"
+#include "confinement/boundary.hpp"
+#include "support/board.hpp"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <filesystem>
+#include <link.h>
+#include <string_view>
+#include <unistd.h>
+#include <vector>
+
+namespace dravik::test {
+namespace {
+
+constexpr const char *nowhere = "/dev/null/no-board";
+constexpr const char *probe = "/usr/local/dravik/simulator-probe";
+constexpr std::string_view simulator = "libdravik-sim.so";
+
+/// Calls that the simulator must answer.
+constexpr const char *harmful_calls[] = {"mount", "reboot", "system", "umount", "umount2"};
+
+/// Calls that it must answer if it knows them at all.
+constexpr const char *other_harmful_calls[] = {
+    "clock_settime", "settimeofday", "popen",   "execl",   "execle",      "execlp",       "execv",
+    "execve",        "execvp",       "execvpe", "fexecve", "posix_spawn", "posix_spawnp",
+};
+
+[[noreturn]] void die(const std::string &why) {
+  std::fprintf(stderr, "%s\n", why.c_str());
+  std::exit(EXIT_FAILURE);
+}
+
+// ------------------------------------------------------------------------------------------- the kernel
+
+/// A rule of Landlock holds for all that is below a directory: so the others at the top are named.
+std::vector<std::string> directories_of_tests() {
+  std::vector<std::string> directories;
+  std::error_code code;
+  for (const auto &entry : std::filesystem::directory_iterator{"/", code}) {
+    const std::string name = entry.path().string();
+    if (name != "/dev" && name != "/proc" && name != "/sys" && entry.is_directory(code))
+      directories.push_back(name);
+  }
+  return directories;
+}
+
+// ------------------------------------------------------------------------------------------- the loader
+
+/// The object that defines a name, as the loader knows it by its address.
+struct definition {
+  void *base = nullptr;
+  std::string object;
+};
+
+definition definition_at(void *address) {
+  Dl_info found;
+  if (address == nullptr || ::dladdr(address, &found) == 0)
+    return {};
+  return {found.dli_fbase, found.dli_fname};
+}
+
+std::string_view file_name(std::string_view path) {
+  return path.substr(path.rfind('/') + 1);
+}
+
+/// Sanitizers have a definition before all others and hand on to the next one.
+bool is_sanitizer(std::string_view object) {
+  return file_name(object).starts_with("libasan.so") || file_name(object).starts_with("libtsan.so");
+}
+
+/// The definition that an object has of its own; empty if it has none.
+definition own_definition(const link_map &object, const char *name) {
+  void *handle = ::dlopen(object.l_name, RTLD_LAZY | RTLD_NOLOAD);
+  if (handle == nullptr)
+    return {};
+  const definition found = definition_at(::dlsym(handle, name)); // the object's own come first
+  ::dlclose(handle);
+  return found.object == object.l_name ? found : definition{};
+}
+
+definition first_definition(const char *name) {
+  const definition first = definition_at(::dlsym(RTLD_DEFAULT, name));
+  if (!is_sanitizer(first.object))
+    return first;
+  for (const link_map *object = _r_debug.r_map; object != nullptr; object = object->l_next)
+    if (!is_sanitizer(object->l_name) && *object->l_name != '\0')
+      if (definition found = own_definition(*object, name); found.base != nullptr)
+        return found;
+  return {};
+}
+
+bool simulator_defines(const char *name) {
+  for (const link_map *object = _r_debug.r_map; object != nullptr; object = object->l_next)
+    if (file_name(object->l_name) == simulator)
+      return own_definition(*object, name).base != nullptr;
+  return false;
+}
+
+// ------------------------------------------------------------------------------------------- the simulator
+
+bool probe_is_seen() {
+  const int descriptor = ::open(probe, O_RDONLY);
+  if (descriptor >= 0)
+    ::close(descriptor);
+  std::FILE *stream = std::fopen(probe, "r");
+  if (stream != nullptr)
+    std::fclose(stream);
+  return descriptor >= 0 && stream != nullptr && ::access(probe, F_OK) == 0;
+}
+
+void require_simulated(const char *call) {
+  const std::string reason = why_not_simulated(call);
+  if (!reason.empty())
+    die(reason + ": link dravik_test_support before all other libraries.");
+}
+
+} // namespace
+
+void guard_host() {
+  sim::boundary_rules rules;
+  rules.writable = directories_of_tests();
+  rules.reaction = sim::forbidden_call::kills;
+  const sim::boundary granted = sim::enter_boundary(rules);
+  if (!granted.calls_are_filtered && !granted.capabilities_are_dropped)
+    die("This kernel cannot keep a test off this machine: it has no seccomp filter, and capabilities stay.");
+}
+
+std::string why_not_simulated(const char *call) {
+  const definition program = definition_at(reinterpret_cast<void *>(&die));
+  const definition first = first_definition(call);
+  const bool is_answered = file_name(first.object) == simulator || first.base == program.base;
+  return is_answered ? "" : std::string{call} + "() is not the simulator's but that of " + first.object;
+}
+
+void require_simulator() {
+  for (const char *call : harmful_calls)
+    require_simulated(call);
+  for (const char *call : other_harmful_calls)
+    if (simulator_defines(call))
+      require_simulated(call);
+  offer_sound_card(SOUND_CARD_DIRECTORY);
+  const char *current = std::getenv("DRAVIK_BOARD");
+  const std::string before = current != nullptr ? current : nowhere;
+  bool in_charge;
+  {
+    const board probed;
+    probed.write(probe, "");
+    in_charge = probe_is_seen();
+  }
+  ::setenv("DRAVIK_BOARD", before.c_str(), 1);
+  if (!in_charge)
+    die("The simulator is not in charge of this program: link dravik_test_support before all other "
+        "libraries.");
+}
+
+} // namespace dravik::test
