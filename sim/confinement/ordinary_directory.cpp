@@ -32,9 +32,9 @@ bool is_in(std::string_view path, std::string_view directory) {
          (path.starts_with(directory) && (path.size() == directory.size() || path[directory.size()] == '/'));
 }
 
-/// Whether the path is in a mount or a mount is in the path. Mounts inside others come later in the list.
 struct mounts_around {
-  std::string above_type = {};
+  std::string place = {}; ///< of the mount that the directory belongs to
+  std::string type = {};
   std::string kernel_mount_inside = {};
 };
 
@@ -43,10 +43,13 @@ mounts_around find_mounts(const std::string &directory) {
   const std::unique_ptr<FILE, int (*)(FILE *)> mounts{::setmntent("/proc/self/mounts", "r"), ::endmntent};
   while (const mntent *mount = mounts != nullptr ? ::getmntent(mounts.get()) : nullptr) {
     const std::string_view place = mount->mnt_dir;
-    if (is_in(directory, place))
-      found.above_type = mount->mnt_type;
-    else if (is_in(place, directory) && std::ranges::count(kernel_file_systems, mount->mnt_type) != 0)
+    const std::string_view type = mount->mnt_type;
+    if (is_in(directory, place) && place.size() >= found.place.size()) {
+      found.place = place;
+      found.type = type;
+    } else if (is_in(place, directory) && std::ranges::count(kernel_file_systems, type) != 0) {
       found.kernel_mount_inside = place;
+    }
   }
   return found;
 }
@@ -59,7 +62,7 @@ std::string why_never_writable(const std::string &directory) {
   if (is_in(directory, "/dev") && !is_in(directory, "/dev/shm"))
     return "contains devices";
   const mounts_around mounts = find_mounts(directory);
-  if (std::ranges::count(kernel_file_systems, mounts.above_type) != 0)
+  if (std::ranges::count(kernel_file_systems, mounts.type) != 0)
     return "belongs to the kernel";
   return mounts.kernel_mount_inside.empty() ? "" : "contains " + mounts.kernel_mount_inside;
 }

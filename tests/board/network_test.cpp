@@ -10,11 +10,13 @@
 #include <cstring>
 #include <deque>
 #include <dlfcn.h>
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <ifaddrs.h>
+#include <linux/capability.h>
 #include <netdb.h>
 #include <sched.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 
 namespace {
 
@@ -130,18 +132,15 @@ TEST(NetdevIp, FreesTheListOnce) {
   EXPECT_EQ(network.frees, 1U);
 }
 
-/// Interfaces of a network of this process's own, so that the host's stay as they are.
+/// Interfaces of a network of this process's own, so that the host's stay as they are. A user namespace gives
+/// every user the rights over it; the program `ip` gets them as ambient ones. They last as long as the
+/// process.
 class OwnNetwork : public testing::Test {
 protected:
   void SetUp() override {
-    if (::unshare(CLONE_NEWNET) != 0 || !ip({"link", "add", "cam0", "type", "veth", "peer", "name", "cam1"}))
+    if (!own_network() || !ip({"link", "add", "cam0", "type", "veth", "peer", "name", "cam1"}))
       GTEST_SKIP() << "NOT TESTED: this machine gives us no network interfaces of our own";
     ASSERT_TRUE(ip({"link", "set", "cam0", "address", "02:12:34:56:78:9a", "up"}));
-  }
-
-  ~OwnNetwork() override {
-    ::setns(hosts_, CLONE_NEWNET);
-    ::close(hosts_);
   }
 
   static bool ip(words arguments) {
@@ -150,7 +149,20 @@ protected:
   }
 
 private:
-  const int hosts_ = ::open("/proc/self/ns/net", O_RDONLY | O_CLOEXEC);
+  static bool take_rights() {
+    __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+    std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> rights = {};
+    if (::unshare(CLONE_NEWUSER) != 0 || ::syscall(SYS_capget, &header, rights.data()) != 0)
+      return false;
+    rights[0].inheritable = 1U << CAP_NET_ADMIN;
+    return ::syscall(SYS_capset, &header, rights.data()) == 0 &&
+           ::prctl(PR_CAP_AMBIENT, PR_CAP_AMBIENT_RAISE, CAP_NET_ADMIN, 0, 0) == 0;
+  }
+
+  static bool own_network() {
+    static const bool has_rights = take_rights();
+    return has_rights && ::unshare(CLONE_NEWNET) == 0;
+  }
 };
 
 TEST_F(OwnNetwork, MacOfAnInterface) {

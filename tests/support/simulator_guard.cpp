@@ -3,6 +3,7 @@
 #include "support/simulator_guard.hpp"
 #include "confinement/boundary.hpp"
 #include "support/board.hpp"
+#include "support/harmful_calls.hpp"
 
 #include <algorithm>
 #include <cstdio>
@@ -21,15 +22,6 @@ namespace {
 constexpr const char *nowhere = "/dev/null/no-board";
 constexpr const char *probe = "/usr/local/dravik/simulator-probe";
 constexpr std::string_view simulator = "libdravik-sim.so";
-
-/// Calls that the simulator must answer.
-constexpr const char *harmful_calls[] = {"mount", "reboot", "system", "umount", "umount2"};
-
-/// Calls that it must answer if it knows them at all.
-constexpr const char *other_harmful_calls[] = {
-    "clock_settime", "settimeofday", "popen",   "execl",   "execle",      "execlp",       "execv",
-    "execve",        "execvp",       "execvpe", "fexecve", "posix_spawn", "posix_spawnp",
-};
 
 [[noreturn]] void die(const std::string &why) {
   std::fprintf(stderr, "%s\n", why.c_str());
