@@ -88,7 +88,7 @@ int start(const run_request &request, const run_directories &directories) {
     return fail(error);
   ::setenv("DRAVIK_BOARD", directories.board.c_str(), 1);
   ::setenv("DRAVIK_WRITABLE", directories.list_of_host().c_str(), 1);
-  ::setenv("TMPDIR", (directories.board + "/tmp").c_str(), 1); // for tools that the preload library does not reach
+  ::setenv("TMPDIR", (directories.board + "/tmp").c_str(), 1); // for tools beyond the preload library's reach
   keep_serial_port(directories.board);
   offer_sound_card(library);
   add_preload(library);

@@ -127,7 +127,9 @@ std::string why_not_simulated(const char *call) {
   const definition program = definition_at(reinterpret_cast<void *>(&die));
   const definition first = first_definition(call);
   const bool is_answered = file_name(first.object) == simulator || first.base == program.base;
-  return is_answered ? "" : std::string{call} + "() is not the simulator's but that of " + first.object;
+  return is_answered ? ""
+                     : std::string{call} + "() is not the simulator's but that of " +
+                           (first.object.empty() ? "nobody" : first.object);
 }
 
 void require_simulator() {
