@@ -38,7 +38,7 @@ bool add_named(const std::vector<std::string> &names, std::vector<std::string> &
       return false;
     const std::string reason = why_never_writable(path);
     if (!reason.empty()) {
-      error = name + ": cannot be made writable: " + reason;
+      error.append(name).append(": cannot be made writable: ").append(reason);
       return false;
     }
     paths.push_back(path);
