@@ -2,6 +2,7 @@
 
 #include "board.hpp"
 
+#include "board/use_board.h"
 #include "scratch_folder.hpp"
 
 namespace bench {
@@ -41,7 +42,7 @@ void use_board() {
   prefer_memory_for_scratch();
   std::filesystem::create_directories(host_path(picture_folder));
   std::filesystem::create_directories(host_path(card_folder));
-  ::setenv("DRAVIK_BOARD", scratch().file("board").c_str(), 1);
+  ::dravik_sim_use_board(scratch().file("board").c_str());
   if (is_in_charge(picture_folder) && is_in_charge(card_folder))
     return;
   std::fputs("the simulated board is not in charge\n", stderr);

@@ -1,6 +1,7 @@
 // The board, the recorder of commands and the screen of a fuzz target.
 
 #include "rig.hpp"
+#include "board/use_board.h"
 #include "support/recorded_system.hpp"
 
 #include <algorithm>
@@ -66,7 +67,7 @@ void rig::make_board() {
   require(mkdtemp(board_.data()) != nullptr);
   for (const char *folder : board_folders)
     std::filesystem::create_directories(host_path(folder));
-  setenv("DRAVIK_BOARD", board_.c_str(), 1);
+  ::dravik_sim_use_board(board_.c_str());
 }
 
 /// A target never touches the host's files: it ends when a file of the board is not seen through its fixed

@@ -2,15 +2,20 @@
 
 #include "board/host_tool.hpp"
 #include "base/unique_fd.hpp"
+#include "board/use_board.h"
 
 #include <array>
 #include <csignal>
 #include <fcntl.h>
-#include <spawn.h>
 #include <sys/wait.h>
+#include <unistd.h>
+
+extern "C" [[gnu::weak]] void dravik_sim_use_board(const char *directory);
 
 namespace dravik::sim {
 namespace {
+
+constexpr int not_found = 127; ///< as a shell says it
 
 constexpr std::array<std::pair<const char *, const char *>, 5> card_tools = {{
     {"mkfs.vfat", "dosfstools"},
@@ -44,41 +49,37 @@ std::vector<char *> pointers_to(std::vector<std::string> &texts) {
 }
 
 /// A tool inherits neither ignored nor blocked signals.
-class default_signals {
-public:
-  default_signals() {
-    sigset_t signals;
-    ::posix_spawnattr_init(&attributes_);
-    ::sigemptyset(&signals);
-    ::posix_spawnattr_setsigmask(&attributes_, &signals);
-    ::sigfillset(&signals);
-    ::posix_spawnattr_setsigdefault(&attributes_, &signals);
-    ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-  }
-  ~default_signals() { ::posix_spawnattr_destroy(&attributes_); }
-  default_signals(const default_signals &) = delete;
-  default_signals &operator=(const default_signals &) = delete;
-  const posix_spawnattr_t *get() const { return &attributes_; }
+void set_default_signals() {
+  for (int signal = 1; signal < NSIG; ++signal)
+    ::signal(signal, SIG_DFL);
+  sigset_t none;
+  ::sigemptyset(&none);
+  ::sigprocmask(SIG_SETMASK, &none, nullptr);
+}
 
-private:
-  posix_spawnattr_t attributes_;
-};
+/// The child is on no board any more, in a program that has the simulator in charge.
+[[noreturn]] void become(const std::string &path, char *const *words, char *const *variables, int output) {
+  const int input = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+  ::dup2(input, STDIN_FILENO);
+  if (output >= 0) {
+    ::dup2(output, STDOUT_FILENO);
+    ::dup2(output, STDERR_FILENO);
+  }
+  set_default_signals();
+  if (dravik_sim_use_board != nullptr)
+    dravik_sim_use_board(nullptr);
+  ::execve(path.c_str(), words, variables);
+  ::_exit(not_found);
+}
 
 pid_t start(const std::string &path, std::vector<std::string> words, int output) {
   std::vector<std::string> variables = tool_environment();
-  posix_spawn_file_actions_t actions;
-  ::posix_spawn_file_actions_init(&actions);
-  ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-  if (output >= 0) {
-    ::posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-    ::posix_spawn_file_actions_adddup2(&actions, output, STDERR_FILENO);
-  }
-  const default_signals signals;
-  pid_t child = -1;
-  const int error = ::posix_spawn(&child, path.c_str(), &actions, signals.get(), pointers_to(words).data(),
-                                  pointers_to(variables).data());
-  ::posix_spawn_file_actions_destroy(&actions);
-  return error == 0 ? child : -1;
+  const std::vector<char *> word_list = pointers_to(words);
+  const std::vector<char *> variable_list = pointers_to(variables);
+  const pid_t child = ::fork();
+  if (child == 0)
+    become(path, word_list.data(), variable_list.data(), output);
+  return child;
 }
 
 void read_all(int from, std::string &text) {

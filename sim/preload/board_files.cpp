@@ -3,12 +3,13 @@
 #include "preload/board_files.hpp"
 #include "base/unique_fd.hpp"
 #include "board/settings_text.hpp"
-#include "preload/path_map.hpp"
+#include "preload/chosen_board.hpp"
 #include "preload/preserve_errno.hpp"
 
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <sys/syscall.h>
 
 namespace dravik::sim {

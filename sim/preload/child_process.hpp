@@ -5,12 +5,9 @@
 
 namespace dravik::sim {
 
-/// Whether a program has the simulator in charge of its files.
-enum class child_of : bool { host, board };
-
 /// Runs a program, to its end and with the output that the command wants: its status as waitpid() gives it,
-/// or that of a shell that cannot find it. `words` ends with a null.
-int run_child(const char *program, const char *const *words, child_of place,
+/// or that of a shell that cannot find it. `words` and `variables` end with a null.
+int run_child(const char *program, const char *const *words, const char *const *variables,
               const shell_words &command) noexcept;
 
 /// Lets the launcher do something with the board's card: `dravik-sim card BOARD action others...`.

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <charconv>
 #include <climits>
-#include <cstdlib>
 #include <cstring>
 #include <string_view>
 #include <sys/syscall.h>
@@ -154,13 +153,6 @@ const char *below_board(const char *host_path) noexcept {
 }
 
 } // namespace
-
-const char *board_directory() noexcept {
-  const char *board = std::getenv("DRAVIK_BOARD");
-  if (board == nullptr || *board == '\0')
-    return nullptr;
-  return *board == '/' ? board : "/dev/null";
-}
 
 file_kind kind_of(const char *path) noexcept {
   for (const board_tree &tree : board_trees) {

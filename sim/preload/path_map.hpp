@@ -1,16 +1,14 @@
 // The paths of a board, and where they lie in the board's directory.
 #pragma once
 
+#include "preload/chosen_board.hpp"
+
 #include <cstddef>
 #include <cstdint>
 #include <fcntl.h>
 #include <string_view>
 
 namespace dravik::sim {
-
-/// In bytes, the board's directory and the NUL included. Far
-/// below PATH_MAX, since signal handlers have small stacks.
-constexpr size_t longest_path = 1024;
 
 /// How the kernel serves a path of the board.
 enum class file_kind : uint8_t {
@@ -20,10 +18,6 @@ enum class file_kind : uint8_t {
   attribute, ///< below /sys: takes each write afresh
   report,    ///< below /proc: is read as it stands at the open
 };
-
-/// The board's directory, from the environment at each call; null when there is no board. A name that is not
-/// absolute leads nowhere, rather than to the devices of the host.
-const char *board_directory() noexcept;
 
 /// The kind of an absolute path without `//`, `.` and `..`, as an application names it.
 file_kind kind_of(const char *path) noexcept;

@@ -3,9 +3,10 @@
 #include "preload/shell_commands.hpp"
 #include "board/settings_text.hpp"
 #include "preload/board_files.hpp"
-#include "preload/card_view.hpp"
+#include "preload/byte_copy.hpp"
 #include "preload/child_process.hpp"
 #include "preload/path_map.hpp"
+#include "preload/process_board.hpp"
 #include "preload/shell_words.hpp"
 
 #include <algorithm>
@@ -35,45 +36,11 @@ int format(const shell_words &command, word_list options) noexcept {
 int restart(const shell_words &command, word_list) noexcept {
   restart_board(command.words()[0]);
 }
+int copy(const shell_words &command, word_list operands) noexcept {
+  return ended_with(copy_bytes(command, operands));
+}
 int flush(const shell_words &, word_list) noexcept {
   return ended_with(0);
-}
-
-// ------------------------------------------------------------------------------------------------ dd
-
-bool is_of_board(const char *path) noexcept {
-  return board_path{path}.kind() != file_kind::none;
-}
-
-/// The operand that begins so, without its beginning; null when there is none.
-const char *operand(word_list words, std::string_view beginning) noexcept {
-  for (const char *word : words)
-    if (std::string_view{word}.starts_with(beginning))
-      return word + beginning.size();
-  return nullptr;
-}
-
-bool is_source_of_bytes(std::string_view path) noexcept {
-  return path == "/dev/zero" || path == "/dev/urandom" || path == "/dev/null";
-}
-
-/// Both ends lie on the board: the simulator sees to it that a child finds them there.
-int copy_bytes(const shell_words &command, word_list operands) noexcept {
-  const char *from = operand(operands, "if=");
-  const char *to = operand(operands, "of=");
-  const bool stays =
-      from != nullptr && to != nullptr && is_of_board(to) && (is_of_board(from) || is_source_of_bytes(from));
-  if (!stays) {
-    ::dprintf(STDERR_FILENO, "dravik-sim: dd: copies from one file of the board to another\n");
-    return ended_with(1);
-  }
-  if (card_is_locked() && std::string_view{to}.starts_with("/dev/mmcblk0")) {
-    ::dprintf(STDERR_FILENO, "dd: %s: Read-only file system\n", to);
-    return ended_with(1);
-  }
-  const char *words[shell_words::most_words + 1] = {"dd"};
-  std::copy(operands.begin(), operands.end(), words + 1);
-  return run_child("/bin/dd", words, child_of::board, command);
 }
 
 // ------------------------------------------------------------------------------------------------ the flash
@@ -122,6 +89,14 @@ int dump_flash(const shell_words &, word_list options) noexcept {
 constexpr const char *mixer_file = "sound/mixer";
 
 /// The controls but one, with room for a line more.
+/// The operand that begins so, without its beginning; null when there is none.
+const char *operand(word_list words, std::string_view beginning) noexcept {
+  for (const char *word : words)
+    if (std::string_view{word}.starts_with(beginning))
+      return word + beginning.size();
+  return nullptr;
+}
+
 struct other_controls {
   explicit other_controls(std::string_view key) noexcept {
     const board_text before{mixer_file};
@@ -168,11 +143,18 @@ constexpr known_command known_commands[] = {
     {"fsck.vfat ... /dev/mmcblk0p1", check},
     {"mkfs.vfat ... /dev/mmcblk0p1", format},
     {"mkdosfs ... /dev/mmcblk0p1", format},
-    {"dd ...", copy_bytes},
+    {"dd ...", copy},
     {"sync", flush},
     {"reboot ...", restart},
     {"nanddump ... /dev/mtd1", dump_flash},
     {"amixer ... cset * *", set_control},
+};
+
+/// What can do harm to a machine and is no command of the board.
+constexpr std::string_view refused_programs[] = {
+    "blkdiscard", "e2fsck", "flash_erase", "flash_eraseall", "flashcp", "fsck",     "halt",
+    "hwclock",    "insmod", "losetup",     "mke2fs",         "mkfs",    "modprobe", "nandwrite",
+    "poweroff",   "rmmod",  "shutdown",    "swapoff",        "swapon",  "telinit",  "wipefs",
 };
 
 bool is_left_to_host() noexcept {
@@ -196,16 +178,65 @@ int run_known(const known_command &known, const char *command, const shell_words
   return known.run(parts, others);
 }
 
-} // namespace
-
-bool run_on_board(const char *command, int &status) noexcept {
-  const shell_words parts{command};
+/// False for what is no command of the board.
+bool run_if_known(const char *command, const shell_words &parts, int &status) noexcept {
   word_list others;
   for (const known_command &known : known_commands)
     if (matches(parts, known.pattern, others)) {
       status = run_known(known, command, parts, others);
       return true;
     }
+  return false;
+}
+
+/// As they are told in an event.
+struct joined_words {
+  explicit joined_words(word_list words) noexcept {
+    char *end = text;
+    for (std::string_view word : words) {
+      if (end != text && end != limit())
+        *end++ = ' ';
+      end = std::copy_n(word.begin(), std::min(word.size(), static_cast<size_t>(limit() - end)), end);
+    }
+  }
+  char *limit() noexcept { return text + sizeof text - 1; }
+  char text[1024] = {};
+};
+
+} // namespace
+
+bool is_board_program(std::string_view path) noexcept {
+  const std::string_view name = without_directory(path);
+  const auto is_first_word = [=](const known_command &known) {
+    std::string_view pattern = known.pattern;
+    return take_word(pattern) == name;
+  };
+  return std::ranges::any_of(known_commands, is_first_word) || name.starts_with("mkfs.") ||
+         name.starts_with("fsck.") || std::ranges::find(refused_programs, name) != std::end(refused_programs);
+}
+
+int run_board_program(word_list words) noexcept {
+  const joined_words command{words};
+  int status = 0;
+  return run_if_known(command.text, shell_words{words}, status) ? status : refuse(command.text);
+}
+
+int run_host_shell(const char *command) noexcept {
+  const char *words[] = {"sh", "-c", command, nullptr};
+  return run_child("/bin/sh", words, environ, shell_words{""});
+}
+
+bool is_restart(word_list words) noexcept {
+  return !words.empty() && without_directory(words[0]) == "reboot" && ordered_fault("shell", "reboot") == 0;
+}
+
+bool is_restart(const char *command) noexcept {
+  return is_restart(shell_words{command}.words());
+}
+
+bool run_on_board(const char *command, int &status) noexcept {
+  if (run_if_known(command, shell_words{command}, status))
+    return true;
   if (is_left_to_host())
     return false;
   status = refuse(command);
@@ -216,6 +247,8 @@ void restart_board(const char *asked_by) noexcept {
   run_card_action("restart", shell_words{asked_by});
   ::dprintf(STDERR_FILENO, "dravik-sim: %s: the board restarts, the application ends with status %d\n",
             asked_by, restart_status);
+  if (serves_another_process)
+    end_application();
   ::_exit(restart_status);
 }
 

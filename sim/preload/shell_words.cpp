@@ -3,8 +3,6 @@
 #include "preload/shell_words.hpp"
 #include "board/settings_text.hpp"
 
-#include <cstring>
-
 namespace dravik::sim {
 namespace {
 
@@ -45,6 +43,11 @@ shell_words::shell_words(const char *command) noexcept {
   is_simple_ = take_words(text_) && count_ > 0;
 }
 
+shell_words::shell_words(word_list words) noexcept
+    : is_simple_(words.size() <= most_words), count_(is_simple_ ? words.size() : 0) {
+  std::copy_n(words.begin(), count_, words_);
+}
+
 bool shell_words::take_words(char *text) noexcept {
   std::string_view rest{text};
   while (true) {
@@ -66,9 +69,8 @@ bool shell_words::take_words(char *text) noexcept {
 }
 
 bool shell_words::take_redirection(std::string_view word, std::string_view &rest) noexcept {
-  const size_t arrow = word.find('>');
-  const std::string_view from = word.substr(0, arrow);
-  std::string_view to = word.substr(arrow + 1);
+  std::string_view to = word;
+  const std::string_view from = take_until(to, '>');
   if (from == "2" && to == "&1") {
     drops_errors_ = drops_output_;
     return true;
@@ -83,10 +85,7 @@ bool shell_words::take_redirection(std::string_view word, std::string_view &rest
 }
 
 std::string_view shell_words::program() const noexcept {
-  if (words().empty())
-    return {};
-  const char *slash = std::strrchr(words_[0], '/');
-  return slash != nullptr ? slash + 1 : words_[0];
+  return words().empty() ? "" : without_directory(words_[0]);
 }
 
 bool matches(const shell_words &command, std::string_view pattern, word_list &others) noexcept {

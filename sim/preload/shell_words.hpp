@@ -7,6 +7,12 @@
 
 namespace dravik::sim {
 
+/// The name of a program without its directory.
+constexpr std::string_view without_directory(std::string_view path) noexcept {
+  path.remove_prefix(path.rfind('/') + 1); // npos + 1 is 0
+  return path;
+}
+
 /// The words of a simple command: a program and its arguments, with output thrown away or not, in the
 /// background or not. Whatever needs more of a shell is not understood.
 class shell_words {
@@ -14,6 +20,8 @@ public:
   static constexpr size_t most_words = 32;
 
   explicit shell_words(const char *command) noexcept;
+  /// The words of a program that is to be started, which need no shell.
+  explicit shell_words(std::span<const char *const> words) noexcept;
 
   /// Empty when the command is not understood.
   std::span<const char *const> words() const noexcept { return {words_, is_simple_ ? count_ : 0}; }

@@ -71,9 +71,9 @@ using namespace dravik::sim;
 
 SIM_DEFINE(int, system, (const char *command)) {
   int status = 1; // there is a shell
-  const bool is_answered =
-      board_directory() != nullptr && (command == nullptr || run_on_board(command, status));
-  return is_answered ? status : SIM_NEXT(system)(command);
+  if (board_directory() == nullptr)
+    return SIM_NEXT(system)(command);
+  return command == nullptr || run_on_board(command, status) ? status : run_host_shell(command);
 }
 
 SIM_DEFINE(void, sync, ()) {

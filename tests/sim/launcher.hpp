@@ -1,6 +1,7 @@
 // The launcher, run as people run it. LAUNCHER is its path.
 #pragma once
 
+#include "board/use_board.h"
 #include "support/serial_keeper.hpp"
 
 #include <algorithm>
@@ -39,7 +40,7 @@ inline std::string contents(FILE *file) {
   pointers.push_back(nullptr);
   ::dup2(output, STDOUT_FILENO);
   ::dup2(errors, STDERR_FILENO);
-  ::unsetenv("DRAVIK_BOARD");
+  ::dravik_sim_use_board(nullptr);
   ::execvp(pointers[0], pointers.data());
   ::_exit(127);
 }

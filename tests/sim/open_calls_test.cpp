@@ -1,5 +1,6 @@
 // Every way to open a file by its path leads to the board.
 
+#include "board/use_board.h"
 #include "sim/library_call.hpp"
 #include "support/board.hpp"
 
@@ -107,7 +108,7 @@ TEST_P(SimOpen, PassesThroughWithoutABoard) {
   const board board;
   const std::string file = board.path("plain");
   board.write("plain", "host");
-  ::unsetenv("DRAVIK_BOARD");
+  ::dravik_sim_use_board(nullptr);
   const int descriptor = GetParam().open(GetParam().name, file.c_str(), false);
   ASSERT_GE(descriptor, 0);
   char text[5] = {};

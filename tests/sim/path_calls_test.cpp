@@ -1,5 +1,6 @@
 // Every call that names a file, variant by variant, leads to the board.
 
+#include "board/use_board.h"
 #include "sim/library_call.hpp"
 #include "support/board.hpp"
 
@@ -84,7 +85,7 @@ TEST_P(SimStatus, IsOfTheBoardsFile) {
 TEST_P(SimStatus, IsOfTheHostsFileWithoutABoard) {
   const board board;
   board.write("tmp/ptb", "0123456789");
-  ::unsetenv("DRAVIK_BOARD");
+  ::dravik_sim_use_board(nullptr);
   EXPECT_EQ(length_of(board.path("tmp/ptb").c_str()), 10);
 }
 

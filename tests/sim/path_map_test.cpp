@@ -1,5 +1,6 @@
 // Which paths are the board's, however they are spelled, and which are left alone.
 
+#include "board/use_board.h"
 #include "sim/library_call.hpp"
 #include "support/board.hpp"
 
@@ -104,7 +105,7 @@ TEST(SimPathMap, BoardInsideABoardsPathIsReachedByItsRealName) {
   const board outer;
   const std::string inner = outer.path("usr/local/dravik/inner");
   std::filesystem::create_directories(inner + "/tmp");
-  ::setenv("DRAVIK_BOARD", inner.c_str(), 1);
+  ::dravik_sim_use_board(inner.c_str());
   const int made = ::open((inner + "/tmp/ptb").c_str(), O_WRONLY | O_CREAT, 0644);
   EXPECT_GE(made, 0);
   ::close(made);
@@ -115,7 +116,7 @@ TEST(SimPathMap, BoardMayBeNamedByALink) {
   const board board;
   const std::string link = board.path() + "-link";
   ASSERT_EQ(::symlink(board.path().c_str(), link.c_str()), 0);
-  ::setenv("DRAVIK_BOARD", (link + "/").c_str(), 1);
+  ::dravik_sim_use_board((link + "/").c_str());
   const int screen = ::open("/dev/fb0", O_RDWR);
   EXPECT_EQ(::ioctl(screen, 0x4611, 1), 0);
   EXPECT_EQ(board.events().size(), 1U);
@@ -126,7 +127,7 @@ TEST(SimPathMap, BoardMayBeNamedByALink) {
 TEST(SimPathMap, BoardThatIsNotAbsoluteLeadsNowhere) {
   const board board;
   ASSERT_EQ(::chdir(board.path().c_str()), 0);
-  ::setenv("DRAVIK_BOARD", ".", 1);
+  ::dravik_sim_use_board(".");
   EXPECT_EQ(::open("/tmp/dravik.log", O_WRONLY | O_CREAT, 0644), -1);
   EXPECT_EQ(errno, ENOTDIR);
 }
@@ -134,7 +135,7 @@ TEST(SimPathMap, BoardThatIsNotAbsoluteLeadsNowhere) {
 TEST(SimPathMap, EmptyNameOfABoardIsNone) {
   const board board;
   board.write("tmp/debugfs", "");
-  ::setenv("DRAVIK_BOARD", "", 1);
+  ::dravik_sim_use_board("");
   EXPECT_FALSE(same_file("/tmp/debugfs", board.path("tmp/debugfs")));
 }
 

@@ -1,5 +1,6 @@
 // Real-time priorities, on hosts that grant them and on hosts that do not.
 
+#include "board/use_board.h"
 #include "support/board.hpp"
 
 #include <cerrno>
@@ -154,7 +155,7 @@ TEST(SimRealTimeWithoutABoard, IsTheHostsAffair) {
     const board board;
     board.set("realtime", "simulated");
   }
-  ::unsetenv("DRAVIK_BOARD");
+  ::dravik_sim_use_board(nullptr);
   give_up_priorities();
   EXPECT_EQ(set(::pthread_self(), SCHED_FIFO, 90), EPERM);
   EXPECT_EQ(get(::pthread_self()), ordinary);

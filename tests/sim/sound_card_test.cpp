@@ -1,5 +1,6 @@
 // The simulated sound card, as ALSA presents it to an application.
 
+#include "board/use_board.h"
 #include "sim/sound_stream.hpp"
 #include "support/descriptors.hpp"
 #include "support/stderr_capture.hpp"
@@ -115,9 +116,9 @@ TEST_F(SimSoundCard, IsFoundByAlsaWithoutAWord) {
 }
 
 TEST_F(SimSoundCard, IsNotThereWithoutABoard) {
-  ::setenv("DRAVIK_BOARD", "/dev/null/no-board", 1);
+  ::dravik_sim_use_board("/dev/null/no-board");
   EXPECT_EQ(sound_stream{}.open(), -ENODEV);
-  ::unsetenv("DRAVIK_BOARD");
+  ::dravik_sim_use_board(nullptr);
   EXPECT_EQ(sound_stream{}.open(), -ENODEV);
 }
 

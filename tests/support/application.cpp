@@ -1,6 +1,7 @@
 // Programs run on the board of a test, and what they leave on its screen.
 
 #include "support/application.hpp"
+#include "support/leave_board.hpp"
 
 #include <array>
 #include <csignal>
@@ -49,6 +50,7 @@ void await(std::string_view text, int from, std::string &so_far) {
   ::dup2(errors, STDERR_FILENO);
   if (*PRELOADED_FIRST != '\0') // a sanitizer's own library insists on its place
     ::setenv("LD_PRELOAD", PRELOADED_FIRST, 1);
+  leave_board();
   ::execv(raw[0], raw.data());
   ::_exit(127);
 }

@@ -2,6 +2,7 @@
 
 #include "support/board.hpp"
 #include "board/board_directory.hpp"
+#include "board/use_board.h"
 #include "support/serial_keeper.hpp"
 
 #include <cstdio>
@@ -41,11 +42,11 @@ board::board(const sim::screen &shown) : directory_(make_temporary_directory()) 
   std::string error;
   if (!sim::create_board(directory_, shown, error))
     die(error);
-  ::setenv("DRAVIK_BOARD", directory_.c_str(), 1);
+  ::dravik_sim_use_board(directory_.c_str());
 }
 
 board::~board() {
-  ::setenv("DRAVIK_BOARD", nowhere, 1);
+  ::dravik_sim_use_board(nowhere);
   offer_sound_card(SOUND_CARD_DIRECTORY);
   await_serial_keeper(directory_);
   std::error_code code;

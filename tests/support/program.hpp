@@ -1,6 +1,8 @@
 // Other programs, whose answers are compared with the library's.
 #pragma once
 
+#include "support/leave_board.hpp"
+
 #include <cstdio>
 #include <string>
 #include <sys/wait.h>
@@ -20,6 +22,7 @@ inline int run_program(const words &command, const std::string &output = "/dev/n
   arguments.push_back(nullptr);
   const pid_t child = ::fork();
   if (child == 0) {
+    leave_board();
     if (std::freopen(output.c_str(), "wb", stdout) != nullptr &&
         std::freopen("/dev/null", "wb", stderr) != nullptr)
       ::execvp(arguments[0], arguments.data());

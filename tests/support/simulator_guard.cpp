@@ -1,6 +1,7 @@
 // What keeps a test program off the machine that it runs on.
 
 #include "support/simulator_guard.hpp"
+#include "board/use_board.h"
 #include "confinement/boundary.hpp"
 #include "support/board.hpp"
 #include "support/harmful_calls.hpp"
@@ -139,7 +140,7 @@ void require_simulator() {
     if (simulator_defines(call))
       require_simulated(call);
   offer_sound_card(SOUND_CARD_DIRECTORY);
-  const char *current = std::getenv("DRAVIK_BOARD");
+  const char *current = ::dravik_sim_board();
   const std::string before = current != nullptr ? current : nowhere;
   bool in_charge;
   {
@@ -147,7 +148,7 @@ void require_simulator() {
     probed.write(probe, "");
     in_charge = probe_is_seen();
   }
-  ::setenv("DRAVIK_BOARD", before.c_str(), 1);
+  ::dravik_sim_use_board(before.c_str());
   if (!in_charge)
     die("The simulator is not in charge of this program: link dravik_test_support before all other "
         "libraries.");

@@ -1,0 +1,14 @@
+// The board of a library that is loaded beside the preload library: that one knows.
+
+#include "board/use_board.h"
+#include "preload/chosen_board.hpp"
+
+extern "C" [[gnu::weak]] const char *dravik_sim_board(void);
+
+namespace dravik::sim {
+
+const char *board_directory() noexcept {
+  return dravik_sim_board != nullptr ? dravik_sim_board() : nullptr;
+}
+
+} // namespace dravik::sim

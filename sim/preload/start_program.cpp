@@ -1,0 +1,79 @@
+// How a program is started on a board: with the board in its environment, or not at all.
+
+#include "preload/start_program.hpp"
+#include "board/program_file.hpp"
+#include "preload/board_files.hpp"
+#include "preload/preserve_errno.hpp"
+#include "preload/shell_commands.hpp"
+#include "preload/shell_words.hpp"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace dravik::sim {
+namespace {
+
+constexpr std::string_view programs_with_many_names[] = {"busybox", "toybox"};
+
+bool has_many_names(std::string_view name) noexcept {
+  return std::ranges::find(programs_with_many_names, without_directory(name)) !=
+         std::end(programs_with_many_names);
+}
+
+/// Which of the words names a command of the board; negative when the program is none.
+int command_among(const char *name, char *const *words) noexcept {
+  if (is_board_program(name))
+    return 0;
+  if (!has_many_names(name) || words == nullptr || words[0] == nullptr)
+    return -1;
+  if (!has_many_names(words[0]))
+    return is_board_program(words[0]) ? 0 : -1;
+  return words[1] != nullptr && is_board_program(words[1]) ? 1 : -1;
+}
+
+bool is_launcher(const char *path) noexcept {
+  struct statx asked = {}, own = {};
+  return without_directory(path) == "dravik-sim" &&
+         ::syscall(SYS_statx, AT_FDCWD, path, 0, STATX_INO, &asked) == 0 &&
+         ::syscall(SYS_statx, AT_FDCWD, launcher(), 0, STATX_INO, &own) == 0 &&
+         asked.stx_ino == own.stx_ino && asked.stx_dev_major == own.stx_dev_major &&
+         asked.stx_dev_minor == own.stx_dev_minor;
+}
+
+void say(const char *program, const char *reason) noexcept {
+  char line[longest_path];
+  const int length = std::snprintf(line, sizeof line, "dravik-sim: %s: %s\n", program, reason);
+  const size_t said = std::min(static_cast<size_t>(std::max(length, 0)), sizeof line - 1);
+  if (::syscall(SYS_write, STDERR_FILENO, line, said) < 0)
+    return; // nobody hears it
+}
+
+start_plan refuse(const char *program, int error, const char *reason) noexcept {
+  record_event("exec: %s refused", program);
+  say(program, reason);
+  return {start_plan::way::refused, error};
+}
+
+} // namespace
+
+start_plan plan_start(const char *asked_for, const board_path &path, char *const *words) noexcept {
+  const preserve_errno unchanged;
+  if (is_launcher(path))
+    return {start_plan::way::on_host};
+  if (!can_be_preloaded())
+    return refuse(
+        asked_for, EACCES,
+        "cannot be run on the board: the loader takes no path of libdravik-sim.so with a blank or a colon");
+  if (const int place = command_among(asked_for, words); place >= 0)
+    return {start_plan::way::command, 0, static_cast<size_t>(place)};
+  const program_judgement judgement = judge_program(path);
+  return judgement.error == 0 || judgement.is_the_kernels
+             ? start_plan{start_plan::way::on_board}
+             : refuse(asked_for, judgement.error, judgement.reason);
+}
+
+} // namespace dravik::sim
