@@ -178,15 +178,20 @@ int run_known(const known_command &known, const char *command, const shell_words
   return known.run(parts, others);
 }
 
+const known_command *find_known(const shell_words &parts, word_list &others) noexcept {
+  for (const known_command &known : known_commands)
+    if (matches(parts, known.pattern, others))
+      return &known;
+  return nullptr;
+}
+
 /// False for what is no command of the board.
 bool run_if_known(const char *command, const shell_words &parts, int &status) noexcept {
   word_list others;
-  for (const known_command &known : known_commands)
-    if (matches(parts, known.pattern, others)) {
-      status = run_known(known, command, parts, others);
-      return true;
-    }
-  return false;
+  const known_command *known = find_known(parts, others);
+  if (known != nullptr)
+    status = run_known(*known, command, parts, others);
+  return known != nullptr;
 }
 
 /// As they are told in an event.
@@ -213,6 +218,11 @@ bool is_board_program(std::string_view path) noexcept {
   };
   return std::ranges::any_of(known_commands, is_first_word) || name.starts_with("mkfs.") ||
          name.starts_with("fsck.") || std::ranges::find(refused_programs, name) != std::end(refused_programs);
+}
+
+bool is_board_command(const char *command) noexcept {
+  word_list others;
+  return find_known(shell_words{command}, others) != nullptr;
 }
 
 int run_board_program(word_list words) noexcept {

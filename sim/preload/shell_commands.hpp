@@ -19,6 +19,9 @@ inline constinit bool serves_another_process = false;
 /// Whether a program of this name is the board's, or is not run at all: its directory does not matter.
 bool is_board_program(std::string_view name) noexcept;
 
+/// Whether a command of the shell is one of the board's and nothing else.
+bool is_board_command(const char *command) noexcept;
+
 /// Runs such a program with its arguments, the first of which names it, or refuses it. Gives its status as
 /// waitpid() does.
 int run_board_program(std::span<const char *const> words) noexcept;

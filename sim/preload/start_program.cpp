@@ -35,6 +35,13 @@ int command_among(const char *name, char *const *words) noexcept {
   return words[1] != nullptr && is_board_program(words[1]) ? 1 : -1;
 }
 
+/// sh -c COMMAND, with a command of the board: a host's shell might not find its program.
+bool is_shell_for_command(const char *name, char *const *words) noexcept {
+  constexpr std::string_view shells[] = {"sh", "ash", "bash", "dash"};
+  return std::ranges::find(shells, without_directory(name)) != std::end(shells) &&
+         count_variables(words) == 3 && std::strcmp(words[1], "-c") == 0 && is_board_command(words[2]);
+}
+
 bool is_launcher(const char *path) noexcept {
   struct statx asked = {}, own = {};
   return without_directory(path) == "dravik-sim" &&
@@ -70,6 +77,8 @@ start_plan plan_start(const char *asked_for, const board_path &path, char *const
         "cannot be run on the board: the loader takes no path of libdravik-sim.so with a blank or a colon");
   if (const int place = command_among(asked_for, words); place >= 0)
     return {start_plan::way::command, 0, static_cast<size_t>(place)};
+  if (is_shell_for_command(asked_for, words))
+    return {start_plan::way::shell_command};
   const program_judgement judgement = judge_program(path);
   return judgement.error == 0 || judgement.is_the_kernels
              ? start_plan{start_plan::way::on_board}

@@ -11,9 +11,10 @@ namespace dravik::sim {
 /// What is to become of a program that an application starts.
 struct start_plan {
   enum class way : uint8_t {
-    on_board, ///< as it is, with the board in its environment
-    command,  ///< by the board's own command of that name
-    on_host,  ///< one of the simulator's own programs, which looks at boards from outside
+    on_board,      ///< as it is, with the board in its environment
+    command,       ///< by the board's own command of that name
+    shell_command, ///< the same, from the one argument of a shell
+    on_host,       ///< one of the simulator's own programs, which looks at boards from outside
     refused,
   };
   way how;
@@ -48,7 +49,9 @@ int start_program(const char *name, const board_path &path, char *const *words, 
   const size_t count = std::max(count_variables(words), plan.skipped_words + 1) - plan.skipped_words;
   auto **own_words = static_cast<char **>(__builtin_alloca((count + 1) * sizeof(char *)));
   std::copy_n(words + plan.skipped_words, count, own_words);
-  if (plan.skipped_words == 0)
+  if (plan.how == start_plan::way::shell_command)
+    own_words[0] = const_cast<char *>("sh");
+  else if (plan.skipped_words == 0)
     own_words[0] = const_cast<char *>(name);
   own_words[count] = nullptr;
   return next(command_runner(), own_words, own_variables);

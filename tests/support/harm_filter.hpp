@@ -13,9 +13,10 @@
 namespace dravik::test {
 
 inline constexpr std::array harmful_calls = {
-    SYS_reboot,        SYS_mount,     SYS_umount2,    SYS_clock_settime, SYS_settimeofday, SYS_swapon,
-    SYS_swapoff,       SYS_adjtimex,  SYS_clock_adjtime, SYS_init_module, SYS_finit_module, SYS_delete_module,
-    SYS_sethostname,   SYS_pivot_root, SYS_kexec_load, SYS_fsopen,       SYS_move_mount,
+    SYS_reboot,       SYS_mount,         SYS_umount2,     SYS_clock_settime, SYS_settimeofday,
+    SYS_swapon,       SYS_swapoff,       SYS_adjtimex,    SYS_clock_adjtime, SYS_init_module,
+    SYS_finit_module, SYS_delete_module, SYS_sethostname, SYS_pivot_root,    SYS_kexec_load,
+    SYS_fsopen,       SYS_move_mount,
 };
 
 /// False when the kernel does not take it; then nothing is to be tried.
