@@ -6,7 +6,9 @@
 #include "board/accelerometer.hpp"
 #include "board/reports.hpp"
 #include "board/settings_text.hpp"
+#include "preload/board_links.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -151,6 +153,69 @@ bool create_board(const std::string &directory, const screen &shown, std::string
 bool is_board(const std::string &directory) {
   std::error_code code;
   return files::is_regular_file(directory + "/board.conf", code);
+}
+
+namespace {
+
+/// Where a file of a board lies, free of links below it; empty when they lead out of the board.
+std::string place_in_board(const std::string &board, std::string_view inside) {
+  char path[longest_path];
+  const std::string whole = board + "/" + std::string{inside};
+  if (whole.size() >= sizeof path)
+    return {};
+  *std::copy(whole.begin(), whole.end(), path) = '\0';
+  return follow_board_links(path, board.size(), last_link::followed) ? path : "";
+}
+
+} // namespace
+
+int open_in_board(const std::string &board, std::string_view inside, int flags) {
+  const std::string path = place_in_board(board, inside);
+  errno = EACCES;
+  if (path.empty() || is_host_device(path.c_str()))
+    return -1;
+  return ::open(path.c_str(), flags | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0644);
+}
+
+bool read_in_board(const std::string &board, std::string_view inside, uint64_t most_bytes, std::string &bytes,
+                   std::string &error) {
+  const unique_fd file{open_in_board(board, inside, O_RDONLY)};
+  struct stat status = {};
+  bool ok = file && ::fstat(file.get(), &status) == 0;
+  if (ok && !S_ISREG(status.st_mode)) {
+    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    ok = false;
+  }
+  bytes.assign(ok ? std::min(most_bytes, static_cast<uint64_t>(status.st_size)) : 0, '\0');
+  for (size_t done = 0; ok && done < bytes.size();) {
+    const ssize_t count = ::read(file.get(), bytes.data() + done, bytes.size() - done);
+    ok = count >= 0;
+    done += static_cast<size_t>(std::max<ssize_t>(count, 0));
+    if (count == 0)
+      bytes.resize(done);
+  }
+  if (!ok)
+    error = board + "/" + std::string{inside} + ": " + reason();
+  return ok;
+}
+
+bool read_text_in_board(const std::string &board, std::string_view inside, std::string &text,
+                        std::string &error) {
+  if (!read_in_board(board, inside, longest_text + 1, text, error))
+    return false;
+  if (text.size() <= longest_text)
+    return true;
+  error = board + "/" + std::string{inside} + ": is larger than a text of a board";
+  return false;
+}
+
+bool replace_in_board(const std::string &board, std::string_view inside, std::string_view text,
+                      std::string &error) {
+  const std::string path = place_in_board(board, inside);
+  if (!path.empty())
+    return replace_file(path, text, error);
+  error = board + "/" + std::string{inside} + ": leads out of the board";
+  return false;
 }
 
 bool read_file(const std::string &path, std::string &text, std::string &error) {

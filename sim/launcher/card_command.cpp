@@ -3,6 +3,7 @@
 #include "board/board_directory.hpp"
 #include "board/card.hpp"
 #include "board/card_repair.hpp"
+#include "board/printable_text.hpp"
 #include "launcher/commands.hpp"
 
 #include <algorithm>
@@ -117,7 +118,7 @@ int show(const std::string &board) {
     std::puts("no partition");
   else
     std::printf("partition of %llu MiB at %s@@%llu, %s\n",
-                static_cast<unsigned long long>(known.length_bytes() >> 20), path.c_str(),
+                static_cast<unsigned long long>(known.length_bytes() >> 20), printable(path).c_str(),
                 static_cast<unsigned long long>(known.start_bytes()), name_of(read_mount_state(board)));
   return 0;
 }

@@ -2,8 +2,10 @@
 
 #include "base/unique_fd.hpp"
 #include "board/board_directory.hpp"
+#include "board/printable_text.hpp"
 #include "launcher/commands.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -16,23 +18,25 @@
 namespace dravik::sim {
 namespace {
 
-/// Copies what a file gains to standard output.
+/// Copies what the file of events gains to standard output.
 class gain {
 public:
-  explicit gain(std::string path) : path_(std::move(path)) {}
+  explicit gain(std::string board) : board_(std::move(board)) {}
 
   /// False when standard output takes no more. A file that got shorter was emptied, and is shown from its
   /// start.
   bool show() {
-    const unique_fd file{::open(path_.c_str(), O_RDONLY | O_CLOEXEC)};
+    const unique_fd file{open_in_board(board_, "events", O_RDONLY)};
     struct stat status;
-    if (!file || ::fstat(file.get(), &status) != 0)
+    if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
       return true;
     shown_ = status.st_size < shown_ ? 0 : shown_;
+    shown_ = std::max(shown_, status.st_size - most_shown);
     std::array<char, 65536> block;
     ssize_t count;
     while ((count = ::pread(file.get(), block.data(), block.size(), shown_)) > 0) {
-      if (std::fwrite(block.data(), static_cast<size_t>(count), 1, stdout) != 1)
+      const std::string text = printable({block.data(), static_cast<size_t>(count)});
+      if (std::fwrite(text.data(), text.size(), 1, stdout) != 1)
         return false;
       shown_ += count;
     }
@@ -40,7 +44,9 @@ public:
   }
 
 private:
-  std::string path_;
+  static constexpr off_t most_shown = 16 << 20; ///< of what is there at the start, its end
+
+  std::string board_;
   off_t shown_ = 0;
 };
 
@@ -91,7 +97,7 @@ int events_command(arguments given) {
   const std::string board = given[0];
   if (!is_board(board))
     return fail(board + ": is no board; 'dravik-sim new " + board + "' makes one");
-  gain events{board + "/events"};
+  gain events{board};
   if (!once)
     return follow(board, std::move(events));
   return events.show() ? 0 : fail(std::string{"standard output: "} + std::strerror(errno));

@@ -9,6 +9,7 @@
 #include "dravik.h"
 #include "launcher/commands.hpp"
 
+#include <cerrno>
 #include <cmath>
 #include <map>
 #include <unistd.h>
@@ -29,9 +30,8 @@ public:
   /// A file that is not there yet is empty.
   std::string &operator[](const std::string &inside) {
     const auto [found, is_new] = texts_.try_emplace(inside);
-    const std::string path = board_ + "/" + inside;
     std::string error;
-    if (is_new && !read_file(path, found->second, error) && ::access(path.c_str(), F_OK) == 0)
+    if (is_new && !read_text_in_board(board_, inside, found->second, error) && errno != ENOENT)
       unreadable_ = error;
     return found->second;
   }
@@ -45,7 +45,7 @@ public:
     if (!error.empty())
       return false;
     for (const auto &[inside, text] : texts_)
-      if (!replace_file(board_ + "/" + inside, text, error))
+      if (!replace_in_board(board_, inside, text, error))
         return false;
     return card_move_ == nullptr || card_move_(board_, error);
   }

@@ -54,12 +54,14 @@ png::picture picture_of(const screen &shown, const panel &state, const std::stri
 std::string read_board(const std::string &board, screen &shown, panel &state, std::string &memory) {
   std::string text;
   std::string error;
-  if (!read_file(board + "/board.conf", text, error) || !read_file(board + "/dev/fb0", memory, error))
+  if (!read_text_in_board(board, "board.conf", text, error))
     return error;
   shown = read_screen(text);
   if (const char *nonsense = shown.nonsense())
     return board + "/board.conf: " + nonsense;
-  if (read_file(board + "/panel", text, error)) // there is none until an application pans or blanks
+  if (!read_in_board(board, "dev/fb0", shown.memory_bytes(), memory, error))
+    return error;
+  if (read_text_in_board(board, "panel", text, error)) // there is none until an application pans or blanks
     state = read_panel(text);
   if (uint64_t{state.xoffset} + shown.xres > shown.xres_virtual ||
       uint64_t{state.yoffset} + shown.yres > shown.yres_virtual)

@@ -3,6 +3,7 @@
 #include "preload/board_files.hpp"
 #include "base/unique_fd.hpp"
 #include "board/settings_text.hpp"
+#include "preload/board_links.hpp"
 #include "preload/chosen_board.hpp"
 #include "preload/preserve_errno.hpp"
 
@@ -59,16 +60,16 @@ std::string_view find_order(std::string_view faults, std::string_view request,
 bool name_board_file(const char *inside, char (&path)[longest_path]) noexcept {
   const char *board = board_directory();
   return board != nullptr &&
-         std::snprintf(path, sizeof path, "%s/%s", board, inside) < static_cast<int>(sizeof path);
+         std::snprintf(path, sizeof path, "%s/%s", board, inside) < static_cast<int>(sizeof path) &&
+         follow_board_links(path, std::strlen(board), last_link::followed);
 }
 
 } // namespace
 
 int open_board_file(const char *inside, int flags) noexcept {
   char path[longest_path];
-  return name_board_file(inside, path)
-             ? static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags | O_CLOEXEC, 0644))
-             : -1;
+  const bool is_found = name_board_file(inside, path) && ((flags & O_PATH) != 0 || !is_host_device(path));
+  return is_found ? static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags | O_CLOEXEC, 0644)) : -1;
 }
 
 void make_board_directory(const char *inside) noexcept {
@@ -80,7 +81,7 @@ void make_board_directory(const char *inside) noexcept {
 
 board_text::board_text(const char *inside) noexcept {
   const preserve_errno unchanged;
-  const unique_fd file{open_board_file(inside, O_RDONLY)};
+  const unique_fd file{open_board_file(inside, O_RDONLY | O_NONBLOCK)};
   while (file && length_ < sizeof text_) {
     const ssize_t count = read_plainly(file.get(), text_ + length_, sizeof text_ - length_);
     if (count <= 0)
@@ -154,6 +155,8 @@ void record_event(const char *format, ...) noexcept {
   const int length = std::vsnprintf(line, sizeof line - 1, format, arguments);
   va_end(arguments);
   const size_t kept = std::min(static_cast<size_t>(std::max(length, 0)), sizeof line - 2);
+  std::replace_if(
+      line, line + kept, [](char character) { return character == '\n' || character == '\0'; }, ' ');
   line[kept] = '\n';
   append_to_board_file("events", {line, kept + 1});
 }

@@ -1,6 +1,7 @@
 // The calls that put another program in the place of this process, or beside it. The C library's own go to
 // the kernel without each other's help, so each is here.
 
+#include "board/program_file.hpp"
 #include "board/settings_text.hpp"
 #include "preload/next.hpp"
 #include "preload/shell_commands.hpp"
@@ -32,7 +33,7 @@ int failed_with(int error) noexcept {
 
 SIM_DEFINE(int, execve, (const char *path, word_vector words, word_vector variables)) {
   const auto next = SIM_NEXT(execve);
-  return failed_with(start_program(path, board_path{path}, words, variables,
+  return failed_with(start_program(path, seen_path{path}, words, variables,
                                    [=](const char *program, word_vector with, word_vector in) {
                                      next(program, with, in);
                                      return errno;
@@ -66,7 +67,7 @@ SIM_DEFINE(int, fexecve, (int descriptor, word_vector words, word_vector variabl
   const auto next = SIM_NEXT(fexecve);
   const auto next_of_path = SIM_NEXT(execve);
   const descriptor_path file{descriptor};
-  return failed_with(start_program(file.name, board_path{file.link}, words, variables,
+  return failed_with(start_program(file.name, seen_path{file.link}, words, variables,
                                    [=](const char *program, word_vector with, word_vector in) {
                                      if (program == command_runner())
                                        next_of_path(program, with, in);
@@ -111,8 +112,9 @@ template <typename Attempt> void search_path(const char *name, Attempt attempt) 
 /// A text that the kernel does not know for a script is one of the shell.
 int become_program_or_script(const char *path, word_vector words, word_vector variables) noexcept {
   sim_execve(path, words, variables);
-  if (errno != ENOEXEC)
-    return errno;
+  const int error = errno;
+  if (error != ENOEXEC || !judge_program(seen_path{path}).is_the_kernels)
+    return error;
   const size_t count = count_variables(words);
   auto **shell_words = static_cast<char **>(__builtin_alloca((count + 3) * sizeof(char *)));
   shell_words[0] = const_cast<char *>("/bin/sh");
@@ -226,7 +228,7 @@ SIM_DEFINE(int, posix_spawn,
             word_vector words, word_vector variables)) {
   const auto next = SIM_NEXT(posix_spawn);
   restart_if_asked(path);
-  return start_program(path, board_path{path}, words, variables,
+  return start_program(path, seen_path{path}, words, variables,
                        [=](const char *program, word_vector with, word_vector in) {
                          return next(child, program, actions, attributes, with, in);
                        });
@@ -254,5 +256,5 @@ SIM_DEFINE(int, posix_spawn_file_actions_addopen,
 
 SIM_DEFINE(int, posix_spawn_file_actions_addchdir_np,
            (posix_spawn_file_actions_t * actions, const char *path)) {
-  return SIM_NEXT(posix_spawn_file_actions_addchdir_np)(actions, board_path{path});
+  return SIM_NEXT(posix_spawn_file_actions_addchdir_np)(actions, seen_path{path});
 }

@@ -46,13 +46,13 @@ template <typename Status> int tell_of_card(const char *name, int result, Status
 } // namespace
 } // namespace dravik::sim
 
-using dravik::sim::board_path;
 using dravik::sim::descriptor_name;
+using dravik::sim::seen_path;
 using dravik::sim::tell_of_card;
 
 #define SIM_OF_PATH(call, record)                                                                            \
   SIM_DEFINE(int, call, (const char *path, struct record *status)) {                                         \
-    const board_path mapped{path};                                                                           \
+    const seen_path mapped{path};                                                                            \
     return tell_of_card(mapped.name(), SIM_NEXT(call)(mapped, status), status);                              \
   }
 

@@ -16,6 +16,9 @@
 namespace dravik::sim {
 namespace {
 
+/// Of the file that stands for it: that of the largest screen that a launcher makes.
+constexpr uint64_t largest_memory = uint64_t{16384} * 4 * 16384;
+
 screen current_screen() noexcept {
   return read_screen(board_text{"board.conf"});
 }
@@ -34,7 +37,10 @@ void keep(const panel &state) noexcept {
 int grow_to_full_memory(int descriptor, int) noexcept {
   const preserve_errno unchanged;
   struct stat status;
-  const auto size = static_cast<off_t>(current_screen().memory_bytes());
+  const uint64_t bytes = current_screen().memory_bytes();
+  const auto size = static_cast<off_t>(std::min(bytes, largest_memory));
+  if (bytes > largest_memory)
+    record_event("fb0: its memory is cut off at %llu bytes", static_cast<unsigned long long>(largest_memory));
   if (::fstat(descriptor, &status) != 0 || status.st_size >= size)
     return descriptor;
   if (!set_board_file_length("dev/fb0", size))

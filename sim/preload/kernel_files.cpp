@@ -4,7 +4,6 @@
 #include "base/unique_fd.hpp"
 #include "preload/preserve_errno.hpp"
 
-#include <climits>
 #include <sys/mman.h>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
@@ -23,11 +22,14 @@ bool may_be_of_the_board(int descriptor) noexcept {
   return ::fstat(descriptor, &status) == 0 && (S_ISREG(status.st_mode) || S_ISFIFO(status.st_mode));
 }
 
-bool copy_all(int from, int to) noexcept {
-  ssize_t count;
-  while ((count = ::sendfile(to, from, nullptr, INT_MAX)) > 0) {
-  }
-  return count == 0 && ::lseek(to, 0, SEEK_SET) == 0;
+constexpr size_t longest_report = 1 << 20; ///< what is behind that is not seen
+
+bool copy_report(int from, int to) noexcept {
+  size_t left = longest_report;
+  ssize_t count = 1;
+  while (left > 0 && (count = ::sendfile(to, from, nullptr, left)) > 0)
+    left -= static_cast<size_t>(count);
+  return count >= 0 && ::lseek(to, 0, SEEK_SET) == 0;
 }
 
 } // namespace
@@ -51,7 +53,7 @@ int as_it_stands(int descriptor, int flags) noexcept {
     return descriptor;
   unique_fd file{descriptor};
   unique_fd copy{::memfd_create("report", (flags & O_CLOEXEC) != 0 ? MFD_CLOEXEC : 0)};
-  return copy && copy_all(file.get(), copy.get()) ? copy.release() : file.release();
+  return copy && copy_report(file.get(), copy.get()) ? copy.release() : file.release();
 }
 
 file_kind kind_behind(int descriptor) noexcept {

@@ -27,6 +27,8 @@ bool may_open(const board_path &path, int flags) noexcept {
   int fault = ordered_fault("open", path.name());
   if (fault == 0 && wants_to_write(flags) && is_on_card(path.name()) && card_is_read_only())
     fault = EROFS;
+  if (fault == 0 && is_host_device(path))
+    fault = EACCES; // which a stranger has put there
   if (fault != 0)
     errno = fault;
   return fault == 0;
@@ -53,9 +55,18 @@ int finish_open(const board_path &path, int flags, int descriptor) noexcept {
 }
 
 /// Opens by any of the C library's own definitions, `next`, which takes a path and flags.
-template <typename Next> int open_mapped(const char *name, int directory, int flags, Next next) noexcept {
-  const board_path path{name, directory};
+template <typename Next> int open_path(const board_path &path, int flags, Next next) noexcept {
   return may_open(path, flags) ? finish_open(path, flags, next(path, kernel_flags(path.kind(), flags))) : -1;
+}
+
+bool follows_link(int flags) noexcept {
+  return (flags & O_NOFOLLOW) == 0 && (flags & (O_CREAT | O_EXCL)) != (O_CREAT | O_EXCL);
+}
+
+template <typename Next> int open_mapped(const char *name, int directory, int flags, Next next) noexcept {
+  const last_link last = follows_link(flags) ? last_link::followed : last_link::kept;
+  return wants_to_write(flags) ? open_path(board_path{name, directory, last}, flags, next)
+                               : open_path(seen_path{name, directory, last}, flags, next);
 }
 
 } // namespace
@@ -111,11 +122,17 @@ std::FILE *stream_over_descriptor(const char *path, const char *mode) noexcept {
 
 /// Other files the C library opens itself, by any of its definitions, `next`. It also cuts an attribute that
 /// is opened for writing, which is as good as taking the first write afresh.
-template <typename Next> std::FILE *open_stream(const char *path, const char *mode, Next next) noexcept {
-  const board_path mapped{path};
+template <typename Next>
+std::FILE *open_mapped_stream(const char *path, const board_path &mapped, const char *mode,
+                              Next next) noexcept {
   if (mapped.kind() == file_kind::device || mapped.kind() == file_kind::report)
     return stream_over_descriptor(path, mode);
   return may_open(mapped, flags_of_mode(mode)) ? next(mapped, mode) : nullptr;
+}
+
+template <typename Next> std::FILE *open_stream(const char *path, const char *mode, Next next) noexcept {
+  return wants_to_write(flags_of_mode(mode)) ? open_mapped_stream(path, board_path{path}, mode, next)
+                                             : open_mapped_stream(path, seen_path{path}, mode, next);
 }
 
 /// A device is not cut by being opened once more, and a port goes on after what was sent.

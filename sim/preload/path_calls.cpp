@@ -6,12 +6,20 @@
 
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <sys/types.h>
 
 namespace dravik::sim {
 namespace {
 
 using at = board_path;
+using link_at = link_path; ///< for calls that do not follow a link
+using seen_at = seen_path; ///< for calls that change nothing
+
+/// For calls that look at a file, and by their flags at the link itself.
+constexpr last_link by_flags(int flags) noexcept {
+  return (flags & AT_SYMLINK_NOFOLLOW) != 0 ? last_link::kept : last_link::followed;
+}
 
 /// A path that the C library gives back, as the application knows it.
 char *as_known(char *path) noexcept {
@@ -33,99 +41,107 @@ bool may_truncate(const board_path &path) noexcept {
 
 using dravik::sim::as_known;
 using dravik::sim::at;
+using dravik::sim::by_flags;
+using dravik::sim::last_link;
+using dravik::sim::link_at;
 using dravik::sim::may_truncate;
+using dravik::sim::seen_at;
 using timestamps = const void *;
 
 // Status of files.
-SIM_PASS(int, stat, (const char *path, void *status), (at{path}, status))
-SIM_PASS(int, stat64, (const char *path, void *status), (at{path}, status))
-SIM_PASS(int, lstat, (const char *path, void *status), (at{path}, status))
-SIM_PASS(int, lstat64, (const char *path, void *status), (at{path}, status))
+SIM_PASS(int, stat, (const char *path, void *status), (seen_at{path}, status))
+SIM_PASS(int, stat64, (const char *path, void *status), (seen_at{path}, status))
+SIM_PASS(int, lstat, (const char *path, void *status), (seen_at{path, AT_FDCWD, last_link::kept}, status))
+SIM_PASS(int, lstat64, (const char *path, void *status), (seen_at{path, AT_FDCWD, last_link::kept}, status))
 SIM_PASS(int, fstatat, (int from, const char *path, void *status, int flags),
-         (from, at{path, from}, status, flags))
+         (from, seen_at{path, from, by_flags(flags)}, status, flags))
 SIM_PASS(int, fstatat64, (int from, const char *path, void *status, int flags),
-         (from, at{path, from}, status, flags))
+         (from, seen_at{path, from, by_flags(flags)}, status, flags))
 SIM_PASS(int, statx, (int from, const char *path, int flags, unsigned wanted, void *status),
-         (from, at{path, from}, flags, wanted, status))
-SIM_PASS(int, __xstat, (int layout, const char *path, void *status), (layout, at{path}, status))
-SIM_PASS(int, __xstat64, (int layout, const char *path, void *status), (layout, at{path}, status))
-SIM_PASS(int, __lxstat, (int layout, const char *path, void *status), (layout, at{path}, status))
-SIM_PASS(int, __lxstat64, (int layout, const char *path, void *status), (layout, at{path}, status))
+         (from, seen_at{path, from, by_flags(flags)}, flags, wanted, status))
+SIM_PASS(int, __xstat, (int layout, const char *path, void *status), (layout, seen_at{path}, status))
+SIM_PASS(int, __xstat64, (int layout, const char *path, void *status), (layout, seen_at{path}, status))
+SIM_PASS(int, __lxstat, (int layout, const char *path, void *status),
+         (layout, seen_at{path, AT_FDCWD, last_link::kept}, status))
+SIM_PASS(int, __lxstat64, (int layout, const char *path, void *status),
+         (layout, seen_at{path, AT_FDCWD, last_link::kept}, status))
 SIM_PASS(int, __fxstatat, (int layout, int from, const char *path, void *status, int flags),
-         (layout, from, at{path, from}, status, flags))
+         (layout, from, seen_at{path, from, by_flags(flags)}, status, flags))
 SIM_PASS(int, __fxstatat64, (int layout, int from, const char *path, void *status, int flags),
-         (layout, from, at{path, from}, status, flags))
-SIM_PASS(long, pathconf, (const char *path, int name), (at{path}, name))
+         (layout, from, seen_at{path, from, by_flags(flags)}, status, flags))
+SIM_PASS(long, pathconf, (const char *path, int name), (seen_at{path}, name))
 
 // Permission.
-SIM_PASS(int, access, (const char *path, int mode), (at{path}, mode))
-SIM_PASS(int, eaccess, (const char *path, int mode), (at{path}, mode))
-SIM_PASS(int, euidaccess, (const char *path, int mode), (at{path}, mode))
+SIM_PASS(int, access, (const char *path, int mode), (seen_at{path}, mode))
+SIM_PASS(int, eaccess, (const char *path, int mode), (seen_at{path}, mode))
+SIM_PASS(int, euidaccess, (const char *path, int mode), (seen_at{path}, mode))
 SIM_PASS(int, faccessat, (int from, const char *path, int mode, int flags),
-         (from, at{path, from}, mode, flags))
+         (from, seen_at{path, from}, mode, flags))
 SIM_PASS(int, chmod, (const char *path, mode_t mode), (at{path}, mode))
 SIM_PASS(int, fchmodat, (int from, const char *path, mode_t mode, int flags),
-         (from, at{path, from}, mode, flags))
+         (from, at{path, from, by_flags(flags)}, mode, flags))
 SIM_PASS(int, chown, (const char *path, uid_t user, gid_t group), (at{path}, user, group))
-SIM_PASS(int, lchown, (const char *path, uid_t user, gid_t group), (at{path}, user, group))
+SIM_PASS(int, lchown, (const char *path, uid_t user, gid_t group), (link_at{path}, user, group))
 SIM_PASS(int, fchownat, (int from, const char *path, uid_t user, gid_t group, int flags),
-         (from, at{path, from}, user, group, flags))
+         (from, at{path, from, by_flags(flags)}, user, group, flags))
 
 // Attributes beyond those, which listing and copying programs look for.
 SIM_PASS(ssize_t, getxattr, (const char *path, const char *name, void *value, size_t size),
-         (at{path}, name, value, size))
+         (seen_at{path}, name, value, size))
 SIM_PASS(ssize_t, lgetxattr, (const char *path, const char *name, void *value, size_t size),
-         (at{path}, name, value, size))
-SIM_PASS(ssize_t, listxattr, (const char *path, char *names, size_t size), (at{path}, names, size))
-SIM_PASS(ssize_t, llistxattr, (const char *path, char *names, size_t size), (at{path}, names, size))
+         (seen_at{path, AT_FDCWD, last_link::kept}, name, value, size))
+SIM_PASS(ssize_t, listxattr, (const char *path, char *names, size_t size), (seen_at{path}, names, size))
+SIM_PASS(ssize_t, llistxattr, (const char *path, char *names, size_t size),
+         (seen_at{path, AT_FDCWD, last_link::kept}, names, size))
 SIM_PASS(int, setxattr, (const char *path, const char *name, const void *value, size_t size, int flags),
          (at{path}, name, value, size, flags))
 SIM_PASS(int, lsetxattr, (const char *path, const char *name, const void *value, size_t size, int flags),
-         (at{path}, name, value, size, flags))
+         (link_at{path}, name, value, size, flags))
 SIM_PASS(int, removexattr, (const char *path, const char *name), (at{path}, name))
-SIM_PASS(int, lremovexattr, (const char *path, const char *name), (at{path}, name))
+SIM_PASS(int, lremovexattr, (const char *path, const char *name), (link_at{path}, name))
 
 // Making, moving and removing.
-SIM_PASS(int, mkdir, (const char *path, mode_t mode), (at{path}, mode))
-SIM_PASS(int, mkdirat, (int from, const char *path, mode_t mode), (from, at{path, from}, mode))
-SIM_PASS(int, mkfifo, (const char *path, mode_t mode), (at{path}, mode))
-SIM_PASS(int, mkfifoat, (int from, const char *path, mode_t mode), (from, at{path, from}, mode))
-SIM_PASS(int, mknod, (const char *path, mode_t mode, dev_t device), (at{path}, mode, device))
+SIM_PASS(int, mkdir, (const char *path, mode_t mode), (link_at{path}, mode))
+SIM_PASS(int, mkdirat, (int from, const char *path, mode_t mode), (from, link_at{path, from}, mode))
+SIM_PASS(int, mkfifo, (const char *path, mode_t mode), (link_at{path}, mode))
+SIM_PASS(int, mkfifoat, (int from, const char *path, mode_t mode), (from, link_at{path, from}, mode))
+SIM_PASS(int, mknod, (const char *path, mode_t mode, dev_t device), (link_at{path}, mode, device))
 SIM_PASS(int, mknodat, (int from, const char *path, mode_t mode, dev_t device),
-         (from, at{path, from}, mode, device))
-SIM_PASS(int, rmdir, (const char *path), (at{path}))
-SIM_PASS(int, unlink, (const char *path), (at{path}))
-SIM_PASS(int, unlinkat, (int from, const char *path, int flags), (from, at{path, from}, flags))
-SIM_PASS(int, remove, (const char *path), (at{path}))
-SIM_PASS(int, rename, (const char *path, const char *new_path), (at{path}, at{new_path}))
+         (from, link_at{path, from}, mode, device))
+SIM_PASS(int, rmdir, (const char *path), (link_at{path}))
+SIM_PASS(int, unlink, (const char *path), (link_at{path}))
+SIM_PASS(int, unlinkat, (int from, const char *path, int flags), (from, link_at{path, from}, flags))
+SIM_PASS(int, remove, (const char *path), (link_at{path}))
+SIM_PASS(int, rename, (const char *path, const char *new_path), (link_at{path}, link_at{new_path}))
 SIM_PASS(int, renameat, (int from, const char *path, int to, const char *new_path),
-         (from, at{path, from}, to, at{new_path, to}))
+         (from, link_at{path, from}, to, link_at{new_path, to}))
 SIM_PASS(int, renameat2, (int from, const char *path, int to, const char *new_path, unsigned flags),
-         (from, at{path, from}, to, at{new_path, to}, flags))
-SIM_PASS(int, link, (const char *path, const char *new_path), (at{path}, at{new_path}))
+         (from, link_at{path, from}, to, link_at{new_path, to}, flags))
+SIM_PASS(int, link, (const char *path, const char *new_path), (link_at{path}, link_at{new_path}))
 SIM_PASS(int, linkat, (int from, const char *path, int to, const char *new_path, int flags),
-         (from, at{path, from}, to, at{new_path, to}, flags))
-SIM_PASS(int, symlink, (const char *target, const char *new_path), (target, at{new_path}))
-SIM_PASS(int, symlinkat, (const char *target, int to, const char *new_path), (target, to, at{new_path, to}))
+         (from, link_at{path, from}, to, link_at{new_path, to}, flags))
+SIM_PASS(int, symlink, (const char *target, const char *new_path), (target, link_at{new_path}))
+SIM_PASS(int, symlinkat, (const char *target, int to, const char *new_path),
+         (target, to, link_at{new_path, to}))
 SIM_PASS(int, utime, (const char *path, timestamps times), (at{path}, times))
 SIM_PASS(int, utimes, (const char *path, timestamps times), (at{path}, times))
-SIM_PASS(int, lutimes, (const char *path, timestamps times), (at{path}, times))
+SIM_PASS(int, lutimes, (const char *path, timestamps times), (link_at{path}, times))
 SIM_PASS(int, utimensat, (int from, const char *path, timestamps times, int flags),
-         (from, at{path, from}, times, flags))
+         (from, at{path, from, by_flags(flags)}, times, flags))
 
 // Directories.
-SIM_PASS(int, chdir, (const char *path), (at{path}))
-SIM_PASS(void *, opendir, (const char *path), (at{path}))
+SIM_PASS(int, chdir, (const char *path), (seen_at{path}))
+SIM_PASS(void *, opendir, (const char *path), (seen_at{path}))
 SIM_PASS(int, scandir, (const char *path, void *list, void *filter, void *order),
-         (at{path}, list, filter, order))
+         (seen_at{path}, list, filter, order))
 SIM_PASS(int, scandir64, (const char *path, void *list, void *filter, void *order),
-         (at{path}, list, filter, order))
+         (seen_at{path}, list, filter, order))
 SIM_PASS(int, nftw, (const char *path, void *visit, int descriptors, int flags),
-         (at{path}, visit, descriptors, flags))
+         (seen_at{path}, visit, descriptors, flags))
 SIM_PASS(int, nftw64, (const char *path, void *visit, int descriptors, int flags),
-         (at{path}, visit, descriptors, flags))
-SIM_PASS(int, ftw, (const char *path, void *visit, int descriptors), (at{path}, visit, descriptors))
-SIM_PASS(int, ftw64, (const char *path, void *visit, int descriptors), (at{path}, visit, descriptors))
+         (seen_at{path}, visit, descriptors, flags))
+SIM_PASS(int, ftw, (const char *path, void *visit, int descriptors), (seen_at{path}, visit, descriptors))
+SIM_PASS(int, ftw64, (const char *path, void *visit, int descriptors), (seen_at{path}, visit, descriptors))
 
 // Length. No device has one that could be set.
 SIM_DEFINE(int, truncate, (const char *path, off_t length)) {
@@ -139,24 +155,25 @@ SIM_DEFINE(int, truncate64, (const char *path, off64_t length)) {
 }
 
 // Names that the C library gives back.
-SIM_PASS(ssize_t, readlink, (const char *path, char *text, size_t size), (at{path}, text, size))
+SIM_PASS(ssize_t, readlink, (const char *path, char *text, size_t size),
+         (seen_at{path, AT_FDCWD, last_link::kept}, text, size))
 SIM_PASS(ssize_t, __readlink_chk, (const char *path, char *text, size_t size, size_t room),
-         (at{path}, text, size, room))
+         (seen_at{path, AT_FDCWD, last_link::kept}, text, size, room))
 SIM_PASS(ssize_t, readlinkat, (int from, const char *path, char *text, size_t size),
-         (from, at{path, from}, text, size))
+         (from, seen_at{path, from, last_link::kept}, text, size))
 SIM_PASS(ssize_t, __readlinkat_chk, (int from, const char *path, char *text, size_t size, size_t room),
-         (from, at{path, from}, text, size, room))
+         (from, seen_at{path, from, last_link::kept}, text, size, room))
 
 SIM_DEFINE(char *, realpath, (const char *path, char *resolved)) {
-  return as_known(SIM_NEXT(realpath)(at{path}, resolved));
+  return as_known(SIM_NEXT(realpath)(seen_at{path}, resolved));
 }
 
 SIM_DEFINE(char *, __realpath_chk, (const char *path, char *resolved, size_t room)) {
-  return as_known(SIM_NEXT(__realpath_chk)(at{path}, resolved, room));
+  return as_known(SIM_NEXT(__realpath_chk)(seen_at{path}, resolved, room));
 }
 
 SIM_DEFINE(char *, canonicalize_file_name, (const char *path)) {
-  return as_known(SIM_NEXT(canonicalize_file_name)(at{path}));
+  return as_known(SIM_NEXT(canonicalize_file_name)(seen_at{path}));
 }
 
 SIM_DEFINE(char *, getcwd, (char *text, size_t size)) {

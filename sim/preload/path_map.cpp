@@ -4,12 +4,14 @@
 #include "base/unique_fd.hpp"
 #include "board/settings_text.hpp"
 #include "preload/preserve_errno.hpp"
+#include "preload/process_board.hpp"
 
 #include <algorithm>
 #include <charconv>
 #include <climits>
 #include <cstring>
 #include <string_view>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -114,6 +116,27 @@ private:
   bool left_board_ = false;
 };
 
+/// /tmp is the board's but for what is named in board_trees, which always is, and for the directories that
+/// stay the host's.
+bool is_in_open_tree(const char *path) noexcept {
+  constexpr std::string_view tree = "/tmp";
+  return std::string_view{path}.starts_with(tree) &&
+         (path[tree.size()] == '/' || path[tree.size()] == '\0') && !is_left_to_host(path);
+}
+
+bool is_fixed(const char *path) noexcept {
+  return std::ranges::any_of(
+      board_trees, [=](const board_tree &tree) { return std::string_view{path}.starts_with(tree.path); });
+}
+
+bool exists(const char *path) noexcept {
+  struct statx status = {};
+  return ::syscall(SYS_statx, AT_FDCWD, path, AT_SYMLINK_NOFOLLOW, STATX_TYPE, &status) == 0;
+}
+
+/// What a link that leads out of the board is taken for: no such file, whatever the call.
+constexpr const char *outside = "/proc/self/outside-the-board";
+
 bool ends_like_a_directory(std::string_view path) noexcept {
   return path.ends_with('/') || path.ends_with("/.");
 }
@@ -175,7 +198,7 @@ file_kind kind_of(const char *path) noexcept {
     if (inside)
       return tree.kind;
   }
-  return file_kind::none;
+  return is_in_open_tree(path) ? file_kind::plain : file_kind::none;
 }
 
 const char *name_on_board(const char *host_path) noexcept {
@@ -183,15 +206,25 @@ const char *name_on_board(const char *host_path) noexcept {
   return name != nullptr && kind_of(name) != file_kind::none ? name : nullptr;
 }
 
-board_path::board_path(const char *path, int directory) noexcept : path_(path) {
+board_path::board_path(const char *path, int directory, last_link last) noexcept : path_(path) {
   const char *board = board_directory();
   if (board == nullptr || path == nullptr || *path == '\0')
     return;
   const preserve_errno unchanged;
-  map(board, path, directory);
+  map(board, path, directory, last);
 }
 
-void board_path::map(const char *board, const char *path, int directory) noexcept {
+void board_path::see_host_file() noexcept {
+  const preserve_errno unchanged;
+  if (kind_ != file_kind::plain || path_ != text_ || !is_in_open_tree(name_) || is_fixed(name_) ||
+      exists(path_) || !exists(name_))
+    return;
+  path_ = name_;
+  name_ = nullptr;
+  kind_ = file_kind::none;
+}
+
+void board_path::map(const char *board, const char *path, int directory, last_link last) noexcept {
   const size_t board_length = std::strlen(board);
   if (board_length >= longest_path) {
     path_ = overlong.text;
@@ -215,7 +248,8 @@ void board_path::map(const char *board, const char *path, int directory) noexcep
   kind_ = is_inside_already ? file_kind::none : kind_of(name);
   if (kind_ != file_kind::none) {
     name_ = name;
-    path_ = text_;
+    path_ = !whole.overflowed() && !follow_board_links(text_, board_length, last) ? outside : text_;
+    kind_ = kind_of(name) != file_kind::none ? kind_of(name) : file_kind::plain;
   } else if (whole.left_board() && !is_inside_already) {
     path_ = *name != '\0' ? name : "/"; // by a directory that only the board has
   }

@@ -1,6 +1,7 @@
 // The paths of a board, and where they lie in the board's directory.
 #pragma once
 
+#include "preload/board_links.hpp"
 #include "preload/chosen_board.hpp"
 
 #include <cstddef>
@@ -31,7 +32,8 @@ const char *name_on_board(const char *host_path) noexcept;
 /// otherwise. Nothing is allocated; lives on the stack for the time of the call.
 class board_path {
 public:
-  explicit board_path(const char *path, int directory = AT_FDCWD) noexcept;
+  explicit board_path(const char *path, int directory = AT_FDCWD,
+                      last_link last = last_link::followed) noexcept;
   board_path(const board_path &) = delete;
   board_path &operator=(const board_path &) = delete;
 
@@ -40,13 +42,34 @@ public:
   /// The path as the application knows it, tidied; only for a path of the board.
   const char *name() const noexcept { return name_; }
 
+protected:
+  /// Where the board's /tmp has no such file and the host's has one, that is taken.
+  void see_host_file() noexcept;
+
 private:
-  void map(const char *board, const char *path, int directory) noexcept;
+  void map(const char *board, const char *path, int directory, last_link last) noexcept;
 
   const char *path_;
   const char *name_ = nullptr;
   file_kind kind_ = file_kind::none;
   char text_[longest_path]; // left as it is until it is needed
+};
+
+/// The same for a call that works on a link itself.
+class link_path : public board_path {
+public:
+  explicit link_path(const char *path, int directory = AT_FDCWD) noexcept
+      : board_path(path, directory, last_link::kept) {}
+};
+
+/// The same for a call that changes nothing: what lies in the host's /tmp alone can be seen there.
+class seen_path : public board_path {
+public:
+  explicit seen_path(const char *path, int directory = AT_FDCWD,
+                     last_link last = last_link::followed) noexcept
+      : board_path(path, directory, last) {
+    see_host_file();
+  }
 };
 
 /// What an application calls the file behind an open descriptor; null when it is not of the board.

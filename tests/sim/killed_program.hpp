@@ -71,7 +71,7 @@ private:
     for (const std::string &word : command)
       arguments.push_back(const_cast<char *>(word.c_str()));
     arguments.push_back(nullptr);
-    ::unsetenv("DRAVIK_BOARD");
+    leave_board();
     ::setenv("ASAN_OPTIONS", "detect_leaks=0", 1); // the leak check cannot run under ptrace()
     const int nowhere = ::open("/dev/null", O_WRONLY);
     ::dup2(nowhere, STDOUT_FILENO);

@@ -452,4 +452,62 @@ TEST_F(SimLauncher, ShotSaysWhatIsWrong) {
                at("desk") + "/panel: shows more than there is");
 }
 
+// --- boards from strangers ---
+
+class SimStrangeBoard : public SimLauncher {
+protected:
+  SimStrangeBoard() { launch({"new", at("desk"), "--size", "10x10", "--card", "0"}); }
+  void link(const std::string &target, const std::string &inside) const {
+    std::filesystem::remove(at("desk/" + inside));
+    std::filesystem::create_symlink(target, at("desk/" + inside));
+  }
+};
+
+TEST_F(SimStrangeBoard, ShotReadsWhatTheScreenHasOfAHugeMemory) {
+  std::filesystem::resize_file(at("desk/dev/fb0"), uint64_t{40} << 30);
+  EXPECT_EQ(launch({"shot", at("desk"), at("shot.png")}).exit_status(), 0);
+}
+
+TEST_F(SimStrangeBoard, HugeTextIsRefused) {
+  std::filesystem::resize_file(at("desk/board.conf"), uint64_t{40} << 30);
+  expect_error(launch({"shot", at("desk"), at("shot.png")}), 1, at("desk") + "/board.conf: is larger than");
+  expect_error(launch({"set", at("desk"), "accel=0,0,0"}), 1, at("desk") + "/board.conf: is larger than");
+}
+
+TEST_F(SimStrangeBoard, ApplicationMayOpenAMemoryThatIsTooLarge) {
+  write("desk/board.conf", "xres=10\nyres=10\nline_length=4000000000\nyres_virtual=4000000000\n", 0644);
+  launch({"run", at("desk"), "--", "sh", "-c", "head -c 1 /dev/fb0 >/dev/null"});
+  EXPECT_EQ(std::filesystem::file_size(at("desk/dev/fb0")), uint64_t{1} << 30);
+}
+
+TEST_F(SimStrangeBoard, EventsAreShownWithoutControlCharacters) {
+  write("desk/events", "led: \x1b]0;title\x07red\r\n", 0644);
+  EXPECT_EQ(launch({"events", at("desk"), "--once"}).output, "led: \\x1b]0;title\\x07red\\x0d\n");
+}
+
+TEST_F(SimStrangeBoard, EventsStartWithTheEndOfAHugeFile) {
+  std::filesystem::resize_file(at("desk/events"), uint64_t{40} << 30);
+  EXPECT_EQ(launch({"events", at("desk"), "--once"}).output.size(), size_t{16} << 22); // NULs as \x00
+}
+
+TEST_F(SimStrangeBoard, LinksOutOfItAreNotFollowed) {
+  write("secret", "xres=10\nyres=10\n", 0644);
+  link(at("secret"), "events");
+  EXPECT_EQ(launch({"events", at("desk"), "--once"}).output, "");
+  link(at("secret"), "dev/fb0");
+  EXPECT_EQ(launch({"shot", at("desk"), at("shot.png")}).exit_status(), 1);
+  link(at("secret"), "gpio/68");
+  launch({"set", at("desk"), "gpio.68=1"});
+  link(at(""), "sound");
+  launch({"run", at("desk"), "--", PLAYS_A_SOUND});
+  EXPECT_EQ(text_of("secret"), "xres=10\nyres=10\n");
+  EXPECT_FALSE(std::filesystem::exists(at("played.wav")));
+}
+
+TEST_F(SimStrangeBoard, PipeInThePlaceOfAFileIsNotWaitedFor) {
+  std::filesystem::remove(at("desk/dev/fb0"));
+  ASSERT_EQ(::mkfifo(at("desk/dev/fb0").c_str(), 0666), 0);
+  EXPECT_EQ(launch({"shot", at("desk"), at("shot.png")}).exit_status(), 1);
+}
+
 } // namespace

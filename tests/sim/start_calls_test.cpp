@@ -99,7 +99,7 @@ const way ways[] = {
        const pid_t child = ::vfork(); // NOLINT
        if (child == 0) {
          ::execve(program, arguments, no_variables);
-         ::_exit(127);
+         ::_exit(errno);
        }
        ::_exit(status_of(child));
      }},

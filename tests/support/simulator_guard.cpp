@@ -140,6 +140,8 @@ void require_simulator() {
     if (simulator_defines(call))
       require_simulated(call);
   offer_sound_card(SOUND_CARD_DIRECTORY);
+  std::error_code code;
+  ::dravik_sim_use_host_directories(std::filesystem::temp_directory_path(code).c_str());
   const char *current = ::dravik_sim_board();
   const std::string before = current != nullptr ? current : nowhere;
   bool in_charge;

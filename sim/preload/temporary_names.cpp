@@ -1,0 +1,53 @@
+// The calls that make files and directories with names of their own choice, which they put into the caller's
+// pattern: what is made below /tmp is made on the board.
+
+#include "preload/next.hpp"
+#include "preload/path_map.hpp"
+
+#include <algorithm>
+#include <cstring>
+
+namespace dravik::sim {
+namespace {
+
+constexpr size_t chosen_characters = 6;
+
+/// Lets `make` work on a pattern of the board's directory, and puts what it has chosen into the caller's.
+template <typename Make> auto make_by_pattern(char *pattern, int suffix_length, Make make) noexcept {
+  const board_path mapped{pattern};
+  if (mapped.kind() == file_kind::none)
+    return make(pattern);
+  char text[longest_path];
+  const size_t length = std::min(std::strlen(mapped), sizeof text - 1);
+  *std::copy_n(static_cast<const char *>(mapped), length, text) = '\0';
+  const auto made = make(text);
+  const size_t changed = std::min(chosen_characters + static_cast<size_t>(std::max(suffix_length, 0)),
+                                  std::min(length, std::strlen(pattern)));
+  std::copy_n(text + length - changed, changed, pattern + std::strlen(pattern) - changed);
+  return made;
+}
+
+} // namespace
+} // namespace dravik::sim
+
+using dravik::sim::make_by_pattern;
+
+#define SIM_BY_PATTERN(name, parameters, suffix_length, arguments)                                           \
+  SIM_DEFINE(int, name, parameters) {                                                                        \
+    return make_by_pattern(pattern, suffix_length, [=](char *text) { return SIM_NEXT(name) arguments; });    \
+  }
+
+SIM_BY_PATTERN(mkstemp, (char *pattern), 0, (text))
+SIM_BY_PATTERN(mkstemp64, (char *pattern), 0, (text))
+SIM_BY_PATTERN(mkostemp, (char *pattern, int flags), 0, (text, flags))
+SIM_BY_PATTERN(mkostemp64, (char *pattern, int flags), 0, (text, flags))
+SIM_BY_PATTERN(mkstemps, (char *pattern, int suffix), suffix, (text, suffix))
+SIM_BY_PATTERN(mkstemps64, (char *pattern, int suffix), suffix, (text, suffix))
+SIM_BY_PATTERN(mkostemps, (char *pattern, int suffix, int flags), suffix, (text, suffix, flags))
+SIM_BY_PATTERN(mkostemps64, (char *pattern, int suffix, int flags), suffix, (text, suffix, flags))
+
+SIM_DEFINE(char *, mkdtemp, (char *pattern)) {
+  const bool is_made =
+      make_by_pattern(pattern, 0, [](char *text) { return SIM_NEXT(mkdtemp)(text) != nullptr; });
+  return is_made ? pattern : nullptr;
+}
