@@ -165,6 +165,51 @@ TEST_F(SimShell, DdTouchesNoFileOfTheHost) {
   EXPECT_FALSE(board_.exists("tmp/ptb"));
 }
 
+TEST_F(SimShell, DdTakesTheLastOfSeveralOutputs) {
+  board_.write("tmp/mbr.img", "bytes");
+  dravik::test::stderr_capture said;
+  EXPECT_EQ(run("dd of=/tmp/ptb if=/tmp/mbr.img of=" + witness()), 1);
+  EXPECT_FALSE(board_.exists("witness"));
+  EXPECT_FALSE(board_.exists("tmp/ptb"));
+  EXPECT_EQ(run("dd of=" + witness() + " if=/tmp/mbr.img of=/tmp/ptb"), 0);
+  EXPECT_FALSE(board_.exists("witness"));
+  EXPECT_EQ(board_.read("tmp/ptb"), "bytes");
+}
+
+TEST_F(SimShell, DdCopiesBlocksFromAndToTheirPlaces) {
+  board_.write("tmp/mbr.img", "0123456789abcdef");
+  board_.write("tmp/ptb", "................");
+  EXPECT_EQ(run("dd if=/tmp/mbr.img of=/tmp/ptb bs=2 skip=3 seek=1 count=2 conv=notrunc 2>/dev/null"), 0);
+  EXPECT_EQ(board_.read("tmp/ptb"), "..6789..........");
+  EXPECT_EQ(run("dd if=/tmp/mbr.img of=/tmp/ptb bs=2 seek=1 count=1 2>/dev/null"), 0);
+  EXPECT_EQ(board_.read("tmp/ptb"), "..01");
+  EXPECT_EQ(run("dd if=/dev/zero of=/tmp/ptb bs=1k count=2x2 2>/dev/null"), 0);
+  EXPECT_EQ(board_.read("tmp/ptb"), std::string(4096, '\0'));
+}
+
+/// As GNU dd says it, but for the time and the rate.
+TEST_F(SimShell, DdCountsRecords) {
+  board_.write("tmp/mbr.img", std::string(1300, 'm'));
+  dravik::test::stderr_capture said;
+  EXPECT_EQ(run("dd if=/tmp/mbr.img of=/tmp/ptb"), 0);
+  EXPECT_THAT(said.take(),
+              testing::StartsWith("2+1 records in\n2+1 records out\n1300 bytes (1.3 kB, 1.3 KiB) copied, "));
+  EXPECT_EQ(run("dd if=/tmp/mbr.img of=/tmp/ptb bs=1300 status=noxfer"), 0);
+  EXPECT_EQ(said.take(), "1+0 records in\n1+0 records out\n");
+}
+
+TEST_F(SimShell, DdTellsWhatFails) {
+  board_.write("dev/mmcblk0", std::string(512, 'c'));
+  dravik::test::stderr_capture said;
+  EXPECT_EQ(run("dd if=/tmp/add/absent of=/tmp/ptb"), 1);
+  EXPECT_EQ(said.take(), "dd: failed to open '/tmp/add/absent': No such file or directory\n");
+  EXPECT_EQ(run("dd if=/dev/zero of=/dev/mmcblk0 count=2 status=none"), 1);
+  EXPECT_EQ(said.take(), "dd: error writing '/dev/mmcblk0': No space left on device\n");
+  for (const char *operand : {"bs=0", "bs=x", "count=99999999999999999999", "conv=swab", "bs", "frob=1"})
+    EXPECT_EQ(run(std::string{"dd if=/dev/zero of=/tmp/ptb "} + operand), 1) << operand;
+  EXPECT_FALSE(board_.exists("tmp/ptb"));
+}
+
 TEST_F(SimShell, DdLeavesALockedCardAlone) {
   dravik::test::stderr_capture said;
   board_.write("dev/mmcblk0", std::string(1024, 'c'));
