@@ -2,6 +2,7 @@
 
 #include "dravik.h"
 #include "support/board.hpp"
+#include "support/leave_board.hpp"
 #include "support/log_lines.hpp"
 
 #include <filesystem>
@@ -26,9 +27,11 @@ protected:
   void make_log_of(size_t size) const { write_file(path_, bytes(size, '\n')); }
 
   /// A new process that logs one line and ends without cleaning up.
-  static void run_program(const char *message) {
+  void run_program(const char *message) const {
     const pid_t child = ::fork();
     if (child == 0) {
+      dravik::test::leave_board(); // the program links the simulator, and a sanitizer's library comes first
+      ::setenv("DRAVIK_BOARD", board_.path().c_str(), 1);
       ::execl(EVENT_LOG_PROGRAM, EVENT_LOG_PROGRAM, message, static_cast<char *>(nullptr));
       ::_exit(127);
     }
