@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <fcntl.h>
 #include <string_view>
 #include <sys/ioctl.h>
@@ -73,7 +74,11 @@ extern "C" {
 using namespace dravik::board;
 
 int32_t gpio_init() noexcept {
-  gpiofd = is_driver_loaded() ? ::open(device_path, O_RDWR) : -1;
+  gpiofd = -1;
+  if (is_driver_loaded())
+    gpiofd = ::open(device_path, O_RDWR);
+  else
+    errno = ENODEV;
   if (gpiofd >= 0)
     return 0;
   std::perror(device_path);
