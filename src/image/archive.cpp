@@ -268,8 +268,8 @@ void paint(const art &what, position at, uint16_t fg, uint16_t bg) noexcept {
   for (uint32_t n = 0; n < what.height; ++n) {
     if (oversized)
       part = memory.part_of(at.x, int64_t{at.y} + n, what.width);
-    paint_row(fb::step(on.at(at.x, at.y), n * on.pitch), what.pixels + n * row_bytes, part, table,
-              bg == DRAVIK_TRANSPARENT);
+    paint_row(fb::step(on.at(at), static_cast<ptrdiff_t>(n) * on.pitch), what.pixels + n * row_bytes, part,
+              table, bg == DRAVIK_TRANSPARENT);
   }
 }
 
