@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 namespace dravik::sim {
@@ -84,6 +85,7 @@ int start(const run_request &request, const run_directories &directories) {
   std::string program;
   std::string library;
   std::string error;
+  ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0); // so that programs with other rights run with the caller's
   if (!find_application(request.application[0], program, error) || !find_own_library(library, error))
     return fail(error);
   ::setenv("DRAVIK_BOARD", directories.board.c_str(), 1);

@@ -1,11 +1,15 @@
 // The calls that make files and directories with names of their own choice, which they put into the caller's
-// pattern: what is made below /tmp is made on the board.
+// pattern: what is made below /tmp is made on the board. The files without a name of tmpfile() too, which the
+// C library makes without a call that could be interposed.
 
 #include "preload/next.hpp"
 #include "preload/path_map.hpp"
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <unistd.h>
 
 namespace dravik::sim {
 namespace {
@@ -27,10 +31,24 @@ template <typename Make> auto make_by_pattern(char *pattern, int suffix_length, 
   return made;
 }
 
+std::FILE *make_unnamed() noexcept {
+  char pattern[] = "/tmp/tmpfXXXXXX";
+  const int file = ::mkstemp(pattern); // by the definition below
+  if (file < 0)
+    return nullptr;
+  ::unlink(pattern);
+  std::FILE *stream = ::fdopen(file, "w+");
+  if (stream == nullptr)
+    ::close(file);
+  return stream;
+}
+
 } // namespace
 } // namespace dravik::sim
 
+using dravik::sim::board_directory;
 using dravik::sim::make_by_pattern;
+using dravik::sim::make_unnamed;
 
 #define SIM_BY_PATTERN(name, parameters, suffix_length, arguments)                                           \
   SIM_DEFINE(int, name, parameters) {                                                                        \
@@ -50,4 +68,12 @@ SIM_DEFINE(char *, mkdtemp, (char *pattern)) {
   const bool is_made =
       make_by_pattern(pattern, 0, [](char *text) { return SIM_NEXT(mkdtemp)(text) != nullptr; });
   return is_made ? pattern : nullptr;
+}
+
+SIM_DEFINE(std::FILE *, tmpfile, ()) {
+  return board_directory() != nullptr ? make_unnamed() : SIM_NEXT(tmpfile)();
+}
+
+SIM_DEFINE(std::FILE *, tmpfile64, ()) {
+  return board_directory() != nullptr ? make_unnamed() : SIM_NEXT(tmpfile64)();
 }

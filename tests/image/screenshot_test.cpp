@@ -192,9 +192,15 @@ TEST_F(Screenshot, OfAnUnwritableCardFails) {
 }
 
 TEST_F(Screenshot, OfAFullCardFails) {
-  std::filesystem::create_symlink("/dev/full", board_.path("tmp/mmcblk0p1/q7_090507.bmp"));
+  rlimit limit;
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+  ::signal(SIGXFSZ, SIG_IGN);
+  const rlimit full = {0, limit.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &full), 0);
   const size_t before = open_descriptors();
-  EXPECT_EQ(fb_get_bmp_file(pixels_.data()), -1);
+  const int result = fb_get_bmp_file(pixels_.data());
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+  EXPECT_EQ(result, -1);
   EXPECT_EQ(open_descriptors(), before);
 }
 

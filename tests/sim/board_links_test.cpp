@@ -104,10 +104,9 @@ TEST_F(SimBoardLinks, OfTheSimulatorsOwnFilesLeadNowhereOutside) {
 }
 
 TEST_F(SimBoardLinks, DeviceInABoardIsNotOpened) {
-  if (::geteuid() != 0)
-    GTEST_SKIP() << "only root can make one";
   board_.remove("dev/ambad");
-  ASSERT_EQ(::mknod(board_.path("dev/ambad").c_str(), S_IFCHR | 0666, 0x103), 0); // /dev/null
+  ASSERT_EQ(::mknod(board_.path("dev/ambad").c_str(), S_IFCHR | 0666, 0),
+            0); // the one number that needs no rights
   EXPECT_EQ(::open("/dev/ambad", O_RDWR), -1);
   EXPECT_EQ(errno, EACCES);
 }

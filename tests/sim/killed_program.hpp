@@ -1,6 +1,7 @@
 // A program that is killed, with all its children, at one of its system calls.
 #pragma once
 
+#include "support/leave_board.hpp"
 #include "support/program.hpp"
 
 #include <array>

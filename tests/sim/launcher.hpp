@@ -1,7 +1,7 @@
 // The launcher, run as people run it. LAUNCHER is its path.
 #pragma once
 
-#include "board/use_board.h"
+#include "support/leave_board.hpp"
 #include "support/serial_keeper.hpp"
 
 #include <algorithm>
@@ -40,7 +40,7 @@ inline std::string contents(FILE *file) {
   pointers.push_back(nullptr);
   ::dup2(output, STDOUT_FILENO);
   ::dup2(errors, STDERR_FILENO);
-  ::dravik_sim_use_board(nullptr);
+  leave_board();
   ::execvp(pointers[0], pointers.data());
   ::_exit(127);
 }

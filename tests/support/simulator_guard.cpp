@@ -117,9 +117,13 @@ void require_simulated(const char *call) {
 
 void guard_host() {
   sim::boundary_rules rules;
+  const char *current = ::dravik_sim_board();
+  const std::string before = current != nullptr ? current : nowhere;
+  ::dravik_sim_use_board(nullptr); // the host's own directories, also in a child on a board
   rules.writable = directories_of_tests();
   rules.reaction = sim::forbidden_call::kills;
   const sim::boundary granted = sim::enter_boundary(rules);
+  ::dravik_sim_use_board(before.c_str());
   if (!granted.calls_are_filtered && !granted.capabilities_are_dropped)
     die("This kernel cannot keep a test off this machine: it has no seccomp filter, and capabilities stay.");
 }
