@@ -37,83 +37,83 @@ TEST_F(ArtCheck, PixelsMayStandInAnyOrderAndWithGaps) {
 }
 
 TEST_F(ArtCheck, TooShortForAHeader) {
-  expect_findings({}, "the file has 0 bytes, too few for a header\n");
+  expect_findings({}, "truncated header: 0 bytes; must be at least 16\n");
   expect_findings(archive_bytes{}.text("KORVEXQ7").words({1}),
-                  "the file has 12 bytes, too few for a header\n");
+                  "truncated header: 12 bytes; must be at least 16\n");
 }
 
 TEST_F(ArtCheck, NotAnArchive) {
   bytes archive = sound_archive();
   archive[7] = '8';
-  expect_findings(archive, "not an archive: the file does not begin with KORVEXQ7\n");
+  expect_findings(archive, "not an archive; must start with KORVEXQ7\n");
 }
 
 TEST_F(ArtCheck, WrongLengthInTheHeader) {
   bytes archive = sound_archive();
   archive[12] = 54;
-  expect_findings(archive, "the header gives a length of 54 bytes, the file has 53\n");
+  expect_findings(archive, "invalid length 54 in the header; the file has 53 bytes\n");
   archive = sound_archive();
   archive.push_back(0);
-  expect_findings(archive, "the header gives a length of 53 bytes, the file has 54\n");
+  expect_findings(archive, "invalid length 53 in the header; the file has 54 bytes\n");
 }
 
 TEST_F(ArtCheck, NoImage) {
-  expect_findings(archive_bytes{}.text("KORVEXQ7").words({0, 16}), "the archive holds no image\n");
+  expect_findings(archive_bytes{}.text("KORVEXQ7").words({0, 16}), "contains no image\n");
 }
 
 TEST_F(ArtCheck, TableBeyondTheEnd) {
   bytes archive = sound_archive();
   put_word(archive, 8, 3); // the table would end at byte 64
-  expect_findings(archive, "the table of 3 images ends beyond the end of the file\n");
+  expect_findings(archive, "truncated table of 3 images\n");
   put_word(archive, 8, 0xFFFFFFFF);
-  expect_findings(archive, "the table of 4294967295 images ends beyond the end of the file\n");
+  expect_findings(archive, "truncated table of 4294967295 images\n");
 }
 
 TEST_F(ArtCheck, ReservedWord) {
   bytes archive = sound_archive();
   put_word(archive, 28, 7);
-  expect_findings(archive, "image 0: the last word of its record is 7, not 0\n");
+  expect_findings(archive, "image 0: last word of the record is 7; must be 0\n");
 }
 
 TEST_F(ArtCheck, ImagesWithoutPixels) {
   bytes archive = sound_archive();
   put_word(archive, 16, 0);
   put_word(archive, 36, 0);
-  expect_findings(archive, "image 0: is 0 x 2, nothing to draw\nimage 1: is 2 x 0, nothing to draw\n");
+  expect_findings(archive, "image 0: no pixels: 0 x 2\nimage 1: no pixels: 2 x 0\n");
 }
 
 TEST_F(ArtCheck, PixelsBeyondTheEnd) {
   bytes archive = sound_archive();
   put_word(archive, 40, 53);
-  expect_findings(archive, "image 1: its pixels end at byte 54 of a file of 53\n");
+  expect_findings(archive, "image 1: pixels end at byte 54; the file has 53 bytes\n");
   put_word(archive, 32, 0xFFFFFFFF);
   put_word(archive, 36, 0xFFFFFFFF);
   put_word(archive, 40, 0xFFFFFFFF);
   // 2^31 bytes a row, 2^32 - 1 rows, from 2^32 - 1 on.
-  expect_findings(archive, "image 1: its pixels end at byte 9223372039002259455 of a file of 53\n");
+  expect_findings(archive, "image 1: pixels end at byte 9223372039002259455; the file has 53 bytes\n");
 }
 
 TEST_F(ArtCheck, PixelsWithinTheTable) {
   bytes archive = sound_archive();
   put_word(archive, 40, 47);
-  expect_findings(archive, "image 1: its pixels begin at byte 47, within the header or table\n");
+  expect_findings(archive, "image 1: pixels start at byte 47, inside the header or the table\n");
   put_word(archive, 40, 0);
-  expect_findings(archive, "image 1: its pixels begin at byte 0, within the header or table\n");
+  expect_findings(archive, "image 1: pixels start at byte 0, inside the header or the table\n");
 }
 
 TEST_F(ArtCheck, SetBitsInTheUnusedHalfByte) {
   bytes archive = sound_archive();
   archive[49] = 0x31;
   archive[51] = 0xFF;
-  expect_findings(archive, "image 0: bits are set in the unused half of the last byte of 2 rows\n");
+  expect_findings(archive, "image 0: bits set in the unused half of the last byte of 2 rows\n");
 }
 
 TEST_F(ArtCheck, SharedPixels) {
   bytes archive = sound_archive();
   put_word(archive, 40, 51);
-  expect_findings(archive, "image 1: its pixels overlap those of image 0\n");
+  expect_findings(archive, "image 1: pixels overlap those of image 0\n");
   put_word(archive, 40, 50); // inside image 0
-  expect_findings(archive, "image 1: its pixels overlap those of image 0\n");
+  expect_findings(archive, "image 1: pixels overlap those of image 0\n");
 }
 
 TEST_F(ArtCheck, ALongImageOverlapsMoreThanItsNeighbour) {
@@ -123,8 +123,8 @@ TEST_F(ArtCheck, ALongImageOverlapsMoreThanItsNeighbour) {
                             .words({3, 74})
                             .words({2, 1, 65, 0, 2, 10, 64, 0, 2, 1, 70, 0})
                             .raw({0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
-  expect_findings(archive, "image 1: its pixels overlap those of image 0\n"
-                           "image 2: its pixels overlap those of image 1\n");
+  expect_findings(archive, "image 1: pixels overlap those of image 0\n"
+                           "image 2: pixels overlap those of image 1\n");
 }
 
 TEST_F(ArtCheck, SeveralFindingsOfOneArchive) {
@@ -132,9 +132,9 @@ TEST_F(ArtCheck, SeveralFindingsOfOneArchive) {
   put_word(archive, 12, 1);
   put_word(archive, 28, 1);
   put_word(archive, 40, 60);
-  expect_findings(archive, "the header gives a length of 1 bytes, the file has 53\n"
-                           "image 0: the last word of its record is 1, not 0\n"
-                           "image 1: its pixels end at byte 61 of a file of 53\n");
+  expect_findings(archive, "invalid length 1 in the header; the file has 53 bytes\n"
+                           "image 0: last word of the record is 1; must be 0\n"
+                           "image 1: pixels end at byte 61; the file has 53 bytes\n");
 }
 
 TEST_F(ArtCheck, AnEndlessListIsCutShort) {
@@ -142,8 +142,8 @@ TEST_F(ArtCheck, AnEndlessListIsCutShort) {
   archive.resize(16 * 102); // 101 records of zeros
   std::string lines;
   for (int i = 0; i < 100; ++i)
-    lines += "image " + std::to_string(i) + ": is 0 x 0, nothing to draw\n";
-  expect_findings(archive, lines + "more than 100 findings; the rest is left out\n");
+    lines += "image " + std::to_string(i) + ": no pixels: 0 x 0\n";
+  expect_findings(archive, lines + "more than 100 findings; the rest is omitted\n");
 }
 
 TEST_F(ArtCheck, RefusesWhatCannotBeRead) {
@@ -157,7 +157,7 @@ TEST_F(ArtCheck, RefusesAFileLongerThan32Bits) {
   std::filesystem::resize_file(at("long.q7"), 0x100000000);
   const run_result result = run({"check", "long.q7"});
   EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.err, "dravik-art: long.q7: longer than 4 GiB\n");
+  EXPECT_EQ(result.err, "dravik-art: long.q7: larger than 4 GiB\n");
 }
 
 TEST_F(ArtList, IndexSizeStartAndBytes) {
@@ -186,9 +186,9 @@ TEST_F(ArtList, RefusesWhatTheLibraryWouldNotLoad) {
   bytes archive = sound_archive();
   put_word(archive, 12, 52);
   write_bytes(at("a.q7"), archive);
-  expect_refusal({"list", "a.q7"}, 1, "a.q7: the header gives a length of 52 bytes, the file has 53");
+  expect_refusal({"list", "a.q7"}, 1, "a.q7: invalid length 52 in the header; the file has 53 bytes");
   write_text(at("b.q7"), "this is not an archive");
-  expect_refusal({"list", "b.q7"}, 1, "b.q7: not an archive: the file does not begin with KORVEXQ7");
+  expect_refusal({"list", "b.q7"}, 1, "b.q7: not an archive; must start with KORVEXQ7");
 }
 
 TEST_F(ArtList, SaysWhenItsOutputIsLost) {

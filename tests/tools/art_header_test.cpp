@@ -69,11 +69,11 @@ TEST_F(ArtHeader, TwoImagesOfOneNameAreRefused) {
   std::filesystem::create_directory(at("other"));
   write_dots({"a b.png", "other/a_b.png", "count.png", "h.png"});
   expect_refusal({"pack", "out.q7", "a b.png", "other/a_b.png", "--header", "ui.h"}, 1,
-                 "other/a_b.png: the name UI_A_B is taken by a b.png");
+                 "other/a_b.png: name UI_A_B already used by a b.png");
   expect_refusal({"pack", "out.q7", "count.png", "--header", "ui.h"}, 1,
-                 "count.png: the name UI_COUNT is taken by the number of images");
+                 "count.png: name UI_COUNT already used by the number of images");
   expect_refusal({"pack", "out.q7", "h.png", "--header", "ui.h"}, 1,
-                 "h.png: the name UI_H is taken by the header's guard");
+                 "h.png: name UI_H already used by the header's guard");
   expect_quiet_success({"pack", "out.q7", "a b.png", "other/a_b.png"}); // without a header all is well
 }
 
@@ -84,7 +84,7 @@ TEST_F(ArtHeader, ReplacesOnlyAHeaderOfItsOwn) {
   EXPECT_NE(read_text(at("ui.h")).find("UI_B"), std::string::npos);
   write_text(at("main.h"), "#include <stdio.h>\n");
   expect_refusal({"pack", "out.q7", "a.png", "--header", "main.h"}, 1,
-                 "main.h: a file of another kind has this name, not replaced");
+                 "main.h: exists in another format; not replaced");
 }
 
 TEST_F(ArtHeader, NeitherFileChangesWhenOneCannotBeWritten) {
@@ -92,5 +92,5 @@ TEST_F(ArtHeader, NeitherFileChangesWhenOneCannotBeWritten) {
   write_bytes(at("out.q7"), sound_archive());
   expect_refusal({"pack", "out.q7", "a.png", "--header", "no/ui.h"}, 1, "no/ui.h: No such file or directory");
   expect_refusal({"pack", "out.q7", "a.png", "--header", ""}, 2,
-                 "pack: --header needs a file name (--help tells how)");
+                 "pack: invalid --header ''; must be a file name");
 }

@@ -291,22 +291,21 @@ TEST_F(ArtPreview, ReplacesAPictureButNoOtherFile) {
   convert({"xc:red", "out.png"});
   expect_quiet_success({"preview", "a.q7", "1", "out.png"});
   EXPECT_EQ(read_picture("out.png").width, 2u);
-  expect_refusal({"preview", "a.q7", "1", "a.q7"}, 1,
-                 "a.q7: a file of another kind has this name, not replaced");
+  expect_refusal({"preview", "a.q7", "1", "a.q7"}, 1, "a.q7: exists in another format; not replaced");
 }
 
 TEST_F(ArtPreview, RefusesAnImageThatIsNotThere) {
   write_bytes(at("a.q7"), sound_archive());
   for (const std::string index : {"2", "4294967294"})
     expect_refusal({"preview", "a.q7", index, "out.png"}, 1,
-                   "a.q7: has no image " + index + ", the last is 1");
+                   "a.q7: invalid image " + index + "; must be 0 to 1");
 }
 
 TEST_F(ArtPreview, RefusesAnImageThatCannotBeDrawn) {
   bytes archive = sound_archive();
   put_word(archive, 36, 2);
   write_bytes(at("a.q7"), archive);
-  const std::string why = "a.q7: image 1: its pixels end at byte 54 of a file of 53";
+  const std::string why = "a.q7: image 1: pixels end at byte 54; the file has 53 bytes";
   expect_refusal({"preview", "a.q7", "1", "out.png"}, 1, why);
   expect_refusal({"preview", "a.q7", "all", "out.png"}, 1, why);
   expect_quiet_success({"preview", "a.q7", "0", "out.png"}); // the other one can
@@ -320,9 +319,9 @@ TEST_F(ArtPreview, RefusesPicturesThatNoOneCouldLookAt) {
   archive.resize(48 + 10000 + 20000);
   write_bytes(at("a.q7"), archive);
   expect_refusal({"preview", "a.q7", "all", "out.png"}, 1,
-                 "the picture would be 40016 x 20008 times 1, too large");
+                 "output too large: 40016 x 20008 pixels times 1; must be at most 67108864 pixels");
   expect_refusal({"preview", "a.q7", "0", "out.png", "--scale", "64"}, 1,
-                 "the picture would be 20000 x 1 times 64, too large");
+                 "output too large: 20000 x 1 pixels times 64; must be at most 67108864 pixels");
   expect_quiet_success({"preview", "a.q7", "0", "out.png", "--scale", "8"});
 }
 
@@ -331,7 +330,7 @@ TEST_F(ArtPreview, KeepsTheOldPictureWhenItCannotWrite) {
   convert({"xc:red", "out.png"});
   expect_refusal({"preview", "a.q7", "0", "no/out.png"}, 1, "no/out.png: No such file or directory");
   std::filesystem::create_directory(at("folder"));
-  expect_refusal({"preview", "a.q7", "0", "folder"}, 1, "folder: not a regular file, not replaced");
+  expect_refusal({"preview", "a.q7", "0", "folder"}, 1, "folder: not a regular file; not replaced");
   const auto before = contents();
   const run_result result = run_with_full_disk("preview a.q7 0 out.png --ramps --scale 20");
   EXPECT_EQ(result.status, 1);
@@ -341,23 +340,23 @@ TEST_F(ArtPreview, KeepsTheOldPictureWhenItCannotWrite) {
 
 TEST_F(ArtPreview, RefusesWrongUse) {
   write_bytes(at("a.q7"), sound_archive());
-  const std::string how = " (--help tells how)";
+  const std::string colours = "; must be a name, 0x and RGB565, or # and RGB";
   const auto refuse = [&](std::vector<std::string> options, const std::string &line) {
     options.insert(options.begin(), {"preview", "a.q7", "0", "out.png"});
-    expect_refusal(options, 2, "preview: " + line + how);
+    expect_refusal(options, 2, "preview: " + line);
   };
   for (const std::string colour :
        {"", "pink", "0x", "0x12345", "0xG", "#12345", "#1234567", "#12345G", "7BEF", "-1", "0x-1"})
-    refuse({"--bg", colour}, "'" + colour + "' is not a colour that can stand there");
-  refuse({"--fg", "theme"}, "'theme' is not a colour that can stand there");
-  refuse({"--fg", "none"}, "'none' is not a colour that can stand there");
-  refuse({"--theme", "none"}, "'none' is not a colour that can stand there");
+    refuse({"--bg", colour}, "invalid colour '" + colour + "'" + colours + ", theme or none");
+  refuse({"--fg", "theme"}, "invalid colour 'theme'" + colours);
+  refuse({"--fg", "none"}, "invalid colour 'none'" + colours);
+  refuse({"--theme", "none"}, "invalid colour 'none'" + colours);
   for (const std::string scale : {"0", "65", "-1", "2x", "", "99999999999"})
-    refuse({"--scale", scale}, "--scale takes a number from 1 to 64");
+    refuse({"--scale", scale}, "invalid --scale '" + scale + "'; must be 1 to 64");
   refuse({"--ramps", "--bg", "white"},
-         "--ramps shows one image in all colours; all, --bg and --fg do not go with it");
-  refuse({"--ramps=yes"}, "option --ramps takes no value");
+         "invalid combination; --ramps requires one index and excludes --bg and --fg");
+  refuse({"--ramps=yes"}, "option '--ramps' accepts no value; try 'dravik-art preview --help'");
   for (const std::string index : {"first", "+1", "1.5", "4294967295", "99999999999", ""})
     expect_refusal({"preview", "a.q7", index, "out.png"}, 2,
-                   "preview: '" + index + "' is neither the number of an image nor all" + how);
+                   "preview: invalid image '" + index + "'; must be an index or all");
 }

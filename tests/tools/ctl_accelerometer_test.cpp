@@ -73,14 +73,13 @@ TEST_F(CtlAccel, SaysWhenItIsAnotherSensor) {
   std::string registers = board_.read("i2c/0x18");
   registers[0x0F] = 0x32;
   board_.write("i2c/0x18", registers);
-  expect_refusal({"accel"}, 1, "the accelerometer does not answer as it should (error G-Sensor ID : 32)");
+  expect_refusal({"accel"}, 1, "accelerometer: unexpected answer (error G-Sensor ID : 32)");
 }
 
 TEST_F(CtlAccel, SaysWhenItDoesNotAnswer) {
   board_.remove("i2c/0x18");
-  expect_refusal(
-      {"accel"}, 1,
-      "the accelerometer does not answer as it should (I2C write error: No such device or address)");
+  expect_refusal({"accel"}, 1,
+                 "accelerometer: unexpected answer (I2C write error: No such device or address)");
 }
 
 TEST_F(CtlAccel, SaysWhenItStopsAnswering) {
@@ -89,7 +88,7 @@ TEST_F(CtlAccel, SaysWhenItStopsAnswering) {
   board_.set_fault("read", "/dev/i2c-0");
   EXPECT_EQ(tool.finish(), 1);
   EXPECT_EQ(tool.errors(),
-            "dravik-ctl: the accelerometer cannot be read (unable to read I2C bus: Input/output error)\n");
+            "dravik-ctl: accelerometer: cannot be read (unable to read I2C bus: Input/output error)\n");
 }
 
 TEST_F(CtlAccel, VerboseShowsTheRegisters) {
@@ -104,17 +103,18 @@ TEST_F(CtlAccel, SaysWhenThereIsNoBus) {
   board_.remove("dev/i2c-0");
   expect_refusal(
       {"accel"}, 1,
-      "the accelerometer's bus cannot be opened (I2C open error : I2C_BUS_CH: No such file or directory)");
+      "accelerometer: bus cannot be opened (I2C open error : I2C_BUS_CH: No such file or directory)");
 }
 
 TEST_F(CtlAccel, RefusesWordsThatMakeNoSense) {
-  expect_misuse({"accel", "--count", "3"}, "accel: --count and --interval go with --watch");
-  expect_misuse({"accel", "--interval", "50"}, "accel: --count and --interval go with --watch");
+  expect_misuse({"accel", "--count", "3"}, "accel: missing --watch; --count and --interval require it");
+  expect_misuse({"accel", "--interval", "50"}, "accel: missing --watch; --count and --interval require it");
   for (const std::string count : {"0", "x", "-1"})
-    expect_misuse({"accel", "--watch", "--count=" + count}, "accel: --count takes a number from 1");
+    expect_misuse({"accel", "--watch", "--count=" + count},
+                  "accel: invalid --count '" + count + "'; must be at least 1");
   for (const std::string interval : {"9", "60001", "fast"})
     expect_misuse({"accel", "--watch", "--interval", interval},
-                  "accel: --interval takes a number from 10 to 60000");
+                  "accel: invalid --interval '" + interval + "'; must be 10 to 60000");
 }
 
 } // namespace

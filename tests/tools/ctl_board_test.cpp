@@ -29,7 +29,7 @@ TEST_F(CtlInfo, TellsTheScreen) {
 TEST_F(CtlInfo, TellsVersionKernelAndTime) {
   utsname names;
   ASSERT_EQ(::uname(&names), 0);
-  EXPECT_EQ(asked({"info"}, ".version"), DRAVIK_CTL_VERSION);
+  EXPECT_EQ(asked({"info"}, ".version"), DRAVIK_VERSION);
   EXPECT_EQ(asked({"info"}, ".kernel"),
             std::string{names.sysname} + " " + names.release + " " + names.machine);
   EXPECT_THAT(asked({"info"}, ".time"),
@@ -83,7 +83,7 @@ TEST_F(CtlInfo, TellsTheRegion) {
 
 TEST_F(CtlInfo, TextHasTheSameNames) {
   const std::string text = told({"info"});
-  EXPECT_THAT(text, testing::StartsWith("version: " DRAVIK_CTL_VERSION "\nkernel: "));
+  EXPECT_THAT(text, testing::StartsWith("version: " DRAVIK_VERSION "\nkernel: "));
   EXPECT_THAT(text, HasSubstr("\nscreen:\n  width: 640\n  height: 480\n  bits per pixel: 16\n"));
   EXPECT_THAT(text, HasSubstr("\nregion: -\n"));
   EXPECT_THAT(text, HasSubstr("\n  - name: lo\n    mac: -\n    ip: 127.0.0.1\n"));
@@ -113,9 +113,9 @@ TEST_F(CtlNet, TellsEveryInterfaceWithItsHardwareAddress) {
 }
 
 TEST_F(CtlNet, SaysWhenThereIsNoSuchInterface) {
-  expect_refusal({"net", "none0"}, 1, "there is no network interface none0");
-  expect_refusal({"net", "a-name-of-sixteen"}, 1, "there is no network interface a-name-of-sixteen");
-  expect_misuse({"net", "lo", "eth0"}, "net: too many arguments");
+  expect_refusal({"net", "none0"}, 1, "net: no interface 'none0'");
+  expect_refusal({"net", "a-name-of-sixteen"}, 1, "net: no interface 'a-name-of-sixteen'");
+  expect_usage_error({"net", "lo", "eth0"}, "extra argument 'eth0'");
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "board/card.hpp"
 #include "ctl_fixture.hpp"
 
+#include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -86,20 +87,36 @@ TEST_F(CtlCard, CheckSaysWhatIsWrong) {
     EXPECT_THAT(result.out, HasSubstr("healthy: no\n"));
     return result.err;
   };
-  EXPECT_EQ(complaint(), "dravik-ctl: there is no card\n");
+  EXPECT_EQ(complaint(), "dravik-ctl: card: not inserted\n");
   plug_in();
   mount("vfat ro");
-  EXPECT_EQ(complaint(), "dravik-ctl: the card is mounted for reading only\n");
+  EXPECT_EQ(complaint(), "dravik-ctl: card: mounted read-only\n");
   mount("ext4 rw");
-  EXPECT_EQ(complaint(), "dravik-ctl: the card's file system or partition is not FAT32\n");
+  EXPECT_EQ(complaint(), "dravik-ctl: card: file system or partition is not FAT32\n");
   mount("");
-  EXPECT_EQ(complaint(), "dravik-ctl: the card is not mounted\n");
+  EXPECT_EQ(complaint(), "dravik-ctl: card: not mounted\n");
   list_partitions(" 179        0    7761920 mmcblk0\n");
-  EXPECT_EQ(complaint(), "dravik-ctl: the card has no partition\n");
+  EXPECT_EQ(complaint(), "dravik-ctl: card: no partition\n");
   board_.write("gpio/68", "1\n");
-  EXPECT_EQ(complaint(), "dravik-ctl: the card is locked\n");
+  EXPECT_EQ(complaint(), "dravik-ctl: card: write-protected\n");
   board_.remove("proc/modules");
-  EXPECT_EQ(complaint(), "dravik-ctl: the GPIO driver does not tell whether the card is locked\n");
+  EXPECT_EQ(complaint(), "dravik-ctl: card: write-protect switch cannot be read without the GPIO driver\n");
+}
+
+TEST_F(CtlCard, WatchesTheState) {
+  plug_in();
+  const std::string line =
+      "present: yes, locked: no, partitioned: yes, mounted: yes, fat32: yes, writable: yes, "
+      "healthy: yes, status: 188, ";
+  EXPECT_THAT(told({"card", "--watch", "--count", "1"}), testing::StartsWith(line));
+  test::application tool{board_, DRAVIK_CTL, {"card", "--watch", "--interval", "10", "--json"}};
+  tool.await_output("\"locked\": false");
+  board_.write("gpio/68", "1\n");
+  tool.await_output("\"locked\": true");
+  tool.send(SIGTERM);
+  EXPECT_EQ(tool.finish(), 0);
+  EXPECT_EQ(tool.errors(), "");
+  expect_misuse({"card", "check", "--watch"}, "card: extra --watch; must be without 'check'");
 }
 
 TEST_F(CtlCard, CheckIsContentWithAHealthyCard) {
@@ -109,26 +126,27 @@ TEST_F(CtlCard, CheckIsContentWithAHealthyCard) {
 
 // Without a card: should the question for --yes ever be lost, no command runs all the same.
 TEST_F(CtlCard, DoesNotChangeTheCardUnlessThatIsMeant) {
-  expect_misuse({"card", "repair"}, "card: repair unmounts the card: say --yes if you mean it");
-  expect_misuse({"card", "partition"},
-                "card: partition destroys what the card holds: say --yes if you mean it");
-  expect_misuse({"card", "format"}, "card: format destroys what the card holds: say --yes if you mean it");
+  expect_misuse({"card", "repair"}, "card: missing --yes; repair unmounts the card");
+  expect_misuse({"card", "partition"}, "card: missing --yes; partition destroys the contents of the card");
+  expect_misuse({"card", "format"}, "card: missing --yes; format destroys the contents of the card");
   EXPECT_FALSE(board_.exists("tmp/debugfs") || board_.exists("tmp/mbr.img"));
 }
 
 TEST_F(CtlCard, ChangesNothingWhereThereIsNoCard) {
   for (const char *how : {"repair", "partition", "format"})
-    expect_refusal({"card", how, "--yes"}, 1, "there is no card");
+    expect_refusal({"card", how, "--yes"}, 1, "card: not inserted");
 }
 
 TEST_F(CtlCard, RefusesWordsThatMakeNoSense) {
-  expect_misuse({"card", "erase"}, "card: 'erase' is none of check, repair, partition, format");
-  expect_misuse({"card", "erase", "--yes"}, "card: 'erase' is none of check, repair, partition, format");
-  expect_misuse({"card", "check", "--yes"}, "card: --yes goes with repair, partition and format");
-  expect_misuse({"card", "--yes"}, "card: --yes goes with repair, partition and format");
+  expect_misuse({"card", "erase"},
+                "card: invalid action 'erase'; must be check, repair, partition or format");
+  expect_misuse({"card", "erase", "--yes"},
+                "card: invalid action 'erase'; must be check, repair, partition or format");
+  expect_misuse({"card", "check", "--yes"}, "card: extra --yes; must be with repair, partition or format");
+  expect_misuse({"card", "--yes"}, "card: extra --yes; must be with repair, partition or format");
   expect_misuse({"card", "--force-not-a-board"},
-                "card: --force-not-a-board goes with repair, partition and format");
-  expect_misuse({"card", "check", "now"}, "card: too many arguments");
+                "card: extra --force-not-a-board; must be with repair, partition or format");
+  expect_usage_error({"card", "check", "now"}, "extra argument 'now'");
 }
 
 /// A board with a real card. Nothing runs unless the simulator answers for the shell commands.
@@ -171,7 +189,7 @@ TEST_F(CtlCardRepair, SaysWhenTheCardIsNotMountedAfterwards) {
   const run_result result = run({"card", "repair", "--yes"});
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.out, "unmount: 0\ncheck: 0\nmount: 1\n");
-  EXPECT_THAT(result.err, testing::StartsWith("dravik-ctl: the card is not mounted after the repair"));
+  EXPECT_THAT(result.err, testing::StartsWith("dravik-ctl: card: not mounted after the repair"));
 }
 
 TEST_F(CtlCardRepair, FormatEmptiesTheCardAndRestarts) {
@@ -195,7 +213,7 @@ TEST_F(CtlCardRepair, PartitionWritesTheTableForTheWholeCard) {
 
 TEST_F(CtlCardRepair, PartitionRefusesACardOfAFewSectors) {
   board_.write("sys/block/mmcblk0/size", "2047\n");
-  expect_refusal({"card", "partition", "--yes"}, 1, "the card has 2047 sectors: too few for a partition");
+  expect_refusal({"card", "partition", "--yes"}, 1, "card: too small: 2047 sectors; must be at least 2048");
   EXPECT_TRUE(board_.events().empty());
 }
 
@@ -209,13 +227,12 @@ TEST_F(CtlCardRepair, NothingRunsOnALockedCard) {
   put_in_again(sim::card_lock::on);
   board_.clear_events();
   for (const char *how : {"repair", "partition", "format"})
-    expect_refusal({"card", how, "--yes"}, 1, "the card is locked");
+    expect_refusal({"card", how, "--yes"}, 1, "card: write-protected");
   EXPECT_TRUE(board_.events().empty());
 }
 
-constexpr const char *not_a_board =
-    "not a board: neither /dev/ambad nor /proc/ambarella exists; nothing is changed without "
-    "--force-not-a-board";
+constexpr const char *not_a_board = "card: not a board, /dev/ambad and /proc/ambarella are missing; nothing "
+                                    "changed; try --force-not-a-board";
 
 TEST_F(CtlCardRepair, RejectsAMachineThatIsNotABoard) {
   board_.remove("dev/ambad");
@@ -244,7 +261,8 @@ TEST_F(CtlCardRepair, ForceStillRequiresYes) {
 TEST_F(CtlCardRepair, TreatsAnUnknownLockAsLocked) {
   board_.remove("proc/modules");
   for (const char *how : {"repair", "partition", "format"})
-    expect_refusal({"card", how, "--yes"}, 1, "the GPIO driver does not tell whether the card is locked");
+    expect_refusal({"card", how, "--yes"}, 1,
+                   "card: write-protect switch cannot be read without the GPIO driver");
   EXPECT_TRUE(board_.events().empty());
 }
 
@@ -252,14 +270,14 @@ TEST_F(CtlCardRepair, ForceDoesNotOverrideALock) {
   put_in_again(sim::card_lock::on);
   board_.clear_events();
   for (const char *how : {"repair", "partition", "format"})
-    expect_refusal({"card", how, "--yes", "--force-not-a-board"}, 1, "the card is locked");
+    expect_refusal({"card", how, "--yes", "--force-not-a-board"}, 1, "card: write-protected");
   EXPECT_TRUE(board_.events().empty());
 }
 
 TEST_F(CtlCardRepair, WithoutAPartitionThereIsNothingToRepair) {
   board_.write("proc/partitions", "major minor  #blocks  name\n\n 179        0      65536 mmcblk0\n");
   for (const char *how : {"repair", "format"})
-    expect_refusal({"card", how, "--yes"}, 1, "the card has no partition");
+    expect_refusal({"card", how, "--yes"}, 1, "card: no partition");
   EXPECT_TRUE(board_.events().empty());
 }
 
@@ -299,7 +317,7 @@ TEST_F(CtlRecordings, TellsWhenAllSlotsAreUsed) {
 }
 
 TEST_F(CtlRecordings, SaysWhenThereIsNoFolder) {
-  expect_refusal({"recordings"}, 1, "the folder /tmp/mmcblk0p1/REC cannot be read");
+  expect_refusal({"recordings"}, 1, "recordings: /tmp/mmcblk0p1/REC cannot be read");
 }
 
 } // namespace

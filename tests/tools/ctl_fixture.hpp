@@ -64,8 +64,11 @@ protected:
     EXPECT_EQ(result.out, "");
     EXPECT_EQ(result.err, "dravik-ctl: " + line + "\n");
   }
-  void expect_misuse(const words &given, const std::string &line) const {
-    expect_refusal(given, 2, line + " (--help tells how)");
+  void expect_misuse(const words &given, const std::string &line) const { expect_refusal(given, 2, line); }
+
+  /// Expects a line that ends with the hint at the command's help.
+  void expect_usage_error(const words &given, const std::string &line) const {
+    expect_misuse(given, given[0] + ": " + line + "; try 'dravik-ctl " + given[0] + " --help'");
   }
 
   /// Puts a file on the board, and gives the name by which programs find it there.

@@ -25,11 +25,11 @@ TEST_F(CtlGpio, DrivesALine) {
 
 TEST_F(CtlGpio, SaysWhenTheDriverRefuses) {
   expect_refusal({"gpio", "get", "256"}, 1,
-                 "line 256 cannot be read (AMBA_DEBUG_IOC_GET_GPIO: Invalid argument)");
+                 "gpio: line 256 cannot be read (AMBA_DEBUG_IOC_GET_GPIO: Invalid argument)");
   board_.set_fault("set", "/dev/ambad");
   expect_refusal({"gpio", "set", "17", "1"}, 1,
-                 "line 17 cannot be driven (AMBA_DEBUG_IOC_SET_GPIO: Input/output error)");
-  expect_refusal({"led", "red"}, 1, "the LED cannot be set (AMBA_DEBUG_IOC_SET_GPIO: Input/output error)");
+                 "gpio: line 17 cannot be driven (AMBA_DEBUG_IOC_SET_GPIO: Input/output error)");
+  expect_refusal({"led", "red"}, 1, "led: cannot be set (AMBA_DEBUG_IOC_SET_GPIO: Input/output error)");
 }
 
 TEST_F(CtlGpio, SaysWhenTheDriverIsNotLoaded) {
@@ -39,19 +39,19 @@ TEST_F(CtlGpio, SaysWhenTheDriverIsNotLoaded) {
     const run_result result = run(given);
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.out, "");
-    EXPECT_THAT(result.err, StartsWith("dravik-ctl: the GPIO driver cannot be opened; is the module ambad "
-                                       "loaded? (/dev/ambad: "));
+    EXPECT_THAT(result.err, StartsWith("dravik-ctl: gpio: driver cannot be opened (/dev/ambad: "));
+    EXPECT_THAT(result.err, testing::EndsWith("); try 'modprobe ambad'\n"));
     EXPECT_EQ(std::ranges::count(result.err, '\n'), 1) << result.err;
   }
 }
 
 TEST_F(CtlGpio, RefusesWordsThatMakeNoSense) {
-  expect_misuse({"gpio", "read", "68"}, "gpio: 'read' is neither get nor set");
-  expect_misuse({"gpio", "get", "x"}, "gpio: 'x' is not the number of a line");
-  expect_misuse({"gpio", "get", "4294967296"}, "gpio: '4294967296' is not the number of a line");
-  expect_misuse({"gpio", "get", "68", "1"}, "gpio: get takes a line alone");
-  expect_misuse({"gpio", "set", "68"}, "gpio: set takes a line and a level, 0 or 1");
-  expect_misuse({"gpio", "set", "68", "2"}, "gpio: set takes a line and a level, 0 or 1");
+  expect_misuse({"gpio", "read", "68"}, "gpio: invalid action 'read'; must be get or set");
+  expect_misuse({"gpio", "get", "x"}, "gpio: invalid LINE 'x'; must be a number");
+  expect_misuse({"gpio", "get", "4294967296"}, "gpio: invalid LINE '4294967296'; must be a number");
+  expect_misuse({"gpio", "get", "68", "1"}, "gpio: extra LEVEL; must be 'get LINE'");
+  expect_misuse({"gpio", "set", "68"}, "gpio: missing or invalid LEVEL; must be 0 or 1");
+  expect_misuse({"gpio", "set", "68", "2"}, "gpio: missing or invalid LEVEL; must be 0 or 1");
 }
 
 using CtlLed = CtlTool;
@@ -68,7 +68,7 @@ TEST_F(CtlLed, ShowsEveryColour) {
 
 TEST_F(CtlLed, RefusesWhatIsNoColour) {
   for (const std::string word : {"blue", "RED", ""})
-    expect_misuse({"led", word}, "led: '" + word + "' is none of off, red, green, orange");
+    expect_misuse({"led", word}, "led: invalid colour '" + word + "'; must be off, red, green or orange");
 }
 
 } // namespace

@@ -107,29 +107,28 @@ TEST_F(CtlShow, DrawsAnImageOfAnArchive) {
 TEST_F(CtlShow, RefusesAnImageThatDoesNotLieOnTheScreen) {
   const std::string path = put_archive();
   expect_refusal({"show", path, "0", "--at", "633,476"}, 1,
-                 path + ": image 0 of 8 x 4 pixels does not lie on the screen");
+                 path + ": image 0 of 8 x 4 pixels does not fit on the screen there");
   expect_refusal({"show", path, "0", "--at", "0,477"}, 1,
-                 path + ": image 0 of 8 x 4 pixels does not lie on the screen");
+                 path + ": image 0 of 8 x 4 pixels does not fit on the screen there");
   const test::art_image wide = {642, 1, test::bytes(642, 15)};
   const std::string wide_path = put("wide.q7", archive_maker{.images = {wide}}.file());
   expect_refusal({"show", wide_path, "0"}, 1,
-                 wide_path + ": image 0 of 642 x 1 pixels does not lie on the screen");
+                 wide_path + ": image 0 of 642 x 1 pixels does not fit on the screen there");
   EXPECT_THAT(seen().colours(0, 0, 640, 480), ElementsAre(untouched));
 }
 
 TEST_F(CtlShow, RefusesImagesThatAreNotThere) {
   const std::string path = put_archive();
-  expect_refusal({"show", path, "2"}, 1, path + ": has 2 images");
-  expect_misuse({"show", path}, "show: which image of the archive?");
-  expect_misuse({"show", path, "first"}, "show: 'first' is not the number of an image");
+  expect_refusal({"show", path, "2"}, 1, path + ": invalid image 2; must be less than 2");
+  expect_misuse({"show", path}, "show: missing INDEX; an archive requires one");
+  expect_misuse({"show", path, "first"}, "show: invalid INDEX 'first'; must be a number");
   expect_misuse({"show", put("a.bmp", plain_bmp(4, 4, 0, 0, 0).file()), "0"},
-                "show: an INDEX goes with an archive");
+                "show: extra INDEX; only an archive accepts one");
 }
 
 TEST_F(CtlShow, RefusesAnArchiveThatIsCutOff) {
   const std::string path = put("cut.q7", std::string{"KORVEXQ7\1\0\0\0\xFF", 13});
-  expect_refusal({"show", path, "0"}, 1,
-                 path + ": is no archive that the library takes; dravik-art check tells more");
+  expect_refusal({"show", path, "0"}, 1, path + ": invalid archive; try 'dravik-art check'");
 }
 
 TEST_F(CtlShow, SaysWhatTheLibrarySays) {
@@ -146,41 +145,45 @@ TEST_F(CtlShow, RefusesADepthThatIsNotDrawn) {
   bmp_maker made = plain_bmp(4, 4, 0, 0, 0);
   made.bits = 2;
   const std::string path = put("odd.bmp", made.file());
-  expect_refusal({"show", path}, 1, path + ": 2 bits a pixel are not drawn");
+  expect_refusal({"show", path}, 1,
+                 path + ": unsupported depth 2; must be 1, 4, 8, 16, 24 or 32 bits per pixel");
 }
 
 TEST_F(CtlShow, RefusesFilesOfOtherKinds) {
   expect_refusal({"show", "none.bmp"}, 1, "none.bmp: No such file or directory");
   for (const std::string &content : {std::string{}, std::string{"B"}, std::string{"notes"}}) {
     const std::string path = put("notes", content);
-    expect_refusal({"show", path}, 1, path + ": is neither a BMP nor a JPEG picture nor an archive");
+    expect_refusal({"show", path}, 1, path + ": not a BMP, JPEG or archive");
   }
 }
 
 TEST_F(CtlShow, RefusesWordsThatMakeNoSense) {
   const std::string path = put("a.bmp", plain_bmp(4, 4, 0, 0, 0).file());
   for (const std::string place : {"7", "7,", ",7", "7,x", "-1,0", "1,2,3"})
-    expect_misuse({"show", path, "--at=" + place}, "show: --at takes two numbers, as 20,40");
-  expect_misuse({"show", path, "--clear", "none"}, "show: 'none' is not a colour that can stand there");
-  expect_misuse({"show", path, "--fg", "theme"}, "show: 'theme' is not a colour that can stand there");
-  expect_misuse({"show", path, "--bg", "pink"}, "show: 'pink' is not a colour that can stand there");
-  expect_refusal({"show", path, "--at", "640,0"}, 1, "the place of --at does not lie on the screen");
-  expect_refusal({"show", path, "--at", "0,480"}, 1, "the place of --at does not lie on the screen");
+    expect_misuse({"show", path, "--at=" + place}, "show: invalid --at '" + place + "'; must be X,Y");
+  expect_misuse({"show", path, "--clear", "none"},
+                "show: invalid colour 'none'; must be a name, 0x and RGB565, or # and RGB");
+  expect_misuse({"show", path, "--fg", "theme"},
+                "show: invalid colour 'theme'; must be a name, 0x and RGB565, or # and RGB");
+  expect_misuse({"show", path, "--bg", "pink"},
+                "show: invalid colour 'pink'; must be a name, 0x and RGB565, or # and RGB, theme or none");
+  expect_refusal({"show", path, "--at", "640,0"}, 1, "show: --at is off the screen");
+  expect_refusal({"show", path, "--at", "0,480"}, 1, "show: --at is off the screen");
 }
 
 TEST_F(CtlShow, SaysWhenTheScreenCannotBeDrawnOn) {
   const std::string path = put("a.bmp", plain_bmp(4, 4, 0, 0, 0).file());
   board_.set_fault("vscreeninfo", "/dev/fb0");
-  expect_refusal({"show", path}, 1, "the screen cannot be opened (error reading var info)");
+  expect_refusal({"show", path}, 1, "screen: cannot be opened (error reading var info)");
   board_.clear_faults();
   board_.set("bits_per_pixel", "32");
   board_.set("line_length", "2560");
-  expect_refusal({"show", path}, 1, "the screen has 32 bits a pixel, not 16");
+  expect_refusal({"show", path}, 1, "screen: unsupported depth 32; must be 16 bits per pixel");
   board_.set("bits_per_pixel", "16");
   board_.set("line_length", "4096");
-  expect_refusal({"show", path}, 1, "the screen's memory ends before its last line");
+  expect_refusal({"show", path}, 1, "screen: mapping ends before the last line");
   board_.remove("dev/fb0");
-  expect_refusal({"show", path}, 1, "the screen cannot be opened (error reading fixed info)");
+  expect_refusal({"show", path}, 1, "screen: cannot be opened (error reading fixed info)");
 }
 
 } // namespace

@@ -42,7 +42,7 @@ TEST_F(CtlRegion, TellsWhatTheApplicationSeesOfAnUnknownOne) {
 TEST_F(CtlRegion, SaysWhenTheDeviceHasNone) {
   expect_refusal({"region"}, 1, "/tmp/add/areacode.bin: cannot be opened");
   board_.write(region_file, "abcd");
-  expect_refusal({"region"}, 1, "/tmp/add/areacode.bin: stands for no region");
+  expect_refusal({"region"}, 1, "/tmp/add/areacode.bin: not a region");
 }
 
 TEST_F(CtlRegion, TellsThatOfAFile) {
@@ -54,8 +54,7 @@ TEST_F(CtlRegion, TellsThatOfAFile) {
 TEST_F(CtlRegion, SaysWhenAFileIsNone) {
   expect_refusal({"region", "/tmp/add/none"}, 1, "/tmp/add/none: No such file or directory");
   expect_refusal({"region", "/tmp/add"}, 1, "/tmp/add: not a regular file");
-  expect_refusal({"region", put("a.bin", std::string{"abcd"})}, 1,
-                 "/usr/local/dravik/a.bin: stands for no region");
+  expect_refusal({"region", put("a.bin", std::string{"abcd"})}, 1, "/usr/local/dravik/a.bin: not a region");
 }
 
 TEST_F(CtlRegion, WritesEveryKindOfNumber) {
@@ -78,8 +77,8 @@ TEST_F(CtlRegion, WritesByLetters) {
 TEST_F(CtlRegion, RefusesWhatIsNoRegion) {
   for (const std::string word : {"1024", "tw", "XX", "", "0x1"})
     expect_misuse({"region", "write", word, region_file},
-                  "region: '" + word +
-                      "' is neither a number from 0 to 1023 nor the letters of a known region");
+                  "region: invalid REGION '" + word +
+                      "'; must be 0 to 1023 or the letters of a known region");
   EXPECT_FALSE(board_.exists(region_file));
 }
 
@@ -91,13 +90,13 @@ TEST_F(CtlRegion, RefusesWordsThatMakeNoSense) {
           all.insert(all.end(), given.begin(), given.end());
           return all;
         }(),
-        "region: it takes a file, or write, a region and a file");
+        "region: invalid arguments; must be [FILE] or write REGION FILE");
 }
 
 TEST_F(CtlRegion, KeepsFilesOfAnotherKind) {
   const std::string path = put("notes.txt", std::string{"notes"});
-  expect_refusal({"region", "write", "86", path}, 1, path + ": is no region file, not replaced");
-  expect_refusal({"region", "write", "86", "/tmp/add"}, 1, "/tmp/add: is no region file, not replaced");
+  expect_refusal({"region", "write", "86", path}, 1, path + ": not a region file; not replaced");
+  expect_refusal({"region", "write", "86", "/tmp/add"}, 1, "/tmp/add: not a region file; not replaced");
   EXPECT_EQ(board_.read(path), "notes");
 }
 

@@ -2,6 +2,8 @@
 
 #include "ctl_fixture.hpp"
 
+#include <csignal>
+
 namespace dravik::ctl_test {
 namespace {
 
@@ -36,14 +38,14 @@ TEST_F(CtlAdc, TellsOneChannel) {
 
 TEST_F(CtlAdc, RefusesWhatIsNoChannel) {
   for (const std::string word : {"4", "-", "1x", "", "0x1"})
-    expect_misuse({"adc", word}, "adc: '" + word + "' is not a channel from 0 to 3");
-  expect_misuse({"adc", "1", "2"}, "adc: too many arguments");
+    expect_misuse({"adc", word}, "adc: invalid CHANNEL '" + word + "'; must be 0 to 3");
+  expect_usage_error({"adc", "1", "2"}, "extra argument '2'");
 }
 
 TEST_F(CtlAdc, SaysWhenThereIsNone) {
   board_.remove(adc_file);
-  expect_refusal({"adc"}, 1, std::string{"the analogue inputs cannot be read"} + no_adc);
-  expect_refusal({"adc", "2", "--json"}, 1, std::string{"the analogue inputs cannot be read"} + no_adc);
+  expect_refusal({"adc"}, 1, std::string{"adc: cannot be read"} + no_adc);
+  expect_refusal({"adc", "2", "--json"}, 1, std::string{"adc: cannot be read"} + no_adc);
 }
 
 TEST_F(CtlAdc, VerboseLetsTheLibrarySpeak) {
@@ -52,7 +54,7 @@ TEST_F(CtlAdc, VerboseLetsTheLibrarySpeak) {
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.out, "");
   EXPECT_EQ(result.err, std::string{"open /proc/ambarella/adc error!\n"
-                                    "dravik-ctl: the analogue inputs cannot be read"} +
+                                    "dravik-ctl: adc: cannot be read"} +
                             no_adc + "\n");
 }
 
@@ -74,7 +76,30 @@ TEST_F(CtlTemperature, TellsWhenTheInputIsBeyondRange) {
 
 TEST_F(CtlTemperature, SaysWhenThereIsNone) {
   board_.remove(adc_file);
-  expect_refusal({"temperature"}, 1, std::string{"the temperature cannot be read"} + no_adc);
+  expect_refusal({"temperature"}, 1, std::string{"temperature: cannot be read"} + no_adc);
+}
+
+TEST_F(CtlTemperature, Watches) {
+  board_.write(adc_file, "adc[0] = 0\nadc[1] = 050\n");
+  EXPECT_EQ(told({"temperature", "--watch", "--count", "2", "--interval", "10"}),
+            " 106.257      no\n 106.257      no\n");
+  test::application tool{board_, DRAVIK_CTL, {"temperature", "--watch", "--interval", "10", "--json"}};
+  tool.await_output("106.257");
+  board_.write(adc_file, "adc[0] = 0\nadc[1] = 2f7\n");
+  tool.await_output("{\"celsius\": -0.034, \"beyond_range\": false}\n");
+  tool.send(SIGINT);
+  EXPECT_EQ(tool.finish(), 0);
+  EXPECT_EQ(tool.errors(), "");
+  expect_misuse({"temperature", "--count", "1"},
+                "temperature: missing --watch; --count and --interval require it");
+}
+
+TEST_F(CtlTemperature, StopsWatchingWhenItCannotBeRead) {
+  test::application tool{board_, DRAVIK_CTL, {"temperature", "--watch", "--interval", "10"}};
+  tool.await_output("\n");
+  board_.remove(adc_file);
+  EXPECT_EQ(tool.finish(), 1);
+  EXPECT_EQ(tool.errors(), std::string{"dravik-ctl: temperature: cannot be read"} + no_adc + "\n");
 }
 
 using CtlHdmi = CtlTool;
@@ -88,8 +113,7 @@ TEST_F(CtlHdmi, TellsWhetherThereIsAMonitor) {
 }
 
 TEST_F(CtlHdmi, SaysWhenTheDriverSaysNeither) {
-  const std::string neither =
-      "the HDMI driver's report is missing, or says neither that there is a monitor nor that there is none";
+  const std::string neither = "hdmi: driver report missing or invalid";
   board_.write(edid_report, "EDID\n");
   expect_refusal({"hdmi"}, 1, neither);
   board_.remove(edid_report);
@@ -130,23 +154,23 @@ TEST_F(CtlBacklight, SwitchesWithoutAScreen) {
 TEST_F(CtlBacklight, RefusesWhatIsNoLevel) {
   for (const std::string word : {"1001", "1.5", "dim", "ON"})
     expect_misuse({"backlight", word},
-                  "backlight: '" + word + "' is neither on nor off nor a level from 0 to 1000");
+                  "backlight: invalid setting '" + word + "'; must be on, off or 0 to 1000");
   EXPECT_EQ(board_.read(brightness_file), "500\n");
 }
 
 TEST_F(CtlBacklight, SaysWhenTheDriverDoesNotTakeIt) {
   board_.set_fault("write", brightness_file);
-  expect_refusal({"backlight", "700"}, 1, "the backlight's driver did not take it");
+  expect_refusal({"backlight", "700"}, 1, "backlight: setting not accepted by the driver");
   board_.clear_faults();
   board_.set_fault("write", power_file);
-  expect_refusal({"backlight", "off"}, 1, "the backlight's driver did not take it");
+  expect_refusal({"backlight", "off"}, 1, "backlight: setting not accepted by the driver");
   EXPECT_EQ(told({"backlight", "700"}), "power: on\nbrightness: 700\n");
 }
 
 TEST_F(CtlBacklight, SaysWhenThereIsNone) {
   board_.remove(power_file);
   expect_refusal({"backlight", "700"}, 1,
-                 "the backlight's files in /sys/class/backlight/pwm-backlight.0/ cannot be opened");
+                 "backlight: files in /sys/class/backlight/pwm-backlight.0/ cannot be opened");
 }
 
 } // namespace

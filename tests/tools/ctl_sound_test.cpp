@@ -34,14 +34,13 @@ TEST_F(CtlPlay, PlaysAFileToItsEnd) {
 
 TEST_F(CtlPlay, SaysWhenThereIsNoCard) {
   board_.set_fault("open", "sound", "ENODEV");
-  expect_refusal({"play", put_wave()}, 1, "the sound device cannot be used (open PCM device failed error!)");
+  expect_refusal({"play", put_wave()}, 1, "play: sound device failed (open PCM device failed error!)");
   EXPECT_FALSE(board_.exists("sound/played.wav"));
 }
 
 TEST_F(CtlPlay, SaysWhenThePriorityIsRefused) {
   board_.set("realtime", "refused");
-  expect_refusal({"play", put_wave()}, 1,
-                 "the sound engine does not get a thread of real-time priority 90; try as root");
+  expect_refusal({"play", put_wave()}, 1, "play: real-time priority 90 not permitted; try as root");
 }
 
 TEST_F(CtlPlay, SaysWhenThereIsNoFile) {
@@ -51,7 +50,7 @@ TEST_F(CtlPlay, SaysWhenThereIsNoFile) {
 
 TEST_F(CtlPlay, RefusesAPathThatTheLibraryDoesNotTake) {
   const std::string path(256, 'x');
-  expect_refusal({"play", path}, 1, path + ": longer than the 255 characters that the library takes");
+  expect_refusal({"play", path}, 1, path + ": path too long; must be at most 255 characters");
 }
 
 using CtlMixer = CtlTool;
@@ -86,18 +85,19 @@ TEST_F(CtlMixer, SaysWhenTheMixerRefuses) {
     const run_result result = run(given);
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.out, "");
-    EXPECT_THAT(result.err, testing::StartsWith("dravik-ctl: the mixer did not take it"));
+    EXPECT_THAT(result.err, testing::StartsWith("dravik-ctl: mixer: setting failed"));
   }
 }
 
 TEST_F(CtlMixer, RefusesWhatIsNoVolume) {
   for (const std::string word : {"50", "120", "loud", "", "+20"})
-    expect_misuse({"volume", word}, "volume: '" + word + "' is none of mute, 0, 20, 40, 60, 80, 100");
+    expect_misuse({"volume", word},
+                  "volume: invalid PERCENT '" + word + "'; must be mute, 0, 20, 40, 60, 80 or 100");
 }
 
 TEST_F(CtlMixer, RefusesWhatIsNoSwitch) {
-  expect_misuse({"mic", "mute"}, "mic: 'mute' is neither on nor off");
-  expect_misuse({"mic"}, "mic: too few arguments");
+  expect_misuse({"mic", "mute"}, "mic: invalid switch 'mute'; must be on or off");
+  expect_usage_error({"mic"}, "missing on|off");
 }
 
 } // namespace

@@ -78,20 +78,19 @@ TEST_F(CtlText, FillsTheScreenUpToItsCorner) {
 }
 
 TEST_F(CtlText, DrawsNothingThatDoesNotLieOnTheScreen) {
-  const std::string line = "the text of 8 x 4 pixels does not lie on the screen there";
+  const std::string line = "text: 8 x 4 pixels do not fit on the screen there";
   expect_refusal({"text", "633", "476", "x"}, 1, line);
   expect_refusal({"text", "632", "477", "x"}, 1, line);
   expect_refusal({"text", "4294967295", "0", "x"}, 1, line);
   expect_refusal({"text", "0", "0", std::string(81, 'x')}, 1,
-                 "the text of 648 x 4 pixels does not lie on the screen there");
+                 "text: 648 x 4 pixels do not fit on the screen there");
   EXPECT_THAT(seen().colours(0, 0, 640, 480), ElementsAre(untouched));
 }
 
 TEST_F(CtlText, SaysWhenThereIsNoFont) {
   expect_refusal({"text", "0", "0", "x", "--font", "none.psf"}, 1, "none.psf: No such file or directory");
   const std::string path = put("bad.psf", std::string{"notes"});
-  expect_refusal({"text", "0", "0", "x", "--font", path}, 1,
-                 path + ": is no font that the library takes; /tmp/dravik.log tells more");
+  expect_refusal({"text", "0", "0", "x", "--font", path}, 1, path + ": invalid font; see /tmp/dravik.log");
 }
 
 TEST_F(CtlText, DrawsSmoothWithASize) {
@@ -130,7 +129,7 @@ TEST_F(CtlText, SmoothTextDrawsNothingThatDoesNotLieOnTheScreen) {
   const std::vector<uint16_t> before = board_.pixels();
   const run_result result = run({"text", std::to_string(last + 1), "200", "größer"});
   EXPECT_EQ(result.status, 1);
-  EXPECT_THAT(result.err, StartsWith("dravik-ctl: the text of " + width + " x "));
+  EXPECT_THAT(result.err, StartsWith("dravik-ctl: text: " + width + " x "));
   EXPECT_EQ(board_.pixels(), before);
 }
 
@@ -138,41 +137,44 @@ TEST_F(CtlText, SaysWhenNoSmoothFontHasTheCharacters) {
   add_smooth_fonts();
   expect_refusal(
       {"text", "0", "0", "\uE123"}, 1,
-      "/usr/local/dravik/font/DroidSansFallback.ttf: the text cannot be drawn (FT_Get_Char_Index failed!)");
+      "/usr/local/dravik/font/DroidSansFallback.ttf: text cannot be drawn (FT_Get_Char_Index failed!)");
   expect_refusal({"text", "0", "0", "x", "--font", "none.ttf"}, 1,
-                 "none.ttf: the text cannot be drawn (FT_New_Face failed!)");
+                 "none.ttf: text cannot be drawn (FT_New_Face failed!)");
 }
 
 TEST_F(CtlText, DropsSpacesAtTheEnd) {
   EXPECT_EQ(asked({"text", "0", "0", "a  "}, ".width"), "8");
-  expect_misuse({"text", "0", "0", "  "}, "text: there is no text");
-  expect_misuse({"text", "0", "0", ""}, "text: there is no text");
+  expect_misuse({"text", "0", "0", "  "}, "text: empty STRING; must contain text");
+  expect_misuse({"text", "0", "0", ""}, "text: empty STRING; must contain text");
 }
 
 TEST_F(CtlText, RefusesTextsThatTheLibraryDoesNotDraw) {
-  expect_misuse({"text", "0", "0", "a\xFC"}, "text: the text is not UTF-8");
-  expect_misuse({"text", "0", "0", "a\nb"}, "text: the text holds a control character");
+  expect_misuse({"text", "0", "0", "a\xFC"}, "text: invalid STRING; must be UTF-8");
+  expect_misuse({"text", "0", "0", "a\nb"}, "text: invalid STRING; must not contain control characters");
   expect_misuse({"text", "0", "0", "\U0001F697"},
-                "text: the text holds a character beyond U+FFFF, which the library does not draw");
-  expect_misuse({"text", "0", "0", std::string(129, 'x')}, "text: the text is longer than 128 characters");
+                "text: invalid STRING; must not contain characters above U+FFFF");
+  expect_misuse({"text", "0", "0", std::string(129, 'x')},
+                "text: STRING too long; must be at most 128 characters");
 }
 
 TEST_F(CtlText, RefusesWordsThatMakeNoSense) {
-  expect_misuse({"text", "0", "0"}, "text: too few arguments");
-  expect_misuse({"text", "a", "0", "x"}, "text: X and Y are numbers of pixels");
-  expect_misuse({"text", "0", "1.5", "x"}, "text: X and Y are numbers of pixels");
+  expect_usage_error({"text", "0", "0"}, "missing STRING");
+  expect_misuse({"text", "a", "0", "x"}, "text: invalid X or Y; must be numbers of pixels");
+  expect_misuse({"text", "0", "1.5", "x"}, "text: invalid X or Y; must be numbers of pixels");
   for (const std::string size : {"0", "97", "big"})
-    expect_misuse({"text", "0", "0", "x", "--size", size}, "text: --size takes a number from 1 to 96");
-  expect_misuse({"text", "0", "0", "x", "--fg", "pink"}, "text: 'pink' is not a colour that can stand there");
+    expect_misuse({"text", "0", "0", "x", "--size", size},
+                  "text: invalid --size '" + size + "'; must be 1 to 96");
+  expect_misuse({"text", "0", "0", "x", "--fg", "pink"},
+                "text: invalid colour 'pink'; must be a name, 0x and RGB565, or # and RGB");
   expect_misuse({"text", "0", "0", "ü", "--font", "a.psf"},
-                "text: bitmap fonts have one size, and ASCII characters only");
+                "text: invalid --font; bitmap fonts have one size and ASCII characters only");
   expect_misuse({"text", "0", "0", "x", "--size", "9", "--font", "a.psf"},
-                "text: bitmap fonts have one size, and ASCII characters only");
+                "text: invalid --font; bitmap fonts have one size and ASCII characters only");
 }
 
 TEST_F(CtlText, SaysWhenThereIsNoScreen) {
   board_.remove("dev/fb0");
-  expect_refusal({"text", "0", "0", "x"}, 1, "the screen cannot be opened (error reading fixed info)");
+  expect_refusal({"text", "0", "0", "x"}, 1, "screen: cannot be opened (error reading fixed info)");
 }
 
 } // namespace

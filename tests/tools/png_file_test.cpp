@@ -104,7 +104,7 @@ TEST_F(PngFile, DoesNotReplaceADevice) {
   ASSERT_EQ(::mkfifo(at("pipe").c_str(), 0600), 0);
   std::string error;
   EXPECT_FALSE(write(at("pipe"), plain(1, 0), error));
-  EXPECT_EQ(error, at("pipe") + ": not a regular file, not replaced");
+  EXPECT_EQ(error, at("pipe") + ": not a regular file; not replaced");
   EXPECT_TRUE(std::filesystem::is_fifo(at("pipe")));
 }
 

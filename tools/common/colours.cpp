@@ -61,7 +61,8 @@ std::optional<uint16_t> background_named(std::string_view text) noexcept {
 uint16_t colour_or_error(colour_reader *read, const std::string &text, std::string &error) {
   const std::optional<uint16_t> colour = read(text);
   if (!colour)
-    error = "'" + text + "' is not a colour that can stand there";
+    error = "invalid colour '" + text + "'; must be a name, 0x and RGB565, or # and RGB" +
+            (read == background_named ? ", theme or none" : "");
   return colour.value_or(0);
 }
 

@@ -29,7 +29,7 @@ std::optional<uint16_t> colour_named(std::string_view text) noexcept;
 /// A plain colour, or "theme" or "none".
 std::optional<uint16_t> background_named(std::string_view text) noexcept;
 
-/// Reads a colour, or says in `error` that it is none.
+/// Read a colour, or set `error` and return 0.
 using colour_reader = std::optional<uint16_t>(std::string_view) noexcept;
 uint16_t colour_or_error(colour_reader *read, const std::string &text, std::string &error);
 

@@ -1,4 +1,4 @@
-// Sorting of words by the rules of a command.
+// Sorting of arguments by the rules of a command.
 
 #include "common/command_line.hpp"
 
@@ -6,49 +6,50 @@
 
 namespace dravik::tools {
 
-bool command_line::parse(std::span<const char *const> words, std::span<const option_rule> rules,
-                         std::string &error) {
-  while (!words.empty()) {
-    const std::string_view word = words.front();
-    if (word == "--") {
-      operands_.insert(operands_.end(), words.begin() + 1, words.end());
+bool command_line::parse(std::span<const char *const> arguments, std::span<const option_rule> rules,
+                         size_t own_operands, std::string &error) {
+  while (!arguments.empty()) {
+    const std::string_view argument = arguments.front();
+    const bool is_end = argument == "--";
+    if (is_end || operands_.size() == own_operands) {
+      operands_.insert(operands_.end(), arguments.begin() + (is_end ? 1 : 0), arguments.end());
       return true;
     }
-    if (word.starts_with('-') && word.size() > 1) {
-      if (!take_option(words, rules, error))
+    if (argument.starts_with('-') && argument.size() > 1) {
+      if (!accept_option(arguments, rules, error))
         return false;
       continue;
     }
-    operands_.emplace_back(word);
-    words = words.subspan(1);
+    operands_.emplace_back(argument);
+    arguments = arguments.subspan(1);
   }
   return true;
 }
 
-bool command_line::take_option(std::span<const char *const> &words, std::span<const option_rule> rules,
-                               std::string &error) {
-  const std::string_view word = words.front();
-  words = words.subspan(1);
-  const std::string name{word.substr(0, word.find('='))};
-  const bool has_value = name.size() < word.size();
+bool command_line::accept_option(std::span<const char *const> &arguments, std::span<const option_rule> rules,
+                                 std::string &error) {
+  const std::string_view argument = arguments.front();
+  arguments = arguments.subspan(1);
+  const std::string name{argument.substr(0, argument.find('='))};
+  const bool has_value = name.size() < argument.size();
   const auto rule = std::ranges::find(rules, name, &option_rule::name);
   if (rule == rules.end())
-    error = "unknown option " + name;
+    error = "unknown option '" + name + "'";
   else if (has(name))
-    error = "option " + name + " given twice";
-  else if (has_value && !rule->takes_value)
-    error = "option " + name + " takes no value";
-  else if (!has_value && rule->takes_value && words.empty())
-    error = "option " + name + " needs a value";
+    error = "option '" + name + "' given twice";
+  else if (has_value && !rule->has_value)
+    error = "option '" + name + "' accepts no value";
+  else if (!has_value && rule->has_value && arguments.empty())
+    error = "option '" + name + "' requires a value";
   if (!error.empty())
     return false;
 
   std::string &value = options_[name];
   if (has_value) {
-    value = word.substr(name.size() + 1);
-  } else if (rule->takes_value) {
-    value = words.front();
-    words = words.subspan(1);
+    value = argument.substr(name.size() + 1);
+  } else if (rule->has_value) {
+    value = arguments.front();
+    arguments = arguments.subspan(1);
   }
   return true;
 }

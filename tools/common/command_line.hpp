@@ -1,4 +1,4 @@
-// The words of a command line, sorted into options and operands.
+// The arguments of a command, sorted into options and operands.
 #pragma once
 
 #include <map>
@@ -11,24 +11,24 @@ namespace dravik::tools {
 
 struct option_rule {
   std::string_view name; ///< with its two hyphens
-  bool takes_value;
+  bool has_value;
 };
 
 class command_line {
 public:
-  /// Sorts words: "--name VALUE", "--name=VALUE", "--flag", and after "--" operands only. On failure gives
-  /// false and says in `error` which word is wrong.
-  [[nodiscard]] bool parse(std::span<const char *const> words, std::span<const option_rule> rules,
-                           std::string &error);
+  /// Sort arguments: "--name VALUE", "--name=VALUE", "--flag"; operands only after "--", or after
+  /// `own_operands` operands, where one "--" is skipped. On failure returns false and sets `error`.
+  [[nodiscard]] bool parse(std::span<const char *const> arguments, std::span<const option_rule> rules,
+                           size_t own_operands, std::string &error);
 
   const std::vector<std::string> &operands() const noexcept { return operands_; }
   bool has(std::string_view option) const noexcept { return options_.find(option) != options_.end(); }
-  /// The value of an option, or `otherwise` when it was not given.
+  /// The value of an option, or `otherwise` if it was not given.
   std::string value(std::string_view option, std::string_view otherwise = {}) const;
 
 private:
-  bool take_option(std::span<const char *const> &words, std::span<const option_rule> rules,
-                   std::string &error);
+  bool accept_option(std::span<const char *const> &arguments, std::span<const option_rule> rules,
+                     std::string &error);
 
   std::vector<std::string> operands_;
   std::map<std::string, std::string, std::less<>> options_;

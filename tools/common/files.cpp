@@ -4,22 +4,33 @@
 
 #include "base/unique_fd.hpp"
 
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <limits>
+#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace dravik::tools {
 namespace {
 
-constexpr const char *unfinished_suffix = ".part-XXXXXX"; ///< as mkstemp() takes it
-
-mode_t by_umask(mode_t mode) noexcept {
-  const mode_t mask = ::umask(0);
-  ::umask(mask);
-  return mode & ~mask;
+/// Create something under a unique name next to `path`, with permissions by the umask. Not mkstemp(): on a
+/// simulated board it would act on the host. Returns the name, or an empty one with errno.
+template <class Create> std::string create_next_to(const std::string &path, Create create) {
+  constexpr int attempts = 100;
+  for (int i = 0; i < attempts; ++i) {
+    uint32_t number = 0;
+    if (::getrandom(&number, sizeof number, 0) != sizeof number)
+      return {};
+    const std::string name = path + ".part-" + std::to_string(number);
+    if (create(name.c_str()))
+      return name;
+    if (errno != EEXIST)
+      return {};
+  }
+  return {};
 }
 
 /// A rename must not put a file in the place of a device.
@@ -27,7 +38,7 @@ bool is_regular_or_absent(const std::string &path, std::string &error) {
   struct stat status;
   if (::stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode))
     return true;
-  error = path + ": not a regular file, not replaced";
+  error = path + ": not a regular file; not replaced";
   return false;
 }
 
@@ -58,24 +69,27 @@ unique_file open_regular(const std::string &path, std::string &error) {
 }
 
 bool read_file(const std::string &path, std::vector<uint8_t> &into, std::string &error) {
+  constexpr size_t most = std::numeric_limits<uint32_t>::max();
   const unique_file file = open_regular(path, error);
-  struct stat status;
   if (file == nullptr)
     return false;
-  if (::fstat(::fileno(file.get()), &status) != 0) {
-    error = system_error(path);
+  struct stat status = {};
+  ::fstat(::fileno(file.get()), &status);
+  if (uint64_t(status.st_size) > most) {
+    error = path + ": larger than 4 GiB";
     return false;
   }
-  if (int64_t{status.st_size} > std::numeric_limits<uint32_t>::max()) {
-    error = path + ": longer than 4 GiB";
-    return false;
-  }
-  into.resize(static_cast<size_t>(status.st_size));
-  if (std::fread(into.data(), 1, into.size(), file.get()) != into.size()) {
-    error = path + ": cannot be read to its end";
-    return false;
-  }
-  return true;
+  into.clear();
+  into.reserve(static_cast<size_t>(status.st_size));
+  // Attributes of the kernel report one size and contain another: read to the end.
+  std::array<uint8_t, 65536> block;
+  size_t count;
+  while ((count = std::fread(block.data(), 1, block.size(), file.get())) > 0 && into.size() <= most)
+    into.insert(into.end(), block.data(), block.data() + count);
+  if (std::ferror(file.get()) == 0)
+    return true;
+  error = system_error(path);
+  return false;
 }
 
 bool may_replace(const std::string &path, std::string_view magic, std::string &error) {
@@ -90,17 +104,14 @@ bool may_replace(const std::string &path, std::string_view magic, std::string &e
     start.resize(std::fread(start.data(), 1, start.size(), file.get()));
   if (file != nullptr && (status.st_size == 0 || start == magic))
     return true;
-  error = path + ": a file of another kind has this name, not replaced";
+  error = path + ": exists in another format; not replaced";
   return false;
 }
 
 std::string make_unfinished_directory(const std::string &path, std::string &error) {
-  std::string name = path + unfinished_suffix;
-  if (::mkdtemp(name.data()) == nullptr) {
+  const std::string name = create_next_to(path, [](const char *each) { return ::mkdir(each, 0777) == 0; });
+  if (name.empty())
     error = system_error(path);
-    return {};
-  }
-  ::chmod(name.c_str(), by_umask(0777));
   return name;
 }
 
@@ -112,13 +123,12 @@ pending_file::~pending_file() {
 bool pending_file::open(std::string &error) {
   if (!is_regular_or_absent(path_, error))
     return false;
-  std::string name = path_ + unfinished_suffix;
-  unique_fd file{::mkostemp(name.data(), O_CLOEXEC)};
-  if (file)
-    unfinished_ = name;
-  if (!file || ::fchmod(file.get(), by_umask(0666)) != 0)
-    return failed(error);
-  stream_.reset(::fdopen(file.get(), "wb"));
+  unique_fd file;
+  unfinished_ = create_next_to(path_, [&file](const char *name) {
+    file.reset(::open(name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    return bool{file};
+  });
+  stream_.reset(file ? ::fdopen(file.get(), "wb") : nullptr);
   if (stream_ == nullptr)
     return failed(error);
   file.release();

@@ -1,4 +1,4 @@
-// What all tools do alike.
+// The parts that all tools have in common.
 
 #include "common/tool.hpp"
 
@@ -11,55 +11,87 @@
 namespace dravik::tools {
 namespace {
 
+std::string_view running_tool;
+
 void print(std::string_view text) {
   std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
-/// Runs a command on its own words.
-outcome run_command(const tool &which, const command &chosen, std::span<const char *const> words,
+void complain(const std::string &message) {
+  std::fprintf(stderr, "%s: %s\n", std::string{running_tool}.c_str(), in_one_line(message).c_str());
+}
+
+bool is_help(std::string_view argument) {
+  return argument == "--help" || argument == "-h";
+}
+
+std::string overview(const tool &which) {
+  const std::string name{which.name};
+  std::string text = "Usage: " + name + " COMMAND ...\n\n" + std::string{which.about} + "\nCommands:\n";
+  const size_t width = std::ranges::max(which.commands, {}, [](const command *each) {
+                         return each->name.size();
+                       })->name.size();
+  for (const command *each : which.commands)
+    text += "  " + std::string{each->name} + std::string(width + 2 - each->name.size(), ' ') +
+            std::string{each->summary} + "\n";
+  return text + "\n'" + name + " COMMAND --help' describes a command, '" + name +
+         " --version'\nprints the version.\n\n" + std::string{which.details};
+}
+
+/// The n-th of names that are separated by spaces; empty after the last.
+std::string_view name_at(std::string_view names, size_t index) {
+  for (; index > 0; --index)
+    names.remove_prefix(std::min(names.find(' '), names.size() - 1) + 1);
+  return names.substr(0, names.find(' '));
+}
+
+size_t count_names(std::string_view names) {
+  return names.empty() ? 0 : static_cast<size_t>(std::ranges::count(names, ' ')) + 1;
+}
+
+bool check_operands(const command &chosen, const std::vector<std::string> &given, std::string &error) {
+  const size_t required = count_names(chosen.operands);
+  if (given.size() < required)
+    error = "missing " + std::string{name_at(chosen.operands, given.size())};
+  else if (given.size() - required > chosen.optional_operands)
+    error = "extra argument '" + given[required + chosen.optional_operands] + "'";
+  return error.empty();
+}
+
+outcome run_command(const tool &which, const command &chosen, std::span<const char *const> arguments,
                     std::string &error) {
-  const auto end = std::ranges::find(words, std::string_view{"--"});
-  if (std::find(words.begin(), end, std::string_view{"--help"}) != end) {
+  std::vector<option_rule> rules = {{"--help", false}, {"-h", false}};
+  rules.insert(rules.end(), which.options.begin(), which.options.end());
+  rules.insert(rules.end(), chosen.options.begin(), chosen.options.end());
+  command_line given;
+  const bool is_parsed = given.parse(arguments, rules, chosen.own_operands, error);
+  if (given.has("--help") || given.has("-h")) {
+    error.clear();
     print(chosen.help);
     return outcome::done;
   }
-  std::vector<option_rule> rules{which.options.begin(), which.options.end()};
-  rules.insert(rules.end(), chosen.options.begin(), chosen.options.end());
-  command_line given;
-  if (!given.parse(words, rules, error))
-    return outcome::misused;
-  const size_t operands = given.operands().size();
-  if (operands < chosen.fewest_operands || operands > chosen.most_operands) {
-    error = operands < chosen.fewest_operands ? "too few arguments" : "too many arguments";
-    return outcome::misused;
-  }
-  return chosen.run(given, error);
+  if (is_parsed && check_operands(chosen, given.operands(), error))
+    return chosen.run(given, error);
+  error += "; try '" + std::string{which.name} + " " + std::string{chosen.name} + " --help'";
+  return outcome::misused;
 }
 
-outcome run(const tool &which, std::span<const char *const> words, std::string &error) {
-  if (words.empty()) {
-    error = "no command given";
-    return outcome::misused;
-  }
-  const std::string_view first = words.front();
-  if (first == "--help" || first == "--version") {
-    print(first == "--help" ? which.help : std::string{which.name} + " " + std::string{which.version} + "\n");
+outcome run(const tool &which, std::span<const char *const> arguments, std::string &error) {
+  const std::string hint = "; try '" + std::string{which.name} + " --help'";
+  if (arguments.empty())
+    return misused(error, "missing COMMAND" + hint);
+  const std::string_view first = arguments.front();
+  if (is_help(first) || first == "--version") {
+    print(is_help(first) ? overview(which) : std::string{which.name} + " " + std::string{version()} + "\n");
     return outcome::done;
   }
   const auto chosen = std::ranges::find(which.commands, first, &command::name);
-  if (chosen == which.commands.end()) {
-    error = "unknown command '" + std::string{first} + "'";
-    return outcome::misused;
-  }
-  const outcome ended = run_command(which, *chosen, words.subspan(1), error);
-  if (ended == outcome::misused)
+  if (chosen == which.commands.end())
+    return misused(error, "unknown command '" + std::string{first} + "'" + hint);
+  const outcome ended = run_command(which, **chosen, arguments.subspan(1), error);
+  if (ended == outcome::misused && !error.empty())
     error = std::string{first} + ": " + error;
   return ended;
-}
-
-void complain(const tool &which, const std::string &error, outcome why) {
-  const char *const advice = why == outcome::misused ? " (--help tells how)" : "";
-  std::fprintf(stderr, "%s: %s%s\n", std::string{which.name}.c_str(), in_one_line(error).c_str(), advice);
 }
 
 /// Output that did not reach its reader is a failure too.
@@ -72,6 +104,10 @@ bool flush_output(std::string &error) {
 
 } // namespace
 
+std::string_view version() noexcept {
+  return DRAVIK_TOOL_VERSION;
+}
+
 std::string in_one_line(std::string text) {
   for (char &c : text)
     if (static_cast<unsigned char>(c) < ' ' || c == '\x7F')
@@ -79,8 +115,13 @@ std::string in_one_line(std::string text) {
   return text;
 }
 
-int run_tool(const tool &which, int count, const char *const *words) {
-  const std::span<const char *const> all{words, static_cast<size_t>(count)};
+void warn(const std::string &message) {
+  complain("warning: " + message);
+}
+
+int run_tool(const tool &which, int count, const char *const *arguments) {
+  const std::span<const char *const> all{arguments, static_cast<size_t>(count)};
+  running_tool = which.name;
   std::string error;
   outcome ended = outcome::failed;
   try {
@@ -91,7 +132,7 @@ int run_tool(const tool &which, int count, const char *const *words) {
   if (ended != outcome::misused && error.empty() && !flush_output(error))
     ended = outcome::failed;
   if (!error.empty())
-    complain(which, error, ended);
+    complain(error);
   return static_cast<int>(ended);
 }
 

@@ -56,7 +56,7 @@ public:
     if (lines_.size() < most_findings)
       lines_.push_back(std::move(line));
     else if (lines_.size() == most_findings)
-      lines_.push_back("more than " + to_string(most_findings) + " findings; the rest is left out");
+      lines_.push_back("more than " + to_string(most_findings) + " findings; the rest is omitted");
   }
   void add(uint32_t index, std::string_view what) {
     add("image " + to_string(index) + ": " + std::string(what));
@@ -67,24 +67,24 @@ private:
   std::vector<std::string> lines_;
 };
 
-/// Judges what stands before the pixels. False when the table cannot be read.
+/// Check everything before the pixels. Returns false if the table cannot be read.
 bool check_header(std::span<const uint8_t> file, finding_list &found) {
   if (file.size() < record_size) {
-    found.add("the file has " + to_string(file.size()) + " bytes, too few for a header");
+    found.add("truncated header: " + to_string(file.size()) + " bytes; must be at least 16");
     return false;
   }
   const header head = read_header(file);
   if (!head.has_magic) {
-    found.add("not an archive: the file does not begin with " + std::string(tools::archive_magic));
+    found.add("not an archive; must start with " + std::string(tools::archive_magic));
     return false;
   }
   if (head.size != file.size())
-    found.add("the header gives a length of " + to_string(head.size) + " bytes, the file has " +
-              to_string(file.size()));
+    found.add("invalid length " + to_string(head.size) + " in the header; the file has " +
+              to_string(file.size()) + " bytes");
   if (head.count == 0)
-    found.add("the archive holds no image");
+    found.add("contains no image");
   if (archive_size(head.count, 0) > file.size()) {
-    found.add("the table of " + to_string(head.count) + " images ends beyond the end of the file");
+    found.add("truncated table of " + to_string(head.count) + " images");
     return false;
   }
   return true;
@@ -93,9 +93,10 @@ bool check_header(std::span<const uint8_t> file, finding_list &found) {
 /// Why an image cannot be drawn, or nothing.
 std::string why_undrawable(const image_record &record, uint64_t file_size) {
   if (record.is_empty())
-    return "is " + to_string(record.width) + " x " + to_string(record.height) + ", nothing to draw";
+    return "no pixels: " + to_string(record.width) + " x " + to_string(record.height);
   if (record.end() > file_size)
-    return "its pixels end at byte " + to_string(record.end()) + " of a file of " + to_string(file_size);
+    return "pixels end at byte " + to_string(record.end()) + "; the file has " + to_string(file_size) +
+           " bytes";
   return {};
 }
 
@@ -108,23 +109,23 @@ void check_unused_bits(std::span<const uint8_t> pixels, const image_record &reco
   for (size_t last = record.row_bytes() - 1; last < pixels.size(); last += record.row_bytes())
     rows += (pixels[last] & 0x0F) != 0 ? 1 : 0;
   if (rows != 0)
-    found.add(index, "bits are set in the unused half of the last byte of " + to_string(rows) + " rows");
+    found.add(index, "bits set in the unused half of the last byte of " + to_string(rows) + " rows");
 }
 
 void check_image(std::span<const uint8_t> file, uint32_t index, finding_list &found) {
   const image_record record = read_record(file, index);
   if (record.reserved != 0)
-    found.add(index, "the last word of its record is " + to_string(record.reserved) + ", not 0");
+    found.add(index, "last word of the record is " + to_string(record.reserved) + "; must be 0");
   if (const std::string why = why_undrawable(record, file.size()); !why.empty()) {
     found.add(index, why);
     return;
   }
   if (record.start < archive_size(read_header(file).count, 0))
-    found.add(index, "its pixels begin at byte " + to_string(record.start) + ", within the header or table");
+    found.add(index, "pixels start at byte " + to_string(record.start) + ", inside the header or the table");
   check_unused_bits(file.subspan(record.start, record.bytes()), record, index, found);
 }
 
-/// Images that share bytes, each told with one that reaches furthest of those before it.
+/// Report images that share bytes, each with the one before it that reaches furthest.
 void check_overlaps(std::span<const uint8_t> file, finding_list &found) {
   std::vector<uint32_t> order;
   const uint32_t count = read_header(file).count;
@@ -137,7 +138,7 @@ void check_overlaps(std::span<const uint8_t> file, finding_list &found) {
   for (const uint32_t index : order) {
     const image_record record = read_record(file, index);
     if (record.start < reached)
-      found.add(std::max(index, by), "its pixels overlap those of image " + to_string(std::min(index, by)));
+      found.add(std::max(index, by), "pixels overlap those of image " + to_string(std::min(index, by)));
     if (found.is_full())
       return;
     if (record.end() > reached) {
@@ -152,7 +153,7 @@ void check_overlaps(std::span<const uint8_t> file, finding_list &found) {
 bool fits_archive(uint64_t size, std::string &error) {
   if (size <= std::numeric_limits<uint32_t>::max())
     return true;
-  error = "the archive would have " + to_string(size) + " bytes, more than 32 bits can give";
+  error = "output too large: " + to_string(size) + " bytes; must be less than 4 GiB";
   return false;
 }
 

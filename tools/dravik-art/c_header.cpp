@@ -53,7 +53,7 @@ bool make_c_header(const std::string &path, std::span<const named_image> images,
     const std::string name = capitals + in_capitals(plain_name(image.file));
     const auto [before, is_new] = taken.emplace(name, image.file);
     if (!is_new) {
-      error = image.file + ": the name " + name + " is taken by " + before->second;
+      error = image.file + ": name " + name + " already used by " + before->second;
       return false;
     }
     text += "  " + name + " = " + std::to_string(i) + ", /* " + std::to_string(image.width) + " x " +

@@ -1,4 +1,4 @@
-// What the tool does, a function a command.
+// The commands of the artwork tool.
 #pragma once
 
 #include "common/tool.hpp"
@@ -7,16 +7,12 @@ namespace dravik::art {
 
 using tools::command;
 using tools::command_line;
+using tools::failed;
+using tools::misused;
 using tools::option_rule;
 using tools::outcome;
 
-/// All commands in the order of the help text.
-std::span<const command> commands() noexcept;
-
-outcome pack(const command_line &given, std::string &error);
-outcome list(const command_line &given, std::string &error);
-outcome check_archive(const command_line &given, std::string &error);
-outcome unpack(const command_line &given, std::string &error);
-outcome preview(const command_line &given, std::string &error);
+/// All commands, in the order of the overview.
+std::span<const command *const> commands() noexcept;
 
 } // namespace dravik::art

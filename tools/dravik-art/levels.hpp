@@ -9,7 +9,7 @@
 
 namespace dravik::art {
 
-/// What of a picture its levels tell. Level 0 is the background end of a ramp, 15 the foreground end.
+/// What the levels of an image are derived from. Level 0 is the background end of a ramp, 15 the foreground end.
 enum class level_rule {
   automatic, ///< alpha where a picture has transparency, grey where it is opaque throughout
   alpha,     ///< opacity

@@ -1,4 +1,4 @@
-// The command "pack": pictures to an archive, and to a header with their names.
+// "pack": PNG images to an archive, and their names to a C header.
 
 #include "common/files.hpp"
 #include "common/magics.hpp"
@@ -11,12 +11,43 @@
 namespace dravik::art {
 namespace {
 
+constexpr std::string_view pack_help =
+    R"(Usage: dravik-art pack OUT IMAGE.png ... [OPTION ...]
+       dravik-art pack OUT --list FILE [OPTION ...]
+
+Pack PNG images into an archive.
+
+The first image has index 0, the next index 1, and so on. Each pixel becomes a
+level from 0 (background) to 15 (foreground). An existing OUT is replaced if it
+is an archive, an existing FILE.h if this tool wrote it.
+
+Options:
+  --levels RULE    derive the levels by RULE:
+                     auto      alpha if any pixel is transparent, else grey
+                               (default)
+                     alpha     opacity
+                     grey      brightness: white art on black
+                     inverted  darkness: black art on white
+  --list FILE      read the names of the images from FILE, one per line,
+                   relative to its directory; skip empty lines and lines that
+                   start with '#'
+  --header FILE.h  also write a C header with an enum of the images' names
+
+Examples:
+  dravik-art pack icons.q7 home.png back.png record.png
+  dravik-art pack icons.q7 --list icons.txt --header icons.h
+  dravik-art pack scans.q7 --levels inverted scan1.png scan2.png
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
+)";
+
+constexpr option_rule pack_options[] = {{"--levels", true}, {"--list", true}, {"--header", true}};
+
 std::span<const uint8_t> bytes_of(const std::string &text) noexcept {
   return {reinterpret_cast<const uint8_t *>(text.data()), text.size()};
 }
 
-/// The names in a list, one a line; blank lines and lines that begin with # are passed over. Names stand
-/// relative to the folder of the list.
+/// The names in a list, one per line and relative to its directory, without empty lines and comments.
 bool read_list(const std::string &path, std::vector<std::string> &names, std::string &error) {
   std::vector<uint8_t> text;
   if (!tools::read_file(path, text, error))
@@ -40,25 +71,22 @@ bool read_list(const std::string &path, std::vector<std::string> &names, std::st
   return true;
 }
 
-/// The pictures to pack, from the operands or from the list.
+/// The images to pack, from the operands or from the list.
 outcome find_names(const command_line &given, std::vector<std::string> &names, std::string &error) {
   names.assign(given.operands().begin() + 1, given.operands().end());
   const bool has_list = given.has("--list");
-  if (names.empty() != has_list) {
-    error = has_list ? "pictures are given both by name and by --list" : "no picture given";
-    return outcome::misused;
-  }
+  if (names.empty() != has_list)
+    return misused(error, has_list ? "images given both as arguments and by --list; must be one of them"
+                                   : "missing IMAGE.png; must be at least one, or --list FILE");
   const std::string list = given.value("--list");
   if (has_list && !read_list(list, names, error))
     return outcome::failed;
-  if (names.empty()) {
-    error = list + ": names no picture";
-    return outcome::failed;
-  }
+  if (names.empty())
+    return failed(error, list + ": contains no name of an image");
   return outcome::done;
 }
 
-/// Refuses pictures that no archive can hold before any memory is spent on them.
+/// Reject images that no archive can contain before memory is allocated for them.
 bool fit_together(std::span<const std::string> names, std::string &error) {
   uint64_t pixel_bytes = 0;
   for (const std::string &name : names) {
@@ -81,7 +109,7 @@ bool read_images(std::span<const std::string> names, level_rule rule, std::vecto
   return true;
 }
 
-/// The header to write; none when it has no path.
+/// The header to write; empty if it has no path.
 bool header_text(const std::string &path, std::span<const std::string> names,
                  std::span<const packed_image> images, std::string &text, std::string &error) {
   if (path.empty())
@@ -92,7 +120,7 @@ bool header_text(const std::string &path, std::span<const std::string> names,
   return make_c_header(path, named, text, error);
 }
 
-/// Puts both files into place once both are whole.
+/// Write both files, then rename both.
 bool write_both(const std::string &archive_path, std::span<const uint8_t> archive,
                 const std::string &header_path, const std::string &header, std::string &error) {
   tools::pending_file archive_file{archive_path};
@@ -105,7 +133,7 @@ bool write_both(const std::string &archive_path, std::span<const uint8_t> archiv
          header_file.commit(error);
 }
 
-/// A name in the one form that all names of a file share; empty where the system cannot tell.
+/// The canonical name of a file; empty if the system cannot determine it.
 std::filesystem::path full_name(const std::string &name) {
   std::error_code failed;
   const std::filesystem::path absolute = std::filesystem::absolute(name, failed);
@@ -117,18 +145,16 @@ bool is_same_file(const std::string &one, const std::string &other) {
   return one == other || (!full.empty() && full == full_name(other));
 }
 
-} // namespace
-
 outcome pack(const command_line &given, std::string &error) {
   const std::string &out = given.operands()[0];
   const std::string header_path = given.value("--header");
   const auto rule = level_rule_named(given.value("--levels", "auto"));
   if (!rule)
-    error = "--levels takes auto, alpha, grey or inverted";
+    error = "invalid --levels '" + given.value("--levels") + "'; must be auto, alpha, grey or inverted";
   else if (given.has("--header") && header_path.empty())
-    error = "--header needs a file name";
+    error = "invalid --header ''; must be a file name";
   else if (given.has("--header") && is_same_file(out, header_path))
-    error = "the archive and --header are the same file";
+    error = "invalid --header '" + header_path + "'; must not be the archive";
   if (!error.empty())
     return outcome::misused;
   std::vector<std::string> names;
@@ -146,5 +172,15 @@ outcome pack(const command_line &given, std::string &error) {
                          write_both(out, archive, header_path, header, error);
   return is_packed ? outcome::done : outcome::failed;
 }
+
+} // namespace
+
+extern constinit const command pack_command = {.name = "pack",
+                                               .summary = "pack PNG images into an archive",
+                                               .help = pack_help,
+                                               .options = pack_options,
+                                               .operands = "OUT",
+                                               .optional_operands = tools::any_number,
+                                               .run = pack};
 
 } // namespace dravik::art

@@ -1,4 +1,4 @@
-// The commands that make pictures of an archive: "unpack" and "preview".
+// "unpack" and "preview": the images of an archive as PNG files.
 
 #include "common/files.hpp"
 #include "common/magics.hpp"
@@ -16,6 +16,65 @@
 namespace dravik::art {
 namespace {
 
+constexpr std::string_view unpack_help =
+    R"(Usage: dravik-art unpack ARCHIVE DIRECTORY [OPTION ...]
+
+Write a PNG file of each image of an archive.
+
+The files are DIRECTORY/000.png, DIRECTORY/001.png and so on. DIRECTORY must
+not exist or be empty. The images are grey, from black (level 0) to white
+(level 15); packed again, they are the same archive images.
+
+Options:
+  --ramp BG,FG     draw through a colour ramp (see 'preview')
+  --theme COLOUR   theme colour for --ramp (default: 0x0B77)
+
+Examples:
+  dravik-art unpack icons.q7 icons
+  dravik-art unpack icons.q7 icons-red --ramp white,red
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
+)";
+
+constexpr std::string_view preview_help =
+    R"(Usage: dravik-art preview ARCHIVE INDEX|all OUT.png [OPTION ...]
+
+Draw one image of an archive, or all on a sheet, as the library draws them.
+
+An existing OUT.png is replaced if it is a PNG file.
+
+Options:
+  --bg COLOUR      background colour, theme, or none, which leaves level 0
+                   transparent (default: black)
+  --fg COLOUR      foreground colour (default: white)
+  --theme COLOUR   theme colour (default: 0x0B77)
+  --ramps          draw the image in all colour pairs that have a ramp of their
+                   own, nine per row:
+                     on black    white red green blue grey yellow magenta cyan
+                                 orange
+                     on white    black red green blue grey yellow magenta cyan
+                                 orange
+                     on theme    white black
+                     on magenta  black
+                     on none     black grey white
+  --scale N        enlarge N times, 1 to 64 (default: 1)
+
+COLOUR is white, black (0x0821), red, green, blue, grey, yellow, magenta, cyan,
+orange, RGB565 as 0x07E0, or RGB as '#00FF00' (truncated to RGB565). A pair
+without a ramp of its own is drawn in the one that the library uses instead.
+
+Examples:
+  dravik-art preview icons.q7 3 home.png --bg white --fg blue --scale 4
+  dravik-art preview icons.q7 all sheet.png --bg theme --theme 0x39C7
+  dravik-art preview icons.q7 0 ramps.png --ramps
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
+)";
+
+constexpr option_rule unpack_options[] = {{"--ramp", true}, {"--theme", true}};
+constexpr option_rule preview_options[] = {
+    {"--bg", true}, {"--fg", true}, {"--theme", true}, {"--scale", true}, {"--ramps", false}};
+
 constexpr uint32_t largest_scale = 64;
 
 uint16_t theme_of(const command_line &given, std::string &error) {
@@ -23,7 +82,7 @@ uint16_t theme_of(const command_line &given, std::string &error) {
                               : rgb565::start_up_theme;
 }
 
-/// Opens an archive of which every image in [first, end) has its pixels.
+/// Open an archive of which every image in [first, end) has its pixels.
 bool open_images(const std::string &path, uint32_t first, uint32_t end, archive &opened, std::string &error) {
   if (!open_archive(path, opened, error))
     return false;
@@ -39,15 +98,14 @@ bool open_images(const std::string &path, uint32_t first, uint32_t end, archive 
 bool is_drawable_size(uint64_t width, uint64_t height, uint32_t scale, std::string &error) {
   if (png::is_bearable(width, height) && png::is_bearable(width * scale, height * scale))
     return true;
-  error = "the picture would be " + std::to_string(width) + " x " + std::to_string(height) + " times " +
-          std::to_string(scale) + ", too large";
+  error = "output too large: " + std::to_string(width) + " x " + std::to_string(height) + " pixels times " +
+          std::to_string(scale) + "; must be at most " + std::to_string(png::most_pixels) + " pixels";
   return false;
 }
 
 // ----------------------------------------------------------------------------------------------- unpack
 
-/// Refuses sizes that no picture has, and a small archive that claims the same bytes for picture upon
-/// picture.
+/// Reject sizes that no image has, and a small archive that claims the same bytes for image after image.
 bool is_unpackable(const archive &from, std::string &error) {
   uint64_t pixel_bytes = 0;
   for (uint32_t i = 0; i < from.count(); ++i) {
@@ -58,7 +116,7 @@ bool is_unpackable(const archive &from, std::string &error) {
   }
   if (pixel_bytes <= from.bytes().size())
     return true;
-  error = "the images share pixels; 'check' tells which";
+  error = "images share pixels; try 'dravik-art check'";
   return false;
 }
 
@@ -71,7 +129,7 @@ std::string numbered_name(uint32_t index, uint32_t count) {
   return std::string(digits - number.size(), '0') + number + ".png";
 }
 
-/// Fills a new folder beside its place, and gives it its name when all pictures are in it.
+/// Fill a new directory next to its final name, and rename it when it is complete.
 bool write_folder(const std::string &folder, const archive &from, const picture_maker &make,
                   std::string &error) {
   const std::string unfinished = tools::make_unfinished_directory(folder, error);
@@ -96,7 +154,7 @@ bool write_folder(const std::string &folder, const archive &from, const picture_
 ramp_choice ramp_of(const std::string &text, std::string &error) {
   const size_t comma = text.find(',');
   if (comma == std::string::npos) {
-    error = "--ramp takes a background and a foreground with a comma between them";
+    error = "invalid --ramp '" + text + "'; must be BG,FG";
     return {};
   }
   return {tools::colour_or_error(background_named, text.substr(0, comma), error),
@@ -129,7 +187,7 @@ preview_order read_order(const command_line &given, std::string &error) {
   order.in_all_ramps = given.has("--ramps");
   const auto scale = tools::number_of(given.value("--scale", "1"));
   if (!scale || *scale < 1 || *scale > largest_scale)
-    error = "--scale takes a number from 1 to " + std::to_string(largest_scale);
+    error = "invalid --scale '" + given.value("--scale") + "'; must be 1 to " + std::to_string(largest_scale);
   order.scale = scale.value_or(1);
   const std::string &which = given.operands()[1];
   const auto index = tools::number_of(which);
@@ -137,10 +195,10 @@ preview_order read_order(const command_line &given, std::string &error) {
     order.first = *index;
     order.end = *index + 1;
   } else if (which != "all") {
-    error = "'" + which + "' is neither the number of an image nor all";
+    error = "invalid image '" + which + "'; must be an index or all";
   }
   if (order.in_all_ramps && (which == "all" || given.has("--bg") || given.has("--fg")))
-    error = "--ramps shows one image in all colours; all, --bg and --fg do not go with it";
+    error = "invalid combination; --ramps requires one index and excludes --bg and --fg";
   return order;
 }
 
@@ -191,8 +249,6 @@ bool show_sheet(const painter &library, const archive &from, const preview_order
   return true;
 }
 
-} // namespace
-
 outcome unpack(const command_line &given, std::string &error) {
   const std::string &path = given.operands()[0];
   const uint16_t theme = theme_of(given, error);
@@ -226,7 +282,7 @@ outcome preview(const command_line &given, std::string &error) {
   if (!open_images(path, order.first, order.end, from, error))
     return outcome::failed;
   if (order.first >= from.count()) {
-    error = path + ": has no image " + std::to_string(order.first) + ", the last is " +
+    error = path + ": invalid image " + std::to_string(order.first) + "; must be 0 to " +
             std::to_string(from.count() - 1);
     return outcome::failed;
   }
@@ -238,5 +294,20 @@ outcome preview(const command_line &given, std::string &error) {
       show(library, from, order, picture, error) && png::write(out, enlarged(picture, order.scale), error);
   return is_written ? outcome::done : outcome::failed;
 }
+
+} // namespace
+
+extern constinit const command unpack_command = {.name = "unpack",
+                                                 .summary = "write a PNG file of each image",
+                                                 .help = unpack_help,
+                                                 .options = unpack_options,
+                                                 .operands = "ARCHIVE DIRECTORY",
+                                                 .run = unpack};
+extern constinit const command preview_command = {.name = "preview",
+                                                  .summary = "draw images as the library draws them",
+                                                  .help = preview_help,
+                                                  .options = preview_options,
+                                                  .operands = "ARCHIVE INDEX|all OUT.png",
+                                                  .run = preview};
 
 } // namespace dravik::art

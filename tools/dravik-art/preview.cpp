@@ -18,7 +18,7 @@ namespace {
 /// Shows through where the library paints nothing. No ramp on a transparent background has this colour.
 constexpr uint16_t unpainted = rgb565::magenta;
 
-/// Sends standard error nowhere while it lives: the library tells its progress there.
+/// Discards standard error during its lifetime: the library prints its progress there.
 class quiet_stderr {
 public:
   quiet_stderr() noexcept : kept_(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0)) {
@@ -89,7 +89,7 @@ bool painter::load(const std::string &path, const archive &checked, uint16_t the
   }
   if (is_loaded(checked.bytes()))
     return true;
-  error = path + ": changed while it was read";
+  error = path + ": changed while being read";
   return false;
 }
 

@@ -9,24 +9,28 @@ namespace dravik::ctl {
 namespace {
 
 constexpr std::string_view backlight_help =
-    R"(dravik-ctl backlight
-dravik-ctl backlight on|off|LEVEL
+    R"(Usage: dravik-ctl backlight [on|off|LEVEL]
 
-Tells how the LCD's backlight is set. on and off switch it, and unblank or blank the panel with it, if there is a
-screen; LEVEL is its brightness from 0 to 1000.
+Query or set the LCD's backlight.
 
-Tells: power (on or off) and brightness, as the driver gives them afterwards
+LEVEL is the brightness, 0 to 1000. 'on' and 'off' switch the light and also
+unblank or blank the panel, if there is a screen.
+
+Output: power (on or off) and brightness, read from the driver afterwards; null
+if its file does not contain a number
 
 Examples:
   dravik-ctl backlight
   dravik-ctl backlight 700
   dravik-ctl backlight off
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
 )";
 
 constexpr uint32_t brightest = 1000;
 constexpr const char *folder = "/sys/class/backlight/pwm-backlight.0/";
 
-/// What the driver gives for one of its attributes; nothing when that is no number.
+/// The value of one of the driver's attributes, if it is a number.
 std::optional<uint32_t> attribute(const char *name) {
   std::vector<uint8_t> bytes;
   std::string unreadable;
@@ -41,12 +45,12 @@ struct light {
   std::optional<uint32_t> power = attribute("bl_power"); ///< 0 is on
 };
 
-value::fields told(const light &shown) {
+value::fields report_of(const light &shown) {
   return {{"power", shown.power ? value{*shown.power == 0 ? "on" : "off"} : value{nullptr}},
           {"brightness", shown.brightness ? value{*shown.brightness} : value{nullptr}}};
 }
 
-/// The panel goes with the light, so the screen is opened where there is one.
+/// lcd_bl_on() and lcd_bl_off() also switch the panel of an open screen.
 void switch_light(bool on) {
   const bool has_screen = ask_screen().opens;
   if (has_screen)
@@ -63,9 +67,9 @@ outcome backlight(const command_line &given, value::fields &report, std::string 
   const auto level = tools::number_of(word, 0, brightest);
   const bool is_switch = word == "on" || word == "off";
   if (!word.empty() && !is_switch && !level)
-    return misused(error, "'" + word + "' is neither on nor off nor a level from 0 to 1000");
+    return misused(error, "invalid setting '" + word + "'; must be on, off or 0 to 1000");
   if (lcd_bl_init() != 1)
-    return failed(error, std::string{"the backlight's files in "} + folder + " cannot be opened");
+    return failed(error, std::string{"backlight: files in "} + folder + " cannot be opened");
   if (level)
     lcd_bl_set(static_cast<int32_t>(*level));
   else if (is_switch)
@@ -76,13 +80,19 @@ outcome backlight(const command_line &given, value::fields &report, std::string 
   const bool is_set =
       !(level && shown.brightness != level) && !(is_switch && shown.power != (word == "on" ? 0U : 1U));
   if (!is_set)
-    return failed(error, "the backlight's driver did not take it");
-  report = told(shown);
+    return failed(error, "backlight: setting not accepted by the driver");
+  if (!shown.brightness && !shown.power)
+    return failed(error, std::string{"backlight: files in "} + folder + " contain no number");
+  report = report_of(shown);
   return outcome::done;
 }
 
 } // namespace
 
-constinit const command backlight_command = {"backlight", backlight_help, {}, 0, 1, reporting<backlight>};
+extern constinit const command backlight_command = {.name = "backlight",
+                                                    .summary = "query or set the LCD's backlight",
+                                                    .help = backlight_help,
+                                                    .optional_operands = 1,
+                                                    .run = reporting<backlight>};
 
 } // namespace dravik::ctl

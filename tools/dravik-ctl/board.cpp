@@ -1,4 +1,4 @@
-// "info" and "hdmi": the board at a glance.
+// "info" and "hdmi": a summary of the board.
 
 #include "dravik-ctl/commands.hpp"
 #include "dravik-ctl/devices.hpp"
@@ -13,34 +13,43 @@ namespace dravik::ctl {
 namespace {
 
 constexpr std::string_view info_help =
-    R"(dravik-ctl info
+    R"(Usage: dravik-ctl info
 
-Tells what the board is and what of it answers. Changes nothing on it.
+Print a summary of the board.
 
-Tells:
-  version   of libdravik and this tool
-  kernel    its name, release and machine
-  time      the board's local time; uptime_seconds since it started
-  screen    width, height, bits_per_pixel, line_length in bytes, buffers; null when it cannot be opened
-  region    number and code; null when there is no region file, or not a good one
-  network   name, mac and ip of each interface
-  devices   whether each can be opened: screen, gpio, adc, backlight, accelerometer_bus, serial_port, hdmi;
-            and whether there is a card
+Changes nothing on the board, and succeeds whatever is missing there.
+
+Output:
+  version         of libdravik and this tool
+  kernel          name, release and machine
+  time            local time of the board
+  uptime_seconds  time since it started
+  screen          width and height in pixels, bits_per_pixel, line_length in
+                  bytes, buffers; null if it cannot be opened
+  region          number and code; null without a valid region file
+  network         name, mac and ip of each interface
+  devices         yes for each that can be opened: screen, gpio, adc,
+                  backlight, accelerometer_bus, serial_port, hdmi; and card:
+                  yes if a memory card is inserted
 
 Examples:
   dravik-ctl info
   dravik-ctl info --json | jq .devices
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
 )";
 
 constexpr std::string_view hdmi_help =
-    R"(dravik-ctl hdmi
+    R"(Usage: dravik-ctl hdmi
 
-Tells whether a monitor is attached to the HDMI socket.
+Report whether a monitor is attached to the HDMI socket.
 
-Tells: monitor
+Output: monitor
 
-Example:
+Examples:
   dravik-ctl hdmi
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
 )";
 
 std::string local_time() {
@@ -68,7 +77,7 @@ value screen_of(const screen_answer &answer) {
                        {"buffers", answer.record[FBINFO_BUFFER_COUNT]}};
 }
 
-/// What a call tells, with its words kept back.
+/// The result of a call, without its output.
 template <class Call> auto quietly(Call call) {
   decltype(call()) result{};
   const overheard said{[&] { result = call(); }};
@@ -109,26 +118,32 @@ outcome info(const command_line &, value::fields &report, std::string &) {
   const screen_answer answer = ask_screen();
   std::string no_region;
   const value::fields region = region_of_board(no_region);
-  report = {{"version", DRAVIK_CTL_VERSION}, {"kernel", kernel()},
-            {"time", local_time()},          {"uptime_seconds", thousandths{get_tick_count()}},
-            {"screen", screen_of(answer)},   {"region", no_region.empty() ? value{region} : value{nullptr}},
-            {"network", all_interfaces()},   {"devices", devices_of(answer)}};
+  report = {{"version", std::string{tools::version()}},
+            {"kernel", kernel()},
+            {"time", local_time()},
+            {"uptime_seconds", thousandths{get_tick_count()}},
+            {"screen", screen_of(answer)},
+            {"region", no_region.empty() ? value{region} : value{nullptr}},
+            {"network", all_interfaces()},
+            {"devices", devices_of(answer)}};
   return outcome::done;
 }
 
 outcome hdmi(const command_line &, value::fields &report, std::string &error) {
   const int32_t monitor = hdmi_detect();
   if (monitor < 0)
-    return failed(error,
-                  "the HDMI driver's report is missing, or says neither that there is a monitor nor that "
-                  "there is none");
+    return failed(error, "hdmi: driver report missing or invalid");
   report = {{"monitor", monitor == 1}};
   return outcome::done;
 }
 
 } // namespace
 
-constinit const command info_command = {"info", info_help, {}, 0, 0, reporting<info>};
-constinit const command hdmi_command = {"hdmi", hdmi_help, {}, 0, 0, reporting<hdmi>};
+extern constinit const command info_command = {
+    .name = "info", .summary = "print a summary of the board", .help = info_help, .run = reporting<info>};
+extern constinit const command hdmi_command = {.name = "hdmi",
+                                               .summary = "report whether a monitor is attached",
+                                               .help = hdmi_help,
+                                               .run = reporting<hdmi>};
 
 } // namespace dravik::ctl

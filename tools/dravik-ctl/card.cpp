@@ -1,9 +1,10 @@
-// "card": the memory card, its health and its repairs.
+// "card": state, check, repair and formatting of the memory card.
 
 #include "base/unique_file.hpp"
 #include "dravik-ctl/commands.hpp"
 #include "dravik-ctl/devices.hpp"
 #include "dravik-ctl/overheard.hpp"
+#include "dravik-ctl/readings.hpp"
 
 #include <algorithm>
 #include <array>
@@ -15,33 +16,58 @@ namespace dravik::ctl {
 namespace {
 
 constexpr std::string_view card_help =
-    R"(dravik-ctl card
-dravik-ctl card check
-dravik-ctl card repair|partition|format --yes [--force-not-a-board]
+    R"(Usage: dravik-ctl card [--watch [--count N] [--interval MS]]
+       dravik-ctl card check
+       dravik-ctl card repair|partition|format --yes [--force-not-a-board]
 
-Tells of the memory card. check also ends with status 1, and says what is wrong, unless the card is healthy: there,
-not locked, partitioned, and mounted as a writable FAT32 file system.
+Query, check, repair, partition or format the memory card.
 
-repair unmounts the card, repairs its file system, and mounts it again: stop recording first.
-partition and format DESTROY WHAT THE CARD HOLDS, and reboot the board: partition writes a new partition table with one
-FAT32 partition, format makes a new file system in it. The library does not know whether they succeed: look with check
-afterwards. The restart may come before they tell anything.
+'check' fails unless the card is healthy: inserted, not write-protected,
+partitioned, and mounted as a writable FAT32 file system.
 
-These three require a board, that is /dev/ambad or /proc/ambarella, and a card that is known not to be write-protected.
---force-not-a-board runs them elsewhere, where /dev/mmcblk0 may be the machine's own disk.
+'repair' unmounts the card, repairs its file system and mounts it again. Stop
+recording first.
 
-Tells: present, locked (null when the GPIO driver does not tell), partitioned, mounted, fat32, writable, healthy,
-status (the library's byte), sectors of 512 bytes and size_mib of the card; file_system_mib and free_mib, null when it
-is not mounted. repair: the exit statuses of its steps unmount, check and mount
+'partition' and 'format' DESTROY THE CONTENTS of the card and reboot the board:
+'partition' writes a partition table with one FAT32 partition, 'format' creates
+a file system in it. The library does not return whether they succeed; run
+'check' afterwards. The reboot may precede their output.
+
+These three require a board, that is /dev/ambad or /proc/ambarella, and a card
+that is not write-protected.
+
+Options:
+  --watch              print states, one per line, until interrupted
+  --count N            stop after N states
+  --interval MS        time between states in ms, 10 to 60000 (default: 100)
+  --yes                confirm repair, partition or format
+  --force-not-a-board  run them on other machines too, where /dev/mmcblk0 may be
+                       the machine's own disk, and where there is no
+                       write-protect switch
+
+Output:
+  present, partitioned, mounted, fat32, writable, healthy
+  locked           the write-protect switch; null without the GPIO driver
+  status           the library's status byte
+  sectors          of 512 bytes
+  size_mib         of the card
+  file_system_mib, free_mib
+                   null unless the card is mounted
+'repair': exit statuses of its steps unmount, check and mount; 'partition':
+partitioned_sectors, reboots; 'format': formatted, reboots
 
 Examples:
   dravik-ctl card
   dravik-ctl card check --json
   dravik-ctl card repair --yes
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
 )";
 
 constexpr std::string_view not_a_board = "--force-not-a-board";
-constexpr option_rule card_options[] = {{"--yes", false}, {not_a_board, false}};
+constexpr option_rule change_options[] = {{"--yes", false}, {not_a_board, false}};
+constexpr option_rule card_options[] = {watch_options[0], watch_options[1], watch_options[2],
+                                        change_options[0], change_options[1]};
 
 constexpr const char *repair_record = "/tmp/debugfs";
 constexpr uint32_t smallest_card_sectors = 2048;
@@ -58,7 +84,7 @@ enum status_bit : uint8_t {
 struct card_state {
   uint8_t status = 0;
   bool is_healthy = false;
-  bool knows_lock = false; ///< without the GPIO driver a card counts as locked
+  bool knows_lock = false; ///< without the GPIO driver the library reports a card as locked
   uint32_t sectors = 0;
   int32_t size_mib = 0;
 
@@ -77,7 +103,7 @@ card_state look_at_card() {
   return card;
 }
 
-value::fields told(const card_state &card) {
+value::fields report_of(const card_state &card) {
   const bool is_mounted = card.has(mounted);
   return {{"present", card.has(present)},
           {"locked", card.knows_lock ? value{card.has(locked)} : value{nullptr}},
@@ -95,20 +121,20 @@ value::fields told(const card_state &card) {
 
 const char *what_is_wrong(const card_state &card) {
   if (!card.has(present))
-    return "there is no card";
+    return "card: not inserted";
   if (card.has(locked))
-    return card.knows_lock ? "the card is locked"
-                           : "the GPIO driver does not tell whether the card is locked";
+    return card.knows_lock ? "card: write-protected"
+                           : "card: write-protect switch cannot be read without the GPIO driver";
   if (!card.has(partitioned))
-    return "the card has no partition";
+    return "card: no partition";
   if (!card.has(mounted))
-    return "the card is not mounted";
+    return "card: not mounted";
   if (!card.has(fat32))
-    return "the card's file system or partition is not FAT32";
-  return "the card is mounted for reading only";
+    return "card: file system or partition is not FAT32";
+  return "card: mounted read-only";
 }
 
-/// The exit statuses in the record of a repair; as many as there are.
+/// The exit statuses in the record of a repair.
 value::list steps_of_repair() {
   value::list steps;
   const unique_file record = open_file(repair_record, "r");
@@ -122,21 +148,21 @@ outcome repair(value::fields &report, std::string &error) {
   const overheard said{[] { sd_card_check_fs(); }};
   const value::list steps = steps_of_repair();
   if (steps.size() != 3)
-    return failed(error, std::string{repair_record} + ": the repair left no record there");
+    return failed(error, std::string{repair_record} + ": not written by the repair");
   report = {{"unmount", steps[0]}, {"check", steps[1]}, {"mount", steps[2]}};
   if (look_at_card().has(mounted))
     return outcome::done;
-  return failed(error, because("the card is not mounted after the repair", said.last_line()));
+  return failed(error, because("card: not mounted after the repair", said.last_line()));
 }
 
 outcome partition(const card_state &card, value::fields &report, std::string &error) {
   if (card.sectors < smallest_card_sectors)
-    return failed(error,
-                  "the card has " + std::to_string(card.sectors) + " sectors: too few for a partition");
+    return failed(error, "card: too small: " + std::to_string(card.sectors) + " sectors; must be at least " +
+                             std::to_string(smallest_card_sectors));
   int32_t written = -1;
   const overheard said{[&] { written = sd_card_create_part(card.sectors); }};
   if (written < 0)
-    return failed(error, "/tmp/mbr.img cannot be made");
+    return failed(error, "/tmp/mbr.img: cannot be created");
   report = {{"partitioned_sectors", card.sectors}, {"reboots", true}};
   return outcome::done;
 }
@@ -161,11 +187,12 @@ bool may_write(const card_state &card, bool is_forced) {
 outcome change(const std::string &how, const command_line &given, value::fields &report, std::string &error) {
   const bool is_forced = given.has(not_a_board);
   if (!given.has("--yes"))
-    return misused(error, how + (how == "repair" ? " unmounts the card" : " destroys what the card holds") +
-                              ": say --yes if you mean it");
+    return misused(error,
+                   "missing --yes; " + how +
+                       (how == "repair" ? " unmounts the card" : " destroys the contents of the card"));
   if (!is_forced && !is_board())
-    return failed(error, "not a board: neither /dev/ambad nor /proc/ambarella exists; nothing is changed "
-                         "without --force-not-a-board");
+    return failed(error, "card: not a board, /dev/ambad and /proc/ambarella are missing; nothing changed; "
+                         "try --force-not-a-board");
   const card_state card = look_at_card();
   if (!may_write(card, is_forced))
     return failed(error, what_is_wrong(card));
@@ -176,25 +203,41 @@ outcome change(const std::string &how, const command_line &given, value::fields 
   return how == "repair" ? repair(report, error) : format(report);
 }
 
+bool read_state(value::fields &state, std::string &) {
+  state = report_of(look_at_card());
+  return true;
+}
+
 outcome card(const command_line &given, value::fields &report, std::string &error) {
   constexpr std::string_view changes[] = {"repair", "partition", "format"};
   const std::string word = given.operands().empty() ? "" : given.operands()[0];
+  watch_request request;
+  if (!read_watch_request(given, request, error))
+    return outcome::misused;
+  if (request.is_watch && !word.empty())
+    return misused(error, "extra --watch; must be without '" + word + "'");
   if (std::ranges::count(changes, word) != 0)
     return change(word, given, report, error);
   if (!word.empty() && word != "check")
-    return misused(error, "'" + word + "' is none of check, repair, partition, format");
-  for (const option_rule &option : card_options)
+    return misused(error, "invalid action '" + word + "'; must be check, repair, partition or format");
+  for (const option_rule &option : change_options)
     if (given.has(option.name))
-      return misused(error, std::string{option.name} + " goes with repair, partition and format");
+      return misused(error,
+                     "extra " + std::string{option.name} + "; must be with repair, partition or format");
+  if (word.empty())
+    return report_readings(given, request, read_state, line_form::named, report, error);
   const card_state state = look_at_card();
-  report = told(state);
-  if (word == "check" && !state.is_healthy)
-    return failed(error, what_is_wrong(state));
-  return outcome::done;
+  report = report_of(state);
+  return state.is_healthy ? outcome::done : failed(error, what_is_wrong(state));
 }
 
 } // namespace
 
-constinit const command card_command = {"card", card_help, card_options, 0, 1, reporting<card>};
+extern constinit const command card_command = {.name = "card",
+                                               .summary = "query, check, repair or format the memory card",
+                                               .help = card_help,
+                                               .options = card_options,
+                                               .optional_operands = 1,
+                                               .run = reporting<card>};
 
 } // namespace dravik::ctl

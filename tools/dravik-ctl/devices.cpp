@@ -15,8 +15,7 @@ namespace {
 
 constexpr uint32_t drawn_depth = 16;
 
-/// In a process of its own: opens the screen and sends its record, or ends as the library does and sends its
-/// words.
+/// In a child process: open the screen and send its information, or the library's message.
 [[noreturn]] void send_record(int to) {
   ::dup2(to, STDERR_FILENO);
   fb_init();
@@ -33,7 +32,7 @@ std::string read_all(int from) {
   return bytes;
 }
 
-/// The memory that the library maps is whole pages long; lines with a gap behind them may reach beyond it.
+/// The library maps whole pages; padded lines may end after them.
 bool holds_all_lines(const std::array<uint32_t, FBINFO_WORDS> &record) {
   const auto page = static_cast<uint64_t>(::sysconf(_SC_PAGESIZE));
   const uint64_t mapped = (record[FBINFO_SCREEN_SIZE] + page - 1) / page * page;
@@ -46,11 +45,11 @@ bool open_gpio(std::string &error) {
   int32_t opened = -1;
   const overheard said{[&] { opened = gpio_init(); }};
   if (opened != 0)
-    error = because("the GPIO driver cannot be opened; is the module ambad loaded?", said.first_line());
+    error = because("gpio: driver cannot be opened", said.first_line()) + "; try 'modprobe ambad'";
   return opened == 0;
 }
 
-// The library ends its process when the screen refuses something: a child takes the risk.
+// The library terminates the process if the screen cannot be opened: a child calls it.
 screen_answer ask_screen() {
   std::array<int, 2> ends;
   if (::pipe(ends.data()) != 0)
@@ -73,12 +72,12 @@ screen_answer ask_screen() {
 bool open_screen(std::string &error) {
   const screen_answer answer = ask_screen();
   if (!answer.opens)
-    error = because("the screen cannot be opened", answer.reason);
+    error = because("screen: cannot be opened", answer.reason);
   else if (answer.record[FBINFO_BITS_PER_PIXEL] != drawn_depth)
-    error =
-        "the screen has " + std::to_string(answer.record[FBINFO_BITS_PER_PIXEL]) + " bits a pixel, not 16";
+    error = "screen: unsupported depth " + std::to_string(answer.record[FBINFO_BITS_PER_PIXEL]) +
+            "; must be 16 bits per pixel";
   else if (!holds_all_lines(answer.record))
-    error = "the screen's memory ends before its last line";
+    error = "screen: mapping ends before the last line";
   else
     fb_init();
   return error.empty();

@@ -1,4 +1,4 @@
-// Opening of what several commands need, with reasons when it cannot be had.
+// Devices that several commands open.
 #pragma once
 
 #include "common/tool.hpp"
@@ -9,19 +9,19 @@
 
 namespace dravik::ctl {
 
-/// Opens the GPIO driver, or says in `error` why not.
+/// Open the GPIO driver. On failure returns false and sets `error`.
 [[nodiscard]] bool open_gpio(std::string &error);
 
 struct screen_answer {
   bool opens;
   std::array<uint32_t, FBINFO_WORDS> record; ///< as ::fbinfo
-  std::string reason;                        ///< why it does not open
+  std::string reason;                        ///< if it does not open
 };
 
-/// What the screen says of itself.
+/// Query the screen information.
 screen_answer ask_screen();
 
-/// Opens the screen to draw on, or says in `error` why it cannot be drawn on.
+/// Open the screen to draw on it. On failure returns false and sets `error`.
 [[nodiscard]] bool open_screen(std::string &error);
 
 } // namespace dravik::ctl

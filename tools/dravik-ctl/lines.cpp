@@ -1,4 +1,4 @@
-// "gpio" and "led": lines of the board.
+// "gpio" and "led": GPIO lines.
 
 #include "common/numbers.hpp"
 #include "dravik-ctl/commands.hpp"
@@ -11,30 +11,36 @@ namespace dravik::ctl {
 namespace {
 
 constexpr std::string_view gpio_help =
-    R"(dravik-ctl gpio get LINE
-dravik-ctl gpio set LINE LEVEL
+    R"(Usage: dravik-ctl gpio get LINE
+       dravik-ctl gpio set LINE LEVEL
 
-Reads a GPIO line, or drives it to LEVEL, 0 or 1.
+Read a GPIO line, or drive it.
 
-Tells: line, level
+LEVEL is 0 (low) or 1 (high).
+
+Output: line, level
 
 Examples:
-  dravik-ctl gpio get 68        the card's write-lock switch: 1 when it is on
-  dravik-ctl gpio set 82 1      the red half of the status LED
+  dravik-ctl gpio get 68    write-protect switch of the card: 1 if locked
+  dravik-ctl gpio set 82 1  red half of the status LED
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
 )";
 
 constexpr std::string_view led_help =
-    R"(dravik-ctl led off|red|green|orange
+    R"(Usage: dravik-ctl led off|red|green|orange
 
-Shows the status LED in a colour, or switches it off.
+Set the colour of the status LED, or switch it off.
 
-Tells: led
+Output: led
 
-Example:
+Examples:
   dravik-ctl led orange
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
 )";
 
-/// Calls the driver; the level that it gives, or an error.
+/// Call the driver and report the level that it returns.
 template <class Call>
 outcome ask_line(uint32_t line, const char *failure, Call call, value::fields &report, std::string &error) {
   if (!open_gpio(error))
@@ -43,7 +49,7 @@ outcome ask_line(uint32_t line, const char *failure, Call call, value::fields &r
   const overheard said{[&] { level = call(); }};
   gpio_exit();
   if (level < 0)
-    return failed(error, because("line " + std::to_string(line) + failure, said.first_line()));
+    return failed(error, because("gpio: line " + std::to_string(line) + failure, said.first_line()));
   report = {{"line", line}, {"level", level}};
   return outcome::done;
 }
@@ -53,12 +59,12 @@ outcome gpio(const command_line &given, value::fields &report, std::string &erro
   const auto line = tools::number_of(words[1]);
   const auto level = words.size() == 3 ? tools::number_of(words[2], 0, 1) : 0;
   if (words[0] != "get" && words[0] != "set")
-    return misused(error, "'" + words[0] + "' is neither get nor set");
+    return misused(error, "invalid action '" + words[0] + "'; must be get or set");
   if (!line)
-    return misused(error, "'" + words[1] + "' is not the number of a line");
+    return misused(error, "invalid LINE '" + words[1] + "'; must be a number");
   if (words.size() != (words[0] == "get" ? 2U : 3U) || !level)
-    return misused(error,
-                   words[0] == "get" ? "get takes a line alone" : "set takes a line and a level, 0 or 1");
+    return misused(error, words[0] == "get" ? "extra LEVEL; must be 'get LINE'"
+                                            : "missing or invalid LEVEL; must be 0 or 1");
   if (words[0] == "get")
     return ask_line(
         *line, " cannot be read", [&] { return gpio_get(*line); }, report, error);
@@ -77,21 +83,30 @@ outcome led(const command_line &given, value::fields &report, std::string &error
   const std::string &name = given.operands()[0];
   const auto *const chosen = std::ranges::find(led_colours, name, &led_colour::name);
   if (chosen == std::end(led_colours))
-    return misused(error, "'" + name + "' is none of off, red, green, orange");
+    return misused(error, "invalid colour '" + name + "'; must be off, red, green or orange");
   if (!open_gpio(error))
     return outcome::failed;
   int32_t shown = -1;
   const overheard said{[&] { shown = chosen->show(); }};
   gpio_exit();
   if (shown < 0 || !said.said_nothing())
-    return failed(error, because("the LED cannot be set", said.first_line()));
+    return failed(error, because("led: cannot be set", said.first_line()));
   report = {{"led", name}};
   return outcome::done;
 }
 
 } // namespace
 
-constinit const command gpio_command = {"gpio", gpio_help, {}, 2, 3, reporting<gpio>};
-constinit const command led_command = {"led", led_help, {}, 1, 1, reporting<led>};
+extern constinit const command gpio_command = {.name = "gpio",
+                                               .summary = "read or drive a GPIO line",
+                                               .help = gpio_help,
+                                               .operands = "get|set LINE",
+                                               .optional_operands = 1,
+                                               .run = reporting<gpio>};
+extern constinit const command led_command = {.name = "led",
+                                              .summary = "set the status LED",
+                                              .help = led_help,
+                                              .operands = "COLOUR",
+                                              .run = reporting<led>};
 
 } // namespace dravik::ctl

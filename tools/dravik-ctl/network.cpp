@@ -14,18 +14,21 @@ namespace dravik::ctl {
 namespace {
 
 constexpr std::string_view net_help =
-    R"(dravik-ctl net [INTERFACE]
+    R"(Usage: dravik-ctl net [INTERFACE]
 
-Tells the addresses of one network interface, or of all.
+Print the addresses of one network interface, or of all.
 
-Tells: name, mac and ip; without INTERFACE, a list of these as interfaces
+Output: name, mac and ip, null if it has none; without INTERFACE a list of
+these as interfaces
 
 Examples:
   dravik-ctl net
   dravik-ctl net wlan0 --json
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
 )";
 
-/// Six bytes as text; nothing when they are all zero, as where there is no hardware.
+/// Six bytes as text; null if they are all zero, as without hardware.
 value mac_of(const char *name) {
   std::array<uint8_t, 6> mac;
   get_netdev_mac(name, mac.data());
@@ -53,7 +56,7 @@ outcome net(const command_line &given, value::fields &report, std::string &error
   }
   const std::string &name = given.operands()[0];
   if (::if_nametoindex(name.c_str()) == 0)
-    return failed(error, "there is no network interface " + name);
+    return failed(error, "net: no interface '" + name + "'");
   report = interface(name.c_str());
   return outcome::done;
 }
@@ -69,6 +72,10 @@ value all_interfaces() {
   return all;
 }
 
-constinit const command net_command = {"net", net_help, {}, 0, 1, reporting<net>};
+extern constinit const command net_command = {.name = "net",
+                                              .summary = "print network addresses",
+                                              .help = net_help,
+                                              .optional_operands = 1,
+                                              .run = reporting<net>};
 
 } // namespace dravik::ctl

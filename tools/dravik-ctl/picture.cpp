@@ -1,4 +1,4 @@
-// "show": a picture of any kind that the library draws.
+// "show": an image of any format that the library draws.
 
 #include "base/byte_reader.hpp"
 #include "base/unique_file.hpp"
@@ -19,28 +19,32 @@ namespace dravik::ctl {
 namespace {
 
 constexpr std::string_view show_help =
-    R"(dravik-ctl show PICTURE
-dravik-ctl show ARCHIVE INDEX
+    R"(Usage: dravik-ctl show IMAGE [OPTION ...]
+       dravik-ctl show ARCHIVE INDEX [OPTION ...]
 
-Draws a BMP or JPEG picture, or an image of an archive, in the middle of the screen. The file's first bytes tell its
-kind. A name without a folder is also looked for among the application's JPEG pictures in /usr/local/dravik/jpg.
+Draw a BMP or JPEG image, or an archive image, at the centre of the screen.
 
-  --at X,Y         with its top-left corner there
-  --clear COLOUR   paint the screen first
-  --fg COLOUR      the foreground of an archive's image, white if not given
-  --bg COLOUR      its background, black if not given
+The format follows from the first bytes of the file. A name without a directory
+is also searched for in /usr/local/dravik/jpg. BMP and archive images must fit
+on the screen; JPEG images are clipped.
 
-COLOUR: white, black, red, green, blue, grey, yellow, magenta, cyan, orange, RGB565 as 0x07E0, or RGB as '#00FF00';
---bg also takes theme and none.
+Options:
+  --at X,Y         draw with the top-left corner at this pixel
+  --clear COLOUR   fill the screen first
+  --fg COLOUR      foreground of an archive image (default: white)
+  --bg COLOUR      background of an archive image (default: black)
 
-BMP pictures and images have to lie on the screen as a whole; of a JPEG picture what does not is cut off.
+COLOUR is white, black, red, green, blue, grey, yellow, magenta, cyan, orange,
+RGB565 as 0x07E0, or RGB as '#00FF00'; --bg also accepts theme and none.
 
-Tells: picture, kind (bmp, jpeg or archive), width and height
+Output: picture, kind (bmp, jpeg or archive), width and height in pixels
 
 Examples:
   dravik-ctl show logo.bmp --clear black
   dravik-ctl show photo.jpg --at 0,0
-  dravik-ctl show /usr/local/dravik/art/icons_640.q7 3 --fg yellow --bg black
+  dravik-ctl show /usr/local/dravik/art/icons_640.q7 3 --fg yellow
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
 )";
 
 constexpr option_rule show_options[] = {{"--at", true}, {"--clear", true}, {"--fg", true}, {"--bg", true}};
@@ -82,13 +86,13 @@ bool read_order(const command_line &given, order &what, std::string &error) {
     what.clear = tools::colour_or_error(tools::colour_named, given.value("--clear"), error);
   what.at = read_place(given.value("--at"));
   if (given.has("--at") && !what.at)
-    error = "--at takes two numbers, as 20,40";
+    error = "invalid --at '" + given.value("--at") + "'; must be X,Y";
   if (words.size() > 1 && !(what.index = tools::number_of(words[1])))
-    error = "'" + words[1] + "' is not the number of an image";
+    error = "invalid INDEX '" + words[1] + "'; must be a number";
   return error.empty();
 }
 
-/// Where the picture is, under the name given or among the application's pictures; empty when it is nowhere.
+/// The path of an image, as given or among the application's images; empty, with errno, if there is none.
 std::string find_picture(const std::string &name) {
   const std::string own = std::string{jpeg_folder} + "/" + name;
   if (::access(name.c_str(), R_OK) == 0)
@@ -121,11 +125,12 @@ bool show_bmp(const order &what, size &drawn, std::string &error) {
   if (result != 0)
     error = because(what.path + ": cannot be drawn", said.first_line());
   else if (bits != 1 && bits != 4 && bits != 8 && bits != 16 && bits != 24 && bits != 32)
-    error = what.path + ": " + std::to_string(bits) + " bits a pixel are not drawn";
+    error = what.path + ": " + "unsupported depth " + std::to_string(bits) +
+            "; must be 1, 4, 8, 16, 24 or 32 bits per pixel";
   return error.empty();
 }
 
-/// The library looks for JPEG pictures in its own folder: from there a path leads to any other.
+/// The library prefixes names of JPEG images with its directory: start from there.
 bool name_for_library(const std::string &path, std::string &name, std::string &error) {
   const std::unique_ptr<char, decltype(&std::free)> whole{::realpath(path.c_str(), nullptr), std::free};
   if (whole == nullptr || ::access(jpeg_folder, X_OK) != 0)
@@ -168,10 +173,10 @@ bool draw_image(const order &what, size &drawn, std::string &error) {
   const uint32_t y = what.at ? what.at->y : (fbinfo[FBINFO_YRES] - drawn.height) / 2;
   if (!lies_on_screen(0, 0, drawn) || !lies_on_screen(x, y, drawn))
     error = what.path + ": image " + std::to_string(index) + " of " + std::to_string(drawn.width) + " x " +
-            std::to_string(drawn.height) + " pixels does not lie on the screen";
+            std::to_string(drawn.height) + " pixels does not fit on the screen there";
   else if (fb_q7bmp_show(static_cast<int32_t>(x), static_cast<int32_t>(y), 0, static_cast<int32_t>(index),
                          what.foreground, what.background, top_left) != 0)
-    error = what.path + ": image " + std::to_string(index) + " does not lie within the archive";
+    error = what.path + ": image " + std::to_string(index) + " exceeds the archive";
   return error.empty();
 }
 
@@ -179,13 +184,14 @@ bool show_image(const order &what, size &drawn, std::string &error) {
   const char *const paths[] = {what.path.c_str()};
   const overheard said{[&] { q7bmp_alloc(1, paths); }};
   if (q7bmp_ptr[0] == nullptr) {
-    error = what.path + ": is no archive that the library takes; dravik-art check tells more";
+    error = what.path + ": invalid archive; try 'dravik-art check'";
     return false;
   }
   if (*what.index < q7bmp_str_num[0])
     draw_image(what, drawn, error);
   else
-    error = what.path + ": has " + std::to_string(q7bmp_str_num[0]) + " images";
+    error = what.path + ": invalid image " + std::to_string(*what.index) + "; must be less than " +
+            std::to_string(q7bmp_str_num[0]);
   q7bmp_free();
   return error.empty();
 }
@@ -214,7 +220,7 @@ bool draw(const picture_kind &kind, const order &what, size &drawn, std::string 
   if (what.clear)
     fb_clear_screen(*what.clear);
   if (what.at && (what.at->x >= fbinfo[FBINFO_XRES] || what.at->y >= fbinfo[FBINFO_YRES]))
-    error = "the place of --at does not lie on the screen";
+    error = "show: --at is off the screen";
   else
     kind.show(what, drawn, error);
   fb_exit();
@@ -231,9 +237,10 @@ outcome show(const command_line &given, value::fields &report, std::string &erro
   what.path = path;
   const picture_kind *const kind = kind_of(path);
   if (kind == nullptr)
-    return failed(error, path + ": is neither a BMP nor a JPEG picture nor an archive");
+    return failed(error, path + ": not a BMP, JPEG or archive");
   if (kind->has_images != what.index.has_value())
-    return misused(error, kind->has_images ? "which image of the archive?" : "an INDEX goes with an archive");
+    return misused(error, kind->has_images ? "missing INDEX; an archive requires one"
+                                           : "extra INDEX; only an archive accepts one");
   size drawn = {};
   if (!draw(*kind, what, drawn, error))
     return outcome::failed;
@@ -244,6 +251,12 @@ outcome show(const command_line &given, value::fields &report, std::string &erro
 
 } // namespace
 
-constinit const command show_command = {"show", show_help, show_options, 1, 2, reporting<show>};
+extern constinit const command show_command = {.name = "show",
+                                               .summary = "draw an image",
+                                               .help = show_help,
+                                               .options = show_options,
+                                               .operands = "IMAGE",
+                                               .optional_operands = 1,
+                                               .run = reporting<show>};
 
 } // namespace dravik::ctl

@@ -1,4 +1,4 @@
-// "recordings": what the recorder has left on the card.
+// "recordings": a survey of the recordings.
 
 #include "dravik-ctl/commands.hpp"
 #include "dravik.h"
@@ -7,17 +7,20 @@ namespace dravik::ctl {
 namespace {
 
 constexpr std::string_view recordings_help =
-    R"(dravik-ctl recordings
+    R"(Usage: dravik-ctl recordings
 
-Surveys the recordings in /tmp/mmcblk0p1/REC.
+Survey the recordings in /tmp/mmcblk0p1/REC.
 
-Tells:
-  normal  count, oldest (the number of the oldest one) and size_mib of all together
-  event   count of the slots in use, oldest and next: slots A to E; next is null when all are in use
+Output:
+  normal  count, oldest (its number, null without recordings), size_mib in all
+  event   count of the slots in use, oldest and next, slots A to E; oldest is
+          null if none is in use, next is null if all are
 
 Examples:
   dravik-ctl recordings
   dravik-ctl recordings --json | jq .normal.count
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
 )";
 
 value slot(int32_t number) {
@@ -27,7 +30,7 @@ value slot(int32_t number) {
 outcome recordings(const command_line &, value::fields &report, std::string &error) {
   rec_file_list found;
   if (parse_rec_file_list(&found) != 0)
-    return failed(error, "the folder /tmp/mmcblk0p1/REC cannot be read");
+    return failed(error, "recordings: /tmp/mmcblk0p1/REC cannot be read");
   report = {{"normal", value::fields{{"count", found.normal_count},
                                      {"oldest", known(found.normal_oldest)},
                                      {"size_mib", found.normal_size}}},
@@ -39,6 +42,9 @@ outcome recordings(const command_line &, value::fields &report, std::string &err
 
 } // namespace
 
-constinit const command recordings_command = {"recordings", recordings_help, {}, 0, 0, reporting<recordings>};
+extern constinit const command recordings_command = {.name = "recordings",
+                                                     .summary = "survey the recordings on the memory card",
+                                                     .help = recordings_help,
+                                                     .run = reporting<recordings>};
 
 } // namespace dravik::ctl

@@ -15,21 +15,24 @@ namespace dravik::ctl {
 namespace {
 
 constexpr std::string_view region_help =
-    R"(dravik-ctl region [FILE]
-dravik-ctl region write REGION FILE
+    R"(Usage: dravik-ctl region [FILE]
+       dravik-ctl region write REGION FILE
 
-Tells the device's region, from /tmp/add/areacode.bin, or that of another file. With write, makes the file of a
-region: REGION is its number, 0 to 1023, or the two letters of one that the library knows.
+Print the device's region, or read or write a region file.
 
-A file of another length than a region file's is not replaced.
+Without FILE, prints the region of /tmp/add/areacode.bin as the application
+receives it: code is tw for a number without one. 'write' creates or replaces
+FILE; REGION is a number, 0 to 1023, or the two letters of a known region. An
+existing FILE of another length than 4 bytes is not replaced.
 
-Tells: number and code, the region's two letters; of the device's region those that the application sees, tw for a
-number that has none. write tells the file too
+Output: number and code, null if it has none; 'write' also prints file
 
 Examples:
   dravik-ctl region
   dravik-ctl region write JP /tmp/add/areacode.bin
   dravik-ctl region write 49 areacode.bin && dravik-ctl region areacode.bin
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
 )";
 
 constexpr uint32_t no_number = 0xFFFFFFFF;
@@ -61,7 +64,7 @@ bool may_replace(const std::string &path, std::string &error) {
   if (!std::filesystem::exists(status) || (std::filesystem::is_regular_file(status) &&
                                            std::filesystem::file_size(path, code) == region_file_bytes))
     return true;
-  error = path + ": is no region file, not replaced";
+  error = path + ": not a region file; not replaced";
   return false;
 }
 
@@ -69,12 +72,12 @@ outcome write(const std::string &region, const std::string &path, value::fields 
   const auto number = region_named(region);
   if (!number)
     return misused(error,
-                   "'" + region + "' is neither a number from 0 to 1023 nor the letters of a known region");
+                   "invalid REGION '" + region + "'; must be 0 to 1023 or the letters of a known region");
   tools::pending_file file{path};
   if (!may_replace(path, error) || !file.write(region_file(*number), error) || !file.commit(error))
     return outcome::failed;
   if (get_area_id_file(path.c_str()) != *number)
-    return failed(error, path + ": does not read as it was written");
+    return failed(error, path + ": differs from what was written");
   report = {{"number", *number}, {"code", code_of(*number)}, {"file", path}};
   return outcome::done;
 }
@@ -85,7 +88,7 @@ outcome read(const std::string &path, value::fields &report, std::string &error)
     return outcome::failed;
   const uint32_t number = get_area_id_file(path.c_str());
   if (number == no_number)
-    return failed(error, path + ": stands for no region");
+    return failed(error, path + ": not a region");
   report = {{"number", number}, {"code", code_of(number)}};
   return outcome::done;
 }
@@ -95,7 +98,7 @@ outcome region(const command_line &given, value::fields &report, std::string &er
   if (words.size() == 3 && words[0] == "write")
     return write(words[1], words[2], report, error);
   if (words.size() > 1 || (words.size() == 1 && words[0] == "write"))
-    return misused(error, "it takes a file, or write, a region and a file");
+    return misused(error, "invalid arguments; must be [FILE] or write REGION FILE");
   if (words.size() == 1)
     return read(words[0], report, error);
   report = region_of_board(error);
@@ -109,11 +112,14 @@ value::fields region_of_board(std::string &error) {
   const uint32_t number = get_area_code(code);
   if (number != no_number)
     return {{"number", number}, {"code", code}};
-  error = *code == '\0' ? "/tmp/add/areacode.bin: cannot be opened"
-                        : "/tmp/add/areacode.bin: stands for no region";
+  error = *code == '\0' ? "/tmp/add/areacode.bin: cannot be opened" : "/tmp/add/areacode.bin: not a region";
   return {};
 }
 
-constinit const command region_command = {"region", region_help, {}, 0, 3, reporting<region>};
+extern constinit const command region_command = {.name = "region",
+                                                 .summary = "print or write the region",
+                                                 .help = region_help,
+                                                 .optional_operands = 3,
+                                                 .run = reporting<region>};
 
 } // namespace dravik::ctl

@@ -1,4 +1,4 @@
-// Telling of reports.
+// Printing of reports.
 
 #include "dravik-ctl/commands.hpp"
 #include "dravik-ctl/overheard.hpp"
@@ -7,17 +7,17 @@
 
 namespace dravik::ctl {
 
-void tell(const command_line &given, const value::fields &report) {
+void print_report(const command_line &given, const value::fields &report) {
   const value whole{report};
   std::fputs((given.has("--json") ? whole.json() + '\n' : whole.text()).c_str(), stdout);
 }
 
-outcome run_and_tell(reporter *does, const command_line &given, std::string &error) {
+outcome run_and_print(reporter *does, const command_line &given, std::string &error) {
   overheard::let_through(given.has("--verbose"));
   value::fields report;
   const outcome ended = does(given, report, error);
   if (!report.empty())
-    tell(given, report);
+    print_report(given, report);
   return ended;
 }
 

@@ -1,4 +1,4 @@
-// Parts of a report that more than one command tells.
+// Parts of more than one report.
 #pragma once
 
 #include "dravik-ctl/value.hpp"
@@ -8,7 +8,7 @@ namespace dravik::ctl {
 /// Every network interface with its addresses.
 value all_interfaces();
 
-/// The device's region; without fields when it has none, and then `error` says why.
+/// The device's region. On failure returns no fields and sets `error`.
 value::fields region_of_board(std::string &error);
 
 } // namespace dravik::ctl

@@ -3,6 +3,7 @@
 #include "common/numbers.hpp"
 #include "dravik-ctl/commands.hpp"
 #include "dravik-ctl/overheard.hpp"
+#include "dravik-ctl/readings.hpp"
 #include "dravik.h"
 
 #include <algorithm>
@@ -12,33 +13,48 @@ namespace dravik::ctl {
 namespace {
 
 constexpr std::string_view adc_help =
-    R"(dravik-ctl adc [CHANNEL]
+    R"(Usage: dravik-ctl adc [CHANNEL]
 
-Reads the analogue inputs: codes of 10 bits, 0 to 1023. CHANNEL is 0 to 3.
+Read the analogue inputs.
 
-Tells: codes and lines, of channels 0 to 3; or channel, code and line. A line is what the driver says of a channel; the
-library takes its code from the tenth character on.
+CHANNEL is 0 to 3. Codes have 10 bits, 0 to 1023.
+
+Output: codes and lines of channels 0 to 3; with CHANNEL channel, code and
+line. A line is the driver's text; the library reads the code from its tenth
+character on.
 
 Examples:
   dravik-ctl adc
   dravik-ctl adc 1
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
 )";
 
 constexpr std::string_view temperature_help =
-    R"(dravik-ctl temperature
+    R"(Usage: dravik-ctl temperature
+       dravik-ctl temperature --watch [--count N] [--interval MS]
 
-Reads the board's temperature, from analogue input 1.
+Read the board's temperature, from ADC channel 1.
 
-Tells: celsius; beyond_range, when the input is above or below what the board can measure
+Options:
+  --watch        print readings, one per line, until interrupted
+  --count N      stop after N readings
+  --interval MS  time between readings in ms, 10 to 60000 (default: 100)
 
-Example:
+Output: celsius, and beyond_range: yes if the input is above or below the
+measurable range
+
+Examples:
   dravik-ctl temperature
+  dravik-ctl temperature --watch --interval 1000
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
 )";
 
 constexpr size_t channels = 4;
-constexpr int32_t above_range = 117000, below_range = -1000; ///< what the library gives beyond its table
+constexpr int32_t above_range = 117000, below_range = -1000; ///< results of the library beyond its table
 
-/// What the driver says of a channel, without its line end.
+/// The driver's text of a channel, without its line end.
 std::string line_of(size_t channel) {
   std::array<char, 32> line = {};
   const overheard said{[&] { read_adc_str(static_cast<int32_t>(channel), line.data()); }};
@@ -49,12 +65,12 @@ std::string line_of(size_t channel) {
 outcome adc(const command_line &given, value::fields &report, std::string &error) {
   const auto channel = given.operands().empty() ? 0 : tools::number_of(given.operands()[0], 0, channels - 1);
   if (!channel)
-    return misused(error, "'" + given.operands()[0] + "' is not a channel from 0 to 3");
+    return misused(error, "invalid CHANNEL '" + given.operands()[0] + "'; must be 0 to 3");
   std::array<uint32_t, channels> codes;
   int32_t result = -1;
   const overheard said{[&] { result = read_adc(codes.data()); }};
   if (result != 0)
-    return failed(error, because("the analogue inputs cannot be read", said.first_line()));
+    return failed(error, because("adc: cannot be read", said.first_line()));
   if (!given.operands().empty()) {
     report = {{"channel", *channel}, {"code", codes[*channel]}, {"line", line_of(*channel)}};
     return outcome::done;
@@ -66,19 +82,33 @@ outcome adc(const command_line &given, value::fields &report, std::string &error
   return outcome::done;
 }
 
-outcome temperature(const command_line &, value::fields &report, std::string &error) {
+bool read_degrees(value::fields &reading, std::string &error) {
   int32_t read = -1;
   const overheard said{[&] { read = read_temperature(); }};
+  reading = {{"celsius", thousandths{read}}, {"beyond_range", read == above_range || read == below_range}};
   if (!said.said_nothing())
-    return failed(error, because("the temperature cannot be read", said.first_line()));
-  report = {{"celsius", thousandths{read}}, {"beyond_range", read == above_range || read == below_range}};
-  return outcome::done;
+    error = because("temperature: cannot be read", said.first_line());
+  return said.said_nothing();
+}
+
+outcome temperature(const command_line &given, value::fields &report, std::string &error) {
+  watch_request request;
+  if (!read_watch_request(given, request, error))
+    return outcome::misused;
+  return report_readings(given, request, read_degrees, line_form::columns, report, error);
 }
 
 } // namespace
 
-constinit const command adc_command = {"adc", adc_help, {}, 0, 1, reporting<adc>};
-constinit const command temperature_command = {"temperature",         temperature_help, {}, 0, 0,
-                                               reporting<temperature>};
+extern constinit const command adc_command = {.name = "adc",
+                                              .summary = "read the analogue inputs",
+                                              .help = adc_help,
+                                              .optional_operands = 1,
+                                              .run = reporting<adc>};
+extern constinit const command temperature_command = {.name = "temperature",
+                                                      .summary = "read the board's temperature",
+                                                      .help = temperature_help,
+                                                      .options = watch_options,
+                                                      .run = reporting<temperature>};
 
 } // namespace dravik::ctl

@@ -14,56 +14,67 @@ namespace dravik::ctl {
 namespace {
 
 constexpr std::string_view play_help =
-    R"(dravik-ctl play FILE
+    R"(Usage: dravik-ctl play FILE
 
-Plays a sound file to its end: MP3 when .mp3 is in its path, else raw samples for .pcm, else WAV for .wav, else raw
-samples. Nothing is converted: 48000 Hz, 16 bits, mono. It needs the right to real-time priority, as root has it. An
-MP3 file must be writable.
+Play a sound file to its end.
 
-Tells: file, and milliseconds that it took, with a pause of 150 at its end
+The format follows from the path: MP3 if it contains .mp3, else raw PCM if it
+contains .pcm, else WAV if it contains .wav, else raw PCM. Nothing is converted:
+files must have 48000 Hz, 16 bits, mono. Requires permission to use real-time
+priority, which root has. An MP3 file must be writable.
 
-Example:
+Output: file, and milliseconds including a pause of 150 ms at the end
+
+Examples:
   dravik-ctl play /usr/local/dravik/snd/beep.wav
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
 )";
 
 constexpr std::string_view volume_help =
-    R"(dravik-ctl volume PERCENT|mute
+    R"(Usage: dravik-ctl volume PERCENT|mute
 
-Sets the speaker's volume by the board's mixer: PERCENT is 20, 40, 60, 80 or 100; 0 is mute.
+Set the speaker's volume.
 
-Tells: percent
+PERCENT is 20, 40, 60, 80 or 100, or 0, which mutes.
+
+Output: percent
 
 Examples:
   dravik-ctl volume 60
   dravik-ctl volume mute
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
 )";
 
 constexpr std::string_view mic_help =
-    R"(dravik-ctl mic on|off
+    R"(Usage: dravik-ctl mic on|off
 
-Switches the microphone on or off by the board's mixer.
+Switch the microphone on or off.
 
-Tells: microphone
+Output: microphone
 
-Example:
+Examples:
   dravik-ctl mic off
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
 )";
 
 constexpr size_t longest_path = 255;
 constexpr uint32_t volume_step = 20, loudest = 100;
 
-/// Waits until the engine has taken the file: one that it has not taken yet is dropped when the engine stops.
-/// The engine stays busy for 150 ms at least, so a look each millisecond does not miss it.
+/// Wait until the engine has started the file: snd_exit() drops a queued one. The engine is busy for at least
+/// 150 ms, so a check per millisecond does not miss it.
 void wait_until_taken() {
   constexpr timespec moment = {0, 1000000};
   while (get_snd_thread_state() == 0)
     ::nanosleep(&moment, nullptr);
 }
 
-/// Whether the engine will find the file as it needs it. It reports to nobody.
+/// The engine does not report a file that it cannot open.
 bool is_playable(const std::string &path, std::string &error) {
   if (path.size() > longest_path)
-    error = path + ": longer than the 255 characters that the library takes";
+    error = path + ": path too long; must be at most 255 characters";
   else if (::access(path.c_str(), path.find(".mp3") != path.npos ? R_OK | W_OK : R_OK) != 0)
     error = path + ": " + std::strerror(errno);
   return error.empty();
@@ -76,7 +87,7 @@ outcome play(const command_line &given, value::fields &report, std::string &erro
   int32_t started = -1;
   const overheard starting{[&] { started = snd_init(); }};
   if (started != 1)
-    return failed(error, "the sound engine does not get a thread of real-time priority 90; try as root");
+    return failed(error, "play: real-time priority 90 not permitted; try as root");
   const uint32_t before = get_tick_count();
   const overheard said{[&] {
     snd_play_direct(path.c_str(), 0);
@@ -84,18 +95,18 @@ outcome play(const command_line &given, value::fields &report, std::string &erro
     snd_exit();
   }};
   if (!said.said_nothing())
-    return failed(error, because("the sound device cannot be used", said.last_line()));
+    return failed(error, because("play: sound device failed", said.last_line()));
   report = {{"file", path}, {"milliseconds", get_tick_count() - before}};
   return outcome::done;
 }
 
-/// Runs a call that runs the mixer. Some of its steps tell of a failure by words alone.
+/// Call a function that runs the mixer program. Some of its failures appear only in its output.
 template <class Call> bool ask_mixer(Call call, std::string &error) {
   int32_t status = -1;
   const overheard said{[&] { status = call(); }};
   const std::string complaint = said.first_line("amixer:");
   if (status != 0 || !complaint.empty())
-    error = because("the mixer did not take it", complaint);
+    error = because("mixer: setting failed", complaint);
   return error.empty();
 }
 
@@ -103,7 +114,7 @@ outcome volume(const command_line &given, value::fields &report, std::string &er
   const std::string &word = given.operands()[0];
   const auto percent = word == "mute" ? 0 : tools::number_of(word, 0, loudest);
   if (!percent || *percent % volume_step != 0)
-    return misused(error, "'" + word + "' is none of mute, 0, 20, 40, 60, 80, 100");
+    return misused(error, "invalid PERCENT '" + word + "'; must be mute, 0, 20, 40, 60, 80 or 100");
   if (!ask_mixer([&] { return spk_volume_setup(*percent); }, error))
     return outcome::failed;
   report = {{"percent", *percent}};
@@ -113,7 +124,7 @@ outcome volume(const command_line &given, value::fields &report, std::string &er
 outcome mic(const command_line &given, value::fields &report, std::string &error) {
   const std::string &word = given.operands()[0];
   if (word != "on" && word != "off")
-    return misused(error, "'" + word + "' is neither on nor off");
+    return misused(error, "invalid switch '" + word + "'; must be on or off");
   if (!ask_mixer([&] { return word == "on" ? mic_volume_unmute() : mic_volume_mute(); }, error))
     return outcome::failed;
   report = {{"microphone", word}};
@@ -122,8 +133,20 @@ outcome mic(const command_line &given, value::fields &report, std::string &error
 
 } // namespace
 
-constinit const command play_command = {"play", play_help, {}, 1, 1, reporting<play>};
-constinit const command volume_command = {"volume", volume_help, {}, 1, 1, reporting<volume>};
-constinit const command mic_command = {"mic", mic_help, {}, 1, 1, reporting<mic>};
+extern constinit const command play_command = {.name = "play",
+                                               .summary = "play a sound file",
+                                               .help = play_help,
+                                               .operands = "FILE",
+                                               .run = reporting<play>};
+extern constinit const command volume_command = {.name = "volume",
+                                                 .summary = "set the speaker's volume",
+                                                 .help = volume_help,
+                                                 .operands = "PERCENT|mute",
+                                                 .run = reporting<volume>};
+extern constinit const command mic_command = {.name = "mic",
+                                              .summary = "switch the microphone",
+                                              .help = mic_help,
+                                              .operands = "on|off",
+                                              .run = reporting<mic>};
 
 } // namespace dravik::ctl

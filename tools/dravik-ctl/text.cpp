@@ -1,4 +1,4 @@
-// "text": a line of text, in a bitmap font or a smooth one.
+// "text": a line of text, in a bitmap font or anti-aliased.
 
 #include "common/colours.hpp"
 #include "common/numbers.hpp"
@@ -16,27 +16,34 @@ namespace dravik::ctl {
 namespace {
 
 constexpr std::string_view text_help =
-    R"(dravik-ctl text X Y STRING
+    R"(Usage: dravik-ctl text X Y STRING [OPTION ...]
 
-Draws a line of text with its top-left corner at column X, line Y. Plain ASCII is drawn in a bitmap font; a text with
-other characters, in UTF-8, or with --size is drawn smooth.
+Draw a line of text with its top-left corner at column X, line Y.
 
-  --size POINTS    1 to 96 points at 80 dots an inch; 24 if the text is smooth and this is not given
-  --font FILE      a bitmap font (.psf), /usr/local/dravik/font/Uni2-Fixed16.psf if not given, or a smooth one;
-                   if not given, arial.ttf there, and DroidSansFallback.ttf for what that lacks
-  --fg COLOUR      white if not given
-  --bg COLOUR      black if not given; none leaves what is around the letters
+ASCII is drawn in a bitmap font; text with other characters, in UTF-8, and any
+text with --size is drawn anti-aliased, in the library's ramp of two colours or
+the nearest one. Text that does not fit on the screen is not drawn.
 
-COLOUR: white, black, red, green, blue, grey, yellow, magenta, cyan, orange, RGB565 as 0x07E0, or RGB as '#00FF00';
---bg also takes theme. Smooth text comes in the library's ramps of two colours, in the nearest for another pair.
+Options:
+  --size POINTS    1 to 96 points at 80 dots per inch (default: 24)
+  --font FILE      bitmap font (.psf), or TrueType font for anti-aliased text
+                   (default: Uni2-Fixed16.psf, or arial.ttf and for characters
+                   that it does not have DroidSansFallback.ttf, in
+                   /usr/local/dravik/font)
+  --fg COLOUR      foreground (default: white)
+  --bg COLOUR      background, or none to keep the screen around the letters
+                   (default: black)
 
-A text that does not lie on the screen as a whole is not drawn.
+COLOUR is white, black, red, green, blue, grey, yellow, magenta, cyan, orange,
+RGB565 as 0x07E0, or RGB as '#00FF00'; --bg also accepts theme and none.
 
-Tells: font, x, y, width and height
+Output: font, x, y, width and height in pixels
 
 Examples:
   dravik-ctl text 20 20 'hello board' --fg green
   dravik-ctl text 20 60 'größer' --size 48
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
 )";
 
 constexpr option_rule text_options[] = {{"--size", true}, {"--font", true}, {"--fg", true}, {"--bg", true}};
@@ -56,21 +63,23 @@ struct order {
   uint16_t foreground = 0, background = 0;
 };
 
-/// The characters of a text as the library takes them.
+/// The characters of a text as the library expects them.
 bool read_text(std::string_view text, std::u16string &into, std::string &error) {
   while (error.empty() && !text.empty()) {
     const utf8_character next = take_character(text);
     if (next.bytes.empty())
-      error = "the text is not UTF-8";
+      error = "invalid STRING; must be UTF-8";
     else if (next.code < ' ' || next.code == 0x7F)
-      error = "the text holds a control character";
+      error = "invalid STRING; must not contain control characters";
     else if (next.code > 0xFFFF)
-      error = "the text holds a character beyond U+FFFF, which the library does not draw";
+      error = "invalid STRING; must not contain characters above U+FFFF";
     into += static_cast<char16_t>(next.code);
   }
-  into.erase(into.find_last_not_of(u' ') + 1); // smooth text that ends with a space would not be drawn
+  into.erase(into.find_last_not_of(u' ') +
+             1); // the library does not draw anti-aliased text that ends with a space
   if (error.empty() && (into.empty() || into.size() > most_characters))
-    error = into.empty() ? "there is no text" : "the text is longer than 128 characters";
+    error =
+        into.empty() ? "empty STRING; must contain text" : "STRING too long; must be at most 128 characters";
   return error.empty();
 }
 
@@ -83,9 +92,9 @@ bool read_order(const command_line &given, order &what, std::string &error) {
   const auto x = tools::number_of(words[0]), y = tools::number_of(words[1]);
   const auto size = tools::number_of(given.value("--size", "24"), 1, largest_size);
   if (!x || !y)
-    error = "X and Y are numbers of pixels";
+    error = "invalid X or Y; must be numbers of pixels";
   else if (!size)
-    error = "--size takes a number from 1 to 96";
+    error = "invalid --size '" + given.value("--size") + "'; must be 1 to 96";
   what.x = x.value_or(0);
   what.y = y.value_or(0);
   what.size = size.value_or(0);
@@ -97,24 +106,21 @@ bool read_order(const command_line &given, order &what, std::string &error) {
   const bool wants_smooth = given.has("--size") || !is_ascii(what.text);
   what.is_smooth = wants_smooth || (given.has("--font") && !what.font.ends_with(bitmap_ending));
   if (wants_smooth && what.font.ends_with(bitmap_ending))
-    error = "bitmap fonts have one size, and ASCII characters only";
+    error = "invalid --font; bitmap fonts have one size and ASCII characters only";
   return error.empty();
 }
 
 bool fits(const order &what, uint64_t width, uint64_t height, std::string &error) {
   if (what.x + width <= fbinfo[FBINFO_XRES] && what.y + height <= fbinfo[FBINFO_YRES])
     return true;
-  error = "the text of " + std::to_string(width) + " x " + std::to_string(height) +
-          " pixels does not lie on the screen there";
+  error = "text: " + std::to_string(width) + " x " + std::to_string(height) +
+          " pixels do not fit on the screen there";
   return false;
 }
 
-value::fields told(const order &what, std::string font, int64_t width, int64_t height) {
+value::fields report_of(const order &what, std::string font, int64_t width, int64_t height) {
   return {{"font", std::move(font)}, {"x", what.x}, {"y", what.y}, {"width", width}, {"height", height}};
 }
-
-// ------------------------------------------------------------------------------------------------ bitmap
-// fonts
 
 outcome draw_bitmap(const order &what, value::fields &report, std::string &error) {
   const std::string path = what.font.empty() ? bitmap_font : what.font;
@@ -124,7 +130,7 @@ outcome draw_bitmap(const order &what, value::fields &report, std::string &error
   psf_font_alloc(1, paths);
   const psf_font &font = psf[0];
   if (font.ptr == nullptr)
-    return failed(error, path + ": is no font that the library takes; /tmp/dravik.log tells more");
+    return failed(error, path + ": invalid font; see /tmp/dravik.log");
   const auto width = static_cast<uint32_t>(font.width), height = static_cast<uint32_t>(font.height);
   if (!fits(what, uint64_t{width} * what.text.size(), height, error))
     return outcome::failed;
@@ -132,15 +138,12 @@ outcome draw_bitmap(const order &what, value::fields &report, std::string &error
     fb_putc(character, x, what.y, what.foreground, what.background, 0);
     x += width;
   }
-  report = told(what, path, width * static_cast<int64_t>(what.text.size()), height);
+  report = report_of(what, path, width * static_cast<int64_t>(what.text.size()), height);
   psf_font_free();
   return outcome::done;
 }
 
-// ------------------------------------------------------------------------------------------------ smooth
-// text
-
-/// Draws by entry `font` of ::ttf_font_file. What the library says of a failure; empty when there is none.
+/// Draw with entry `font` of ::ttf_font_file. Returns the message of a failure, else an empty text.
 std::string put_smooth(const order &what, uint32_t font) {
   std::string bytes;
   for (const char16_t unit : what.text + u'\0')
@@ -151,7 +154,7 @@ std::string put_smooth(const order &what, uint32_t font) {
   return said.first_line();
 }
 
-/// Draws on memory of our own, which leaves the text's size in ::str_width and ::str_height.
+/// Draw on private memory, which sets ::str_width and ::str_height.
 std::string rehearse(const order &what, uint32_t font) {
   std::vector<uint8_t> memory(size_t{fbinfo[FBINFO_LINE_LENGTH]} * fbinfo[FBINFO_YRES]);
   uint8_t *const screen = fbp;
@@ -171,11 +174,11 @@ outcome draw_smooth(const order &what, value::fields &report, std::string &error
   if (!complaint.empty() && what.font.empty())
     complaint = rehearse(what, ++font);
   if (!complaint.empty())
-    return failed(error, because(std::string{ttf_font_file[font]} + ": the text cannot be drawn", complaint));
+    return failed(error, because(std::string{ttf_font_file[font]} + ": text cannot be drawn", complaint));
   if (!fits(what, static_cast<uint32_t>(str_width), static_cast<uint32_t>(str_height), error))
     return outcome::failed;
   put_smooth(what, font);
-  report = told(what, ttf_font_file[font], str_width, str_height);
+  report = report_of(what, ttf_font_file[font], str_width, str_height);
   return outcome::done;
 }
 
@@ -192,6 +195,11 @@ outcome text(const command_line &given, value::fields &report, std::string &erro
 
 } // namespace
 
-constinit const command text_command = {"text", text_help, text_options, 3, 3, reporting<text>};
+extern constinit const command text_command = {.name = "text",
+                                               .summary = "draw a line of text",
+                                               .help = text_help,
+                                               .options = text_options,
+                                               .operands = "X Y STRING",
+                                               .run = reporting<text>};
 
 } // namespace dravik::ctl

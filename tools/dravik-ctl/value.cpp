@@ -1,4 +1,4 @@
-// Values as text for people and as JSON for scripts.
+// Values as text and as JSON.
 
 #include "dravik-ctl/value.hpp"
 
@@ -94,7 +94,10 @@ std::string value::inline_text() const {
             [](thousandths number) { return decimal(number); },
             [](const std::string &text) { return tools::in_one_line(text); },
             [](const list &values) { return joined(values, [](const value &v) { return v.inline_text(); }); },
-            [](const fields &) { return std::string{}; }},
+            [](const fields &named) {
+              return joined(named,
+                            [](const field &f) { return spaced(f.name) + ": " + f.content.inline_text(); });
+            }},
       content_);
 }
 

@@ -1,4 +1,4 @@
-// What a command reports: a tree of named values, told as text or as JSON.
+// The report of a command: a tree of named values, printed as text or as JSON.
 #pragma once
 
 #include <concepts>
@@ -13,7 +13,7 @@ namespace dravik::ctl {
 
 struct field;
 
-/// Thousandths of a unit: told as a number with three decimals.
+/// Thousandths of a unit: printed as a number with three decimals.
 struct thousandths {
   int64_t count;
 };
@@ -23,7 +23,7 @@ public:
   using list = std::vector<value>;
   using fields = std::vector<field>;
 
-  value(std::nullptr_t) {} ///< what the board does not tell
+  value(std::nullptr_t) {} ///< a value that does not exist or cannot be read
   value(bool is) : content_(is) {}
   template <std::integral Number> value(Number number) : content_(static_cast<int64_t>(number)) {}
   value(thousandths number) : content_(number) {}
@@ -37,7 +37,7 @@ public:
   /// Lines "name: value", those of a value within another indented below its name; each ends with a line end.
   std::string text() const { return text_below(0); }
 
-  /// A number, a word or a list of such, as text without a line end.
+  /// The value on one line, without a line end; fields as "name: value, name: value".
   std::string inline_text() const;
 
 private:
@@ -52,7 +52,7 @@ struct field {
   value content;
 };
 
-/// A non-negative number, or nothing for what the library tells as a negative one.
+/// A number; null for the library's negative results.
 template <std::integral Number> value known(Number number) {
   return number >= 0 ? value{number} : value{nullptr};
 }

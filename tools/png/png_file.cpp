@@ -22,7 +22,8 @@ bool begin(const std::string &path, const unique_file &file, png_image &image, s
   }
   if (is_bearable(image.width, image.height))
     return true;
-  error = path + ": " + std::to_string(image.width) + " x " + std::to_string(image.height) + " is too large";
+  error = path + ": too large: " + std::to_string(image.width) + " x " + std::to_string(image.height) +
+          " pixels; must be at most " + std::to_string(most_pixels) + " pixels";
   png_image_free(&image);
   return false;
 }

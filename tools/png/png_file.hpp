@@ -1,4 +1,4 @@
-// PNG files as blocks of RGBA pixels, for the tools that people use.
+// PNG files as blocks of RGBA pixels, for the tools.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@ namespace dravik::png {
 struct picture {
   uint32_t width = 0;
   uint32_t height = 0;
-  std::vector<uint8_t> rgba; ///< four bytes a pixel, rows from the top without padding
+  std::vector<uint8_t> rgba; ///< four bytes per pixel, rows from the top without padding
 };
 
 struct size {
@@ -18,21 +18,21 @@ struct size {
   uint32_t height = 0;
 };
 
-/// The largest number of pixels that read() takes: a few bytes of file can claim any.
+/// Maximum number of pixels of read(): a few bytes of file can claim any.
 inline constexpr uint64_t most_pixels = 1 << 26;
 
-/// Whether a picture of that size is within the limit.
+/// Whether a picture of this size is within the limit.
 constexpr bool is_bearable(uint64_t width, uint64_t height) noexcept {
   return height == 0 || width <= most_pixels / height;
 }
 
-/// Reads the size of a PNG and nothing else. On failure gives false and says why in `error`.
+/// Read the size of a PNG and nothing else. On failure returns false and sets `error`.
 [[nodiscard]] bool read_size(const std::string &path, size &into, std::string &error);
 
-/// Reads any PNG of up to ::most_pixels. On failure gives false and says why in `error`.
+/// Read any PNG of up to ::most_pixels. On failure returns false and sets `error`.
 [[nodiscard]] bool read(const std::string &path, picture &into, std::string &error);
 
-/// Writes a PNG, the whole of it or nothing: a file of that name stays as it was when writing fails.
+/// Write a PNG completely or not at all: on failure an existing file of that name is unchanged.
 [[nodiscard]] bool write(const std::string &path, const picture &from, std::string &error);
 
 } // namespace dravik::png
