@@ -90,14 +90,14 @@ finding compare_with_this_program(const unique_fd &file) noexcept {
                             header.e_ident[EI_DATA] == own_header.e_ident[EI_DATA] &&
                             header.e_machine == own_header.e_machine;
   if (!same_machine)
-    return {ENOEXEC, false, "is built for another machine than the simulator; build it for this one"};
+    return {ENOEXEC, false, "built for another architecture; must be built for the host"};
   const named_program loader = loader_of(file, header);
   if (*loader.name == '\0')
-    return {ENOEXEC, false,
-            "is linked statically; only dynamically linked programs run on a simulated board"};
+    return {ENOEXEC, false, "statically linked; must be dynamically linked"};
   const named_program own_loader = loader_of(own, own_header);
   const bool is_same = *own_loader.name == '\0' || std::strcmp(loader.name, own_loader.name) == 0;
-  return is_same ? nothing_found : finding{ENOEXEC, false, "is linked with another C library"};
+  return is_same ? nothing_found
+                 : finding{ENOEXEC, false, "linked with another C library than the simulator"};
 }
 
 /// What runs a script, from its first line; empty when the file is none.
@@ -124,23 +124,21 @@ bool is_elf(const unique_fd &file) noexcept {
 finding judge_file(const char *path, named_program &interpreter) noexcept {
   struct statx status = {};
   if (::syscall(SYS_statx, AT_FDCWD, path, 0, STATX_BASIC_STATS, &status) != 0)
-    return {errno, true, "cannot be found"};
+    return {errno, true, "not found"};
   if (!S_ISREG(status.stx_mode))
-    return {EACCES, true, "is not a program"};
+    return {EACCES, true, "not a program"};
   if (!may_access(path, X_OK))
-    return {EACCES, true, "may not be executed"};
+    return {EACCES, true, "not executable"};
   const unique_fd file = open_program(path);
   if (!file)
     return nothing_found; // a program that may be run but not read: the loader will see
   if (is_elf(file))
     return changes_rights(path, status)
-               ? finding{EACCES, false, "runs with other rights than yours; the loader shields such programs"}
+               ? finding{EACCES, false, "runs with other permissions than the caller's; not supported"}
                : compare_with_this_program(file);
   interpreter = interpreter_of(file);
-  return *interpreter.name != '\0'
-             ? nothing_found
-             : finding{ENOEXEC, true,
-                       "is neither a program of this machine nor a script that begins with #!"};
+  return *interpreter.name != '\0' ? nothing_found
+                                   : finding{ENOEXEC, true, "not a program of the host, and not a script"};
 }
 
 /// A text that grows in a fixed block, and is cut off at its end.
@@ -176,11 +174,11 @@ program_judgement judge_program(const char *path) noexcept {
     }
     program = interpreter;
     path = program.name;
-    reason.add("is run by ");
+    reason.add("interpreter ");
     reason.add(path);
-    reason.add(", which ");
+    reason.add(": ");
   }
-  reason.add("leads from script to script");
+  reason.add("too many scripts in a row");
   judgement.error = ELOOP;
   judgement.is_the_kernels = true;
   return judgement;

@@ -18,15 +18,15 @@ screen screen::of_size(uint32_t width, uint32_t height, uint32_t bits) noexcept 
 
 const char *screen::nonsense() const noexcept {
   if (xres == 0 || yres == 0)
-    return "the screen has no pixels";
+    return "invalid size; must be at least 1x1 pixels";
   if (xres_virtual > longest_side || yres_virtual > longest_side || line_length > longest_side * 4)
-    return "the screen is larger than 16384 pixels";
+    return "screen too large; must be at most 16384 pixels per side";
   if (xres_virtual < xres || yres_virtual < yres)
-    return "the virtual screen is smaller than the visible one";
+    return "virtual screen too small; must be at least the size";
   if (bits_per_pixel != 16 && bits_per_pixel != 24 && bits_per_pixel != 32)
-    return "the depth is not 16, 24 or 32 bits";
+    return "invalid depth; must be 16, 24 or 32 bits per pixel";
   if (line_length < bytes_of(xres_virtual, bits_per_pixel))
-    return "a line is too short for its pixels";
+    return "line length too small for the pixels of a line";
   return nullptr;
 }
 

@@ -1,4 +1,4 @@
-// dravik-sim card: the memory card in a person's hand, and what the board's own commands do to it.
+// "card": the memory card, as handled by a user and by the board's own commands.
 
 #include "board/board_directory.hpp"
 #include "board/card.hpp"
@@ -14,21 +14,53 @@
 namespace dravik::sim {
 namespace {
 
+constexpr std::string_view card_help =
+    R"(Usage: dravik-sim card BOARD [ACTION [OPTION ...]]
+
+Handle the memory card of a simulated board.
+
+Without ACTION, prints the state of the card.
+
+Actions:
+  in        insert the card; it is mounted
+  locked    insert it write-protected; it is mounted read-only
+  out       unmount and remove it
+  mount     mount it on BOARD/tmp/mmcblk0p1; read-only with -r or -o ro
+  umount    write changes in BOARD/tmp/mmcblk0p1 to the card, and unmount it;
+            fails while files of the card are open, except with -l
+  check     run fsck.fat with its options: -a repairs, -n only checks
+  format    run mkfs.vfat with its options
+  restart   act as a reboot of the board does: unmount, read the partition
+            table, mount
+
+The card is the file BOARD/dev/mmcblk0, or BOARD/card/mmcblk0 while it is
+removed. Requires the Debian packages dosfstools and mtools.
+
+Examples:
+  dravik-sim card desk
+  dravik-sim card desk out
+  dravik-sim card desk umount && mdir -i desk/dev/mmcblk0@@16384
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error; 32 if mount or
+umount fails; that of fsck.fat or mkfs.vfat
+)";
+
 using options = std::vector<std::string>;
 
-constexpr int mount_failed = 32; ///< as mount(8) and umount(8) say it
+constexpr int mount_failed = 32; ///< exit status of mount(8) and umount(8)
 
 /// The text is a warning if the action succeeded.
-int told(const char *action, bool done, const std::string &error, int status = failed) {
-  if (done && error.empty())
-    return 0;
-  return fail(std::string{action} + ": " + error, done ? 0 : status);
+int report(const char *action, bool done, std::string &error, int status = 1) {
+  if (!error.empty())
+    error.insert(0, std::string{action} + ": ");
+  return done ? 0 : status;
 }
 
-/// The same in the words of mount(8) and umount(8), whose place these actions take.
-int told_as_by(const char *subject, bool done, const std::string &error) {
+/// The same in the form of mount(8) and umount(8), which these actions replace.
+int report_as_by(const char *subject, bool done, std::string &error) {
   if (!error.empty())
     std::fprintf(stderr, "%s: %s\n", subject, error.c_str());
+  error.clear();
   return done ? 0 : mount_failed;
 }
 
@@ -45,49 +77,41 @@ bool asks_for_read_only(const options &given) {
   });
 }
 
-int put_in(const std::string &board, const options &) {
-  std::string error;
-  return told("card", insert_card(board, card_lock::off, error), error);
+int put_in(const std::string &board, const options &, std::string &error) {
+  return report("card", insert_card(board, card_lock::off, error), error);
 }
 
-int put_in_locked(const std::string &board, const options &) {
-  std::string error;
-  return told("card", insert_card(board, card_lock::on, error), error);
+int put_in_locked(const std::string &board, const options &, std::string &error) {
+  return report("card", insert_card(board, card_lock::on, error), error);
 }
 
-int take_out(const std::string &board, const options &) {
-  std::string error;
-  return told("card", remove_card(board, error), error);
+int take_out(const std::string &board, const options &, std::string &error) {
+  return report("card", remove_card(board, error), error);
 }
 
-int mount(const std::string &board, const options &given) {
-  std::string error;
+int mount(const std::string &board, const options &given, std::string &error) {
   const bool done = mount_card(board, asks_for_read_only(given), error);
-  return told_as_by("mount: /dev/mmcblk0p1", done, error);
+  return report_as_by("mount: /dev/mmcblk0p1", done, error);
 }
 
-int unmount(const std::string &board, const options &given) {
+int unmount(const std::string &board, const options &given, std::string &error) {
   const bool is_lazy = has_option(given, 'l') || std::ranges::find(given, "--lazy") != given.end();
-  std::string error;
   const bool done = unmount_card(board, is_lazy ? unmount_way::detached : unmount_way::if_unused, error);
-  return told_as_by("umount: /tmp/mmcblk0p1", done, error);
+  return report_as_by("umount: /tmp/mmcblk0p1", done, error);
 }
 
-int check(const std::string &board, const options &given) {
-  std::string error;
+int check(const std::string &board, const options &given, std::string &error) {
   const int status = check_card(board, given, error);
-  return error.empty() ? status : fail("dosfsck: /dev/mmcblk0p1: " + error, status);
+  return report("dosfsck: /dev/mmcblk0p1", status == 0, error, status);
 }
 
-int format(const std::string &board, const options &given) {
-  std::string error;
+int format(const std::string &board, const options &given, std::string &error) {
   const int status = format_card(board, given, error);
-  return error.empty() ? status : fail("mkfs.vfat: /dev/mmcblk0p1: " + error, status);
+  return report("mkfs.vfat: /dev/mmcblk0p1", status == 0, error, status);
 }
 
-int restart(const std::string &board, const options &) {
-  std::string error;
-  return told("card", restart_card(board, error), error);
+int restart(const std::string &board, const options &, std::string &error) {
+  return report("card", restart_card(board, error), error);
 }
 
 const char *name_of(mount_state state) {
@@ -102,15 +126,15 @@ const char *name_of(mount_state state) {
   return "";
 }
 
-int show(const std::string &board) {
+outcome show(const std::string &board, std::string &error) {
   if (!card_is_in(board)) {
     std::puts(has_card(board) ? "out" : "none");
-    return 0;
+    return outcome::done;
   }
   struct stat image;
   const std::string path = card_files{board}.image();
   if (::stat(path.c_str(), &image) != 0)
-    return fail(path + ": cannot be read");
+    return failed(error, path + ": cannot be read");
   const partition known = known_partition(board);
   std::printf("%s, %lld MiB, ", card_is_locked(board) ? "locked" : "in",
               static_cast<long long>(image.st_size >> 20));
@@ -120,12 +144,12 @@ int show(const std::string &board) {
     std::printf("partition of %llu MiB at %s@@%llu, %s\n",
                 static_cast<unsigned long long>(known.length_bytes() >> 20), printable(path).c_str(),
                 static_cast<unsigned long long>(known.start_bytes()), name_of(read_mount_state(board)));
-  return 0;
+  return outcome::done;
 }
 
 struct card_action {
   std::string_view name;
-  int (*run)(const std::string &board, const options &given);
+  int (*run)(const std::string &board, const options &given, std::string &error); ///< exit status
 };
 
 constexpr card_action actions[] = {
@@ -133,21 +157,24 @@ constexpr card_action actions[] = {
     {"umount", unmount}, {"check", check},          {"format", format}, {"restart", restart},
 };
 
+outcome handle(const std::string &board, const command_line &given, std::string &error) {
+  const auto &operands = given.operands();
+  if (operands.size() == 1)
+    return show(board, error);
+  const auto *chosen = std::ranges::find(actions, operands[1], &card_action::name);
+  if (chosen == std::end(actions))
+    return misused(error, "unknown action '" + operands[1] + "'; try 'dravik-sim card --help'");
+  return outcome{chosen->run(board, {operands.begin() + 2, operands.end()}, error)};
+}
+
 } // namespace
 
-int card_command(arguments given) {
-  if (given.empty() || *given[0] == '-')
-    return fail("which board? 'dravik-sim card --help' tells", wrong_usage);
-  const std::string board = given[0];
-  if (!is_board(board))
-    return fail(board + ": is no board; 'dravik-sim new " + board + "' makes one");
-  if (given.size() == 1)
-    return show(board);
-  const auto *chosen = std::ranges::find(actions, std::string_view{given[1]}, &card_action::name);
-  if (chosen == std::end(actions))
-    return fail(std::string{given[1]} + ": nothing to do with a card; 'dravik-sim card --help' tells",
-                wrong_usage);
-  return chosen->run(board, {given.begin() + 2, given.end()});
-}
+extern constinit const command card_command = {.name = "card",
+                                               .summary = "handle the memory card",
+                                               .help = card_help,
+                                               .operands = "BOARD",
+                                               .optional_operands = tools::any_number,
+                                               .run = on_board<handle>,
+                                               .own_operands = 1};
 
 } // namespace dravik::sim

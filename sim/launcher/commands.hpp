@@ -1,24 +1,29 @@
-// The launcher's commands. Each takes its own arguments and gives the exit status of the program.
+// The launcher's commands.
 #pragma once
+
+#include "common/tool.hpp"
 
 #include <span>
 #include <string>
 
 namespace dravik::sim {
 
-using arguments = std::span<char *const>;
+using tools::command;
+using tools::command_line;
+using tools::failed;
+using tools::misused;
+using tools::option_rule;
+using tools::outcome;
 
-constexpr int failed = 1;
-constexpr int wrong_usage = 2;
+/// All commands, in the order of the overview.
+std::span<const command *const> commands() noexcept;
 
-int card_command(arguments given);
-int events_command(arguments given);
-int new_command(arguments given);
-int run_command(arguments given);
-int set_command(arguments given);
-int shot_command(arguments given);
+/// A command whose first operand is an existing board.
+using board_command = outcome(const std::string &board, const command_line &given, std::string &error);
 
-/// One line on standard error; gives the exit status.
-int fail(const std::string &message, int status = failed);
+outcome run_on_board(board_command *does, const command_line &given, std::string &error);
+template <board_command *Does> outcome on_board(const command_line &given, std::string &error) {
+  return run_on_board(Does, given, error);
+}
 
 } // namespace dravik::sim

@@ -1,4 +1,4 @@
-// dravik-sim events: what the board's devices were asked to do, and what they are being asked.
+// "events": requests to the devices of a board, as they happen.
 
 #include "base/unique_fd.hpp"
 #include "board/board_directory.hpp"
@@ -17,6 +17,25 @@
 
 namespace dravik::sim {
 namespace {
+
+constexpr std::string_view events_help =
+    R"(Usage: dravik-sim events BOARD [--once]
+
+Print the requests to the devices of a simulated board, one per line.
+
+Continues with new events until interrupted.
+
+Options:
+  --once  stop after the events so far
+
+Examples:
+  dravik-sim events desk
+  dravik-sim events desk --once | grep led
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
+)";
+
+constexpr option_rule events_options[] = {{"--once", false}};
 
 /// Copies what the file of events gains to standard output.
 class gain {
@@ -72,35 +91,40 @@ happening await_change(int watch) {
   return happening::change;
 }
 
-int follow(const std::string &board, gain events) {
+outcome output_failed(std::string &error) {
+  return failed(error, std::string{"standard output: "} + std::strerror(errno));
+}
+
+outcome follow(const std::string &board, gain events, std::string &error) {
   const unique_fd watch{::inotify_init1(IN_CLOEXEC)};
   if (!watch || ::inotify_add_watch(watch.get(), board.c_str(), IN_CREATE | IN_MODIFY | IN_MOVED_TO) < 0)
-    return fail(board + ": cannot be watched: " + std::strerror(errno));
+    return failed(error, board + ": cannot be watched: " + std::strerror(errno));
   while (events.show())
     switch (await_change(watch.get())) {
     case happening::change:
       break;
     case happening::end_of_reader:
-      return 0;
+      return outcome::done;
     case happening::end_of_board:
-      return fail(board + ": is gone");
+      return failed(error, board + ": removed");
     }
-  return fail(std::string{"standard output: "} + std::strerror(errno));
+  return output_failed(error);
+}
+
+outcome print_events(const std::string &board, const command_line &given, std::string &error) {
+  gain events{board};
+  if (!given.has("--once"))
+    return follow(board, std::move(events), error);
+  return events.show() ? outcome::done : output_failed(error);
 }
 
 } // namespace
 
-int events_command(arguments given) {
-  const bool once = given.size() == 2 && std::string_view{given[1]} == "--once";
-  if (given.empty() || *given[0] == '-' || given.size() > (once ? 2 : 1))
-    return fail("which board? 'dravik-sim events --help' tells", wrong_usage);
-  const std::string board = given[0];
-  if (!is_board(board))
-    return fail(board + ": is no board; 'dravik-sim new " + board + "' makes one");
-  gain events{board};
-  if (!once)
-    return follow(board, std::move(events));
-  return events.show() ? 0 : fail(std::string{"standard output: "} + std::strerror(errno));
-}
+extern constinit const command events_command = {.name = "events",
+                                                 .summary = "print requests to the devices",
+                                                 .help = events_help,
+                                                 .options = events_options,
+                                                 .operands = "BOARD",
+                                                 .run = on_board<print_events>};
 
 } // namespace dravik::sim

@@ -5,10 +5,10 @@
 
 namespace dravik::sim {
 
-/// Where a program lies: a name without a slash is looked for in PATH. Empty when there is none.
+/// The path of a program: a name without a slash is searched for in PATH. Empty if it is not found.
 std::string find_program(const std::string &name);
 
-/// Why the preload library would not reach into a program, in words that follow its name; empty when it will.
+/// The reason why the preload library would not be loaded into a program; empty if it will.
 /// Follows a script to the program that runs it.
 std::string why_not_on_a_board(const std::string &program);
 

@@ -1,4 +1,4 @@
-// dravik-sim new: makes a board.
+// "new": creation of a board.
 
 #include "board/board_directory.hpp"
 #include "board/card.hpp"
@@ -14,13 +14,44 @@
 namespace dravik::sim {
 namespace {
 
+constexpr std::string_view new_help =
+    R"(Usage: dravik-sim new BOARD [OPTION ...]
+
+Create a simulated board in the directory BOARD.
+
+BOARD must not exist or be empty.
+
+Options:
+  --size WxH           visible screen in pixels (default: 640x480)
+  --virtual WxH        whole frame buffer memory in pixels, for panning and for
+                       padded lines (default: as --size)
+  --depth BITS         bits per pixel, 16, 24 or 32 (default: 16)
+  --line-length BYTES  bytes per line (default: as the pixels require)
+  --card MIB           size of the memory card in MiB, 64 to 131072, or 0 for
+                       none (default: 1024)
+
+Fonts of the host are copied to BOARD/usr/local/dravik/font: the console fonts
+of the Debian package console-setup-linux, arial.ttf of fonts-liberation and
+DroidSansFallback.ttf of fonts-droid-fallback. A warning names missing ones.
+
+Examples:
+  dravik-sim new desk
+  dravik-sim new two-buffers --size 320x240 --virtual 320x480
+  dravik-sim new padded --size 800x480 --virtual 1024x480
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
+)";
+
+constexpr option_rule new_options[] = {
+    {"--size", true}, {"--virtual", true}, {"--depth", true}, {"--line-length", true}, {"--card", true}};
+
 bool read_size(std::string_view text, uint32_t &width, uint32_t &height) {
   const size_t cross = text.find('x');
   return cross != std::string_view::npos && read_number(text.substr(0, cross), width) &&
          read_number(text.substr(cross + 1), height);
 }
 
-/// What the options say, before the sizes that follow from others are filled in.
+/// The options, before sizes that follow from others are filled in.
 struct wishes {
   std::string directory;
   uint32_t width = 640;
@@ -46,23 +77,12 @@ bool take_option(std::string_view name, std::string_view value, wishes &into) {
   return false;
 }
 
-/// Empty when the arguments are right, otherwise what is wrong with them.
-std::string take_arguments(arguments given, wishes &into) {
-  for (size_t i = 0; i < given.size(); ++i) {
-    const std::string word = given[i];
-    if (!word.starts_with('-')) {
-      if (!into.directory.empty())
-        return word + ": one board at a time";
-      into.directory = word;
-      continue;
-    }
-    if (i + 1 == given.size())
-      return word + ": is no option of 'new', or lacks its value";
-    const std::string value = given[++i];
-    if (!take_option(word, value, into))
-      return word + " " + value + ": not understood; 'dravik-sim new --help' tells";
-  }
-  return into.directory.empty() ? "which board? 'dravik-sim new --help' tells" : "";
+bool read_wishes(const command_line &given, wishes &into, std::string &error) {
+  into.directory = given.operands()[0];
+  for (const option_rule &option : new_options)
+    if (given.has(option.name) && !take_option(option.name, given.value(option.name), into))
+      error = "invalid " + std::string{option.name} + " '" + given.value(option.name) + "'";
+  return error.empty();
 }
 
 screen screen_of(const wishes &wished) {
@@ -82,13 +102,9 @@ bool add_card(const std::string &board, uint32_t mebibytes, std::string &missing
   return !missing.empty() || make_card(board, mebibytes, error);
 }
 
-void warn(const std::string &message) {
-  std::fprintf(stderr, "dravik-sim: new: warning: %s\n", message.c_str());
-}
-
 void warn_of_missing(const char *effect, const std::string &files) {
   if (!files.empty())
-    warn(std::string{effect} + ": missing " + files);
+    tools::warn(std::string{effect} + ": missing " + files);
 }
 
 /// The geometry in which the mapping holds all lines: the padding counted as pixels, then more lines.
@@ -101,39 +117,45 @@ std::string holding_all_lines(const screen &shown) {
 
 void warn_of_short_mapping(const screen &shown) {
   if (!shown.maps_all_lines())
-    warn("applications that draw on the last lines crash: the mapping of " +
-         std::to_string(shown.mapped_bytes()) +
-         " bytes does not contain them, as on a real device; use "
-         "--virtual " +
-         holding_all_lines(shown));
+    tools::warn("applications that draw on the last lines crash: the mapping of " +
+                std::to_string(shown.mapped_bytes()) +
+                " bytes does not contain them, as on a real device; use "
+                "--virtual " +
+                holding_all_lines(shown));
 }
 
 bool is_possible_card(uint32_t mebibytes) {
   return mebibytes == 0 || (mebibytes >= smallest_card_mebibytes && mebibytes <= largest_card_mebibytes);
 }
 
-} // namespace
-
-int new_command(arguments given) {
+outcome create(const command_line &given, std::string &error) {
   wishes wished;
-  std::string error = take_arguments(given, wished);
-  if (!error.empty())
-    return fail(error, wrong_usage);
+  if (!read_wishes(given, wished, error))
+    return outcome::misused;
   const screen shown = screen_of(wished);
   if (const char *nonsense = shown.nonsense())
-    return fail(nonsense);
+    return failed(error, std::string{"new: "} + nonsense);
   if (!is_possible_card(wished.card_mebibytes))
-    return fail("a card has 64 to 131072 MiB, or 0 when there is to be none");
+    return failed(error, "new: invalid card size; must be 64 to 131072 MiB, or 0 for none");
   missing_fonts fonts;
   std::string card_tools;
   if (!create_board(wished.directory, shown, error) || !add_fonts("/", wished.directory, fonts, error) ||
       !add_card(wished.directory, wished.card_mebibytes, card_tools, error))
-    return fail(error);
+    return outcome::failed;
   warn_of_missing("no console fonts", fonts.console);
   warn_of_missing("no anti-aliased text", fonts.smooth);
   warn_of_missing("no memory card", card_tools);
   warn_of_short_mapping(shown);
-  return 0;
+  return outcome::done;
 }
+
+} // namespace
+
+extern constinit const command new_command = {.name = "new",
+                                              .summary = "create a board",
+                                              .help = new_help,
+                                              .options = new_options,
+                                              .operands = "BOARD",
+                                              .run = create};
 
 } // namespace dravik::sim

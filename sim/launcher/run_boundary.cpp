@@ -1,6 +1,7 @@
 // The boundary of `dravik-sim run`: what an application may write, and a report of what is in force.
 
 #include "launcher/run_boundary.hpp"
+#include "common/tool.hpp"
 #include "confinement/capabilities.hpp"
 #include "confinement/ordinary_directory.hpp"
 
@@ -154,11 +155,9 @@ std::string why_not_trusted(const boundary &granted, const run_request &request)
   if (!granted.is_in_force() && is_root)
     return std::string{nothing_in_force} + "; use an ordinary user, or --trust";
   if (!granted.is_in_force())
-    std::fprintf(stderr, "dravik-sim: run: warning: %s\n", nothing_in_force);
+    tools::warn(nothing_in_force);
   else if (!granted.confines_files() && is_root)
-    std::fprintf(
-        stderr,
-        "dravik-sim: run: warning: no Landlock: root's application can write this machine's devices\n");
+    tools::warn("no Landlock: root's application can write this machine's devices");
   return {};
 }
 

@@ -1,5 +1,5 @@
-// dravik-sim run: puts an application in the place of this program, inside the boundary, with the preload
-// library and the board named in its environment.
+// "run": an application in the place of this process, inside the boundary, with the preload library and
+// the board in its environment.
 
 #include "board/board_directory.hpp"
 #include "launcher/commands.hpp"
@@ -13,11 +13,54 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <span>
 #include <sys/prctl.h>
 #include <unistd.h>
+#include <vector>
 
 namespace dravik::sim {
 namespace {
+
+constexpr std::string_view run_help =
+    R"(Usage: dravik-sim run BOARD [OPTION ...] -- APP [ARGUMENT ...]
+       dravik-sim run --explain BOARD [OPTION ...]
+
+Run an application on a simulated board.
+
+APP replaces the dravik-sim process: it receives signals directly, and its
+exit status is returned. APP is a dynamically linked program, or a script
+whose interpreter is one; without a slash it is searched for in PATH. APP and
+its children see the board's files at the fixed paths.
+
+Sound played on the ALSA card 'default' is appended to
+BOARD/sound/played.wav. The serial port /dev/ttyS0 is a terminal: its output
+is appended to BOARD/console; its input is what is written to
+BOARD/dev/ttyS0.in.
+
+The kernel confines APP and its children, also for root: they cannot restart
+the host, mount, set its clock, open its devices, or write outside BOARD, the
+working directory and the directories named.
+
+Options:
+  --writable DIR   let APP also write in DIR; may be repeated
+  --local-sockets  let APP use local sockets (AF_UNIX), through which services
+                   of the host can be reached
+  --trust          run APP without a warning, and as root, even if the kernel
+                   cannot confine it
+  --explain        print what is confined on this machine, and by what
+
+Examples:
+  dravik-sim run desk -- ./first
+  dravik-sim run desk -- cat /tmp/dravik.log
+  dravik-sim run desk -- stty -F /dev/ttyS0 -a
+  dravik-sim run desk -- gdb ./first
+  dravik-sim run --explain desk
+
+Exit status: that of APP; 1 if it cannot be started; 2 on a usage error
+)";
+
+constexpr option_rule run_options[] = {
+    {"--writable", true, true}, {"--local-sockets", false}, {"--trust", false}, {"--explain", false}};
 
 namespace files = std::filesystem;
 
@@ -52,15 +95,19 @@ void offer_sound_card(const std::string &library) {
     timeline_begin_ns();
 }
 
-int become(const std::string &program, arguments words) {
-  ::execv(program.c_str(), words.data());
-  return fail(program + ": " + std::strerror(errno));
+outcome become(const std::string &program, std::span<const std::string> arguments, std::string &error) {
+  std::vector<char *> pointers;
+  for (const std::string &each : arguments)
+    pointers.push_back(const_cast<char *>(each.c_str()));
+  pointers.push_back(nullptr);
+  ::execv(program.c_str(), pointers.data());
+  return failed(error, program + ": " + std::strerror(errno));
 }
 
 /// On failure return false and set `error`.
 bool find_application(const std::string &name, std::string &program, std::string &error) {
   program = find_program(name);
-  const std::string reason = program.empty() ? "cannot be found" : why_not_on_a_board(program);
+  const std::string reason = program.empty() ? "not found" : why_not_on_a_board(program);
   if (!reason.empty())
     error = name + ": " + reason;
   return reason.empty();
@@ -69,25 +116,24 @@ bool find_application(const std::string &name, std::string &program, std::string
 bool find_own_library(std::string &library, std::string &error) {
   library = find_library();
   if (library.empty())
-    error = "libdravik-sim.so: cannot be found beside this program";
+    error = "libdravik-sim.so: not found next to dravik-sim";
   else if (library.find_first_of(" :") != std::string::npos)
-    error = library + ": the loader takes no path with a blank or a colon";
+    error = library + ": path contains a space or colon; the loader accepts neither";
   return error.empty();
 }
 
-int explain(const run_request &request, const run_directories &directories) {
+outcome explain(const run_request &request, const run_directories &directories) {
   explain_boundary(enter_boundary(rules_for(request, directories)), request, directories);
-  return std::fflush(stdout) == 0 ? 0 : failed;
+  return outcome::done;
 }
 
 /// The keeper of the serial port stays outside the boundary: it is no part of the application.
-int start(const run_request &request, const run_directories &directories) {
+outcome start(const run_request &request, const run_directories &directories, std::string &error) {
   std::string program;
   std::string library;
-  std::string error;
   ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0); // so that programs with other rights run with the caller's
   if (!find_application(request.application[0], program, error) || !find_own_library(library, error))
-    return fail(error);
+    return outcome::failed;
   ::setenv("DRAVIK_BOARD", directories.board.c_str(), 1);
   ::setenv("DRAVIK_WRITABLE", directories.list_of_host().c_str(), 1);
   ::setenv("TMPDIR", (directories.board + "/tmp").c_str(), 1); // for tools beyond the preload library's reach
@@ -95,22 +141,42 @@ int start(const run_request &request, const run_directories &directories) {
   offer_sound_card(library);
   add_preload(library);
   const std::string reason = why_not_trusted(enter_boundary(rules_for(request, directories)), request);
-  return reason.empty() ? become(program, request.application) : fail("run: " + reason);
+  return reason.empty() ? become(program, request.application, error) : failed(error, "run: " + reason);
+}
+
+run_request request_of(const std::string &board, const command_line &given) {
+  return {board,
+          given.values("--writable"),
+          given.has("--explain"),
+          given.has("--trust"),
+          given.has("--local-sockets"),
+          {given.operands().begin() + 1, given.operands().end()}};
+}
+
+outcome run(const std::string &board, const command_line &given, std::string &error) {
+  const run_request request = request_of(board, given);
+  run_directories directories;
+  if (!find_directories(request, directories, error))
+    return outcome::failed;
+  return request.explains ? explain(request, directories) : start(request, directories, error);
+}
+
+/// Only --explain does without an application.
+outcome check_and_run(const command_line &given, std::string &error) {
+  if (given.operands().size() == 1 && !given.has("--explain"))
+    return misused(error, "missing APP; try 'dravik-sim run --help'");
+  return run_on_board(run, given, error);
 }
 
 } // namespace
 
-int run_command(arguments given) {
-  run_request request;
-  run_directories directories;
-  std::string error;
-  if (!read_request(given, request, error))
-    return fail(error, wrong_usage);
-  if (!is_board(request.board))
-    return fail(request.board + ": is no board; 'dravik-sim new " + request.board + "' makes one");
-  if (!find_directories(request, directories, error))
-    return fail(error);
-  return request.explains ? explain(request, directories) : start(request, directories);
-}
+extern constinit const command run_command = {.name = "run",
+                                              .summary = "run an application",
+                                              .help = run_help,
+                                              .options = run_options,
+                                              .operands = "BOARD",
+                                              .optional_operands = tools::any_number,
+                                              .run = check_and_run,
+                                              .own_operands = 1};
 
 } // namespace dravik::sim

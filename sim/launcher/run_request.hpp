@@ -1,8 +1,7 @@
-// The command line of `dravik-sim run`.
+// What `dravik-sim run` was asked to do.
 #pragma once
 
-#include "launcher/commands.hpp"
-
+#include <string>
 #include <vector>
 
 namespace dravik::sim {
@@ -13,10 +12,7 @@ struct run_request {
   bool explains = false;
   bool trusts = false;
   bool has_local_sockets = false;
-  arguments application; ///< with its arguments; empty if there is none
+  std::vector<std::string> application; ///< with its arguments; empty if there is none
 };
-
-/// On failure return false and set `error`, a usage error.
-[[nodiscard]] bool read_request(arguments given, run_request &request, std::string &error);
 
 } // namespace dravik::sim

@@ -1,4 +1,4 @@
-// dravik-sim set: changes what a board's inputs tell, while an application runs or before.
+// "set": input values of a board, also while an application runs.
 
 #include "board/accelerometer.hpp"
 #include "board/board_directory.hpp"
@@ -16,6 +16,31 @@
 
 namespace dravik::sim {
 namespace {
+
+constexpr std::string_view set_help =
+    R"(Usage: dravik-sim set BOARD KEY=VALUE ...
+
+Set input values of a simulated board.
+
+A change takes effect at the application's next read. If any value is
+invalid, nothing is changed.
+
+Keys:
+  accel=X,Y,Z          acceleration in mg, -16000 to 16000 (at rest: 0,0,1000)
+  adc.CHANNEL=CODE     ADC code, 0 to 1023 or 0x0 to 0x3ff; channels 0 to 3
+  card=in|locked|out   insert the memory card, insert it write-protected,
+                       or remove it
+  gpio.LINE=LEVEL      0 (low) or 1 (high); lines 0 to 255
+  hdmi=on|off          attach or detach a monitor
+  temperature=DEGREES  -1 to 117 degrees Celsius, on ADC channel 1;
+                       resolution about 0.1
+
+Examples:
+  dravik-sim set desk temperature=41.5
+  dravik-sim set desk gpio.68=1 accel=0,2500,1000
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
+)";
 
 constexpr uint32_t last_line = 255;
 
@@ -138,18 +163,18 @@ bool set_temperature(uint32_t, std::string_view value, changed_files &files) {
 }
 
 struct input {
-  std::string_view key; ///< with a dot at its end where a number follows
-  const char *values;   ///< what it takes
+  std::string_view key; ///< ends with a dot if a number follows
+  const char *values;   ///< for messages
   bool (*set)(uint32_t number, std::string_view value, changed_files &files);
 };
 
 constexpr input inputs[] = {
-    {"accel", "X,Y,Z with whole numbers from -16000 to 16000", set_movement},
-    {"adc.", "channels 0 to 3, codes 0 to 0x3ff", set_code},
-    {"card", "in, locked and out", set_card},
-    {"gpio.", "lines 0 to 255, levels 0 and 1", set_level},
-    {"hdmi", "on and off", set_monitor},
-    {"temperature", "degrees Celsius from -1 to 117", set_temperature},
+    {"accel", "X,Y,Z, each -16000 to 16000", set_movement},
+    {"adc.", "0 to 0x3ff, channel 0 to 3", set_code},
+    {"card", "in, locked or out", set_card},
+    {"gpio.", "0 or 1, line 0 to 255", set_level},
+    {"hdmi", "on or off", set_monitor},
+    {"temperature", "-1 to 117", set_temperature},
 };
 
 const input *input_named(std::string_view key, uint32_t &number) {
@@ -163,33 +188,35 @@ const input *input_named(std::string_view key, uint32_t &number) {
   return nullptr;
 }
 
-/// Empty when that went well, otherwise what is wrong with the word.
+/// Returns the reason of a failure, else an empty text.
 std::string take_change(std::string_view word, changed_files &files) {
   std::string_view value = word;
   const std::string_view key = take_until(value, '=');
   uint32_t number;
   const input *known = input_named(key, number);
   if (known == nullptr || key.size() == word.size())
-    return std::string{word} + ": no such input; 'dravik-sim set --help' lists them";
-  return known->set(number, value, files) ? "" : std::string{word} + ": takes " + known->values;
+    return "unknown input '" + std::string{word} + "'; try 'dravik-sim set --help'";
+  return known->set(number, value, files) ? ""
+                                          : "invalid '" + std::string{word} + "'; must be " + known->values;
+}
+
+outcome set(const std::string &board, const command_line &given, std::string &error) {
+  changed_files files{board};
+  for (const std::string &change : std::span{given.operands()}.subspan(1)) {
+    error = take_change(change, files);
+    if (!error.empty())
+      return outcome::misused;
+  }
+  return files.save(error) ? outcome::done : outcome::failed;
 }
 
 } // namespace
 
-int set_command(arguments given) {
-  if (given.size() < 2)
-    return fail("which board, and what? 'dravik-sim set --help' tells", wrong_usage);
-  const std::string board = given[0];
-  if (!is_board(board))
-    return fail(board + ": is no board; 'dravik-sim new " + board + "' makes one");
-  changed_files files{board};
-  for (const char *word : given.subspan(1)) {
-    const std::string error = take_change(word, files);
-    if (!error.empty())
-      return fail(error, wrong_usage);
-  }
-  std::string error;
-  return files.save(error) ? 0 : fail(error);
-}
+extern constinit const command set_command = {.name = "set",
+                                              .summary = "set input values",
+                                              .help = set_help,
+                                              .operands = "BOARD KEY=VALUE",
+                                              .optional_operands = tools::any_number,
+                                              .run = on_board<set>};
 
 } // namespace dravik::sim

@@ -1,4 +1,4 @@
-// dravik-sim shot: a picture of what the panel shows.
+// "shot": the screen of a board as a PNG file.
 
 #include "board/board_directory.hpp"
 #include "launcher/commands.hpp"
@@ -8,6 +8,20 @@
 
 namespace dravik::sim {
 namespace {
+
+constexpr std::string_view shot_help =
+    R"(Usage: dravik-sim shot BOARD FILE.png
+
+Save the screen of a simulated board as a PNG file.
+
+The image shows the visible part of frame buffer memory; it is black while the
+panel is blanked. Applications may draw meanwhile.
+
+Examples:
+  dravik-sim shot desk screen.png
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
+)";
 
 constexpr uint8_t opaque = 255;
 
@@ -50,7 +64,7 @@ png::picture picture_of(const screen &shown, const panel &state, const std::stri
   return picture;
 }
 
-/// Reads all that makes up the picture; empty when that went well, otherwise what is wrong.
+/// Read everything that the image shows. Returns the reason of a failure, else an empty text.
 std::string read_board(const std::string &board, screen &shown, panel &state, std::string &memory) {
   std::string text;
   std::string error;
@@ -65,27 +79,28 @@ std::string read_board(const std::string &board, screen &shown, panel &state, st
     state = read_panel(text);
   if (uint64_t{state.xoffset} + shown.xres > shown.xres_virtual ||
       uint64_t{state.yoffset} + shown.yres > shown.yres_virtual)
-    return board + "/panel: shows more than there is";
+    return board + "/panel: beyond frame buffer memory";
   // The settings may have been edited since the memory was made: what is missing is dark.
   memory.resize(std::max<size_t>(memory.size(), shown.memory_bytes()));
   return {};
 }
 
-} // namespace
-
-int shot_command(arguments given) {
-  if (given.size() != 2)
-    return fail("which board, and which file? 'dravik-sim shot --help' tells", wrong_usage);
-  const std::string board = given[0];
-  if (!is_board(board))
-    return fail(board + ": is no board; 'dravik-sim new " + board + "' makes one");
+outcome shot(const std::string &board, const command_line &given, std::string &error) {
   screen shown;
   panel state;
   std::string memory;
-  std::string error = read_board(board, shown, state, memory);
-  if (!error.empty() || !png::write(given[1], picture_of(shown, state, memory), error))
-    return fail(error);
-  return 0;
+  error = read_board(board, shown, state, memory);
+  const bool is_written =
+      error.empty() && png::write(given.operands()[1], picture_of(shown, state, memory), error);
+  return is_written ? outcome::done : outcome::failed;
 }
+
+} // namespace
+
+extern constinit const command shot_command = {.name = "shot",
+                                               .summary = "save the screen as a PNG file",
+                                               .help = shot_help,
+                                               .operands = "BOARD FILE.png",
+                                               .run = on_board<shot>};
 
 } // namespace dravik::sim

@@ -341,7 +341,7 @@ TEST_F(Boundary, WarnsAnOrdinaryUserOnceWhereItIsMissing) {
   const outcome result =
       run_without(no_boundary, {LAUNCHER, "run", at("desk"), "--", "sh", "-c", ":"}, user::ordinary);
   EXPECT_EQ(result.exit_status(), 0);
-  EXPECT_THAT(result.errors, StartsWith("dravik-sim: run: warning: "));
+  EXPECT_THAT(result.errors, StartsWith("dravik-sim: warning: "));
   EXPECT_EQ(std::ranges::count(result.errors, '\n'), 1);
 }
 

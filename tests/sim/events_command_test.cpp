@@ -144,18 +144,20 @@ TEST_F(SimEvents, FollowerEndsWithTheBoard) {
   EXPECT_EQ(WEXITSTATUS(shown.end()), 1);
 }
 
-TEST_F(SimEvents, WrongUsageIsTold) {
-  for (const std::vector<std::string> &words : {std::vector<std::string>{"events"},
-                                                {"events", "--once"},
-                                                {"events", board_.path(), "--twice"},
-                                                {"events", board_.path(), "--once", "more"}}) {
-    const outcome result = launch(words);
+TEST_F(SimEvents, RejectsInvalidArguments) {
+  const std::pair<std::vector<std::string>, std::string> invalid[] = {
+      {{"events"}, "missing BOARD"},
+      {{"events", "--once"}, "missing BOARD"},
+      {{"events", board_.path(), "--twice"}, "unknown option '--twice'"},
+      {{"events", board_.path(), "--once", "more"}, "extra argument 'more'"}};
+  for (const auto &[arguments, message] : invalid) {
+    const outcome result = launch(arguments);
     EXPECT_EQ(result.exit_status(), 2);
-    EXPECT_EQ(result.errors, "dravik-sim: which board? 'dravik-sim events --help' tells\n");
+    EXPECT_EQ(result.errors, "dravik-sim: events: " + message + "; try 'dravik-sim events --help'\n");
   }
   const outcome result = launch({"events", board_.path("dev")});
   EXPECT_EQ(result.exit_status(), 1);
-  EXPECT_THAT(result.errors, StartsWith("dravik-sim: " + board_.path("dev") + ": is no board"));
+  EXPECT_THAT(result.errors, StartsWith("dravik-sim: " + board_.path("dev") + ": not a board; "));
 }
 
 } // namespace

@@ -40,11 +40,15 @@ protected:
     EXPECT_EQ(result.exit_status(), 0) << result.errors;
     EXPECT_EQ(result.output + result.errors, "");
   }
-  void expect_refusal(const std::string &word, const std::string &message) const {
+  void expect_rejection(const std::string &word, const std::string &message) const {
     const outcome result = try_to_set({word});
     EXPECT_EQ(result.exit_status(), 2) << word;
-    EXPECT_EQ(result.errors, "dravik-sim: " + word + ": " + message + "\n");
+    EXPECT_EQ(result.errors, "dravik-sim: set: " + message + "\n");
     EXPECT_EQ(result.output, "");
+  }
+
+  void expect_refusal(const std::string &word, const std::string &range) const {
+    expect_rejection(word, "invalid '" + word + "'; must be " + range);
   }
 
   const board board_;
@@ -157,33 +161,35 @@ TEST_F(SimSet, LeavesNoFilesBehind) {
 TEST_F(SimSet, InputsThatAreNoneAreRefused) {
   for (const char *word : {"", "=", "volume=3", "gpio=1", "gpio.=1", "gpio.x=1", "gpio.-1=1", "gpio.1x=1",
                            "adc=1", "hdmi", "temperature", "temperature.1=20", "accel.0=0,0,0", "HDMI=on"})
-    expect_refusal(word, "no such input; 'dravik-sim set --help' lists them");
+    expect_rejection(word, std::string{"unknown input '"} + word + "'; try 'dravik-sim set --help'");
 }
 
 TEST_F(SimSet, ValuesThatAreNoneAreRefused) {
   for (const char *value : {"", "2", "on", "01", "-1"})
-    expect_refusal(std::string{"gpio.68="} + value, "takes lines 0 to 255, levels 0 and 1");
-  expect_refusal("gpio.256=1", "takes lines 0 to 255, levels 0 and 1");
+    expect_refusal(std::string{"gpio.68="} + value, "0 or 1, line 0 to 255");
+  expect_refusal("gpio.256=1", "0 or 1, line 0 to 255");
   for (const char *value : {"", "hot", "-1.001", "117.001", "1e9", "nan", "inf", "20C", "20,5"})
-    expect_refusal(std::string{"temperature="} + value, "takes degrees Celsius from -1 to 117");
+    expect_refusal(std::string{"temperature="} + value, "-1 to 117");
   for (const char *value : {"", "0,0", "0,0,0,0", "0,0,16001", "0,0,1g"})
-    expect_refusal(std::string{"accel="} + value, "takes X,Y,Z with whole numbers from -16000 to 16000");
+    expect_refusal(std::string{"accel="} + value, "X,Y,Z, each -16000 to 16000");
   for (const char *value : {"", "1024", "0x400", "0x", "ff", "-1"})
-    expect_refusal(std::string{"adc.0="} + value, "takes channels 0 to 3, codes 0 to 0x3ff");
-  expect_refusal("adc.4=0", "takes channels 0 to 3, codes 0 to 0x3ff");
+    expect_refusal(std::string{"adc.0="} + value, "0 to 0x3ff, channel 0 to 3");
+  expect_refusal("adc.4=0", "0 to 0x3ff, channel 0 to 3");
   for (const char *value : {"", "1", "ON"})
-    expect_refusal(std::string{"hdmi="} + value, "takes on and off");
+    expect_refusal(std::string{"hdmi="} + value, "on or off");
 }
 
 TEST_F(SimSet, BoardAndInputHaveToBeNamed) {
   for (const std::vector<std::string> &words : {std::vector<std::string>{"set"}, {"set", board_.path()}}) {
     const outcome result = launch(words);
     EXPECT_EQ(result.exit_status(), 2);
-    EXPECT_EQ(result.errors, "dravik-sim: which board, and what? 'dravik-sim set --help' tells\n");
+    EXPECT_EQ(result.errors, std::string{"dravik-sim: set: missing "} +
+                                 (words.size() == 1 ? "BOARD" : "KEY=VALUE") +
+                                 "; try 'dravik-sim set --help'\n");
   }
   const outcome result = launch({"set", board_.path("dev"), "hdmi=on"});
   EXPECT_EQ(result.exit_status(), 1);
-  EXPECT_THAT(result.errors, StartsWith("dravik-sim: " + board_.path("dev") + ": is no board"));
+  EXPECT_THAT(result.errors, StartsWith("dravik-sim: " + board_.path("dev") + ": not a board; "));
 }
 
 TEST_F(SimSet, FileThatCannotBeReadIsNotReplaced) {
@@ -239,7 +245,7 @@ TEST_F(SimSet, CardThatIsNotThereCannotComeIn) {
 }
 
 TEST_F(SimSet, CardIsInLockedOrOut) {
-  expect_refusal("card=away", "takes in, locked and out");
+  expect_refusal("card=away", "in, locked or out");
 }
 
 } // namespace

@@ -7,7 +7,7 @@
 namespace dravik::tools {
 namespace {
 
-constexpr option_rule rules[] = {{"--flag", false}, {"--name", true}};
+constexpr option_rule rules[] = {{"--flag", false}, {"--name", true}, {"--many", true, true}};
 
 struct parsed {
   bool ok;
@@ -38,12 +38,21 @@ TEST(CommandLine, TreatsAllAfterTwoHyphensAsOperands) {
 }
 
 TEST(CommandLine, LeavesArgumentsOfAnotherProgramAlone) {
-  const parsed plain = parse({"--flag", "board", "app", "--flag", "--flag"}, 1);
+  const parsed plain = parse({"--flag", "board", "app", "--flag", "--", "--odd"}, 1);
   ASSERT_TRUE(plain.ok) << plain.error;
-  EXPECT_EQ(plain.given.operands(), (list{"board", "app", "--flag", "--flag"}));
+  EXPECT_EQ(plain.given.operands(), (list{"board", "app", "--flag", "--", "--odd"}));
   EXPECT_TRUE(plain.given.has("--flag"));
   EXPECT_EQ(parse({"board", "--", "--odd", "--"}, 1).given.operands(), (list{"board", "--odd", "--"}));
-  EXPECT_EQ(parse({"board", "--flag", "app"}, 1).given.operands(), (list{"board", "--flag", "app"}));
+  const parsed late = parse({"board", "--name", "x", "app", "--name"}, 1);
+  EXPECT_EQ(late.given.operands(), (list{"board", "app", "--name"}));
+  EXPECT_EQ(late.given.value("--name"), "x");
+}
+
+TEST(CommandLine, CollectsValuesOfARepeatedOption) {
+  const parsed made = parse({"--many", "a", "--many=b"});
+  ASSERT_TRUE(made.ok) << made.error;
+  EXPECT_EQ(made.given.values("--many"), (list{"a", "b"}));
+  EXPECT_EQ(made.given.values("--name"), list{});
 }
 
 TEST(CommandLine, RejectsUnknownAndIncompleteOptions) {

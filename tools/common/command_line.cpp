@@ -10,12 +10,12 @@ bool command_line::parse(std::span<const char *const> arguments, std::span<const
                          size_t own_operands, std::string &error) {
   while (!arguments.empty()) {
     const std::string_view argument = arguments.front();
-    const bool is_end = argument == "--";
-    if (is_end || operands_.size() == own_operands) {
+    const bool is_end = argument == "--", is_option = argument.starts_with('-') && argument.size() > 1;
+    if (is_end || (!is_option && operands_.size() == own_operands)) {
       operands_.insert(operands_.end(), arguments.begin() + (is_end ? 1 : 0), arguments.end());
       return true;
     }
-    if (argument.starts_with('-') && argument.size() > 1) {
+    if (is_option) {
       if (!accept_option(arguments, rules, error))
         return false;
       continue;
@@ -35,7 +35,7 @@ bool command_line::accept_option(std::span<const char *const> &arguments, std::s
   const auto rule = std::ranges::find(rules, name, &option_rule::name);
   if (rule == rules.end())
     error = "unknown option '" + name + "'";
-  else if (has(name))
+  else if (has(name) && !rule->may_repeat)
     error = "option '" + name + "' given twice";
   else if (has_value && !rule->has_value)
     error = "option '" + name + "' accepts no value";
@@ -44,7 +44,7 @@ bool command_line::accept_option(std::span<const char *const> &arguments, std::s
   if (!error.empty())
     return false;
 
-  std::string &value = options_[name];
+  std::string &value = options_[name].emplace_back();
   if (has_value) {
     value = argument.substr(name.size() + 1);
   } else if (rule->has_value) {
@@ -56,7 +56,12 @@ bool command_line::accept_option(std::span<const char *const> &arguments, std::s
 
 std::string command_line::value(std::string_view option, std::string_view otherwise) const {
   const auto found = options_.find(option);
-  return found == options_.end() ? std::string{otherwise} : found->second;
+  return found == options_.end() ? std::string{otherwise} : found->second.front();
+}
+
+std::vector<std::string> command_line::values(std::string_view option) const {
+  const auto found = options_.find(option);
+  return found == options_.end() ? std::vector<std::string>{} : found->second;
 }
 
 } // namespace dravik::tools

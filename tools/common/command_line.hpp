@@ -12,12 +12,13 @@ namespace dravik::tools {
 struct option_rule {
   std::string_view name; ///< with its two hyphens
   bool has_value;
+  bool may_repeat = false;
 };
 
 class command_line {
 public:
-  /// Sort arguments: "--name VALUE", "--name=VALUE", "--flag"; operands only after "--", or after
-  /// `own_operands` operands, where one "--" is skipped. On failure returns false and sets `error`.
+  /// Sort arguments: "--name VALUE", "--name=VALUE", "--flag"; operands only after "--", and from the operand
+  /// after `own_operands` on. On failure returns false and sets `error`.
   [[nodiscard]] bool parse(std::span<const char *const> arguments, std::span<const option_rule> rules,
                            size_t own_operands, std::string &error);
 
@@ -25,13 +26,15 @@ public:
   bool has(std::string_view option) const noexcept { return options_.find(option) != options_.end(); }
   /// The value of an option, or `otherwise` if it was not given.
   std::string value(std::string_view option, std::string_view otherwise = {}) const;
+  /// The values of an option that may be repeated.
+  std::vector<std::string> values(std::string_view option) const;
 
 private:
   bool accept_option(std::span<const char *const> &arguments, std::span<const option_rule> rules,
                      std::string &error);
 
   std::vector<std::string> operands_;
-  std::map<std::string, std::string, std::less<>> options_;
+  std::map<std::string, std::vector<std::string>, std::less<>> options_;
 };
 
 } // namespace dravik::tools

@@ -28,7 +28,7 @@ struct command {
   std::string_view operands = {};            ///< names of the required ones, separated by spaces
   size_t optional_operands = 0;
   outcome (*run)(const command_line &given, std::string &error) = nullptr;
-  size_t own_operands = SIZE_MAX; ///< all arguments after so many operands are operands
+  size_t own_operands = SIZE_MAX; ///< the next operand and all after it belong to another program
 };
 
 inline constexpr size_t any_number = SIZE_MAX; ///< of optional operands
