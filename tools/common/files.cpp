@@ -24,7 +24,7 @@ template <class Create> std::string create_next_to(const std::string &path, Crea
     uint32_t number = 0;
     if (::getrandom(&number, sizeof number, 0) != sizeof number)
       return {};
-    const std::string name = path + ".part-" + std::to_string(number);
+    std::string name = path + ".part-" + std::to_string(number);
     if (create(name.c_str()))
       return name;
     if (errno != EEXIST)
@@ -109,7 +109,7 @@ bool may_replace(const std::string &path, std::string_view magic, std::string &e
 }
 
 std::string make_unfinished_directory(const std::string &path, std::string &error) {
-  const std::string name = create_next_to(path, [](const char *each) { return ::mkdir(each, 0777) == 0; });
+  std::string name = create_next_to(path, [](const char *each) { return ::mkdir(each, 0777) == 0; });
   if (name.empty())
     error = system_error(path);
   return name;

@@ -13,6 +13,7 @@ namespace dravik::ctl {
 namespace {
 
 template <class... Cases> struct cases : Cases... { using Cases::operator()...; };
+template <class... Cases> cases(Cases...) -> cases<Cases...>;
 
 std::string decimal(thousandths number) {
   char text[40];
