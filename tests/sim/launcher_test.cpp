@@ -411,16 +411,16 @@ TEST_F(SimLauncher, CardIsHandledByHand) {
   EXPECT_EQ(launch({"card", at("desk"), "in"}).exit_status(), 0);
   EXPECT_EQ(launch({"card", at("desk"), "umount"}).exit_status(), 0);
   EXPECT_THAT(state(), HasSubstr(", not mounted\n"));
-  const outcome unmounted = launch({"card", at("desk"), "umount"});
-  EXPECT_EQ(unmounted.exit_status(), 32);
-  EXPECT_EQ(unmounted.errors, "umount: /tmp/mmcblk0p1: is not mounted\n");
+  const auto expect_mount_error = [](const outcome &result, const std::string &line) {
+    EXPECT_EQ(result.exit_status(), 32);
+    EXPECT_EQ(result.errors, line + "\n") << "in the form of mount(8)";
+  };
+  expect_mount_error(launch({"card", at("desk"), "umount"}), "umount: /tmp/mmcblk0p1: is not mounted");
   EXPECT_EQ(launch({"card", at("desk"), "mount", "-r"}).exit_status(), 0);
   EXPECT_THAT(state(), HasSubstr(", mounted read-only\n"));
   expect_error(launch({"card", at("desk"), "format"}), 1,
                "mkfs.vfat: /dev/mmcblk0p1: contains a mounted file system");
-  const outcome mounted = launch({"card", at("desk"), "mount"});
-  EXPECT_EQ(mounted.exit_status(), 32);
-  EXPECT_EQ(mounted.errors, "mount: /dev/mmcblk0p1: is mounted already\n");
+  expect_mount_error(launch({"card", at("desk"), "mount"}), "mount: /dev/mmcblk0p1: is mounted already");
   expect_error(launch({"card", at("desk"), "eat"}), 2,
                "card: unknown action 'eat'; try 'dravik-sim card --help'\n");
   expect_error(launch({"card", at("absent")}), 1,

@@ -7,14 +7,18 @@
 #include <array>
 #include <cstdio>
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 namespace dravik::ctl {
 namespace {
 
-/// A file without a name. A file, not a pipe: commands in the background may hold on to it for as long as
-/// they like.
+/// A file without a name, in memory: /tmp may not be writable. Kernels before 3.17 have none. A file, not a pipe:
+/// commands in the background may keep it open.
 int open_collector() {
+  const int in_memory = ::memfd_create("dravik-ctl", MFD_CLOEXEC);
+  if (in_memory >= 0)
+    return in_memory;
   const unique_file file{std::tmpfile()};
   return file != nullptr ? ::fcntl(::fileno(file.get()), F_DUPFD_CLOEXEC, 3) : -1;
 }
