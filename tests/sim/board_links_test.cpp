@@ -103,14 +103,6 @@ TEST_F(SimBoardLinks, OfTheSimulatorsOwnFilesLeadNowhereOutside) {
   EXPECT_EQ(files::file_size(outside() + "/events"), 0U);
 }
 
-TEST_F(SimBoardLinks, DeviceInABoardIsNotOpened) {
-  board_.remove("dev/ambad");
-  ASSERT_EQ(::mknod(board_.path("dev/ambad").c_str(), S_IFCHR | 0666, 0),
-            0); // the one number that needs no rights
-  EXPECT_EQ(::open("/dev/ambad", O_RDWR), -1);
-  EXPECT_EQ(errno, EACCES);
-}
-
 TEST_F(SimBoardLinks, PipeInThePlaceOfSettingsDoesNotHoldAnyoneUp) {
   board_.remove("faults");
   ASSERT_EQ(::mkfifo(board_.path("faults").c_str(), 0644), 0);

@@ -103,6 +103,15 @@ TEST_F(Boundary, RefusesCallsThatActOnTheMachine) {
   EXPECT_GE(lines, 27U);
 }
 
+TEST_F(Boundary, OpensNoDeviceThatIsInABoard) {
+  std::filesystem::remove(at("desk/dev/ambad"));
+  if (::mknod(at("desk/dev/ambad").c_str(), S_IFCHR | 0666, 0x103) != 0) // that of /dev/null
+    GTEST_SKIP() << "requires permission to create device nodes";
+  const outcome result = run_on_board({"cat", "/dev/ambad"});
+  EXPECT_EQ(result.exit_status(), 1);
+  EXPECT_THAT(result.errors, HasSubstr("Permission denied"));
+}
+
 TEST_F(Boundary, HoldsForChildrenWithoutTheSimulator) {
   const outcome result = run_shell("unset LD_PRELOAD DRAVIK_BOARD; env -i " CALLS_THE_HOST " umount2");
   EXPECT_EQ(result.output, "umount2 EPERM\n");
