@@ -100,6 +100,21 @@ bool finish_mount(const std::string &board, const mount_record &record, std::str
          report_mount(board, recorded_state(record), error);
 }
 
+/// What an action reads, replaces or moves. A board may come from a stranger: none of it may be a link.
+constexpr const char *used_paths[] = {
+    "card",         "card/below",      "card/files",    "card/mmcblk0", "card/mounting",     "card/unmounted",
+    "dev",          "dev/mmcblk0",     "dev/mmcblk0p1", "gpio",         "gpio/68",           "proc",
+    "proc/mounts",  "proc/partitions", "sys",           "sys/block",    "sys/block/mmcblk0", "tmp",
+    "tmp/mmcblk0p1"};
+
+bool has_no_links(const std::string &board, std::string &error) {
+  std::error_code code;
+  for (const char *path : used_paths)
+    if (files::is_symlink(board + "/" + path, code))
+      error = board + "/" + path + ": a symbolic link, not followed";
+  return error.empty();
+}
+
 /// Files of a killed process that no other file refers to.
 void remove_leftovers(const card_files &card) {
   ::unlink(card.fresh_image().c_str());
@@ -141,6 +156,8 @@ bool leave_files_behind(const std::string &board, std::string &error) {
 }
 
 bool finish_interrupted(const std::string &board, std::string &error) {
+  if (!has_no_links(board, error))
+    return false;
   const card_files card{board};
   remove_leftovers(card);
   const auto record = load_record(card.record());

@@ -5,11 +5,10 @@
 // is mounted and the directory holds its files; otherwise the image does.
 //
 //   mount     card/mounting is filled from the image; the record is renamed into place; the contents of the
-//   mount
-//             point become card/below; card/mounting becomes the mount point
-//   unmount   card/mmcblk0.new is written and renamed over the image; the mount point becomes card/unmounted;
-//   the
-//             record is removed; card/below becomes the mount point; card/unmounted is removed
+//             mount point become card/below; card/mounting becomes the mount point
+//   unmount   card/mmcblk0.new is written and renamed over the image; the mount point becomes
+//             card/unmounted; the record is removed; card/below becomes the mount point; card/unmounted is
+//             removed
 //
 // card/mounting and card/unmounted show how far a killed process came: with the record, card/mounting is
 // completed; without it, it is a partial copy. card/unmounted exists only while the image has every file.
@@ -21,7 +20,8 @@ namespace dravik::sim {
 
 // Return false and set `error` on failure.
 
-/// Complete or undo what a killed process began. Every action on a card begins with it.
+/// Complete or undo what a killed process began. Every action on a card begins with it. Fails if the card's
+/// files or the directories above them are symbolic links.
 [[nodiscard]] bool finish_interrupted(const std::string &board, std::string &error);
 
 /// Make the staged directory the mount point; the record has been written.

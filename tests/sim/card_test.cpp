@@ -6,7 +6,9 @@
 #include <csignal>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
+#include <iterator>
 #include <sys/mman.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -50,6 +52,32 @@ TEST_F(SimCard, KernelTellsOfACardInTheSlot) {
                                             " 179        0      65536 mmcblk0\n"
                                             " 179        1      65520 mmcblk0p1\n");
   EXPECT_THAT(mount_line(), StartsWith("/dev/mmcblk0p1 /tmp/mmcblk0p1 vfat rw,"));
+}
+
+TEST_F(SimCard, ActionsFollowNoLinksOutOfTheBoard) {
+  namespace files = std::filesystem;
+  const files::path outside = board_.path() + ".outside";
+  files::create_directory(outside);
+  std::ofstream{outside / "mmcblk0"} << "of the host";
+  for (const char *used : {"tmp/mmcblk0p1", "dev/mmcblk0", "dev", "card", "proc"}) {
+    const files::path path = board_.path(used), aside = board_.path("aside");
+    if (files::exists(path))
+      files::rename(path, aside);
+    files::create_symlink(files::is_directory(aside) || !files::exists(aside) ? outside : outside / "mmcblk0",
+                          path);
+    std::string error;
+    EXPECT_FALSE(sim::remove_card(board_.path(), error)) << used;
+    EXPECT_EQ(error, path.string() + ": a symbolic link, not followed");
+    EXPECT_NE(run_command("/bin/umount /dev/mmcblk0p1"), 0) << used;
+    files::remove(path);
+    if (files::exists(aside))
+      files::rename(aside, path);
+  }
+  std::string text;
+  std::getline(std::ifstream{outside / "mmcblk0"}, text);
+  EXPECT_EQ(text, "of the host");
+  EXPECT_EQ(std::distance(files::directory_iterator{outside}, files::directory_iterator{}), 1);
+  files::remove_all(outside);
 }
 
 TEST_F(SimCard, OnlyOneCardABoard) {
