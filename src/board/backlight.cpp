@@ -85,7 +85,7 @@ int32_t lcd_bl_set(int32_t level) noexcept {
 int32_t lcd_bl_off() noexcept {
   if (is_open(bl_power_fd)) {
     [[maybe_unused]] const ssize_t written = ::write(bl_power_fd, "1", 1);
-    log_printf("%s() : turn off err", "lcd_bl_off"); // logged whatever was written, on purpose
+    log_printf("%s() : turn off err", "lcd_bl_off"); // Intentional: logged whatever was written
   }
   fb_lcd_off();
   return log_printf("%s()", "lcd_bl_off");

@@ -175,7 +175,7 @@ void enter_normal() noexcept {
   std::fprintf(stderr, "opmode : Normal\n");
   const uint8_t current = get_register(CTRL_REG1);
   const uint8_t scale = get_register(ctrl_reg4);
-  // The low-power bit is toggled, not cleared: kept on purpose.
+  // Intentional: the low-power bit is toggled, not cleared.
   if (!set_register_aloud(CTRL_REG1, byte((current | axis_enables) ^ low_power_bit)))
     std::perror("normal mode write error!");
   if (!set_register_aloud(ctrl_reg4, scale | block_data_update | high_resolution))
@@ -223,7 +223,7 @@ int32_t gsensor_init() noexcept {
 }
 
 int32_t gsensor_check_data_ready() noexcept {
-  // Waits only while an overrun is told without new data: kept on purpose.
+  // Intentional: waits only while an overrun is reported without new data.
   while ((get_register(status_register) & (new_data | overrun)) == overrun) {
   }
   return 0;

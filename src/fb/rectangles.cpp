@@ -80,7 +80,7 @@ void fb_put_rect(int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint16_t colour
 
 void fb_put_rect_thick(int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint16_t colour,
                        int32_t thickness) noexcept {
-  // The other two orders of corners draw nothing, on purpose.
+  // Intentional: the other two orders of corners draw nothing.
   if ((x0 < x1) != (y0 < y1) || x0 == x1 || y0 == y1 || thickness < 1)
     return;
   const uint32_t t = std::min({static_cast<uint32_t>(thickness), distance(x0, x1), distance(y0, y1)});

@@ -166,7 +166,7 @@ void copy_rows(const picture &from) noexcept {
   }
 }
 
-/// 16 bits with a colour key. Each step takes two rows of the file and draws the first: kept on purpose.
+/// 16 bits with a colour key. Intentional: each step reads two rows of the file and draws the first.
 template <class Paint> void draw_keyed(const picture &from, Paint paint) noexcept {
   // Pixels of a file without any are transparent.
   std::array<uint16_t, DRAVIK_BMP_WIDEST * 2> last;

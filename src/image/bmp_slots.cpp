@@ -106,8 +106,8 @@ struct picture {
   pixel *row(uint32_t n) const noexcept { return on.at(place_of(n)); }
 };
 
-/// Rows of the keyed modes lie `width * 2` bytes apart, those of the copy are padded to four bytes: a picture
-/// of odd width drifts in the keyed modes, on purpose.
+/// Rows are `width * 2` bytes apart in the keyed modes, and padded to four bytes in the copy. Intentional: an
+/// image of odd width drifts in the keyed modes.
 size_t stride(const bmp_header &header, int32_t mode) noexcept {
   return mode == DRAVIK_BMP_COPY ? bmp_row_size(header.width, 16) : size_t{header.width} * 2;
 }

@@ -30,7 +30,7 @@ constexpr file_header header = [] {
       bytes[at + i] = static_cast<uint8_t>(value >> (8 * i));
   };
   put(2, 4, file_size);
-  put(6, 4, file_size); // the two reserved words repeat the size, on purpose
+  put(6, 4, file_size); // Intentional: the two reserved words repeat the size
   put(10, 4, data_offset);
   put(14, 4, 40); // size of the information header
   put(18, 4, width);

@@ -55,7 +55,7 @@ bool is_full() noexcept {
   return (index_of(ptr_rb_tail) + 1) % ring_size == index_of(ptr_rb_head);
 }
 
-/// Stores a message, whatever it overwrites: only a full ring refuses. Kept on purpose.
+/// Store a message. Intentional: it overwrites unsent text; only a full ring rejects it.
 void store(const char *text, size_t length) noexcept {
   const size_t room = static_cast<size_t>(std::end(ring_buf) - ptr_rb_tail);
   if (room >= length) {

@@ -37,8 +37,8 @@ constinit pthread_mutex_t snd_mutex = PTHREAD_MUTEX_INITIALIZER;
 sem_t snd_sem; ///< a post a request, and one to end
 constinit pthread_t snd_thread = {};
 
-// The ring, guarded by the mutex. It does not know whether it is full: after four requests the indices are
-// equal again, as if there were none, and a fifth takes the place of the first. Kept on purpose.
+// The ring buffer, guarded by the mutex. Intentional: it does not detect overflow. After four requests the
+// indices are equal again, as if there were none, and a fifth replaces the first.
 constinit uint32_t snd_req_write = 0; ///< the next free slot
 constinit uint32_t snd_req_read = 0;  ///< the next slot to play
 constinit std::array<uint8_t, slots> snd_req_type = {};

@@ -92,7 +92,7 @@ int32_t play_mp3(const char *path) noexcept {
   struct stat status;
   if (::fstat(file.get(), &status) != 0 || status.st_size == 0) {
     log_printf("fstat failed:");
-    static_cast<void>(file.release()); // stays open, on purpose
+    static_cast<void>(file.release()); // Intentional: stays open
     return 2;
   }
   const uint32_t size = static_cast<uint32_t>(status.st_size);
@@ -106,7 +106,7 @@ int32_t play_mp3(const char *path) noexcept {
   snd_file_type = mp3;
   if (set_snd_param(size) != 0) {
     log_printf("set_mp3_param failed:");
-    static_cast<void>(block.release()); // the block, the file and the device stay as they are, on purpose
+    static_cast<void>(block.release()); // Intentional: block, file and device are kept
     static_cast<void>(file.release());
     return 1;
   }

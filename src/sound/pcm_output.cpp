@@ -66,7 +66,7 @@ buffer_times times_of_wave(uint32_t size) noexcept {
   return buffer == 0 ? buffer_times{500000, 125000} : buffer_times{buffer, buffer >> 2};
 }
 
-/// The longest buffer is asked for and set aside on purpose: "near" bounds a long sound's buffer.
+/// Intentional: the longest buffer time is requested and discarded; "near" bounds the buffer of a long sound.
 bool choose_times(const snd_pcm_hw_params_t *hw, uint32_t size, buffer_times &times) noexcept {
   if (is_mp3()) {
     times = times_of_mp3(size);

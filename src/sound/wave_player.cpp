@@ -26,7 +26,7 @@ public:
       : frame_bits_(bits_per_frame), read_bytes_(frame_bits_ * period_frames / 8),
         mono_(allocate_block(size_t{2} * read_bytes_)), stereo_(allocate_block(size_t{2} * read_bytes_)) {}
 
-  /// Whether there is memory for both blocks. When one is lacking the other one is kept, on purpose.
+  /// Whether there is memory for both blocks. Intentional: if one is missing, the other one is kept.
   bool has_room() noexcept {
     if (mono_ != nullptr && stereo_ != nullptr)
       return true;

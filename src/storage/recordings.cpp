@@ -150,7 +150,7 @@ int parse(rec_file_list &list) noexcept {
   unique_directory directory{::opendir(".")};
   if (directory == nullptr) {
     log_printf("%s() : opendir err! : %s", function, saved.data());
-    return -1; // the working directory stays where it is, on purpose
+    return -1; // Intentional: the working directory is not restored
   }
   survey found;
   while (const dirent *entry = ::readdir(directory.get()))

@@ -240,7 +240,7 @@ position aligned(position at, int32_t align) noexcept {
   case DRAVIK_CENTRE_X:
     return {centred(at.x, at.x, str_width), at.y};
   case DRAVIK_CENTRE_Y:
-    return {at.x, centred(at.y, sy, str_height)}; // compares the box's top row, on purpose
+    return {at.x, centred(at.y, sy, str_height)}; // Intentional: compares the top row of the box
   case DRAVIK_CENTRE:
     return {centred(at.x, at.x, str_width), centred(at.y, at.y, str_height)};
   case DRAVIK_SCREEN_CENTRE_X:
