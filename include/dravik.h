@@ -1533,7 +1533,7 @@ struct rec_file_list {
 
 /**
  * Survey the recordings in "/tmp/mmcblk0p1/REC". Changes the working directory of the process during the
- * call.
+ * call. Files with other names are not examined.
  *
  * Failures are in the event log:
  * - "parse_rec_file_list() : getcwd err!", also if the path of the working directory has 64 bytes or more:

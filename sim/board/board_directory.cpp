@@ -98,14 +98,6 @@ std::string settings_of(const screen &shown) {
                      "accel=0,0,1000\n");
 }
 
-bool make_directory(const std::string &path, std::string &error) {
-  std::error_code code;
-  files::create_directories(path, code);
-  if (code)
-    error = path + ": " + code.message();
-  return !code;
-}
-
 /// The memory takes no room on the disk until something is drawn.
 bool make_screen_memory(const std::string &path, uint64_t size, std::string &error) {
   if (!write_file(path, {}, error))
@@ -133,6 +125,14 @@ bool make_place(const std::string &directory, std::string &error) {
 }
 
 } // namespace
+
+bool make_directory(const std::string &path, std::string &error) {
+  std::error_code code;
+  files::create_directories(path, code);
+  if (code)
+    error = path + ": " + code.message();
+  return !code;
+}
 
 bool create_board(const std::string &directory, const screen &shown, std::string &error) {
   if (!make_place(directory, error))

@@ -1,4 +1,4 @@
-// Making and reading boards, for the launcher and for tests.
+// Making and reading boards, for the launcher and the tests.
 #pragma once
 
 #include "board/screen.hpp"
@@ -8,40 +8,43 @@
 
 namespace dravik::sim {
 
-/// Makes a board in a directory that does not exist yet or is
-/// empty. On failure gives false and says why in `error`.
+// Return false and set `error` on failure.
+
+/// Make a board in a directory that does not exist or is empty.
 [[nodiscard]] bool create_board(const std::string &directory, const screen &shown, std::string &error);
 
 /// Whether a directory is a board: it has a board.conf.
 [[nodiscard]] bool is_board(const std::string &directory);
 
-constexpr uint64_t longest_text = 1 << 20; ///< of a file of a board that people write or read, in bytes
+constexpr uint64_t longest_text = 1 << 20; ///< maximum size in bytes of a board's text file
 
-/// Opens a file of a board, which may come from a stranger: no link leads out of the board, no device of the
-/// host is opened, no pipe is waited for. Negative with errno when it cannot.
+/// Open a file of a board, which is untrusted: follow no link out of the board, open no device of the host, do
+/// not wait for a pipe. Return -1 with errno on failure.
 [[nodiscard]] int open_in_board(const std::string &board, std::string_view inside, int flags);
 
-/// The first bytes of a plain file of a board, at most as many; a text that is longer is a failure. On
-/// failure gives false and says why in `error`.
+/// Read the first bytes of a regular file of a board, at most as many. A text must not be longer.
 [[nodiscard]] bool read_in_board(const std::string &board, std::string_view inside, uint64_t most_bytes,
                                  std::string &bytes, std::string &error);
 [[nodiscard]] bool read_text_in_board(const std::string &board, std::string_view inside, std::string &text,
                                       std::string &error);
 
-/// Replaces a file of a board, or what its link inside the board leads to, as replace_file() does.
+/// Replace a file of a board, or the target of its link inside the board, like replace_file().
 [[nodiscard]] bool replace_in_board(const std::string &board, std::string_view inside, std::string_view text,
                                     std::string &error);
 
-/// The whole of a file. On failure gives false and says why in `error`.
+/// Make a directory and those above it, if they do not exist.
+[[nodiscard]] bool make_directory(const std::string &path, std::string &error);
+
+/// Read a file.
 [[nodiscard]] bool read_file(const std::string &path, std::string &text, std::string &error);
 
-/// Writes a file anew, with the directories above it. On failure gives false and says why in `error`.
+/// Write a file, with the directories above it.
 [[nodiscard]] bool write_file(const std::string &path, std::string_view text, std::string &error);
 
-/// The same, so that an application reads the old text or the new one and never half of it.
+/// Write a file atomically: applications read the old text or the new one.
 [[nodiscard]] bool replace_file(const std::string &path, std::string_view text, std::string &error);
 
-/// A settings text with one value changed or, where the key is new, added; comments and order stay.
+/// Return settings with one value changed, or added if the key is new; comments and order are kept.
 [[nodiscard]] std::string with_setting(std::string_view settings, std::string_view key,
                                        std::string_view value);
 

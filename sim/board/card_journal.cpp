@@ -1,6 +1,7 @@
 // The steps by which a memory card is mounted and unmounted.
 
 #include "board/card_journal.hpp"
+#include "board/board_directory.hpp"
 #include "board/card_record.hpp"
 #include "board/card_reports.hpp"
 
@@ -28,14 +29,6 @@ bool is_real_directory(const files::path &path) {
 bool failed_at(const std::string &path, std::string &error) {
   error = path + ": " + std::strerror(errno);
   return false;
-}
-
-bool make_directory(const std::string &path, std::string &error) {
-  std::error_code code;
-  files::create_directories(path, code);
-  if (code)
-    error = path + ": " + code.message();
-  return !code;
 }
 
 files::path free_name(const files::path &wanted) {

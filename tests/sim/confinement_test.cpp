@@ -14,6 +14,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <functional>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <map>
 #include <spawn.h>
@@ -300,7 +301,8 @@ TEST_F(FileAccess, OpensNothingOfTheKernelForWriting) {
   for (const char *file :
        {"/proc/sysrq-trigger", "/proc/self/mem", "/proc/sys/kernel/hostname", "/sys/power/state"})
     if (::access(file, F_OK) == 0) {
-      EXPECT_EQ(error_of_open(file, O_WRONLY), EACCES) << file;
+      EXPECT_THAT(error_of_open(file, O_WRONLY), testing::AnyOf(EACCES, EROFS))
+          << file; // EROFS in containers
     }
 }
 

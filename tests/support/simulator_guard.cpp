@@ -5,6 +5,7 @@
 #include "confinement/boundary.hpp"
 #include "support/board.hpp"
 #include "support/harmful_calls.hpp"
+#include "support/leak_on_purpose.hpp"
 
 #include <algorithm>
 #include <cstdio>
@@ -69,6 +70,7 @@ bool is_sanitizer(std::string_view object) {
 
 /// The definition that an object has of its own; empty if it has none.
 definition own_definition(const link_map &object, const char *name) {
+  const leak_on_purpose of_the_loader; // its lists, in programs with a malloc() of their own
   void *handle = ::dlopen(object.l_name, RTLD_LAZY | RTLD_NOLOAD);
   if (handle == nullptr)
     return {};
