@@ -1,9 +1,9 @@
 // "card": the memory card, as handled by a user and by the board's own commands.
 
-#include "board/board_directory.hpp"
-#include "board/card.hpp"
-#include "board/card_repair.hpp"
-#include "board/printable_text.hpp"
+#include "host/board_directory.hpp"
+#include "host/card.hpp"
+#include "host/card_repair.hpp"
+#include "host/printable_text.hpp"
 #include "launcher/commands.hpp"
 
 #include <algorithm>

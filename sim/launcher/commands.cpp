@@ -1,7 +1,7 @@
 // The table of commands: each is declared with its help in the file of its function.
 
 #include "launcher/commands.hpp"
-#include "board/board_directory.hpp"
+#include "host/board_directory.hpp"
 
 namespace dravik::sim {
 

@@ -1,8 +1,8 @@
 // "events": requests to the devices of a board, as they happen.
 
 #include "base/unique_fd.hpp"
-#include "board/board_directory.hpp"
-#include "board/printable_text.hpp"
+#include "host/board_directory.hpp"
+#include "host/printable_text.hpp"
 #include "launcher/commands.hpp"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 // The board that the launcher works on: the one that it names to the application.
 
-#include "preload/chosen_board.hpp"
+#include "board/chosen_board.hpp"
 
 #include <cstdlib>
 

@@ -1,10 +1,10 @@
 // "new": creation of a board.
 
-#include "board/board_directory.hpp"
-#include "board/card.hpp"
-#include "board/host_fonts.hpp"
-#include "board/host_tool.hpp"
 #include "board/settings_text.hpp"
+#include "host/board_directory.hpp"
+#include "host/card.hpp"
+#include "host/host_fonts.hpp"
+#include "host/host_tool.hpp"
 #include "launcher/commands.hpp"
 
 #include <algorithm>

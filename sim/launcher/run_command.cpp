@@ -1,12 +1,12 @@
 // "run": an application in the place of this process, inside the boundary, with the preload library and
 // the board in its environment.
 
-#include "board/board_directory.hpp"
+#include "board/timeline.hpp"
+#include "host/board_directory.hpp"
 #include "launcher/commands.hpp"
 #include "launcher/executable.hpp"
 #include "launcher/run_boundary.hpp"
 #include "launcher/serial_keeper.hpp"
-#include "sound/timeline.hpp"
 
 #include <cerrno>
 #include <cstdio>

@@ -10,9 +10,9 @@
 
 #include "launcher/serial_keeper.hpp"
 #include "base/unique_fd.hpp"
+#include "board/board_files.hpp"
+#include "board/serial_line.hpp"
 #include "board/settings_text.hpp"
-#include "preload/board_files.hpp"
-#include "preload/serial_line.hpp"
 
 #include <algorithm>
 #include <array>

@@ -1,12 +1,12 @@
 // "set": input values of a board, also while an application runs.
 
 #include "board/accelerometer.hpp"
-#include "board/board_directory.hpp"
-#include "board/card.hpp"
-#include "board/reports.hpp"
 #include "board/settings_text.hpp"
 #include "board/temperature_table.hpp"
 #include "dravik.h"
+#include "host/board_directory.hpp"
+#include "host/card.hpp"
+#include "host/reports.hpp"
 #include "launcher/commands.hpp"
 
 #include <cerrno>

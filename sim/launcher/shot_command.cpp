@@ -1,6 +1,6 @@
 // "shot": the screen of a board as a PNG file.
 
-#include "board/board_directory.hpp"
+#include "host/board_directory.hpp"
 #include "launcher/commands.hpp"
 #include "png/png_file.hpp"
 

@@ -1,7 +1,7 @@
 // The backlight: plain attributes, whose changes are recorded.
 
+#include "board/board_files.hpp"
 #include "board/settings_text.hpp"
-#include "preload/board_files.hpp"
 #include "preload/device.hpp"
 
 namespace dravik::sim {

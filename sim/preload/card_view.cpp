@@ -3,10 +3,8 @@
 
 #include "preload/card_view.hpp"
 #include "base/unique_fd.hpp"
-#include "board/card_layout.hpp"
-#include "board/settings_text.hpp"
-#include "preload/board_files.hpp"
-#include "preload/preserve_errno.hpp"
+#include "board/board_files.hpp"
+#include "board/preserve_errno.hpp"
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -14,29 +12,17 @@
 namespace dravik::sim {
 namespace {
 
-constexpr std::string_view card_folder = "/tmp/mmcblk0p1";
-
-/// The card's line in the list of mounts; empty when it is not mounted.
-std::string_view mount_line(std::string_view mounts) noexcept {
-  while (true) {
-    const std::string_view line = take_line(mounts);
-    std::string_view rest = line;
-    if (line.empty() || take_word(rest) == card_partition)
-      return line;
-  }
-}
-
+/// One text at a time: each takes 8 KiB of the stack.
 uint32_t number_in(const char *inside) noexcept {
-  const board_text text{inside};
-  std::string_view rest = text;
-  const std::string_view digits = take_line(rest);
-  uint32_t number = 0;
-  std::from_chars(digits.data(), digits.data() + digits.size(), number);
-  return number;
+  return first_number(board_text{inside});
 }
 
 partition known_partition() noexcept {
-  return {number_in("sys/block/mmcblk0/mmcblk0p1/start"), number_in("sys/block/mmcblk0/mmcblk0p1/size")};
+  return {number_in(card_texts::partition_start), number_in(card_texts::partition_size)};
+}
+
+mount_state state_of_mount() noexcept {
+  return mount_state_of(board_text{card_texts::mounts});
 }
 
 unique_fd open_card() noexcept {
@@ -54,7 +40,7 @@ card_room read_card_room() noexcept {
   const preserve_errno unchanged;
   const partition known = known_partition();
   const unique_fd card = open_card();
-  if (known.length == 0 || !card || mount_line(board_text{"proc/mounts"}).empty())
+  if (known.length == 0 || !card || !card_is_mounted())
     return {};
   const fat_volume volume = read_fat_volume(read_sector(card.get(), known.start));
   if (volume.clusters == 0)
@@ -65,21 +51,20 @@ card_room read_card_room() noexcept {
 
 bool is_on_card(const char *name) noexcept {
   const std::string_view path = name != nullptr ? name : "";
-  return path.starts_with(card_folder) &&
-         (path.size() == card_folder.size() || path[card_folder.size()] == '/');
+  return path.starts_with(card_mount_point) &&
+         (path.size() == card_mount_point.size() || path[card_mount_point.size()] == '/');
 }
 
 bool card_is_mounted() noexcept {
-  return !mount_line(board_text{"proc/mounts"}).empty();
+  return state_of_mount() != mount_state::none;
 }
 
 bool card_is_read_only() noexcept {
-  const board_text mounts{"proc/mounts"};
-  return mount_line(mounts).find(" vfat ro") != std::string_view::npos;
+  return state_of_mount() == mount_state::read_only;
 }
 
 bool card_is_locked() noexcept {
-  return number_in("gpio/68") != 0;
+  return number_in(card_texts::locked_line) != 0;
 }
 
 int open_partition(int descriptor, int flags) noexcept {

@@ -2,11 +2,9 @@
 // protection.
 #pragma once
 
-#include <cstdint>
+#include "board/card_texts.hpp"
 
 namespace dravik::sim {
-
-constexpr const char *card_partition = "/dev/mmcblk0p1";
 
 /// The file system that is mounted; no clusters when none is.
 struct card_room {

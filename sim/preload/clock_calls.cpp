@@ -1,7 +1,7 @@
 // The calls that set the clock. A board has that of its host, which nobody sets from there.
 
-#include "preload/board_files.hpp"
-#include "preload/chosen_board.hpp"
+#include "board/board_files.hpp"
+#include "board/chosen_board.hpp"
 #include "preload/next.hpp"
 
 #include <cerrno>

@@ -1,6 +1,6 @@
 // The calls that are answered by devices: requests and mappings.
 
-#include "preload/board_files.hpp"
+#include "board/board_files.hpp"
 #include "preload/device.hpp"
 #include "preload/next.hpp"
 #include "preload/path_map.hpp"

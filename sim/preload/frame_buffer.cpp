@@ -1,10 +1,10 @@
 // The frame buffer: the board's dev/fb0 is its memory,
 // board.conf its geometry, `panel` what it shows of that memory.
 
+#include "board/board_files.hpp"
+#include "board/preserve_errno.hpp"
 #include "board/screen.hpp"
-#include "preload/board_files.hpp"
 #include "preload/device.hpp"
-#include "preload/preserve_errno.hpp"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,6 +1,6 @@
 // The driver of the GPIO lines: each line is a small file of the board, gpio/68, that holds 0 or 1.
 
-#include "preload/board_files.hpp"
+#include "board/board_files.hpp"
 #include "preload/device.hpp"
 
 #include <cstdio>

@@ -5,7 +5,7 @@
 // descriptor's position in the bus's own empty file: the kernel hands that on to copies and children.
 
 #include "board/accelerometer.hpp"
-#include "preload/board_files.hpp"
+#include "board/board_files.hpp"
 #include "preload/device.hpp"
 
 #include <cstdio>

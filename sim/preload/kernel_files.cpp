@@ -2,7 +2,7 @@
 
 #include "preload/kernel_files.hpp"
 #include "base/unique_fd.hpp"
-#include "preload/preserve_errno.hpp"
+#include "board/preserve_errno.hpp"
 
 #include <sys/mman.h>
 #include <sys/sendfile.h>

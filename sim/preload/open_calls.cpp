@@ -1,7 +1,7 @@
 // The calls that open files.
 
 #include "base/unique_fd.hpp"
-#include "preload/board_files.hpp"
+#include "board/board_files.hpp"
 #include "preload/card_view.hpp"
 #include "preload/device.hpp"
 #include "preload/kernel_files.hpp"
@@ -45,7 +45,7 @@ int finish_open(const board_path &path, int flags, int descriptor) noexcept {
     return descriptor;
   if (path.kind() == file_kind::report)
     return as_it_stands(descriptor, flags);
-  if (path.kind() == file_kind::device && std::strcmp(path.name(), card_partition) == 0)
+  if (path.kind() == file_kind::device && path.name() == card_partition)
     return open_partition(descriptor, flags);
   const device *opened = path.kind() == file_kind::device ? device_named(path.name()) : nullptr;
   if (opened == nullptr)

@@ -2,8 +2,8 @@
 
 #include "preload/path_map.hpp"
 #include "base/unique_fd.hpp"
+#include "board/preserve_errno.hpp"
 #include "board/settings_text.hpp"
-#include "preload/preserve_errno.hpp"
 #include "preload/process_board.hpp"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 // The paths of a board, and where they lie in the board's directory.
 #pragma once
 
-#include "preload/board_links.hpp"
-#include "preload/chosen_board.hpp"
+#include "board/board_links.hpp"
+#include "board/chosen_board.hpp"
 
 #include <cstddef>
 #include <cstdint>

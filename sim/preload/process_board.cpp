@@ -3,9 +3,9 @@
 
 #include "preload/process_board.hpp"
 #include "base/unique_fd.hpp"
+#include "board/preserve_errno.hpp"
 #include "board/settings_text.hpp"
 #include "board/use_board.h"
-#include "preload/preserve_errno.hpp"
 #include "preload/shell_commands.hpp"
 
 #include <algorithm>

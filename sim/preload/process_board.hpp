@@ -2,7 +2,7 @@
 // host's, the files of the simulator, and the environment by which its children get all that.
 #pragma once
 
-#include "preload/chosen_board.hpp"
+#include "board/chosen_board.hpp"
 
 #include <string_view>
 

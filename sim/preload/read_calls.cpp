@@ -1,6 +1,6 @@
 // The calls that read from devices.
 
-#include "preload/board_files.hpp"
+#include "board/board_files.hpp"
 #include "preload/device.hpp"
 #include "preload/kernel_files.hpp"
 #include "preload/next.hpp"

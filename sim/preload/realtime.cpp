@@ -1,8 +1,8 @@
 // Real-time priorities, for hosts that refuse them to ordinary users. Such a priority is remembered and read
 // back; the thread runs like any other.
 
+#include "board/board_files.hpp"
 #include "board/settings_text.hpp"
-#include "preload/board_files.hpp"
 #include "preload/next.hpp"
 #include "preload/path_map.hpp"
 

@@ -3,9 +3,9 @@
 
 #include "preload/serial_pace.hpp"
 #include "base/unique_fd.hpp"
-#include "preload/board_files.hpp"
-#include "preload/preserve_errno.hpp"
-#include "preload/serial_line.hpp"
+#include "board/board_files.hpp"
+#include "board/preserve_errno.hpp"
+#include "board/serial_line.hpp"
 #include "preload/serial_port.hpp"
 
 #include <algorithm>

@@ -6,11 +6,11 @@
 
 #include "preload/serial_port.hpp"
 #include "base/unique_fd.hpp"
-#include "preload/board_files.hpp"
+#include "board/board_files.hpp"
+#include "board/preserve_errno.hpp"
+#include "board/serial_line.hpp"
 #include "preload/device.hpp"
 #include "preload/path_map.hpp"
-#include "preload/preserve_errno.hpp"
-#include "preload/serial_line.hpp"
 #include "preload/serial_pace.hpp"
 
 #include <fcntl.h>

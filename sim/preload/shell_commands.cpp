@@ -1,8 +1,8 @@
 // The shell commands of a board: one table of what applications run, and what each does to the board alone.
 
 #include "preload/shell_commands.hpp"
+#include "board/board_files.hpp"
 #include "board/settings_text.hpp"
-#include "preload/board_files.hpp"
 #include "preload/byte_copy.hpp"
 #include "preload/child_process.hpp"
 #include "preload/path_map.hpp"

@@ -1,9 +1,9 @@
 // How a program is started on a board: with the board in its environment, or not at all.
 
 #include "preload/start_program.hpp"
+#include "board/board_files.hpp"
+#include "board/preserve_errno.hpp"
 #include "board/program_file.hpp"
-#include "preload/board_files.hpp"
-#include "preload/preserve_errno.hpp"
 #include "preload/shell_commands.hpp"
 #include "preload/shell_words.hpp"
 

@@ -1,7 +1,7 @@
 // The calls by which an application reaches the whole system: shell commands, mounts, restarts. On a board
 // they act on the board alone.
 
-#include "preload/board_files.hpp"
+#include "board/board_files.hpp"
 #include "preload/card_view.hpp"
 #include "preload/child_process.hpp"
 #include "preload/next.hpp"
@@ -15,8 +15,6 @@
 
 namespace dravik::sim {
 namespace {
-
-constexpr std::string_view card_mount_point = "/tmp/mmcblk0p1";
 
 bool is(const char *given, std::string_view path) noexcept {
   return given != nullptr && given == path;

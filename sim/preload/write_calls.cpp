@@ -1,7 +1,7 @@
 // The calls that change what an open file holds, for the files that the kernel serves in a manner of its own:
 // an attribute holds what the last write brought, a device has an end.
 
-#include "preload/board_files.hpp"
+#include "board/board_files.hpp"
 #include "preload/device.hpp"
 #include "preload/kernel_files.hpp"
 #include "preload/next.hpp"

@@ -1,7 +1,7 @@
 // The recording of a board's sound, as a WAV file.
 
 #include "sound/recording.hpp"
-#include "preload/board_files.hpp"
+#include "board/board_files.hpp"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,9 @@
 // The card behind the plugin: a buffer that is heard at the pace of a clock.
 
 #include "sound/sound_card.hpp"
+#include "board/board_files.hpp"
 #include "board/mixer.hpp"
-#include "preload/board_files.hpp"
-#include "sound/timeline.hpp"
+#include "board/timeline.hpp"
 
 #include <algorithm>
 #include <cerrno>

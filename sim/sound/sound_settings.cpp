@@ -1,8 +1,8 @@
 // What a board's settings and ordered faults make of its sound card.
 
 #include "sound/sound_settings.hpp"
+#include "board/board_files.hpp"
 #include "board/settings_text.hpp"
-#include "preload/board_files.hpp"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // The demonstration on boards of its own, and what the tests of the examples share.
 #pragma once
 
-#include "board/card.hpp"
+#include "host/card.hpp"
 #include "support/application.hpp"
 #include "support/board.hpp"
 

@@ -1,7 +1,7 @@
 // A board with a real memory card, and the card seen by other programs.
 #pragma once
 
-#include "board/card.hpp"
+#include "host/card.hpp"
 #include "support/board.hpp"
 #include "support/program.hpp"
 

@@ -1,6 +1,6 @@
 // The launcher as people run it: its commands, its errors, and applications that know nothing of it.
 
-#include "board/host_fonts.hpp"
+#include "host/host_fonts.hpp"
 #include "png/png_file.hpp"
 #include "sim/launcher.hpp"
 #include "support/board.hpp"

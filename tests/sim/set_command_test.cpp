@@ -1,8 +1,8 @@
 // dravik-sim set, as an application that is running on the board sees its changes.
 
 #include "base/unique_fd.hpp"
-#include "board/card.hpp"
 #include "dravik.h"
+#include "host/card.hpp"
 #include "sim/launcher.hpp"
 #include "support/board.hpp"
 #include "support/stderr_capture.hpp"

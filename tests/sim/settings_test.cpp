@@ -1,8 +1,8 @@
 // The board's text files, as people write them.
 
-#include "board/board_directory.hpp"
 #include "board/screen.hpp"
 #include "board/settings_text.hpp"
+#include "host/board_directory.hpp"
 
 #include <gtest/gtest.h>
 

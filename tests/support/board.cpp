@@ -1,8 +1,8 @@
 // Temporary simulated boards for tests.
 
 #include "support/board.hpp"
-#include "board/board_directory.hpp"
 #include "board/use_board.h"
+#include "host/board_directory.hpp"
 #include "support/serial_keeper.hpp"
 
 #include <cstdio>

@@ -1,7 +1,7 @@
 // "card" and "recordings".
 
-#include "board/card.hpp"
 #include "ctl_fixture.hpp"
+#include "host/card.hpp"
 
 #include <csignal>
 #include <fcntl.h>

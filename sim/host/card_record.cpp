@@ -1,8 +1,8 @@
 // What the mount point of a memory card held when the card was mounted.
 
-#include "board/card_record.hpp"
-#include "board/board_directory.hpp"
+#include "host/card_record.hpp"
 #include "board/settings_text.hpp"
+#include "host/board_directory.hpp"
 
 #include <filesystem>
 #include <sys/stat.h>

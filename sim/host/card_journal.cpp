@@ -1,9 +1,9 @@
 // The steps by which a memory card is mounted and unmounted.
 
-#include "board/card_journal.hpp"
-#include "board/board_directory.hpp"
-#include "board/card_record.hpp"
-#include "board/card_reports.hpp"
+#include "host/card_journal.hpp"
+#include "host/board_directory.hpp"
+#include "host/card_record.hpp"
+#include "host/card_reports.hpp"
 
 #include <cerrno>
 #include <cstring>

@@ -1,6 +1,6 @@
 // Links inside a board, which may come from a stranger: none leads out of it.
 
-#include "preload/board_links.hpp"
+#include "board/board_links.hpp"
 #include "board/settings_text.hpp"
 
 #include <cstring>

@@ -1,8 +1,8 @@
 // When a board's recording of sound begins, by the clock that no one sets.
 
-#include "sound/timeline.hpp"
+#include "board/timeline.hpp"
+#include "board/board_files.hpp"
 #include "board/settings_text.hpp"
-#include "preload/board_files.hpp"
 
 #include <cstdio>
 #include <ctime>

@@ -1,7 +1,7 @@
 // The board of a library that is loaded beside the preload library: that one knows.
 
+#include "board/chosen_board.hpp"
 #include "board/use_board.h"
-#include "preload/chosen_board.hpp"
 
 extern "C" [[gnu::weak]] const char *dravik_sim_board(void);
 

@@ -1,6 +1,6 @@
 // What the drivers of the board report in text files.
 
-#include "board/reports.hpp"
+#include "host/reports.hpp"
 #include "board/settings_text.hpp"
 
 #include <array>

@@ -1,6 +1,6 @@
 // Programs of the host that work on a card's image: dosfstools and mtools.
 
-#include "board/host_tool.hpp"
+#include "host/host_tool.hpp"
 #include "base/unique_fd.hpp"
 #include "board/use_board.h"
 

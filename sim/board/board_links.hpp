@@ -1,7 +1,7 @@
 // Links inside a board, which may come from a stranger: none leads out of it.
 #pragma once
 
-#include "preload/chosen_board.hpp"
+#include "board/chosen_board.hpp"
 
 #include <cstdint>
 

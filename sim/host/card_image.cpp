@@ -1,8 +1,8 @@
 // A new image of a board's memory card, written beside the old one and renamed over it.
 
-#include "board/card_image.hpp"
-#include "board/card_reports.hpp"
-#include "board/sparse_file.hpp"
+#include "host/card_image.hpp"
+#include "host/card_reports.hpp"
+#include "host/sparse_file.hpp"
 
 #include <cstdio>
 #include <fcntl.h>

@@ -1,6 +1,6 @@
 // Files whose blocks of zeros take no space on the host.
 
-#include "board/sparse_file.hpp"
+#include "host/sparse_file.hpp"
 
 #include <algorithm>
 #include <array>

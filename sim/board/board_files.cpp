@@ -1,11 +1,11 @@
 // The board's own text files, as the simulated devices use them.
 
-#include "preload/board_files.hpp"
+#include "board/board_files.hpp"
 #include "base/unique_fd.hpp"
+#include "board/board_links.hpp"
+#include "board/chosen_board.hpp"
+#include "board/preserve_errno.hpp"
 #include "board/settings_text.hpp"
-#include "preload/board_links.hpp"
-#include "preload/chosen_board.hpp"
-#include "preload/preserve_errno.hpp"
 
 #include <cstdarg>
 #include <cstdio>

@@ -1,6 +1,6 @@
 // The processes that use the files of a mounted memory card.
 
-#include "board/card_users.hpp"
+#include "host/card_users.hpp"
 
 #include <array>
 #include <climits>

@@ -1,11 +1,11 @@
 // The file system of a card made, checked and repaired by the tools of dosfstools.
 
-#include "board/card_repair.hpp"
-#include "board/card.hpp"
-#include "board/card_image.hpp"
-#include "board/card_in_hand.hpp"
-#include "board/card_journal.hpp"
-#include "board/host_tool.hpp"
+#include "host/card_repair.hpp"
+#include "host/card.hpp"
+#include "host/card_image.hpp"
+#include "host/card_in_hand.hpp"
+#include "host/card_journal.hpp"
+#include "host/host_tool.hpp"
 
 #include <algorithm>
 #include <cstring>

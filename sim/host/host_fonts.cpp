@@ -1,7 +1,7 @@
 // Fonts of the host, copied to a board.
 
-#include "board/host_fonts.hpp"
-#include "board/board_directory.hpp"
+#include "host/host_fonts.hpp"
+#include "host/board_directory.hpp"
 
 #include <filesystem>
 #include <zlib.h>

@@ -1,15 +1,15 @@
 // Mounting a card without the kernel: its files are copied out of the image, and back into it.
 
-#include "board/card_mount.hpp"
+#include "host/card_mount.hpp"
 #include "base/unique_fd.hpp"
-#include "board/board_directory.hpp"
-#include "board/card_image.hpp"
-#include "board/card_journal.hpp"
-#include "board/card_record.hpp"
-#include "board/card_reports.hpp"
-#include "board/host_tool.hpp"
 #include "board/settings_text.hpp"
-#include "board/sparse_file.hpp"
+#include "host/board_directory.hpp"
+#include "host/card_image.hpp"
+#include "host/card_journal.hpp"
+#include "host/card_record.hpp"
+#include "host/card_reports.hpp"
+#include "host/host_tool.hpp"
+#include "host/sparse_file.hpp"
 
 #include <algorithm>
 #include <cerrno>

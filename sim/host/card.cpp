@@ -1,12 +1,12 @@
 // The memory card of a board: an image of a card in its slot, and what can be done with it.
 
-#include "board/card.hpp"
-#include "board/board_directory.hpp"
-#include "board/card_in_hand.hpp"
-#include "board/card_journal.hpp"
-#include "board/card_mount.hpp"
-#include "board/card_repair.hpp"
-#include "board/card_users.hpp"
+#include "host/card.hpp"
+#include "host/board_directory.hpp"
+#include "host/card_in_hand.hpp"
+#include "host/card_journal.hpp"
+#include "host/card_mount.hpp"
+#include "host/card_repair.hpp"
+#include "host/card_users.hpp"
 
 #include <cerrno>
 #include <cstring>

@@ -1,9 +1,9 @@
 // What the kernel tells of the card: below /sys/block, in /proc/partitions and in /proc/mounts.
 
-#include "board/card_reports.hpp"
+#include "host/card_reports.hpp"
 #include "base/unique_fd.hpp"
-#include "board/board_directory.hpp"
 #include "board/settings_text.hpp"
+#include "host/board_directory.hpp"
 
 #include <fcntl.h>
 #include <filesystem>
@@ -15,6 +15,7 @@ namespace {
 namespace files = std::filesystem;
 
 constexpr std::string_view disk = "mmcblk0";
+constexpr const char *partition_list = "proc/partitions";
 constexpr std::string_view mounted_device = "/dev/mmcblk0p1 ";
 constexpr const char *writable_mount = "/dev/mmcblk0p1 /tmp/mmcblk0p1 vfat rw,relatime,fmask=0022,dmask=0022,"
                                        "codepage=437,iocharset=utf8,errors=remount-ro 0 0\n";
@@ -22,12 +23,16 @@ constexpr const char *read_only_mount =
     "/dev/mmcblk0p1 /tmp/mmcblk0p1 vfat ro,relatime,fmask=0022,dmask=0022,"
     "codepage=437,iocharset=utf8,errors=remount-ro 0 0\n";
 
-/// A list without the lines that speak of something; what is not there is empty.
-std::string lines_without(const std::string &path, std::string_view subject) {
+/// Return a text of the board, empty if there is none.
+std::string text_of(const std::string &board, const char *inside) {
   std::string text;
   std::string error;
-  if (!read_file(path, text, error))
-    return {};
+  return read_file(board + "/" + inside, text, error) ? text : "";
+}
+
+/// Return a list of the board without the lines that contain `subject`.
+std::string lines_without(const std::string &board, const char *list, std::string_view subject) {
+  const std::string text = text_of(board, list);
   std::string kept;
   for (std::string_view rest = text; !rest.empty();)
     if (const std::string_view line = take_until(rest, '\n'); line.find(subject) == line.npos)
@@ -42,16 +47,6 @@ std::string partition_line(uint32_t minor, uint64_t sectors, std::string_view na
   return line;
 }
 
-uint32_t number_in(const std::string &path) {
-  std::string text;
-  std::string error;
-  if (!read_file(path, text, error))
-    return 0;
-  uint32_t number = 0;
-  std::from_chars(text.data(), text.data() + text.size(), number);
-  return number;
-}
-
 std::string below_sys(const std::string &board) {
   return board + "/sys/block/mmcblk0";
 }
@@ -63,15 +58,14 @@ bool report_empty_slot(const std::string &board, std::string &error) {
   std::error_code code;
   files::remove_all(below_sys(board), code);
   files::remove(partition_device(board), code);
-  const std::string list = board + "/proc/partitions";
-  return replace_file(list, lines_without(list, disk), error);
+  return replace_file(board + "/" + partition_list, lines_without(board, partition_list, disk), error);
 }
 
 bool report_partition(const std::string &board, const partition &first, std::string &error) {
-  const std::string below = below_sys(board) + "/mmcblk0p1/";
+  const std::string root = board + "/";
   return write_file(partition_device(board), {}, error) &&
-         write_file(below + "start", std::to_string(first.start) + "\n", error) &&
-         write_file(below + "size", std::to_string(first.length) + "\n", error);
+         write_file(root + card_texts::partition_start, std::to_string(first.start) + "\n", error) &&
+         write_file(root + card_texts::partition_size, std::to_string(first.length) + "\n", error);
 }
 
 bool report_slot(const std::string &board, std::string &error) {
@@ -81,12 +75,12 @@ bool report_slot(const std::string &board, std::string &error) {
     return true;
   const uint64_t sectors = static_cast<uint64_t>(status.st_size) / sector_bytes;
   const partition first = first_partition(read_sector(card.get(), 0), sectors);
-  const std::string list = board + "/proc/partitions";
-  std::string lines = lines_without(list, disk) + partition_line(0, sectors, "mmcblk0");
+  std::string lines = lines_without(board, partition_list, disk) + partition_line(0, sectors, "mmcblk0");
   if (first.length != 0)
     lines += partition_line(1, first.length, "mmcblk0p1");
   return write_file(below_sys(board) + "/size", std::to_string(sectors) + "\n", error) &&
-         (first.length == 0 || report_partition(board, first, error)) && replace_file(list, lines, error);
+         (first.length == 0 || report_partition(board, first, error)) &&
+         replace_file(board + "/" + partition_list, lines, error);
 }
 
 } // namespace
@@ -103,27 +97,20 @@ bool report_card(const std::string &board, std::string &error) {
 }
 
 partition known_partition(const std::string &board) {
-  const std::string below = below_sys(board) + "/mmcblk0p1/";
-  return {number_in(below + "start"), number_in(below + "size")};
+  return {first_number(text_of(board, card_texts::partition_start)),
+          first_number(text_of(board, card_texts::partition_size))};
 }
 
 mount_state read_mount_state(const std::string &board) {
-  std::string text;
-  std::string error;
-  if (!read_file(board + "/proc/mounts", text, error))
-    return mount_state::none;
-  for (std::string_view rest = text; !rest.empty();)
-    if (const std::string_view line = take_until(rest, '\n'); line.starts_with(mounted_device))
-      return line.find(" ro,") != line.npos ? mount_state::read_only : mount_state::writable;
-  return mount_state::none;
+  return mount_state_of(text_of(board, card_texts::mounts));
 }
 
 bool report_mount(const std::string &board, mount_state state, std::string &error) {
-  const std::string list = board + "/proc/mounts";
   const char *added = state == mount_state::none       ? ""
                       : state == mount_state::writable ? writable_mount
                                                        : read_only_mount;
-  return replace_file(list, lines_without(list, mounted_device) + added, error);
+  return replace_file(board + "/" + card_texts::mounts,
+                      lines_without(board, card_texts::mounts, mounted_device) + added, error);
 }
 
 } // namespace dravik::sim

@@ -1,12 +1,12 @@
 // Making and reading boards, for the launcher and for tests.
 
-#include "board/board_directory.hpp"
+#include "host/board_directory.hpp"
 #include "base/unique_fd.hpp"
 #include "base/unique_file.hpp"
 #include "board/accelerometer.hpp"
-#include "board/reports.hpp"
+#include "board/board_links.hpp"
 #include "board/settings_text.hpp"
-#include "preload/board_links.hpp"
+#include "host/reports.hpp"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,8 +1,8 @@
 // What a board keeps of its serial port.
 
-#include "preload/serial_line.hpp"
+#include "board/serial_line.hpp"
+#include "board/board_files.hpp"
 #include "board/settings_text.hpp"
-#include "preload/board_files.hpp"
 
 #include <utility>
 

@@ -1,7 +1,7 @@
 // The memory card of a board: an image of a card in its slot, and what can be done with it.
 #pragma once
 
-#include "board/card_reports.hpp"
+#include "host/card_reports.hpp"
 
 #include <string>
 

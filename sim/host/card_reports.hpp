@@ -1,7 +1,7 @@
 // What the kernel tells of the card: below /sys/block, in /proc/partitions and in /proc/mounts.
 #pragma once
 
-#include "board/card_layout.hpp"
+#include "board/card_texts.hpp"
 
 #include <string>
 
@@ -22,7 +22,7 @@ struct card_files {
   std::string discarded() const { return board + "/card/unmounted"; } ///< the previous mount point
   std::string report_begun() const { return board + "/card/report"; } ///< exists until report_card() is done
   std::string read_back() const { return board + "/card/readback"; }  ///< a copy of a fresh image's files
-  std::string lock_line() const { return board + "/gpio/68"; }
+  std::string lock_line() const { return board + "/" + card_texts::locked_line; }
 
   std::string board;
 };
@@ -38,7 +38,6 @@ struct card_files {
 /// The partition that the kernel knows of; of no length when it knows none.
 partition known_partition(const std::string &board);
 
-enum class mount_state : uint8_t { none, read_only, writable };
 mount_state read_mount_state(const std::string &board);
 [[nodiscard]] bool report_mount(const std::string &board, mount_state state, std::string &error);
 
