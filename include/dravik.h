@@ -29,6 +29,15 @@
 
 #include <stdint.h>
 
+/**
+ * @def DRAVIK_API
+ * Marks an exported function or global.
+ *
+ * @def DRAVIK_PRINTF
+ * Makes the compiler check the arguments of a printf() format.
+ * @param text    position of the format in the parameters, from 1
+ * @param values  position of the first argument
+ */
 #if defined(__GNUC__)
 #define DRAVIK_API __attribute__((visibility("default")))
 #define DRAVIK_PRINTF(text, values) __attribute__((format(printf, text, values)))
@@ -37,6 +46,10 @@
 #define DRAVIK_PRINTF(text, values)
 #endif
 
+/**
+ * @def DRAVIK_NOEXCEPT
+ * Marks a function that throws no exception. Empty in C.
+ */
 #ifdef __cplusplus
 #define DRAVIK_NOEXCEPT noexcept
 extern "C" {
@@ -163,23 +176,23 @@ DRAVIK_API void fb_put_pixel(uint32_t x, uint32_t y, uint16_t colour) DRAVIK_NOE
 
 /**
  * @defgroup colours Colour table
- * Artwork and anti-aliased text are drawn through ramps: tables of 16 colours from a background to a
- * foreground.
+ * Artwork and anti-aliased text are drawn through ramps, tables of 16 colours from a background to
+ * a foreground.
  * @{
  */
 
 /** @name Colours of the ramps (RGB565) */
 /** @{ */
-#define DRAVIK_BLACK 0x0821 /**< the library's black */
-#define DRAVIK_WHITE 0xFFFF
-#define DRAVIK_RED 0xF800
-#define DRAVIK_GREEN 0x07E0
-#define DRAVIK_BLUE 0x001F
-#define DRAVIK_GREY 0x7BEF
-#define DRAVIK_YELLOW 0xFFE0
-#define DRAVIK_MAGENTA 0xF81F
-#define DRAVIK_CYAN 0x07FF
-#define DRAVIK_ORANGE 0xFBC0
+#define DRAVIK_BLACK 0x0821   /**< the library's black */
+#define DRAVIK_WHITE 0xFFFF   /**< white */
+#define DRAVIK_RED 0xF800     /**< red */
+#define DRAVIK_GREEN 0x07E0   /**< green */
+#define DRAVIK_BLUE 0x001F    /**< blue */
+#define DRAVIK_GREY 0x7BEF    /**< middle grey */
+#define DRAVIK_YELLOW 0xFFE0  /**< yellow */
+#define DRAVIK_MAGENTA 0xF81F /**< magenta */
+#define DRAVIK_CYAN 0x07FF    /**< cyan */
+#define DRAVIK_ORANGE 0xFBC0  /**< orange */
 /** @} */
 
 /** As a background colour: the pixels around the foreground are left unchanged. */
@@ -196,36 +209,36 @@ DRAVIK_API void fb_put_pixel(uint32_t x, uint32_t y, uint16_t colour) DRAVIK_NOE
 
 /** Ramps of ::gc. */
 enum dravik_ramp {
-  DRAVIK_RED_ON_BLACK,
-  DRAVIK_GREEN_ON_BLACK,
-  DRAVIK_BLUE_ON_BLACK,
-  DRAVIK_WHITE_ON_BLACK,
-  DRAVIK_GREY_ON_BLACK,
-  DRAVIK_YELLOW_ON_BLACK,
-  DRAVIK_MAGENTA_ON_BLACK,
-  DRAVIK_CYAN_ON_BLACK,
-  DRAVIK_ORANGE_ON_BLACK,
-  DRAVIK_RED_ON_WHITE,
-  DRAVIK_GREEN_ON_WHITE,
-  DRAVIK_BLUE_ON_WHITE,
-  DRAVIK_BLACK_ON_WHITE,
-  DRAVIK_GREY_ON_WHITE,
-  DRAVIK_YELLOW_ON_WHITE,
-  DRAVIK_MAGENTA_ON_WHITE,
-  DRAVIK_CYAN_ON_WHITE,
-  DRAVIK_ORANGE_ON_WHITE,
-  DRAVIK_RED_ON_MAGENTA,
-  DRAVIK_GREEN_ON_MAGENTA,
-  DRAVIK_BLUE_ON_MAGENTA,
-  DRAVIK_BLACK_ON_MAGENTA,
-  DRAVIK_WHITE_ON_MAGENTA,
-  DRAVIK_GREY_ON_MAGENTA,
-  DRAVIK_YELLOW_ON_MAGENTA,
-  DRAVIK_CYAN_ON_MAGENTA,
-  DRAVIK_ORANGE_ON_MAGENTA,
-  DRAVIK_THEME_TO_WHITE, /**< its first colour is the theme colour */
-  DRAVIK_THEME_TO_BLACK, /**< its first colour is the theme colour */
-  DRAVIK_RAMPS           /**< number of ramps */
+  DRAVIK_RED_ON_BLACK,      /**< from black to red */
+  DRAVIK_GREEN_ON_BLACK,    /**< from black to green */
+  DRAVIK_BLUE_ON_BLACK,     /**< from black to blue */
+  DRAVIK_WHITE_ON_BLACK,    /**< from black to white */
+  DRAVIK_GREY_ON_BLACK,     /**< from black to grey */
+  DRAVIK_YELLOW_ON_BLACK,   /**< from black to yellow */
+  DRAVIK_MAGENTA_ON_BLACK,  /**< from black to magenta */
+  DRAVIK_CYAN_ON_BLACK,     /**< from black to cyan */
+  DRAVIK_ORANGE_ON_BLACK,   /**< from black to orange */
+  DRAVIK_RED_ON_WHITE,      /**< from white to red */
+  DRAVIK_GREEN_ON_WHITE,    /**< from white to green */
+  DRAVIK_BLUE_ON_WHITE,     /**< from white to blue */
+  DRAVIK_BLACK_ON_WHITE,    /**< from white to black */
+  DRAVIK_GREY_ON_WHITE,     /**< from white to grey */
+  DRAVIK_YELLOW_ON_WHITE,   /**< from white to yellow */
+  DRAVIK_MAGENTA_ON_WHITE,  /**< from white to magenta */
+  DRAVIK_CYAN_ON_WHITE,     /**< from white to cyan */
+  DRAVIK_ORANGE_ON_WHITE,   /**< from white to orange */
+  DRAVIK_RED_ON_MAGENTA,    /**< from magenta to red */
+  DRAVIK_GREEN_ON_MAGENTA,  /**< from magenta to green */
+  DRAVIK_BLUE_ON_MAGENTA,   /**< from magenta to blue */
+  DRAVIK_BLACK_ON_MAGENTA,  /**< from magenta to black */
+  DRAVIK_WHITE_ON_MAGENTA,  /**< from magenta to white */
+  DRAVIK_GREY_ON_MAGENTA,   /**< from magenta to grey */
+  DRAVIK_YELLOW_ON_MAGENTA, /**< from magenta to yellow */
+  DRAVIK_CYAN_ON_MAGENTA,   /**< from magenta to cyan */
+  DRAVIK_ORANGE_ON_MAGENTA, /**< from magenta to orange */
+  DRAVIK_THEME_TO_WHITE,    /**< from the theme colour to white */
+  DRAVIK_THEME_TO_BLACK,    /**< from the theme colour to black */
+  DRAVIK_RAMPS              /**< number of ramps */
 };
 
 /** Colours per ramp. */
@@ -305,8 +318,9 @@ DRAVIK_API void fb_put_rect_fill(int32_t x0, int32_t y0, int32_t x1, int32_t y1,
 DRAVIK_API void fb_put_rect(int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint16_t colour) DRAVIK_NOEXCEPT;
 
 /**
- * Draw the outline of a rectangle with edges of several pixels, which grow inwards. Clipped like
- * fb_put_rect().
+ * Draw the outline of a rectangle with edges of several pixels, which grow inwards.
+ *
+ * Clipped like fb_put_rect().
  *
  * @note Intentional: only top-left with bottom-right, or bottom-right with top-left, draws. The two other
  * orders of corners draw nothing.
@@ -522,8 +536,8 @@ DRAVIK_API int bmp_mem_alloc(int32_t count, const char *dir, const char *const *
  *         %d, max = %d" (also for a negative slot), "BMP mem ptr is NULL, bmp_mem_idx=%d" (also after
  *         bmp_mem_free()), "BMP type err, bmp_mem_idx=%d", "BMP image size is too big : %d x %d, fb size :
  *         %dx%d", "BMP image is out of range!" and two lines with the sizes (it does not fit on the screen,
- *         see fb_put_bmp_file()), or "BMP data err, bmp_mem_idx=%d" (its rows are not completely in the
- *         file)
+ *         see fb_put_bmp_file()), or "BMP data err, bmp_mem_idx=%d" (the file does not contain all of
+ *         its rows)
  */
 DRAVIK_API int bmp_mem_show(uint32_t x, uint32_t y, int32_t slot, int32_t mode,
                             uint8_t align) DRAVIK_NOEXCEPT;
@@ -707,8 +721,8 @@ DRAVIK_API int psf_font_load(const char *path, struct psf_font *slot) DRAVIK_NOE
 
 /**
  * Free the fonts of slots 0 to ::psf_font_num - 1.
- * @note Intentional: an empty slot ends the call with a line in the event log; the slots after it stay
- * loaded.
+ * @note Intentional: an empty slot ends the call with a line in the event log. The fonts of later slots
+ * stay loaded.
  */
 DRAVIK_API void psf_font_free(void) DRAVIK_NOEXCEPT;
 
@@ -1004,12 +1018,12 @@ DRAVIK_API int32_t pcm_decode(const char *path, uint32_t period_frames) DRAVIK_N
 
 /** Volume steps of the speaker in percent. */
 enum dravik_volume {
-  DRAVIK_VOLUME_MUTED = 0,
-  DRAVIK_VOLUME_LOWEST = 20,
-  DRAVIK_VOLUME_LOW = 40,
-  DRAVIK_VOLUME_MEDIUM = 60,
-  DRAVIK_VOLUME_HIGH = 80,
-  DRAVIK_VOLUME_FULL = 100,
+  DRAVIK_VOLUME_MUTED = 0,   /**< as spk_volume_mute() */
+  DRAVIK_VOLUME_LOWEST = 20, /**< 85 in the units of the codec */
+  DRAVIK_VOLUME_LOW = 40,    /**< 93 */
+  DRAVIK_VOLUME_MEDIUM = 60, /**< 100 */
+  DRAVIK_VOLUME_HIGH = 80,   /**< 107 */
+  DRAVIK_VOLUME_FULL = 100,  /**< 113 */
 };
 
 /**
@@ -1062,10 +1076,10 @@ struct dravik_timeval {
 extern DRAVIK_API struct dravik_timeval tlogst;
 
 /**
- * Append one line to the event log. The line is in the file when the call returns. Requires no
- * initialisation.
+ * Append one line to the event log. The line is in the file when the call returns.
  *
- * May be called from any thread at any time, also for the first time by several threads; lines never mix.
+ * Requires no initialisation. May be called from any thread at any time, also for the first time by several
+ * threads; lines never mix.
  * @note Write errors are ignored: on a full disk the line is lost, but its length is returned.
  * @param format  printf() format without a newline at its end, followed by its arguments
  * @return length of the message in characters; 0 if the line is dropped because the file is full or cannot
@@ -1213,10 +1227,10 @@ DRAVIK_API int32_t read_temperature(void) DRAVIK_NOEXCEPT;
 
 /** Brightness values; values in between are valid, too. */
 enum dravik_backlight {
-  DRAVIK_BACKLIGHT_MIN = 0,
-  DRAVIK_BACKLIGHT_LOW = 1,
-  DRAVIK_BACKLIGHT_MEDIUM = 500,
-  DRAVIK_BACKLIGHT_HIGH = 1000,
+  DRAVIK_BACKLIGHT_MIN = 0,      /**< the minimum */
+  DRAVIK_BACKLIGHT_LOW = 1,      /**< logged as "low" */
+  DRAVIK_BACKLIGHT_MEDIUM = 500, /**< logged as "medium" */
+  DRAVIK_BACKLIGHT_HIGH = 1000,  /**< the maximum, logged as "high" */
 };
 
 /**
@@ -1228,8 +1242,8 @@ DRAVIK_API int32_t lcd_bl_init(void) DRAVIK_NOEXCEPT;
 
 /**
  * Set the brightness. Writes nothing if the file is not open.
- * @param level  brightness, ::DRAVIK_BACKLIGHT_MIN to ::DRAVIK_BACKLIGHT_HIGH; other values are clamped. 1,
- *               500 and 1000 are logged as "low", "medium" and "high", other values as "??"
+ * @param level  brightness, ::DRAVIK_BACKLIGHT_MIN to ::DRAVIK_BACKLIGHT_HIGH; other values are clamped.
+ *               Values without a name in ::dravik_backlight are logged as "??", and so is the minimum
  * @return result of the last log_printf()
  */
 DRAVIK_API int32_t lcd_bl_set(int32_t level) DRAVIK_NOEXCEPT;
@@ -1279,8 +1293,8 @@ DRAVIK_API int32_t gpio_init(void) DRAVIK_NOEXCEPT;
 /**
  * Read a GPIO line.
  * @param line  line number
- * @return level reported by the driver, 0 or 1; -1 if the driver is not open, or rejects the request, after
- *         perror("AMBA_DEBUG_IOC_GET_GPIO")
+ * @return level reported by the driver, 0 or 1; -1 if the driver is not open; -1 if it rejects the request,
+ *         after perror("AMBA_DEBUG_IOC_GET_GPIO")
  */
 DRAVIK_API int32_t gpio_get(uint32_t line) DRAVIK_NOEXCEPT;
 
@@ -1288,8 +1302,8 @@ DRAVIK_API int32_t gpio_get(uint32_t line) DRAVIK_NOEXCEPT;
  * Drive a GPIO line.
  * @param line   line number
  * @param level  only bit 0 is used
- * @return level reported by the driver, 0 or 1; -1 if the driver is not open, or rejects the request, after
- *         perror("AMBA_DEBUG_IOC_SET_GPIO")
+ * @return level reported by the driver, 0 or 1; -1 if the driver is not open; -1 if it rejects the request,
+ *         after perror("AMBA_DEBUG_IOC_SET_GPIO")
  */
 DRAVIK_API int32_t gpio_set(uint32_t line, uint32_t level) DRAVIK_NOEXCEPT;
 
@@ -1349,8 +1363,8 @@ DRAVIK_API int32_t gsensor_check_data_ready(void) DRAVIK_NOEXCEPT;
 
 /**
  * Read the three axes: six register reads, twelve system calls.
- * @param[out] x,y,z  acceleration in mg, -4096 to 4094 in steps of 2; all 0 without a successful
- *                    gsensor_init()
+ * @param[out] x,y,z  acceleration in mg, -4096 to 4094 in steps of 2; all 0 unless
+ *                    gsensor_init() succeeded
  */
 DRAVIK_API void gsensor_get_data(int32_t *x, int32_t *y, int32_t *z) DRAVIK_NOEXCEPT;
 

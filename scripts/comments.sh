@@ -1,0 +1,55 @@
+# Checks of comments for scripts/test: the manual by Doxygen, and the layout of comments. Sourced after lib.sh.
+
+manual=$root/build/manual
+
+# undocumented: the values of enums that have no description, which Doxygen accepts.
+undocumented() {
+  awk '
+    /<enumvalue / { name = ""; described = 0 }
+    /<name>/ { name = $0; gsub(/^ *<name>|<\/name>.*$/, "", name) }
+    /<para>/ { described = 1 }
+    /<\/enumvalue>/ && !described { print "error: " name " is not documented" }' "$manual"/xml/*.xml
+}
+
+# exported: the names that the library exports.
+exported() {
+  sed -n '/global:/,/local:/{s,/\*.*\*/,,;s/global:\|local:.*//;p}' src/exports.map | grep -oE '[A-Za-z_0-9]+'
+}
+
+# manual: builds the manual of the header. An incomplete description, or an exported name without one, is an error.
+manual() {
+  rm -rf "$manual"
+  mkdir -p "$manual"
+  doxygen docs/Doxyfile || return 1
+  undocumented >"$manual/errors"
+  exported | while read -r name; do
+    grep -qF "<name>$name</name>" "$manual"/xml/*.xml || echo "error: $name is not in the manual"
+  done >>"$manual/errors"
+  [ ! -s "$manual/errors" ] || { cat "$manual/errors" && return 1; }
+  [ "$(exported | wc -l)" -gt 0 ] || { echo 'error: no exported name found' && return 1; }
+  echo "checked: $(exported | wc -l) exported names"
+}
+
+# comment_layout FILE...: names the comments whose last line is one word that the line above made lonely, and the lines
+# after a @param, @return or @note that do not follow their indentation.
+comment_layout() {
+  awk '
+    function report(line, text) { print FILENAME ":" line ": error: " text; bad = 1 }
+    function end_comment() { if (lonely) report(lonely, "one word on the last line of a comment"); lonely = 0; words = 0 }
+    FNR == 1 { files++; end_comment(); tag = 0 }
+    END { end_comment(); exit bad || !files }
+    !/^[ \t]*(\/\/|\/\*|\*)/ { end_comment(); tag = 0; next }
+    {
+      text = $0
+      sub(/^[ \t]*(\/\/\/?<?|\/\*+<?|\*+\/?)/, "", text)
+      sub(/\*\/.*$/, "", text)
+      if (tag && text ~ /^ [^ @]/) report(FNR, "continuation of a @param or @return without indentation")
+      if (text ~ /^ @/) tag = text ~ /^ @(param|return)/
+      if (text !~ /[^ ]/) tag = 0
+      if (text ~ /^ *@[{}]/) text = ""
+      count = split(text, unused)
+      if (count == 0) end_comment()
+      lonely = count == 1 && words > 3 ? FNR : 0
+      words = count
+    }' "$@"
+}
