@@ -32,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   require(has_card);
   clear_away();
   if (size == 0)
-    return 0; // stays open, on purpose
+    return 0; // Intentional: an empty file stays open
   require(mp3_playback(path) == 0 && h_snd_playback == nullptr);
   return 0;
 }

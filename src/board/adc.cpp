@@ -1,4 +1,4 @@
-// The analogue-to-digital converter, read from the driver's text file.
+// ADC, read from the driver's text file.
 
 #include "base/unique_file.hpp"
 #include "board/temperature_table.hpp"
@@ -16,12 +16,12 @@ constexpr uint32_t code_mask = DRAVIK_ADC_CODE_MAX;
 constexpr size_t value_position = 9;
 constexpr size_t longest_value = 3;
 constexpr size_t channels = DRAVIK_ADC_CHANNELS;
-constexpr int line_limit = DRAVIK_ADC_LINE_SIZE; ///< with its end: longer lines are taken in pieces
+constexpr int line_limit = DRAVIK_ADC_LINE_SIZE; ///< with its NUL: a longer line is read in pieces
 
 using line = std::array<char, 32>;
 
-/// Reads lines from the start of the file; a line that is missing stays as it was. False when it cannot be
-/// opened.
+/// Read lines from the start of the file. A missing line leaves its buffer unchanged. Return false if the
+/// file cannot be opened.
 bool read_lines(std::span<line> lines) noexcept {
   const unique_file file = open_file(adc_file, "r");
   if (file == nullptr) {
@@ -72,7 +72,7 @@ int32_t read_adc(uint32_t *codes) noexcept {
     return -1;
   value_text value = {};
   for (size_t channel = 0; channel < channels; ++channel) {
-    // A line of any other length repeats the value of the line before it.
+    // Intentional: a line of any other length repeats the value of the line before it.
     const size_t length = std::strlen(lines[channel].data());
     if (length > value_position && length <= value_position + longest_value)
       take_value(lines[channel], length - value_position, value);

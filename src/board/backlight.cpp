@@ -1,4 +1,4 @@
-// The LCD's backlight, through the two files of its sysfs class.
+// Backlight of the LCD, through two files of its sysfs class.
 
 #include "dravik.h"
 
@@ -18,7 +18,7 @@ constexpr const char *power_file = "/sys/class/backlight/pwm-backlight.0/bl_powe
 constinit int32_t bl_brightness_fd = -1;
 constinit int32_t bl_power_fd = -1;
 
-/// Only descriptors above 0 count as open.
+/// Intentional: descriptor 0 is treated as closed.
 bool is_open(int32_t fd) noexcept {
   return fd > 0;
 }
@@ -46,7 +46,7 @@ void write_level(int32_t level) noexcept {
     log_printf("%s() : setup err, value = %d", "lcd_bl_set", level);
 }
 
-/// Tells the level that was asked for, before it was limited.
+/// Log the requested level, before it is clamped.
 int32_t log_level(int32_t level) noexcept {
   constexpr const char *name = "lcd_bl_set";
   switch (level) {

@@ -1,5 +1,5 @@
-// The accelerometer on I2C bus 0. A failed register access is reported and the sequence goes on, but for the
-// first configuration, which ends at the first failed write.
+// Accelerometer on I2C bus 0. A failed register access is reported, and the sequence continues; only the first
+// configuration ends at the first failed write.
 
 #include "dravik.h"
 
@@ -15,19 +15,23 @@ namespace {
 
 constexpr const char *bus_path = "/dev/i2c-0";
 constexpr long slave_address = 0x18;
-constexpr uint8_t identity = 0x33;
+constexpr uint8_t expected_identity = 0x33;
 
-enum register_number : uint8_t {
-  identity_register = 0x0F,
+enum class register_number : uint8_t {
+  identity = 0x0F,
   temperature_config = 0x1F,
-  CTRL_REG1 = 0x20,
+  ctrl_reg1 = 0x20,
   ctrl_reg2 = 0x21,
   ctrl_reg4 = 0x23,
   ctrl_reg6 = 0x25,
-  status_register = 0x27,
+  status = 0x27,
   first_axis = 0x28,
   fifo_control = 0x2E,
 };
+
+constexpr register_number operator+(register_number number, int count) noexcept {
+  return static_cast<register_number>(static_cast<int>(number) + count);
+}
 
 constexpr uint8_t ODR_100HZ = 0x50;
 constexpr uint8_t low_power_bit = 0x08;
@@ -39,14 +43,14 @@ constexpr uint8_t full_scale_1 = 0x10;
 constexpr uint8_t new_data = 0x08;
 constexpr uint8_t overrun = 0x80;
 
-enum operation_mode : int32_t { low_power = 1, normal = 2 };
+enum class operation_mode { low_power, normal };
 
 constinit int32_t gsensor_fd = 0;
 constinit bool is_started = false; ///< the bus is open and the sensor's address set
 constinit int32_t gsensor_sensitivity = 0;
 
-/// The descriptor for transfers. Without a sensor they fail: descriptor 0 is standard input then, and that of
-/// a failed start has no address.
+/// Descriptor for transfers; -1 without a sensor, since descriptor 0 is standard input then, and that of a
+/// failed start has no address.
 int bus() noexcept {
   return is_started ? gsensor_fd : -1;
 }
@@ -60,20 +64,20 @@ template <size_t Size> bool write_bytes(const std::array<uint8_t, Size> &bytes) 
   return false;
 }
 
-bool set_register(uint8_t number, uint8_t value) noexcept {
-  return write_bytes<2>({number, value});
+bool set_register(register_number number, uint8_t value) noexcept {
+  return write_bytes<2>({static_cast<uint8_t>(number), value});
 }
 
-/// The same, announced first.
-bool set_register_aloud(uint8_t number, uint8_t value) noexcept {
-  std::fprintf(stderr, "write: %02x %02x\n", number, value);
+/// As set_register(), after a line on standard error.
+bool set_register_aloud(register_number number, uint8_t value) noexcept {
+  std::fprintf(stderr, "write: %02x %02x\n", static_cast<unsigned>(number), value);
   return set_register(number, value);
 }
 
-/// The register's value; 0 when it cannot be read.
-uint8_t get_register(uint8_t number) noexcept {
+/// Return the value of a register; 0 if it cannot be read.
+uint8_t get_register(register_number number) noexcept {
   uint8_t value = 0;
-  write_bytes<1>({number});
+  write_bytes<1>({static_cast<uint8_t>(number)});
   if (::read(bus(), &value, 1) != 1)
     std::perror("unable to read I2C bus");
   return value;
@@ -106,10 +110,11 @@ bool gsensor_open() noexcept {
 }
 
 bool clear_registers() noexcept {
-  for (const uint8_t number : {uint8_t{CTRL_REG1}, uint8_t{temperature_config}, uint8_t{fifo_control}})
+  using enum register_number;
+  for (const register_number number : {ctrl_reg1, temperature_config, fifo_control})
     if (!set_register(number, 0))
       return false;
-  for (uint8_t number = ctrl_reg2; number <= ctrl_reg6; ++number)
+  for (register_number number = ctrl_reg2; number <= ctrl_reg6; number = number + 1)
     if (!set_register_aloud(number, 0))
       return false;
   return true;
@@ -117,9 +122,9 @@ bool clear_registers() noexcept {
 
 bool identify_and_clear() noexcept {
   std::fprintf(stderr, "gsensor_hw_init()+\n");
-  const uint8_t id = get_register(identity_register);
+  const uint8_t id = get_register(register_number::identity);
   std::fprintf(stderr, "G-Sensor ID : %02x\n", id);
-  if (id != identity) {
+  if (id != expected_identity) {
     std::fprintf(stderr, "error G-Sensor ID : %02x\n", id);
     return false;
   }
@@ -138,11 +143,11 @@ void gsensor_hw_init() noexcept {
 
 void gsensor_update_odr() noexcept {
   std::fprintf(stderr, "gsensor_update_odr()+\n");
-  const uint8_t current = get_register(CTRL_REG1);
+  const uint8_t current = get_register(register_number::ctrl_reg1);
   const uint8_t next = current | ODR_100HZ;
   std::fprintf(stderr, "odr: CTRL_REG1=0x%02x\n", current);
   std::fprintf(stderr, "odr: ODR_100HZ=0x%02x, CTRL_REG1=0x%02x\n", ODR_100HZ, next);
-  if (set_register(CTRL_REG1, next)) {
+  if (set_register(register_number::ctrl_reg1, next)) {
     std::fprintf(stderr, "gsensor_update_odr()-\n");
   } else {
     std::perror("update ODR write error!");
@@ -153,8 +158,9 @@ void gsensor_update_odr() noexcept {
 void gsensor_update_g_scale() noexcept {
   std::fprintf(stderr, "gsensor_update_g_scale()+\n");
   gsensor_sensitivity = 2;
-  const uint8_t current = get_register(ctrl_reg4);
-  if (!set_register(ctrl_reg4, byte((current & ~full_scale_and_resolution) | full_scale_1 | high_resolution)))
+  const uint8_t current = get_register(register_number::ctrl_reg4);
+  const int next = (current & ~full_scale_and_resolution) | full_scale_1 | high_resolution;
+  if (!set_register(register_number::ctrl_reg4, byte(next)))
     std::perror("update g read error");
   std::fprintf(stderr, "gsensor_update_g_scale()-\n");
 }
@@ -162,45 +168,38 @@ void gsensor_update_g_scale() noexcept {
 // ------------------------------------------------------------------------------------------------ modes
 
 void enter_low_power() noexcept {
-  const uint8_t current = get_register(CTRL_REG1);
-  get_register(ctrl_reg4); // read as ever, and not used
+  const uint8_t current = get_register(register_number::ctrl_reg1);
+  get_register(register_number::ctrl_reg4); // Intentional: read and not used
   const uint8_t next = current | low_power_bit | axis_enables;
-  if (!set_register_aloud(CTRL_REG1, next))
+  if (!set_register_aloud(register_number::ctrl_reg1, next))
     std::perror("low power mode write error");
-  if (!set_register_aloud(ctrl_reg4, byte((next | block_data_update) & ~high_resolution)))
+  if (!set_register_aloud(register_number::ctrl_reg4, byte((next | block_data_update) & ~high_resolution)))
     std::perror("low power mode write error");
 }
 
 void enter_normal() noexcept {
   std::fprintf(stderr, "opmode : Normal\n");
-  const uint8_t current = get_register(CTRL_REG1);
-  const uint8_t scale = get_register(ctrl_reg4);
+  const uint8_t current = get_register(register_number::ctrl_reg1);
+  const uint8_t scale = get_register(register_number::ctrl_reg4);
   // Intentional: the low-power bit is toggled, not cleared.
-  if (!set_register_aloud(CTRL_REG1, byte((current | axis_enables) ^ low_power_bit)))
+  if (!set_register_aloud(register_number::ctrl_reg1, byte((current | axis_enables) ^ low_power_bit)))
     std::perror("normal mode write error!");
-  if (!set_register_aloud(ctrl_reg4, scale | block_data_update | high_resolution))
+  if (!set_register_aloud(register_number::ctrl_reg4, scale | block_data_update | high_resolution))
     std::perror("normal mode write error!");
 }
 
-void gsensor_operation_mode(int32_t mode) noexcept {
+void gsensor_operation_mode(operation_mode mode) noexcept {
   std::fprintf(stderr, "gsensor_operation_mode()+\n");
-  switch (mode) {
-  case low_power:
+  if (mode == operation_mode::low_power)
     enter_low_power();
-    break;
-  case normal:
+  else
     enter_normal();
-    break;
-  default:
-    set_register(CTRL_REG1, 0);
-    break;
-  }
   std::fprintf(stderr, "gsensor_operation_mode()-\n");
 }
 
-/// One axis: 12 bits, left-justified in two registers, scaled.
-int32_t read_axis(uint8_t number) noexcept {
-  const uint8_t low = get_register(number), high = get_register(byte(number + 1));
+/// Read one axis: 12 bits, left-justified in two registers, scaled.
+int32_t read_axis(register_number number) noexcept {
+  const uint8_t low = get_register(number), high = get_register(number + 1);
   const auto raw = static_cast<int16_t>(high << 8 | low);
   return static_cast<int16_t>((raw >> 4) * gsensor_sensitivity);
 }
@@ -217,26 +216,26 @@ int32_t gsensor_init() noexcept {
     return -1;
   gsensor_hw_init();
   gsensor_update_odr();
-  gsensor_operation_mode(normal);
+  gsensor_operation_mode(operation_mode::normal);
   gsensor_update_g_scale();
   return 0;
 }
 
 int32_t gsensor_check_data_ready() noexcept {
   // Intentional: waits only while an overrun is reported without new data.
-  while ((get_register(status_register) & (new_data | overrun)) == overrun) {
+  while ((get_register(register_number::status) & (new_data | overrun)) == overrun) {
   }
   return 0;
 }
 
 void gsensor_get_data(int32_t *x, int32_t *y, int32_t *z) noexcept {
-  *x = read_axis(first_axis);
-  *y = read_axis(first_axis + 2);
-  *z = read_axis(first_axis + 4);
+  *x = read_axis(register_number::first_axis);
+  *y = read_axis(register_number::first_axis + 2);
+  *z = read_axis(register_number::first_axis + 4);
 }
 
 int32_t gsensor_exit() noexcept {
-  gsensor_operation_mode(low_power);
+  gsensor_operation_mode(operation_mode::low_power);
   return gsensor_fd == 0 ? 0 : ::close(gsensor_fd);
 }
 

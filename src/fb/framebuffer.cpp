@@ -1,4 +1,4 @@
-// The frame buffer device: opening, mapping, panel control and the record of the screen.
+// Frame buffer device: opening, mapping, panel control and the screen information.
 
 #include "fb/colour_table.hpp"
 #include "fb/surface.hpp"
@@ -28,7 +28,7 @@ namespace {
 
 constexpr const char *device_path = "/dev/fb0";
 
-/// What the device said at start-up, kept for panning.
+/// What the device reported in fb_init(), kept for panning.
 struct {
   fb_fix_screeninfo fixed;
   fb_var_screeninfo variable;
@@ -60,7 +60,7 @@ void fill_record(const fb_fix_screeninfo &fixed, const fb_var_screeninfo &variab
 
 void open_screen() noexcept {
   fbfd = ::open(device_path, O_RDWR);
-  // Only 0 is tested: a failed open shows in the next request.
+  // Intentional: only descriptor 0 is rejected; a failed open() makes the next ioctl() fail.
   if (fbfd == 0)
     die("error cannot open framebuffer device.\n");
   if (::ioctl(fbfd, FBIOGET_FSCREENINFO, &device.fixed) != 0)

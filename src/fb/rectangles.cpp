@@ -16,15 +16,15 @@ void fill_clipped(const surface &on, range columns, range rows, uint16_t colour)
   fill(on, clipped(columns, on.width), clipped(rows, on.height), colour);
 }
 
-/// Side edges: columns right of x = xres are dropped, and x == xres lands in column 0 of the next line;
-/// columns left of 0 land at the end of the line before, rows above 0 before the screen. All of it kept on
-/// purpose.
+/// Draw the side edges. Intentional: a side at x == xres is drawn in column 0 of the next line, one
+/// further right is dropped; columns left of 0 are drawn at the end of the previous line, rows above 0
+/// before the screen.
 void fill_side(const surface &on, range columns, range rows, uint16_t colour) noexcept {
   fill(on, {columns.first, std::min(columns.last, on.width)}, clipped_end(rows, on.height), colour);
 }
 
-/// An outline that lies on the screen: the top and bottom edges as two rows far apart, both sides in one walk
-/// down the screen.
+/// Draw an outline that fits on the screen: the top and bottom edges as two rows far apart, and both sides
+/// in one pass.
 void outline_inside(const surface &on, range columns, range rows, uint16_t colour) noexcept {
   pixel *at = on.at(columns.first, rows.first);
   const ptrdiff_t across = (ptrdiff_t{columns.last} - columns.first) * 2;
@@ -46,18 +46,19 @@ void outline(const surface &on, range columns, range rows, uint16_t colour) noex
   fill_side(on, {columns.last, columns.last}, rows, colour);
 }
 
-/// Bands of `t` pixels along the inside of each edge, 1 <= t <= width - 1, height - 1.
+/// Draw bands of `t` pixels along the inside of each edge; 1 <= t, and t is less than the width
+/// and the height.
 void thick_outline(const surface &on, range columns, range rows, int32_t t, uint16_t colour) noexcept {
   fill_clipped(on, columns, {rows.first, rows.first + (t - 1)}, colour);
   fill_clipped(on, columns, {rows.last - (t - 1), rows.last}, colour);
-  // On the screen the bands above have painted the corners already.
+  // On the screen, the bands above include the corners.
   const bool inside = columns.within(on.width) && rows.within(on.height);
   const range sides = inside ? range{rows.first + t, rows.last - t} : rows;
   fill_side(on, {columns.first, columns.first + (t - 1)}, sides, colour);
   fill_side(on, {columns.last - (t - 1), columns.last}, sides, colour);
 }
 
-/// The distance of two numbers, which may not fit their own type.
+/// Return the distance of two numbers, which may exceed their type.
 constexpr uint32_t distance(int32_t a, int32_t b) noexcept {
   return a < b ? static_cast<uint32_t>(b) - static_cast<uint32_t>(a)
                : static_cast<uint32_t>(a) - static_cast<uint32_t>(b);

@@ -1,5 +1,5 @@
-// The serial console: messages wait in a ring and a thread of its own sends them, so that nobody waits for
-// the port.
+// Serial console: messages are queued in a ring buffer, which a thread sends, so that callers do not wait
+// for the port.
 
 #include "base/mutex_lock.hpp"
 #include "dravik.h"
@@ -34,7 +34,7 @@ constexpr const char *port_path = "/dev/ttyS0";
 constexpr useconds_t pause_us = 1000;
 constexpr size_t ring_size = DRAVIK_CONSOLE_RING_SIZE;
 
-// Initialised before any thread runs, so that several may print for the first time at once.
+// Initialised before any thread runs, so that several threads may print for the first time.
 constinit pthread_mutex_t console_mutex = PTHREAD_MUTEX_INITIALIZER;
 constinit pthread_t writer = {};
 constinit bool has_writer = false;
@@ -45,22 +45,22 @@ std::atomic_ref<int32_t> stop_flag() noexcept {
 
 // ------------------------------------------------------------------------------------------------ the ring
 
-/// A position in the ring as an index; the end counts as the start.
+/// Return a position in the ring buffer as an index; the end is the same as the start.
 size_t index_of(const char *position) noexcept {
   return static_cast<size_t>(position - ring_buf) % ring_size;
 }
 
-/// One byte is free.
+/// Intentional: the ring buffer counts as full only while exactly one byte is free.
 bool is_full() noexcept {
   return (index_of(ptr_rb_tail) + 1) % ring_size == index_of(ptr_rb_head);
 }
 
-/// Store a message. Intentional: it overwrites unsent text; only a full ring rejects it.
+/// Store a message. Intentional: it overwrites unsent text; only a full ring buffer rejects it.
 void store(const char *text, size_t length) noexcept {
   const size_t room = static_cast<size_t>(std::end(ring_buf) - ptr_rb_tail);
   if (room >= length) {
     std::memcpy(ptr_rb_tail, text, length);
-    ptr_rb_tail += length; // may come to stand on the end
+    ptr_rb_tail += length; // may end up one past the end
     return;
   }
   std::memcpy(ptr_rb_tail, text, room);
@@ -68,7 +68,7 @@ void store(const char *text, size_t length) noexcept {
   ptr_rb_tail = ring_buf + (length - room);
 }
 
-/// Sends all that waits in one write; what the port does not take is lost.
+/// Send all queued text in one write; what the port does not accept is lost.
 void send_waiting() noexcept {
   const mutex_lock holding{console_mutex};
   const char *const head = ptr_rb_head;
@@ -123,9 +123,9 @@ void start_writer() noexcept {
   has_writer = error == 0;
 }
 
-/// Formats a message and queues it. The exported buffer keeps as much of it as fits.
+/// Format and queue a message, and copy what fits to ::console_msg.
 DRAVIK_PRINTF(1, 0) void print(const char *format, va_list arguments) noexcept {
-  std::array<char, ring_size> text; // a message longer than the ring keeps its start
+  std::array<char, ring_size> text; // a message longer than the ring buffer is truncated
   const int length = std::vsnprintf(text.data(), text.size(), format, arguments);
   if (length < 0)
     return;
@@ -145,7 +145,7 @@ DRAVIK_PRINTF(1, 0) void print(const char *format, va_list arguments) noexcept {
   store(text.data(), kept);
 }
 
-/// Standard input without line editing and echo, as long as this lives.
+/// Disables line editing and echo of standard input during its lifetime.
 class single_keys {
 public:
   single_keys() noexcept : is_terminal_(::tcgetattr(STDIN_FILENO, &saved_) == 0) {

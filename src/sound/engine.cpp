@@ -1,4 +1,4 @@
-// The sound engine: a ring of requests, and a real-time thread that plays them one after the other.
+// Sound engine: a queue of requests, and a real-time thread that plays them one at a time.
 
 #include "sound/engine.hpp"
 #include "base/mutex_lock.hpp"
@@ -25,26 +25,26 @@ constexpr useconds_t pause_us = 150000; ///< after every wake-up
 constexpr uint32_t slots = DRAVIK_SOUND_QUEUE;
 constexpr size_t path_size = DRAVIK_SOUND_PATH_MAX + 1;
 
-// Plain words that several threads read and write without the mutex: always by word().
-constinit uint32_t snd_thread_state = 0; ///< 1 from taking the mutex to releasing it
-constinit uint32_t snd_stop_flag = 0;    ///< ends the sound in progress at its next chunk
+// Plain words that several threads access without the mutex: use word().
+constinit uint32_t snd_thread_state = 0; ///< 1 from locking the mutex to unlocking it
+constinit uint32_t snd_stop_flag = 0;    ///< stops the current playback at its next chunk
 constinit uint32_t snd_running = 0;
 constinit uint32_t snd_takes_requests = 0; ///< from a complete snd_init() to snd_exit()
 
-// Held by the thread for as long as it plays, so that callers wait for the sound in progress. It lives as
-// long as the library: other threads may be waiting for it while the engine starts or ends.
+// Held by the thread while it plays, so that callers wait for the current playback. Never destroyed: other
+// threads may wait for it while the engine starts or stops.
 constinit pthread_mutex_t snd_mutex = PTHREAD_MUTEX_INITIALIZER;
-sem_t snd_sem; ///< a post a request, and one to end
+sem_t snd_sem; ///< one post per request, and one to stop
 constinit pthread_t snd_thread = {};
 
 // The ring buffer, guarded by the mutex. Intentional: it does not detect overflow. After four requests the
 // indices are equal again, as if there were none, and a fifth replaces the first.
 constinit uint32_t snd_req_write = 0; ///< the next free slot
 constinit uint32_t snd_req_read = 0;  ///< the next slot to play
-constinit std::array<uint8_t, slots> snd_req_type = {};
+constinit std::array<sound_format, slots> snd_req_type = {};
 constinit std::array<std::array<char, path_size>, slots> snd_req_path = {};
 
-constinit uint32_t snd_decoded_samples = 0; ///< of the request in progress, for the debugger
+constinit uint32_t snd_decoded_samples = 0; ///< of the current request, for the debugger
 
 std::atomic_ref<uint32_t> word(uint32_t &flag) noexcept {
   return std::atomic_ref{flag};
@@ -58,26 +58,26 @@ uint32_t next_slot(uint32_t slot) noexcept {
   return (slot + 1) % slots;
 }
 
-/// The kind of a file by its name, wherever in it the ending stands.
-uint8_t kind_of(std::string_view path) noexcept {
+/// Return the format of a file by its path: the extension may be anywhere in it.
+sound_format format_of(std::string_view path) noexcept {
   const auto has = [path](std::string_view ending) { return path.find(ending) != std::string_view::npos; };
   if (has(".mp3"))
-    return mp3;
+    return sound_format::mp3;
   if (has(".pcm"))
-    return raw_pcm;
-  return has(".wav") ? wav : raw_pcm;
+    return sound_format::raw_pcm;
+  return has(".wav") ? sound_format::wav : sound_format::raw_pcm;
 }
 
 void play(uint32_t slot) noexcept {
   const char *const path = snd_req_path[slot].data();
-  if (snd_req_type[slot] == mp3)
+  if (snd_req_type[slot] == sound_format::mp3)
     mp3_playback(path);
   else
     play_wave(path, snd_req_type[slot]);
 }
 
-/// Plays the next request. A wake-up that finds none moves the read index one past the write index: kept on
-/// purpose.
+/// Play the next request. Intentional: a wake-up without a request moves the read index to one past
+/// the write index.
 void serve_request() noexcept {
   const mutex_lock holding{snd_mutex};
   word(snd_thread_state).store(1, std::memory_order_relaxed);
@@ -92,7 +92,7 @@ void serve_request() noexcept {
   word(snd_thread_state).store(0, std::memory_order_relaxed);
 }
 
-/// A signal's handler is no request.
+/// Wait for a post; repeat after a signal.
 void wait_for_post() noexcept {
   while (::sem_wait(&snd_sem) != 0 && errno == EINTR) {
   }
@@ -106,7 +106,7 @@ extern "C" void *play_snd_thread(void *) noexcept {
   return nullptr;
 }
 
-/// Asks for the priority, and believes only what is read back.
+/// Request the priority. Return whether it is in force.
 bool set_real_time(pthread_t thread) noexcept {
   sched_param parameters = {};
   parameters.sched_priority = priority;
@@ -142,13 +142,13 @@ int32_t start() noexcept {
   return -1;
 }
 
-/// Release stopped players; queue the file if there is an engine. False without one.
+/// Release stopped players, and queue the file if the engine runs. Return whether it does.
 bool queue(const char *path, size_t length) noexcept {
   const mutex_lock holding{snd_mutex};
   word(snd_stop_flag).store(0, std::memory_order_relaxed);
   if (!takes_requests())
     return false;
-  snd_req_type[snd_req_write] = kind_of({path, length});
+  snd_req_type[snd_req_write] = format_of({path, length});
   std::copy_n(path, length + 1, snd_req_path[snd_req_write].data());
   snd_req_write = next_slot(snd_req_write);
   return true;

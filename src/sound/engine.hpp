@@ -1,14 +1,14 @@
-// What the players share with the engine whose thread they run on.
+// Shared state of the engine and the players on its thread.
 #pragma once
 
 #include <cstdint>
 
 namespace dravik::sound {
 
-/// Whether the sound in progress is asked to end; any thread may ask at any time.
+/// Return whether the current playback is to stop. May be called from any thread.
 bool is_stop_requested() noexcept;
 
-/// Counts what the MP3 player has decoded of the request in progress, in samples of one channel.
+/// Add to the count of decoded samples of the current request, per channel.
 void add_decoded_samples(uint32_t count) noexcept;
 
 } // namespace dravik::sound

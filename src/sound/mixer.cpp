@@ -1,4 +1,4 @@
-// Volume, by the mixer utility of ALSA. The control numbers are those of the board's codec.
+// Volume, through ALSA's command "amixer". Control numbers are those of the board's codec.
 
 #include "dravik.h"
 
@@ -9,7 +9,7 @@
 namespace dravik::sound {
 namespace {
 
-/// The codec's raw volume for a step of the volume in percent.
+/// Return the codec's volume for a volume step in percent.
 constexpr int raw_volume(uint32_t percent) noexcept {
   switch (percent) {
   case DRAVIK_VOLUME_LOWEST:

@@ -1,4 +1,4 @@
-// MP3 files: read whole, decoded by libmad, their first channel played.
+// MP3 files: read as a whole, decoded by libmad, first channel played.
 
 #include "base/heap_block.hpp"
 #include "base/unique_fd.hpp"
@@ -22,17 +22,17 @@ namespace {
 static_assert(std::endian::native == std::endian::little,
               "samples are handed to the device as they lie in memory");
 
-/// The whole file, handed to the decoder once.
+/// The whole file, passed to the decoder once.
 struct mp3_buffer {
   const uint8_t *start;
   uint32_t length;
 };
 
-// One frame of one channel has at most this many samples.
+// Maximum number of samples per frame and channel.
 using mono_frame = std::array<int16_t, 1152>;
 
-/// Rounds to 16 bits and clips to the range from -1.0 to just under 1.0. The clipping comes first, with the
-/// rounding's addend taken off its limits, so that nothing overflows.
+/// Round to 16 bits and clip to the range from -1.0 to just below 1.0. Clipping comes first, with limits
+/// reduced by the rounding's addend, so that the sum cannot overflow.
 int16_t to_16_bits(mad_fixed_t sample) noexcept {
   constexpr int dropped_bits = MAD_F_FRACBITS - 15;
   constexpr mad_fixed_t half = mad_fixed_t{1} << (dropped_bits - 1);
@@ -76,7 +76,7 @@ void decode(mp3_buffer file) noexcept {
   mad_decoder_finish(&decoder);
 }
 
-/// Reads in one go; what the file does not give is silence, not what the memory held before.
+/// Read in one call. Bytes that the file does not return are zeroed, not left uninitialised.
 void read_whole(int descriptor, uint8_t *block, uint32_t size) noexcept {
   const ssize_t got = ::read(descriptor, block, size);
   const size_t filled = got > 0 ? static_cast<size_t>(got) : 0;
@@ -103,7 +103,7 @@ int32_t play_mp3(const char *path) noexcept {
   }
   read_whole(file.get(), block.get(), size);
 
-  snd_file_type = mp3;
+  snd_file_type = sound_format::mp3;
   if (set_snd_param(size) != 0) {
     log_printf("set_mp3_param failed:");
     static_cast<void>(block.release()); // Intentional: block, file and device are kept

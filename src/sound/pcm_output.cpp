@@ -1,4 +1,4 @@
-// PCM output: the "default" ALSA device, set up for each sound, and frames written to it.
+// PCM output: the ALSA device "default", configured for each playback.
 
 #include "sound/pcm_output.hpp"
 #include "dravik.h"
@@ -17,24 +17,24 @@ constinit uint32_t bits_per_frame = 0;
 
 namespace dravik::sound {
 
-constinit uint32_t snd_file_type = raw_pcm;
+constinit sound_format snd_file_type = sound_format::raw_pcm;
 
 namespace {
 
 constexpr int wait_ms = 1000;
 constexpr useconds_t retry_pause_us = 10000;
 
-/// Times in microseconds, 32 bits wide: those of long sounds wrap, and the device bounds them.
+/// Times in microseconds. They wrap at 32 bits for large files; the device limits them.
 struct buffer_times {
   uint32_t buffer;
   uint32_t period;
 };
 
 bool is_mp3() noexcept {
-  return snd_file_type == mp3;
+  return snd_file_type == sound_format::mp3;
 }
 
-/// Takes a step's result; tells its failure.
+/// Return whether a step succeeded; print its message if not.
 bool worked(int result, const char *message) noexcept {
   if (result < 0)
     std::fputs(message, stderr);
@@ -54,7 +54,7 @@ bool set_format(snd_pcm_hw_params_t *hw) noexcept {
                 "snd_pcm_hw_params_set_rate_near error!\n");
 }
 
-/// The time that an MP3 file of this size may take, at most.
+/// Return buffer times for an MP3 file of this size in bytes.
 buffer_times times_of_mp3(uint32_t size) noexcept {
   const uint32_t time = static_cast<int32_t>(size) > 9999 ? 13 * size - 52 : 10 * size - 40;
   const uint32_t buffer = 2 * time;
@@ -66,7 +66,8 @@ buffer_times times_of_wave(uint32_t size) noexcept {
   return buffer == 0 ? buffer_times{500000, 125000} : buffer_times{buffer, buffer >> 2};
 }
 
-/// Intentional: the longest buffer time is requested and discarded; "near" bounds the buffer of a long sound.
+/// Intentional: the maximum buffer time is requested but not used; set_times() limits the buffer of
+/// a long sound.
 bool choose_times(const snd_pcm_hw_params_t *hw, uint32_t size, buffer_times &times) noexcept {
   if (is_mp3()) {
     times = times_of_mp3(size);
@@ -88,7 +89,7 @@ bool set_times(snd_pcm_hw_params_t *hw, buffer_times &times) noexcept {
          worked(snd_pcm_hw_params(pcm, hw), "snd_pcm_hw_params error!\n");
 }
 
-/// MP3 starts when the buffer holds all the whole periods that fit; the others with their first frame.
+/// Return when to start: MP3 when all whole periods in the buffer are filled, others with the first frame.
 snd_pcm_uframes_t start_threshold(snd_pcm_uframes_t period, snd_pcm_uframes_t buffer) noexcept {
   return is_mp3() && period > 0 ? period * (buffer / period) : 0;
 }
@@ -169,8 +170,8 @@ int32_t recover_draining(int32_t capture) noexcept {
   return -1;
 }
 
-/// After a failed recovery: pause, since the thread has real-time priority. Return false if playback is to
-/// stop.
+/// After a failed recovery, pause, since the thread has real-time priority. Return false if a
+/// stop is requested.
 bool may_retry() noexcept {
   if (is_stop_requested())
     return false;
@@ -178,7 +179,7 @@ bool may_retry() noexcept {
   return true;
 }
 
-/// Recover from a write that did not take all frames. Return false if the write is to end.
+/// Recover from a write that did not accept all frames. Return false if the playback is to end.
 bool recover(snd_pcm_sframes_t result) noexcept {
   if (result == -EPIPE) {
     log_printf("pcm_write: -EPIPE!!");

@@ -1,12 +1,11 @@
-// WAV and raw PCM: 16-bit mono samples at the device's rate, sent to both of its channels. A WAV header is
-// not read, only passed over.
+// WAV and raw PCM files: 16-bit mono samples at the device's rate, sent to both channels. A WAV header is
+// skipped, not parsed.
 
 #include "sound/wave_player.hpp"
 #include "base/heap_block.hpp"
 #include "base/unique_fd.hpp"
 #include "dravik.h"
 #include "sound/engine.hpp"
-#include "sound/pcm_output.hpp"
 #include "sound/widen.hpp"
 
 #include <fcntl.h>
@@ -18,15 +17,15 @@ namespace {
 
 constexpr uint32_t wav_header_bytes = 44;
 
-/// An open file and the two blocks that its samples go through, with the device until the end.
+/// An open file, and the two blocks that its samples pass through.
 class wave_stream {
 public:
-  /// The block sizes are those of one period of stereo output and leave room for it to become two.
+  /// A block holds two periods: each period of mono samples read becomes two of stereo.
   explicit wave_stream(uint32_t period_frames) noexcept
       : frame_bits_(bits_per_frame), read_bytes_(frame_bits_ * period_frames / 8),
         mono_(allocate_block(size_t{2} * read_bytes_)), stereo_(allocate_block(size_t{2} * read_bytes_)) {}
 
-  /// Whether there is memory for both blocks. Intentional: if one is missing, the other one is kept.
+  /// Return whether both blocks were allocated. Intentional: if one is missing, the other one is not freed.
   bool has_room() noexcept {
     if (mono_ != nullptr && stereo_ != nullptr)
       return true;
@@ -42,10 +41,10 @@ public:
 
   void skip(uint32_t bytes) noexcept { ::lseek(file_.get(), bytes, SEEK_SET); }
 
-  /// The number of bytes, 0 at the end of the file, negative on failure.
+  /// Return the number of bytes read, 0 at the end of the file, negative on failure.
   ssize_t read() noexcept { return ::read(file_.get(), mono_.get(), read_bytes_); }
 
-  /// Plays what was read; of an odd number of bytes the last one is lost.
+  /// Play the bytes read; an odd last byte is dropped.
   void play(size_t bytes) noexcept {
     widen(mono_.get(), bytes / 2, stereo_.get());
     pcm_write(static_cast<uint32_t>(bytes * 16 / frame_bits_), stereo_.get());
@@ -70,7 +69,7 @@ private:
   unique_fd file_;
 };
 
-/// Plays to the end of the file or until asked to stop, which is looked at after each read.
+/// Play until the end of the file or a stop request.
 int32_t play_all(wave_stream &stream) noexcept {
   if (is_stop_requested())
     return 1;
@@ -105,20 +104,20 @@ int32_t decode(const char *path, uint32_t period_frames, uint32_t header_bytes) 
   return result;
 }
 
-constexpr uint32_t header_bytes_of(uint32_t type) noexcept {
-  return type == wav ? wav_header_bytes : 0;
+constexpr uint32_t header_bytes_of(sound_format format) noexcept {
+  return format == sound_format::wav ? wav_header_bytes : 0;
 }
 
 } // namespace
 
-int32_t play_wave(const char *path, uint32_t type) noexcept {
+int32_t play_wave(const char *path, sound_format format) noexcept {
   struct stat status;
   if (::stat(path, &status) != 0) {
     log_printf("stat failed: %s", path);
     return -1;
   }
-  const uint32_t header_bytes = header_bytes_of(type);
-  snd_file_type = type;
+  const uint32_t header_bytes = header_bytes_of(format);
+  snd_file_type = format;
   const int32_t period_frames = set_snd_param(static_cast<uint32_t>(status.st_size) - header_bytes);
   if (period_frames == -1) {
     close_playback();
@@ -135,11 +134,11 @@ extern "C" {
 using namespace dravik::sound;
 
 int32_t wav_playback(const char *file) noexcept {
-  return play_wave(file, wav);
+  return play_wave(file, sound_format::wav);
 }
 
 int32_t pcm_playback(const char *file) noexcept {
-  return play_wave(file, raw_pcm);
+  return play_wave(file, sound_format::raw_pcm);
 }
 
 int32_t wav_decode(const char *path, uint32_t period_frames) noexcept {

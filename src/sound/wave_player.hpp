@@ -1,12 +1,13 @@
-// WAV and raw PCM files, from their set-up to their end.
+// WAV and raw PCM files: configuring the device, decoding and closing.
 #pragma once
+
+#include "sound/pcm_output.hpp"
 
 #include <cstdint>
 
 namespace dravik::sound {
 
-/// Plays a file of kind `wav` or `raw_pcm`. Gives 1 when it was decoded, 0 without a device, -1 when there is
-/// no such file.
-int32_t play_wave(const char *path, uint32_t type) noexcept;
+/// Play a WAV or raw PCM file. Return 1 if it was decoded, 0 without a device, -1 if it does not exist.
+int32_t play_wave(const char *path, sound_format format) noexcept;
 
 } // namespace dravik::sound

@@ -7,8 +7,8 @@
 
 namespace dravik::sound {
 
-/// Sends each 16-bit sample to both channels: 2 * `samples` bytes become 4 * `samples`. The blocks are apart.
-/// Two stores, since compilers make one interleaving of vectors of them; a product they do not see through.
+/// Copy each 16-bit sample to both channels: 2 * `samples` bytes become 4 * `samples`. The blocks must not
+/// overlap. Two stores: compilers make one interleaved vector store of them, but not of a product.
 inline void widen(const uint8_t *__restrict mono, size_t samples, uint8_t *__restrict stereo) noexcept {
   for (size_t i = 0; i < samples; ++i) {
     uint16_t sample;

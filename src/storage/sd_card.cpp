@@ -1,4 +1,4 @@
-// The SD card: what the system says of it, and the repairs.
+// SD card: checks, sizes and repairs.
 
 #include "base/unique_fd.hpp"
 #include "base/unique_file.hpp"
@@ -32,7 +32,7 @@ constexpr const char *write_boot_record_command = "/bin/dd if=/tmp/mbr.img of=/d
 constexpr const char *format_command = "/sbin/mkfs.vfat /dev/mmcblk0p1";
 constexpr const char *reboot_command = "/sbin/reboot";
 
-constexpr int line_limit = 255; ///< of the system's lists, with the end
+constexpr int line_limit = 255; ///< of the system's lists, with its NUL
 
 constinit uint8_t sd_status = 0;
 
@@ -68,8 +68,7 @@ constexpr boot_record boot_record_of(uint32_t sectors) noexcept {
   return record;
 }
 
-/// Whether the card's first partition is not of the one type that counts. A card that cannot be opened is
-/// believed.
+/// Return whether the type of partition 1 is not 0x0B. Intentional: a card that cannot be opened passes.
 bool has_other_type() noexcept {
   const unique_fd card{::open(card_device, O_RDONLY)};
   if (!card)
@@ -81,7 +80,7 @@ bool has_other_type() noexcept {
 
 // ------------------------------------------------------------------------------------------------ checks
 
-/// Gives every line of one of the system's lists to `look`.
+/// Call `look` with every line of a list of the system.
 template <class Look> void each_line(const char *path, Look look) noexcept {
   const unique_file file = open_file(path, "r");
   if (file == nullptr) {
@@ -145,7 +144,7 @@ uint32_t read_sectors() noexcept {
   return static_cast<uint32_t>(std::strtol(line.data(), nullptr, 10));
 }
 
-/// MiB in a number of blocks, in 32-bit arithmetic to the bit.
+/// Return the MiB of a number of blocks. Intentional: in 32-bit arithmetic, which may wrap.
 template <class Blocks> int32_t mebibytes(Blocks blocks, long block_size) noexcept {
   const auto quarter_kibibytes = static_cast<uint32_t>(static_cast<int32_t>(block_size) >> 8);
   return static_cast<int32_t>(static_cast<uint32_t>(blocks) * quarter_kibibytes) >> 12;

@@ -1,4 +1,4 @@
-// Text in bitmap fonts, straight to the screen.
+// Text in bitmap fonts, drawn directly to the screen.
 
 #include "fb/bit_row.hpp"
 
@@ -13,9 +13,9 @@ namespace {
 using fb::pixel;
 using fb::position;
 
-constexpr uint32_t widest_cell = 16; ///< columns drawn of a glyph, however wide it is
+constexpr uint32_t widest_cell = 16; ///< maximum columns drawn per glyph
 
-/// The bytes of one glyph that are drawn; empty when the font does not have it.
+/// Return the bytes of a glyph that are drawn; empty if the font does not contain it.
 std::span<const uint8_t> glyph_rows(const psf_font &font, uint32_t code) noexcept {
   if (font.ptr == nullptr || font.height <= 0 || font.width <= 0 || font.charsize < 0)
     return {};
@@ -53,7 +53,7 @@ void put_rows(std::span<const uint8_t> rows, pixel *at, ptrdiff_t pitch, uint32_
   });
 }
 
-/// A font and its colours, ready to draw cells.
+/// A font and its colours, prepared for drawing character cells.
 class cell_writer {
 public:
   cell_writer(const fb::surface &on, const psf_font &font, uint32_t fg, uint32_t bg) noexcept
@@ -77,7 +77,7 @@ public:
 private:
   uint32_t drawn_width() const noexcept { return std::min(cell_width(), widest_cell); }
 
-  /// Draws the pixels that are in frame buffer memory, of glyphs that are larger than the screen.
+  /// Draw a glyph that is larger than the screen: only its pixels in frame buffer memory.
   [[gnu::noinline]] void put_cut(std::span<const uint8_t> rows, position from) const noexcept {
     const fb::memory_bounds memory = fb::memory_of(on_);
     const size_t row_bytes = cell_width() <= 8 ? 1 : 2;
@@ -104,7 +104,7 @@ const psf_font *find_font(int32_t slot) noexcept {
   return static_cast<uint32_t>(slot) < std::size(psf) ? &psf[slot] : nullptr;
 }
 
-/// Where the next cell goes.
+/// Position of the next character cell.
 class cursor {
 public:
   cursor(const cell_writer &writer, position start) noexcept : writer_(writer), start_(start) {}
@@ -120,7 +120,7 @@ public:
     if (letter != 'n' && letter != 'r')
       return;
     if (letter == 'n')
-      ++row_; // one pixel row, not a line of text
+      ++row_; // Intentional: one pixel row, not a line of text
     column_ = 0;
   }
 
@@ -132,7 +132,7 @@ private:
 
 using conversion_text = std::array<char, 20>;
 
-/// Formats the next argument. An unsupported letter consumes none and leaves the text unchanged.
+/// Format the next argument. Intentional: an unsupported letter consumes none and leaves the text unchanged.
 void convert(char letter, conversion_text &text, va_list *arguments) noexcept {
   switch (letter) {
   case 'd':
@@ -169,7 +169,7 @@ void print(cursor at, const char *format, va_list *arguments) noexcept {
     } else {
       at.escape(*next);
     }
-    if (*next == '\0') // the end of the format is an unsupported letter too
+    if (*next == '\0') // the end of the format is treated as an unsupported letter
       return;
   }
 }

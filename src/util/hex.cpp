@@ -9,7 +9,7 @@ namespace {
 
 constexpr uint8_t no_digit = 0xFF;
 
-/// What each character stands for.
+/// Value of each character.
 constexpr std::array<uint8_t, 256> digits = [] {
   std::array<uint8_t, 256> made;
   made.fill(no_digit);
@@ -31,7 +31,7 @@ uint32_t atohex(const char *text) noexcept {
   uint32_t value = 0;
   uint32_t digit = 0;
   for (; *text != '\0'; ++text) {
-    // Any other character counts as a place too, and repeats the digit before it.
+    // Intentional: any other character is treated as a digit equal to the one before it.
     const uint8_t next = digits[static_cast<uint8_t>(*text)];
     digit = next != no_digit ? next : digit;
     value = (value << 4) + digit;

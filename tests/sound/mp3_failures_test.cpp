@@ -1,4 +1,4 @@
-// MP3 files that cannot be played, and what stays open then, on purpose.
+// MP3 files that cannot be played, and the resources that are kept then.
 
 #include "sound/mp3_stage.hpp"
 #include "support/allocated_bytes.hpp"

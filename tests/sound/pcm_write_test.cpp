@@ -22,6 +22,7 @@ static std::function<void()> on_pause;
 namespace {
 
 using sound::pcm_write;
+using sound::sound_format;
 using sound::xrun_recovery;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -36,7 +37,7 @@ protected:
     snd_pcm_open(&h_snd_playback, "", SND_PCM_STREAM_PLAYBACK, 0);
     alsa.calls.clear();
     bits_per_frame = 32;
-    sound::snd_file_type = sound::wav;
+    sound::snd_file_type = sound_format::wav;
   }
 
   int32_t write(uint32_t frames) const { return pcm_write(frames, data_.data()); }
@@ -84,16 +85,16 @@ TEST_F(PcmWrite, ShortWritesGoOnAfterWaiting) {
 }
 
 TEST_F(PcmWrite, Mp3AdvancesTwoBytesAFrame) {
-  sound::snd_file_type = sound::mp3;
+  sound::snd_file_type = sound_format::mp3;
   alsa.write_results = {3, 1};
   EXPECT_EQ(write(10), 10);
   EXPECT_THAT(positions(), ElementsAre(0, 6, 8));
 }
 
 TEST_F(PcmWrite, WavesAdvanceByTheBitsOfAFrame) {
-  for (const uint32_t type : {sound::raw_pcm, sound::wav}) {
+  for (const sound_format format : {sound_format::raw_pcm, sound_format::wav}) {
     alsa.writes.clear();
-    sound::snd_file_type = type;
+    sound::snd_file_type = format;
     bits_per_frame = 12; // 36 bits make 4 bytes, 1 frame makes 1
     alsa.write_results = {3, 1};
     EXPECT_EQ(write(10), 10);
