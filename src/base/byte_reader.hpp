@@ -1,4 +1,4 @@
-// Little-endian numbers from bytes that nobody vouches for.
+// Bounds-checked little-endian reads of untrusted bytes.
 #pragma once
 
 #include <cstdint>
@@ -6,8 +6,7 @@
 
 namespace dravik {
 
-/// Reads from a block at a moving position. A read that leaves the block gives 0 and spoils the reader for
-/// good.
+/// Reads from a block at a moving position. A read beyond the block returns 0, and so does every later one.
 class byte_reader {
 public:
   constexpr explicit byte_reader(std::span<const uint8_t> bytes) noexcept : bytes_(bytes) {}

@@ -1,4 +1,4 @@
-// A block from malloc() with one owner.
+// RAII owner of a block from malloc().
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@ struct free_block {
 
 using heap_block = std::unique_ptr<uint8_t, free_block>;
 
-/// An uninitialised block of `size` bytes; empty when memory is short.
+/// Allocate an uninitialised block of `size` bytes. Return an empty owner if memory is exhausted.
 inline heap_block allocate_block(size_t size) noexcept {
   return heap_block{static_cast<uint8_t *>(std::malloc(size))};
 }

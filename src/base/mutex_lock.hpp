@@ -1,4 +1,4 @@
-// A mutex held as long as this lives.
+// RAII lock of a POSIX mutex.
 #pragma once
 
 #include <pthread.h>

@@ -1,4 +1,4 @@
-// A file descriptor with one owner.
+// RAII owner of a file descriptor.
 #pragma once
 
 #include <unistd.h>
@@ -6,7 +6,7 @@
 
 namespace dravik {
 
-/// Closes its descriptor at the end. Negative means none; 0 is a descriptor like any other.
+/// Closes its descriptor. Negative means none; 0 is valid.
 class unique_fd {
 public:
   unique_fd() noexcept = default;

@@ -1,4 +1,4 @@
-// A stdio stream with one owner.
+// RAII owner of a stdio stream.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +17,8 @@ inline unique_file open_file(const char *path, const char *mode) noexcept {
   return unique_file{std::fopen(path, mode)};
 }
 
-/// Open a file that is read or handed on in large pieces: the stream has no buffer, so it allocates none.
+/// Open a file without a stream buffer, so that none is allocated: for reads in large pieces,
+/// or by descriptor.
 inline unique_file open_unbuffered(const char *path, const char *mode) noexcept {
   unique_file file = open_file(path, mode);
   if (file != nullptr)
@@ -25,7 +26,7 @@ inline unique_file open_unbuffered(const char *path, const char *mode) noexcept 
   return file;
 }
 
-/// The length of a file in bytes, or -1; leaves the stream at its end.
+/// Return the length of a file in bytes, or -1. Leaves the stream at its end.
 inline int64_t seek_to_end(std::FILE *file) noexcept {
   return std::fseek(file, 0, SEEK_END) == 0 ? std::ftell(file) : -1;
 }

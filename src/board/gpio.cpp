@@ -21,7 +21,7 @@ namespace {
 constexpr const char *device_path = "/dev/ambad";
 constexpr const char *modules_file = "/proc/modules";
 constexpr std::string_view driver = "ambad";
-constexpr int line_limit = 255; ///< of the module list, with its end
+constexpr int line_limit = 255; ///< of the module list, with its NUL
 
 constexpr unsigned long AMBA_DEBUG_IOC_GET_GPIO = 0x800464CB;
 constexpr unsigned long AMBA_DEBUG_IOC_SET_GPIO = 0x400464CB;
@@ -32,7 +32,7 @@ struct gpio_request {
 };
 static_assert(sizeof(gpio_request) == 8);
 
-/// The text up to the first blank; a line end belongs to it.
+/// Return the text up to the first space. A line end is part of it.
 std::string_view first_token(std::string_view line) noexcept {
   line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
   return line.substr(0, line.find(' '));

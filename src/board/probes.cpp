@@ -1,4 +1,4 @@
-// Small questions to the running system: the monitor, the splash language, network addresses, the clock.
+// System queries: monitor, splash language, network addresses, clock.
 
 #include "base/unique_fd.hpp"
 #include "dravik.h"
@@ -28,7 +28,7 @@ constexpr size_t language_position = 896;
 constexpr socklen_t ipv4_address_size = sizeof(sockaddr_in);
 constexpr size_t host_size = 1025;
 
-/// The start of a file: up to Size bytes, zeros after them; false when it cannot be opened.
+/// Read the first Size bytes of a file; missing bytes are 0. Return false if it cannot be opened.
 template <size_t Size> bool read_start(const char *path, std::array<char, Size> &into) noexcept {
   into = {};
   const unique_fd fd{::open(path, O_RDONLY)};
@@ -52,7 +52,7 @@ struct free_list {
   void operator()(ifaddrs *list) const noexcept { ::freeifaddrs(list); }
 };
 
-/// The last IPv4 address of an interface; see get_netdev_ip() for the result.
+/// Find the last IPv4 address of an interface; see get_netdev_ip() for the result.
 int32_t read_ip(const char *ifname, char *ip) noexcept {
   ifaddrs *first = nullptr;
   if (::getifaddrs(&first) != 0)

@@ -1,4 +1,4 @@
-// The thermistor's curve: the temperature of each ADC code from 64 on, in thousandths of a degree Celsius.
+// Curve of the thermistor: the temperature of each ADC code from 64 on, in thousandths of a degree Celsius.
 
 #include "board/temperature_table.hpp"
 

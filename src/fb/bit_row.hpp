@@ -1,4 +1,4 @@
-// Rows of one bit a pixel: glyphs, and pictures of two colours.
+// Rows with one bit per pixel: glyphs and two-colour images.
 #pragma once
 
 #include "fb/pair_row.hpp"
@@ -8,7 +8,7 @@
 
 namespace dravik::fb {
 
-/// The bits of each byte spread over eight pixels: all ones where one is set.
+/// The bits of each byte spread over eight pixels: all ones for a set bit.
 inline constexpr std::array<vector_of_8, 256> masks_of_bits = [] {
   std::array<vector_of_8, 256> table{};
   for (size_t bits = 0; bits < table.size(); ++bits) {
@@ -20,7 +20,7 @@ inline constexpr std::array<vector_of_8, 256> masks_of_bits = [] {
   return table;
 }();
 
-/// Paints bits in two colours, the first bit of each byte in its top bit.
+/// Draws bits in two colours; bit 7 of each byte is the left pixel.
 class opaque_bits {
 public:
   constexpr opaque_bits(uint16_t clear, uint16_t set) noexcept
@@ -36,7 +36,7 @@ public:
     }
   }
 
-  /// The first `count` bits, up to 8.
+  /// Draw the first `count` bits, up to 8.
   void put(pixel *at, uint8_t bits, uint32_t count) const noexcept {
     uint32_t rest = bits;
     for (; count >= 2; count -= 2, at += 2, rest <<= 2)
@@ -51,7 +51,7 @@ private:
   std::array<uint32_t, 4> pairs_;
 };
 
-/// Where the set bits of each byte are: their places from the left, the last one repeated to fill eight.
+/// The positions of the set bits of each byte, from the left; the last one is repeated to fill eight.
 struct bit_places {
   uint8_t places[8];
 };
@@ -69,7 +69,7 @@ constexpr std::array<bit_places, 256> places_of_bits = [] {
   return table;
 }();
 
-/// Paints the set bits and leaves the pixels of the others.
+/// Draws set bits and leaves the pixels of clear bits unchanged.
 class transparent_bits {
 public:
   constexpr explicit transparent_bits(uint16_t set) noexcept : set_(set) {}

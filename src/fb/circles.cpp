@@ -1,10 +1,9 @@
-// Circle outlines and discs. Nothing is clipped.
+// Circle outlines and discs, not clipped.
 //
 // The outline is defined by its arithmetic: points along the angle in double precision, truncated towards
-// zero after the centre was added. Computing them takes far longer than storing them, so the figures of the
-// radii drawn are kept as offsets from their centres. Only points that lie next to a whole number depend on
-// where the centre is, by the rounding of the addition; those are kept as they are and truncated anew at each
-// call.
+// zero after the centre is added. Computing them takes much longer than storing them, so outlines are cached
+// by radius as offsets from the centre. Only a point next to a whole number depends on the centre, through
+// the rounding of the addition. Such points are cached exactly and truncated at each call.
 
 #include "fb/fill.hpp"
 
@@ -17,7 +16,7 @@ namespace dravik::fb {
 namespace {
 
 constexpr double pi = 3.141592653589793;
-constexpr double steps_per_radius = 3.6; ///< of half a circle
+constexpr double steps_per_radius = 3.6; ///< per half circle
 
 /// A point of the outline relative to the centre.
 struct point {
@@ -28,14 +27,14 @@ constexpr int32_t truncated(double value) noexcept {
   return static_cast<int32_t>(static_cast<int64_t>(value));
 }
 
-/// The point and its mirror image, rounded where they stand.
+/// Draw a point and its mirror image, each truncated at its own position.
 void put_pair(const surface &on, int32_t cx, int32_t cy, point p, uint16_t colour) noexcept {
   *on.at(truncated(cx + p.x), truncated(cy + p.y)) = colour;
   *on.at(truncated(cx - p.x), truncated(cy - p.y)) = colour;
 }
 
-/// The definition: for figures too large to keep, and those that reach above or left of the screen's origin,
-/// where truncation rounds the other way.
+/// Draw by the definition: for outlines that are too large to cache, and for those that extend above or left
+/// of the origin of the screen, where truncation rounds the other way.
 void outline_by_definition(const surface &on, int32_t cx, int32_t cy, int32_t r, uint16_t colour) noexcept {
   const double radius = r;
   const double step = pi / (radius * steps_per_radius);
@@ -48,13 +47,13 @@ void outline_by_definition(const surface &on, int32_t cx, int32_t cy, int32_t r,
   }
 }
 
-/// Rounding errors of all the arithmetic here stay far below this distance.
+/// Distance from a whole number below which a point is cached exactly; far above all rounding errors here.
 constexpr double near_whole = 1e-6;
 
-/// A coordinate of an outline that is kept, and the whole number below it.
+/// A coordinate of a cached outline: the whole number below it.
 struct rounded {
   int32_t down;
-  double from_middle; ///< the distance to the middle between two whole numbers
+  double from_middle; ///< distance to the middle between two whole numbers
 
   explicit rounded(double value) noexcept {
     constexpr int32_t bias = 4096; // makes it positive
@@ -63,10 +62,10 @@ struct rounded {
   }
 };
 
-/// The outlines drawn on lines of one pitch. When there is no room for one more, all are forgotten.
+/// Cache of outlines for one line length. If it has no space for another outline, it is emptied.
 class kept_outlines {
 public:
-  /// False when the outline cannot be kept.
+  /// Return false if the outline cannot be cached.
   bool draw(const surface &on, int32_t cx, int32_t cy, int32_t r, uint16_t colour) noexcept {
     if (r > largest_radius)
       return false;
@@ -86,7 +85,7 @@ public:
   }
 
 private:
-  /// Where the points of a radius stand: half of them, since the others lie opposite. The point right of the
+  /// The cached points of a radius: half of them, since the others are opposite. The point right of the
   /// centre is always an exact one.
   struct outline {
     uint16_t first, count;
@@ -99,7 +98,7 @@ private:
     outlines_ = {};
   }
 
-  /// Works an outline out; false when too many of its points lie next to whole numbers to keep them.
+  /// Compute an outline. Return false if too many of its points are next to whole numbers.
   bool build(int32_t r, outline &points) noexcept {
     const double radius = r;
     if (count_ + static_cast<size_t>(steps_per_radius * radius) + 2 > offsets_.size() ||
@@ -109,7 +108,7 @@ private:
     const double step = pi / (radius * steps_per_radius);
     double step_sine, step_cosine;
     ::sincos(step, &step_sine, &step_cosine);
-    // Turned by one step at a time; only points that need it get the sine and cosine of their angle.
+    // Rotated by one step at a time; sine and cosine are computed for exact points only.
     point unit = {1.0, 0.0};
     // NOLINTNEXTLINE(cert-flp30-c,clang-analyzer-security.FloatLoopCounter)
     for (double theta = 0.0; theta <= pi; theta += step) {
@@ -128,7 +127,7 @@ private:
   }
 
   void keep_rounded(outline &made, int32_t offset) noexcept {
-    // Neighbours on the angle often share a pixel, and nothing foretells which.
+    // Neighbours often share a pixel, which no branch predictor foresees: store always, count if different.
     int32_t *const next = &offsets_[made.first + made.count];
     *next = offset;
     made.count += made.count == 0 || next[-1] != offset;
@@ -145,7 +144,7 @@ private:
   }
 
   static constexpr int32_t largest_radius = 340;
-  static constexpr size_t most_exact = 32; ///< points of one outline
+  static constexpr size_t most_exact = 32; ///< points per outline
 
   ptrdiff_t pitch_ = 0;
   uint16_t count_ = 0, exact_count_ = 0;
@@ -164,8 +163,8 @@ void draw_outline(const surface &on, int32_t cx, int32_t cy, int32_t r, uint16_t
     outline_by_definition(on, cx, cy, r, colour);
 }
 
-/// Rows above and below the centre together, as blocks of two rows far apart; their half width is found from
-/// that of the rows before.
+/// Draw the rows above and below the centre together, as blocks of two rows far apart. Their half width
+/// follows from that of the rows before.
 void fill_disc(const surface &on, int32_t cx, int32_t cy, int32_t r, uint16_t colour) noexcept {
   const ptrdiff_t down = on.pitch;
   pixel *below = on.at(cx, cy);

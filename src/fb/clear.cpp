@@ -1,4 +1,4 @@
-// Whole-screen clears and the dark shading.
+// Clears of the screen: one colour, and the dark gradient.
 
 #include "fb/clip.hpp"
 #include "fb/colour_table.hpp"
@@ -9,10 +9,10 @@
 namespace dravik::fb {
 namespace {
 
-constexpr int32_t shading_width = 320;                     ///< columns that the whole-screen shading covers
-constexpr int32_t shading_last = DRAVIK_SHADING_LINES - 1; ///< line 0 is never painted
+constexpr int32_t shading_width = 320;                     ///< columns of the gradient on the whole screen
+constexpr int32_t shading_last = DRAVIK_SHADING_LINES - 1; ///< line 0 is never drawn
 
-/// A run of screen lines that the shading paints in one colour.
+/// A run of screen lines with one colour of the gradient.
 struct shade_run {
   uint8_t first;
   uint8_t last;

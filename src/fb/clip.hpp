@@ -1,4 +1,4 @@
-// Ranges of columns and rows, and how they are cut to the screen.
+// Ranges of columns and rows, and clipping them to the screen.
 #pragma once
 
 #include <algorithm>
@@ -7,7 +7,7 @@
 
 namespace dravik::fb {
 
-/// The whole numbers from `first` to `last`, both included; empty when `last` is below `first`.
+/// The whole numbers from `first` to `last`, both included; empty if `last` is less than `first`.
 struct range {
   int32_t first;
   int32_t last;
@@ -23,12 +23,12 @@ constexpr range between(int32_t a, int32_t b) noexcept {
   return {std::min(a, b), std::max(a, b)};
 }
 
-/// The part of a range on a screen of `size` columns or rows.
+/// Clip a range to a screen of `size` columns or rows.
 constexpr range clipped(range r, int32_t size) noexcept {
   return {std::max(r.first, 0), std::min(r.last, size - 1)};
 }
 
-/// Cut at the end alone: side edges may begin above the screen.
+/// Clip the end only: side edges may start above the screen.
 constexpr range clipped_end(range r, int32_t size) noexcept {
   return {r.first, std::min(r.last, size - 1)};
 }

@@ -10,7 +10,7 @@ namespace {
 
 constexpr int fixed_ramps = DRAVIK_THEME_TO_WHITE;
 
-/// A channel that moves evenly: start + slope * step.
+/// A channel with an even gradient: start + slope * step.
 struct channel {
   int8_t start;
   int8_t slope;
@@ -72,7 +72,7 @@ constexpr fixed_table fixed_colours = expand_shapes();
 static_assert(fixed_colours[15] == DRAVIK_RED && fixed_colours[63] == 0xF79E &&
               fixed_colours[192] == DRAVIK_WHITE);
 
-/// The theme ramps: from the theme colour towards white, and towards black.
+/// The theme ramps: from the theme colour to white, and to black.
 void build_theme_ramps(uint16_t theme) noexcept {
   const uint32_t red = theme >> 11, green = theme >> 5 & 63, blue = theme & 31;
   uint16_t *const to_white = gc + theme_entry;

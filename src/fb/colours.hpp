@@ -15,7 +15,7 @@ constexpr uint16_t truncated_rgb565(uint32_t red, uint32_t green, uint32_t blue)
   return rgb565(red >> 3, green >> 2, blue >> 3);
 }
 
-/// The order of channels of 8 bits in the low bytes of a word, from the lowest.
+/// Order of 8-bit channels in the low bytes of a word, from the lowest.
 enum class channel_order { rgb, bgr };
 
 /// truncated_rgb565() of the channels of one word, or of each word in a vector; the highest byte is ignored.

@@ -1,5 +1,5 @@
-// Fills. Small ones store a row's shape, worked out once, in the widest stores that the machine has; long
-// ones are the C library's own wide fill, or a loop of words.
+// Fills. Narrow ones store a row in the widest stores of the machine; wide ones call the fill of the C
+// library, or store words in a loop.
 
 #include "fb/fill.hpp"
 #include "fb/vectors.hpp"
@@ -10,7 +10,7 @@ namespace {
 using word [[gnu::may_alias]] = uint32_t;
 using pixels4 = uint64_t;
 
-/// From this length on the C library's fill is worth its call.
+/// Width from which calling the fill of the C library pays off.
 constexpr size_t long_span = 128;
 
 constexpr uint32_t twice(uint16_t colour) noexcept {
@@ -19,8 +19,8 @@ constexpr uint32_t twice(uint16_t colour) noexcept {
 
 static_assert(sizeof(wchar_t) == sizeof(word), "wmemset() fills words of two pixels");
 
-/// Fills words of two pixels. The C library's fill is the quickest where it is written for the machine; on
-/// small ones it is a plain loop that does less a round than this.
+/// Fill words of two pixels. On machines with wide registers the fill of the C library is the fastest; on
+/// others it is a plain loop that stores less per round than this.
 void fill_aligned(word *at, size_t count, uint32_t two) noexcept {
   if constexpr (has_wide_registers) {
     std::wmemset(reinterpret_cast<wchar_t *>(at), static_cast<wchar_t>(two), count);
@@ -31,7 +31,7 @@ void fill_aligned(word *at, size_t count, uint32_t two) noexcept {
   }
 }
 
-/// Two pixels at a time from a 4-byte boundary on.
+/// Fill two pixels at a time, from a 4-byte boundary on.
 void fill_words(pixel *at, size_t count, uint16_t colour) noexcept {
   if ((reinterpret_cast<uintptr_t>(at) & 2) != 0 && count > 0) {
     *at++ = colour;
@@ -47,7 +47,7 @@ template <class Row> void each_row(pixel *at, ptrdiff_t pitch, size_t rows, Row 
     fill_row(at);
 }
 
-/// Rows that take `Stores` stores of eight pixels, the last of which may overlap the one before.
+/// Fill rows with `Stores` stores of eight pixels; the last store may overlap the one before.
 template <size_t Stores>
 void fill_rows(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, vector_of_8 eight) noexcept {
   each_row(at, pitch, rows, [=](pixel *row) {
@@ -57,7 +57,7 @@ void fill_rows(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, vector_of_
   });
 }
 
-/// The same for more stores than are worth a loop of their own.
+/// As above, with a loop over the stores.
 void fill_rows(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, vector_of_8 eight) noexcept {
   each_row(at, pitch, rows, [=](pixel *row) {
     pixel *const last = row + width - 8;
@@ -67,7 +67,7 @@ void fill_rows(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, vector_of_
   });
 }
 
-/// Rows of less than eight pixels.
+/// Fill rows of less than eight pixels.
 void fill_narrow_rows(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, uint16_t colour) noexcept {
   const uint32_t two = twice(colour);
   const pixels4 four = pixels4{two} << 32 | two;
@@ -86,7 +86,7 @@ void fill_narrow_rows(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, uin
   }
 }
 
-/// Rows of up to `long_span` pixels on machines with wide stores.
+/// Fill rows of up to `long_span` pixels on machines with wide stores.
 void fill_short_rows(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, uint16_t colour) noexcept {
   if (width < 8)
     return fill_narrow_rows(at, pitch, width, rows, colour);

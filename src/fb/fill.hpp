@@ -1,4 +1,4 @@
-// The one way to fill: spans, columns and blocks of one colour.
+// Fills of one colour: spans, columns and blocks.
 #pragma once
 
 #include "fb/surface.hpp"
@@ -8,12 +8,12 @@
 
 namespace dravik::fb {
 
-/// Store without caring for alignment beyond a pixel's; the compiler picks what the machine can do.
+/// Store to an address with the alignment of a pixel.
 template <class T> inline void store(pixel *at, T value) noexcept {
   std::memcpy(__builtin_assume_aligned(at, alignof(pixel)), &value, sizeof value);
 }
 
-/// Fill `count` pixels from `at`, in order.
+/// Fill `count` pixels from `at` on, in order.
 void fill_span(pixel *at, size_t count, uint16_t colour) noexcept;
 
 /// Fill `rows` rows of `width` pixels, `pitch` bytes apart.

@@ -1,4 +1,4 @@
-// Straight lines and triangle outlines. Nothing is clipped.
+// Straight lines and triangle outlines, not clipped.
 
 #include "fb/fill.hpp"
 #include "fb/vectors.hpp"
@@ -8,16 +8,16 @@
 namespace dravik::fb {
 namespace {
 
-/// A line as its stepping sees it: `steps` moves along one axis, of which `slope / steps` also go aside.
+/// A line of `steps` steps along one axis; `slope / steps` of them also step aside.
 struct stepping {
   pixel *at;
-  ptrdiff_t along; ///< bytes of a move along the driving axis
-  ptrdiff_t aside; ///< bytes of a move aside
-  uint32_t steps;  ///< moves; the line has one pixel more
-  uint32_t slope;  ///< moves that also go aside, not above `steps`
+  ptrdiff_t along; ///< bytes per step along the driving axis
+  ptrdiff_t aside; ///< bytes per step aside
+  uint32_t steps;  ///< the line has one pixel more
+  uint32_t slope;  ///< steps that also step aside, at most `steps`
 };
 
-/// Bresenham's line; an error term of exactly 0 steps aside. Small machines take the decision without a jump.
+/// Draw by Bresenham's algorithm; an error term of exactly 0 steps aside.
 void step_by_error(const stepping &line, uint16_t colour) noexcept {
   const ptrdiff_t along = line.along, aside = line.aside;
   const auto forth = static_cast<int32_t>(2 * line.slope);
@@ -36,13 +36,13 @@ void step_by_error(const stepping &line, uint16_t colour) noexcept {
   }
 }
 
-/// Up to this many steps, rounding the slope up to 2^-32 cannot carry a position over the next pixel's edge:
-/// positions come within 1 / (2 * steps) of it at the nearest, and `steps` roundings add less than steps /
-/// 2^32.
+/// Up to this many steps, rounding the slope up to 2^-32 cannot carry a position over the edge of the next
+/// pixel: the exact position stays at least 1 / (2 * steps) away from it, and `steps` rounding errors add up
+/// to less than steps / 2^32.
 constexpr uint32_t exact_steps = 46340;
 
-/// 2^32 / steps, rounded up, for lines so short that a division would cost more than it saves. The slope is a
-/// product of it that is too large by less than steps / 2^32: far from the limit.
+/// 2^32 / steps, rounded up: for short lines, a table is faster than a division. The slope, a product of it,
+/// is too large by less than steps / 2^32, which is far from the limit above.
 constexpr auto short_inverses = [] {
   std::array<uint64_t, 64> table{};
   for (size_t steps = 1; steps < table.size(); ++steps)
@@ -50,14 +50,14 @@ constexpr auto short_inverses = [] {
   return table;
 }();
 
-/// slope / steps in 32.32 fixed point, rounded up.
+/// Return slope / steps in 32.32 fixed point, rounded up.
 uint64_t fixed_slope(const stepping &line) noexcept {
   if (line.steps < short_inverses.size())
     return short_inverses[line.steps] * line.slope;
   return ((uint64_t{line.slope} << 32) + line.steps - 1) / line.steps;
 }
 
-/// The same line from a position in 32.32 fixed point, whose steps do not wait for each other.
+/// Draw by a position in 32.32 fixed point: its steps do not depend on each other.
 void step_by_position(const stepping &line, uint16_t colour) noexcept {
   const uint64_t slope = fixed_slope(line);
   uint64_t position = uint64_t{1} << 31;
@@ -80,13 +80,13 @@ void draw(const stepping &line, uint16_t colour) noexcept {
   }
 }
 
-/// Lines of one row; either end may come first.
+/// Draw a line within one row, in either direction.
 void draw_row(const surface &on, int32_t x0, int32_t x1, int32_t y, uint16_t colour) noexcept {
   const int32_t left = x0 < x1 ? x0 : x1, right = x0 < x1 ? x1 : x0;
   fill_span(on.at(left, y), size_t{static_cast<uint32_t>(right) - static_cast<uint32_t>(left)} + 1, colour);
 }
 
-/// `value`, or its negative where the mask is all ones and not 0.
+/// Return `value`, or its negative if the mask is all ones.
 constexpr ptrdiff_t negated_if(ptrdiff_t mask, ptrdiff_t value) noexcept {
   return (value ^ mask) - mask;
 }
@@ -94,7 +94,7 @@ constexpr ptrdiff_t negated_if(ptrdiff_t mask, ptrdiff_t value) noexcept {
 void draw_line(const surface &on, int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint16_t colour) noexcept {
   if (y0 == y1)
     return draw_row(on, x0, x1, y0, colour);
-  // Without branches, since nothing foretells where a line goes.
+  // Without branches: the direction of a line is unpredictable.
   const ptrdiff_t leftwards = -ptrdiff_t{x0 > x1}, upwards = -ptrdiff_t{y0 > y1};
   const auto dx = static_cast<uint32_t>(negated_if(leftwards, ptrdiff_t{x1} - x0));
   const auto dy = static_cast<uint32_t>(negated_if(upwards, ptrdiff_t{y1} - y0));

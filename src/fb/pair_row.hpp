@@ -1,4 +1,4 @@
-// Rows of four bits a pixel, painted two pixels at a time.
+// Rows with four bits per pixel, drawn two pixels at a time.
 #pragma once
 
 #include "fb/fill.hpp"
@@ -14,7 +14,7 @@ constexpr uint32_t pixel_pair(uint16_t left, uint16_t right) noexcept {
   return uint32_t{right} << 16 | left;
 }
 
-/// Both pixels of every byte, the left one in its high half.
+/// The two pixels of every byte value; the left one is in bits 7:4.
 using pair_table = std::array<uint32_t, 256>;
 
 template <class Colour> constexpr void make_pairs(pair_table &pairs, Colour colour_of_level) noexcept {
@@ -23,7 +23,7 @@ template <class Colour> constexpr void make_pairs(pair_table &pairs, Colour colo
 }
 
 inline void put_pair_row(pixel *to, const uint8_t *from, size_t width, const pair_table &pairs) noexcept {
-  size_t bytes; // a word of them, loaded at once
+  size_t bytes; // loaded a word at a time
   constexpr size_t pixels = 2 * sizeof bytes;
   for (; width >= pixels; width -= pixels, to += pixels, from += sizeof bytes) {
     std::memcpy(&bytes, from, sizeof bytes);

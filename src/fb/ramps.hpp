@@ -1,4 +1,4 @@
-// Which ramp of ::gc a background and a foreground select.
+// Selecting a ramp of ::gc by background and foreground.
 #pragma once
 
 #include "dravik.h"
@@ -9,17 +9,16 @@
 
 namespace dravik::fb {
 
-/// The foregrounds of the ramps on one background, in their order. The fourth ramp is also that of all other
-/// foregrounds.
+/// The foregrounds of the ramps on one background, in order. All other foregrounds select the fourth ramp.
 inline constexpr uint16_t foregrounds[] = {DRAVIK_RED,     DRAVIK_GREEN, DRAVIK_BLUE,
                                            DRAVIK_WHITE,   DRAVIK_GREY,  DRAVIK_YELLOW,
                                            DRAVIK_MAGENTA, DRAVIK_CYAN,  DRAVIK_ORANGE};
-/// On magenta, black takes the place of white, which follows it.
+/// On magenta, black is in the place of white, which follows it.
 inline constexpr uint16_t foregrounds_on_magenta[] = {DRAVIK_RED,    DRAVIK_GREEN, DRAVIK_BLUE,
                                                       DRAVIK_BLACK,  DRAVIK_WHITE, DRAVIK_GREY,
                                                       DRAVIK_YELLOW, DRAVIK_CYAN,  DRAVIK_ORANGE};
 
-/// The ramp of a foreground among those of a background, of which `first` is the first.
+/// Return the ramp of a foreground; `first` is the first ramp on its background.
 [[gnu::noinline]] constexpr uint8_t ramp_from(dravik_ramp first, std::span<const uint16_t> order,
                                               uint16_t foreground) noexcept {
   constexpr size_t others = 3;
@@ -29,7 +28,7 @@ inline constexpr uint16_t foregrounds_on_magenta[] = {DRAVIK_RED,    DRAVIK_GREE
   return static_cast<uint8_t>(first + (place < order.size() ? place : others));
 }
 
-/// The ramp on black, white or magenta.
+/// Return the ramp on black, white or magenta.
 constexpr uint8_t foreground_ramp(uint16_t background, uint16_t foreground) noexcept {
   if (background == DRAVIK_MAGENTA)
     return ramp_from(DRAVIK_RED_ON_MAGENTA, foregrounds_on_magenta, foreground);

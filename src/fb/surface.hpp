@@ -1,4 +1,4 @@
-// The screen as drawing sees it: the exported address and record, taken once at the start of a call.
+// The screen for drawing functions: the exported address and screen information, read once per call.
 #pragma once
 
 #include "dravik.h"
@@ -9,33 +9,33 @@
 
 namespace dravik::fb {
 
-/// A pixel in screen memory; may alias, since the same memory is filled by wider stores.
+/// A pixel in frame buffer memory. It may alias, since wider stores fill the same memory.
 using pixel [[gnu::may_alias]] = uint16_t;
 
-/// Columns right of and lines below the top-left pixel; negative ones are left of and above the screen.
+/// Columns to the right of, and lines below, the top-left pixel. Negative positions are left of or
+/// above the screen.
 struct position {
   int32_t x, y;
 
-  /// Wraps modulo 2^32, as unsigned positions do.
+  /// Return the sum modulo 2^32, as for unsigned positions.
   constexpr position moved(uint32_t right, uint32_t down) const noexcept {
     return {static_cast<int32_t>(static_cast<uint32_t>(x) + right),
             static_cast<int32_t>(static_cast<uint32_t>(y) + down)};
   }
 };
 
-/// An unsigned position: "-1" means the same on every machine.
+/// Convert an unsigned position: 0xFFFFFFFF becomes -1 on every machine.
 constexpr position position_of(uint32_t x, uint32_t y) noexcept {
   return {static_cast<int32_t>(x), static_cast<int32_t>(y)};
 }
 
 struct surface {
   uint8_t *base;
-  ptrdiff_t pitch; ///< bytes from one line to the next
+  ptrdiff_t pitch; ///< bytes per line
   int32_t width;   ///< visible columns
   int32_t height;  ///< visible lines
 
-  /// The address of a pixel. Positions off the screen, negative ones too, give the address that follows from
-  /// them.
+  /// Return the address of a pixel. It follows from the position, on or off the screen.
   pixel *at(int32_t x, int32_t y) const noexcept {
     return reinterpret_cast<pixel *>(base + y * pitch + ptrdiff_t{x} * 2);
   }
@@ -47,32 +47,32 @@ inline surface screen() noexcept {
           static_cast<int32_t>(fbinfo[FBINFO_YRES])};
 }
 
-/// The address `bytes` further on (or back).
+/// Return the address `bytes` further on, or back.
 inline pixel *step(pixel *from, ptrdiff_t bytes) noexcept {
   return reinterpret_cast<pixel *>(reinterpret_cast<uint8_t *>(from) + bytes);
 }
 
-/// Whether an object of this size, which a file specifies, is larger than the screen. No position keeps it on
-/// the screen, so it is truncated to frame buffer memory.
+/// Return whether an object of this size, which a file specifies, is larger than the screen. No position
+/// makes it fit, so it is truncated to frame buffer memory.
 inline bool is_oversized(const surface &on, int64_t width, int64_t height) noexcept {
   return width > on.width || height > on.height;
 }
 
-/// Pixels of a row: from `first` up to, not including, `end`.
+/// Pixels of a row from `first` to `end`, excluding `end`.
 struct row_part {
   size_t first, end;
 
   constexpr bool empty() const noexcept { return end <= first; }
 };
 
-/// Where frame buffer memory begins and ends, in bytes from the top-left pixel.
+/// Start and end of frame buffer memory, in bytes from the top-left pixel.
 struct memory_bounds {
   int64_t begin, end;
   ptrdiff_t pitch;
 
   constexpr int64_t offset(int32_t x, int64_t y) const noexcept { return y * pitch + int64_t{x} * 2; }
 
-  /// The part of a row of `count` pixels from a position that is in the memory.
+  /// Return the part of a row of `count` pixels that is in frame buffer memory.
   constexpr row_part part_of(int32_t x, int64_t y, size_t count) const noexcept {
     const int64_t at = offset(x, y), room = (end - at) >> 1;
     const auto before = static_cast<size_t>(std::max<int64_t>((begin - at + 1) >> 1, 0));
@@ -81,8 +81,8 @@ struct memory_bounds {
   }
 };
 
-/// The mapping if ::fbp points into it, else what the screen information describes from ::fbp on. Unlimited
-/// while it describes nothing.
+/// Return the mapping if ::fbp points into it, else the memory that the screen information describes from
+/// ::fbp on. Unlimited if the screen information is empty.
 inline memory_bounds memory_of(const surface &on) noexcept {
   constexpr int64_t unlimited = INT64_MAX / 4;
   const int64_t mapped = fbinfo[FBINFO_SCREEN_SIZE];

@@ -1,4 +1,4 @@
-// Packed artwork: archives of 4-bit images in memory, painted through the ramps of the colour table.
+// Packed artwork: archives of 4-bit images in memory, drawn through the ramps of the colour table.
 
 #include "base/byte_reader.hpp"
 #include "base/heap_block.hpp"
@@ -27,7 +27,7 @@ using fb::pixel;
 constexpr std::array<char, 8> magic = {'K', 'O', 'R', 'V', 'E', 'X', 'Q', '7'};
 constexpr size_t count_position = 8;
 constexpr size_t size_position = 12;
-constexpr uint64_t record_size = 16; ///< of the header too: record i is at (i + 1) * record_size
+constexpr uint64_t record_size = 16; ///< also of the header: record i is at (i + 1) * record_size
 
 uint32_t word_at(const uint8_t *archive, size_t position) noexcept {
   byte_reader reader{{archive + position, 4}};
@@ -49,7 +49,7 @@ bool is_readable_file(const char *path) noexcept {
   return true;
 }
 
-/// The whole file, or an empty block after the reason was told.
+/// Read the whole file. Return an empty block on failure, after reporting it.
 heap_block read_whole(const char *path, size_t &length) noexcept {
   const unique_file file = open_file(path, "rb");
   if (file == nullptr) {
@@ -124,13 +124,13 @@ void free_all() noexcept {
 
 // ------------------------------------------------------------------------------------------------ drawing
 
-/// The pixels of one image: `height` rows of (width + 1) / 2 bytes, all within the archive.
+/// An image: `height` rows of (width + 1) / 2 bytes, all within the archive.
 struct art {
   uint32_t width, height;
   const uint8_t *pixels;
 };
 
-/// Finds an image. A number past the last gives the last one.
+/// Find an image. A number beyond the last image selects the last one.
 bool find_art(const uint8_t *archive, int32_t index, art &found) noexcept {
   const auto count = static_cast<int32_t>(word_at(archive, count_position));
   if (count < 1) {
@@ -157,7 +157,7 @@ bool find_art(const uint8_t *archive, int32_t index, art &found) noexcept {
   return true;
 }
 
-/// The columns of the 320-pixel layout, in the order of their alignment codes.
+/// Columns of the layout for 320 pixels, in the order of the alignment codes.
 struct layout_column {
   int32_t start, width;
 };
@@ -175,14 +175,14 @@ position place_art(position at, const art &what, int32_t align) noexcept {
   return at;
 }
 
-/// The colours of a ramp, and the pairs made of them.
+/// The colours of a ramp, and the pixel pairs made of them.
 struct ramp_pairs {
   std::array<uint16_t, DRAVIK_RAMP_STEPS> colours;
   fb::pair_table pairs;
 };
 
-/// The pairs of a ramp, kept from call to call and made anew when the ramp's colours have changed. A ramp of
-/// zeros needs none made: a table begins as that.
+/// Return the pixel pairs of a ramp, cached until the colours of the ramp change. A new cache is valid for a
+/// ramp of zeros.
 const ramp_pairs &pairs_of(uint8_t ramp) noexcept {
   static constinit std::array<ramp_pairs, DRAVIK_RAMPS> tables = {};
   ramp_pairs &table = tables[ramp];
@@ -194,17 +194,17 @@ const ramp_pairs &pairs_of(uint8_t ramp) noexcept {
   return table;
 }
 
-/// Levels are looked at by the machine's word: two in each byte, the left one in its high half.
+/// Levels are examined a machine word at a time: two per byte, the left one in bits 7:4.
 using levels = size_t;
 constexpr size_t levels_a_word = sizeof(levels) * 2;
 constexpr levels lowest_of_levels = ~levels{0} / 15, lowest_of_bytes = ~levels{0} / 255;
 
-/// The lowest bit of each level that is not 0.
+/// Return the lowest bit of each level, set if the level is not 0.
 constexpr levels present_in(levels word) noexcept {
   return (word | word >> 1 | word >> 2 | word >> 3) & lowest_of_levels;
 }
 
-/// Paints the levels that are present: first where both of a byte are, then those alone.
+/// Draw the levels that are not 0: first bytes with two of them as pairs, then single ones.
 void put_present(pixel *to, levels word, levels present, const ramp_pairs &table) noexcept {
   const levels both = present & present >> 4 & lowest_of_bytes;
   for (levels left = both; left != 0; left &= left - 1) {
@@ -217,7 +217,7 @@ void put_present(pixel *to, levels word, levels present, const ramp_pairs &table
   }
 }
 
-/// Level 0 leaves its pixel as it is. Artwork is mostly empty or full.
+/// Draw a row; level 0 leaves its pixel unchanged. Most words of artwork are empty or full.
 void paint_transparent_row(pixel *to, const uint8_t *from, size_t width, const ramp_pairs &table) noexcept {
   for (; width >= levels_a_word; width -= levels_a_word, to += levels_a_word, from += sizeof(levels)) {
     levels word;
@@ -233,12 +233,11 @@ void paint_transparent_row(pixel *to, const uint8_t *from, size_t width, const r
   for (size_t i = 0; i < (width + 1) / 2; ++i)
     rest |= levels{from[i]} << (8 * i);
   if (width % 2 != 0)
-    rest &= ~(levels{0x0F} << (width / 2 * 8)); // the half byte that pads the row
+    rest &= ~(levels{0x0F} << (width / 2 * 8)); // the padding of the row
   put_present(to, rest, present_in(rest), table);
 }
 
-/// Paints a part of a row. One that begins with the right pixel of a byte leaves the other half of that byte
-/// out.
+/// Draw a part of a row. A part that starts at the right pixel of a byte skips the left one.
 void paint_row(pixel *to, const uint8_t *from, fb::row_part part, const ramp_pairs &table,
                bool transparent) noexcept {
   if (part.empty())

@@ -22,22 +22,22 @@ namespace {
 
 using fb::pixel;
 
-constexpr uint64_t palette_position = 54; ///< whatever the header says of its own size
-constexpr uint16_t dark_grey = 0x0841;    ///< drawn for black in files of 1 and 4 bits
+constexpr uint64_t palette_position = 54; ///< fixed: the header's own size is ignored
+constexpr uint16_t dark_grey = 0x0841;    ///< replaces black in 1- and 4-bit files
 
-/// A picture that passed every test, and where it goes.
+/// An image that passed every check, and its position.
 struct picture {
   bmp_header header;
   position at;
   fb::surface on;
   const source_file &file;
 
-  /// The position of the n-th row of the file.
+  /// Return the position of the n-th row of the file.
   position place_of(uint32_t n) const noexcept { return at.moved(0, header.height - 1 - n); }
   pixel *row(uint32_t n) const noexcept { return on.at(place_of(n)); }
 };
 
-/// Draws every row of a picture that has its own decoding.
+/// Draw all rows of an image through `decode`.
 template <class Decode> void decode_rows(const picture &from, Decode decode) noexcept {
   const uint32_t width = from.header.width;
   record_reader rows(from.file, from.header.data_offset, bmp_row_size(width, from.header.bits), ::image);
@@ -91,7 +91,7 @@ void draw_8bit(const picture &from) noexcept {
   });
 }
 
-/// Of one pixel, or of each in a vector.
+/// Convert one pixel, or each one of a vector.
 template <class Words> constexpr Words rgb565_of(Words pixels) noexcept {
   return fb::truncated_rgb565<fb::channel_order::bgr>(pixels);
 }
@@ -102,8 +102,8 @@ uint32_t word_at(const uint8_t *bytes) noexcept {
   return word;
 }
 
-/// Paints two pixels, or as many pairs as the vector has words: each word takes the left pixel of a pair from
-/// the first, and the right one from the second.
+/// Store two pixels, or as many pairs as the vectors have words: the left pixels of the pairs come from the
+/// first vector, the right ones from the second.
 template <class Words> void put_pairs(pixel *to, Words left, Words right) noexcept {
   fb::store(to, rgb565_of(right) << 16 | rgb565_of(left));
 }
@@ -125,8 +125,8 @@ template <size_t PixelSize> void draw_true_colour(const picture &from) noexcept 
   });
 }
 
-/// Rows of the file on their way to the screen, as many as one request takes. Padding past the end of frame
-/// buffer memory is dropped.
+/// Rows of the file to be read to the screen by one request. Padding beyond the end of frame buffer
+/// memory is dropped.
 class row_pieces {
 public:
   bool is_full() const noexcept { return count_ + 2 > pieces_.size(); }
@@ -138,7 +138,7 @@ public:
     bytes_ += row_size;
   }
 
-  /// False at the end of the file.
+  /// Return false at the end of the file.
   bool read(const source_file &file, uint64_t position) const noexcept {
     return file.read(std::span{pieces_}.first(count_), position) == static_cast<ssize_t>(bytes_);
   }
@@ -150,7 +150,7 @@ private:
   size_t count_ = 0, bytes_ = 0;
 };
 
-/// 16 bits, copied: rows go from the file straight to the screen, padding included, many in one request.
+/// Draw 16-bit rows: read directly to the screen, with their padding, many per request.
 void copy_rows(const picture &from) noexcept {
   const uint32_t width = from.header.width;
   const size_t row_size = bmp_row_size(width, 16);
@@ -166,9 +166,9 @@ void copy_rows(const picture &from) noexcept {
   }
 }
 
-/// 16 bits with a colour key. Intentional: each step reads two rows of the file and draws the first.
+/// Draw 16-bit rows with a colour key. Intentional: each step reads two rows of the file and draws the first.
 template <class Paint> void draw_keyed(const picture &from, Paint paint) noexcept {
-  // Pixels of a file without any are transparent.
+  // What an empty file leaves here is transparent.
   std::array<uint16_t, DRAVIK_BMP_WIDEST * 2> last;
   last.fill(DRAVIK_MAGENTA_KEY);
   const uint32_t width = from.header.width;
@@ -209,7 +209,7 @@ void draw(const picture &from, uint32_t mode) noexcept {
   }
 }
 
-/// Whether the picture fits on the screen; reports on standard error if not.
+/// Return whether the image fits on the screen; report on standard error if not.
 bool is_on_screen(const picture &p) noexcept {
   const uint32_t width = p.header.width, height = p.header.height;
   if (fits(p.on, p.at, width, height))

@@ -1,4 +1,4 @@
-// The one reader of BMP headers.
+// Reading BMP headers.
 
 #include "image/bmp_format.hpp"
 

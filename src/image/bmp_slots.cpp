@@ -1,4 +1,4 @@
-// BMP files kept in memory slots and drawn without touching the file again. Only 16-bit files can be drawn.
+// BMP files kept in memory slots and drawn from there. Only 16-bit files can be drawn.
 
 #include "base/heap_block.hpp"
 #include "base/unique_file.hpp"
@@ -24,7 +24,7 @@ using fb::pixel;
 
 constexpr size_t block_step = 256;
 
-/// What was allocated for each slot, so that no header is believed beyond it. Freed blocks have no size.
+/// Size of the block of each slot, which limits what its header may claim; 0 for a freed block.
 struct allocation {
   const uint8_t *block;
   size_t size;
@@ -73,7 +73,7 @@ void free_all() noexcept {
   for (int32_t i = 0; i < std::min<int32_t>(bmp_mem_num, std::size(bmp_mem_ptr)); ++i) {
     allocation &known = allocations[static_cast<size_t>(i)];
     if (known.block == bmp_mem_ptr[i] && known.size == 0)
-      continue; // empty, or freed before
+      continue; // empty, or already freed
     std::free(bmp_mem_ptr[i]);
     known = {bmp_mem_ptr[i], 0};
   }
@@ -81,7 +81,7 @@ void free_all() noexcept {
 
 // ------------------------------------------------------------------------------------------------ drawing
 
-/// The bytes of a slot; of a block that the application put there itself, as many as its header says.
+/// Return the bytes of a slot. A block that the application stored there has the size in its header.
 std::span<const uint8_t> slot_bytes(int32_t slot) noexcept {
   const uint8_t *block = bmp_mem_ptr[slot];
   if (block == nullptr)
@@ -94,20 +94,20 @@ std::span<const uint8_t> slot_bytes(int32_t slot) noexcept {
   return {block, std::max<size_t>(size, bmp_header_size)};
 }
 
-/// A picture in a slot, and where it goes.
+/// An image in a slot, and its position.
 struct picture {
   bmp_header header;
   position at;
   fb::surface on;
   const uint8_t *rows;
 
-  /// The position of the n-th row stored.
+  /// Return the position of the n-th row stored.
   position place_of(uint32_t n) const noexcept { return at.moved(0, header.height - 1 - n); }
   pixel *row(uint32_t n) const noexcept { return on.at(place_of(n)); }
 };
 
-/// Rows are `width * 2` bytes apart in the keyed modes, and padded to four bytes in the copy. Intentional: an
-/// image of odd width drifts in the keyed modes.
+/// Return the bytes from one row to the next: `width * 2` in the keyed modes, a multiple of four in the copy
+/// mode. Intentional: an image of odd width drifts in the keyed modes.
 size_t stride(const bmp_header &header, int32_t mode) noexcept {
   return mode == DRAVIK_BMP_COPY ? bmp_row_size(header.width, 16) : size_t{header.width} * 2;
 }
@@ -116,7 +116,7 @@ bool is_drawable(const bmp_header &header, int32_t mode) noexcept {
   return header.bits == 16 && mode >= DRAVIK_BMP_COPY && mode <= DRAVIK_BMP_SILHOUETTE;
 }
 
-/// Copies a row of whole words. Short rows are not worth a call.
+/// Copy a row of whole words. Short rows do not justify a call.
 void copy_row(pixel *to, const uint8_t *from, size_t size) noexcept {
   using quad = fb::vector_of_4;
   constexpr size_t worth_a_call = 64;
@@ -151,7 +151,7 @@ void draw(const picture &from, int32_t mode) noexcept {
   }
 }
 
-/// Whether the picture fits on the screen; reports in the event log if not.
+/// Return whether the image fits on the screen; log if not.
 bool is_on_screen(const bmp_header &header, position at, const fb::surface &on) noexcept {
   if (fits(on, at, header.width, header.height))
     return true;

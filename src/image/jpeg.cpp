@@ -1,4 +1,4 @@
-// JPEG pictures through libjpeg, row by row to the screen.
+// JPEG images through libjpeg, row by row to the screen.
 
 #include "base/unique_file.hpp"
 #include "fb/clip.hpp"
@@ -27,9 +27,9 @@ using fb::pixel;
 
 constexpr const char *directory = "/usr/local/dravik/jpg";
 
-/// libjpeg's error manager, and where its fatal errors lead.
+/// libjpeg's error manager, and the target of its fatal errors.
 struct error_context {
-  jpeg_error_mgr manager; // first, so that libjpeg's pointer to it points to the whole
+  jpeg_error_mgr manager; // first, so that libjpeg's pointer to it also points to the whole
   jmp_buf failed;
 };
 
@@ -38,11 +38,11 @@ extern "C" [[noreturn]] void leave_decoder(j_common_ptr decoder) noexcept {
   std::longjmp(reinterpret_cast<error_context *>(decoder->err)->failed, 1); // NOLINT(cert-err52-cpp)
 }
 
-/// The part of each row that lies on the screen, and where it goes. Rows off the screen have no columns.
+/// The part of each row that is on the screen, and its position. Rows off the screen have no columns.
 struct canvas {
   fb::surface on;
   position at;
-  fb::range columns; ///< of the picture
+  fb::range columns; ///< of the image
 
   fb::range columns_of(int64_t row) const noexcept {
     const int64_t y = at.y + row;
@@ -57,12 +57,12 @@ fb::range visible_columns(int32_t x, uint32_t width, const fb::surface &on) noex
                        : fb::range{0, -1};
 }
 
-/// Black and its neighbours are drawn as the library's black: 0 is kept free.
+/// Replace black and its neighbours by the library's black.
 constexpr uint16_t visible_colour(uint16_t colour) noexcept {
   return (colour & 0xF7FE) == 0 ? DRAVIK_BLACK : colour;
 }
 
-/// Converts pixels of `components` bytes each. Pictures of fewer than three are grey.
+/// Convert pixels of `components` bytes each. Images with fewer than three are greyscale.
 inline void convert(pixel *to, const uint8_t *from, size_t count, size_t components) noexcept {
   const size_t green = components >= 3 ? 1 : 0, blue = components >= 3 ? 2 : 0;
   for (size_t i = 0; i < count; ++i, from += components)
@@ -72,7 +72,7 @@ inline void convert(pixel *to, const uint8_t *from, size_t count, size_t compone
 using words = fb::vector_of_4;
 using lanes = fb::vector_of_8;
 
-/// Four words that begin with the channels of the first, third, fifth and seventh pixel.
+/// Load four words that start at the first, third, fifth and seventh pixel.
 words every_second_pixel(const uint8_t *from) noexcept {
   const auto word_at = [from](size_t position) {
     uint32_t word;
@@ -90,7 +90,7 @@ lanes visible_colours(lanes colours) noexcept {
   return (colours & 0xF7FE) == 0 ? lanes{} + DRAVIK_BLACK : colours;
 }
 
-/// Machines with 16-byte registers take eight pixels at a time; the last word reaches into a ninth.
+/// Machines with 16-byte registers convert eight pixels at a time; the last word extends into a ninth.
 void convert_rgb(pixel *to, const uint8_t *from, size_t count) noexcept {
   for (; fb::has_wide_registers && count > 8; count -= 8, to += 8, from += 24) {
     const words left = rgb565_of(every_second_pixel(from));
@@ -133,15 +133,15 @@ canvas prepare_canvas(const jpeg_decompress_struct &decoder, position at, uint32
   return to;
 }
 
-/// Everything between the decoder's creation and its end. Its locals are trivial: fatal errors jump out of
-/// it.
+/// Everything between creating and finishing the decoder. Its locals are trivial, because fatal errors jump
+/// out of it.
 void decode(jpeg_decompress_struct &decoder, std::FILE *file, position at, uint32_t align) noexcept {
   jpeg_stdio_src(&decoder, file);
   jpeg_read_header(&decoder, TRUE);
   jpeg_start_decompress(&decoder);
   const auto components = static_cast<JDIMENSION>(decoder.output_components);
-  // A byte too long, to begin at an odd address: decoders write aligned rows past the cache, from which the
-  // conversion reads them at once.
+  // One byte longer than a row, so that it starts at an odd address: decoders write aligned rows past the
+  // cache, and the conversion reads them immediately.
   JSAMPARRAY rows = decoder.mem->alloc_sarray(reinterpret_cast<j_common_ptr>(&decoder), JPOOL_IMAGE,
                                               decoder.output_width * components + 1, 1);
   JSAMPROW row = rows[0] + 1;
@@ -158,7 +158,7 @@ void decode(jpeg_decompress_struct &decoder, std::FILE *file, position at, uint3
   jpeg_finish_decompress(&decoder);
 }
 
-/// Draws an open file; false after a fatal error, which libjpeg has told on standard error.
+/// Draw an open file. Return false after a fatal error, which libjpeg has reported on standard error.
 bool draw_stream(std::FILE *file, position at, uint32_t align) noexcept {
   error_context errors;
   jpeg_decompress_struct decoder;

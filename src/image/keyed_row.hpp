@@ -1,4 +1,4 @@
-// Rows of 16-bit pixels of which some are left out.
+// Rows of 16-bit pixels with a colour key.
 #pragma once
 
 #include "fb/fill.hpp"
@@ -9,7 +9,7 @@
 
 namespace dravik::image {
 
-/// Leaves out the key colour, and black where `WithoutBlack`; the rest as it is.
+/// Makes the key colour transparent, and black if `WithoutBlack`; leaves other colours unchanged.
 template <bool WithoutBlack> struct key_colour {
   uint16_t key;
 
@@ -22,14 +22,14 @@ template <bool WithoutBlack> struct key_colour {
   }
 };
 
-/// What a pixel that is not left out is painted in: its own colour, or one for all.
+/// The colour of a pixel that is drawn: its own, or one for all.
 inline constexpr auto own_colour = []<class Pixel>(Pixel colour) { return colour; };
 inline constexpr auto silhouette = []<class Pixel>(Pixel) {
   return static_cast<Pixel>(Pixel{} + bmp_silhouette);
 };
 
-/// Puts the pixels of a row that the key lets through, each in the colour that `paint` makes of it. `from`
-/// needs no alignment. Machines with 16-byte registers look at eight pixels at a time.
+/// Draw the pixels of a row that `key` does not make transparent, in the colours of `paint`. `from` needs no
+/// alignment. Machines with 16-byte registers examine eight pixels at a time.
 template <class Key, class Paint>
 void put_keyed_row(fb::pixel *to, const uint8_t *from, size_t width, Key key, Paint paint) noexcept {
   const auto put_some = [=](size_t first, size_t last) {

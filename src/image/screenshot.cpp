@@ -1,4 +1,4 @@
-// Screenshots: a picture of 640 by 480 pixels as a BMP file with RGB565 masks on the card.
+// Screenshots: 640 by 480 pixels, saved on the memory card as a BMP file with RGB565 masks.
 
 #include "base/unique_file.hpp"
 #include "dravik.h"
@@ -16,8 +16,8 @@ constexpr uint32_t data_offset = 66; ///< after the header and the three masks
 constexpr uint32_t data_size = width * height * 2;
 constexpr uint32_t file_size = data_offset + data_size;
 constexpr uint32_t pixels_per_metre = 2834;
-constexpr size_t buffer_size = 32768; ///< cards like long writes
-constexpr uint32_t with_masks = 3;    ///< the compression code of files that give their own masks
+constexpr size_t buffer_size = 32768; ///< memory cards are faster with long writes
+constexpr uint32_t with_masks = 3;    ///< compression code of files with channel masks
 
 static_assert(std::endian::native == std::endian::little, "pixels go to the file as they are in memory");
 
@@ -67,7 +67,7 @@ int save(const uint16_t *pixels) noexcept {
   std::fwrite(header.data(), 1, header.size(), file.get());
   for (uint32_t row = height; row-- > 0;)
     std::fwrite(pixels + size_t{row} * width, 2, width, file.get());
-  const bool is_whole = std::ferror(file.get()) == 0; // the close tells of its own writes only
+  const bool is_whole = std::ferror(file.get()) == 0; // closing reports errors of its own writes only
   return std::fclose(file.release()) == 0 && is_whole ? 0 : -1;
 }
 

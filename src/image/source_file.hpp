@@ -1,4 +1,4 @@
-// Image files that are read by position.
+// Image files, read by position.
 #pragma once
 
 #include "base/unique_file.hpp"
@@ -12,14 +12,14 @@
 
 namespace dravik::image {
 
-/// The owner of an open file. It is opened as a stream and read through the descriptor of the stream.
+/// RAII owner of an open file. It is opened as a stream and read through the stream's descriptor.
 class source_file {
 public:
   explicit source_file(const char *path) noexcept : stream_(open_unbuffered(path, "r")) {}
 
   bool is_open() const noexcept { return stream_ != nullptr; }
 
-  /// The length in bytes, or -1.
+  /// Return the length in bytes, or -1.
   int64_t size() const noexcept { return seek_to_end(stream_.get()); }
 
   /// Read up to `size` bytes from a position; fewer only at the end of the file.
@@ -46,8 +46,8 @@ private:
   unique_file stream_;
 };
 
-/// Returns equal records of a file, which it reads many at a time. From the end of the file it returns
-/// `last`, with the contents that reading one record after the other into it would have left there.
+/// Returns records of equal size, which it reads many at a time. After the end of the file it returns `last`,
+/// with the contents that reading record after record into it would have left.
 class record_reader {
 public:
   record_reader(const source_file &file, uint64_t position, size_t record_size, uint8_t *last) noexcept
@@ -67,7 +67,7 @@ public:
   }
 
 private:
-  /// Everything read before has been returned: chunks hold whole records, up to the one that ends the file.
+  /// Call when all records read have been returned: a chunk holds whole records, up to the last in the file.
   void refill() noexcept {
     keep();
     const size_t size = chunk_size / record_size_ * record_size_;
@@ -77,7 +77,7 @@ private:
     ended_ = filled_ < size;
   }
 
-  /// The file ends within a record, whose beginning overwrites the previous record.
+  /// The file ends within a record: its start overwrites the previous record.
   const uint8_t *take_rest() noexcept {
     keep();
     std::memcpy(last_, chunk_.data() + taken_, filled_ - taken_);
@@ -92,7 +92,7 @@ private:
   }
 
   static constexpr size_t chunk_size = 32768;
-  static constexpr size_t slack = 4; ///< decoders may look at a word that begins in the last pixel
+  static constexpr size_t slack = 4; ///< decoders may load a word that starts in the last pixel
 
   const source_file &file_;
   uint64_t position_;

@@ -1,4 +1,4 @@
-// The event log: one line a call, stamped, appended to a file that stops growing at its cap.
+// Event log: one stamped line per call, appended to a file until it is full.
 
 #include "base/mutex_lock.hpp"
 #include "base/unique_file.hpp"
@@ -22,9 +22,9 @@ namespace {
 
 constexpr const char *path = "/tmp/dravik.log";
 
-// Initialised before any thread runs, so that several may log for the first time at once.
+// Initialised before any thread runs, so that several threads may log for the first time.
 constinit pthread_mutex_t log_mutex = PTHREAD_MUTEX_INITIALIZER;
-// 1: no banner was written yet; 2: it was, and ::tlogst holds the origin.
+// 1: the banner is not written yet; 2: it is, and ::tlogst is valid.
 constinit int log_state = 1;
 
 bool is_full() noexcept {
@@ -48,7 +48,7 @@ void write_banner(std::FILE *file) noexcept {
                static_cast<unsigned long>(tlogst.tv_usec));
 }
 
-/// The time since the banner. A clock that was set back wraps around.
+/// Return the time since the banner. It wraps if the clock was set back.
 void write_stamp(std::FILE *file) noexcept {
   const dravik_timeval time = now();
   uint32_t seconds = static_cast<uint32_t>(time.tv_sec) - static_cast<uint32_t>(tlogst.tv_sec);

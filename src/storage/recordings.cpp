@@ -1,4 +1,4 @@
-// The recordings directory: what is in it, what is oldest, and where the next event goes.
+// Recordings directory: what it contains, the oldest recordings, and the next free event slot.
 
 #include "dravik.h"
 
@@ -19,7 +19,7 @@ namespace {
 
 constexpr const char *recordings_folder = "/tmp/mmcblk0p1/REC";
 constexpr const char *function = "parse_rec_file_list";
-constexpr size_t longest_saved_path = 64; ///< of the working directory, with its end
+constexpr size_t longest_saved_path = 64; ///< of the working directory, with its NUL
 
 constexpr size_t base_length = 8;
 constexpr std::string_view extension = ".TS";
@@ -34,7 +34,7 @@ constexpr bool is_digit(char c) noexcept {
   return c >= '0' && c <= '9';
 }
 
-/// What a file name says, in whatever case it is written.
+/// A file name, parsed regardless of case.
 class recording_name {
 public:
   explicit recording_name(const char *name) noexcept {
@@ -66,7 +66,7 @@ private:
   bool is_recording_ = false;
 };
 
-/// The file with the earliest time; of several, the one seen first. Intentional: the search starts at the
+/// The file with the earliest time; of equal ones, the first found. Intentional: the search starts at the
 /// largest signed 32-bit time, so a file dated then or later is never the oldest.
 struct oldest_file {
   int32_t which = -1;
@@ -104,7 +104,7 @@ struct survey {
     }
   }
 
-  /// The first free slot from the one after the oldest on; -1 when none is.
+  /// Return the first free slot after the oldest one, cyclically; -1 if none is free.
   int32_t next_slot() const noexcept {
     for (int32_t i = 1; i <= event_slots; ++i) {
       const int32_t slot = (event.which + i) % event_slots;

@@ -23,8 +23,8 @@ static_assert(offsetof(psf_font, height) == sizeof(void *) + 4 * sizeof(int32_t)
 namespace dravik::text {
 namespace {
 
-constexpr int32_t large_glyph = 128;  ///< bytes a glyph that are worth a warning
-constexpr int32_t size_limit = 32768; ///< bytes of all glyphs of a font
+constexpr int32_t large_glyph = 128;  ///< bytes per glyph that cause a warning
+constexpr int32_t size_limit = 32768; ///< maximum bytes of all glyphs of a font
 
 constexpr std::array<uint8_t, 2> magic1 = {0x36, 0x04};
 constexpr std::array<uint8_t, 4> magic2 = {0x72, 0xB5, 0x4A, 0x86};
@@ -32,7 +32,7 @@ constexpr uint32_t header1_size = 4;
 constexpr uint32_t header2_size = 32;
 using header_bytes = std::array<uint8_t, header2_size>;
 
-/// Version 1: magic, mode, bytes a glyph. Glyphs are 8 pixels wide.
+/// Version 1: magic, mode, bytes per glyph. Glyphs are 8 pixels wide.
 uint32_t take_header1(const header_bytes &header, psf_font &slot) noexcept {
   const uint8_t mode = header[2], charsize = header[3];
   slot.version = 1;
@@ -42,7 +42,7 @@ uint32_t take_header1(const header_bytes &header, psf_font &slot) noexcept {
   return header1_size;
 }
 
-/// Version 2: magic, version, header size, flags, length, bytes a glyph, height, width.
+/// Version 2: magic, version, header size, flags, length, bytes per glyph, height, width.
 uint32_t take_header2(const header_bytes &header, psf_font &slot) noexcept {
   byte_reader reader{header};
   reader.seek(8);
@@ -56,11 +56,11 @@ uint32_t take_header2(const header_bytes &header, psf_font &slot) noexcept {
   return header_size;
 }
 
-/// Reads the header into the slot and gives the position of the glyphs; a file of another format leaves
-/// version 0.
+/// Read the header into the slot and return the position of the glyphs. A file of another format
+/// leaves version 0.
 uint32_t read_header(std::FILE *file, const char *path, psf_font &slot) noexcept {
   header_bytes header = {};
-  // A file that ends early reads as zeros from there on.
+  // Bytes missing from a truncated file are 0.
   [[maybe_unused]] const size_t got = std::fread(header.data(), 1, header.size(), file);
   if (std::equal(magic1.begin(), magic1.end(), header.begin()))
     return take_header1(header, slot);
@@ -71,8 +71,8 @@ uint32_t read_header(std::FILE *file, const char *path, psf_font &slot) noexcept
   return 0;
 }
 
-/// Memory for the slot's glyphs. The size is a 32-bit product, which may wrap: what is then small enough
-/// passes the size test, but is never allocated.
+/// Allocate memory for the glyphs of the slot. The size is a 32-bit product, which may wrap: a product that
+/// is small only because it wrapped passes the size check, but is never allocated.
 heap_block allocate_glyphs(const char *path, const psf_font &slot) noexcept {
   if (slot.charsize > large_glyph)
     log_printf("font character size > 128 bytes");
@@ -114,7 +114,7 @@ int load(const char *path, psf_font &slot) noexcept {
   const auto size = static_cast<size_t>(slot.length) * static_cast<size_t>(slot.charsize);
   const bool found = std::fseek(file.get(), static_cast<long>(glyphs_at), SEEK_SET) == 0;
   const size_t got = found ? std::fread(block.get(), 1, size, file.get()) : 0;
-  std::memset(block.get() + got, 0, size - got); // glyphs that the file does not hold are empty
+  std::memset(block.get() + got, 0, size - got); // missing glyphs are blank
   slot.ptr = block.release();
   return 0;
 }

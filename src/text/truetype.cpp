@@ -1,5 +1,5 @@
-// Smooth text in any script: FreeType's coverage is composed on a plane of 16 levels, and the text's box on
-// it is copied to the screen through a ramp of the colour table.
+// Anti-aliased text in any script: FreeType's coverage is composed in a buffer of 16 levels, and the box
+// around the text is copied to the screen through a ramp of the colour table.
 
 #include "base/byte_reader.hpp"
 #include "fb/colour_table.hpp"
@@ -41,18 +41,18 @@ constexpr uint16_t line_feed = 10;
 constexpr uint16_t space = 32;
 constexpr FT_UInt dots_per_inch = 80;
 constexpr int32_t pen_column = 10;
-constexpr int32_t pen_row = 100;  ///< of FreeType's rows, which count upwards
-constexpr int32_t baseline = 200; ///< the plane row of FreeType's row 0 at the pen
+constexpr int32_t pen_row = 100;  ///< of FreeType's rows, which grow upwards
+constexpr int32_t baseline = 200; ///< buffer row of FreeType's row 0 at the pen
 
 // ------------------------------------------------------------------------------------------------ the string
 
-/// Unit `i` of a string that may begin at any address.
+/// Return unit `i` of a string with any alignment.
 uint16_t unit_at(const void *text, int32_t i) noexcept {
   byte_reader reader{{static_cast<const uint8_t *>(text) + ptrdiff_t{i} * 2, 2}};
   return reader.u16le();
 }
 
-/// Copies the string up to its end, its first line feed or as many units as fit.
+/// Copy the string up to its end, its first line feed or the maximum number of units.
 void take_string(const void *text) noexcept {
   for (unicode_len = 0; unicode_len < DRAVIK_TEXT_UNITS; ++unicode_len) {
     const uint16_t unit = unit_at(text, unicode_len);
@@ -77,13 +77,13 @@ uint8_t *cells_of(int64_t row) noexcept {
   return image_buffer + ptrdiff_t{plane_row(row)} * plane_width;
 }
 
-/// Row `r` from the top; a negative pitch means that the rows lie bottom-up.
+/// Return row `r` from the top; a negative pitch means bottom-up rows.
 const uint8_t *row_of(const FT_Bitmap &bitmap, uint32_t r) noexcept {
   const ptrdiff_t pitch = bitmap.pitch;
   return bitmap.buffer + (pitch >= 0 ? r * pitch : -pitch * static_cast<ptrdiff_t>(bitmap.rows - 1 - r));
 }
 
-/// Coverage of one pixel in 16 levels. Fonts may bring bitmaps of their own, of one bit or 256 greys.
+/// Return the coverage of one pixel in 16 levels. Fonts may contain bitmaps with one bit or 256 grey levels.
 uint8_t level(const FT_Bitmap &bitmap, const uint8_t *row, uint32_t column) noexcept {
   switch (bitmap.pixel_mode) {
   case FT_PIXEL_MODE_GRAY:
@@ -95,8 +95,8 @@ uint8_t level(const FT_Bitmap &bitmap, const uint8_t *row, uint32_t column) noex
   }
 }
 
-/// Stores a row of levels from a column on. Cells past an edge of the plane land on its last column, in their
-/// order.
+/// Store a row of levels from a column on. Levels beyond an edge of the buffer are stored in its last
+/// column, in order.
 void put_levels(uint8_t *cells, int64_t start, const FT_Bitmap &bitmap, const uint8_t *row) noexcept {
   for (uint32_t column = 0; column < bitmap.width; ++column)
     cells[plane_column(start + column)] = level(bitmap, row, column);
@@ -107,18 +107,18 @@ void put_grey_row(uint8_t *cells, const FT_Bitmap &bitmap, const uint8_t *row) n
                  [](uint8_t grey) { return static_cast<uint8_t>(grey >> 4); });
 }
 
-/// Clears what an earlier glyph left between the pen and this glyph's first column.
+/// Clear what an earlier glyph left between the pen and the first column of this glyph.
 void clear_levels(uint8_t *cells, int64_t start, int64_t count) noexcept {
   const int32_t first = plane_column(start), last = plane_column(start + count - 1);
   if (count > 0)
     std::memset(cells + first, 0, static_cast<size_t>(last - first) + 1);
 }
 
-/// The place of a glyph on the plane.
+/// Position of a glyph in the buffer.
 struct placed_glyph {
   int64_t pen;  ///< column of the pen
-  int64_t left; ///< from the pen to the bitmap's first column
-  int64_t top;  ///< row of the bitmap's first row
+  int64_t left; ///< from the pen to the first column of the bitmap
+  int64_t top;  ///< row of the first row of the bitmap
 };
 
 void compose(const FT_Bitmap &bitmap, const placed_glyph &at) noexcept {
@@ -143,7 +143,7 @@ constexpr int32_t to_int32(int64_t value) noexcept {
   return static_cast<int32_t>(value);
 }
 
-/// Widens the text's box by one glyph of the string.
+/// Extend the box of the text by one glyph.
 void widen_box(const FT_GlyphSlotRec &glyph, const placed_glyph &at, int32_t index) noexcept {
   if (index == 0 && at.left < 0)
     sx = std::min(sx, to_int32(at.left + pen_column));
@@ -158,12 +158,12 @@ bool failed(const char *message) noexcept {
   return false;
 }
 
-/// Moves the pen as far as the font pleases; where its type is narrow it wraps.
+/// Advance the pen by any distance that a font specifies; it wraps where its type is narrow.
 void advance(FT_Pos &pen, FT_Pos by) noexcept {
   pen = static_cast<FT_Pos>(static_cast<FT_ULong>(pen) + static_cast<FT_ULong>(by));
 }
 
-/// Composes one unit of the string and moves the pen on.
+/// Compose one unit of the string and advance the pen.
 bool render_unit(FT_Face face, FT_Vector &pen, int32_t index) noexcept {
   FT_Matrix identity = {0x10000, 0, 0, 0x10000};
   FT_Set_Transform(face, &identity, &pen);
@@ -196,7 +196,7 @@ template <auto Done> struct ft_deleter {
 using library_owner = std::unique_ptr<FT_LibraryRec_, ft_deleter<FT_Done_FreeType>>;
 using face_owner = std::unique_ptr<FT_FaceRec_, ft_deleter<FT_Done_Face>>;
 
-/// Composes the string on the plane and measures its box.
+/// Compose the string in the buffer and measure its box.
 bool render(uint32_t font_size, uint32_t font) noexcept {
   std::memset(image_buffer, 0, sizeof image_buffer);
   sx = pen_column;
@@ -224,13 +224,13 @@ bool render(uint32_t font_size, uint32_t font) noexcept {
 
 // ------------------------------------------------------------------------------------------------ the screen
 
-/// at - size / 2, but 0 unless `compared` is above size / 2.
+/// Return at - size / 2, but 0 unless `compared` is greater than size / 2.
 constexpr int32_t centred(int32_t at, int32_t compared, int32_t size) noexcept {
   const int32_t half = size >> 1;
   return compared > half ? to_int32(int64_t{at} - half) : 0;
 }
 
-/// The start of a stretch that leaves `room / share` before it; `at` when it is larger than the plane.
+/// Return a start with 1 / `share` of the free space before it; `at` if the size exceeds the buffer.
 constexpr int32_t against(int32_t at, int32_t size, int32_t plane_size, int32_t share) noexcept {
   return size <= plane_size ? to_int32((int64_t{plane_size} - size) / share) : at;
 }
@@ -256,8 +256,9 @@ position aligned(position at, int32_t align) noexcept {
   }
 }
 
-/// The part of a row of the box to draw on a line. Nothing is written before frame buffer memory. A box that
-/// leaves the plane is as large as the font makes it, so it also ends with that memory.
+/// Return the part of a row of the box to draw on a line. Nothing is written before frame buffer
+/// memory. A box that extends beyond the buffer has a size that the font determines, so it also ends
+/// with frame buffer memory.
 fb::row_part drawable_part(const fb::memory_bounds &memory, int32_t x, int64_t line) noexcept {
   const bool on_plane = sx >= 0 && ex < plane_width && sy >= 0 && ey < plane_height;
   const auto width = static_cast<size_t>(std::max<int64_t>(int64_t{ex} + 1 - sx, 0));
@@ -265,7 +266,7 @@ fb::row_part drawable_part(const fb::memory_bounds &memory, int32_t x, int64_t l
   return {in_memory.first, on_plane ? width : in_memory.end};
 }
 
-/// Draws levels in the colours of a ramp; without its background where it is transparent.
+/// Draws levels in the colours of a ramp; level 0 is not drawn if `Transparent`.
 template <bool Transparent> struct level_painter {
   std::span<const uint16_t, DRAVIK_RAMP_STEPS> ramp;
 
@@ -277,7 +278,7 @@ template <bool Transparent> struct level_painter {
     if (!Transparent || level != 0)
       std::fill_n(to, std::max<int64_t>(count, 0), ramp[level]);
   }
-  /// Around the letters and inside their strokes cells are alike: such are drawn eight at a time.
+  /// Around letters and inside strokes, levels are equal: eight equal levels are drawn as one fill.
   void copy(pixel *to, int64_t count, const uint8_t *cells) const noexcept {
     int64_t c = 0;
     for (uint64_t eight; c + 8 <= count; c += 8) {
@@ -294,7 +295,7 @@ template <bool Transparent> struct level_painter {
   }
 };
 
-/// Draws a part of a row of the box; columns left or right of the plane repeat its edge.
+/// Draw a part of a row of the box; columns beyond the buffer repeat its edge.
 template <class Painter>
 void copy_row(const uint8_t *cells, fb::row_part part, pixel *to, Painter painter) noexcept {
   const auto first = static_cast<int64_t>(part.first), end = static_cast<int64_t>(part.end);

@@ -1,4 +1,4 @@
-// CRC-32 of blocks and files. The tables are constants, so that any number of threads may compute at once.
+// CRC-32 of blocks and files. The tables are constants, so any number of threads may use them.
 
 #include "util/crc32.hpp"
 
@@ -13,13 +13,13 @@ namespace dravik::util {
 namespace {
 
 constexpr uint32_t reflected_polynomial = 0xEDB88320;
-/// Bytes taken at once. The look-ups run side by side, as far as the machine has room for them and for
-/// tables.
+/// Bytes per step. Their table lookups are independent; larger machines have more registers and
+/// cache for them.
 constexpr size_t step = 2 * sizeof(void *);
 
 using byte_table = std::array<uint32_t, 256>;
 
-/// Table k tells what a byte does to the register once k more bytes have followed it.
+/// Table k: the effect of a byte on the register after k more bytes.
 constexpr std::array<byte_table, step> tables = [] {
   std::array<byte_table, step> made{};
   for (uint32_t byte = 0; byte < 256; ++byte) {
@@ -41,14 +41,14 @@ uint32_t word_at(const uint8_t *bytes) noexcept {
   return word;
 }
 
-/// The register after four bytes and as many more as follow them, what those do by themselves left out.
+/// Return the register after four bytes that `followers` bytes follow, without the effect of those.
 inline uint32_t take_word(uint32_t value, const uint8_t *bytes, size_t followers) noexcept {
   value ^= word_at(bytes);
   return tables[followers + 3][value & 0xFF] ^ tables[followers + 2][value >> 8 & 0xFF] ^
          tables[followers + 1][value >> 16 & 0xFF] ^ tables[followers][value >> 24];
 }
 
-/// The register after a whole step. Only the first four bytes wait for it: they come last.
+/// Return the register after a step. Only its first four bytes depend on the register: they come last.
 inline uint32_t take_step(uint32_t value, const uint8_t *bytes) noexcept {
   uint32_t rest = 0;
   for (size_t at = 4; at < step; ++at)

@@ -1,4 +1,4 @@
-// CRC-32 as of zlib, PNG and Ethernet.
+// CRC-32 of zlib, PNG and Ethernet.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// The device's region: a number whose checksum stands in a file.
+// Region of the device: a number whose checksum is stored in a file.
 
 #include "base/byte_reader.hpp"
 #include "base/unique_file.hpp"
@@ -34,7 +34,7 @@ uint32_t find_number(uint32_t value) noexcept {
   return DRAVIK_NONE;
 }
 
-/// The value in a region file; what a short one lacks is zero. False when it cannot be opened.
+/// Read the value in a region file; missing bytes are 0. Return false if the file cannot be opened.
 bool read_value(const char *path, uint32_t &value) noexcept {
   const unique_file file = open_file(path, "r");
   if (file == nullptr)
@@ -45,7 +45,7 @@ bool read_value(const char *path, uint32_t &value) noexcept {
   return true;
 }
 
-/// The upper-case code of a number, or the default for one that is in no record.
+/// Return the upper-case code of a number, or the default if the number is not in ::area_code_list.
 const char *code_of(uint32_t number) noexcept {
   for (const area_code &record : area_code_list)
     if (record.dialling_code == number)

@@ -1,4 +1,4 @@
-// The word whose checksum stands for a region number.
+// The word whose checksum represents a region number.
 #pragma once
 
 #include "dravik.h"
@@ -8,8 +8,8 @@
 
 namespace dravik::util {
 
-/// Three fields of ten bits: the number between its neighbours, or three times itself where a neighbour would
-/// wrap.
+/// Three fields of ten bits: the number between its neighbours, or three times the number itself if a
+/// neighbour would wrap.
 constexpr std::array<uint8_t, 4> region_word(uint32_t n) noexcept {
   const bool at_end = n == 0 || n == DRAVIK_REGION_NUMBERS - 1;
   const uint32_t after = at_end ? n : n + 1, before = at_end ? n : n - 1;
