@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <unistd.h>
 
 namespace dravik {
 
@@ -26,9 +27,10 @@ inline unique_file open_unbuffered(const char *path, const char *mode) noexcept 
   return file;
 }
 
-/// Return the length of a file in bytes, or -1. Leaves the stream at its end.
+/// Return the length in bytes of a file of which nothing was read yet, or -1. Leaves the descriptor at the end:
+/// rewind the stream before reading it. std::fseek() would allocate a buffer and query the file twice.
 inline int64_t seek_to_end(std::FILE *file) noexcept {
-  return std::fseek(file, 0, SEEK_END) == 0 ? std::ftell(file) : -1;
+  return ::lseek(::fileno(file), 0, SEEK_END);
 }
 
 } // namespace dravik

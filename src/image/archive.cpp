@@ -51,7 +51,7 @@ bool is_readable_file(const char *path) noexcept {
 
 /// Read the whole file. Return an empty block on failure, after reporting it.
 heap_block read_whole(const char *path, size_t &length) noexcept {
-  const unique_file file = open_file(path, "rb");
+  const unique_file file = open_unbuffered(path, "rb");
   if (file == nullptr) {
     log_printf("open %s error", path);
     return {};

@@ -35,12 +35,17 @@ struct picture {
   /// Return the position of the n-th row of the file.
   position place_of(uint32_t n) const noexcept { return at.moved(0, header.height - 1 - n); }
   pixel *row(uint32_t n) const noexcept { return on.at(place_of(n)); }
+
+  /// One record per row on the screen. The size in the header is that of the file.
+  record_range records(size_t record_size) const noexcept {
+    return {header.data_offset, record_size, header.height, header.file_size};
+  }
 };
 
 /// Draw all rows of an image through `decode`.
 template <class Decode> void decode_rows(const picture &from, Decode decode) noexcept {
   const uint32_t width = from.header.width;
-  record_reader rows(from.file, from.header.data_offset, bmp_row_size(width, from.header.bits), ::image);
+  record_reader rows(from.file, from.records(bmp_row_size(width, from.header.bits)), ::image);
   for (uint32_t n = 0; n < from.header.height; ++n)
     decode(from.row(n), rows.next(), width);
 }
@@ -172,7 +177,7 @@ template <class Paint> void draw_keyed(const picture &from, Paint paint) noexcep
   std::array<uint16_t, DRAVIK_BMP_WIDEST * 2> last;
   last.fill(DRAVIK_MAGENTA_KEY);
   const uint32_t width = from.header.width;
-  record_reader rows(from.file, from.header.data_offset, size_t{2} * bmp_row_size(width, 16),
+  record_reader rows(from.file, from.records(size_t{2} * bmp_row_size(width, 16)),
                      reinterpret_cast<uint8_t *>(last.data()));
   for (uint32_t n = 0; n < from.header.height; ++n)
     put_keyed_row(from.row(n), rows.next(), width, key_colour<false>{DRAVIK_MAGENTA_KEY}, paint);

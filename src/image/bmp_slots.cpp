@@ -40,7 +40,7 @@ int load_slot(size_t slot, const char *dir, const char *name) noexcept {
   const int length = std::snprintf(path.data(), path.size(), "%s/%s", dir, name);
   if (length < 0 || static_cast<size_t>(length) >= path.size())
     return log_printf("path too long: %s", name);
-  unique_file file = open_file(path.data(), "r");
+  unique_file file = open_unbuffered(path.data(), "r");
   if (file == nullptr)
     return log_printf("fopen %s err", path.data());
 

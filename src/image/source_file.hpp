@@ -3,6 +3,7 @@
 
 #include "base/unique_file.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -46,18 +47,32 @@ private:
   unique_file stream_;
 };
 
+/// Where equal records are in a file: `count` of them from `position`, in a file of `file_size` bytes.
+struct record_range {
+  uint64_t position;
+  size_t record_size;
+  uint64_t count;
+  uint64_t file_size;
+
+  /// The bytes that the file has of them.
+  uint64_t size() const noexcept {
+    return position < file_size ? std::min(count * record_size, file_size - position) : 0;
+  }
+};
+
 /// Returns records of equal size, which it reads many at a time. After the end of the file it returns `last`,
 /// with the contents that reading record after record into it would have left.
 class record_reader {
 public:
-  record_reader(const source_file &file, uint64_t position, size_t record_size, uint8_t *last) noexcept
-      : file_(file), position_(position), record_size_(record_size), last_(last) {}
+  record_reader(const source_file &file, const record_range &range, uint8_t *last) noexcept
+      : file_(file), position_(range.position), left_(range.size()), record_size_(range.record_size),
+        last_(last) {}
   ~record_reader() noexcept { keep(); }
   record_reader(const record_reader &) = delete;
   record_reader &operator=(const record_reader &) = delete;
 
   const uint8_t *next() noexcept {
-    if (filled_ - taken_ < record_size_ && !ended_)
+    if (filled_ - taken_ < record_size_ && left_ != 0)
       refill();
     if (filled_ - taken_ < record_size_)
       return take_rest();
@@ -70,11 +85,12 @@ private:
   /// Call when all records read have been returned: a chunk holds whole records, up to the last in the file.
   void refill() noexcept {
     keep();
-    const size_t size = chunk_size / record_size_ * record_size_;
+    const auto size =
+        static_cast<size_t>(std::min<uint64_t>(chunk_size / record_size_ * record_size_, left_));
     filled_ = file_.read(chunk_.data(), size, position_);
     taken_ = 0;
     position_ += filled_;
-    ended_ = filled_ < size;
+    left_ = filled_ < size ? 0 : left_ - size;
   }
 
   /// The file ends within a record: its start overwrites the previous record.
@@ -96,11 +112,11 @@ private:
 
   const source_file &file_;
   uint64_t position_;
+  uint64_t left_; ///< bytes still to be read
   size_t record_size_;
   uint8_t *last_;
   const uint8_t *current_ = nullptr;
   size_t filled_ = 0, taken_ = 0;
-  bool ended_ = false;
   std::array<uint8_t, chunk_size + slack> chunk_;
 };
 

@@ -57,7 +57,7 @@ inline uint32_t take_step(uint32_t value, const uint8_t *bytes) noexcept {
 }
 
 uint32_t crc32_of_file(const char *path) noexcept {
-  unique_file file = open_file(path, "r");
+  unique_file file = open_unbuffered(path, "r");
   if (file == nullptr)
     return DRAVIK_NONE;
   const int64_t end = seek_to_end(file.get());
