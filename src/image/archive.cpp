@@ -4,9 +4,9 @@
 #include "base/heap_block.hpp"
 #include "base/unique_file.hpp"
 #include "fb/colour_table.hpp"
-#include "fb/pair_row.hpp"
 #include "fb/ramps.hpp"
 #include "image/placement.hpp"
+#include "kernels/kernels.hpp"
 
 #include <algorithm>
 #include <array>
@@ -175,101 +175,40 @@ position place_art(position at, const art &what, int32_t align) noexcept {
   return at;
 }
 
-/// The colours of a ramp, and the pixel pairs made of them.
-struct ramp_pairs {
-  std::array<uint16_t, DRAVIK_RAMP_STEPS> colours;
-  fb::pair_table pairs;
-};
-
-/// Return the pixel pairs of a ramp, cached until the colours of the ramp change. A new cache is valid for a
-/// ramp of zeros.
-const ramp_pairs &pairs_of(uint8_t ramp) noexcept {
-  static constinit std::array<ramp_pairs, DRAVIK_RAMPS> tables = {};
-  ramp_pairs &table = tables[ramp];
-  const auto colours = fb::ramp_colours(ramp);
-  if (std::ranges::equal(colours, table.colours))
-    return table;
-  std::ranges::copy(colours, table.colours.begin());
-  fb::make_pairs(table.pairs, [colours](size_t level) { return colours[level]; });
-  return table;
-}
-
-/// Levels are examined a machine word at a time: two per byte, the left one in bits 7:4.
-using levels = size_t;
-constexpr size_t levels_a_word = sizeof(levels) * 2;
-constexpr levels lowest_of_levels = ~levels{0} / 15, lowest_of_bytes = ~levels{0} / 255;
-
-/// Return the lowest bit of each level, set if the level is not 0.
-constexpr levels present_in(levels word) noexcept {
-  return (word | word >> 1 | word >> 2 | word >> 3) & lowest_of_levels;
-}
-
-/// Draw the levels that are not 0: first bytes with two of them as pairs, then single ones.
-void put_present(pixel *to, levels word, levels present, const ramp_pairs &table) noexcept {
-  const levels both = present & present >> 4 & lowest_of_bytes;
-  for (levels left = both; left != 0; left &= left - 1) {
-    const auto at = static_cast<unsigned>(std::countr_zero(left));
-    fb::store(to + at / 4, table.pairs[word >> at & 0xFF]);
-  }
-  for (levels left = present ^ both * 0x11; left != 0; left &= left - 1) {
-    const auto at = static_cast<unsigned>(std::countr_zero(left));
-    to[(at / 4) ^ 1] = table.colours[word >> at & 0x0F];
-  }
-}
-
-/// Draw a row; level 0 leaves its pixel unchanged. Most words of artwork are empty or full.
-void paint_transparent_row(pixel *to, const uint8_t *from, size_t width, const ramp_pairs &table) noexcept {
-  for (; width >= levels_a_word; width -= levels_a_word, to += levels_a_word, from += sizeof(levels)) {
-    levels word;
-    std::memcpy(&word, from, sizeof word);
-    const levels present = present_in(word);
-    if (present == lowest_of_levels) {
-      fb::put_pair_row(to, from, levels_a_word, table.pairs);
-    } else {
-      put_present(to, word, present, table);
+/// Draw the part of each row that is in frame buffer memory. The first pixel of a part is drawn by itself if it
+/// is the right one of its byte.
+void paint_parts(const kernels::picture &rows, position at, const kernels::ramp &ramp, bool transparent,
+                 const fb::memory_bounds &memory) noexcept {
+  const auto put = transparent ? kernels::active->levels_over : kernels::active->levels;
+  pixel *to = rows.to;
+  const uint8_t *from = rows.from;
+  for (size_t n = 0; n < rows.count; ++n, to = fb::step(to, rows.pitch), from += rows.stride) {
+    fb::row_part part = memory.part_of(at.x, at.y + static_cast<int64_t>(n), rows.width);
+    if (part.empty())
+      continue;
+    if (part.first % 2 != 0) {
+      const uint8_t level = from[part.first / 2] & 0x0F;
+      if (!transparent || level != 0)
+        to[part.first] = ramp.colours[level];
+      ++part.first;
     }
-  }
-  levels rest = 0;
-  for (size_t i = 0; i < (width + 1) / 2; ++i)
-    rest |= levels{from[i]} << (8 * i);
-  if (width % 2 != 0)
-    rest &= ~(levels{0x0F} << (width / 2 * 8)); // the padding of the row
-  put_present(to, rest, present_in(rest), table);
-}
-
-/// Draw a part of a row. A part that starts at the right pixel of a byte skips the left one.
-void paint_row(pixel *to, const uint8_t *from, fb::row_part part, const ramp_pairs &table,
-               bool transparent) noexcept {
-  if (part.empty())
-    return;
-  if (part.first % 2 != 0) {
-    const uint8_t level = from[part.first / 2] & 0x0F;
-    if (!transparent || level != 0)
-      to[part.first] = table.colours[level];
-    ++part.first;
-  }
-  to += part.first;
-  from += part.first / 2;
-  if (transparent) {
-    paint_transparent_row(to, from, part.end - part.first, table);
-  } else {
-    fb::put_pair_row(to, from, part.end - part.first, table.pairs);
+    if (!part.empty())
+      put({to + part.first, 0, from + part.first / 2, 0, part.end - part.first, 1}, ramp);
   }
 }
 
 void paint(const art &what, position at, uint16_t fg, uint16_t bg) noexcept {
-  const ramp_pairs &table = pairs_of(fb::artwork_ramp(bg, fg));
+  const uint8_t number = fb::artwork_ramp(bg, fg);
+  const kernels::ramp ramp = {number, fb::ramp_colours(number).data()};
+  const bool transparent = bg == DRAVIK_TRANSPARENT;
   const fb::surface on = fb::screen();
-  const bool oversized = fb::is_oversized(on, what.width, what.height);
-  const fb::memory_bounds memory = fb::memory_of(on);
   const size_t row_bytes = (size_t{what.width} + 1) / 2;
-  fb::row_part part = {0, what.width};
-  for (uint32_t n = 0; n < what.height; ++n) {
-    if (oversized)
-      part = memory.part_of(at.x, int64_t{at.y} + n, what.width);
-    paint_row(fb::step(on.at(at), static_cast<ptrdiff_t>(n) * on.pitch), what.pixels + n * row_bytes, part,
-              table, bg == DRAVIK_TRANSPARENT);
-  }
+  const kernels::picture rows = {on.at(at),  on.pitch,   what.pixels, static_cast<ptrdiff_t>(row_bytes),
+                                 what.width, what.height};
+  if (fb::is_oversized(on, what.width, what.height))
+    return paint_parts(rows, at, ramp, transparent, fb::memory_of(on));
+  const auto put = transparent ? kernels::active->levels_over : kernels::active->levels;
+  put(rows, ramp);
 }
 
 int show(position at, uint32_t slot, int32_t index, uint16_t fg, uint16_t bg, int32_t align) noexcept {

@@ -3,9 +3,9 @@
 #include "fb/bit_row.hpp"
 #include "fb/colours.hpp"
 #include "image/bmp_format.hpp"
-#include "image/keyed_row.hpp"
 #include "image/placement.hpp"
 #include "image/source_file.hpp"
+#include "kernels/kernels.hpp"
 
 #include <algorithm>
 #include <array>
@@ -50,6 +50,14 @@ template <class Decode> void decode_rows(const picture &from, Decode decode) noe
     decode(from.row(n), rows.next(), width);
 }
 
+kernels::picture one_row(pixel *to, const uint8_t *row, uint32_t width) noexcept {
+  return {to, 0, row, 0, width, 1};
+}
+
+void draw_true_colour(const picture &from, void (*put)(const kernels::picture &) noexcept) noexcept {
+  decode_rows(from, [put](pixel *to, const uint8_t *row, uint32_t width) { put(one_row(to, row, width)); });
+}
+
 void read_palette(const source_file &file, uint32_t colours) noexcept {
   constexpr uint32_t most = DRAVIK_PALETTE_ENTRIES;
   const uint32_t count = colours == 0 ? most : std::min(colours, most);
@@ -89,44 +97,7 @@ void draw_8bit(const picture &from) noexcept {
   for (size_t i = 0; i < colours.size(); ++i)
     colours[i] = palette_colour(i);
   decode_rows(from, [&colours](pixel *to, const uint8_t *row, uint32_t width) {
-    for (; width >= 2; width -= 2, to += 2, row += 2)
-      fb::store(to, fb::pixel_pair(colours[row[0]], colours[row[1]]));
-    if (width != 0)
-      *to = colours[*row];
-  });
-}
-
-/// Convert one pixel, or each one of a vector.
-template <class Words> constexpr Words rgb565_of(Words pixels) noexcept {
-  return fb::truncated_rgb565<fb::channel_order::bgr>(pixels);
-}
-
-uint32_t word_at(const uint8_t *bytes) noexcept {
-  uint32_t word;
-  std::memcpy(&word, bytes, sizeof word);
-  return word;
-}
-
-/// Store two pixels, or as many pairs as the vectors have words: the left pixels of the pairs come from the
-/// first vector, the right ones from the second.
-template <class Words> void put_pairs(pixel *to, Words left, Words right) noexcept {
-  fb::store(to, rgb565_of(right) << 16 | rgb565_of(left));
-}
-
-template <size_t PixelSize> void draw_true_colour(const picture &from) noexcept {
-  constexpr size_t pair = 2 * PixelSize;
-  [[maybe_unused]] constexpr auto every_other = [](const uint8_t *row) {
-    return fb::vector_of_4{word_at(row), word_at(row + pair), word_at(row + 2 * pair),
-                           word_at(row + 3 * pair)};
-  };
-  decode_rows(from, [=](pixel *to, const uint8_t *row, uint32_t width) {
-    if constexpr (fb::has_wide_registers)
-      for (; width >= 8; width -= 8, to += 8, row += 4 * pair)
-        put_pairs(to, every_other(row), every_other(row + PixelSize));
-    for (; width >= 2; width -= 2, to += 2, row += pair)
-      put_pairs(to, word_at(row), word_at(row + PixelSize));
-    if (width != 0)
-      *to = static_cast<uint16_t>(rgb565_of(word_at(row)));
+    kernels::active->indexed(one_row(to, row, width), colours.data());
   });
 }
 
@@ -171,25 +142,27 @@ void copy_rows(const picture &from) noexcept {
   }
 }
 
-/// Draw 16-bit rows with a colour key. Intentional: each step reads two rows of the file and draws the first.
-template <class Paint> void draw_keyed(const picture &from, Paint paint) noexcept {
-  // What an empty file leaves here is transparent.
+/// 16 bits with a colour key. Intentional: each step reads two rows of the file and draws the first.
+template <class Put> void draw_keyed(const picture &from, Put put) noexcept {
+  // Pixels of a file without any are transparent.
   std::array<uint16_t, DRAVIK_BMP_WIDEST * 2> last;
   last.fill(DRAVIK_MAGENTA_KEY);
   const uint32_t width = from.header.width;
   record_reader rows(from.file, from.records(size_t{2} * bmp_row_size(width, 16)),
                      reinterpret_cast<uint8_t *>(last.data()));
   for (uint32_t n = 0; n < from.header.height; ++n)
-    put_keyed_row(from.row(n), rows.next(), width, key_colour<false>{DRAVIK_MAGENTA_KEY}, paint);
+    put(one_row(from.row(n), rows.next(), width));
 }
 
 void draw_16bit(const picture &from, uint32_t mode) noexcept {
   if (mode == DRAVIK_BMP_COPY)
     copy_rows(from);
   if (mode == DRAVIK_BMP_KEYED)
-    draw_keyed(from, own_colour);
+    draw_keyed(from, [](const kernels::picture &row) { kernels::active->keyed(row, DRAVIK_MAGENTA_KEY); });
   if (mode == DRAVIK_BMP_SILHOUETTE)
-    draw_keyed(from, silhouette);
+    draw_keyed(from, [](const kernels::picture &row) {
+      kernels::active->silhouette(row, DRAVIK_MAGENTA_KEY, false, bmp_silhouette);
+    });
 }
 
 void draw(const picture &from, uint32_t mode) noexcept {
@@ -206,9 +179,9 @@ void draw(const picture &from, uint32_t mode) noexcept {
   case 16:
     return draw_16bit(from, mode);
   case 24:
-    return draw_true_colour<3>(from);
+    return draw_true_colour(from, kernels::active->bgr24);
   case 32:
-    return draw_true_colour<4>(from);
+    return draw_true_colour(from, kernels::active->bgr32);
   default:
     return;
   }

@@ -3,9 +3,10 @@
 #include "base/heap_block.hpp"
 #include "base/unique_file.hpp"
 #include "fb/fill.hpp"
+#include "fb/vectors.hpp"
 #include "image/bmp_format.hpp"
-#include "image/keyed_row.hpp"
 #include "image/placement.hpp"
+#include "kernels/kernels.hpp"
 
 #include <algorithm>
 #include <array>
@@ -135,20 +136,30 @@ void copy_row(pixel *to, const uint8_t *from, size_t size) noexcept {
   copy_quad(last);
 }
 
-void draw(const picture &from, int32_t mode) noexcept {
-  const size_t size = stride(from.header, mode);
+void copy(const picture &from) noexcept {
   const uint32_t width = from.header.width;
+  const size_t size = stride(from.header, DRAVIK_BMP_COPY);
   const fb::memory_bounds memory = fb::memory_of(from.on);
   const uint8_t *row = from.rows;
-  for (uint32_t n = 0; n < from.header.height; ++n, row += size) {
-    if (mode == DRAVIK_BMP_COPY) {
-      copy_row(from.row(n), row, stored_bytes(memory, from.place_of(n), width, size));
-    } else if (mode == DRAVIK_BMP_KEYED) {
-      put_keyed_row(from.row(n), row, width, key_colour<false>{DRAVIK_MAGENTA_KEY}, own_colour);
-    } else {
-      put_keyed_row(from.row(n), row, width, key_colour<true>{DRAVIK_MAGENTA_KEY}, silhouette);
-    }
-  }
+  for (uint32_t n = 0; n < from.header.height; ++n, row += size)
+    copy_row(from.row(n), row, stored_bytes(memory, from.place_of(n), width, size));
+}
+
+/// From the bottom line up.
+kernels::picture keyed_rows(const picture &from, int32_t mode) noexcept {
+  const auto distance = static_cast<ptrdiff_t>(stride(from.header, mode));
+  return {from.row(0), -from.on.pitch, from.rows, distance, from.header.width, from.header.height};
+}
+
+void draw(const picture &from, int32_t mode) noexcept {
+  if (from.header.height == 0)
+    return;
+  if (mode == DRAVIK_BMP_COPY)
+    return copy(from);
+  const kernels::picture rows = keyed_rows(from, mode);
+  if (mode == DRAVIK_BMP_KEYED)
+    return kernels::active->keyed(rows, DRAVIK_MAGENTA_KEY);
+  kernels::active->silhouette(rows, DRAVIK_MAGENTA_KEY, true, bmp_silhouette);
 }
 
 /// Return whether the image fits on the screen; log if not.

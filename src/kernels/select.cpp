@@ -1,0 +1,40 @@
+// Selects the loops for the machine at hand, once, when the library is loaded.
+
+#include "kernels/kernels.hpp"
+
+namespace dravik::kernels {
+
+constinit const machine *active = &plain;
+constinit crc32_loop crc32 = crc32_by_tables;
+
+#ifdef DRAVIK_X86_KERNELS
+namespace {
+
+bool is_v2() noexcept {
+  return __builtin_cpu_supports("ssse3") && __builtin_cpu_supports("sse4.2") &&
+         __builtin_cpu_supports("popcnt");
+}
+
+bool is_v4() noexcept {
+  return is_v2() && __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2") &&
+         __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+         __builtin_cpu_supports("avx512cd") && __builtin_cpu_supports("avx512dq") &&
+         __builtin_cpu_supports("avx512vl");
+}
+
+[[gnu::constructor]] void select() noexcept {
+  __builtin_cpu_init();
+  if (is_v4())
+    active = &x86_64_v4;
+  else if (is_v2())
+    active = &x86_64_v2;
+  if (is_v2() && __builtin_cpu_supports("pclmul"))
+    crc32 = crc32_by_16;
+  if (is_v4() && __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("vpclmulqdq"))
+    crc32 = crc32_by_64;
+}
+
+} // namespace
+#endif
+
+} // namespace dravik::kernels
