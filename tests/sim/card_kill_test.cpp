@@ -1,14 +1,17 @@
 // An action on the memory card that is killed at any of its system calls loses no file, and the next one
-// repairs what it left.
+// repairs what it left. harmless_calls.hpp tells at which calls a kill is the same as at another one.
 
 #include "sim/card_stage.hpp"
+#include "sim/directory_state.hpp"
 #include "sim/killed_program.hpp"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <iterator>
 #include <map>
+#include <thread>
 
 namespace dravik::test {
 namespace {
@@ -37,6 +40,11 @@ tree files_below(const std::string &directory) {
   }
   return found;
 }
+
+struct kill_point {
+  size_t number; ///< of the call, from 0
+  bool is_only_process;
+};
 
 /// A board that is copied for every kill.
 class SimCardKilled : public SimCard {
@@ -74,14 +82,15 @@ protected:
     expected_[name] = contents;
   }
 
-  /// Kill an action before each call that changes files, and before a few of the others.
+  /// Kill an action wherever that leaves something else than a kill before.
   void kill_everywhere(const words &action) {
-    const int changing =
-        kill_each(action, calls::changing_files, run_to_the_end(action, calls::changing_files));
-    const int all = run_to_the_end(action, calls::all);
-    const int others = kill_each(action, calls::all, all);
-    std::printf("killed at %d calls that change files, and at %d others of %d\n", changing, others, all);
-    EXPECT_GT(changing, 10);
+    const std::vector<traced_call> stops = run_to_the_end(action, calls::changing);
+    expect_only_harmless_calls_left_out(run_to_the_end(action, calls::all), stops);
+    const std::vector<kill_point> points = points_to_kill_at(action);
+    std::printf("%s: %zu different states at %zu calls that may change one\n", action[0].c_str(),
+                points.size(), stops.size());
+    EXPECT_GT(points.size(), 10U);
+    work_on(action, points);
   }
 
   virtual void expect_files_exist() const {
@@ -106,65 +115,127 @@ protected:
   }
 
 private:
+  /// In memory if possible: a disk takes most of the time, and what a killed process leaves is the same.
+  std::string place_of_copies() const {
+    return ::access("/dev/shm", W_OK) == 0 ? "/dev/shm/" : files::path{board_.path()}.parent_path() / "";
+  }
   words command(const words &action) const {
     words all = {LAUNCHER, "card", copy_};
     all.insert(all.end(), action.begin(), action.end());
     return all;
   }
-  void copy_board() const {
-    files::remove_all(copy_);
-    ASSERT_EQ(run_program({"cp", "-a", "--sparse=always", board_.path(), copy_}), 0);
+  void copy_board() const { copy_directory(board_.path(), copy_); }
+  static void copy_directory(const std::string &from, const std::string &to) {
+    files::remove_all(to);
+    ASSERT_EQ(run_program({"cp", "-a", "--sparse=always", from, to}), 0);
   }
-  int run_to_the_end(const words &action, calls counted) {
+
+  std::vector<traced_call> run_to_the_end(const words &action, calls counted) {
     copy_board();
-    const killed_program all{command(action), counted, 0};
-    EXPECT_EQ(all.exit_status(), 0);
-    return all.count();
+    std::vector<traced_call> seen;
+    const killed_program whole{command(action), counted, [&](const traced_call &call) {
+                                 seen.push_back(call);
+                                 return victim::nobody;
+                               }};
+    EXPECT_EQ(whole.exit_status(), 0);
+    return seen;
   }
 
-  /// Of a few hundred calls that change files, all; mkfs.vfat writes each sector of the tables by itself, and
-  /// of these only some are taken, between the first and the last of the action.
-  static bool is_taken(calls counted, int number, int count) {
-    if (counted == calls::all)
-      return number % std::max(count / 12, 1) == 0;
-    constexpr int most = is_sanitized ? 60 : 200; // a sanitized launcher takes several times as long to start
-    constexpr int edge = is_sanitized ? 15 : 30;
-    return count <= most || number <= edge || number > count - edge || number % (count / edge) == 0;
+  static void expect_only_harmless_calls_left_out(const std::vector<traced_call> &all,
+                                                  const std::vector<traced_call> &stops) {
+    std::multiset<long> others;
+    std::multiset<long> stopped;
+    for (const traced_call &call : all)
+      if (!is_harmless(call))
+        others.insert(call.number);
+    for (const traced_call &call : stops)
+      stopped.insert(call.number);
+    EXPECT_EQ(stopped, others);
+    EXPECT_TRUE(std::ranges::none_of(stops, maps_file_for_writing)) << "files change without a system call";
   }
 
-  /// How often the action was killed, until it came to its end.
-  int kill_each(const words &action, calls counted, int count) {
-    int kills = 0;
-    for (int number = 1; !HasFailure(); ++number) {
-      if (number <= count && !is_taken(counted, number, count))
-        continue;
-      copy_board();
-      const killed_program killed{command(action), counted, number};
-      if (!killed.was_killed())
-        break;
-      SCOPED_TRACE("killed at call " + std::to_string(number) +
-                   (counted == calls::all ? "" : " of those that change files"));
-      expect_files_exist();
-      expect_repair(action, kills++);
-      if (counted == calls::all && number >= count)
-        break;
+  /// The numbers of the calls before which the board is not as it was before the previous one: a call that failed,
+  /// wrote what was there already (mkfs.vfat clears the tables sector by sector) or went to a pipe left the same.
+  /// Times are no part of the state: utimensat() always counts as a change of it.
+  std::vector<kill_point> points_to_kill_at(const words &action) {
+    copy_board();
+    std::vector<kill_point> points;
+    std::string state;
+    size_t number = 0;
+    bool sets_time = false;
+    const killed_program whole{command(action), calls::changing, [&](const traced_call &call) {
+                                 const std::string now = state_of(copy_);
+                                 if (now != state || sets_time)
+                                   points.push_back({number, call.is_only_process});
+                                 state = now;
+                                 sets_time = call.number == SYS_utimensat;
+                                 ++number;
+                                 return victim::nobody;
+                               }};
+    EXPECT_EQ(state_of(copy_), state) << "something changed after the last call";
+    return points;
+  }
+
+  /// Several processes share the work.
+  void work_on(const words &action, const std::vector<kill_point> &points) {
+    const unsigned workers = std::max(std::thread::hardware_concurrency(), 1U);
+    std::vector<pid_t> children;
+    std::fflush(stdout);
+    for (unsigned worker = 0; worker < workers; ++worker)
+      if (children.emplace_back(::fork()) == 0)
+        work_on_part(action, points, worker, workers);
+    for (const pid_t child : children) {
+      int status = -1;
+      ::waitpid(child, &status, 0);
+      EXPECT_EQ(status, 0);
     }
-    return kills;
+  }
+  [[noreturn]] void work_on_part(const words &action, const std::vector<kill_point> &points, unsigned worker,
+                                 unsigned workers) {
+    copy_ += "." + std::to_string(worker);
+    for (size_t i = worker; i < points.size() && !HasFailure(); i += workers)
+      if (is_taken(i, points.size()))
+        kill_at(action, points[i], i);
+    files::remove_all(copy_);
+    std::fflush(stdout);
+    ::_exit(HasFailure() ? 1 : 0);
   }
 
-  /// The same action succeeds or is done already; after any other one, so do a restart and taking the card
-  /// out.
-  void expect_repair(const words &action, int kills) {
-    static const std::vector<words> next = {{"umount"},      {"mount"}, {"in"},
-                                            {"check", "-a"}, {"out"},   {"restart"}};
-    const bool was_mounted = is_mounted();
-    if (kills % 2 == 0) {
-      expect_repeated(action, was_mounted);
-    } else {
-      launch_on_copy(next[static_cast<size_t>(kills / 2) % next.size()]);
-      expect_files_exist();
-      EXPECT_EQ(launch_on_copy({"restart"}), 0);
-    }
+  /// All; a sanitized launcher takes several times as long to start, and is killed at about 20 points.
+  static bool is_taken(size_t point, size_t count) {
+    return !is_sanitized || point % std::max<size_t>(count / 20, 1) == 0;
+  }
+
+  void kill_at(const words &action, const kill_point &point, size_t round) {
+    kill_before(action, point.number, victim::program, round);
+    if (point.is_only_process)
+      return;
+    kill_before(action, point.number, victim::parent, round + 1);
+    kill_before(action, point.number, victim::caller, round + 2);
+  }
+  void kill_before(const words &action, size_t point, victim killed, size_t round) {
+    copy_board();
+    size_t number = 0;
+    const killed_program traced{command(action), calls::changing, [&](const traced_call &) {
+                                  return number++ == point ? killed : victim::nobody;
+                                }};
+    SCOPED_TRACE("victim " + std::to_string(static_cast<int>(killed)) + " killed before call " +
+                 std::to_string(point));
+    EXPECT_TRUE(traced.was_killed());
+    expect_files_exist();
+    expect_repair(action, round);
+  }
+
+  /// The next action is the same one, which succeeds or is done already, or any other. A restart and taking the
+  /// card out always succeed.
+  void expect_repair(const words &action, size_t round) {
+    static const std::vector<words> next = {{"umount"}, {"mount"}, {"in"}, {"check", "-a"}, {"out"}};
+    if (round % 2 == 0)
+      expect_repeated(action, is_mounted());
+    else
+      launch_on_copy(next[round / 2 % next.size()]);
+    expect_files_exist();
+    EXPECT_EQ(launch_on_copy({"restart"}), 0);
     EXPECT_EQ(launch_on_copy({"out"}), 0);
     expect_settled();
     expect_tidy();
@@ -195,7 +266,7 @@ private:
 
 protected:
   tree expected_;
-  std::string copy_ = board_.path() + ".copy";
+  std::string copy_ = place_of_copies() + files::path{board_.path()}.filename().string() + ".copy";
 };
 
 TEST_F(SimCardKilled, UnmountKeepsEveryFile) {

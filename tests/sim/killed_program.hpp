@@ -1,22 +1,18 @@
-// A program that is killed, with all its children, at one of its system calls.
+// A program that is killed at one of its system calls.
 #pragma once
 
+#include "sim/harmless_calls.hpp"
 #include "support/leave_board.hpp"
 #include "support/program.hpp"
 
-#include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstddef>
-#include <cstdint>
 #include <cstdlib>
 #include <fcntl.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
+#include <functional>
 #include <set>
 #include <sys/prctl.h>
 #include <sys/ptrace.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -32,13 +28,18 @@ inline bool can_trace() {
   return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-enum class calls : bool { all, changing_files };
+enum class calls : bool { all, changing };
 
-/// A program and its children, traced from call to call.
+/// What is killed: all processes of a program, its first process alone, or the one that makes the call. The
+/// others continue.
+enum class victim : uint8_t { nobody, program, parent, caller };
+
+/// A program and its children, stopped before each call.
 class killed_program {
 public:
-  /// Run a program and kill it before its call `number`, counted from 1; 0 lets it run to its end.
-  killed_program(const words &command, calls counted, int number) : counted_(counted), number_(number) {
+  /// Run a program to its end. `decide` is called before each counted call.
+  killed_program(const words &command, calls counted, std::function<victim(const traced_call &)> decide)
+      : counted_(counted), decide_(std::move(decide)) {
     start(command);
     while (!tasks_.empty()) {
       int status = 0;
@@ -50,9 +51,8 @@ public:
     }
   }
 
-  bool was_killed() const { return was_killed_; }
   int exit_status() const { return WIFEXITED(status_) ? WEXITSTATUS(status_) : -1; }
-  int count() const { return count_; }
+  bool was_killed() const { return was_killed_; }
 
 private:
   void start(const words &command) {
@@ -79,33 +79,13 @@ private:
     ::dup2(nowhere, STDERR_FILENO);
     ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
     ::raise(SIGSTOP);
-    if (counted_ == calls::changing_files)
-      stop_at_changes();
+    if (counted_ == calls::changing)
+      install(stop_at_other_calls());
     ::execv(arguments[0], arguments.data());
     ::_exit(127);
   }
 
-  /// The kernel stops at these calls alone, and the rest run at their usual speed.
-  static void stop_at_changes() {
-    constexpr std::array changing = {
-        SYS_write,     SYS_pwrite64, SYS_writev,   SYS_renameat,        SYS_renameat2,
-        SYS_unlinkat,  SYS_mkdirat,  SYS_truncate, SYS_ftruncate,       SYS_fallocate,
-        SYS_utimensat, SYS_fchmod,   SYS_fchown,   SYS_copy_file_range,
-#ifdef SYS_rename
-        SYS_rename,    SYS_unlink,   SYS_mkdir,    SYS_rmdir,           SYS_creat,
-#endif
-    };
-    constexpr uint32_t flags = offsetof(seccomp_data, args[2]);
-    std::vector<sock_filter> filter = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr))};
-    for (const long call : changing) {
-      filter.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<uint32_t>(call), 0, 1));
-      filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_TRACE));
-    }
-    filter.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_openat, 0, 3));
-    filter.push_back(BPF_STMT(BPF_LD | BPF_W | BPF_ABS, flags));
-    filter.push_back(BPF_JUMP(BPF_JMP | BPF_JSET | BPF_K, O_CREAT | O_TRUNC, 0, 1));
-    filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_TRACE));
-    filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
+  static void install(std::vector<sock_filter> filter) {
     const sock_fprog program = {static_cast<unsigned short>(filter.size()), filter.data()};
     if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 ||
         ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) != 0)
@@ -121,8 +101,9 @@ private:
     const bool is_new = tasks_.insert(task).second;
     const int signal = WSTOPSIG(status);
     const int event = status >> 16;
-    if (is_at_call(task, signal, event) && ++count_ == number_)
-      kill_all();
+    const traced_call call = call_at(task, signal, event);
+    if (call.number >= 0 && !was_killed_)
+      kill(decide_(call), task);
     if (event == PTRACE_EVENT_FORK || event == PTRACE_EVENT_VFORK || event == PTRACE_EVENT_CLONE)
       expect_child(task);
     const bool is_own = signal == call_stop || signal == SIGTRAP || signal == SIGSTOP || is_new;
@@ -139,26 +120,33 @@ private:
       tasks_.insert(static_cast<pid_t>(child));
   }
 
-  /// Before a call, not after it.
-  bool is_at_call(pid_t task, int signal, int event) const {
-    if (was_killed_ || counted_ == calls::changing_files)
-      return !was_killed_ && event == PTRACE_EVENT_SECCOMP;
-    __ptrace_syscall_info call = {};
-    return signal == call_stop && ::ptrace(PTRACE_GET_SYSCALL_INFO, task, sizeof call, &call) > 0 &&
-           call.op == PTRACE_SYSCALL_INFO_ENTRY;
+  /// The call that a task is about to make; none at other stops, and after a call.
+  traced_call call_at(pid_t task, int signal, int event) const {
+    __ptrace_syscall_info info = {};
+    if ((signal != call_stop && event != PTRACE_EVENT_SECCOMP) ||
+        ::ptrace(PTRACE_GET_SYSCALL_INFO, task, sizeof info, &info) <= 0 ||
+        (info.op != PTRACE_SYSCALL_INFO_ENTRY && info.op != PTRACE_SYSCALL_INFO_SECCOMP))
+      return {};
+    static_assert(offsetof(__ptrace_syscall_info, entry.args) ==
+                  offsetof(__ptrace_syscall_info, seccomp.args));
+    traced_call call = {static_cast<long>(info.entry.nr), {}, tasks_.size() == 1};
+    std::ranges::copy(info.entry.args, call.arguments.begin());
+    return call;
   }
 
-  void kill_all() {
-    was_killed_ = true;
-    for (const pid_t task : tasks_)
-      ::kill(task, SIGKILL);
+  void kill(victim killed, pid_t caller) {
+    was_killed_ = killed != victim::nobody;
+    if (killed == victim::program)
+      for (const pid_t task : tasks_)
+        ::kill(task, SIGKILL);
+    else if (was_killed_)
+      ::kill(killed == victim::parent ? first_ : caller, SIGKILL);
   }
 
   static constexpr int call_stop = SIGTRAP | 0x80;
 
   calls counted_;
-  int number_;
-  int count_ = 0;
+  std::function<victim(const traced_call &)> decide_;
   int status_ = 0;
   bool was_killed_ = false;
   pid_t first_ = -1;
