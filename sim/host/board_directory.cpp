@@ -155,9 +155,6 @@ bool is_board(const std::string &directory) {
   return files::is_regular_file(directory + "/board.conf", code);
 }
 
-namespace {
-
-/// Where a file of a board lies, free of links below it; empty when they lead out of the board.
 std::string place_in_board(const std::string &board, std::string_view inside) {
   char path[longest_path];
   const std::string whole = board + "/" + std::string{inside};
@@ -166,8 +163,6 @@ std::string place_in_board(const std::string &board, std::string_view inside) {
   *std::copy(whole.begin(), whole.end(), path) = '\0';
   return follow_board_links(path, board.size(), last_link::followed) ? path : "";
 }
-
-} // namespace
 
 int open_in_board(const std::string &board, std::string_view inside, int flags) {
   const std::string path = place_in_board(board, inside);

@@ -18,6 +18,9 @@ namespace dravik::sim {
 
 constexpr uint64_t longest_text = 1 << 20; ///< maximum size in bytes of a board's text file
 
+/// Return the path of a file of a board, free of links below the board; empty if they lead out of it.
+[[nodiscard]] std::string place_in_board(const std::string &board, std::string_view inside);
+
 /// Open a file of a board, which is untrusted: follow no link out of the board, open no device of the host, do
 /// not wait for a pipe. Return -1 with errno on failure.
 [[nodiscard]] int open_in_board(const std::string &board, std::string_view inside, int flags);

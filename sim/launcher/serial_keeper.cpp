@@ -7,12 +7,15 @@
 // dev/ttyS0.keeper names the terminal, and below it the processes that the keeper is there for. The keeper
 // has it locked for as long as it lives, so that one that was killed is told from one at work. Who looks at
 // it or changes it holds the lock of the directory.
+//
+// A board may come from a stranger: no link in it is followed out of it.
 
 #include "launcher/serial_keeper.hpp"
 #include "base/unique_fd.hpp"
 #include "board/board_files.hpp"
 #include "board/serial_line.hpp"
 #include "board/settings_text.hpp"
+#include "host/board_directory.hpp"
 
 #include <algorithm>
 #include <array>
@@ -44,19 +47,24 @@ bool lock(const unique_fd &file, int how = LOCK_EX) {
 
 // ------------------------------------------------------------------------------------------- the files
 
+bool is_regular(const std::string &path) {
+  struct stat status;
+  return ::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
 /// The port among the files of its board.
 class port_files {
 public:
   explicit port_files(const std::string &board)
-      : port_(board + "/dev/ttyS0"), text_(board + "/console"), fresh_(port_ + ".new") {}
+      : board_(board), directory_(place_in_board(board, "dev")), port_(directory_ + "/ttyS0"),
+        text_(board + "/console"), fresh_(port_ + ".new") {}
 
-  std::string input() const { return port_ + ".in"; }
-  std::string list() const { return port_ + ".keeper"; }
+  unique_fd open_directory() const { return open("dev", O_RDONLY | O_DIRECTORY); }
+  unique_fd open_input() const { return open("dev/ttyS0.in", O_RDWR); }
+  unique_fd open_list() const { return open("dev/ttyS0.keeper", O_RDWR | O_CREAT | O_APPEND); }
+  void remove_list() const { ::unlink((port_ + ".keeper").c_str()); }
 
-  bool is_plain() const {
-    struct stat status;
-    return ::lstat(port_.c_str(), &status) == 0 && S_ISREG(status.st_mode);
-  }
+  bool is_plain() const { return is_regular(port_); }
   bool leads_to(const std::string &terminal) const {
     std::error_code code;
     return files::read_symlink(port_, code) == terminal && !terminal.empty();
@@ -75,13 +83,19 @@ public:
   void put_back(const std::string &terminal) const {
     if (!leads_to(terminal))
       return;
-    const unique_fd text{::open(text_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644)};
+    const unique_fd text = open("console", O_WRONLY | O_CREAT);
     ::unlink(fresh_.c_str());
-    if (::link(text_.c_str(), fresh_.c_str()) == 0)
+    if (text && is_regular(text_) && ::link(text_.c_str(), fresh_.c_str()) == 0)
       ::rename(fresh_.c_str(), port_.c_str());
   }
 
 private:
+  unique_fd open(std::string_view inside, int flags) const {
+    return unique_fd{open_in_board(board_, inside, flags)};
+  }
+
+  std::string board_;
+  std::string directory_; ///< dev, free of links
   std::string port_;
   std::string text_;
   std::string fresh_; ///< what is to replace one of them
@@ -159,8 +173,7 @@ class keeper {
 public:
   keeper(port_files files, unique_fd directory, unique_fd list, terminal_pair pair, unique_fd application)
       : files_(std::move(files)), directory_(std::move(directory)), list_(std::move(list)),
-        pair_(std::move(pair)), application_(std::move(application)),
-        input_(::open(files_.input().c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC)) {}
+        pair_(std::move(pair)), application_(std::move(application)), input_(files_.open_input()) {}
 
   /// Until the last application has ended.
   void work() {
@@ -267,7 +280,7 @@ private:
     }
     record_sent_lines(line_);
     files_.put_back(pair_.name);
-    ::unlink(files_.list().c_str());
+    files_.remove_list();
   }
 
   port_files files_;
@@ -317,16 +330,16 @@ bool start_keeper(const port_files &names, unique_fd &directory, unique_fd &list
 
 void keep_serial_port(const std::string &board) {
   const port_files names{board};
-  unique_fd directory{::open((board + "/dev").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
+  unique_fd directory = names.open_directory();
   if (!directory || !lock(directory))
     return;
-  unique_fd list{::open(names.list().c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0644)};
+  unique_fd list = names.open_list();
   if (list && !lock(list, LOCK_EX | LOCK_NB)) {
     ::dprintf(list.get(), "%d\n", ::getpid()); // its keeper works on
   } else if (list) {
     names.put_back(read_list(list).terminal); // of a keeper that was killed
     if (!names.is_plain() || !start_keeper(names, directory, list))
-      ::unlink(names.list().c_str());
+      names.remove_list();
   }
   lock(directory, LOCK_UN);
 }

@@ -10,6 +10,7 @@
 
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
@@ -267,6 +268,86 @@ TEST_F(SimSerialTerminal, PlainFileServesWhereThereCanBeNoTerminal) {
     EXPECT_FALSE(board_.exists(list)) << descriptors;
   }
   EXPECT_EQ(board_.read(port), "text\ntext\n");
+}
+
+// ------------------------------------------------------------------------------------------- boards of strangers
+
+/// Some of a board's files are links to those of the host's directory outside().
+class SimSerialTerminalLinks : public SimSerialTerminal {
+protected:
+  SimSerialTerminalLinks() {
+    files::create_directory(outside());
+    std::ofstream{outside("secret")} << "host";
+  }
+  ~SimSerialTerminalLinks() override { files::remove_all(outside()); }
+
+  std::string outside(const std::string &name = "") const { return board_.path() + "-outside/" + name; }
+  void link(const std::string &name, const char *inside) const {
+    files::remove_all(board_.path(inside));
+    files::create_symlink(outside(name), board_.path(inside));
+  }
+  int send_a_line() const {
+    const outcome result = run_shell("echo line >/dev/ttyS0");
+    await_serial_keeper(board_.path());
+    return result.exit_status();
+  }
+  void expect_outside_unchanged() const {
+    std::ifstream secret{outside("secret")};
+    std::string text;
+    std::getline(secret, text);
+    EXPECT_EQ(text, "host");
+    EXPECT_EQ(std::distance(files::directory_iterator{outside()}, {}), 1);
+  }
+};
+
+TEST_F(SimSerialTerminalLinks, ListIsNotWrittenOutside) {
+  for (const char *target : {"secret", "new"}) {
+    link(target, list);
+    EXPECT_EQ(send_a_line(), 0);
+    expect_outside_unchanged();
+  }
+}
+
+TEST_F(SimSerialTerminalLinks, TextIsNotWrittenOutside) {
+  link("secret", "console");
+  EXPECT_EQ(send_a_line(), 0);
+  expect_outside_unchanged();
+  EXPECT_EQ(text(), "line\r\n");
+  expect_rest();
+}
+
+TEST_F(SimSerialTerminalLinks, TextOfAKilledKeeperIsNotMadeOutside) {
+  leave_behind("/dev/pts/999999");
+  link("new", "console");
+  send_a_line();
+  expect_outside_unchanged();
+  EXPECT_FALSE(files::is_symlink(board_.path(port)) &&
+               files::read_symlink(board_.path(port)) == outside("new"));
+}
+
+TEST_F(SimSerialTerminalLinks, DirectoryOutsideIsNotUsed) {
+  files::remove(outside("secret"));
+  files::rename(board_.path("dev"), outside("dev"));
+  link("dev", "dev");
+  send_a_line();
+  EXPECT_TRUE(files::is_regular_file(files::symlink_status(outside("dev/ttyS0"))));
+  EXPECT_FALSE(files::exists(outside("dev/ttyS0.keeper")));
+  EXPECT_FALSE(board_.exists("console"));
+}
+
+TEST_F(SimSerialTerminalLinks, PipeOutsideIsNotRead) {
+  ASSERT_EQ(::mkfifo(outside("pipe").c_str(), 0600), 0);
+  const unique_fd pipe{::open(outside("pipe").c_str(), O_RDWR | O_NONBLOCK)};
+  ASSERT_EQ(::write(pipe.get(), "typed\n", 6), 6);
+  link("pipe", "dev/ttyS0.in");
+  follower events{board_.path()};
+  application sender{board_, shell, {"-c", "echo line >/dev/ttyS0; " + wait_here()}};
+  EXPECT_TRUE(events.sees("ttyS0: line"));
+  let_go();
+  EXPECT_EQ(sender.finish(), 0);
+  await_serial_keeper(board_.path());
+  char typed[16];
+  EXPECT_EQ(::read(pipe.get(), typed, sizeof typed), 6);
 }
 
 } // namespace
