@@ -30,6 +30,18 @@
 #include <stdint.h>
 
 /**
+ * @name Version of the library
+ * The three numbers are the version of the whole project: CMakeLists.txt reads them here. docs/compatibility.md
+ * describes what a new version may change.
+ */
+/** @{ */
+#define DRAVIK_VERSION_MAJOR 0        /**< changes if programs must be changed */
+#define DRAVIK_VERSION_MINOR 1        /**< changes if programs must be rebuilt */
+#define DRAVIK_VERSION_PATCH 0        /**< changes with every other release */
+#define DRAVIK_VERSION_STRING "0.1.0" /**< the three numbers as text */
+/** @} */
+
+/**
  * @def DRAVIK_API
  * Marks an exported function or global.
  *

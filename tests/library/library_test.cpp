@@ -104,6 +104,24 @@ TEST(Library, IsCalledByItsVersion) {
   EXPECT_THAT(dynamic_entries("SONAME"), ElementsAre("libdravik.so.0.1.0"));
 }
 
+// A release with the same ABI keeps the soname, which then has an older patch number.
+TEST(Library, VersionOfTheHeaderIsThatOfTheSoname) {
+  const std::vector<std::string> soname = dynamic_entries("SONAME");
+  int major = -1, minor = -1, patch = -1;
+  ASSERT_EQ(std::sscanf(soname.at(0).c_str(), "libdravik.so.%d.%d.%d", &major, &minor, &patch), 3);
+  EXPECT_EQ(DRAVIK_VERSION_MAJOR, major);
+  EXPECT_EQ(DRAVIK_VERSION_MINOR, minor);
+  EXPECT_GE(DRAVIK_VERSION_PATCH, patch);
+}
+
+TEST(Library, VersionOfTheHeaderIsTheSameAsTextAndOfTheProject) {
+  const std::string numbers = std::to_string(DRAVIK_VERSION_MAJOR) + "." +
+                              std::to_string(DRAVIK_VERSION_MINOR) + "." +
+                              std::to_string(DRAVIK_VERSION_PATCH);
+  EXPECT_EQ(DRAVIK_VERSION_STRING, numbers);
+  EXPECT_EQ(PROJECT_VERSION, numbers);
+}
+
 TEST(Library, NeedsNoCxxRunTimeLibrary) {
   const std::vector<std::string> needed = dynamic_entries("NEEDED");
   EXPECT_THAT(needed, Contains("libc.so.6"));
