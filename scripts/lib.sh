@@ -105,7 +105,7 @@ demo_packages="$library_packages libpng-dev zlib1g-dev librsvg2-bin imagemagick 
   fonts-liberation fonts-droid-fallback sox espeak-ng lame dosfstools mtools"
 arm_packages="$library_packages g++-arm-linux-gnueabihf qemu-user-static debian-archive-keyring"
 test_packages="$demo_packages libgtest-dev libgmock-dev binutils clang-format clang-tidy doxygen fdisk file
-  fonts-dejavu-core iproute2 jq libjpeg-turbo-progs netpbm"
+  fonts-dejavu-core iproute2 jq libjpeg-turbo-progs netpbm pkg-config"
 bench_packages="$library_packages pkg-config libbenchmark-dev libpixman-1-dev libsdl2-dev libsdl2-gfx-dev libagg-dev
   libturbojpeg0-dev libdeflate-dev libpng-dev zlib1g-dev lame sox fonts-liberation fonts-droid-fallback"
 fuzz_packages="$library_packages libpng-dev clang libclang-rt-14-dev"
