@@ -4,7 +4,7 @@
 include(CMakePackageConfigHelpers)
 
 set(DRAVIK_MANUAL ${PROJECT_SOURCE_DIR}/build/docs/share CACHE PATH
-  "The manual, made by scripts/docs; its man pages of tools are for cross builds")
+  "The manual, made by scripts/docs; its man pages of tools are for cross builds without an emulator")
 set(cmake_package ${CMAKE_INSTALL_LIBDIR}/cmake/dravik)
 set(package_config ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 set(completions ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
@@ -42,7 +42,8 @@ install(DIRECTORY ${DRAVIK_MANUAL}/html DESTINATION ${CMAKE_INSTALL_DOCDIR} COMP
 function(install_beside target file destination component)
   set(make_file "")
   if(ARGN)
-    set(make_file "execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)")
+    list(JOIN ARGN "\" \"" command)
+    set(make_file "execute_process(COMMAND \"${command}\" COMMAND_ERROR_IS_FATAL ANY)")
   endif()
   install(CODE "
     if(EXISTS \"$<TARGET_FILE:${target}>\")
@@ -56,13 +57,13 @@ function(install_tool tool component)
   install(TARGETS ${tool} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${component} OPTIONAL)
   configure_file(${PROJECT_SOURCE_DIR}/tools/completion.bash ${PROJECT_BINARY_DIR}/share/completions/${tool} COPYONLY)
   install_beside(${tool} ${PROJECT_BINARY_DIR}/share/completions/${tool} ${completions} ${component})
-  if(CMAKE_CROSSCOMPILING)
+  if(CMAKE_CROSSCOMPILING AND NOT CMAKE_CROSSCOMPILING_EMULATOR)
     install(FILES ${DRAVIK_MANUAL}/man/man1/${tool}.1
       DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ${component} OPTIONAL)
   else()
     set(page ${PROJECT_BINARY_DIR}/share/man/man1/${tool}.1)
     install_beside(${tool} ${page} ${CMAKE_INSTALL_MANDIR}/man1 ${component}
-      "${PROJECT_SOURCE_DIR}/tools/man-page" "$<TARGET_FILE:${tool}>" "${page}")
+      ${PROJECT_SOURCE_DIR}/tools/man-page ${page} ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${tool}>)
   endif()
 endfunction()
 

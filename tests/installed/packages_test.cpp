@@ -1,0 +1,123 @@
+// The Debian packages in a directory, unpacked, installed, upgraded and removed in a tree of their own. PACKAGES is the
+// directory, in the environment.
+
+#include "first_program.hpp"
+
+#include <algorithm>
+#include <gmock/gmock.h>
+#include <string>
+#include <vector>
+
+namespace {
+
+using dravik::test::expect_first_program_runs;
+using dravik::test::expect_success;
+using dravik::test::first_program;
+using dravik::test::scratch_directory;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+namespace files = std::filesystem;
+
+const std::vector<std::string> names = {"libdravik0.1.0", "libdravik-dev", "libdravik-tools",
+                                        "libdravik-simulator"};
+
+/// The package's file; empty if there is none.
+std::string package(const std::string &name, const std::string &architecture) {
+  const char *directory = std::getenv("PACKAGES");
+  EXPECT_NE(directory, nullptr) << "PACKAGES is not set";
+  const std::string path =
+      std::string{directory == nullptr ? "" : directory} + "/" + name + "_0.1.0-1_" + architecture + ".deb";
+  return files::exists(path) ? path : "";
+}
+
+void unpack(const std::string &architecture, const std::string &tree) {
+  for (const std::string &name : names)
+    if (const std::string path = package(name, architecture); !path.empty())
+      expect_success("dpkg-deb -x " + path + " " + tree);
+}
+
+std::string flags(const std::string &libraries) {
+  std::string found = expect_success("PKG_CONFIG_LIBDIR=" + libraries +
+                                     "/pkgconfig:$(pkg-config --variable pc_path pkg-config) "
+                                     "pkg-config --cflags --libs dravik");
+  std::ranges::replace(found, '\n', ' ');
+  return found;
+}
+
+TEST(Packages, BuildAndRunTheFirstProgram) {
+  const scratch_directory scratch;
+  const std::string usr = scratch.at("tree/usr"), libraries = usr + "/lib/x86_64-linux-gnu";
+  unpack("amd64", scratch.at("tree"));
+  std::ofstream{scratch.at("first.c")} << first_program();
+  expect_success("cc " + scratch.at("first.c") + " " + flags(libraries) + " -o " + scratch.at("first"));
+  expect_first_program_runs(usr + "/bin/dravik-sim", scratch.at("first"), libraries);
+  EXPECT_EQ(expect_success("LD_LIBRARY_PATH=" + libraries + " " + usr + "/bin/dravik-ctl --version"),
+            "dravik-ctl 0.1.0\n");
+}
+
+TEST(Packages, BuildTheFirstProgramForArm) {
+  const scratch_directory scratch;
+  ASSERT_NE(package("libdravik-dev", "armhf"), "");
+  EXPECT_EQ(package("libdravik-simulator", "armhf"), "");
+  const std::string libraries = scratch.at("tree/usr/lib/arm-linux-gnueabihf"), first = scratch.at("first");
+  unpack("armhf", scratch.at("tree"));
+  std::ofstream{first + ".c"} << first_program();
+  expect_success("arm-linux-gnueabihf-gcc --sysroot=" SOURCE "/build/sysroot-armhf " + first + ".c " +
+                 flags(libraries) + " -o " + first);
+  EXPECT_THAT(expect_success("readelf -h -d " + first),
+              AllOf(HasSubstr("ARM"), HasSubstr("[libdravik.so.0.1.0]")));
+  EXPECT_THAT(expect_success("readelf -h " + scratch.at("tree/usr/bin/dravik-ctl")), HasSubstr("ARM"));
+}
+
+// The second list is that of Debian's own tool, which knows the libraries of this machine.
+TEST(Packages, DependOnWhatTheirProgramsLink) {
+  const scratch_directory scratch;
+  unpack("amd64", scratch.at("tree"));
+  files::create_directories(scratch.at("debian"));
+  std::ofstream{scratch.at("debian/control")}
+      << "Source: libdravik\n\nPackage: libdravik0.1.0\nArchitecture: any\n";
+  const std::string names_only = " | tr ',' '\\n' | sed 's/.*Depends=//; s/^ *//; s/ (.*//' | sort";
+  const std::string ours =
+      expect_success("dpkg-deb -f " + package("libdravik0.1.0", "amd64") + " Depends" + names_only);
+  const std::string debians = expect_success("cd " + scratch.at("") + " && dpkg-shlibdeps -O " +
+                                             scratch.at("tree/usr/lib/x86_64-linux-gnu/libdravik.so.0.1.0") +
+                                             " 2>/dev/null" + names_only);
+  EXPECT_EQ(ours, debians);
+}
+
+/// What a dpkg of its own does in a tree; it runs no scripts, since the packages have none.
+void dpkg(const std::string &tree, const std::string &arguments) {
+  expect_success("dpkg --root=" + tree +
+                 " --force-depends --force-not-root --force-architecture --log=/dev/null " + arguments);
+}
+
+TEST(Packages, AreUpgradedAndRemovedWithoutATrace) {
+  const scratch_directory scratch;
+  const std::string tree = scratch.at("tree");
+  std::string packages, upgrades, all;
+  for (const std::string &name : names) {
+    const std::string unpacked = scratch.at(name), upgrade = scratch.at(name + ".deb");
+    expect_success("dpkg-deb -R " + package(name, "amd64") + " " + unpacked +
+                   " && sed -i 's/0\\.1\\.0-1/0.1.0-2/' " + unpacked +
+                   "/DEBIAN/control && dpkg-deb --root-owner-group -b " + unpacked + " " + upgrade);
+    packages += " " + package(name, "amd64");
+    upgrades += " " + upgrade;
+    all += " " + name;
+  }
+  files::create_directories(tree + "/var/lib/dpkg/updates");
+  files::create_directories(tree + "/var/lib/dpkg/info");
+  std::ofstream{tree + "/var/lib/dpkg/status"};
+  dpkg(tree, "-i" + packages);
+  EXPECT_TRUE(files::exists(tree + "/usr/include/dravik.h"));
+  dpkg(tree, "-i" + upgrades);
+  EXPECT_THAT(expect_success("dpkg-query --admindir=" + tree + "/var/lib/dpkg -W"),
+              AllOf(HasSubstr("libdravik0.1.0\t0.1.0-2"), Not(HasSubstr("0.1.0-1"))));
+  dpkg(tree, "-P" + all);
+  EXPECT_THAT(expect_success("find " + tree + " -path " + tree + "/var -prune -o ! -type d -print"),
+              IsEmpty());
+  EXPECT_FALSE(files::exists(tree + "/usr"));
+}
+
+} // namespace
