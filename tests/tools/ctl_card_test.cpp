@@ -170,7 +170,7 @@ protected:
 TEST_F(CtlCardRepair, RepairUnmountsChecksAndMounts) {
   board_.write("tmp/mmcblk0p1/REC/KVX00001.TS", "film");
   EXPECT_EQ(told({"card", "repair", "--yes"}), "unmount: 0\ncheck: 0\nmount: 0\n");
-  EXPECT_THAT(board_.events(), ElementsAre("shell: /bin/umount /dev/mmcblk0p1",
+  EXPECT_THAT(board_.events(), ElementsAre("umount: /tmp/mmcblk0p1", "shell: /bin/umount /dev/mmcblk0p1",
                                            "shell: /usr/local/bin/dosfsck -a /dev/mmcblk0p1",
                                            "shell: mount /dev/mmcblk0p1 /tmp/mmcblk0p1"));
   EXPECT_EQ(board_.read("tmp/mmcblk0p1/REC/KVX00001.TS"), "film");
@@ -189,13 +189,49 @@ TEST_F(CtlCardRepair, SaysWhenTheCardIsNotMountedAfterwards) {
   const run_result result = run({"card", "repair", "--yes"});
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.out, "unmount: 0\ncheck: 0\nmount: 1\n");
-  EXPECT_THAT(result.err, testing::StartsWith("dravik-ctl: card: not mounted after the repair"));
+  EXPECT_THAT(result.err, testing::StartsWith("dravik-ctl: card: mount failed with exit status 1"));
+}
+
+TEST_F(CtlCardRepair, ReportsAFailedCheck) {
+  std::filesystem::remove_all(board_.path("sys/block/mmcblk0/mmcblk0p1"));
+  const run_result result = run({"card", "repair", "--yes"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, "unmount: 0\ncheck: 2\nmount: 32\n");
+  EXPECT_THAT(result.err, testing::StartsWith("dravik-ctl: card: check failed with exit status 2"));
+}
+
+TEST_F(CtlCardRepair, RepairsErrors) {
+  board_.set_fault("shell", "dosfsck"); // exits with status 1, as after a repair
+  EXPECT_EQ(told({"card", "repair", "--yes"}), "unmount: 0\ncheck: 1\nmount: 0\n");
+}
+
+TEST_F(CtlCardRepair, RepairsACardThatIsNotMounted) {
+  ASSERT_EQ(std::system("/bin/umount /dev/mmcblk0p1"), 0);
+  EXPECT_THAT(told({"card", "repair", "--yes"}), testing::EndsWith("check: 0\nmount: 0\n"));
+  EXPECT_EQ(asked({"card", "check"}, ".healthy"), "true");
+}
+
+TEST_F(CtlCardRepair, RejectsABusyCardAndNamesItsUser) {
+  board_.write("tmp/mmcblk0p1/film", "film");
+  for (const std::string how : {"repair", "format"})
+    for (const std::string use : {"exec 3</tmp/mmcblk0p1/film", "cd /tmp/mmcblk0p1"}) {
+      board_.clear_events();
+      const std::string script = use + "; echo $$; (cd /; exec \"$0\" card " + how + " --yes 3<&-)";
+      test::application shell{board_, "/bin/sh", {"-c", script, DRAVIK_CTL}};
+      EXPECT_EQ(shell.finish(), 1) << use;
+      std::string process = shell.output();
+      process.resize(process.find('\n'));
+      EXPECT_EQ(shell.output(), process + "\n");
+      EXPECT_EQ(shell.errors(), "dravik-ctl: card: busy, in use by sh (" + process + "); nothing changed\n");
+      EXPECT_THAT(board_.events(), ElementsAre("umount: /tmp/mmcblk0p1")) << use;
+    }
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/film"), "film");
 }
 
 TEST_F(CtlCardRepair, FormatEmptiesTheCardAndRestarts) {
   board_.write("tmp/mmcblk0p1/REC/KVX00001.TS", "film");
   run({"card", "format", "--yes"});
-  EXPECT_THAT(board_.events(), ElementsAre("shell: /bin/umount /dev/mmcblk0p1",
+  EXPECT_THAT(board_.events(), ElementsAre("umount: /tmp/mmcblk0p1", "shell: /bin/umount /dev/mmcblk0p1",
                                            "shell: /sbin/mkfs.vfat /dev/mmcblk0p1", "shell: /sbin/reboot"));
   EXPECT_FALSE(board_.exists("tmp/mmcblk0p1/REC"));
   EXPECT_EQ(asked({"card", "check"}, ".healthy"), "true");

@@ -1,6 +1,7 @@
 // "card": state, check, repair and formatting of the memory card.
 
 #include "base/unique_file.hpp"
+#include "dravik-ctl/card_mount.hpp"
 #include "dravik-ctl/commands.hpp"
 #include "dravik-ctl/devices.hpp"
 #include "dravik-ctl/overheard.hpp"
@@ -25,7 +26,8 @@ Query, check, repair, partition or format the memory card.
 'check' fails unless the card is healthy: inserted, not write-protected,
 partitioned, and mounted as a writable FAT32 file system.
 
-'repair' unmounts the card, repairs its file system and mounts it again. Stop
+'repair' unmounts the card, repairs its file system and mounts it again. It
+fails, as does 'format', and changes nothing if a program uses the card: stop
 recording first.
 
 'partition' and 'format' DESTROY THE CONTENTS of the card and reboot the board:
@@ -53,8 +55,9 @@ Output:
   size_mib         of the card
   file_system_mib, free_mib
                    null unless the card is mounted
-'repair': exit statuses of its steps unmount, check and mount; 'partition':
-partitioned_sectors, reboots; 'format': formatted, reboots
+'repair': exit statuses of its steps unmount, check (1: errors were repaired)
+and mount; 'partition': partitioned_sectors, reboots; 'format': formatted,
+reboots
 
 Examples:
   dravik-ctl card
@@ -134,25 +137,46 @@ const char *what_is_wrong(const card_state &card) {
   return "card: mounted read-only";
 }
 
-/// The exit statuses in the record of a repair.
-value::list steps_of_repair() {
-  value::list steps;
+/// Exit statuses of the steps of a repair; -1 if a step was ended by a signal.
+struct repair_steps {
+  int unmount = -1, check = -1, mount = -1;
+};
+constexpr int errors_repaired = 1; ///< highest exit status of dosfsck for a sound file system
+
+/// Read the record of a repair.
+bool read_steps(repair_steps &steps) {
   const unique_file record = open_file(repair_record, "r");
-  int status;
-  while (record != nullptr && std::fscanf(record.get(), "ret : %d ", &status) == 1)
-    steps.emplace_back(WIFEXITED(status) ? WEXITSTATUS(status) : -1);
-  return steps;
+  for (int *step : {&steps.unmount, &steps.check, &steps.mount}) {
+    int status;
+    if (record == nullptr || std::fscanf(record.get(), "ret : %d ", &status) != 1)
+      return false;
+    *step = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+  return true;
 }
 
-outcome repair(value::fields &report, std::string &error) {
+std::string what_failed(const repair_steps &steps) {
+  if (steps.check < 0 || steps.check > errors_repaired)
+    return "card: check failed with exit status " + std::to_string(steps.check);
+  if (steps.mount != 0)
+    return "card: mount failed with exit status " + std::to_string(steps.mount);
+  return look_at_card().has(mounted) ? "" : "card: not mounted after the repair";
+}
+
+/// The library's own unmount fails on a mounted card that is busy, but its check runs all the same and corrupts the
+/// file system. So the card is unmounted before.
+outcome repair(const card_state &card, value::fields &report, std::string &error) {
+  if (card.has(mounted) && !unmount_card(error))
+    return outcome::failed;
   const overheard said{[] { sd_card_check_fs(); }};
-  const value::list steps = steps_of_repair();
-  if (steps.size() != 3)
+  repair_steps steps;
+  if (!read_steps(steps))
     return failed(error, std::string{repair_record} + ": not written by the repair");
-  report = {{"unmount", steps[0]}, {"check", steps[1]}, {"mount", steps[2]}};
-  if (look_at_card().has(mounted))
-    return outcome::done;
-  return failed(error, because("card: not mounted after the repair", said.last_line()));
+  if (card.has(mounted))
+    steps.unmount = 0; // the library found it unmounted
+  report = {{"unmount", steps.unmount}, {"check", steps.check}, {"mount", steps.mount}};
+  const std::string failure = what_failed(steps);
+  return failure.empty() ? outcome::done : failed(error, because(failure, said.last_line()));
 }
 
 outcome partition(const card_state &card, value::fields &report, std::string &error) {
@@ -167,7 +191,9 @@ outcome partition(const card_state &card, value::fields &report, std::string &er
   return outcome::done;
 }
 
-outcome format(value::fields &report) {
+outcome format(const card_state &card, value::fields &report, std::string &error) {
+  if (card.has(mounted) && !unmount_card(error))
+    return outcome::failed;
   const overheard said{[] { sd_card_format(); }};
   report = {{"formatted", true}, {"reboots", true}};
   return outcome::done;
@@ -200,7 +226,7 @@ outcome change(const std::string &how, const command_line &given, value::fields 
     return partition(card, report, error);
   if (!card.has(partitioned))
     return failed(error, what_is_wrong(card));
-  return how == "repair" ? repair(report, error) : format(report);
+  return how == "repair" ? repair(card, report, error) : format(card, report, error);
 }
 
 bool read_state(value::fields &state, std::string &) {
