@@ -48,8 +48,10 @@ void await(std::string_view text, int from, std::string &so_far) {
   raw.push_back(nullptr);
   ::dup2(output, STDOUT_FILENO);
   ::dup2(errors, STDERR_FILENO);
+  const char *preloaded = std::getenv("LD_PRELOAD");
   if (*PRELOADED_FIRST != '\0') // a sanitizer's own library insists on its place
-    ::setenv("LD_PRELOAD", PRELOADED_FIRST, 1);
+    ::setenv("LD_PRELOAD",
+             (std::string{PRELOADED_FIRST} + ":" + (preloaded != nullptr ? preloaded : "")).c_str(), 1);
   leave_board();
   ::execv(raw[0], raw.data());
   ::_exit(127);

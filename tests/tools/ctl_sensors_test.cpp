@@ -65,6 +65,8 @@ TEST_F(CtlTemperature, TellsDegrees) {
   EXPECT_EQ(told({"temperature"}), "celsius: -0.034\nbeyond range: no\n");
   board_.write(adc_file, "adc[0] = 0\nadc[1] = 050\n"); // code 80
   EXPECT_EQ(asked({"temperature"}, "."), R"({"celsius":106.257,"beyond_range":false})");
+  board_.write(adc_file, "adc0 = 0x200\nadc1 = 0x1cf\n"); // the manual's example
+  EXPECT_EQ(told({"temperature"}), "celsius: 30.007\nbeyond range: no\n");
 }
 
 TEST_F(CtlTemperature, TellsWhenTheInputIsBeyondRange) {
@@ -137,6 +139,20 @@ TEST_F(CtlBacklight, SetsItsBrightness) {
   EXPECT_EQ(asked({"backlight", "1000"}, ".brightness"), "1000");
   EXPECT_THAT(board_.read(brightness_file), testing::StartsWith("1000"));
   EXPECT_FALSE(was_asked("fb0: blank 0")) << "only on and off are for the panel";
+}
+
+/// sysfs reports 4096 bytes for each attribute.
+TEST_F(CtlBacklight, ReadsAttributesThatAreShorterThanReported) {
+  ASSERT_EQ(::setenv("LD_PRELOAD", REPORTS_A_PAGE, 1), 0);
+  // _exit(): a sanitizer would report what perl does not free.
+  const std::string script = "$| = 1; open F, $ARGV[0]; print -s F; POSIX::_exit(0)";
+  test::application size{board_, "/usr/bin/perl", {"-MPOSIX", "-e", script, brightness_file}};
+  EXPECT_EQ(size.finish(), 0);
+  EXPECT_EQ(size.output(), "4096") << "the library is not preloaded";
+  EXPECT_EQ(told({"backlight"}), "power: on\nbrightness: 500\n");
+  EXPECT_EQ(told({"backlight", "700"}), "power: on\nbrightness: 700\n");
+  EXPECT_EQ(told({"backlight", "off"}), "power: off\nbrightness: 700\n");
+  ::unsetenv("LD_PRELOAD");
 }
 
 TEST_F(CtlBacklight, SwitchesThePanelWithIt) {
