@@ -1,11 +1,16 @@
+#define _POSIX_C_SOURCE 200809L
+
 #include "screenshot.h"
 
 #include <dravik.h>
 
 #include <stdio.h>
 #include <string.h>
+#include <sys/stat.h>
+#include <time.h>
+#include <unistd.h>
 
-enum { WIDTH = 640, HEIGHT = 480 };
+enum { WIDTH = 640, HEIGHT = 480, HEADER = 66, WHOLE_FILE = HEADER + WIDTH * HEIGHT * 2 };
 
 /* The visible pixels, without what the device keeps behind each line. */
 static const uint16_t *visible_pixels(void) {
@@ -21,10 +26,32 @@ static int report(int result, const char *what) {
   return result;
 }
 
+/* Removes what a full card has of a screenshot that was begun in a second. */
+static void remove_cut_file(time_t second) {
+  char path[64];
+  struct tm local;
+  struct stat status;
+  localtime_r(&second, &local);
+  strftime(path, sizeof path, "/tmp/mmcblk0p1/q7_%H%M%S.bmp", &local);
+  if (stat(path, &status) == 0 && status.st_size < WHOLE_FILE)
+    unlink(path);
+}
+
+/* The library names the file after the second in which it begins. */
+static int save_or_remove(const uint16_t *pixels) {
+  const time_t before = time(NULL);
+  const int result = fb_get_bmp_file(pixels);
+  if (result != 0) {
+    remove_cut_file(before);
+    remove_cut_file(before + 1);
+  }
+  return result;
+}
+
 int save_screen(void) {
   if (fbinfo[FBINFO_XRES] != WIDTH || fbinfo[FBINFO_YRES] != HEIGHT)
     return report(-1, "only a panel of 640 by 480 can be saved");
-  if (fb_get_bmp_file(visible_pixels()) != 0)
+  if (save_or_remove(visible_pixels()) != 0)
     return report(-1, "the screen cannot be saved; is the card in?");
   return report(0, "the screen is saved on the card");
 }

@@ -66,5 +66,17 @@ TEST(DashcamScreenshotKey, FailsWhenTheCardIsOut) {
   EXPECT_THAT(dashcam.errors(), HasSubstr("dashcam: the screen cannot be saved; is the card in?\n"));
 }
 
+TEST(DashcamScreenshotKey, LeavesNoCutFileOnAFullCard) {
+  const board on{640, 480};
+  add_demonstration_files(on);
+  on.write("tmp/mmcblk0p1/kept", "kept");
+  // Files grow to 100 blocks of 512 bytes, and then writing fails: a screenshot has 614466 bytes.
+  const char *script = "trap '' XFSZ; ulimit -f 100; exec \"$0\" --screenshot --screen menu";
+  application dashcam{on, "/bin/sh", {"-c", script, DASHCAM}};
+  EXPECT_EQ(dashcam.finish(), 1);
+  EXPECT_THAT(dashcam.errors(), HasSubstr("dashcam: the screen cannot be saved; is the card in?\n"));
+  EXPECT_THAT(card_of(on), testing::ElementsAre("kept"));
+}
+
 } // namespace
 } // namespace dravik::test
