@@ -1,10 +1,13 @@
 #include "board.h"
 
+#include "card_mount.h"
 #include "tell.h"
 
 #include <dravik.h>
 
 #include <string.h>
+
+enum { LOOKS_TO_SETTLE = 2 };
 
 static struct board now;
 
@@ -40,19 +43,54 @@ int board_look_at_movement(void) {
   return memcmp(&before, &now, sizeof now) != 0;
 }
 
-static void look_at_card(struct card *card) {
+/* ------------------------------------------------------------------------------------------------ card */
+
+static int has(const struct card *card, int bits) {
+  return (card->status & bits) == bits;
+}
+
+static void read_sizes(struct card *card) {
+  if (has(card, CARD_PRESENT))
+    card->size_mib = sd_card_get_raw_size(&card->sectors);
+  if (!has(card, CARD_PRESENT | CARD_MOUNTED))
+    return;
+  card->part_mib = sd_card_get_part_size();
+  card->free_mib = sd_card_get_free_space();
+  card->is_usable =
+      card->status == CARD_HEALTHY && card->size_mib > 0 && card->part_mib > 0 && card_is_readable();
+}
+
+static void read_card(struct card *card) {
   memset(card, 0, sizeof *card);
   sd_card_check(&card->status);
   if (!now.has_lines)
     card->status &= (uint8_t)~CARD_LOCKED; /* the switch cannot be read */
-  if ((card->status & CARD_PRESENT) == 0)
-    return;
-  card->size_mib = sd_card_get_raw_size(&card->sectors);
-  if ((card->status & CARD_MOUNTED) == 0)
-    return;
-  card->part_mib = sd_card_get_part_size();
-  card->free_mib = sd_card_get_free_space();
+  if (has(card, CARD_MOUNTED) && !has(card, CARD_PRESENT | CARD_PARTITIONED)) {
+    card_detach();
+    card->status &= CARD_LOCKED; /* removed, whether or not there is another one already */
+  }
+  read_sizes(card);
 }
+
+/* The kernel reports an inserted card about half a second before its partition, which is mounted after that: not
+ * an error yet. */
+static int is_settling(const struct card *seen) {
+  static int looks;
+  if (!has(seen, CARD_PRESENT))
+    looks = LOOKS_TO_SETTLE;
+  else if (has(seen, CARD_MOUNTED))
+    looks = 0;
+  return has(seen, CARD_PRESENT) && looks-- > 0;
+}
+
+static void look_at_card(void) {
+  struct card seen;
+  read_card(&seen);
+  if (!is_settling(&seen))
+    now.card = seen;
+}
+
+/* ------------------------------------------------------------------------------------------------ all */
 
 static void tell_changes(const struct board *before) {
   if (now.monitor != before->monitor)
@@ -70,7 +108,7 @@ int board_look_around(void) {
   now.temperature_c10 = now.has_temperature ? (temperature + 50) / 100 : 0;
   now.monitor = hdmi_detect();
   now.is_parked = gpio_get(LINE_PARKED) == 1;
-  look_at_card(&now.card);
+  look_at_card();
   tell_changes(&before);
   return memcmp(&before, &now, sizeof now) != 0;
 }

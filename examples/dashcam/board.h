@@ -24,6 +24,7 @@ struct card {
   uint32_t sectors;
   int32_t size_mib; /* of the whole card */
   int32_t part_mib, free_mib;
+  int is_usable; /* healthy, and its directory and its sizes can be read */
 };
 
 struct board {

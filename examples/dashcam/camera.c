@@ -36,7 +36,7 @@ static enum camera_state state_of(const struct board *board) {
   const struct card *card = &board->card;
   if ((card->status & CARD_PRESENT) == 0)
     return CAMERA_CARD_MISSING;
-  if (card->status != CARD_HEALTHY)
+  if (!card->is_usable)
     return CAMERA_CARD_ERROR;
   if ((int64_t)card->free_mib * 100 < (int64_t)card->part_mib * FULL_PERCENT)
     return CAMERA_CARD_FULL;

@@ -1,6 +1,8 @@
 /* The memory card: its state, its room and its recordings, and its repair and format after a question. */
 
 #include "camera.h"
+#include "card_mount.h"
+#include "notices.h"
 #include "phrases.h"
 #include "question.h"
 #include "screens.h"
@@ -9,6 +11,7 @@
 #include "words.h"
 
 #include <stdio.h>
+#include <sys/wait.h>
 
 enum { LEFT_WIDTH = 372, GAP = 16, BUTTON_HEIGHT = 52, BUTTON_GAP = 12, MIB_IN_GIB = 1024 };
 enum action { ACTION_REPAIR, ACTION_FORMAT, ACTIONS };
@@ -25,7 +28,7 @@ static enum action selected;
 static int is_asking, is_yes;
 static struct card shown; /* the card and its recordings as the page shows them */
 static struct rec_file_list recordings;
-static int has_recordings;
+static int has_recordings, has_failed;
 
 static int has(int bits) {
   return (shown.status & bits) == bits;
@@ -47,7 +50,7 @@ static enum phrase state_phrase(void) {
     return PHRASE_CARD_MISSING;
   if (has(CARD_LOCKED))
     return PHRASE_CARD_LOCKED;
-  if (shown.status != CARD_HEALTHY)
+  if (!shown.is_usable)
     return PHRASE_CARD_ERROR;
   return camera_state() == CAMERA_CARD_FULL ? PHRASE_CARD_FULL : PHRASE_CARD_READY;
 }
@@ -180,7 +183,8 @@ void card_draw(const struct ride *ride) {
 
 void card_refresh(const struct ride *ride) {
   const struct card *card = &board()->card;
-  if (card->status != shown.status || card->free_mib != shown.free_mib || card->part_mib != shown.part_mib)
+  if (card->status != shown.status || card->is_usable != shown.is_usable ||
+      card->free_mib != shown.free_mib || card->part_mib != shown.part_mib)
     card_draw(ride);
   else
     status_clock(ride);
@@ -191,18 +195,77 @@ void card_enter(void) {
   is_asking = 0;
 }
 
+/* -------------------------------------------------------------------------------------------- the actions */
+
+static void fail(const char *reason) {
+  has_failed = 1;
+  fprintf(stderr, "dashcam: card: %s\n", reason);
+  tell("card: %s", reason);
+  notice(NOTICE_CARD_ERROR);
+}
+
+/* The library runs all its commands, whatever becomes of the one before. Its check or format of a file system that
+ * is in use would destroy it: so the card is unmounted before. */
+static int is_unmounted(void) {
+  char reason[CARD_REASON];
+  if (!has(CARD_MOUNTED) || card_unmount(reason) == 0)
+    return 1;
+  fail(reason);
+  return 0;
+}
+
+/* Reads the record of a repair. Its unmount fails: the card was unmounted before. */
+static void look_at_repair(void) {
+  static const char *const steps[] = {"unmount", "check", "mount"};
+  enum { CHECK = 1, STEPS = 3, ERRORS_REPAIRED = 1 };
+  char reason[CARD_REASON];
+  FILE *record = fopen("/tmp/debugfs", "r");
+  for (int step = 0, status; step < STEPS; ++step) {
+    if (record == NULL || fscanf(record, "ret : %d ", &status) != 1)
+      status = -1;
+    const int exit_status = status >= 0 && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    if (step < CHECK || exit_status == 0 || (step == CHECK && exit_status == ERRORS_REPAIRED))
+      continue;
+    snprintf(reason, sizeof reason, "%s failed with exit status %d", steps[step], exit_status);
+    fail(reason);
+    break;
+  }
+  if (record != NULL)
+    fclose(record);
+}
+
+static void repair(void) {
+  if (!is_unmounted())
+    return;
+  sd_card_check_fs();
+  look_at_repair();
+}
+
 /* A format ends with a restart of the whole board. */
-static void carry_out(void) {
-  question_draw_wait(actions[selected].label);
-  tell("card: %s", selected == ACTION_REPAIR ? "repair" : "format");
-  if (selected == ACTION_REPAIR)
-    sd_card_check_fs();
-  else if (has(CARD_PARTITIONED))
+static void format(void) {
+  if (!is_unmounted())
+    return;
+  if (has(CARD_PARTITIONED))
     sd_card_format();
   else
     sd_card_create_part(shown.sectors);
-  tell("card: done");
+}
+
+static void carry_out(void) {
+  question_draw_wait(actions[selected].label);
+  tell("card: %s", selected == ACTION_REPAIR ? "repair" : "format");
+  has_failed = 0;
+  if (selected == ACTION_REPAIR)
+    repair();
+  else
+    format();
+  if (!has_failed)
+    tell("card: done");
   board_look_around();
+}
+
+int card_has_failed(void) {
+  return has_failed;
 }
 
 static void answer(void) {

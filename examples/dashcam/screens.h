@@ -38,6 +38,7 @@ void card_draw(const struct ride *ride);
 void card_refresh(const struct ride *ride);
 int card_press(enum key key);
 void card_enter(void);
+int card_has_failed(void); /* whether the last repair or format failed */
 void system_draw(const struct ride *ride);
 void system_refresh(const struct ride *ride);
 void home_follow(void);

@@ -173,7 +173,7 @@ static int show_still(const struct options *options) {
   const int result = begin(options->only, options);
   for (int i = 0; i < options->key_count; ++i)
     press(options->only, options, options->keys[i]);
-  return result;
+  return card_has_failed() ? -1 : result;
 }
 
 int show(const struct options *options) {

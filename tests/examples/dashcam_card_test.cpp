@@ -81,6 +81,31 @@ TEST_F(DashcamCard, IsRepairedAfterYes) {
   EXPECT_TRUE(on_.exists(recording_));
 }
 
+TEST_F(DashcamCard, IsNotRepairedOrFormattedWhileItIsInUse) {
+  for (const std::string keys : {"ok,next,ok", "next,ok,next,ok"}) {
+    const std::string script =
+        "exec 3</tmp/mmcblk0p1/REC/KVX00007.TS; echo $$; \"$0\" --screen card --press " + keys + " 3<&-";
+    on_.clear_events();
+    application shell{on_, "/bin/sh", {"-c", script, DASHCAM}};
+    EXPECT_EQ(shell.finish(), 1) << keys;
+    const std::string user = "sh (" + shell.output().substr(0, shell.output().find('\n')) + ")";
+    EXPECT_THAT(shell.errors(), HasSubstr("dashcam: card: busy, in use by " + user + "\n"));
+    EXPECT_THAT(on_.read("tmp/dravik.log"), HasSubstr("] card: busy, in use by " + user));
+    EXPECT_THAT(on_.events(), Contains("umount: /tmp/mmcblk0p1"));
+    EXPECT_THAT(on_.events(), Not(Contains(HasSubstr("dosfsck"))));
+    EXPECT_THAT(on_.events(), Not(Contains(HasSubstr("mkfs"))));
+  }
+  EXPECT_TRUE(on_.exists(recording_));
+}
+
+TEST_F(DashcamCard, RepairThatFailsIsReported) {
+  on_.set_fault("shell", "mount");
+  application dashcam{on_, DASHCAM, {"--screen", "card", "--press", "ok,next,ok"}};
+  EXPECT_EQ(dashcam.finish(), 1);
+  EXPECT_THAT(dashcam.errors(), HasSubstr("dashcam: card: mount failed with exit status 1\n"));
+  EXPECT_THAT(on_.read("tmp/dravik.log"), Not(HasSubstr("card: done")));
+}
+
 TEST_F(DashcamCard, IsNotTouchedWhenItIsOut) {
   take_out(on_);
   EXPECT_EQ(press("next,ok,next,ok"), 0);
@@ -170,6 +195,13 @@ TEST_F(DashcamCard, IsFullBeforeItsLastByte) {
   dashcam.await_line("state: card full");
   dashcam.end();
   EXPECT_THAT(on_.events(), Contains("led: orange"));
+}
+
+TEST_F(DashcamCard, WithoutASizeIsAnError) {
+  on_.write("sys/block/mmcblk0/size", "0\n");
+  living_dashcam dashcam{on_, {"--screen", "card", "--stay"}};
+  dashcam.await_line("state: card error");
+  dashcam.end();
 }
 
 TEST_F(DashcamCard, IsLeftAloneByAKeyThatSaysNo) {
