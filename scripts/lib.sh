@@ -50,18 +50,28 @@ need_packages() {
 # minutes SECONDS: as 4:05.
 minutes() { printf '%d:%02d' $(($1 / 60)) $(($1 % 60)); }
 
-# show_progress LOG: the log's last line, over and over: each second in one place of a terminal, else every minute.
+# show_progress LOG: the log's last line, over and over: each second in one place of a terminal, else every ten seconds
+# when it is a new one. Ends at SIGTERM, by itself: the shell that waits for it reports no "Terminated".
 show_progress() {
-  pause=60
+  trap 'exit 0' TERM
+  pause=10
   [ -t 1 ] && pause=1
   elapsed=0
-  while sleep 1 >/dev/null 2>&1 && kill -0 $$ 2>/dev/null; do
+  shown=
+  while pause_for 1 && kill -0 $$ 2>/dev/null; do
     elapsed=$((elapsed + 1))
     [ $((elapsed % pause)) -eq 0 ] || continue
     line=$(tail -n 5 "$1" | grep -v 'warnings\{0,1\} generated' | tail -n 1 | sed -E 's/ \.{3,}//' | cut -c 1-100)
-    [ -n "$line" ] || continue
+    [ -n "$line" ] && [ "$line" != "$shown" ] || continue
+    shown=$line
     if [ -t 1 ]; then printf '\r\033[K  %s' "$line"; else echo "  $line"; fi
   done
+}
+
+# pause_for SECONDS: a signal ends it, unlike a sleep in the foreground.
+pause_for() {
+  sleep "$1" >/dev/null 2>&1 &
+  wait $!
 }
 
 # logged LOG COMMAND...: runs a command with its output in a log and its progress on the terminal. Returns its status.
