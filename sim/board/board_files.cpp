@@ -123,9 +123,9 @@ bool set_board_file_length(const char *inside, off_t length) noexcept {
   return file && ::syscall(SYS_ftruncate, file.get(), length) == 0;
 }
 
-int ordered_fault(std::string_view request, std::string_view path) noexcept {
+int injected_fault(request_name request, std::string_view path) noexcept {
   const board_text faults{"faults"};
-  std::string_view order = find_order(faults, request, path);
+  std::string_view order = find_order(faults, request.text, path);
   if (order.empty())
     return 0;
   take_word(order);
@@ -134,10 +134,10 @@ int ordered_fault(std::string_view request, std::string_view path) noexcept {
 }
 
 /// Blanks in its place leave what someone else may add meanwhile as it is.
-bool take_fault(std::string_view request, std::string_view path) noexcept {
+bool take_injected_fault(request_name request, std::string_view path) noexcept {
   const preserve_errno unchanged;
   const board_text faults{"faults"};
-  const std::string_view order = find_order(faults, request, path);
+  const std::string_view order = find_order(faults, request.text, path);
   const unique_fd file{order.empty() ? -1 : open_board_file("faults", O_WRONLY)};
   if (!file)
     return false;

@@ -2,6 +2,8 @@
 // them: settings, ordered faults, the events that they record.
 #pragma once
 
+#include "board/board_table.hpp"
+
 #include <cstddef>
 #include <string_view>
 #include <sys/types.h>
@@ -44,11 +46,11 @@ void append_to_board_file(const char *inside, std::string_view text) noexcept;
 /// Makes a file of the board this long, past the rules for devices.
 [[nodiscard]] bool set_board_file_length(const char *inside, off_t length) noexcept;
 
-/// The error that the board's `faults` orders for a request to what an application calls `path`; 0 for none.
-int ordered_fault(std::string_view request, std::string_view path) noexcept;
+/// Return the error number that `faults` specifies for a request on a path, 0 for none.
+int injected_fault(request_name request, std::string_view path) noexcept;
 
-/// Whether `faults` has a line for a request, which is taken out: it is for once.
-[[nodiscard]] bool take_fault(std::string_view request, std::string_view path) noexcept;
+/// The same for a fault that happens once: remove its line. Return whether there is one.
+[[nodiscard]] bool take_injected_fault(request_name request, std::string_view path) noexcept;
 
 /// Appends a line to the board's `events`, whole even when several threads and processes record at once.
 [[gnu::format(printf, 1, 2)]] void record_event(const char *format, ...) noexcept;

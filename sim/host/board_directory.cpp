@@ -5,6 +5,7 @@
 #include "base/unique_file.hpp"
 #include "board/accelerometer.hpp"
 #include "board/board_links.hpp"
+#include "board/board_table.hpp"
 #include "board/settings_text.hpp"
 #include "host/reports.hpp"
 
@@ -20,44 +21,6 @@ namespace {
 
 namespace files = std::filesystem;
 
-struct first_text {
-  const char *path;
-  const char *text;
-};
-
-constexpr first_text first_texts[] = {
-    {"faults",
-     "# Orders a request to fail, from the next one on. One a line: what, to whom, with which error.\n"
-     "#   open /dev/fb0 ENODEV\n"
-     "#   fscreeninfo /dev/fb0 EIO\n"
-     "#   vscreeninfo /dev/fb0 EIO\n"
-     "#   mmap /dev/fb0 ENOMEM\n"
-     "#   descriptor-0 /dev/fb0\n"
-     "#   set /dev/ambad EIO\n"
-     "#   read /dev/i2c-0 EIO\n"
-     "#   open /tmp/dravik.log ENOSPC\n"
-     "#   write sound EIO\n"
-     "#   underrun sound\n"},
-    {"events", ""},
-    {"proc/modules", "ambad 5238 0 - Live 0x00000000\n"},
-    {"proc/partitions", "major minor  #blocks  name\n\n"},
-    {"proc/mounts", "rootfs / rootfs rw 0 0\n"},
-    {"dev/ambad", ""},
-    {"dev/i2c-0", ""},
-    {"dev/ttyS0", ""},
-    {"gpio/68", "0\n"}, // the card's write protection
-    {"gpio/82", "0\n"}, // the LED: red,
-    {"gpio/83", "0\n"}, // and green
-    {"proc/ambarella/hdmi_edid", reports::no_monitor},
-    {"sys/class/backlight/pwm-backlight.0/brightness", "500\n"},
-    {"sys/class/backlight/pwm-backlight.0/bl_power", "0\n"},
-    {"sys/class/backlight/pwm-backlight.0/max_brightness", "1000\n"},
-};
-
-constexpr const char *empty_directories[] = {
-    "sound", "sys/block", "tmp/add", "tmp/mmcblk0p1", "usr/local/dravik/font", "usr/local/dravik/jpg",
-};
-
 constexpr uint32_t code_of_30_degrees = 0x1CF;
 constexpr uint32_t middle_code = 0x200;
 
@@ -69,7 +32,7 @@ std::string first_codes() {
   return text;
 }
 
-/// As it is when the power comes on.
+/// After power-on.
 std::string first_registers() {
   std::string registers(accelerometer::registers, '\0');
   registers[accelerometer::identity_register] = accelerometer::identity;
@@ -94,24 +57,84 @@ std::string settings_of(const screen &shown) {
       "# The screen, in pixels; line_length in bytes. Takes effect when an application next opens it.\n";
   for (const auto &[key, value] : settings)
     text = with_setting(text, key, std::to_string(value));
-  return text.append("# How the board moves, in thousandths of the Earth's pull: x, y, z.\n"
+  return text.append("# Acceleration in mg: x, y, z.\n"
                      "accel=0,0,1000\n");
 }
 
-/// The memory takes no room on the disk until something is drawn.
-bool make_screen_memory(const std::string &path, uint64_t size, std::string &error) {
+/// A comment with the requests that each device knows.
+std::string first_faults() {
+  std::string text =
+      "# Faults to inject, one per line: request, path, error. Effective from the next request on.\n"
+      "# open: all paths; read: paths below /dev; write: paths below /dev and /sys; mmap and\n"
+      "# descriptor-0: devices; shell COMMAND. In addition:\n";
+  for (const board_entry &entry : board_table)
+    if (!entry.requests.empty())
+      text.append("#   ").append(entry.path).append(": ").append(entry.requests).append("\n");
+  return text.append("# Example: fscreeninfo /dev/fb0 EIO\n");
+}
+
+/// The memory takes no space on the host until something is drawn.
+bool make_screen_memory(const std::string &path, const screen &shown, std::string &error) {
   if (!write_file(path, {}, error))
     return false;
-  if (::truncate(path.c_str(), static_cast<off_t>(size)) == 0)
+  if (::truncate(path.c_str(), static_cast<off_t>(shown.memory_bytes())) == 0)
     return true;
   error = path + ": " + reason();
   return false;
 }
 
-bool make_pipe(const std::string &path, std::string &error) {
+bool make_pipe(const std::string &path, const screen &, std::string &error) {
   if (::mkfifo(path.c_str(), 0666) == 0)
     return true;
   error = path + ": " + reason();
+  return false;
+}
+
+/// The first contents of a path that are not a constant.
+struct maker {
+  std::string_view path;
+  bool (*make)(const std::string &path, const screen &shown, std::string &error);
+};
+
+template <std::string (*text)()> bool make_text(const std::string &path, const screen &, std::string &error) {
+  return write_file(path, text(), error);
+}
+
+constexpr maker makers[] = {
+    {"/dev/fb0", make_screen_memory},
+    {"/dev/ttyS0.in", make_pipe},
+    {"/proc/ambarella/adc", make_text<first_codes>},
+    {"faults", make_text<first_faults>},
+    {"i2c/0x18", make_text<first_registers>},
+    {"board.conf", [](const std::string &path, const screen &shown,
+                      std::string &error) { return write_file(path, settings_of(shown), error); }},
+};
+
+constexpr const maker *maker_of(const board_entry &entry) {
+  return std::ranges::find(makers, entry.path, &maker::path);
+}
+
+static_assert(std::ranges::all_of(board_table,
+                                  [](const board_entry &entry) {
+                                    return entry.first != first_state::made ||
+                                           maker_of(entry) != std::end(makers);
+                                  }),
+              "each entry of board_table that is made has its function in makers");
+
+bool make_entry(const std::string &board, const board_entry &entry, const screen &shown, std::string &error) {
+  const std::string path =
+      board + "/" + std::string{entry.path.substr(is_path_of_applications(entry) ? 1 : 0)};
+  switch (entry.first) {
+  case first_state::absent:
+    return true;
+  case first_state::file:
+    return write_file(path, entry.text, error);
+  case first_state::directory:
+    return make_directory(path, error);
+  case first_state::made:
+    return make_directory(files::path{path}.parent_path(), error) &&
+           maker_of(entry)->make(path, shown, error);
+  }
   return false;
 }
 
@@ -137,17 +160,8 @@ bool make_directory(const std::string &path, std::string &error) {
 bool create_board(const std::string &directory, const screen &shown, std::string &error) {
   if (!make_place(directory, error))
     return false;
-  const std::string root = directory + "/";
-  for (const char *path : empty_directories)
-    if (!make_directory(root + path, error))
-      return false;
-  for (const first_text &file : first_texts)
-    if (!write_file(root + file.path, file.text, error))
-      return false;
-  return write_file(root + "proc/ambarella/adc", first_codes(), error) &&
-         write_file(root + "i2c/0x18", first_registers(), error) && make_pipe(root + "dev/ttyS0.in", error) &&
-         make_screen_memory(root + "dev/fb0", shown.memory_bytes(), error) &&
-         write_file(root + "board.conf", settings_of(shown), error); // last: now it is a board
+  return std::ranges::all_of(
+      board_table, [&](const board_entry &entry) { return make_entry(directory, entry, shown, error); });
 }
 
 bool is_board(const std::string &directory) {

@@ -17,7 +17,6 @@ constexpr uint32_t temperature_channel = 1;
 /// for the end: a NUL stands before it.
 std::string with_adc_code(std::string_view report, uint32_t channel, uint32_t code);
 
-constexpr const char *no_monitor = "No HDMI\n";
 constexpr const char *monitor = "Basic EDID\nManufacturer: simulated\nPreferred timing: 1280x720\n";
 
 } // namespace dravik::sim::reports

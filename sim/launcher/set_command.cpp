@@ -1,6 +1,7 @@
 // "set": input values of a board, also while an application runs.
 
 #include "board/accelerometer.hpp"
+#include "board/board_table.hpp"
 #include "board/settings_text.hpp"
 #include "board/temperature_table.hpp"
 #include "dravik.h"
@@ -9,6 +10,8 @@
 #include "host/reports.hpp"
 #include "launcher/commands.hpp"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cmath>
 #include <map>
@@ -16,31 +19,6 @@
 
 namespace dravik::sim {
 namespace {
-
-constexpr std::string_view set_help =
-    R"(Usage: dravik-sim set BOARD KEY=VALUE ...
-
-Set input values of a simulated board.
-
-A change takes effect at the application's next read. If any value is
-invalid, nothing is changed.
-
-Keys:
-  accel=X,Y,Z          acceleration in mg, -16000 to 16000 (at rest: 0,0,1000)
-  adc.CHANNEL=CODE     ADC code, 0 to 1023 or 0x0 to 0x3ff; channels 0 to 3
-  card=in|locked|out   insert the memory card, insert it write-protected,
-                       or remove it
-  gpio.LINE=LEVEL      0 (low) or 1 (high); lines 0 to 255
-  hdmi=on|off          attach or detach a monitor
-  temperature=DEGREES  -1 to 117 degrees Celsius, on ADC channel 1;
-                       resolution about 0.1
-
-Examples:
-  dravik-sim set desk temperature=41.5
-  dravik-sim set desk gpio.68=1 accel=0,2500,1000
-
-Exit status: 0 on success; 1 on failure; 2 on a usage error
-)";
 
 constexpr uint32_t last_line = 255;
 
@@ -136,7 +114,7 @@ bool set_level(uint32_t line, std::string_view value, changed_files &files) {
 bool set_monitor(uint32_t, std::string_view value, changed_files &files) {
   if (value != "on" && value != "off")
     return false;
-  files["proc/ambarella/hdmi_edid"] = value == "on" ? reports::monitor : reports::no_monitor;
+  files["proc/ambarella/hdmi_edid"] = value == "on" ? reports::monitor : std::string{no_monitor};
   return true;
 }
 
@@ -163,19 +141,79 @@ bool set_temperature(uint32_t, std::string_view value, changed_files &files) {
 }
 
 struct input {
-  std::string_view key; ///< ends with a dot if a number follows
-  const char *values;   ///< for messages
+  std::string_view key;    ///< ends with a dot if a number follows
+  std::string_view values; ///< for messages
+  std::string_view help;   ///< complete lines
   bool (*set)(uint32_t number, std::string_view value, changed_files &files);
 };
 
 constexpr input inputs[] = {
-    {"accel", "X,Y,Z, each -16000 to 16000", set_movement},
-    {"adc.", "0 to 0x3ff, channel 0 to 3", set_code},
-    {"card", "in, locked or out", set_card},
-    {"gpio.", "0 or 1, line 0 to 255", set_level},
-    {"hdmi", "on or off", set_monitor},
-    {"temperature", "-1 to 117", set_temperature},
+    {"accel", "X,Y,Z, each -16000 to 16000", //
+     "  accel=X,Y,Z          acceleration in mg, -16000 to 16000 (at rest: 0,0,1000)\n", set_movement},
+    {"adc.", "0 to 0x3ff, channel 0 to 3",
+     "  adc.CHANNEL=CODE     ADC code, 0 to 1023 or 0x0 to 0x3ff; channels 0 to 3\n", set_code},
+    {"card", "in, locked or out",
+     R"(  card=in|locked|out   insert the memory card, insert it write-protected,
+                       or remove it
+)",
+     set_card},
+    {"gpio.", "0 or 1, line 0 to 255", "  gpio.LINE=LEVEL      0 (low) or 1 (high); lines 0 to 255\n",
+     set_level},
+    {"hdmi", "on or off", "  hdmi=on|off          attach or detach a monitor\n", set_monitor},
+    {"temperature", "-1 to 117",
+     R"(  temperature=DEGREES  -1 to 117 degrees Celsius, on ADC channel 1;
+                       resolution about 0.1
+)",
+     set_temperature},
 };
+
+static_assert(std::ranges::all_of(inputs,
+                                  [](const input &known) {
+                                    return std::ranges::any_of(board_table, [&](const board_entry &entry) {
+                                      return contains_word(entry.inputs, known.key);
+                                    });
+                                  }),
+              "each input is in the entry of board_table that it changes");
+
+constexpr std::string_view before_keys =
+    R"(Usage: dravik-sim set BOARD KEY=VALUE ...
+
+Set input values of a simulated board.
+
+A change takes effect at the application's next read. If any value is
+invalid, nothing is changed.
+
+Keys:
+)";
+
+constexpr std::string_view after_keys = R"(
+Examples:
+  dravik-sim set desk temperature=41.5
+  dravik-sim set desk gpio.68=1 accel=0,2500,1000
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
+)";
+
+struct help_text {
+  constexpr void append(std::string_view part) {
+    std::ranges::copy(part, text.begin() + length);
+    length += static_cast<std::ptrdiff_t>(part.size());
+  }
+
+  std::array<char, 2048> text = {};
+  std::ptrdiff_t length = 0;
+};
+
+constexpr help_text joined_help = [] {
+  help_text help;
+  help.append(before_keys);
+  for (const input &known : inputs)
+    help.append(known.help);
+  help.append(after_keys);
+  return help;
+}();
+
+constexpr std::string_view set_help{joined_help.text.data(), static_cast<size_t>(joined_help.length)};
 
 const input *input_named(std::string_view key, uint32_t &number) {
   number = 0;
@@ -196,8 +234,9 @@ std::string take_change(std::string_view word, changed_files &files) {
   const input *known = input_named(key, number);
   if (known == nullptr || key.size() == word.size())
     return "unknown input '" + std::string{word} + "'; try 'dravik-sim set --help'";
-  return known->set(number, value, files) ? ""
-                                          : "invalid '" + std::string{word} + "'; must be " + known->values;
+  return known->set(number, value, files)
+             ? ""
+             : "invalid '" + std::string{word} + "'; must be " + std::string{known->values};
 }
 
 outcome set(const std::string &board, const command_line &given, std::string &error) {

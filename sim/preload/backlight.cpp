@@ -24,9 +24,9 @@ void record_power(const char *text, size_t size) noexcept {
 
 } // namespace
 
-constinit const device backlight_brightness = {.path = "/sys/class/backlight/pwm-backlight.0/brightness",
-                                               .written = record_brightness};
-constinit const device backlight_power = {.path = "/sys/class/backlight/pwm-backlight.0/bl_power",
-                                          .written = record_power};
+constinit const device backlight_brightness = checked(
+    {.entry = entry_of("/sys/class/backlight/pwm-backlight.0/brightness"), .written = record_brightness});
+constinit const device backlight_power =
+    checked({.entry = entry_of("/sys/class/backlight/pwm-backlight.0/bl_power"), .written = record_power});
 
 } // namespace dravik::sim

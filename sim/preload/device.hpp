@@ -1,5 +1,7 @@
-// What a simulated device answers where its plain file cannot.
+// Behaviour of simulated devices that plain files do not have.
 #pragma once
+
+#include "board/board_table.hpp"
 
 #include <cerrno>
 #include <cstddef>
@@ -11,25 +13,33 @@ namespace dravik::sim {
 
 struct request_kind {
   uint32_t number;
-  const char *name; ///< by which a fault is ordered
+  request_name name;
   long (*serve)(int descriptor, uintptr_t argument);
 };
 
-/// A device gives its answers as the kernel does inside: a result, or a negative error number. Where it has
-/// none of its own, its plain file answers.
+/// Its functions return a result or a negative error number, as in the kernel. The plain file serves the calls for
+/// which a device has no function.
 struct device {
-  const char *path; ///< what applications call it
+  const board_entry &entry;
   std::span<const request_kind> requests = {};
 
-  /// Called with each new descriptor of it; gives the one that the application gets.
+  /// Called with each new descriptor. Returns the one for the application.
   int (*opened)(int descriptor, int flags) = nullptr;
   ssize_t (*read)(int descriptor, void *data, size_t size) = nullptr;
   ssize_t (*write)(int descriptor, const void *data, size_t size) = nullptr;
-  /// Told what its plain file has taken.
+  /// Called with the bytes that were written to the plain file.
   void (*written)(const char *text, size_t size) = nullptr;
-  /// Whether `length` bytes from `offset` on may be mapped.
+  /// Check whether `length` bytes from `offset` on may be mapped.
   int (*map)(uint64_t length, uint64_t offset) = nullptr;
 };
+
+/// Return a device whose requests are in its entry. Others do not compile.
+consteval device checked(device given) {
+  for (const request_kind &request : given.requests)
+    if (!contains_word(given.entry.requests, request.name.text))
+      request_is_missing_in_board_table();
+  return given;
+}
 
 extern const device backlight_brightness;
 extern const device backlight_power;
@@ -38,13 +48,13 @@ extern const device gpio_driver;
 extern const device i2c_bus;
 extern const device serial_port;
 
-/// The device that applications call so; null when that is no device.
+/// Return the device with a path, null if there is none.
 const device *device_named(const char *path) noexcept;
 
-/// The device behind an open descriptor; null when there is none.
+/// Return the device of an open descriptor, null if there is none.
 const device *device_behind(int descriptor) noexcept;
 
-/// A device's answer as the C library gives it: -1 for an error, which errno tells.
+/// Return the result of a device as the C library does: -1 with errno for an error.
 template <typename Result> Result as_told(Result answer) noexcept {
   if (answer >= 0)
     return answer;

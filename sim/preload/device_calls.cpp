@@ -16,22 +16,20 @@ constexpr const device *devices[] = {
     &backlight_brightness, &backlight_power, &frame_buffer, &gpio_driver, &i2c_bus, &serial_port,
 };
 
-/// The last part of its path, which begins the lines of its events.
-const char *short_name(const device &asked) noexcept {
-  return std::strrchr(asked.path, '/') + 1;
-}
+static_assert(std::ssize(devices) == std::ranges::count_if(board_table, has_device),
+              "each entry of board_table with a path and a prefix of events has a device here");
 
 /// The kernel looks at 32 bits of a request's number.
 long answer(const device &asked, int descriptor, unsigned long request, uintptr_t argument) noexcept {
   const auto known = std::ranges::find(asked.requests, static_cast<uint32_t>(request), &request_kind::number);
   if (known == asked.requests.end()) {
-    record_event("%s: request 0x%lx refused", short_name(asked), request & UINT32_MAX);
+    record_event("%s: request 0x%lx refused", asked.entry.event, request & UINT32_MAX);
     return -ENOTTY;
   }
-  const int fault = ordered_fault(known->name, asked.path);
+  const int fault = injected_fault(known->name, asked.entry.path);
   if (fault == 0)
     return known->serve(descriptor, argument);
-  record_event("%s: %s fails as ordered", short_name(asked), known->name);
+  record_event("%s: %s fails (injected)", asked.entry.event, known->name.text);
   return -fault;
 }
 
@@ -42,7 +40,7 @@ bool may_map(int descriptor, int flags, size_t length, uint64_t offset) noexcept
   const device *mapped = device_behind(descriptor);
   if (mapped == nullptr)
     return true;
-  const int fault = ordered_fault("mmap", mapped->path);
+  const int fault = injected_fault("mmap", mapped->entry.path);
   const int error = fault != 0 ? -fault : mapped->map != nullptr ? mapped->map(length, offset) : -ENODEV;
   return as_told(error) == 0;
 }
@@ -51,7 +49,7 @@ bool may_map(int descriptor, int flags, size_t length, uint64_t offset) noexcept
 
 const device *device_named(const char *path) noexcept {
   for (const device *candidate : devices)
-    if (path != nullptr && std::strcmp(candidate->path, path) == 0)
+    if (path != nullptr && candidate->entry.path == path)
       return candidate;
   return nullptr;
 }

@@ -143,7 +143,9 @@ int check_mapping(uint64_t length, uint64_t offset) noexcept {
 
 } // namespace
 
-constinit const device frame_buffer = {
-    .path = "/dev/fb0", .requests = requests, .opened = grow_to_full_memory, .map = check_mapping};
+constinit const device frame_buffer = checked({.entry = entry_of("/dev/fb0"),
+                                               .requests = requests,
+                                               .opened = grow_to_full_memory,
+                                               .map = check_mapping});
 
 } // namespace dravik::sim

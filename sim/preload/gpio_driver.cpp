@@ -77,6 +77,6 @@ constexpr request_kind requests[] = {
 
 } // namespace
 
-constinit const device gpio_driver = {.path = "/dev/ambad", .requests = requests};
+constinit const device gpio_driver = checked({.entry = entry_of("/dev/ambad"), .requests = requests});
 
 } // namespace dravik::sim

@@ -134,7 +134,9 @@ constexpr request_kind requests[] = {
 
 } // namespace
 
-constinit const device i2c_bus = {
-    .path = "/dev/i2c-0", .requests = requests, .read = read_registers, .write = write_registers};
+constinit const device i2c_bus = checked({.entry = entry_of("/dev/i2c-0"),
+                                          .requests = requests,
+                                          .read = read_registers,
+                                          .write = write_registers});
 
 } // namespace dravik::sim

@@ -24,7 +24,7 @@ bool wants_to_write(int flags) noexcept {
 bool may_open(const board_path &path, int flags) noexcept {
   if (path.kind() == file_kind::none)
     return true;
-  int fault = ordered_fault("open", path.name());
+  int fault = injected_fault("open", path.name());
   if (fault == 0 && wants_to_write(flags) && is_on_card(path.name()) && card_is_read_only())
     fault = EROFS;
   if (fault == 0 && is_host_device(path))
@@ -51,7 +51,7 @@ int finish_open(const board_path &path, int flags, int descriptor) noexcept {
   if (opened == nullptr)
     return descriptor;
   const int given = opened->opened != nullptr ? opened->opened(descriptor, flags) : descriptor;
-  return given > 0 && ordered_fault("descriptor-0", opened->path) != 0 ? moved_to_zero(given) : given;
+  return given > 0 && injected_fault("descriptor-0", opened->entry.path) != 0 ? moved_to_zero(given) : given;
 }
 
 /// Opens by any of the C library's own definitions, `next`, which takes a path and flags.

@@ -1,4 +1,4 @@
-// The paths of a board: one table, and the rules by which a path is looked up in it.
+// Translation of application paths to paths in the directory of the board.
 
 #include "preload/path_map.hpp"
 #include "base/unique_fd.hpp"
@@ -18,51 +18,9 @@
 namespace dravik::sim {
 namespace {
 
-struct board_tree {
-  std::string_view path;
-  file_kind kind;
-  bool family = false; ///< every name that begins so: a disk and its partitions
-};
-
 /// What stands for the serial port where it is read; an application knows it by the port's name.
-constexpr std::string_view serial_input = "/dev/ttyS0.in";
-constexpr size_t serial_port_length = std::string_view{"/dev/ttyS0"}.size();
-
-constexpr board_tree board_trees[] = {
-    {"/dev/fb0", file_kind::device},
-    {"/dev/ttyS0", file_kind::device},
-    {serial_input, file_kind::device},
-    {"/dev/ambad", file_kind::device},
-    {"/dev/i2c-0", file_kind::device},
-    {"/dev/mmcblk0", file_kind::device, true},
-    {"/dev/kmem",
-     file_kind::device}, // from here on what a board may lack, and no program is to find elsewhere
-    {"/dev/kmsg", file_kind::device},
-    {"/dev/mem", file_kind::device},
-    {"/dev/mtd", file_kind::device, true},
-    {"/dev/port", file_kind::device},
-    {"/dev/rtc", file_kind::device, true},
-    {"/dev/watchdog", file_kind::device, true},
-    {"/proc/sys", file_kind::report},
-    {"/proc/sysrq-trigger", file_kind::report},
-    {"/sys/class/mtd", file_kind::attribute},
-    {"/sys/class/rtc", file_kind::attribute},
-    {"/sys/class/watchdog", file_kind::attribute},
-    {"/sys/power", file_kind::attribute},
-    {"/proc/ambarella", file_kind::report},
-    {"/proc/modules", file_kind::report},
-    {"/proc/partitions", file_kind::report},
-    {"/proc/mounts", file_kind::report},
-    {"/sys/block/mmcblk0", file_kind::attribute, true},
-    {"/sys/class/backlight", file_kind::attribute},
-    {"/tmp/dravik.log", file_kind::plain},
-    {"/tmp/mmcblk0p1", file_kind::plain},
-    {"/tmp/add", file_kind::plain},
-    {"/tmp/ptb", file_kind::plain},
-    {"/tmp/debugfs", file_kind::plain},
-    {"/tmp/mbr.img", file_kind::plain},
-    {"/usr/local/dravik", file_kind::plain},
-};
+constexpr std::string_view serial_input = entry_of("/dev/ttyS0.in").path;
+constexpr size_t serial_port_length = entry_of("/dev/ttyS0").path.size();
 
 /// Stands for a path that outgrew longest_path: the kernel refuses it with ENAMETOOLONG, whatever the call.
 struct overlong_path {
@@ -116,7 +74,7 @@ private:
   bool left_board_ = false;
 };
 
-/// /tmp is the board's but for what is named in board_trees, which always is, and for the directories that
+/// /tmp is the board's but for the paths of board_table, which always are, and for the directories that
 /// stay the host's.
 bool is_in_open_tree(const char *path) noexcept {
   constexpr std::string_view tree = "/tmp";
@@ -126,7 +84,7 @@ bool is_in_open_tree(const char *path) noexcept {
 
 bool is_fixed(const char *path) noexcept {
   return std::ranges::any_of(
-      board_trees, [=](const board_tree &tree) { return std::string_view{path}.starts_with(tree.path); });
+      board_table, [=](const board_entry &entry) { return std::string_view{path}.starts_with(entry.path); });
 }
 
 bool exists(const char *path) noexcept {
@@ -192,11 +150,11 @@ const char *below_board(const char *host_path) noexcept {
 } // namespace
 
 file_kind kind_of(const char *path) noexcept {
-  for (const board_tree &tree : board_trees) {
-    const bool inside =
-        tree.family ? std::string_view{path}.starts_with(tree.path) : below(path, tree.path) != nullptr;
-    if (inside)
-      return tree.kind;
+  for (const board_entry &entry : board_table) {
+    const bool is_inside =
+        entry.is_family ? std::string_view{path}.starts_with(entry.path) : below(path, entry.path) != nullptr;
+    if (is_inside)
+      return entry.kind;
   }
   return is_in_open_tree(path) ? file_kind::plain : file_kind::none;
 }

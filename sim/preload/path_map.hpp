@@ -1,7 +1,8 @@
-// The paths of a board, and where they lie in the board's directory.
+// Translation of application paths to paths in the directory of the board.
 #pragma once
 
 #include "board/board_links.hpp"
+#include "board/board_table.hpp"
 #include "board/chosen_board.hpp"
 
 #include <cstddef>
@@ -10,15 +11,6 @@
 #include <string_view>
 
 namespace dravik::sim {
-
-/// How the kernel serves a path of the board.
-enum class file_kind : uint8_t {
-  none,      ///< not of the board: the host's own file
-  plain,     ///< a file or directory
-  device,    ///< below /dev: neither created nor cut by an open
-  attribute, ///< below /sys: takes each write afresh
-  report,    ///< below /proc: is read as it stands at the open
-};
 
 /// The kind of an absolute path without `//`, `.` and `..`, as an application names it.
 file_kind kind_of(const char *path) noexcept;

@@ -13,7 +13,7 @@ template <typename Next> ssize_t read_from(int descriptor, void *data, size_t si
   if (kind_behind(descriptor) != file_kind::device)
     return next();
   const descriptor_name name{descriptor};
-  if (const int fault = ordered_fault("read", name))
+  if (const int fault = injected_fault("read", name))
     return as_told(ssize_t{-fault});
   const device *source = device_named(name);
   return source != nullptr && source->read != nullptr ? as_told(source->read(descriptor, data, size))

@@ -23,7 +23,7 @@
 namespace dravik::sim {
 namespace {
 
-constexpr const char *path = "/dev/ttyS0";
+constexpr std::string_view path = "/dev/ttyS0";
 constexpr const char *sent_file = "dev/ttyS0";
 constexpr const char *input_pipe = "dev/ttyS0.in";
 
@@ -84,8 +84,8 @@ constexpr request_kind requests[] = {
 
 } // namespace
 
-constinit const device serial_port = {
-    .path = path, .requests = requests, .opened = choose_direction, .write = send};
+constinit const device serial_port =
+    checked({.entry = entry_of(path), .requests = requests, .opened = choose_direction, .write = send});
 
 bool is_serial_port(int descriptor) noexcept {
   return device_behind(descriptor) == &serial_port;
@@ -102,11 +102,11 @@ bool is_serial_terminal(int descriptor) noexcept {
 
 int read_line_settings(termios &settings) noexcept {
   settings = kept_line_settings();
-  return -ordered_fault("tcgetattr", path);
+  return -injected_fault("tcgetattr", path);
 }
 
 int change_line_settings(const termios &settings) noexcept {
-  if (const int fault = ordered_fault("tcsetattr", path))
+  if (const int fault = injected_fault("tcsetattr", path))
     return -fault;
   return keep_line_settings(settings) ? 0 : -EIO;
 }

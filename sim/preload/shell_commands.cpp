@@ -170,8 +170,8 @@ int refuse(const char *command) noexcept {
 
 int run_known(const known_command &known, const char *command, const shell_words &parts,
               word_list others) noexcept {
-  if (ordered_fault("shell", parts.program()) != 0) {
-    record_event("shell: %s fails as ordered", command);
+  if (injected_fault("shell", parts.program()) != 0) {
+    record_event("shell: %s fails (injected)", command);
     return ended_with(1);
   }
   record_event("shell: %s", command);
@@ -237,7 +237,7 @@ int run_host_shell(const char *command) noexcept {
 }
 
 bool is_restart(word_list words) noexcept {
-  return !words.empty() && without_directory(words[0]) == "reboot" && ordered_fault("shell", "reboot") == 0;
+  return !words.empty() && without_directory(words[0]) == "reboot" && injected_fault("shell", "reboot") == 0;
 }
 
 bool is_restart(const char *command) noexcept {

@@ -36,7 +36,7 @@ const device *taker_of(const char *name) noexcept {
 /// A write at the descriptor's position, which moves on.
 ssize_t write_on(file_kind kind, int descriptor, const void *data, size_t size) noexcept {
   const descriptor_name name{descriptor};
-  if (const int fault = ordered_fault("write", name))
+  if (const int fault = injected_fault("write", name))
     return as_told(ssize_t{-fault});
   if (const device *taker = taker_of(name))
     return as_told(taker->write(descriptor, data, size));
@@ -49,7 +49,7 @@ ssize_t write_on(file_kind kind, int descriptor, const void *data, size_t size) 
 
 ssize_t write_at(file_kind kind, int descriptor, const void *data, size_t size, off64_t offset) noexcept {
   const descriptor_name name{descriptor};
-  const int fault = ordered_fault("write", name);
+  const int fault = injected_fault("write", name);
   const int error = fault != 0 ? fault : taker_of(name) != nullptr ? ESPIPE : 0;
   return error != 0 ? as_told(ssize_t{-error}) : write_in_manner(kind, descriptor, data, size, offset);
 }

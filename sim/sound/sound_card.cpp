@@ -26,10 +26,10 @@ bool is_on_board() noexcept {
 
 } // namespace
 
-int sound_card::ordered(const char *request) const noexcept {
-  const int fault = ordered_fault(request, sound_card_name);
+int sound_card::ordered(request_name request) const noexcept {
+  const int fault = injected_fault(request, sound_card_name);
   if (fault != 0)
-    record_event("sound: %s fails as ordered", request);
+    record_event("sound: %s fails (injected)", request.text);
   return -fault;
 }
 
@@ -102,7 +102,7 @@ void sound_card::stop() noexcept {
 int64_t sound_card::take(const int16_t *samples, size_t frames) noexcept {
   if (const int fault = ordered("write"); fault != 0)
     return fault;
-  starved_ = starved_ || take_fault("underrun", sound_card_name);
+  starved_ = starved_ || take_injected_fault("underrun", sound_card_name);
   if (!settings_.records_speaker)
     recording_.add({samples, frames * format_.channels}, 1);
   keep_heard();

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "base/unique_fd.hpp"
+#include "board/board_table.hpp"
 #include "sound/recording.hpp"
 #include "sound/sound_settings.hpp"
 
@@ -46,7 +47,7 @@ private:
   void end_by_underrun() noexcept;
   void store(const int16_t *samples, size_t frames) noexcept;
   void keep_heard() noexcept;
-  int ordered(const char *request) const noexcept;
+  int ordered(request_name request) const noexcept;
 
   sound_settings settings_;
   unique_fd timer_;

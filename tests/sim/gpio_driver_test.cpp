@@ -89,7 +89,7 @@ TEST_F(SimGpio, RequestsThatMakeNoSenseAreRefused) {
   }
   EXPECT_EQ(ask(0x400464CC, record), -1);
   EXPECT_EQ(errno, ENOTTY);
-  EXPECT_THAT(board_.events(), ElementsAre("ambad: request 0x400464cc refused"));
+  EXPECT_THAT(board_.events(), ElementsAre("gpio: request 0x400464cc refused"));
 }
 
 TEST_F(SimGpio, NumberOfARequestHas32Bits) {
@@ -108,7 +108,7 @@ TEST_F(SimGpio, RequestsFailAsOrdered) {
   EXPECT_EQ(gpio_get(3), -1);
   EXPECT_EQ(gpio_set(3, 1), 1);
   EXPECT_THAT(board_.events(),
-              ElementsAre("ambad: set fails as ordered", "ambad: get fails as ordered", "gpio: 3 = 1"));
+              ElementsAre("gpio: set fails (injected)", "gpio: get fails (injected)", "gpio: 3 = 1"));
 }
 
 TEST_F(SimGpio, LineThatCannotBeWrittenTellsIt) {

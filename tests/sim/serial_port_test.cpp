@@ -250,6 +250,19 @@ TEST_F(SimSerialPort, RequestsThatAreNotKnownAreRefused) {
 
 // ------------------------------------------------------------------------------------------- failures, links
 
+TEST_F(SimSerialPort, RequestsFailByInjectedFaults) {
+  const unique_fd port = opened(O_RDWR);
+  board_.set_fault("count", port_path, "EIO");
+  board_.set_fault("size", port_path, "ENXIO");
+  int waiting = 7;
+  EXPECT_EQ(::ioctl(port.get(), FIONREAD, &waiting), -1);
+  EXPECT_EQ(errno, EIO);
+  EXPECT_EQ(waiting, 7);
+  winsize size = {};
+  EXPECT_EQ(::ioctl(port.get(), TIOCGWINSZ, &size), -1);
+  EXPECT_EQ(errno, ENXIO);
+}
+
 TEST_F(SimSerialPort, ReadsAndWritesFailAsOrdered) {
   const unique_fd port = opened(O_RDWR);
   board_.set_fault("write", port_path, "EIO");

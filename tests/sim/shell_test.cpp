@@ -95,7 +95,7 @@ TEST_F(SimShell, OrderedFaultMakesACommandFail) {
   board_.set_fault("shell", "amixer", "EIO");
   EXPECT_EQ(run("amixer cset numid=1 5"), 1);
   EXPECT_EQ(run("sync"), 0);
-  EXPECT_THAT(board_.events(), ElementsAre("shell: amixer cset numid=1 5 fails as ordered", "shell: sync"));
+  EXPECT_THAT(board_.events(), ElementsAre("shell: amixer cset numid=1 5 fails (injected)", "shell: sync"));
   EXPECT_FALSE(board_.exists("sound/mixer"));
 }
 

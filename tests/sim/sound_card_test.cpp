@@ -270,7 +270,7 @@ TEST_F(SimSoundCard, RunsOutOfFramesAsOftenAsOrdered) {
 TEST_F(SimSoundCard, FailsToOpenAsOrdered) {
   board_.set_fault("open", "sound", "ENODEV");
   EXPECT_EQ(sound_stream{}.open(), -ENODEV);
-  EXPECT_THAT(board_.events(), ElementsAre("sound: open fails as ordered"));
+  EXPECT_THAT(board_.events(), ElementsAre("sound: open fails (injected)"));
   EXPECT_FALSE(board_.exists("sound/played.wav"));
 }
 

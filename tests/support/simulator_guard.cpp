@@ -1,6 +1,7 @@
 // What keeps a test program off the machine that it runs on.
 
 #include "support/simulator_guard.hpp"
+#include "board/board_table.hpp"
 #include "board/use_board.h"
 #include "confinement/boundary.hpp"
 #include "support/board.hpp"
@@ -15,6 +16,7 @@
 #include <filesystem>
 #include <link.h>
 #include <string_view>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -109,6 +111,23 @@ bool probe_is_seen() {
   return descriptor >= 0 && stream != nullptr && ::access(probe, F_OK) == 0;
 }
 
+/// Whether a path leads to the file of the board, or to no file if a new board has none.
+bool leads_to_board(const board &board, const sim::board_entry &entry) {
+  struct stat seen, own;
+  const std::string path{entry.path};
+  if (::lstat(board.path(path).c_str(), &own) != 0)
+    return ::lstat(path.c_str(), &seen) != 0;
+  return ::lstat(path.c_str(), &seen) == 0 && seen.st_dev == own.st_dev && seen.st_ino == own.st_ino;
+}
+
+/// Return the first path of the board's table that leads to the host, else an empty text.
+std::string path_to_host(const board &board) {
+  for (const sim::board_entry &entry : sim::board_table)
+    if (is_path_of_applications(entry) && !leads_to_board(board, entry))
+      return std::string{entry.path};
+  return {};
+}
+
 void require_simulated(const char *call) {
   const std::string reason = why_not_simulated(call);
   if (!reason.empty())
@@ -151,15 +170,19 @@ void require_simulator() {
   const char *current = ::dravik_sim_board();
   const std::string before = current != nullptr ? current : nowhere;
   bool in_charge;
+  std::string stray_path;
   {
     const board probed;
     probed.write(probe, "");
     in_charge = probe_is_seen();
+    stray_path = path_to_host(probed);
   }
   ::dravik_sim_use_board(before.c_str());
   if (!in_charge)
     die("The simulator is not in charge of this program: link dravik_test_support before all other "
         "libraries.");
+  if (!stray_path.empty())
+    die(stray_path + ": is not that of the board but of this machine.");
 }
 
 } // namespace dravik::test
