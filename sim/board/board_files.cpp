@@ -1,4 +1,4 @@
-// The board's own text files, as the simulated devices use them.
+// Text files of a board for the simulated devices.
 
 #include "board/board_files.hpp"
 #include "base/unique_fd.hpp"
@@ -16,7 +16,7 @@
 namespace dravik::sim {
 namespace {
 
-constexpr size_t longest_order = 256; ///< that is taken out, in bytes
+constexpr size_t longest_order = 256; ///< in bytes, of a line that is removed
 
 struct named_error {
   std::string_view name;
@@ -37,7 +37,7 @@ int error_number(std::string_view name) noexcept {
   return EIO;
 }
 
-// Past the rules of this library's own definitions.
+// System calls: the preload library interposes the functions.
 ssize_t read_plainly(int descriptor, void *bytes, size_t size) noexcept {
   return ::syscall(SYS_read, descriptor, bytes, size);
 }
@@ -45,7 +45,7 @@ ssize_t write_plainly(int descriptor, const void *bytes, size_t size) noexcept {
   return ::syscall(SYS_write, descriptor, bytes, size);
 }
 
-/// The line of `faults` that is for a request, or an empty one.
+/// Return the line of `faults` for a request, empty if there is none.
 std::string_view find_order(std::string_view faults, std::string_view request,
                             std::string_view path) noexcept {
   while (true) {
@@ -56,7 +56,7 @@ std::string_view find_order(std::string_view faults, std::string_view request,
   }
 }
 
-/// Where a file of the board lies; false when there is no board, or no room for the name.
+/// Set the path of a file of the board. Return false if there is no board, or if the path is too long.
 bool name_board_file(const char *inside, char (&path)[longest_path]) noexcept {
   const char *board = board_directory();
   return board != nullptr &&
@@ -133,7 +133,7 @@ int injected_fault(request_name request, std::string_view path) noexcept {
   return error_number(take_word(order));
 }
 
-/// Blanks in its place leave what someone else may add meanwhile as it is.
+/// Overwritten with spaces, so that lines that are added meanwhile are not moved.
 bool take_injected_fault(request_name request, std::string_view path) noexcept {
   const preserve_errno unchanged;
   const board_text faults{"faults"};

@@ -1,4 +1,4 @@
-// Links inside a board, which may come from a stranger: none leads out of it.
+// Symbolic links inside a board, which is untrusted: none leads out of it.
 
 #include "board/board_links.hpp"
 #include "board/settings_text.hpp"
@@ -12,10 +12,10 @@
 namespace dravik::sim {
 namespace {
 
-constexpr int most_links = 40; // as the kernel has it
+constexpr int most_links = 40; // as in the kernel
 constexpr std::string_view serial_port = "/dev/ttyS0";
 
-/// Where a link leads; empty for what is none.
+/// Return the target of a link, empty if the path is not a link.
 std::string_view read_link(const char *path, char (&target)[longest_path]) noexcept {
   const long length = ::syscall(SYS_readlinkat, AT_FDCWD, path, target, sizeof target);
   return {target, length > 0 ? static_cast<size_t>(length) : 0};
@@ -25,7 +25,7 @@ bool is_terminal(std::string_view target) noexcept {
   return target.starts_with("/dev/pts/") || target.starts_with("/dev/tty");
 }
 
-/// A path that is put together inside a root, which no `..` leaves.
+/// A path assembled below a root, which `..` does not leave.
 class rooted_path {
 public:
   void add(std::string_view path) noexcept {
@@ -54,7 +54,7 @@ private:
   bool overflowed_ = false;
 };
 
-/// Puts the target of a link, which ends at `end` of the path, in its place.
+/// Replace a link, which ends at `end` of the path, by its target.
 bool replace_link(char (&path)[longest_path], size_t board_length, size_t end,
                   std::string_view target) noexcept {
   const std::string_view board{path, board_length};
@@ -79,7 +79,7 @@ bool replace_link(char (&path)[longest_path], size_t board_length, size_t end,
   return true;
 }
 
-/// The end of the first component behind the board's directory that is a link; 0 when there is none.
+/// Return the end of the first component below the board's directory that is a link, 0 if there is none.
 size_t find_link(char (&path)[longest_path], size_t board_length, last_link last,
                  char (&target)[longest_path], size_t &target_length) noexcept {
   const size_t length = std::strlen(path);

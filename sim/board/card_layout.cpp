@@ -1,4 +1,4 @@
-// What lies where on a memory card: its partition, and the file system in it.
+// Layout of a memory card.
 
 #include "board/card_layout.hpp"
 #include "base/byte_reader.hpp"
@@ -27,7 +27,7 @@ void put_u32le(sector &record, size_t position, uint32_t value) noexcept {
     record[position + i] = static_cast<uint8_t>(value >> (8 * i));
 }
 
-/// The fields of a FAT file system's first sector, all of them in sectors or in numbers of things.
+/// Fields of the first sector of a FAT file system, in sectors or as counts.
 struct fat_fields {
   explicit fat_fields(const sector &first) noexcept {
     byte_reader fields{first};
@@ -109,7 +109,7 @@ bool copy_block(int from, off64_t from_offset, int to, off64_t to_offset, size_t
   while (length > 0) {
     const ssize_t count = ::pread64(from, block, std::min(length, sizeof block), from_offset);
     if (count <= 0)
-      return count == 0; // the file ends before its region does
+      return count == 0; // the file ends before the region
     if (::pwrite64(to, block, static_cast<size_t>(count), to_offset) != count)
       return false;
     from_offset += count;
@@ -128,7 +128,7 @@ bool copy_region(int from, uint64_t from_offset, int to, uint64_t to_offset, uin
   while (position < end) {
     const off64_t data = ::lseek64(from, position, SEEK_DATA);
     if (data < 0 || data >= end)
-      return data >= 0 || errno == ENXIO; // nothing but a hole is left
+      return data >= 0 || errno == ENXIO; // the rest is a hole
     position = std::min(::lseek64(from, data, SEEK_HOLE), end);
     if (!copy_block(from, data, to, data + shift, static_cast<size_t>(position - data)))
       return false;

@@ -1,5 +1,4 @@
-// What lies where on a memory card: its partition, and the file system in it. Needs no C++ library at run
-// time.
+// Layout of a memory card: its partition and the file system in it.
 #pragma once
 
 #include <array>
@@ -24,25 +23,25 @@ struct partition {
 /// A boot record with one partition for FAT32, from sector 32 to the end of the card.
 sector boot_record_for(uint32_t card_sectors) noexcept;
 
-/// The first partition of a boot record as the kernel sees it, no longer than the card; of no length when
-/// there is none.
+/// The first partition of a boot record, limited to the size of the card as in the
+/// kernel; of length 0 if there is none.
 partition first_partition(const sector &boot_record, uint64_t card_sectors) noexcept;
 
-/// How a FAT file system divides its room; no clusters when it is none that the kernel would mount.
+/// Clusters of a FAT file system; 0 if the kernel would not mount it.
 struct fat_volume {
   uint32_t cluster_bytes = 0;
   uint32_t clusters = 0;
 };
 fat_volume read_fat_volume(const sector &first_sector) noexcept;
 
-/// One sector of an open card; zeros where the card ends.
+/// Read a sector of an open card; zeros beyond its end.
 sector read_sector(int card, uint64_t number) noexcept;
 
-/// Copies a region from one file to another. What takes no room on the disk of the host is left out; in the
-/// target it has to be zeros already. On failure gives false, and errno says why.
+/// Copy a region from one file to another. Holes are skipped; the target must contain zeros there. Return
+/// false and set errno on failure.
 bool copy_region(int from, uint64_t from_offset, int to, uint64_t to_offset, uint64_t length) noexcept;
 
-/// The clusters that the files below an open directory take on a card, with the directories themselves.
+/// Count the clusters that the files and directories below an open directory take on a card.
 uint64_t clusters_of_tree(int directory, uint32_t cluster_bytes) noexcept;
 
 } // namespace dravik::sim

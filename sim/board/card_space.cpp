@@ -1,4 +1,4 @@
-// The room that files take on a memory card.
+// Space that files take on a memory card.
 
 #include "base/unique_fd.hpp"
 #include "board/card_layout.hpp"
@@ -27,7 +27,7 @@ bool is_of_short_names(char c) noexcept {
   return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || others.find(c) != others.npos;
 }
 
-/// Whether a directory holds the name without an entry more: eight characters, a point, three.
+/// Whether a name fits into one directory entry: eight characters, a point, three.
 bool is_short(std::string_view name) noexcept {
   const size_t point = std::min(name.find('.'), name.size());
   const std::string_view base = name.substr(0, point);
@@ -37,7 +37,7 @@ bool is_short(std::string_view name) noexcept {
          std::ranges::all_of(extension, is_of_short_names);
 }
 
-/// Of UTF-8, in the units of 16 bits that long names are made of.
+/// Return the length of UTF-8 text in the 16-bit units of long names.
 size_t characters(std::string_view name) noexcept {
   size_t count = 0;
   for (const char c : name) {
@@ -53,7 +53,7 @@ uint64_t entries_of(std::string_view name) noexcept {
   return 1 + long_entries;
 }
 
-/// Counts what lies below a directory; of those below it each is opened in turn.
+/// Counts the entries below a directory; opens one directory at a time per level.
 class tree_count {
 public:
   explicit tree_count(uint32_t cluster_bytes) noexcept : cluster_bytes_(cluster_bytes) {}
@@ -67,7 +67,7 @@ public:
       entries += entries_of(name);
       add(::dirfd(directory.get()), entry->d_name);
     }
-    add_bytes(std::max<uint64_t>(entries * entry_bytes, 1)); // a cluster at least
+    add_bytes(std::max<uint64_t>(entries * entry_bytes, 1)); // at least one cluster
   }
   uint64_t clusters() const noexcept { return clusters_; }
 

@@ -1,4 +1,4 @@
-// The mixer of the sound card, as the codec understands it.
+// Mixer of the sound card.
 
 #include "board/mixer.hpp"
 #include "board/settings_text.hpp"
@@ -8,7 +8,7 @@
 namespace dravik::sim {
 namespace {
 
-constexpr uint32_t as_it_is = 113; ///< of the speaker's level, in steps of a decibel; 0 is silence
+constexpr uint32_t as_it_is = 113; ///< volume of the speaker, in steps of 1 dB; 0 is silence
 constexpr uint32_t loudest = 127;
 constexpr double decibel = 1.1220184543019633; ///< the twentieth root of ten
 

@@ -1,4 +1,4 @@
-// The mixer of the sound card: sound/mixer has a line for each control that was set, "numid 1 = 113".
+// Mixer of the sound card: sound/mixer has a line per control that was set, "numid 1 = 113".
 #pragma once
 
 #include <cstdint>
@@ -6,8 +6,8 @@
 
 namespace dravik::sim {
 
-/// What the speaker makes of a sample: 1 plays it as it is, 0 is silence.
-/// From the text of `sound/mixer`; a control that was not set is at its loudest.
+/// Return the gain of the speaker from the text of `sound/mixer`: 1 plays samples unchanged, 0 is silence.
+/// Controls that were not set do not attenuate.
 double speaker_gain(std::string_view mixer) noexcept;
 
 } // namespace dravik::sim

@@ -1,4 +1,4 @@
-// Work on the side that must leave errno as it was.
+// Restores errno at the end of a scope.
 #pragma once
 
 #include <cerrno>

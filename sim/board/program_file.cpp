@@ -1,5 +1,4 @@
-// Whether a program can be run on a board at all: the loader's
-// own conditions for preloading, seen in advance.
+// Check whether a program can run on a board, by the loader's conditions for preloading.
 
 #include "board/program_file.hpp"
 #include "base/unique_fd.hpp"
@@ -19,13 +18,13 @@
 namespace dravik::sim {
 namespace {
 
-constexpr int longest_chain_of_scripts = 5; // as the kernel has it
+constexpr int longest_chain_of_scripts = 5; // as in the kernel
 constexpr size_t longest_name = 256;
 
 using elf_header = ElfW(Ehdr);
 using program_header = ElfW(Phdr);
 
-/// One file's part of a judgement.
+/// Result for one file.
 struct finding {
   int error;
   bool is_the_kernels;
@@ -51,8 +50,8 @@ bool may_access(const char *path, int mode) noexcept {
   return ::syscall(SYS_faccessat, AT_FDCWD, path, mode) == 0;
 }
 
-/// The loader ignores preload libraries where a program runs with other rights than its caller's. It never
-/// does where the kernel grants no new ones.
+/// The loader ignores preload libraries if a program has other rights than its caller.
+/// With no_new_privs it never has.
 bool changes_rights(const char *path, const struct statx &status) noexcept {
   if (::prctl(PR_GET_NO_NEW_PRIVS, 0, 0, 0, 0) == 1)
     return false;
@@ -63,7 +62,7 @@ bool changes_rights(const char *path, const struct statx &status) noexcept {
   return other_user || other_group || capable;
 }
 
-/// The loader that a program asks for; empty for one that is linked statically.
+/// Return the loader that a program requires, empty if it is linked statically.
 named_program loader_of(const unique_fd &file, const elf_header &header) noexcept {
   for (size_t i = 0; i < header.e_phnum; ++i) {
     program_header part;
@@ -78,8 +77,8 @@ named_program loader_of(const unique_fd &file, const elf_header &header) noexcep
   return {};
 }
 
-/// This program's own header is the measure: its loader is the preload library's as well. One that was
-/// started by naming the loader tells of nothing else.
+/// Compare with the header of this program, which has the same loader as the preload library. A program
+/// started through the loader by name proves nothing else.
 finding compare_with_this_program(const unique_fd &file) noexcept {
   elf_header header;
   elf_header own_header;
@@ -100,7 +99,7 @@ finding compare_with_this_program(const unique_fd &file) noexcept {
                  : finding{ENOEXEC, false, "linked with another C library than the simulator"};
 }
 
-/// What runs a script, from its first line; empty when the file is none.
+/// Return the interpreter of a script from its first line, empty if the file is not a script.
 named_program interpreter_of(const unique_fd &file) noexcept {
   named_program line;
   const ssize_t length = ::pread(file.get(), line.name, sizeof line.name - 1, 0);
@@ -120,7 +119,7 @@ bool is_elf(const unique_fd &file) noexcept {
   return read_at(file, 0, magic) && std::memcmp(magic, ELFMAG, SELFMAG) == 0;
 }
 
-/// Fills in the interpreter of a script, which is to be judged next.
+/// Check one file. Sets the interpreter if it is a script.
 finding judge_file(const char *path, named_program &interpreter) noexcept {
   struct statx status = {};
   if (::syscall(SYS_statx, AT_FDCWD, path, 0, STATX_BASIC_STATS, &status) != 0)
@@ -131,7 +130,7 @@ finding judge_file(const char *path, named_program &interpreter) noexcept {
     return {EACCES, true, "not executable"};
   const unique_fd file = open_program(path);
   if (!file)
-    return nothing_found; // a program that may be run but not read: the loader will see
+    return nothing_found; // executable but not readable: left to the loader
   if (is_elf(file))
     return changes_rights(path, status)
                ? finding{EACCES, false, "runs with other permissions than the caller's; not supported"}
@@ -141,7 +140,7 @@ finding judge_file(const char *path, named_program &interpreter) noexcept {
                                    : finding{ENOEXEC, true, "not a program of the host, and not a script"};
 }
 
-/// A text that grows in a fixed block, and is cut off at its end.
+/// A text assembled in a fixed block, truncated at its end.
 class reason_text {
 public:
   explicit reason_text(program_judgement &judgement) noexcept

@@ -1,19 +1,19 @@
-// Whether a program can be run on a board at all. For the launcher, and for applications that start others:
-// needs no run-time library, allocates nothing and looks at the host's own files.
+// Check whether a program can run on a board, for the launcher and for applications that start others.
+// Allocates nothing; reads the host's own files.
 #pragma once
 
 namespace dravik::sim {
 
 struct program_judgement {
-  /// Of the exec() that is to be refused; 0 for a program that the preload library reaches into.
+  /// Error number of the exec() to be rejected; 0 if the preload library reaches into the program.
   int error = 0;
-  /// Whether the kernel refuses it by itself: there is no such program, or it is none.
+  /// Whether the kernel itself rejects it: the file does not exist or is not a program.
   bool is_the_kernels = false;
-  /// Why, in words that follow the program's name; empty when there is no error.
+  /// The reason, to be printed after the name of the program; empty if there is no error.
   char reason[640] = {};
 };
 
-/// Follows a script to the program that runs it.
+/// Check a program, or the interpreter of a script.
 program_judgement judge_program(const char *path) noexcept;
 
 } // namespace dravik::sim

@@ -1,4 +1,4 @@
-// The screen that a board has, as its settings describe it.
+// Screen of a board, from its settings.
 
 #include "board/screen.hpp"
 #include "board/settings_text.hpp"

@@ -1,4 +1,4 @@
-// What a board keeps of its serial port.
+// State of the serial port that the board stores.
 
 #include "board/serial_line.hpp"
 #include "board/board_files.hpp"
@@ -11,7 +11,7 @@ namespace {
 
 constexpr const char *settings_file = "dev/ttyS0.termios";
 
-/// As the kernel sets a port up that nobody has set up yet.
+/// As the kernel configures a port.
 termios first_settings() noexcept {
   termios settings = {};
   settings.c_iflag = ICRNL | IXON;
@@ -38,7 +38,7 @@ uint32_t bits_per_second(speed_t speed) noexcept {
   return known != std::end(speeds) ? known->second : 0;
 }
 
-/// Of a byte on the line: a start bit, its data, a parity bit where set, one or two stop bits.
+/// Start bit, data, parity bit if enabled, one or two stop bits.
 uint32_t bits_per_byte(const termios &settings) noexcept {
   constexpr std::pair<tcflag_t, uint32_t> sizes[] = {{CS5, 5}, {CS6, 6}, {CS7, 7}, {CS8, 8}};
   const auto *size =

@@ -1,5 +1,4 @@
-// What a board keeps of its serial port, whoever serves it: the settings of the line, and events of what was
-// sent.
+// State of the serial port that the board stores: configuration of the line, and events of its output.
 #pragma once
 
 #include <cstdint>
@@ -8,17 +7,17 @@
 
 namespace dravik::sim {
 
-/// The settings that were kept last; those of a port that nobody has set up yet when there are none.
+/// Return the last configuration, or that after power-on.
 termios kept_line_settings() noexcept;
 
-/// Another speed is an event. False when they cannot be kept.
+/// Store a configuration. A change of speed is an event. Return false on failure.
 bool keep_line_settings(const termios &settings) noexcept;
 
-/// Bytes per second that the line carries with the settings that were kept last; 0 where board.conf does not
-/// ask for the pace of a line.
+/// Return the bytes per second of the line with its last configuration, 0 unless
+/// board.conf requests serial_pace=line.
 uint32_t line_bytes_per_second() noexcept;
 
-/// An event for each line that says something.
+/// Record an event per line that is not empty.
 void record_sent_lines(std::string_view text) noexcept;
 
 } // namespace dravik::sim

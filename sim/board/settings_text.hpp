@@ -1,5 +1,4 @@
-// The board's small text files: `key=value` lines, and lines
-// of words. A line that begins with # is for people.
+// Text files of a board: `key=value` lines, and lines of words. Lines that begin with # are comments.
 #pragma once
 
 #include <algorithm>
@@ -17,14 +16,15 @@ constexpr std::string_view trimmed(std::string_view text) noexcept {
   return text;
 }
 
-/// Takes the text up to `separator`, or all of it, off the front.
+/// Remove the text up to `separator`, or all of it, from the front, and return it.
 constexpr std::string_view take_until(std::string_view &text, char separator) noexcept {
   const std::string_view taken{text.data(), std::min(text.find(separator), text.size())};
   text.remove_prefix(std::min(taken.size() + 1, text.size()));
   return taken;
 }
 
-/// Takes the next line that says something off the front, trimmed; empty at the end of the text.
+/// Remove the next line that is neither empty nor a comment from the front, and
+/// return it trimmed; empty at the end.
 constexpr std::string_view take_line(std::string_view &text) noexcept {
   while (!text.empty()) {
     const std::string_view line = trimmed(take_until(text, '\n'));
@@ -34,7 +34,7 @@ constexpr std::string_view take_line(std::string_view &text) noexcept {
   return {};
 }
 
-/// Takes the next word off the front of a line.
+/// Remove the next word from the front of a line, and return it.
 constexpr std::string_view take_word(std::string_view &line) noexcept {
   line = trimmed(line);
   const std::string_view word{line.data(), std::min(line.find_first_of(blanks), line.size())};
@@ -42,7 +42,7 @@ constexpr std::string_view take_word(std::string_view &line) noexcept {
   return word;
 }
 
-/// The value of a key; of several lines the last one counts. Empty when there is none.
+/// Return the value of a key, the last of several; empty if there is none.
 constexpr std::string_view value_of(std::string_view text, std::string_view key) noexcept {
   std::string_view value;
   while (true) {
@@ -54,14 +54,14 @@ constexpr std::string_view value_of(std::string_view text, std::string_view key)
   }
 }
 
-/// Whether the whole text is a number of this type; with a base for whole numbers.
+/// Parse a text that consists of one number; with a base for integers.
 template <typename Number, typename... Base>
 bool read_number(std::string_view text, Number &number, Base... base) noexcept {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base...);
   return error == std::errc{} && end == text.data() + text.size();
 }
 
-/// The value of a key as a decimal number, or `otherwise` when it is none.
+/// Return the value of a key as a decimal number, or `otherwise` if it is not a number.
 inline uint32_t number_of(std::string_view text, std::string_view key, uint32_t otherwise) noexcept {
   uint32_t number = 0;
   return read_number(value_of(text, key), number) ? number : otherwise;

@@ -1,4 +1,4 @@
-// When a board's recording of sound begins, by the clock that no one sets.
+// Start time of a board's sound recording, by the monotonic clock.
 
 #include "board/timeline.hpp"
 #include "board/board_files.hpp"

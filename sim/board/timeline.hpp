@@ -1,4 +1,4 @@
-// When a board's recording of sound begins: sound/timeline.
+// Start time of a board's sound recording: sound/timeline.
 #pragma once
 
 #include <cstdint>
@@ -7,10 +7,10 @@ namespace dravik::sim {
 
 int64_t monotonic_ns() noexcept;
 
-/// Whether the silence between sounds is recorded too, as long as it was.
+/// Whether the silence between sounds is recorded, with its length.
 bool records_gaps() noexcept;
 
-/// The moment of the recording's first frame. When the board does not have one yet, that is now.
+/// Return the time of the recording's first frame. If the board has none yet, that becomes now.
 int64_t timeline_begin_ns() noexcept;
 
 } // namespace dravik::sim

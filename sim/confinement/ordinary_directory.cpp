@@ -1,4 +1,4 @@
-// Which directories an application may be given to write in.
+// Directories that an application may be permitted to write in.
 
 #include "confinement/ordinary_directory.hpp"
 

@@ -1,16 +1,16 @@
-// Which directories an application may be given to write in.
+// Directories that an application may be permitted to write in.
 #pragma once
 
 #include <string>
 
 namespace dravik::sim {
 
-/// Why a directory, an absolute path without links, must not be writable: it contains or belongs to what the
-/// kernel shows of the machine. Empty if it may be.
+/// Return why a directory, an absolute path without links, must never be writable: it contains or belongs
+/// to what the kernel shows of the machine. Empty if it may be.
 [[nodiscard]] std::string why_never_writable(const std::string &directory);
 
-/// The same for a directory that nobody named, such as the working directory: directories of the system
-/// neither.
+/// The same for a directory that was not named, such as the working directory:
+/// not directories of the system either.
 [[nodiscard]] std::string why_not_writable_unasked(const std::string &directory);
 
 } // namespace dravik::sim

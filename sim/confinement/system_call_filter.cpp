@@ -1,4 +1,4 @@
-// A filter of system calls: what acts on the whole machine is refused, whoever calls it.
+// A filter of system calls that act on the whole machine.
 
 #include "confinement/system_call_filter.hpp"
 
@@ -86,7 +86,7 @@ struct refused_argument {
   uint32_t value; ///< of the low 32 bits
 };
 
-/// They push keys into the input of the terminal: into the shell that started the application.
+/// They inject input into the terminal: into the shell that started the application.
 constexpr refused_argument terminal_requests[] = {
     {SYS_ioctl, 1, TIOCSTI},
     {SYS_ioctl, 1, TIOCLINUX},
@@ -104,8 +104,8 @@ constexpr refused_argument signal_targets[] = {
     {call_pidfd_open, 0, init},
 };
 
-/// Init, a desktop's session and container services take orders there, and carry them out with their own
-/// rights.
+/// Init, desktop sessions and container services accept requests there and
+/// execute them with their own rights.
 constexpr refused_argument local_socket = {SYS_socket, 0, AF_UNIX};
 
 class filter_program {

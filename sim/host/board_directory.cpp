@@ -141,7 +141,7 @@ bool make_entry(const std::string &board, const board_entry &entry, const screen
 bool make_place(const std::string &directory, std::string &error) {
   std::error_code code;
   if (files::exists(directory, code) && !files::is_empty(directory, code)) {
-    error = directory + ": exists already and is not empty";
+    error = directory + ": exists and is not empty";
     return false;
   }
   return make_directory(directory, error);
@@ -214,7 +214,7 @@ bool read_text_in_board(const std::string &board, std::string_view inside, std::
     return false;
   if (text.size() <= longest_text)
     return true;
-  error = board + "/" + std::string{inside} + ": is larger than a text of a board";
+  error = board + "/" + std::string{inside} + ": larger than 1 MiB";
   return false;
 }
 

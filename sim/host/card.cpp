@@ -1,4 +1,4 @@
-// The memory card of a board: an image of a card in its slot, and what can be done with it.
+// The memory card of a board: an image, and the actions on it.
 
 #include "host/card.hpp"
 #include "host/board_directory.hpp"
@@ -48,7 +48,7 @@ bool unmount_if_mounted(const std::string &board, std::string &error) {
   return !is_mounted(board) || unmount_files(board, error);
 }
 
-/// As the board does it by itself: without a word when there is nothing to mount.
+/// As the board does: silently if there is nothing to mount.
 void mount_if_possible(const std::string &board) {
   std::string error;
   const mount_way way = card_is_locked(board) ? mount_way::read_only : mount_way::writable;
@@ -64,7 +64,7 @@ bool take_out(const std::string &board, std::string &error) {
 bool put_in(const std::string &board, card_lock lock, std::string &error) {
   const card_files card{board};
   if (!has_card(board)) {
-    error = board + ": has no card";
+    error = board + ": has no memory card";
     return false;
   }
   if (card_is_in(board) && !take_out(board, error))
@@ -101,7 +101,7 @@ bool make_card(const std::string &board, uint32_t mebibytes, std::string &error)
   if (!finish_interrupted(board, error))
     return false;
   if (has_card(board)) {
-    error = board + ": has a card already";
+    error = board + ": already has a memory card";
     return false;
   }
   std::string said;
@@ -132,7 +132,7 @@ bool mount_card(const std::string &board, bool read_only, std::string &error) {
   const bool was_mounted = is_mounted(board);
   if (!finish_interrupted(board, error))
     return false;
-  // A mount that was interrupted after its record is complete now; nobody has seen it yet.
+  // A mount that was interrupted after its record is complete now, but was never visible.
   if (!was_mounted && !unmount_if_mounted(board, error))
     return false;
   return mount_files(board, read_only || card_is_locked(board) ? mount_way::read_only : mount_way::writable,

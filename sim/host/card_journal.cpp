@@ -93,7 +93,7 @@ bool finish_mount(const std::string &board, const mount_record &record, std::str
          report_mount(board, recorded_state(record), error);
 }
 
-/// What an action reads, replaces or moves. A board may come from a stranger: none of it may be a link.
+/// Files that an action reads, replaces or moves. A board is untrusted: none of them may be a link.
 constexpr const char *used_paths[] = {
     "card",         "card/below",      "card/files",    "card/mmcblk0", "card/mounting",     "card/unmounted",
     "dev",          "dev/mmcblk0",     "dev/mmcblk0p1", "gpio",         "gpio/68",           "proc",

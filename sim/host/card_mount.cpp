@@ -39,7 +39,7 @@ file_list difference(const file_list &one, const file_list &other) {
   return list;
 }
 
-/// The words that begin a command of mtools for the file system on an image of the card.
+/// Return the first words of a command of mtools for the file system on an image.
 words tool_on_image(const std::string &board, const std::string &image, const words &tool) {
   words command = tool;
   command.emplace_back("-i");
@@ -47,7 +47,7 @@ words tool_on_image(const std::string &board, const std::string &image, const wo
   return command;
 }
 
-/// mtools takes names on the card for patterns.
+/// mtools interprets names on the card as patterns.
 std::string name_on_card(const std::string &name) {
   std::string escaped = "::/";
   for (const char c : name) {
@@ -95,7 +95,7 @@ std::string why_not_mountable(const std::string &board) {
   if (volume_of(board).clusters == 0)
     return "has no FAT file system";
   if (!lacking.empty())
-    return "this machine lacks " + lacking;
+    return "missing on this host: " + lacking;
   return names_on_image(board, card_files{board}.image(), {}) ? "" : "its root directory cannot be read";
 }
 
@@ -144,11 +144,11 @@ bool fits(const std::string &board, std::string &error) {
   const fat_volume volume = volume_of(board);
   if (clusters_of_tree(directory.get(), volume.cluster_bytes) <= volume.clusters)
     return true;
-  error = "what was written does not fit on the card";
+  error = "its files exceed the capacity of the card";
   return false;
 }
 
-/// What an image needs to have the files of the mount point.
+/// Changes that bring the files of the mount point to an image.
 struct card_changes {
   words gone;              ///< paths on the image
   words fresh;             ///< names in the mount point
@@ -157,7 +157,7 @@ struct card_changes {
   bool none() const { return gone.empty() && fresh.empty(); }
 };
 
-/// Of an image as it was mounted: what differs is replaced, with all below it.
+/// For an unchanged image: replace what differs, with all below it.
 card_changes changes_since(const file_list &before, const file_list &now,
                            const std::set<std::string> &on_image) {
   const std::set<std::string> names = names_at_top(now);
@@ -171,8 +171,8 @@ card_changes changes_since(const file_list &before, const file_list &now,
   return changes;
 }
 
-/// Of an image that something else has changed meanwhile: all files are written, and only what was removed
-/// from the mount point is removed.
+/// For an image that was changed meanwhile: write all files, and remove only those that
+/// were removed from the mount point.
 card_changes changes_of_foreign_image(const file_list &before, const file_list &now,
                                       const std::set<std::string> &on_image) {
   card_changes changes;
@@ -212,13 +212,13 @@ bool add_to_image(const std::string &board, const std::string &image, const word
          change_image(tool_on_image(board, image, {"mcopy", "-s", "-m", "-o"}), sources, error);
 }
 
-/// Names that are one on the card, "film" and "Film" for example, would cost one of the files.
+/// Names that are equal on the card, such as "film" and "Film", would lose one of the files.
 bool has_all(const std::string &board, const std::string &image, const file_list &expected,
              std::string &error) {
   const auto paths = paths_on_image(board, image);
   const bool is_complete = paths && paths->size() >= expected.size();
   if (!is_complete)
-    error = "two of its names are the same on the card";
+    error = "two file names are equal on the card";
   return is_complete;
 }
 
@@ -276,7 +276,7 @@ written copy_back(const std::string &board, const mount_record &record, std::str
   const written otherwise = is_foreign ? written::unusable_card : written::none;
   if (!on_image) {
     const std::string lacking = lacking_card_tools();
-    error = lacking.empty() ? "its file system cannot be read" : "this machine lacks " + lacking;
+    error = lacking.empty() ? "its file system cannot be read" : "missing on this host: " + lacking;
     return lacking.empty() ? otherwise : written::none;
   }
   const card_changes changes = is_foreign ? changes_of_foreign_image(record.files, now, *on_image)

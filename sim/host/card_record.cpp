@@ -1,4 +1,4 @@
-// What the mount point of a memory card held when the card was mounted.
+// Contents of the mount point of a memory card when it was mounted.
 
 #include "host/card_record.hpp"
 #include "board/settings_text.hpp"

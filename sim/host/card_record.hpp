@@ -1,4 +1,4 @@
-// What the mount point of a memory card held when the card was mounted.
+// Contents of the mount point of a memory card when it was mounted.
 #pragma once
 
 #include <map>
@@ -11,7 +11,7 @@ namespace dravik::sim {
 using file_list = std::map<std::string, std::string>;
 file_list list_files(const std::string &directory);
 
-/// What distinguishes one state of the card's image from another: its size and time of modification.
+/// Return the identity of a state of the card's image: its size and time of modification.
 std::string stamp_of_image(const std::string &path);
 
 struct mount_record {

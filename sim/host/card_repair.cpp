@@ -1,4 +1,4 @@
-// The file system of a card made, checked and repaired by the tools of dosfstools.
+// Creating, checking and repairing the file system of a card with dosfstools.
 
 #include "host/card_repair.hpp"
 #include "host/card.hpp"
@@ -15,7 +15,7 @@
 namespace dravik::sim {
 namespace {
 
-constexpr int check_failed = 2; ///< as fsck.fat gives it
+constexpr int check_failed = 2; ///< of fsck.fat
 constexpr int format_failed = 1;
 
 /// The options of a tool that may reach it: none that name files.
@@ -39,20 +39,20 @@ bool are_known(const std::vector<std::string> &options, const known_options &kno
   return true;
 }
 
-/// Why a tool cannot begin; empty when it can.
+/// Return why a tool cannot start, empty if it can.
 std::string obstacle(const std::string &board, bool changes_card, bool options_are_known) {
   if (known_partition(board).length == 0)
     return "there is no such partition";
   if (!options_are_known)
     return "not with these options";
-  return changes_card && card_is_locked(board) ? "the card is locked" : "";
+  return changes_card && card_is_locked(board) ? "the card is write-protected" : "";
 }
 
 int exit_status(int status, int otherwise) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : otherwise;
 }
 
-/// fsck.fat wants a file of its own for the partition.
+/// fsck.fat requires a file that contains only the partition.
 class partition_copy {
 public:
   explicit partition_copy(const std::string &board)
@@ -92,7 +92,7 @@ int check_partition(const std::string &board, const std::vector<std::string> &op
   const int status = copy.is_whole() ? run_tool(command) : -1;
   if (status != -1 && (only_looks || copy.replaces_partition()))
     return exit_status(status, check_failed);
-  error = status == -1 && copy.is_whole() ? "this machine lacks " + lacking_card_tools()
+  error = status == -1 && copy.is_whole() ? "missing on this host: " + lacking_card_tools()
                                           : std::string{"the card cannot be copied: "} + std::strerror(errno);
   return check_failed;
 }
@@ -103,7 +103,7 @@ int format_partition(const std::string &board, const std::vector<std::string> &o
   const bool is_ready = image.copy_around(place);
   const int status = is_ready ? make_file_system(image.path(), place, options, nullptr) : -1;
   if (is_ready && (status != 0 || image.replace_card()))
-    error = status == -1 ? "this machine lacks " + lacking_card_tools() : "";
+    error = status == -1 ? "missing on this host: " + lacking_card_tools() : "";
   else
     error = std::string{"the card cannot be copied: "} + std::strerror(errno);
   return error.empty() ? exit_status(status, format_failed) : format_failed;

@@ -1,4 +1,4 @@
-// What the kernel tells of the card: below /sys/block, in /proc/partitions and in /proc/mounts.
+// Reports of the kernel about the memory card: below /sys/block, in /proc/partitions and in /proc/mounts.
 
 #include "host/card_reports.hpp"
 #include "base/unique_fd.hpp"

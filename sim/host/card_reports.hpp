@@ -1,4 +1,4 @@
-// What the kernel tells of the card: below /sys/block, in /proc/partitions and in /proc/mounts.
+// Reports of the kernel about the memory card: below /sys/block, in /proc/partitions and in /proc/mounts.
 #pragma once
 
 #include "board/card_texts.hpp"
@@ -7,7 +7,7 @@
 
 namespace dravik::sim {
 
-/// Where the parts of a card are kept in a board's directory.
+/// Files of a memory card in the directory of a board.
 struct card_files {
   explicit card_files(std::string of) : board(std::move(of)) {}
 
@@ -31,11 +31,11 @@ struct card_files {
 /// and set `error` on failure.
 [[nodiscard]] bool begin_report(const std::string &board, std::string &error);
 
-/// Looks at the card in the slot, or at the empty slot, and tells of it; the partition
-/// is what the card's boot record says now. On failure gives false and says why.
+/// Report the inserted card, or the empty slot. The partition is that of the boot record now. Return
+/// false and set `error` on failure.
 [[nodiscard]] bool report_card(const std::string &board, std::string &error);
 
-/// The partition that the kernel knows of; of no length when it knows none.
+/// The partition that the kernel knows; of length 0 if there is none.
 partition known_partition(const std::string &board);
 
 mount_state read_mount_state(const std::string &board);

@@ -22,7 +22,7 @@ struct smooth_font {
   const char *package;
 };
 
-/// Of the two files of fonts-droid-fallback this is the one with all Korean syllables.
+/// Of the two files of fonts-droid-fallback, the one with all Korean syllables.
 constexpr smooth_font smooth_fonts[] = {
     {"arial.ttf", "usr/share/fonts/truetype/liberation/LiberationSans-Regular.ttf", "fonts-liberation"},
     {"DroidSansFallback.ttf", "usr/share/fonts-droid-fallback/truetype/DroidSansFallback.ttf",

@@ -15,7 +15,7 @@ extern "C" [[gnu::weak]] void dravik_sim_use_board(const char *directory);
 namespace dravik::sim {
 namespace {
 
-constexpr int not_found = 127; ///< as a shell says it
+constexpr int not_found = 127; ///< as in a shell
 
 constexpr std::array<std::pair<const char *, const char *>, 5> card_tools = {{
     {"mkfs.vfat", "dosfstools"},
@@ -33,8 +33,8 @@ std::string find_tool(const std::string &name) {
   return {};
 }
 
-/// Nothing of the application's: its PATH, TZ or MTOOLS_* would change what is on the card. Names of files
-/// are UTF-8, and mtools accepts any geometry.
+/// No variable of the application: PATH, TZ or MTOOLS_* would change the card. Names of files are UTF-8,
+/// and mtools accepts any geometry.
 std::vector<std::string> tool_environment() {
   return {"PATH=/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL=C.UTF-8", "MTOOLS_SKIP_CHECK=1",
           "MTOOLSRC=/dev/null"};
@@ -48,7 +48,7 @@ std::vector<char *> pointers_to(std::vector<std::string> &texts) {
   return pointers;
 }
 
-/// A tool inherits neither ignored nor blocked signals.
+/// Tools inherit neither ignored nor blocked signals.
 void set_default_signals() {
   for (int signal = 1; signal < NSIG; ++signal)
     ::signal(signal, SIG_DFL);
@@ -57,7 +57,7 @@ void set_default_signals() {
   ::sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-/// The child is on no board any more, in a program that has the simulator in charge.
+/// The child leaves the board, if its program is simulated.
 [[noreturn]] void become(const std::string &path, char *const *words, char *const *variables, int output) {
   const int input = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
   ::dup2(input, STDIN_FILENO);

@@ -11,7 +11,7 @@ namespace dravik::sim {
 /// null.
 int run_tool(const std::vector<std::string> &words, std::string *said = nullptr);
 
-/// The tools that a card needs and this host lacks, with their packages; empty when all are there.
+/// Return the missing tools for cards, with their packages; empty if there are none.
 std::string lacking_card_tools();
 
 } // namespace dravik::sim

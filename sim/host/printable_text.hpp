@@ -1,4 +1,4 @@
-// Texts of strangers, as they can be shown on a terminal.
+// Untrusted texts, made safe for a terminal.
 #pragma once
 
 #include <cstdio>
@@ -7,13 +7,13 @@
 
 namespace dravik::sim {
 
-/// Whether a character may do something to a terminal instead of being shown. Bytes of UTF-8 are shown.
+/// Whether a character can control a terminal. Bytes of UTF-8 do not.
 constexpr bool is_control(char character) noexcept {
   const auto code = static_cast<unsigned char>(character);
   return code < 0x20 || code == 0x7F;
 }
 
-/// The text with its control characters as \xNN; line ends stay.
+/// Return a text with its control characters as \xNN; line ends are kept.
 inline std::string printable(std::string_view text) {
   std::string shown;
   for (const char character : text) {

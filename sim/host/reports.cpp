@@ -1,4 +1,4 @@
-// What the drivers of the board report in text files.
+// Reports of the board's drivers in text files.
 
 #include "host/reports.hpp"
 #include "board/settings_text.hpp"

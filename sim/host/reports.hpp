@@ -1,4 +1,4 @@
-// What the drivers of the board report in text files.
+// Reports of the board's drivers in text files.
 #pragma once
 
 #include <cstdint>
@@ -11,10 +11,10 @@ constexpr uint32_t adc_channels = 4;
 constexpr uint32_t largest_code = 0x3FF;
 constexpr uint32_t temperature_channel = 1;
 
-/// The text of the converter's report with another code for a channel; lines that are missing are added.
+/// Return the ADC driver's report with another code for a channel; missing lines are added.
 ///
-/// The library counts three digits only on a line of twelve characters with its end, which leaves no place
-/// for the end: a NUL stands before it.
+/// The library reads three digits only from a line of twelve characters including its end. That leaves no
+/// space for the line end, so a NUL precedes it.
 std::string with_adc_code(std::string_view report, uint32_t channel, uint32_t code);
 
 constexpr const char *monitor = "Basic EDID\nManufacturer: simulated\nPreferred timing: 1280x720\n";

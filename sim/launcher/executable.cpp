@@ -1,4 +1,4 @@
-// Where a program lies, and whether it can be run on a board at all.
+// Location of a program, and whether it can run on a board.
 
 #include "launcher/executable.hpp"
 #include "board/program_file.hpp"
@@ -24,7 +24,7 @@ std::string find_program(const std::string &name) {
   const char *path = std::getenv("PATH");
   std::istringstream directories{path != nullptr ? path : "/usr/bin:/bin"};
   for (std::string directory; std::getline(directories, directory, ':');) {
-    const std::string candidate = (directory.empty() ? "." : directory) + "/" + name;
+    std::string candidate = (directory.empty() ? "." : directory) + "/" + name;
     if (is_plain_file(candidate) && ::access(candidate.c_str(), X_OK) == 0)
       return candidate;
   }

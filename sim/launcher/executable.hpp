@@ -1,4 +1,4 @@
-// Whether a program can be run on a board at all.
+// Whether a program can run on a board.
 #pragma once
 
 #include <string>

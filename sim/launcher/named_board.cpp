@@ -1,4 +1,4 @@
-// The board that the launcher works on: the one that it names to the application.
+// The board that the launcher handles, which it also names to the application.
 
 #include "board/chosen_board.hpp"
 

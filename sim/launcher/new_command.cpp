@@ -94,7 +94,7 @@ screen screen_of(const wishes &wished) {
   return shown;
 }
 
-/// A card is an extra: a host without its tools makes a board without one.
+/// A memory card is optional: without its tools, the board has none.
 bool add_card(const std::string &board, uint32_t mebibytes, std::string &missing, std::string &error) {
   if (mebibytes == 0)
     return true;
@@ -107,7 +107,7 @@ void warn_of_missing(const char *effect, const std::string &files) {
     tools::warn(std::string{effect} + ": missing " + files);
 }
 
-/// The geometry in which the mapping holds all lines: the padding counted as pixels, then more lines.
+/// Return a geometry whose mapping contains all lines: the padding as pixels, then more lines.
 std::string holding_all_lines(const screen &shown) {
   const uint32_t width = std::min(shown.line_length * 8 / shown.bits_per_pixel, screen::longest_side);
   const uint64_t bits_per_line = uint64_t{width} * shown.bits_per_pixel;

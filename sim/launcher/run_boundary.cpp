@@ -28,7 +28,7 @@ bool resolve_directory(const std::string &name, std::string &path, std::string &
   else if (!files::is_directory(path, code))
     error = name + ": not a directory";
   else if (path.find(':') != std::string::npos)
-    error = name + ": a directory to write in has no colon in its path";
+    error = name + ": path contains a colon; --writable does not accept it";
   return error.empty();
 }
 
@@ -70,12 +70,12 @@ void explain_calls(const boundary &granted, const run_request &request) {
     return;
   }
   item("system calls",
-       "refused with EPERM: reboot, kexec, mounts, swap, kernel modules, setting the clock, I/O");
-  item("", "ports, host name, quotas, accounting, BPF, io_uring, keys for a terminal, signals to");
-  item("", "init or to all processes; programs of another ABI end by SIGSYS");
+       "rejected with EPERM: reboot, kexec, mounts, swap, kernel modules, setting the clock, I/O");
+  item("", "ports, host name, quotas, accounting, BPF, io_uring, input for a terminal, signals to");
+  item("", "init or to all processes; programs of another ABI get SIGSYS");
   item("local sockets", request.has_local_sockets
-                            ? "allowed by --local-sockets: services of the host take orders there"
-                            : "refused: services of the host take orders there");
+                            ? "allowed by --local-sockets: services of the host accept requests there"
+                            : "rejected: services of the host accept requests there");
 }
 
 void explain_files(const boundary &granted, const run_request &request, const run_directories &directories) {
@@ -141,11 +141,11 @@ void explain_boundary(const boundary &granted, const run_request &request,
   item("capabilities", granted.capabilities_are_dropped ? "%s" : "not dropped; %s among others",
        names.empty() ? "none" : names.c_str());
   item("privileges", granted.no_new_privileges ? "no_new_privs: no program gains rights when it is started"
-                                               : "not confined: no no_new_privs");
+                                               : "not confined: no_new_privs missing");
   explain_calls(granted, request);
   explain_files(granted, request, directories);
   explain_processes(granted);
-  item("not kept in", "reading files, the network, permissions and times of files (chmod, chown, utime)");
+  item("unconfined", "reading files, the network, permissions and times of files (chmod, chown, utime)");
 }
 
 std::string why_not_trusted(const boundary &granted, const run_request &request) {
@@ -157,7 +157,7 @@ std::string why_not_trusted(const boundary &granted, const run_request &request)
   if (!granted.is_in_force())
     tools::warn(nothing_in_force);
   else if (!granted.confines_files() && is_root)
-    tools::warn("no Landlock: root's application can write this machine's devices");
+    tools::warn("no Landlock: an application of root can write devices of this host");
   return {};
 }
 

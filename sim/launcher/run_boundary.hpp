@@ -30,8 +30,8 @@ struct run_directories {
 void explain_boundary(const boundary &granted, const run_request &request,
                       const run_directories &directories);
 
-/// Why an application must not be started with what is in force; empty if it may. Prints a warning for the
-/// rest.
+/// Return why an application must not be started, empty if it may be. Prints
+/// a warning if a part is missing.
 [[nodiscard]] std::string why_not_trusted(const boundary &granted, const run_request &request);
 
 } // namespace dravik::sim

@@ -64,7 +64,7 @@ constexpr option_rule run_options[] = {
 
 namespace files = std::filesystem;
 
-/// Where the preload library lies, from this program's own directory: in the build tree and when installed.
+/// Location of the preload library, relative to this program: in the build tree and when installed.
 constexpr const char *library_directories[] = {"../lib", DRAVIK_SIM_LIBRARY_FROM_PROGRAM};
 
 std::string find_library() {
@@ -78,7 +78,7 @@ std::string find_library() {
   return {};
 }
 
-/// After what the caller preloads already: a sanitizer insists on being the first.
+/// After libraries that the caller preloads: a sanitizer must be first.
 void add_preload(const std::string &library) {
   const char *before = std::getenv("LD_PRELOAD");
   const std::string all =
@@ -86,7 +86,7 @@ void add_preload(const std::string &library) {
   ::setenv("LD_PRELOAD", all.c_str(), 1);
 }
 
-/// ALSA's configuration and its folder of plugins, beside the preload library. The board is named already.
+/// ALSA's configuration and plugin directory, next to the preload library. DRAVIK_BOARD is set already.
 void offer_sound_card(const std::string &library) {
   const files::path directory = files::path{library}.parent_path() / "dravik-sim";
   ::setenv("ALSA_CONFIG_PATH", (directory / "asound.conf").c_str(), 1);
@@ -161,7 +161,7 @@ outcome run(const std::string &board, const command_line &given, std::string &er
   return request.explains ? explain(request, directories) : start(request, directories, error);
 }
 
-/// Only --explain does without an application.
+/// Only --explain requires no application.
 outcome check_and_run(const command_line &given, std::string &error) {
   if (given.operands().size() == 1 && !given.has("--explain"))
     return misused(error, "missing APP; try 'dravik-sim run --help'");

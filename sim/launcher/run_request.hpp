@@ -1,4 +1,4 @@
-// What `dravik-sim run` was asked to do.
+// Arguments of `dravik-sim run`.
 #pragma once
 
 #include <string>

@@ -1,14 +1,4 @@
-// The far end of the serial port, while applications run.
-//
-// dev/ttyS0 of the board is then a link to a terminal. A process of its own, the keeper, takes what is sent
-// to the end of the text file `console`, and hands on what is written to the pipe dev/ttyS0.in. At rest
-// dev/ttyS0 is the plain file again: the text itself, by its second name.
-//
-// dev/ttyS0.keeper names the terminal, and below it the processes that the keeper is there for. The keeper
-// has it locked for as long as it lives, so that one that was killed is told from one at work. Who looks at
-// it or changes it holds the lock of the directory.
-//
-// A board may come from a stranger: no link in it is followed out of it.
+// The other end of the serial port while applications run.
 
 #include "launcher/serial_keeper.hpp"
 #include "base/unique_fd.hpp"

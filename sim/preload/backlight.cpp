@@ -1,4 +1,4 @@
-// The backlight: plain attributes, whose changes are recorded.
+// The backlight: plain attributes whose changes are recorded.
 
 #include "board/board_files.hpp"
 #include "board/settings_text.hpp"
@@ -17,7 +17,7 @@ void record_brightness(const char *text, size_t size) noexcept {
   record_event("backlight: %.*s", static_cast<int>(level.size()), level.data());
 }
 
-/// The class takes 0 for on and 4 for off; drivers take every other level for off too.
+/// The kernel's class uses 0 for on and 4 for off; drivers treat any other value as off.
 void record_power(const char *text, size_t size) noexcept {
   record_event("backlight: %s", first_line(text, size) == "0" ? "on" : "off");
 }

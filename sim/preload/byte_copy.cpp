@@ -1,5 +1,5 @@
-// dd on a board, without a program of the host: from one file of the board to another, by the calls that an
-// application makes itself, so that devices and attributes take the bytes in their own manner.
+// dd on a board, without a program of the host. It uses the calls of an application, so that devices
+// and attributes behave as for one.
 
 #include "preload/byte_copy.hpp"
 #include "base/heap_block.hpp"
@@ -36,7 +36,7 @@ struct copy_orders {
   const char *to = nullptr;
   uint64_t input_block = 512;
   uint64_t output_block = 512;
-  uint64_t block = 0; ///< of both, when given
+  uint64_t block = 0; ///< of both, if specified
   uint64_t count = no_limit;
   uint64_t skip = 0;
   uint64_t seek = 0;
@@ -48,7 +48,7 @@ struct copy_orders {
   uint64_t write_size() const noexcept { return block != 0 ? block : output_block; }
 };
 
-/// Where dd says something.
+/// Messages of dd.
 class speaker {
 public:
   explicit speaker(const shell_words &command) noexcept : is_heard_(!command.drops_errors()) {}
@@ -59,7 +59,7 @@ public:
       ::vdprintf(STDERR_FILENO, format, arguments);
     va_end(arguments);
   }
-  /// What failed, with the reason that errno tells.
+  /// Report a failure, with the reason in errno.
   int fail(const char *what, const char *name) const noexcept {
     say("dd: %s '%s': %s\n", what, name, std::strerror(errno));
     return 1;
@@ -140,7 +140,7 @@ bool read_status(std::string_view level, copy_orders &orders) noexcept {
   return level == "none" || level == "noxfer" || level == "progress";
 }
 
-/// Of several that say the same the last one counts.
+/// Of several with the same name, the last one is used.
 bool read_operand(const char *word, copy_orders &orders) noexcept {
   std::string_view value = word;
   const std::string_view name = take_until(value, '=');
@@ -192,7 +192,7 @@ bool go_to(int descriptor, uint64_t blocks, uint64_t size) noexcept {
   return ::lseek64(descriptor, static_cast<off64_t>(position), SEEK_SET) >= 0;
 }
 
-/// What lies behind the place where writing begins goes, as far as the file lets it.
+/// Truncate the output where writing begins, if the file allows it.
 void cut_behind(int descriptor, const copy_orders &orders) noexcept {
   if ((orders.conversions & keeps_length) == 0 && orders.seek != 0 &&
       ::ftruncate64(descriptor, ::lseek64(descriptor, 0, SEEK_CUR)) != 0)
@@ -206,7 +206,7 @@ struct copy_counts {
   uint64_t bytes = 0; ///< written
 };
 
-/// All of a block, unless an error ends it.
+/// Write a block completely, unless an error occurs.
 bool write_block(int descriptor, const uint8_t *data, size_t size, uint64_t &bytes) noexcept {
   while (size > 0) {
     const ssize_t count = ::write(descriptor, data, size);
@@ -251,7 +251,7 @@ int copy_blocks(const copy_orders &orders, int from, int to, uint8_t *block, cop
 
 // --------------------------------------------------------------------------------------------- the report
 
-/// As dd tells sizes: 4.2 MB.
+/// A size as dd prints it: 4.2 MB.
 struct short_size {
   short_size(double number, double step, const char *const *names) noexcept {
     int power = 0;
@@ -329,7 +329,7 @@ int copy_bytes(const shell_words &command, std::span<const char *const> operands
       return 1;
     }
   if (!stays_on_board(orders)) {
-    speaker.say("dravik-sim: dd: copies from one file of the board to another\n");
+    speaker.say("dravik-sim: dd: if=FILE and of=FILE must be files of the board\n");
     return 1;
   }
   if (card_is_locked() && std::string_view{orders.to}.starts_with("/dev/mmcblk0")) {

@@ -1,12 +1,12 @@
-// dd on a board, without a program of the host: from one file of the board to another.
+// dd on a board, without a program of the host.
 #pragma once
 
 #include "preload/shell_words.hpp"
 
 namespace dravik::sim {
 
-/// Copies as dd's operands say. Gives its exit status. What it says goes to standard error, unless the
-/// command drops that.
+/// Copy as the operands of dd specify. Return its exit status. Messages go to standard error,
+/// unless the command drops them.
 int copy_bytes(const shell_words &command, std::span<const char *const> operands) noexcept;
 
 } // namespace dravik::sim

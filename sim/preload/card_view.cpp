@@ -1,5 +1,4 @@
-// The board's memory card as applications see it past its files: its room, its partition, its write
-// protection.
+// The memory card as applications see it beyond its files: space, partition, write protection.
 
 #include "preload/card_view.hpp"
 #include "base/unique_fd.hpp"

@@ -1,12 +1,11 @@
-// The board's memory card as applications see it past its files: its room, its partition, its write
-// protection.
+// The memory card as applications see it beyond its files: space, partition, write protection.
 #pragma once
 
 #include "board/card_texts.hpp"
 
 namespace dravik::sim {
 
-/// The file system that is mounted; no clusters when none is.
+/// The mounted file system; no clusters if none is mounted.
 struct card_room {
   uint32_t cluster_bytes = 0;
   uint32_t clusters = 0;
@@ -14,19 +13,19 @@ struct card_room {
 };
 card_room read_card_room() noexcept;
 
-/// Whether an application's name leads to the files of the card.
+/// Whether a path of an application is on the memory card.
 bool is_on_card(const char *name) noexcept;
 
 bool card_is_mounted() noexcept;
 
-/// Whether the files of the card are mounted, and not to be written.
+/// Whether the card is mounted read-only.
 bool card_is_read_only() noexcept;
 
-/// Whether the switch on the card's side is at LOCK.
+/// Whether the write-protect switch is on.
 bool card_is_locked() noexcept;
 
-/// What an application gets that opens the card's partition with these flags: a copy of the partition as it
-/// stands, to be read. -1 with errno when it wants to write. Takes the descriptor of what stands for it.
+/// Return a descriptor of the card's partition: a copy to be read. Fails with EROFS if the flags request
+/// writing. Closes `descriptor`, that of the placeholder.
 int open_partition(int descriptor, int flags) noexcept;
 
 } // namespace dravik::sim

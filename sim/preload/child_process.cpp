@@ -1,4 +1,4 @@
-// Programs of the host that do the work of the board's commands.
+// Programs of the host that implement commands of the board.
 
 #include "preload/child_process.hpp"
 #include "preload/process_board.hpp"
@@ -17,10 +17,10 @@
 namespace dravik::sim {
 namespace {
 
-constexpr int not_found = 127; ///< as a shell says it
+constexpr int not_found = 127; ///< as in a shell
 constexpr size_t most_words = 40;
 
-/// Where the child's output goes.
+/// Destination of the child's output.
 class output_actions {
 public:
   explicit output_actions(const shell_words &command) noexcept {
@@ -42,7 +42,7 @@ private:
   posix_spawn_file_actions_t actions_;
 };
 
-/// The end of a child is told to whoever waits for it, not to the application's handler.
+/// SIGCHLD stays blocked, so that the application's handler does not see this child.
 class no_child_signal {
 public:
   no_child_signal() noexcept {
@@ -88,8 +88,7 @@ int run_child(const char *program, const char *const *words, const char *const *
   return runs ? wait_for(child) : ended_with(not_found);
 }
 
-/// Nothing of the application's environment reaches the launcher but the time zone, by which the card's files
-/// are dated.
+/// The launcher gets no variable of the application but the time zone, which dates the files of the card.
 int run_card_action(const char *action, const shell_words &command,
                     std::span<const char *const> others) noexcept {
   char board[longest_path];

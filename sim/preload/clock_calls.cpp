@@ -1,4 +1,4 @@
-// The calls that set the clock. A board has that of its host, which nobody sets from there.
+// The calls that set the clock. A board has the clock of the host, which must not be set.
 
 #include "board/board_files.hpp"
 #include "board/chosen_board.hpp"
@@ -12,8 +12,7 @@
 namespace dravik::sim {
 namespace {
 
-/// Serves a call of this name by the C library's definition, `next`, unless it would set the clock of a
-/// board.
+/// Call `next`, unless that would set the clock.
 template <typename Next> int unless_set(const char *name, bool sets, Next next) noexcept {
   if (!sets || board_directory() == nullptr)
     return next();

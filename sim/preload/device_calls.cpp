@@ -1,4 +1,4 @@
-// The calls that are answered by devices: requests and mappings.
+// The calls that devices serve: requests and mappings.
 
 #include "board/board_files.hpp"
 #include "preload/device.hpp"
@@ -19,7 +19,7 @@ constexpr const device *devices[] = {
 static_assert(std::ssize(devices) == std::ranges::count_if(board_table, has_device),
               "each entry of board_table with a path and a prefix of events has a device here");
 
-/// The kernel looks at 32 bits of a request's number.
+/// The kernel uses 32 bits of a request's number.
 long answer(const device &asked, int descriptor, unsigned long request, uintptr_t argument) noexcept {
   const auto known = std::ranges::find(asked.requests, static_cast<uint32_t>(request), &request_kind::number);
   if (known == asked.requests.end()) {
@@ -33,7 +33,7 @@ long answer(const device &asked, int descriptor, unsigned long request, uintptr_
   return -fault;
 }
 
-/// Whether a mapping may go on to the file behind the device; errno says why not.
+/// Whether a mapping is permitted; sets errno if not.
 bool may_map(int descriptor, int flags, size_t length, uint64_t offset) noexcept {
   if (descriptor < 0 || (flags & MAP_ANONYMOUS) != 0)
     return true;
@@ -62,8 +62,8 @@ const device *device_behind(int descriptor) noexcept {
 
 using dravik::sim::device;
 
-// The optional argument is always taken and handed on. Where
-// the caller gave none it holds nothing that matters.
+// The optional argument is always read and forwarded. If the caller passed none,
+// it is unspecified and not used.
 SIM_DEFINE(int, ioctl, (int descriptor, unsigned long request, uintptr_t argument)) {
   const device *asked = dravik::sim::device_behind(descriptor);
   if (asked == nullptr)

@@ -1,5 +1,5 @@
-// The calls that put another program in the place of this process, or beside it. The C library's own go to
-// the kernel without each other's help, so each is here.
+// The calls that replace this process by another program, or start one. In the C library they do not
+// use each other, so each is here.
 
 #include "board/program_file.hpp"
 #include "board/settings_text.hpp"
@@ -47,7 +47,7 @@ SIM_DEFINE(int, execv, (const char *path, word_vector words)) {
 namespace dravik::sim {
 namespace {
 
-/// The name behind an open file, by which a command is known, and one by which the file can be judged.
+/// The name of an open file that identifies a command, and one by which the file can be checked.
 struct descriptor_path {
   explicit descriptor_path(int descriptor, const char *below = "") noexcept {
     const bool is_below = *below != '\0';
@@ -92,7 +92,7 @@ SIM_DEFINE(int, execveat, (int from, const char *path, word_vector words, word_v
 namespace dravik::sim {
 namespace {
 
-/// Calls `attempt` with each place where PATH may have a program, until it gives true.
+/// Call `attempt` with each candidate in PATH until it returns true.
 template <typename Attempt> void search_path(const char *name, Attempt attempt) noexcept {
   const char *given = std::getenv("PATH");
   std::string_view directories = given != nullptr ? given : "/bin:/usr/bin";
@@ -109,7 +109,7 @@ template <typename Attempt> void search_path(const char *name, Attempt attempt) 
   } while (!is_last);
 }
 
-/// A text that the kernel does not know for a script is one of the shell.
+/// A text file that the kernel rejects is a script of the shell.
 int become_program_or_script(const char *path, word_vector words, word_vector variables) noexcept {
   sim_execve(path, words, variables);
   const int error = errno;
@@ -167,7 +167,7 @@ size_t count_words(const char *first, va_list &rest) noexcept {
   return count;
 }
 
-/// Leaves `rest` behind the null at their end.
+/// Afterwards `rest` is after the terminating null.
 void fill_words(const char *first, va_list &rest, char **into) noexcept {
   for (const char *word = first; word != nullptr; word = va_arg(rest, const char *))
     *into++ = const_cast<char *>(word);
@@ -177,7 +177,7 @@ void fill_words(const char *first, va_list &rest, char **into) noexcept {
 } // namespace
 } // namespace dravik::sim
 
-// The words of a call as a list on its stack; `after` runs while the arguments behind them can be read.
+// The words of a call as a list on the stack; `after` runs while the following arguments can be read.
 #define SIM_LIST_WORDS(words, first, after)                                                                  \
   va_list rest;                                                                                              \
   va_start(rest, first);                                                                                     \
@@ -213,7 +213,7 @@ using spawn_attributes = const posix_spawnattr_t *;
 namespace dravik::sim {
 namespace {
 
-/// One that restarts the board does not come back, and takes the application with it.
+/// A command that reboots the board does not return, and terminates the application.
 void restart_if_asked(const char *path) noexcept {
   const char *words[] = {path};
   if (is_restart(words))

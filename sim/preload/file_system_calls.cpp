@@ -1,4 +1,4 @@
-// The calls that tell of a file system: on the card's folder they tell of the card, not of the host's disk.
+// The calls that query a file system: on the memory card they report the card, not the disk of the host.
 
 #include "preload/card_view.hpp"
 #include "preload/next.hpp"
@@ -11,7 +11,7 @@
 namespace dravik::sim {
 namespace {
 
-constexpr int longest_fat_name = 1530; ///< in bytes, as the kernel has it
+constexpr int longest_fat_name = 1530; ///< in bytes, as in the kernel
 
 void tell_kind(struct statfs &status) noexcept {
   status.f_type = MSDOS_SUPER_MAGIC;
@@ -30,7 +30,7 @@ void tell_kind(struct statvfs64 &status) noexcept {
   status.f_namemax = longest_fat_name;
 }
 
-/// Puts the card's figures in the place of the host's when `name` lies on a mounted card.
+/// Replace the figures of the host by those of the card if `name` is on a mounted card.
 template <typename Status> int tell_of_card(const char *name, int result, Status *status) noexcept {
   const card_room room = result == 0 && is_on_card(name) ? read_card_room() : card_room{};
   if (room.clusters == 0)

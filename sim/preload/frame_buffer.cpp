@@ -1,5 +1,4 @@
-// The frame buffer: the board's dev/fb0 is its memory,
-// board.conf its geometry, `panel` what it shows of that memory.
+// The frame buffer: dev/fb0 of the board is its memory, board.conf its geometry, `panel` the visible part.
 
 #include "board/board_files.hpp"
 #include "board/preserve_errno.hpp"
@@ -16,7 +15,7 @@
 namespace dravik::sim {
 namespace {
 
-/// Of the file that stands for it: that of the largest screen that a launcher makes.
+/// Of its plain file: that of the largest screen that `dravik-sim new` creates.
 constexpr uint64_t largest_memory = uint64_t{16384} * 4 * 16384;
 
 screen current_screen() noexcept {
@@ -33,7 +32,7 @@ void keep(const panel &state) noexcept {
   write_board_text("panel", {text, static_cast<size_t>(length)});
 }
 
-/// The plain file may be shorter than the settings say, when someone has edited them.
+/// The plain file is shorter than the settings require if they were edited.
 int grow_to_full_memory(int descriptor, int) noexcept {
   const preserve_errno unchanged;
   struct stat status;
@@ -88,7 +87,7 @@ fb_var_screeninfo variable_information() noexcept {
   variable.green = fields.green;
   variable.blue = fields.blue;
   variable.transp = fields.transparent;
-  variable.height = variable.width = UINT32_MAX; // in millimetres: not known
+  variable.height = variable.width = UINT32_MAX; // in millimetres: unknown
   return variable;
 }
 
@@ -119,7 +118,7 @@ long blank(int, uintptr_t level) noexcept {
   record_event("fb0: blank %lu", static_cast<unsigned long>(level));
   panel state = current_panel();
   state.blank =
-      static_cast<uint32_t>(std::min<uintptr_t>(level, FB_BLANK_POWERDOWN)); // as the kernel caps it
+      static_cast<uint32_t>(std::min<uintptr_t>(level, FB_BLANK_POWERDOWN)); // limited as in the kernel
   keep(state);
   return 0;
 }
@@ -133,7 +132,7 @@ constexpr request_kind requests[] = {
     {FBIOBLANK, "blank", blank},
 };
 
-/// A mapping ends with the last page that holds some of the memory.
+/// A mapping may extend to the end of the last page of the memory.
 int check_mapping(uint64_t length, uint64_t offset) noexcept {
   const auto page = static_cast<uint64_t>(::sysconf(_SC_PAGESIZE));
   const uint64_t end = (current_screen().memory_bytes() + page - 1) / page * page;

@@ -1,4 +1,4 @@
-// The driver of the GPIO lines: each line is a small file of the board, gpio/68, that holds 0 or 1.
+// The GPIO driver: each line is a small file of the board, gpio/68, that contains 0 or 1.
 
 #include "board/board_files.hpp"
 #include "preload/device.hpp"

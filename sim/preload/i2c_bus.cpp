@@ -1,8 +1,7 @@
-// The I2C bus and what is plugged into it: a device's registers are a file of the board, i2c/0x18, a byte
-// each.
+// The I2C bus and its devices: the registers of a device are a file of the board, i2c/0x18, one byte each.
 //
-// What belongs to an open descriptor, its slave address and the register that was chosen last, is kept in the
-// descriptor's position in the bus's own empty file: the kernel hands that on to copies and children.
+// The state of an open descriptor, its slave address and the selected register, is its position in the
+// bus's own empty file: the kernel hands that on to copies and children.
 
 #include "board/accelerometer.hpp"
 #include "board/board_files.hpp"
@@ -16,11 +15,11 @@ namespace dravik::sim {
 namespace {
 
 constexpr uintptr_t last_address = 0x7F;
-constexpr size_t longest_transfer = 8192; ///< the kernel takes no more at once
+constexpr size_t longest_transfer = 8192; ///< the kernel's limit per call
 constexpr uint8_t accelerometer_address = 0x18;
-constexpr uint8_t go_on = 0x80; ///< added to a register's number: each further byte is of the next register
+constexpr uint8_t go_on = 0x80; ///< added to a register number: further bytes go to the next registers
 
-/// What an open descriptor speaks to.
+/// State of an open descriptor.
 struct conversation {
   uint8_t address;
   uint8_t chosen; ///< a register's number, perhaps with go_on
@@ -97,7 +96,7 @@ ssize_t read_registers(int descriptor, void *data, size_t wanted) noexcept {
   return static_cast<ssize_t>(size);
 }
 
-/// The first byte chooses a register, the others are its new value and those of the next ones.
+/// The first byte selects a register; the others are its new value and those of the next ones.
 ssize_t write_registers(int descriptor, const void *data, size_t offered) noexcept {
   const size_t size = std::min(offered, longest_transfer);
   conversation state = conversation_of(descriptor);
@@ -121,7 +120,7 @@ long choose_slave(int descriptor, uintptr_t address) noexcept {
   return 0;
 }
 
-/// This bus has addresses of seven bits alone.
+/// This bus has only 7-bit addresses.
 long choose_address_length(int, uintptr_t ten_bits) noexcept {
   return ten_bits == 0 ? 0 : -EINVAL;
 }

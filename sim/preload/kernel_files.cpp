@@ -1,4 +1,4 @@
-// The kernel's manners with the files below /dev, /sys and /proc, for plain files that stand for them.
+// Behaviour of the kernel's files below /dev, /sys and /proc, for the plain files of a board.
 
 #include "preload/kernel_files.hpp"
 #include "base/unique_fd.hpp"
@@ -16,13 +16,13 @@ bool is_plain_file(int descriptor) noexcept {
   return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
 }
 
-/// Not so the host's devices, directories and sockets, which need no look at their names.
+/// The host's devices, directories and sockets are not: their names need no check.
 bool may_be_of_the_board(int descriptor) noexcept {
   struct stat status;
   return ::fstat(descriptor, &status) == 0 && (S_ISREG(status.st_mode) || S_ISFIFO(status.st_mode));
 }
 
-constexpr size_t longest_report = 1 << 20; ///< what is behind that is not seen
+constexpr size_t longest_report = 1 << 20; ///< the rest is ignored
 
 bool copy_report(int from, int to) noexcept {
   size_t left = longest_report;

@@ -1,4 +1,4 @@
-// The kernel's manners with the files below /dev, /sys and /proc, for plain files that stand for them.
+// Behaviour of the kernel's files below /dev, /sys and /proc, for the plain files of a board.
 #pragma once
 
 #include "preload/path_map.hpp"
@@ -7,17 +7,17 @@
 
 namespace dravik::sim {
 
-/// The flags of an open as the kernel takes them for a file of this kind.
+/// Return the flags of an open as the kernel interprets them for a kind of file.
 int kernel_flags(file_kind kind, int flags) noexcept;
 
-/// Takes a descriptor of a file below /proc that was opened with these flags. When it is for reading alone,
-/// gives one of a copy that no later change of the file reaches.
+/// Replace a descriptor of a file below /proc that was opened read-only by one of a copy,
+/// which later changes do not reach.
 int as_it_stands(int descriptor, int flags) noexcept;
 
-/// The kind of an open file or named pipe of the board; none for everything else, directories too.
+/// Return the kind of an open file or named pipe of the board; none for anything else.
 file_kind kind_behind(int descriptor) noexcept;
 
-/// The length in bytes of the file behind a descriptor.
+/// Return the length in bytes of an open file.
 off64_t length_behind(int descriptor) noexcept;
 
 } // namespace dravik::sim

@@ -1,8 +1,8 @@
-// Looks up everything that this library stands in for, when it is loaded.
+// Looks up all interposed functions when this library is loaded.
 
 #include "preload/next.hpp"
 
-// The linker's names for the two ends of the section.
+// The linker's names of the two ends of the section.
 extern "C" dravik::sim::next_symbol __start_next_symbols[]; // NOLINT(bugprone-reserved-identifier)
 extern "C" dravik::sim::next_symbol __stop_next_symbols[];  // NOLINT(bugprone-reserved-identifier)
 

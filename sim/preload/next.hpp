@@ -1,4 +1,4 @@
-// Standing in for a function of the C library and still reaching the one behind it.
+// Interposing functions of the C library and calling the originals.
 #pragma once
 
 #include <atomic>
@@ -6,8 +6,8 @@
 
 namespace dravik::sim {
 
-/// A function of the C library that this library stands in for. All are looked up when the library is loaded,
-/// so that no later call, in a signal handler or after a fork, meets the loader's lock.
+/// An interposed function of the C library. All are looked up when the library is loaded, so that no later
+/// call, in a signal handler or after a fork, takes the loader's lock.
 struct next_symbol {
   const char *name;
   std::atomic<void *> address = nullptr;
@@ -28,19 +28,19 @@ struct next_symbol {
 
 } // namespace dravik::sim
 
-// Begins the definition that takes the place of the C library's `name`. It has a C++ name of its own, so that
-// it need not agree with what this or that version of the headers declares. All next_symbols lie in one
-// section, to be walked at the start.
+// Define the replacement of the C library's `name`. It has a C++ name of its own, so that it
+// need not match the declaration in this version of the headers. All next_symbols are in one
+// section, which is walked at the start.
 #define SIM_DEFINE(result, name, parameters)                                                                 \
   [[gnu::used, gnu::section("next_symbols")]] static constinit ::dravik::sim::next_symbol next_##name{       \
       #name};                                                                                                \
   extern "C" result sim_##name parameters __asm__(#name);                                                    \
   extern "C" [[gnu::visibility("default")]] result sim_##name parameters
 
-// The C library's own `name`, for use inside SIM_DEFINE's body.
+// The original `name`, for use inside SIM_DEFINE's body.
 #define SIM_NEXT(name) next_##name.as<decltype(sim_##name)>()
 
-// A definition that does no more than hand on other arguments.
+// A replacement that only forwards other arguments.
 #define SIM_PASS(result, name, parameters, arguments)                                                        \
   SIM_DEFINE(result, name, parameters) {                                                                     \
     return SIM_NEXT(name) arguments;                                                                         \

@@ -20,7 +20,7 @@ bool wants_to_write(int flags) noexcept {
   return (flags & O_ACCMODE) != O_RDONLY || (flags & (O_CREAT | O_TRUNC)) != 0;
 }
 
-/// An open may be ordered to fail, and a card may be mounted read-only; errno says how.
+/// An open can fail by an injected fault, or because the card is mounted read-only; sets errno.
 bool may_open(const board_path &path, int flags) noexcept {
   if (path.kind() == file_kind::none)
     return true;
@@ -28,13 +28,13 @@ bool may_open(const board_path &path, int flags) noexcept {
   if (fault == 0 && wants_to_write(flags) && is_on_card(path.name()) && card_is_read_only())
     fault = EROFS;
   if (fault == 0 && is_host_device(path))
-    fault = EACCES; // which a stranger has put there
+    fault = EACCES; // a device node in the board's directory
   if (fault != 0)
     errno = fault;
   return fault == 0;
 }
 
-/// Moves a descriptor to number 0, as an application gets it that has closed its standard input.
+/// Move a descriptor to number 0, as in an application that has closed its standard input.
 int moved_to_zero(int descriptor) noexcept {
   const unique_fd old{descriptor};
   return ::dup2(old.get(), 0);
@@ -54,7 +54,7 @@ int finish_open(const board_path &path, int flags, int descriptor) noexcept {
   return given > 0 && injected_fault("descriptor-0", opened->entry.path) != 0 ? moved_to_zero(given) : given;
 }
 
-/// Opens by any of the C library's own definitions, `next`, which takes a path and flags.
+/// Open by `next`, one of the original functions, which requires a path and flags.
 template <typename Next> int open_path(const board_path &path, int flags, Next next) noexcept {
   return may_open(path, flags) ? finish_open(path, flags, next(path, kernel_flags(path.kind(), flags))) : -1;
 }
@@ -74,7 +74,8 @@ template <typename Next> int open_mapped(const char *name, int directory, int fl
 
 using dravik::sim::open_mapped;
 
-// The optional mode is always taken and handed on. Where the caller gave none it holds nothing that matters.
+// The optional mode is always read and forwarded. If the caller passed none,
+// it is unspecified and not used.
 #define SIM_OPEN(name, parameters, directory, arguments)                                                     \
   SIM_DEFINE(int, name, parameters) {                                                                        \
     return open_mapped(path, directory, flags,                                                               \
@@ -101,7 +102,7 @@ SIM_DEFINE(int, creat64, (const char *path, mode_t mode)) {
 namespace dravik::sim {
 namespace {
 
-/// The flags that a stream's mode stands for.
+/// Return the flags of a stream's mode.
 int flags_of_mode(const char *mode) noexcept {
   const bool both_ways = std::strchr(mode, '+') != nullptr;
   const int one_way = *mode == 'r' ? O_RDONLY : O_WRONLY;
@@ -110,8 +111,8 @@ int flags_of_mode(const char *mode) noexcept {
   return (both_ways ? O_RDWR : one_way) | disposition | on_exec;
 }
 
-/// A stream on a device or a report is laid over a descriptor that has the kernel's manners. To a terminal it
-/// sends each line at its end.
+/// A stream on a device or a report uses a descriptor that behaves as the kernel's. On
+/// a terminal it is line-buffered.
 std::FILE *stream_over_descriptor(const char *path, const char *mode) noexcept {
   const int descriptor = sim_open(path, flags_of_mode(mode), 0666);
   std::FILE *stream = descriptor >= 0 ? ::fdopen(descriptor, mode) : nullptr;
@@ -120,8 +121,8 @@ std::FILE *stream_over_descriptor(const char *path, const char *mode) noexcept {
   return stream;
 }
 
-/// Other files the C library opens itself, by any of its definitions, `next`. It also cuts an attribute that
-/// is opened for writing, which is as good as taking the first write afresh.
+/// The C library opens other files itself, by `next`, one of its functions. It also truncates an attribute
+/// that is opened for writing, which has the effect of replacing its contents at the first write.
 template <typename Next>
 std::FILE *open_mapped_stream(const char *path, const board_path &mapped, const char *mode,
                               Next next) noexcept {
@@ -135,7 +136,7 @@ template <typename Next> std::FILE *open_stream(const char *path, const char *mo
                                              : open_mapped_stream(path, seen_path{path}, mode, next);
 }
 
-/// A device is not cut by being opened once more, and a port goes on after what was sent.
+/// Reopening does not truncate a device, and output to a port continues after the previous output.
 const char *mode_of_reopened(const board_path &path, const char *mode) noexcept {
   if (path.kind() != file_kind::device || *mode == 'r')
     return mode;

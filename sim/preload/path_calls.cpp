@@ -1,5 +1,5 @@
-// The calls that name files without opening them. Records that a call fills are passed on as they are, so
-// that one line does for every layout of them.
+// The calls that name files without opening them. Structures that a call fills are
+// forwarded as they are, in any layout.
 
 #include "preload/next.hpp"
 #include "preload/path_map.hpp"
@@ -16,12 +16,12 @@ using at = board_path;
 using link_at = link_path; ///< for calls that do not follow a link
 using seen_at = seen_path; ///< for calls that change nothing
 
-/// For calls that look at a file, and by their flags at the link itself.
+/// For calls that query a file, or a link itself, depending on their flags.
 constexpr last_link by_flags(int flags) noexcept {
   return (flags & AT_SYMLINK_NOFOLLOW) != 0 ? last_link::kept : last_link::followed;
 }
 
-/// A path that the C library gives back, as the application knows it.
+/// Translate a path that the C library returns to the application's name.
 char *as_known(char *path) noexcept {
   const char *name = path != nullptr ? name_on_board(path) : nullptr;
   if (name != nullptr)
@@ -85,7 +85,7 @@ SIM_PASS(int, lchown, (const char *path, uid_t user, gid_t group), (link_at{path
 SIM_PASS(int, fchownat, (int from, const char *path, uid_t user, gid_t group, int flags),
          (from, at{path, from, by_flags(flags)}, user, group, flags))
 
-// Attributes beyond those, which listing and copying programs look for.
+// Extended attributes, which listing and copying programs query.
 SIM_PASS(ssize_t, getxattr, (const char *path, const char *name, void *value, size_t size),
          (seen_at{path}, name, value, size))
 SIM_PASS(ssize_t, lgetxattr, (const char *path, const char *name, void *value, size_t size),
@@ -100,7 +100,7 @@ SIM_PASS(int, lsetxattr, (const char *path, const char *name, const void *value,
 SIM_PASS(int, removexattr, (const char *path, const char *name), (at{path}, name))
 SIM_PASS(int, lremovexattr, (const char *path, const char *name), (link_at{path}, name))
 
-// Making, moving and removing.
+// Creating, moving and removing.
 SIM_PASS(int, mkdir, (const char *path, mode_t mode), (link_at{path}, mode))
 SIM_PASS(int, mkdirat, (int from, const char *path, mode_t mode), (from, link_at{path, from}, mode))
 SIM_PASS(int, mkfifo, (const char *path, mode_t mode), (link_at{path}, mode))
@@ -143,7 +143,7 @@ SIM_PASS(int, nftw64, (const char *path, void *visit, int descriptors, int flags
 SIM_PASS(int, ftw, (const char *path, void *visit, int descriptors), (seen_at{path}, visit, descriptors))
 SIM_PASS(int, ftw64, (const char *path, void *visit, int descriptors), (seen_at{path}, visit, descriptors))
 
-// Length. No device has one that could be set.
+// Length. That of a device cannot be set.
 SIM_DEFINE(int, truncate, (const char *path, off_t length)) {
   const at mapped{path};
   return may_truncate(mapped) ? SIM_NEXT(truncate)(mapped, length) : -1;
@@ -154,7 +154,7 @@ SIM_DEFINE(int, truncate64, (const char *path, off64_t length)) {
   return may_truncate(mapped) ? SIM_NEXT(truncate64)(mapped, length) : -1;
 }
 
-// Names that the C library gives back.
+// Names that the C library returns.
 SIM_PASS(ssize_t, readlink, (const char *path, char *text, size_t size),
          (seen_at{path, AT_FDCWD, last_link::kept}, text, size))
 SIM_PASS(ssize_t, __readlink_chk, (const char *path, char *text, size_t size, size_t room),

@@ -18,18 +18,18 @@
 namespace dravik::sim {
 namespace {
 
-/// What stands for the serial port where it is read; an application knows it by the port's name.
+/// Input of the serial port; applications know it by the port's name.
 constexpr std::string_view serial_input = entry_of("/dev/ttyS0.in").path;
 constexpr size_t serial_port_length = entry_of("/dev/ttyS0").path.size();
 
-/// Stands for a path that outgrew longest_path: the kernel refuses it with ENAMETOOLONG, whatever the call.
+/// For a path that exceeds longest_path: every call fails with ENAMETOOLONG.
 struct overlong_path {
   constexpr overlong_path() noexcept { std::fill_n(text, PATH_MAX, 'x'); }
   char text[PATH_MAX + 1] = {};
 };
 constexpr overlong_path overlong;
 
-/// A path that grows in a fixed block, one component at a time, and stays free of `//`, `.` and `..`.
+/// A path assembled in a fixed block, one component at a time, without `//`, `.` and `..`.
 class path_text {
 public:
   path_text(char *begin, const char *end) noexcept : begin_(begin), end_(begin), limit_(end - 1) {}
@@ -42,9 +42,8 @@ public:
   void add_slash() noexcept { put("/"); }
   void terminate() noexcept { *end_ = '\0'; }
   bool overflowed() const noexcept { return overflowed_; }
-  bool left_board() const noexcept {
-    return left_board_;
-  } ///< whether a ".." took it up from a path of the board
+  /// Whether ".." led out of a path of the board.
+  bool left_board() const noexcept { return left_board_; }
 
 private:
   void add_component(std::string_view name) noexcept {
@@ -92,14 +91,14 @@ bool exists(const char *path) noexcept {
   return ::syscall(SYS_statx, AT_FDCWD, path, AT_SYMLINK_NOFOLLOW, STATX_TYPE, &status) == 0;
 }
 
-/// What a link that leads out of the board is taken for: no such file, whatever the call.
+/// For a link that leads out of the board: no such file.
 constexpr const char *outside = "/proc/self/outside-the-board";
 
 bool ends_like_a_directory(std::string_view path) noexcept {
   return path.ends_with('/') || path.ends_with("/.");
 }
 
-/// What follows `directory` in `path` (from its slash on), or null when the path lies elsewhere.
+/// Return the part of `path` after `directory`, from its slash on; null if it is elsewhere.
 const char *below(const char *path, std::string_view directory) noexcept {
   while (directory.ends_with('/'))
     directory.remove_suffix(1);
@@ -109,7 +108,7 @@ const char *below(const char *path, std::string_view directory) noexcept {
              : nullptr;
 }
 
-/// Where the kernel says that an open descriptor leads.
+/// Read the path of an open descriptor from the kernel.
 bool read_descriptor_path(int descriptor, char *text) noexcept {
   char link[32] = "/proc/self/fd/";
   char *digits = link + std::strlen(link);
@@ -126,7 +125,7 @@ bool read_directory_path(int directory, char *text) noexcept {
   return ::syscall(SYS_getcwd, text, longest_path) > 0 && text[0] == '/';
 }
 
-/// Whether some end of a path is a path of a board: a quick no for nearly every path of the host.
+/// Whether the end of a path could be a path of the board: quickly rejects most paths of the host.
 bool ends_like_a_board_path(const char *path) noexcept {
   for (const char *end = std::strchr(path, '/'); end != nullptr; end = std::strchr(end + 1, '/'))
     if (kind_of(end) != file_kind::none)
@@ -134,7 +133,7 @@ bool ends_like_a_board_path(const char *path) noexcept {
   return false;
 }
 
-/// What follows the board's directory in a path that the kernel gave, which is free of links.
+/// Return the part of a path from the kernel, free of links, after the board's directory.
 const char *below_board(const char *host_path) noexcept {
   const char *board = board_directory();
   if (board == nullptr)

@@ -12,16 +12,15 @@
 
 namespace dravik::sim {
 
-/// The kind of an absolute path without `//`, `.` and `..`, as an application names it.
+/// Return the kind of an absolute path without `//`, `.` and `..`, as an application names it.
 file_kind kind_of(const char *path) noexcept;
 
-/// What an application calls a path of the host that lies in the
-/// board's directory; null for any other path. Points into `host_path`.
+/// Return the application's name of a path in the board's directory, null for any other
+/// path. Points into `host_path`.
 const char *name_on_board(const char *host_path) noexcept;
 
-/// The path that a call is to use instead of the application's: in the board's
-/// directory when it names something of the board, the application's own
-/// otherwise. Nothing is allocated; lives on the stack for the time of the call.
+/// The path to be used instead of the application's: in the directory of the board for paths of the board,
+/// otherwise unchanged. Allocates nothing; exists on the stack during a call.
 class board_path {
 public:
   explicit board_path(const char *path, int directory = AT_FDCWD,
@@ -31,11 +30,11 @@ public:
 
   operator const char *() const noexcept { return path_; }
   file_kind kind() const noexcept { return kind_; }
-  /// The path as the application knows it, tidied; only for a path of the board.
+  /// The application's path without `//`, `.` and `..`; only for a path of the board.
   const char *name() const noexcept { return name_; }
 
 protected:
-  /// Where the board's /tmp has no such file and the host's has one, that is taken.
+  /// If only the host's /tmp has the file, use that one.
   void see_host_file() noexcept;
 
 private:
@@ -44,17 +43,17 @@ private:
   const char *path_;
   const char *name_ = nullptr;
   file_kind kind_ = file_kind::none;
-  char text_[longest_path]; // left as it is until it is needed
+  char text_[longest_path]; // not initialised until it is needed
 };
 
-/// The same for a call that works on a link itself.
+/// The same for a call that does not follow a link.
 class link_path : public board_path {
 public:
   explicit link_path(const char *path, int directory = AT_FDCWD) noexcept
       : board_path(path, directory, last_link::kept) {}
 };
 
-/// The same for a call that changes nothing: what lies in the host's /tmp alone can be seen there.
+/// The same for a call that changes nothing: it sees files that exist only in the host's /tmp.
 class seen_path : public board_path {
 public:
   explicit seen_path(const char *path, int directory = AT_FDCWD,
@@ -64,7 +63,7 @@ public:
   }
 };
 
-/// What an application calls the file behind an open descriptor; null when it is not of the board.
+/// The application's name of an open file; null if it is not of the board.
 class descriptor_name {
 public:
   explicit descriptor_name(int descriptor) noexcept;

@@ -1,5 +1,5 @@
-// popen() and pclose(): a command with its input or output in the application's hand. It is served by a
-// process of its own, as system() would serve it.
+// popen() and pclose(): a command whose input or output the application holds. A process of its
+// own serves it as system() would.
 
 #include "base/unique_fd.hpp"
 #include "preload/next.hpp"
@@ -43,7 +43,7 @@ open_pipe *pipe_of(std::FILE *stream) noexcept {
   return nullptr;
 }
 
-/// The process that serves a command, with one end of a pipe in the place of its input or output.
+/// Start the process that serves a command, with one end of a pipe as its input or output.
 pid_t start_server(const char *command, int end, int in_place_of) noexcept {
   const char *words[] = {"sh", "-c", command, nullptr};
   posix_spawn_file_actions_t actions;
@@ -64,7 +64,7 @@ struct pipe_mode {
   bool reads, writes;
 };
 
-/// Both ends are closed by exec, as POSIX wants it for the commands of later calls.
+/// exec closes both ends, as POSIX requires for commands of later calls.
 std::FILE *open_command(const char *command, pipe_mode mode) noexcept {
   int ends[2];
   if (mode.reads == mode.writes) {
@@ -100,7 +100,7 @@ SIM_DEFINE(std::FILE *, popen, (const char *command, const char *mode)) {
     return SIM_NEXT(popen)(command, mode);
   int status = 0;
   if (is_restart(command))
-    run_on_board(command, status); // takes the application with it
+    run_on_board(command, status); // also terminates the application
   return open_command(command, pipe_mode{mode});
 }
 

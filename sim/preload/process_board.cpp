@@ -1,5 +1,5 @@
-// What a process with the simulator in charge keeps of its start. The environment is read once, and what it
-// says is copied: the application may change or clear it afterwards.
+// State of a simulated process from its start. The environment is read once and copied: the
+// application may change or clear it.
 
 #include "preload/process_board.hpp"
 #include "base/unique_fd.hpp"
@@ -30,7 +30,7 @@ constexpr std::string_view simulator_names[] = {
     "ALSA_CONFIG_PATH=", "ALSA_PLUGIN_DIR=", "DRAVIK_APPLICATION="};
 constexpr std::string_view separators_of_loader = " :";
 
-/// Where the launcher lies, from this library's own directory: in the build tree and when installed.
+/// Location of the launcher, relative to this library: in the build tree and when installed.
 constexpr const char *launcher_places[] = {"../bin", DRAVIK_SIM_PROGRAM_FROM_LIBRARY};
 
 /// A variable of the environment, name and all.
@@ -38,7 +38,7 @@ template <size_t Size> struct variable {
   char text[Size] = {};
   size_t name_length = 0;
 
-  /// Name and value in parts; empty when they do not fit.
+  /// Set name and value from parts; empty if they do not fit.
   void set(std::initializer_list<std::string_view> parts) noexcept {
     char *end = text;
     for (const std::string_view part : parts) {
@@ -54,7 +54,7 @@ template <size_t Size> struct variable {
   const char *value() const noexcept { return text + name_length; }
 };
 
-/// What a file is known by, whatever it is called.
+/// Identity of a file, regardless of its name.
 struct file_place {
   uint64_t device = 0;
   uint64_t number = 0;
@@ -83,7 +83,7 @@ const char *own_name() noexcept {
   return ::dladdr(reinterpret_cast<const void *>(&own_name), &library) != 0 ? library.dli_fname : "";
 }
 
-/// An absolute path of the host, past the paths of the board.
+/// Set an absolute path of the host, without the path map.
 void name_library() noexcept {
   const char *name = own_name();
   char here[longest_path] = {};
@@ -119,8 +119,7 @@ bool is_this_library(std::string_view name) noexcept {
   return name == self.library || name == own_name();
 }
 
-/// The other libraries of a list in their order, this one behind them: a sanitizer insists on being the
-/// first. Gives the length, 0 when there is no room.
+/// Append this library to a list: a sanitizer must be first. Return the length, 0 if it does not fit.
 size_t list_libraries(std::string_view others, char (&into)[longest_list]) noexcept {
   char *end = std::copy(preload_name.begin(), preload_name.end(), into);
   const auto add = [&](std::string_view name) {
@@ -147,13 +146,13 @@ size_t list_libraries(std::string_view others, char (&into)[longest_list]) noexc
 
 constexpr int pause_before_kill_ms = 2000;
 
-/// A process is known for sure by its number and the time of its start.
+/// A process is identified by its number and start time.
 struct process_name {
   pid_t number = 0;
   uint64_t start = 0;
 };
 
-/// The 22nd field of its line, counted from behind the name, which may hold anything.
+/// Read the 22nd field of its line, counted after the name, which may contain anything.
 uint64_t start_of(pid_t number) noexcept {
   char path[32];
   char text[1024];
@@ -195,7 +194,7 @@ int restart_signal() noexcept {
   ::_exit(restart_status);
 }
 
-/// How a child that restarts the board reaches the application.
+/// Wait for a child that reboots the board.
 void await_restart() noexcept {
   struct sigaction action = {};
   action.sa_handler = end_by_restart;
@@ -261,7 +260,7 @@ bool lies_in(std::string_view path, std::string_view directory) noexcept {
          (path.size() == directory.size() || path[directory.size()] == '/');
 }
 
-/// Of these alone: the working directory may be / or /tmp itself, which is to be the board's.
+/// Only such directories: the working directory may be / or /tmp itself, which is the board's.
 bool is_below_tmp(std::string_view directory) noexcept {
   return directory.starts_with("/tmp/") && directory.size() > 5;
 }
@@ -303,7 +302,7 @@ size_t count_variables(char *const *given) noexcept {
   return count;
 }
 
-/// It divides its list at blanks and colons, and replaces names that begin with a dollar sign.
+/// The loader splits its list at spaces and colons, and expands names that begin with a dollar sign.
 bool can_be_preloaded() noexcept {
   const std::string_view library = known_process().library;
   return !library.empty() && library.find_first_of(" :$") == std::string_view::npos;

@@ -8,7 +8,7 @@
 namespace dravik::sim {
 namespace {
 
-/// Reads by the device's own way, if it has one, or by the C library's definition, `next`.
+/// Read by the device's function, if it has one, else by the original, `next`.
 template <typename Next> ssize_t read_from(int descriptor, void *data, size_t size, Next next) noexcept {
   if (kind_behind(descriptor) != file_kind::device)
     return next();

@@ -1,5 +1,5 @@
-// Real-time priorities, for hosts that refuse them to ordinary users. Such a priority is remembered and read
-// back; the thread runs like any other.
+// Real-time priorities, for hosts that do not permit them to ordinary users. The priority is stored and
+// returned; the thread runs like any other.
 
 #include "board/board_files.hpp"
 #include "board/settings_text.hpp"
@@ -16,7 +16,7 @@
 namespace dravik::sim {
 namespace {
 
-/// The number of a thread's clock names it for its life; a pthread_t is given out again after it. 0 is none.
+/// The number of a thread's clock identifies it for its lifetime; a pthread_t is reused. 0 means none.
 using thread_number = clockid_t;
 
 thread_number number_of_thread(pthread_t thread) noexcept {
@@ -24,14 +24,15 @@ thread_number number_of_thread(pthread_t thread) noexcept {
   return ::pthread_getcpuclockid(thread, &clock) == 0 ? clock : 0;
 }
 
-struct alignas(8) granted { // a word, so that every compiler takes it for one
+struct alignas(8) granted { // a word, so that every compiler treats it as one
   thread_number thread;
   uint16_t policy;
   uint16_t priority;
 };
 static_assert(sizeof(granted) == 8);
 
-/// Remembers the last threads that were granted a priority. Takes no lock: a fork may come at any time.
+/// Stores the last threads that were granted a priority. Takes no lock, since
+/// a fork may happen at any time.
 class granted_priorities {
 public:
   void forget(thread_number thread) noexcept {
@@ -65,7 +66,7 @@ bool is_real_time(int policy) noexcept {
   return policy == SCHED_FIFO || policy == SCHED_RR;
 }
 
-/// Sets a priority by way of the host's call, `next`, as far as the board's settings let it.
+/// Set a priority by the host's call, `next`, as the board's settings permit.
 template <typename Next>
 int set_real_time(pthread_t thread, int policy, const sched_param &parameters, Next next) noexcept {
   const board_text settings{"board.conf"};

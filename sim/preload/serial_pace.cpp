@@ -1,5 +1,5 @@
-// The pace of the serial line. dev/ttyS0.pace keeps when the driver's buffer will be empty, by the monotonic
-// clock, for all processes of the board.
+// Speed of the serial line. dev/ttyS0.pace contains the time at which the driver's buffer will be empty, by
+// the monotonic clock, for all processes of the board.
 
 #include "preload/serial_pace.hpp"
 #include "base/unique_fd.hpp"

@@ -1,8 +1,9 @@
-// The serial port. What is sent goes to the end of the plain file dev/ttyS0 of the board, by whatever call;
-// what is to be received comes through the pipe dev/ttyS0.in, which any program may write to. So a descriptor
-// for writing alone is one of the plain file, any other one of the pipe, and nobody has to hold the far end.
-// Where dev/ttyS0 is a link to a terminal, as for applications that the launcher has started, that is the
-// port; only its settings are seen here.
+// The serial port. Output is appended to the plain file dev/ttyS0 of the board; input comes through the
+// pipe dev/ttyS0.in, which any program may write to. So a write-only descriptor is one of the plain file,
+// any other one of the pipe, and no process has to hold the other end.
+//
+// If dev/ttyS0 is a link to a terminal, as for applications that the launcher has started, that is the
+// port; only its configuration is seen here.
 
 #include "preload/serial_port.hpp"
 #include "base/unique_fd.hpp"
@@ -32,7 +33,7 @@ bool is_plain_file(int descriptor) noexcept {
   return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
 }
 
-/// Opened for both ways, so that the pipe has no end while nobody writes to it.
+/// Opened for reading and writing, so that the pipe has no end of file while no process writes to it.
 int open_input(int flags) noexcept {
   const int pipe = open_board_file(input_pipe, O_RDWR | (flags & O_NONBLOCK));
   if (pipe >= 0 && (flags & O_CLOEXEC) == 0)
@@ -40,8 +41,7 @@ int open_input(int flags) noexcept {
   return pipe;
 }
 
-/// A board without the pipe has nothing to receive, and one whose file is a link to a terminal has that
-/// for its port.
+/// A board without the pipe has no input. If its file is a link to a terminal, that is the port.
 int choose_direction(int descriptor, int flags) noexcept {
   const preserve_errno unchanged;
   if ((flags & O_PATH) != 0 || !is_plain_file(descriptor))
@@ -64,12 +64,12 @@ ssize_t send(int descriptor, const void *data, size_t size) noexcept {
   return send_at_pace(descriptor, static_cast<const char *>(data), size, append);
 }
 
-/// How many bytes wait, as other devices of the kind tell it.
+/// Number of bytes that can be read (FIONREAD).
 long count_input(int descriptor, uintptr_t into) noexcept {
   return into == 0 ? -EFAULT : ::syscall(SYS_ioctl, descriptor, FIONREAD, into) == 0 ? 0 : -errno;
 }
 
-/// Nobody knows how large the terminal at the far end is.
+/// The size of the terminal at the other end is unknown.
 long tell_size(int, uintptr_t into) noexcept {
   if (into == 0)
     return -EFAULT;

@@ -1,4 +1,4 @@
-// The serial port, as the calls for terminals ask it.
+// The serial port for the calls that query terminals.
 #pragma once
 
 #include <termios.h>
@@ -6,10 +6,10 @@
 namespace dravik::sim {
 
 bool is_serial_port(int descriptor) noexcept;
-/// Whether it is of the terminal that the board has for its port, which does itself what it is asked.
+/// Whether a descriptor is the terminal that is the board's port. The kernel serves its requests.
 bool is_serial_terminal(int descriptor) noexcept;
 
-/// Each gives 0, or a negative error number.
+/// Return 0 or a negative error number.
 int read_line_settings(termios &settings) noexcept;
 int change_line_settings(const termios &settings) noexcept;
 int discard_input(int descriptor) noexcept;

@@ -1,4 +1,4 @@
-// The shell commands of a board: one table of what applications run, and what each does to the board alone.
+// The shell commands of a board: one table.
 
 #include "preload/shell_commands.hpp"
 #include "board/board_files.hpp"
@@ -49,7 +49,7 @@ constexpr size_t flash_bytes = 2048;
 constexpr size_t language_position = 896;
 constexpr char erased = '\xFF';
 
-/// The first page of the flash's second partition, as far as anything is known of it.
+/// The first page of the flash's second partition, as far as it is known.
 struct flash_page {
   flash_page() noexcept {
     std::fill_n(bytes, sizeof bytes, erased);
@@ -76,7 +76,7 @@ int dump_flash(const shell_words &, word_list options) noexcept {
   const std::string_view wanted = word_after(options, "-l");
   std::from_chars(wanted.data(), wanted.data() + wanted.size(), length);
   if (target.kind() == file_kind::none) {
-    ::dprintf(STDERR_FILENO, "dravik-sim: nanddump: -f FILE is to be a file of the board\n");
+    ::dprintf(STDERR_FILENO, "dravik-sim: nanddump: -f FILE must be a file of the board\n");
     return ended_with(1);
   }
   const flash_page page;
@@ -150,7 +150,7 @@ constexpr known_command known_commands[] = {
     {"amixer ... cset * *", set_control},
 };
 
-/// What can do harm to a machine and is no command of the board.
+/// Programs that can harm a machine and are not commands of the board.
 constexpr std::string_view refused_programs[] = {
     "blkdiscard", "e2fsck", "flash_erase", "flash_eraseall", "flashcp", "fsck",     "halt",
     "hwclock",    "insmod", "losetup",     "mke2fs",         "mkfs",    "modprobe", "nandwrite",
@@ -164,7 +164,7 @@ bool is_left_to_host() noexcept {
 
 int refuse(const char *command) noexcept {
   record_event("shell: %s refused", command);
-  ::dprintf(STDERR_FILENO, "dravik-sim: no command of the board, and not run: %s\n", command);
+  ::dprintf(STDERR_FILENO, "dravik-sim: %s: not a command of the board; rejected\n", command);
   return ended_with(no_such_command);
 }
 
@@ -185,7 +185,7 @@ const known_command *find_known(const shell_words &parts, word_list &others) noe
   return nullptr;
 }
 
-/// False for what is no command of the board.
+/// Return false if it is not a command of the board.
 bool run_if_known(const char *command, const shell_words &parts, int &status) noexcept {
   word_list others;
   const known_command *known = find_known(parts, others);
@@ -194,7 +194,7 @@ bool run_if_known(const char *command, const shell_words &parts, int &status) no
   return known != nullptr;
 }
 
-/// As they are told in an event.
+/// Words as an event records them.
 struct joined_words {
   explicit joined_words(word_list words) noexcept {
     char *end = text;
@@ -255,7 +255,7 @@ bool run_on_board(const char *command, int &status) noexcept {
 
 void restart_board(const char *asked_by) noexcept {
   run_card_action("restart", shell_words{asked_by});
-  ::dprintf(STDERR_FILENO, "dravik-sim: %s: the board restarts, the application ends with status %d\n",
+  ::dprintf(STDERR_FILENO, "dravik-sim: %s: board reboots; application terminated with exit status %d\n",
             asked_by, restart_status);
   if (serves_another_process)
     end_application();

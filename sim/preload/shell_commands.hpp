@@ -6,34 +6,32 @@
 
 namespace dravik::sim {
 
-/// The exit status of an application that restarts the board.
+/// Exit status of an application that reboots the board.
 constexpr int restart_status = 75;
 
-/// Runs a command on the board, or refuses it. Gives false when the
-/// board's settings leave it to the host's shell.
+/// Run a command on the board, or reject it. Return false if board.conf leaves it to the host's shell.
 bool run_on_board(const char *command, int &status) noexcept;
 
-/// Whether this process runs a command for another one: a restart then ends the application too.
+/// Whether this process runs a command for another one: a reboot then terminates the application too.
 inline constinit bool serves_another_process = false;
 
-/// Whether a program of this name is the board's, or is not run at all: its directory does not matter.
+/// Whether a program of this name, in any directory, is the board's or is rejected.
 bool is_board_program(std::string_view name) noexcept;
 
-/// Whether a command of the shell is one of the board's and nothing else.
+/// Whether a shell command is one of the board's and nothing else.
 bool is_board_command(const char *command) noexcept;
 
-/// Runs such a program with its arguments, the first of which names it, or refuses it. Gives its status as
-/// waitpid() does.
+/// Run such a program, or reject it; the first argument is its name. Return its status as waitpid() does.
 int run_board_program(std::span<const char *const> words) noexcept;
 
-/// Runs a command in the host's shell, which is on the board with all that it starts.
+/// Run a command in the host's shell, on the board.
 int run_host_shell(const char *command) noexcept;
 
-/// Whether a command restarts the board and does nothing else.
+/// Whether a command reboots the board and does nothing else.
 bool is_restart(std::span<const char *const> words) noexcept;
 bool is_restart(const char *command) noexcept;
 
-/// Ends the application as a restart of the board ends it.
+/// Terminate the application as a reboot of the board does.
 [[noreturn]] void restart_board(const char *asked_by) noexcept;
 
 } // namespace dravik::sim

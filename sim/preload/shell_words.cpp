@@ -1,4 +1,4 @@
-// A shell command taken apart, as far as the board's own commands need it.
+// Parser of shell commands, as far as the board's own commands require.
 
 #include "preload/shell_words.hpp"
 #include "board/settings_text.hpp"

@@ -1,4 +1,4 @@
-// A shell command taken apart, as far as the board's own commands need it.
+// Parser of shell commands, as far as the board's own commands require.
 #pragma once
 
 #include <cstddef>
@@ -13,17 +13,17 @@ constexpr std::string_view without_directory(std::string_view path) noexcept {
   return path;
 }
 
-/// The words of a simple command: a program and its arguments, with output thrown away or not, in the
-/// background or not. Whatever needs more of a shell is not understood.
+/// A simple command: a program and its arguments, with output dropped or not, in the background or
+/// not. Anything else is rejected.
 class shell_words {
 public:
   static constexpr size_t most_words = 32;
 
   explicit shell_words(const char *command) noexcept;
-  /// The words of a program that is to be started, which need no shell.
+  /// Arguments of a program to be started, which require no shell.
   explicit shell_words(std::span<const char *const> words) noexcept;
 
-  /// Empty when the command is not understood.
+  /// Empty if the command was rejected.
   std::span<const char *const> words() const noexcept { return {words_, is_simple_ ? count_ : 0}; }
   /// The name of the program without its directory.
   std::string_view program() const noexcept;
@@ -45,8 +45,8 @@ private:
   char text_[longest_command];
 };
 
-/// Whether words are as a pattern has them: `*` stands for any word, `...` for any number of words, which
-/// come back in `others`. The first word is compared without its directory.
+/// Match the words of a command with a pattern: `*` matches any word, `...` any number of words, which are
+/// returned in `others`. The first word is compared without its directory.
 bool matches(const shell_words &command, std::string_view pattern,
              std::span<const char *const> &others) noexcept;
 

@@ -1,4 +1,4 @@
-// How a program is started on a board: with the board in its environment, or not at all.
+// Starting a program on a board: with the board in its environment, or not at all.
 
 #include "preload/start_program.hpp"
 #include "board/board_files.hpp"
@@ -24,7 +24,7 @@ bool has_many_names(std::string_view name) noexcept {
          std::end(programs_with_many_names);
 }
 
-/// Which of the words names a command of the board; negative when the program is none.
+/// Return which word names a command of the board, a negative number if none does.
 int command_among(const char *name, char *const *words) noexcept {
   if (is_board_program(name))
     return 0;
@@ -56,7 +56,7 @@ void say(const char *program, const char *reason) noexcept {
   const int length = std::snprintf(line, sizeof line, "dravik-sim: %s: %s\n", program, reason);
   const size_t said = std::min(static_cast<size_t>(std::max(length, 0)), sizeof line - 1);
   if (::syscall(SYS_write, STDERR_FILENO, line, said) < 0)
-    return; // nobody hears it
+    return; // there is no output
 }
 
 start_plan refuse(const char *program, int error, const char *reason) noexcept {

@@ -1,4 +1,4 @@
-// How a program is started on a board: with the board in its environment, or not at all.
+// Starting a program on a board: with the board in its environment, or not at all.
 #pragma once
 
 #include "preload/path_map.hpp"
@@ -8,26 +8,26 @@
 
 namespace dravik::sim {
 
-/// What is to become of a program that an application starts.
+/// Decision on a program that an application starts.
 struct start_plan {
   enum class way : uint8_t {
-    on_board,      ///< as it is, with the board in its environment
+    on_board,      ///< with the board in its environment
     command,       ///< by the board's own command of that name
     shell_command, ///< the same, from the one argument of a shell
-    on_host,       ///< one of the simulator's own programs, which looks at boards from outside
+    on_host,       ///< one of the simulator's own programs, which handles boards from outside
     refused,
   };
   way how;
-  int error = 0;            ///< of a refused one
-  size_t skipped_words = 0; ///< of a command: those that name another program, which has it inside
+  int error = 0;            ///< of a rejected one
+  size_t skipped_words = 0; ///< of a command inside another program's arguments
 };
 
-/// Judges a program by the path that is to be started. Records a refusal, and says it on standard error.
-/// Allocates nothing and takes no lock: the child of a vfork() may call it.
+/// Decide by the path to be started. Records and prints a rejection. Allocates nothing and takes no lock:
+/// the child of a vfork() may call it.
 start_plan plan_start(const char *asked_for, const board_path &path, char *const *words) noexcept;
 
-/// Starts a program by way of `next`, which takes a path, words and variables and gives an error number.
-/// Gives that, or the error of a refusal. The lists that are handed on live on the stack.
+/// Start a program by `next`, which requires a path, words and variables and returns an error number.
+/// Return that, or the error number of a rejection. The lists are on the stack.
 template <typename Next>
 int start_program(const char *name, const board_path &path, char *const *words, char *const *variables,
                   Next next) noexcept {

@@ -1,5 +1,5 @@
-// The calls by which an application reaches the whole system: shell commands, mounts, restarts. On a board
-// they act on the board alone.
+// The calls that act on the whole system: shell commands, mounts, reboots. On a
+// board they act on the board only.
 
 #include "board/board_files.hpp"
 #include "preload/card_view.hpp"
@@ -41,8 +41,8 @@ int mount_on_board(const char *source, const char *target, unsigned long flags) 
                                             {read_only, (flags & MS_RDONLY) != 0 ? size_t{1} : size_t{0}}));
 }
 
-/// MNT_DETACH is `umount -l`. A card that is still mounted after a failure is in use, or has more files than
-/// room.
+/// MNT_DETACH is `umount -l`. If the card is still mounted after a failure, it is in use, or
+/// its files exceed its capacity.
 int unmount_on_board(const char *target, int flags) noexcept {
   record_event("umount: %s", target != nullptr ? target : "(none)");
   if (!is(target, card_partition) && !is(target, card_mount_point))

@@ -1,6 +1,6 @@
-// The calls that make files and directories with names of their own choice, which they put into the caller's
-// pattern: what is made below /tmp is made on the board. The files without a name of tmpfile() too, which the
-// C library makes without a call that could be interposed.
+// The calls that choose names of files and directories, which they write to the caller's pattern: those
+// below /tmp are created on the board. So are the unnamed files of tmpfile(), which the C library
+// creates without an interposed call.
 
 #include "preload/next.hpp"
 #include "preload/path_map.hpp"
@@ -16,7 +16,7 @@ namespace {
 
 constexpr size_t chosen_characters = 6;
 
-/// Lets `make` work on a pattern of the board's directory, and puts what it has chosen into the caller's.
+/// Call `make` with a pattern in the board's directory, and copy the chosen name to the caller's.
 template <typename Make> auto make_by_pattern(char *pattern, int suffix_length, Make make) noexcept {
   const board_path mapped{pattern};
   if (mapped.kind() == file_kind::none)

@@ -1,4 +1,4 @@
-// The calls that ask and set a terminal. The C library does not make them by way of ioctl().
+// The calls that query and configure a terminal. The C library does not implement them by ioctl().
 
 #include "preload/device.hpp"
 #include "preload/next.hpp"
@@ -37,7 +37,7 @@ SIM_DEFINE(int, tcflush, (int descriptor, int which)) {
   return which == TCOFLUSH ? 0 : discard_input(descriptor);
 }
 
-// What is sent is gone at once: there is nothing to await, to hold back or to break off.
+// Output is sent immediately: there is nothing to wait for, to suspend or to flush.
 
 SIM_DEFINE(int, tcdrain, (int descriptor)) {
   return is_serial_port(descriptor) ? 0 : SIM_NEXT(tcdrain)(descriptor);

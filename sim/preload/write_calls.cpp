@@ -1,5 +1,5 @@
-// The calls that change what an open file holds, for the files that the kernel serves in a manner of its own:
-// an attribute holds what the last write brought, a device has an end.
+// The calls that write to open files, for files with the kernel's behaviour: an attribute holds the last
+// write, a device has a fixed size.
 
 #include "board/board_files.hpp"
 #include "preload/device.hpp"
@@ -18,7 +18,7 @@
 namespace dravik::sim {
 namespace {
 
-constexpr size_t attribute_limit = 4096; ///< the kernel takes no more at once
+constexpr size_t attribute_limit = 4096; ///< the kernel's limit per call
 
 bool has_own_manner(file_kind kind) noexcept {
   return kind == file_kind::attribute || kind == file_kind::device;
@@ -27,13 +27,13 @@ bool has_own_manner(file_kind kind) noexcept {
 ssize_t write_in_manner(file_kind kind, int descriptor, const void *data, size_t size,
                         off64_t offset) noexcept;
 
-/// The device, if that is what takes the bytes itself, without a place for them.
+/// Return the device if it has a write function, which ignores positions.
 const device *taker_of(const char *name) noexcept {
   const device *taker = device_named(name);
   return taker != nullptr && taker->write != nullptr ? taker : nullptr;
 }
 
-/// A write at the descriptor's position, which moves on.
+/// Write at the descriptor's position, and advance it.
 ssize_t write_on(file_kind kind, int descriptor, const void *data, size_t size) noexcept {
   const descriptor_name name{descriptor};
   if (const int fault = injected_fault("write", name))
@@ -63,8 +63,7 @@ ssize_t send_to_terminal(int descriptor, const void *data, size_t size) noexcept
   return as_told(send_at_pace(descriptor, static_cast<const char *>(data), size, write_plainly));
 }
 
-/// Takes the pieces as one, and not more of them than an
-/// attribute takes: the caller goes on with what is left.
+/// Write the pieces as one, limited to the size of an attribute: the caller continues with the rest.
 ssize_t write_pieces(file_kind kind, int descriptor, std::span<const iovec> pieces) noexcept {
   char joined[attribute_limit];
   size_t length = 0;

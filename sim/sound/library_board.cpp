@@ -1,4 +1,4 @@
-// The board of a library that is loaded beside the preload library: that one knows.
+// The board of a library that is loaded next to the preload library.
 
 #include "board/chosen_board.hpp"
 #include "board/use_board.h"

@@ -16,7 +16,7 @@ namespace {
 constexpr unsigned shortest_period_bytes = 256;
 constexpr unsigned most_periods = 1024;
 
-/// One open card: what ALSA knows of it, and the card.
+/// An open stream: ALSA's part and the sound card.
 struct open_card {
   snd_pcm_ioplug_t plug = {};
   sound_card device;
@@ -87,7 +87,7 @@ constexpr snd_pcm_ioplug_callback_t make_callbacks() noexcept {
 }
 constexpr snd_pcm_ioplug_callback_t callbacks = make_callbacks();
 
-/// Sizes are in bytes, as in the memory of a card: a buffer of one channel lasts twice as long.
+/// Sizes are in bytes, as in the memory of a sound card: a mono buffer lasts twice as long.
 int limit_parameters(snd_pcm_ioplug_t *plug, const sound_settings &settings) noexcept {
   static constexpr unsigned access[] = {SND_PCM_ACCESS_RW_INTERLEAVED};
   static constexpr unsigned formats[] = {SND_PCM_FORMAT_S16_LE};
@@ -156,7 +156,7 @@ int open_playback(snd_pcm_t **pcm, const char *name, snd_pcm_stream_t stream, in
 
 extern "C" {
 
-// By these two names ALSA finds it.
+// ALSA looks up these two names.
 [[gnu::visibility("default")]] int _snd_pcm_dravik_open(snd_pcm_t **pcm, const char *name, snd_config_t *,
                                                         snd_config_t *, snd_pcm_stream_t stream, int mode);
 // NOLINTNEXTLINE(bugprone-reserved-identifier)

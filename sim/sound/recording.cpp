@@ -17,7 +17,7 @@ namespace {
 constexpr const char *file_name = "sound/played.wav";
 constexpr int64_t second_ns = 1'000'000'000;
 
-/// The layout of the file, in the byte order of every machine that the simulator runs on.
+/// Layout of the file, in the byte order of the host.
 struct wav_header {
   char riff[4] = {'R', 'I', 'F', 'F'};
   uint32_t following_bytes;
@@ -45,7 +45,7 @@ off_t place_of(uint64_t frame) noexcept {
   return static_cast<off_t>(sizeof(wav_header) + frame * 4);
 }
 
-/// What does not fit into the header's fields is in the file all the same.
+/// The file may exceed the fields of the header.
 uint32_t capped(uint64_t bytes) noexcept {
   return static_cast<uint32_t>(std::min<uint64_t>(bytes, UINT32_MAX));
 }

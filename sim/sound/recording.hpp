@@ -1,4 +1,4 @@
-// The recording of a board's sound: sound/played.wav, 48 kHz, 16 bits, two channels.
+// Recording of a board's sound: sound/played.wav, 48 kHz, 16 bits, stereo.
 #pragma once
 
 #include "base/unique_fd.hpp"
@@ -11,25 +11,25 @@ namespace dravik::sim {
 
 constexpr uint32_t recorded_rate_hz = 48000;
 
-/// Frames of one or two samples, so many a second.
+/// Channels per frame and frames per second.
 struct sound_format {
   uint32_t rate_hz = recorded_rate_hz;
   uint32_t channels = 2;
 };
 
-/// Each one goes on at the end of the file. The file is whole after each addition.
+/// Appends to the file, which is valid after each addition.
 class recording {
 public:
-  /// Takes the file for this one alone; gives 0 or a negative error number.
+  /// Lock the file. Return 0 or a negative error number.
   int open() noexcept;
 
   void set_format(const sound_format &format) noexcept { format_ = format; }
 
-  /// Adds whole frames, each sample as loud as `gain` says. A single channel comes to both sides. At another
-  /// rate each frame is held for as long as it lasts.
+  /// Add complete frames, each sample multiplied by `gain`. Mono is recorded on both sides. At
+  /// another rate each frame is repeated.
   void add(std::span<const int16_t> samples, double gain) noexcept;
 
-  /// Adds silence up to a time, in nanoseconds from the recording's begin.
+  /// Add silence up to a time, in nanoseconds from the start of the recording.
   void add_silence_until(int64_t time_ns) noexcept;
 
 private:

@@ -1,4 +1,4 @@
-// The card behind the plugin: a buffer that is heard at the pace of a clock.
+// The sound card: a buffer that is played in real time.
 
 #include "sound/sound_card.hpp"
 #include "board/board_files.hpp"
@@ -58,7 +58,7 @@ int sound_card::configure(const sound_format &format, uint64_t period_frames,
     return fault;
   const uint64_t samples = buffer_frames * format.channels;
   if (samples == 0 || samples > longest_buffer_samples || period_frames == 0 || format.rate_hz == 0)
-    return -EINVAL; // ALSA can settle on nothing, where an application leaves rate and channels open
+    return -EINVAL; // ALSA finds no configuration if an application leaves rate and channels open
   format_ = format;
   period_frames_ = period_frames;
   buffer_frames_ = buffer_frames;
@@ -81,12 +81,12 @@ void sound_card::start() noexcept {
   if (settings_.records_speaker && records_gaps())
     recording_.add_silence_until(start_ns_ - timeline_begin_ns());
   const int64_t rate = format_.rate_hz;
-  // Rounded up, so that the period is over whenever the timer says so.
+  // Rounded up, so that the period is over when the timer expires.
   const int64_t period_ns = (static_cast<int64_t>(period_frames_) * second_ns + rate - 1) / rate;
   if (settings_.keeps_time)
     set_timer(start_ns_ + period_ns, period_ns);
   else
-    set_timer(1, 0); // a moment that is over: there is always room
+    set_timer(1, 0); // already expired: there is always space
 }
 
 void sound_card::stop() noexcept {
@@ -122,7 +122,7 @@ int64_t sound_card::position(bool draining) noexcept {
   return static_cast<int64_t>(heard_);
 }
 
-/// The timer goes on, so that whoever waits for room learns of it.
+/// The timer continues, to wake up those who wait for space.
 void sound_card::end_by_underrun() noexcept {
   heard_ = taken_;
   running_ = false;
@@ -130,7 +130,7 @@ void sound_card::end_by_underrun() noexcept {
   record_event("sound: underrun");
 }
 
-/// How many frames the clock wants to have heard.
+/// Return the number of frames due by the clock.
 uint64_t sound_card::due_frames() const noexcept {
   if (!settings_.keeps_time)
     return taken_;

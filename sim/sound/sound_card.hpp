@@ -1,7 +1,7 @@
-// The card behind the plugin: a buffer that is heard at the pace of a clock.
+// The sound card: a buffer that is played in real time.
 //
-// Frames are counted from the last prepare on: those `taken_` from the application, those `heard_` of them,
-// those `kept_` in the recording. Results are as in the kernel: a count, or a negative error number.
+// Frames are counted from the last prepare on: `taken_` from the application, `heard_` played, `kept_`
+// recorded. Results are counts or negative error numbers, as in the kernel.
 #pragma once
 
 #include "base/unique_fd.hpp"
@@ -19,26 +19,26 @@ constexpr size_t longest_buffer_samples = 32768;
 class sound_card {
 public:
   int open() noexcept;
-  /// Tells what was heard and what was dropped.
+  /// Record the numbers of played and dropped frames.
   void close() noexcept;
 
   const sound_settings &settings() const noexcept { return settings_; }
-  /// Becomes readable at the end of each period.
+  /// Readable at the end of each period.
   int period_timer() const noexcept { return timer_.get(); }
-  /// Makes it wait for the next period.
+  /// Reset it until the next period.
   void read_period_timer() const noexcept;
 
   int configure(const sound_format &format, uint64_t period_frames, uint64_t buffer_frames) noexcept;
   int prepare() noexcept;
   void start() noexcept;
-  /// Drops what has not been heard yet.
+  /// Drop the frames that were not played yet.
   void stop() noexcept;
 
-  /// Takes frames into the buffer. There is room for them: the application keeps to position().
+  /// Add frames to the buffer. They must fit: the application keeps to position().
   int64_t take(const int16_t *samples, size_t frames) noexcept;
 
-  /// How many frames have been heard; -EPIPE after an underrun. While the
-  /// card is `draining`, it may run out of frames.
+  /// Return the number of frames played, -EPIPE after an underrun. While
+  /// `draining`, the buffer may run empty.
   int64_t position(bool draining) noexcept;
 
 private:
@@ -56,7 +56,7 @@ private:
   uint64_t period_frames_ = 0;
   uint64_t buffer_frames_ = 0; ///< 0 until the card is configured
   bool running_ = false;
-  bool starved_ = false; ///< by order
+  bool starved_ = false; ///< injected
   int64_t start_ns_ = 0;
   uint64_t taken_ = 0;
   uint64_t heard_ = 0;

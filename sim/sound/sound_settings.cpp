@@ -1,4 +1,4 @@
-// What a board's settings and ordered faults make of its sound card.
+// Settings and injected faults of the sound card.
 
 #include "sound/sound_settings.hpp"
 #include "board/board_files.hpp"

@@ -249,7 +249,7 @@ TEST_F(Boundary, HoldsForAnOrdinaryUser) {
 TEST_F(Boundary, ExplainsEachPart) {
   const std::string text = explanation({"--writable", at("named")});
   for (const char *part :
-       {"capabilities", "privileges", "system calls", "local sockets", "tracing", "signals", "not kept in"})
+       {"capabilities", "privileges", "system calls", "local sockets", "tracing", "signals", "unconfined"})
     EXPECT_THAT("\n" + text, HasSubstr("\n" + std::string{part} + " "));
   if (!has_landlock())
     return;

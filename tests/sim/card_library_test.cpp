@@ -25,7 +25,7 @@ protected:
     return status & ~0x40;
   }
   void expect_restart(int32_t (*repair)()) const {
-    EXPECT_EXIT(repair(), ExitedWithCode(75), "reboot: the board restarts");
+    EXPECT_EXIT(repair(), ExitedWithCode(75), "reboot: board reboots");
   }
   static constexpr int healthy = 0xBC;
   static constexpr uint32_t sectors = 600 * 2048;

@@ -83,7 +83,7 @@ TEST_F(SimCard, ActionsFollowNoLinksOutOfTheBoard) {
 TEST_F(SimCard, OnlyOneCardABoard) {
   std::string error;
   EXPECT_FALSE(sim::make_card(board_.path(), 64, error));
-  EXPECT_THAT(error, HasSubstr("has a card already"));
+  EXPECT_THAT(error, HasSubstr("already has a memory card"));
 }
 
 // --- out and in ---

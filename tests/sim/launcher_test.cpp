@@ -192,7 +192,7 @@ TEST_F(SimLauncher, NewRefusesGeometriesThatMakeNoSense) {
 
 TEST_F(SimLauncher, NewKeepsWhatIsThere) {
   EXPECT_EQ(launch({"new", at("desk")}).exit_status(), 0);
-  expect_error(launch({"new", at("desk")}), 1, at("desk") + ": exists already and is not empty");
+  expect_error(launch({"new", at("desk")}), 1, at("desk") + ": exists and is not empty");
   std::filesystem::create_directory(at("empty"));
   EXPECT_EQ(launch({"new", at("empty")}).exit_status(), 0);
 }
@@ -394,7 +394,7 @@ TEST_F(SimLauncher, NewMakesCardsOfOtherSizesOrNone) {
   EXPECT_EQ(launch({"new", at("none"), "--card", "0"}).exit_status(), 0);
   EXPECT_FALSE(std::filesystem::exists(at("none/dev/mmcblk0")));
   EXPECT_EQ(launch({"card", at("none")}).output, "none\n");
-  expect_error(launch({"card", at("none"), "in"}), 1, "card: " + at("none") + ": has no card");
+  expect_error(launch({"card", at("none"), "in"}), 1, "card: " + at("none") + ": has no memory card");
   for (const char *size : {"63", "131073"})
     expect_error(launch({"new", at("b"), "--card", size}), 1,
                  "new: invalid card size; must be 64 to 131072 MiB");

@@ -43,7 +43,7 @@ TEST_P(SimShellRefuses, WithStatus127AnEventAndAMessage) {
   EXPECT_EQ(run(GetParam()), 127);
   EXPECT_THAT(board_.events(), ElementsAre(std::string{"shell: "} + GetParam() + " refused"));
   EXPECT_EQ(said.take(),
-            std::string{"dravik-sim: no command of the board, and not run: "} + GetParam() + "\n");
+            std::string{"dravik-sim: "} + GetParam() + ": not a command of the board; rejected\n");
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -252,7 +252,7 @@ class SimRestart : public SimShell, public testing::WithParamInterface<const cha
 
 TEST_P(SimRestart, EndsTheApplicationWithStatus75AndANotice) {
   EXPECT_EXIT(std::system(GetParam()), ExitedWithCode(75),
-              "^dravik-sim: .*reboot: the board restarts, the application ends with status 75\n$");
+              "^dravik-sim: .*reboot: board reboots; application terminated with exit status 75\n$");
   EXPECT_THAT(board_.events(), ElementsAre(std::string{"shell: "} + GetParam()));
 }
 
@@ -260,8 +260,8 @@ INSTANTIATE_TEST_SUITE_P(Commands, SimRestart,
                          testing::Values("/sbin/reboot", "reboot", "/sbin/reboot -f &"));
 
 TEST_F(SimShell, RestartByTheCallIsTheSame) {
-  EXPECT_EXIT(::reboot(RB_AUTOBOOT), ExitedWithCode(75), "the board restarts");
-  EXPECT_EXIT(::reboot(RB_POWER_OFF), ExitedWithCode(75), "the board restarts");
+  EXPECT_EXIT(::reboot(RB_AUTOBOOT), ExitedWithCode(75), "board reboots");
+  EXPECT_EXIT(::reboot(RB_POWER_OFF), ExitedWithCode(75), "board reboots");
   EXPECT_THAT(board_.events(), ElementsAre("reboot: 0x1234567", "reboot: 0x4321fedc"));
 }
 
