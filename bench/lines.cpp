@@ -137,9 +137,20 @@ void add_triangles() {
       .floor([](const known &k) { store_at(k.offsets); });
 }
 
+void add_pixels() {
+  using known = known_pixels<box>;
+  const auto put_pixel = [](const box &b) {
+    fb_put_pixel(static_cast<uint32_t>(b.x), static_cast<uint32_t>(b.y), ink);
+  };
+  row<known>("pixel", {0, 2.00}, with_pixels(spread_boxes(1, 1, 24), put_pixel))
+      .library([put_pixel](const known &k) { put_pixel(k.item); })
+      .floor([](const known &k) { store_at(k.offsets); });
+}
+
 } // namespace
 
 void add_lines() {
+  add_pixels();
   add_segments("line of 12 pixels", {0.35, 1.70}, fan(11, 0.1, 24));
   add_triangles();
   add_segments("line of 200 pixels, any angle", {0.45, 1.60}, fan(199, 0.1, 24));
