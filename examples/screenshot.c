@@ -1,4 +1,4 @@
-/* A screenshot on the memory card: what the screen shows, as a BMP file.
+/* A screenshot on the memory card: the contents of the screen as a BMP file.
  *
  * Build:  cc -std=c99 screenshot.c -o screenshot -ldravik
  * Run:    ./screenshot on the device, or on a simulated board:

@@ -1,7 +1,7 @@
-/* A WAV file, played by the engine while the program goes on.
+/* A WAV file, played by the engine while the program continues.
  *
  * Build:  cc -std=c99 sound.c -o sound -ldravik
- * File:   sox INPUT -r 48000 -b 16 -c 1 FILE.wav pad 0 0.4 (the engine converts nothing and cuts off the end)
+ * File:   sox INPUT -r 48000 -b 16 -c 1 FILE.wav pad 0 0.4 (the engine converts nothing and drops the end)
  * Run:    ./sound FILE.wav on the device, or on a simulated board:
  *         dravik-sim new board
  *         dravik-sim run board -- ./sound FILE.wav && aplay board/sound/played.wav */

@@ -391,8 +391,8 @@ DRAVIK_API void fb_clear_region_gradient(int32_t x0, int32_t y0, int32_t x1, int
 
 /**
  * @defgroup placement Placement
- * Alignment codes: what the position of an image or a text refers to. Each function documents the codes
- * that it accepts; other values mean ::DRAVIK_TOP_LEFT.
+ * Alignment codes: which point of an image or a text its position refers to. Each function documents the
+ * codes that it accepts; other values mean ::DRAVIK_TOP_LEFT.
  * @{
  */
 
@@ -584,8 +584,8 @@ extern DRAVIK_API uint32_t jpeginfo[JPEGINFO_WORDS];
  * with the sizes are written to standard error.
  *
  * Channels are truncated to RGB565; 0x0000, 0x0001, 0x0800 and 0x0801 are drawn as ::DRAVIK_BLACK. A CMYK
- * image is drawn with its first three channels as red, green and blue. Of a truncated file, what libjpeg
- * decodes is drawn. The row buffer requested from libjpeg is one byte longer than a row.
+ * image is drawn with its first three channels as red, green and blue. Of a truncated file, the rows that
+ * libjpeg decodes are drawn. The row buffer requested from libjpeg is one byte longer than a row.
  * @param x,y    position in pixels; see `align`
  * @param name   file name in the directory; used during the call only
  * @param align  a ::dravik_align, ::DRAVIK_TOP_LEFT to ::DRAVIK_CENTRE
@@ -798,11 +798,14 @@ DRAVIK_API int fb_printf(uint32_t x, uint32_t y, uint32_t fg, uint32_t bg, int32
 /** Maximum font size in points. */
 #define DRAVIK_LARGEST_FONT 96
 
+/** Number of entries of ::ttf_font_file. */
+#define DRAVIK_FONT_FILES 2
+
 /**
  * Font files: "/usr/local/dravik/font/arial.ttf" and "/usr/local/dravik/font/DroidSansFallback.ttf".
  * Applications may set other names and own them.
  */
-extern DRAVIK_API const char *ttf_font_file[2];
+extern DRAVIK_API const char *ttf_font_file[DRAVIK_FONT_FILES];
 /** Last string drawn: up to 128 UTF-16 little-endian units, followed by a 0 unit if it is shorter. */
 extern DRAVIK_API uint8_t unicode[DRAVIK_TEXT_UNITS * 2];
 /** Number of units of the last string drawn. */
@@ -1106,8 +1109,8 @@ DRAVIK_API int log_printf(const char *format, ...) DRAVIK_NOEXCEPT DRAVIK_PRINTF
  * Text output to the first serial port, "/dev/ttyS0" at 115200 baud. Messages are queued in a ring buffer of
  * 4096 bytes, which a thread of the library sends every millisecond, so callers do not wait for the port.
  *
- * The port is not blocking: what it does not accept in one write is lost. A line at 115200 baud carries about
- * 11 bytes per millisecond, and a Linux driver buffers 4096 bytes, so longer bursts lose text.
+ * The port is not blocking: text that it does not accept in one write is lost. A line at 115200 baud
+ * carries about 11 bytes per millisecond, and a Linux driver buffers 4096 bytes, so longer bursts lose text.
  * @{
  */
 
@@ -1129,7 +1132,7 @@ extern DRAVIK_API char console_msg[DRAVIK_CONSOLE_MESSAGE_SIZE];
 extern DRAVIK_API int32_t console_msg_len;
 /** File descriptor of the port; -1 before console_init() and after console_exit(). */
 extern DRAVIK_API int32_t console_write_fd;
-/** 1 once the sending thread is told to finish, else 0. */
+/** 1 if the sending thread is to finish, else 0. */
 extern DRAVIK_API int32_t __console_io_canceled_write; /* NOLINT(bugprone-reserved-identifier) */
 
 /**

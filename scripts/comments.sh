@@ -2,7 +2,7 @@
 
 manual=$root/build/manual
 
-# undocumented: the values of enums that have no description, which Doxygen accepts.
+# undocumented: reports values of enums without a description, which Doxygen accepts.
 undocumented() {
   awk '
     /<enumvalue / { name = ""; described = 0 }
@@ -11,7 +11,7 @@ undocumented() {
     /<\/enumvalue>/ && !described { print "error: " name " is not documented" }' "$manual"/xml/*.xml
 }
 
-# exported: the names that the library exports.
+# exported: prints the exported names.
 exported() {
   sed -n '/global:/,/local:/{s,/\*.*\*/,,;s/global:\|local:.*//;p}' src/exports.map | grep -oE '[A-Za-z_0-9]+'
 }
@@ -30,8 +30,8 @@ manual() {
   echo "checked: $(exported | wc -l) exported names"
 }
 
-# comment_layout FILE...: names the comments whose last line is one word that the line above made lonely, and the lines
-# after a @param, @return or @note that do not follow their indentation.
+# comment_layout FILE...: reports comments that end in a line of one word, and continuation lines of @param and @return
+# that are not indented.
 comment_layout() {
   awk '
     function report(line, text) { print FILENAME ":" line ": error: " text; bad = 1 }

@@ -5,20 +5,20 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 script=scripts/${0##*/}
 jobs=$(nproc)
 
-# fail MESSAGE: ends the script with one line on standard error.
+# fail MESSAGE: prints one line on standard error and ends the script.
 fail() {
   echo "$script: $*" >&2
   exit 1
 }
 
-# need_build_directory NAME: makes build/, and fails while another run of that name works in this checkout.
+# need_build_directory NAME: creates build/. Fails while another run of that name is active in this checkout.
 need_build_directory() {
   mkdir -p "$root/build" 2>/dev/null && [ -w "$root/build" ] || fail "build/: not writable; was it made by another user?"
   exec 9>"$root/build/.$1.lock"
   flock -n 9 || fail "another run is in progress in this checkout"
 }
 
-# missing_packages NAME...: the Debian packages among these that are not installed, each after a space.
+# missing_packages NAME...: prints the Debian packages that are not installed, each after a space.
 missing_packages() {
   present=$(dpkg-query -W -f '/${Package}/${db:Status-Status}/' "$@" 2>/dev/null || true)
   for package in "$@"; do
@@ -29,7 +29,7 @@ missing_packages() {
   done
 }
 
-# need_packages NAME...: installs the missing ones, one run at a time on this machine; the log is build/packages.log.
+# need_packages NAME...: installs missing packages, one run at a time on this machine; the log is build/packages.log.
 need_packages() {
   missing=$(missing_packages "$@")
   [ -n "$missing" ] || return 0
@@ -50,11 +50,11 @@ need_packages() {
 # minutes SECONDS: as 4:05.
 minutes() { printf '%d:%02d' $(($1 / 60)) $(($1 % 60)); }
 
-# show_progress LOG: the log's last line, over and over: each second in one place of a terminal, else every ten seconds
-# when it is a new one. Ends at SIGTERM, by itself: the shell that waits for it reports no "Terminated".
+# show_progress LOG: prints the log's last line repeatedly: every second on one line of a terminal, else every 30
+# seconds if it changed. Ends at SIGTERM by itself: the waiting shell reports no "Terminated".
 show_progress() {
   trap 'exit 0' TERM
-  pause=10
+  pause=30
   [ -t 1 ] && pause=1
   elapsed=0
   shown=
@@ -74,7 +74,7 @@ pause_for() {
   wait $!
 }
 
-# logged LOG COMMAND...: runs a command with its output in a log and its progress on the terminal. Returns its status.
+# logged LOG COMMAND...: runs a command with its output in a log; shows its progress. Returns its exit status.
 logged() {
   output=$1
   shift
@@ -90,18 +90,18 @@ logged() {
   return $result
 }
 
-# errors_of LOG: the errors of compilers and checkers with the lines behind them, or else the log's end.
+# errors_of LOG: prints the errors of compilers and checkers with the lines after them, or the end of the log.
 errors_of() {
   grep -E -A 6 '(error|Error|undefined reference|multiple definition|\*\*\*)' "$1" | grep -v 'warnings\{0,1\} generated' ||
     tail -n 40 "$1"
 }
 
-# debian_mirror: the address of the archive that this machine installs from.
+# debian_mirror: prints the address of this machine's package archive.
 debian_mirror() {
   apt-get indextargets --format '$(SITE)' 2>/dev/null | grep -v security | head -n 1
 }
 
-# apt_network_settings: this machine's proxies and the like, for another apt.conf.
+# apt_network_settings: prints this machine's network settings of apt, for another apt.conf.
 apt_network_settings() {
   apt-config dump | grep -E '^Acquire::(http|https|Retries)(::[^ ]*)? "[^"]' || true
 }

@@ -15,7 +15,7 @@ begin_report() {
   began=$(date +%s)
 }
 
-# timed NAME COMMAND...: runs a command with its output in the log $log. Returns its status.
+# timed NAME COMMAND...: runs a command with its output in the log $log. Returns its exit status.
 timed() {
   name=$1
   log=$logs/$(echo "$name" | tr ' ' -).log
@@ -29,15 +29,15 @@ timed() {
   return $status
 }
 
-# done_with RESULT: the line for what timed() has run.
+# done_with RESULT: prints the line of the last command of timed().
 done_with() { printf '%-16s %6s  %s\n' "$name" "$(minutes $seconds)" "$1"; }
 
-# record_failure TITLE: standard input is what to show of it at the end.
+# record_failure TITLE: saves standard input for the report of failures.
 record_failure() {
   { echo "--- $1" && head -n 60 | sed 's/^/  /' && echo; } >>"$logs/failures"
 }
 
-# check NAME COMMAND...: a check that counts as one test. Fails as the command does.
+# check NAME COMMAND...: runs a check, which is counted as one test. Fails if the command fails.
 check() {
   if timed "$@"; then
     passed=$((passed + 1))
@@ -57,12 +57,12 @@ skip() {
   echo "$1: $2" >>"$logs/skipped"
 }
 
-# listed LOG HEADING: a list of ctest's summary, as lines of "name (status)".
+# listed LOG HEADING: prints a list of ctest's summary as lines of "name (status)".
 listed() {
   sed -n "/^$2:/,/^\$/s/^[[:space:]]*[0-9]* - \(.* ([A-Za-z ]*)\).*\$/\1/p" "$1"
 }
 
-# output_of TEST RECORD: what a test printed, by ctest's record of the run.
+# output_of TEST RECORD: prints the output of a test from ctest's record of the run.
 output_of() {
   awk -v test="$1" '
     /^[0-9]+\/[0-9]+ Testing: / { inside = (substr($0, index($0, ": ") + 2) == test); text = 0; next }
@@ -97,7 +97,7 @@ record_tests() {
   done <"$logs/left-out"
 }
 
-# end_report: the summary; fails unless something passed and nothing failed.
+# end_report: prints the summary. Fails if a check failed, or if none ran.
 end_report() {
   printf '%-16s %6s\n' total "$(minutes $(($(date +%s) - began)))" >>"$logs/times"
   printf '\nTime\n' && sed 's/^/  /' "$logs/times"

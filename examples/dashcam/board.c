@@ -33,7 +33,7 @@ void board_close(void) {
     gpio_exit();
 }
 
-/* The sensor at work feels the Earth: three zeros are no reading. */
+/* A working sensor measures gravity: three zeros are not a reading. */
 int board_look_at_movement(void) {
   const struct board before = now;
   if (!now.has_sensor)
@@ -115,7 +115,7 @@ int board_look_around(void) {
 
 /* ------------------------------------------------------------------------------------------------ keys */
 
-/* Whether a line has come up since the last call. */
+/* Return whether a line has risen since the last call. */
 static int has_risen(uint32_t line, int *was_up) {
   const int is_up = gpio_get(line) == 1, has = is_up && !*was_up;
   if (*was_up && !is_up)

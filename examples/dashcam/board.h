@@ -1,11 +1,11 @@
-/* The board: what its devices tell, and the lights that show the camera's state. */
+/* The board: readings of its devices, and the lights that show the camera's state. */
 #ifndef BOARD_H
 #define BOARD_H
 
 #include <stdint.h>
 
-/* The GPIO lines that the demonstration gives a meaning; those of the card's lock and of the LED are the
- * library's. All are active high. */
+/* GPIO lines of the demonstration, all active high. dravik.h contains those of the write-protect switch and
+ * of the LED. */
 enum { LINE_PARKED = 60, LINE_NEXT = 61, LINE_OK = 62 };
 
 /* The bits of the card's status byte. */
@@ -36,19 +36,19 @@ struct board {
   struct card card;
 };
 
-/* As it was at the last look. */
+/* The state at the last board_look(). */
 const struct board *board(void);
 
 void board_open(void);
 void board_close(void);
 
-/* Look at what moves, many times a second, and at the rest, twice a second. Give 1 when something changed. */
+/* Read what changes fast at each call, and the rest twice per second. Return 1 if something changed. */
 int board_look_at_movement(void);
 int board_look_around(void);
 
 enum key { KEY_NONE, KEY_NEXT, KEY_OK };
 
-/* The key that was pressed since the last call. */
+/* Return the key that was pressed since the last call. */
 enum key board_key(void);
 
 #endif

@@ -95,7 +95,7 @@ int camera_follow(void) {
   return 1;
 }
 
-/* How far the movement is from the Earth's pull alone, along the axis where it is farthest. */
+/* Return the deviation from gravity alone, on the axis where it is largest. */
 static int jolt_mg(const struct board *board) {
   const int x = abs(board->x_mg), y = abs(board->y_mg), z = abs(board->z_mg - 1000);
   return x > y ? (x > z ? x : z) : (y > z ? y : z);

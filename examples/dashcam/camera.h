@@ -1,4 +1,4 @@
-/* The state of the camera, which follows from the board's, and the LED and the backlight that show it. */
+/* The state of the camera, which depends on the board's, and the LED and backlight that show it. */
 #ifndef CAMERA_H
 #define CAMERA_H
 
@@ -12,23 +12,23 @@ enum camera_state {
 
 enum camera_state camera_state(void);
 
-/* Whether a recording is under way: on the road, and on guard while parked. */
+/* Return whether a recording is in progress: while driving, and on guard while parked. */
 int camera_is_recording(void);
 
-/* Take the state from the board as it was at the last look, without a word. */
+/* Set the state from the last reading of the board, without a message. */
 void camera_set_state(void);
 
-/* The lights on; they follow the state until camera_lights_off(). */
+/* Switch the lights on; they follow the state until camera_lights_off(). */
 void camera_lights_on(void);
 void camera_lights_off(void);
 
-/* Follows the board: a new state is told, shown and spoken. Gives 1 when it is another. */
+/* Follow the board: log, show and announce a new state. Return 1 if the state changed. */
 int camera_follow(void);
 
-/* Notices an impact in the board's movement, once until it rests again. */
+/* Detect an impact in the acceleration, once until it is at rest again. */
 void camera_feel(void);
 
-/* The LED blinks while the camera records. */
+/* Blink the LED while the camera records. */
 void camera_blink(int is_lit);
 
 #endif

@@ -8,7 +8,7 @@
 
 enum { ART_ICONS, ART_DIGITS, ART_ARCHIVES };
 
-/* What there is in two sizes: index 0 for a small panel, 1 for 640 by 480 and more. */
+/* Files in two sizes: index 0 for a small panel, 1 for 640 by 480 and more. */
 static const char *const art_files[2][ART_ARCHIVES] = {
     {FILES "/art/icons_320.q7", FILES "/art/digits_320.q7"},
     {FILES "/art/icons_640.q7", FILES "/art/digits_640.q7"},
@@ -39,7 +39,7 @@ int units(int pixels_) {
   return canvas_is_small() ? pixels_ * 2 : pixels_;
 }
 
-/* A thickness or radius that does not vanish on a small panel. */
+/* Return a thickness or radius that is at least one pixel on a small panel. */
 static int at_least_one(int pixels_) {
   return pixels_ > 0 ? pixels_ : 1;
 }
@@ -96,7 +96,7 @@ void outline(int x, int y, int width, int height, uint16_t colour) {
   fb_put_rect(pixels(x), pixels(y), pixels(x + width) - 1, pixels(y + height) - 1, colour);
 }
 
-/* Lines are one pixel wide: a thick one is several side by side, across its steeper direction. */
+/* Lines are one pixel wide: a thick one consists of several side by side. */
 void line(int x0, int y0, int x1, int y1, uint16_t colour, int thickness) {
   const int across = x1 - x0, down = y1 - y0;
   const int is_flat = across * across > down * down;
@@ -157,7 +157,7 @@ static const struct {
   enum digits_image first; /* 0 to 9, then the colon and the point */
 } digit_sizes[] = {{24, DIGITS_SMALL_0}, {36, DIGITS_MEDIUM_0}, {66, DIGITS_LARGE_0}};
 
-/* The place of a figure among the images of its size; -1 for a space. */
+/* Return the position of a figure among the images of its size; -1 for a space. */
 static int digit_place(char figure) {
   const char *place = strchr("0123456789:.", figure);
   return place == NULL ? -1 : (int)(place - "0123456789:.");

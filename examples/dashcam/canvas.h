@@ -1,7 +1,7 @@
-/* Drawing in the units of a screen 640 by 480: what every screen of the dash-camera is drawn with.
+/* Drawing in the units of a screen of 640 by 480: used by every screen of the dash camera.
  *
  * A unit is one pixel on a panel of 640 by 480 or more, and half a pixel on a smaller one. A panel of other
- * proportions gives a wider or a higher canvas. Text, icons and digits stand around their middle line. */
+ * proportions has a wider or a higher canvas. The y of text, icons and digits is their middle line. */
 #ifndef CANVAS_H
 #define CANVAS_H
 
@@ -38,7 +38,7 @@ enum picture {
 };
 enum align { LEFT, CENTRE, RIGHT };
 
-/* Load fonts, artwork and pictures for the panel's size. Gives 0, or -1 when something is missing. */
+/* Load fonts, artwork and images for the panel's size. Return 0, or -1 if something is missing. */
 int canvas_open(void);
 void canvas_close(void);
 
@@ -46,11 +46,11 @@ int canvas_width(void);
 int canvas_height(void);
 int canvas_is_small(void);
 
-/* From units to the panel's pixels and back. */
+/* Convert units to pixels of the panel and back. */
 int pixels(int units_);
 int units(int pixels_);
 
-/* The left edge of something so wide that is aligned to x. */
+/* Return the left edge of an object of this width that is aligned to x. */
 int left_edge(int x, int width, enum align align);
 
 void fill(int x, int y, int width, int height, uint16_t colour);
@@ -61,24 +61,24 @@ void ring(int x, int y, int radius, uint16_t colour);
 void disc(int x, int y, int radius, uint16_t colour);
 void arrow(int x0, int y0, int x1, int y1, int x2, int y2, uint16_t colour);
 
-/* The dark shading from the given line down to the bottom of the screen. */
+/* Draw the dark gradient from a line down to the bottom of the screen. */
 void backdrop(int top);
 
 void text(int x, int middle, enum font font, uint16_t colour, enum align align, const char *format, ...)
     DRAVIK_PRINTF(6, 7);
 
-/* One of the images that icons.h names, around its middle. */
+/* Draw an image of icons.h around its middle line. */
 void icon(int x, int middle, enum icons_image art, uint16_t colour, uint16_t background);
 
-/* Smooth figures: '0' to '9', ':', '.' and ' '. Each figure is two thirds as wide as high. */
+/* Draw anti-aliased figures: '0' to '9', ':', '.' and ' '. Each figure is two thirds as wide as high. */
 void digits(int x, int middle, enum digit_size size, const char *figures, uint16_t background,
             enum align align);
 int digits_width(enum digit_size size, const char *figures);
 
-/* A JPEG file of the gallery, with its top-left corner at the given place. */
+/* Draw a JPEG file of the gallery; the position is its top-left corner. */
 void photograph(int x, int y, const char *name);
 
-/* A picture with its top-left corner at the given place. */
+/* Draw an image; the position is its top-left corner. */
 void picture(int x, int y, enum picture which);
 void logo(int x, int middle);
 

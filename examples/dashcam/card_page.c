@@ -1,4 +1,4 @@
-/* The memory card: its state, its room and its recordings, and its repair and format after a question. */
+/* The memory card: state, free space and recordings; repair and format after a question. */
 
 #include "camera.h"
 #include "card_mount.h"
@@ -26,7 +26,7 @@ static const struct {
 
 static enum action selected;
 static int is_asking, is_yes;
-static struct card shown; /* the card and its recordings as the page shows them */
+static struct card shown; /* the card and its recordings as drawn */
 static struct rec_file_list recordings;
 static int has_recordings, has_failed;
 
@@ -55,7 +55,7 @@ static enum phrase state_phrase(void) {
   return camera_state() == CAMERA_CARD_FULL ? PHRASE_CARD_FULL : PHRASE_CARD_READY;
 }
 
-/* A size in the unit that suits it: "29.7" and "GiB". */
+/* Format a size in GiB or MiB: "29.7" and "GiB". */
 static const char *size_figures(int mib, char figures[16]) {
   if (mib >= MIB_IN_GIB)
     snprintf(figures, 16, "%d.%d", mib / MIB_IN_GIB, mib % MIB_IN_GIB * 10 / MIB_IN_GIB);
@@ -124,7 +124,7 @@ static int buttons_top(void) {
   return bottom() - ACTIONS * BUTTON_HEIGHT - (ACTIONS - 1) * BUTTON_GAP;
 }
 
-/* A square for each of the five places, filled as far as they are taken. */
+/* Draw a square for each of the five slots, filled if the slot is used. */
 static void draw_events(int x, int right, int y) {
   enum { SLOTS = 5, SIZE = 26 };
   for (int i = 0; i < SLOTS; ++i) {
@@ -145,7 +145,7 @@ static void draw_recordings(void) {
   if (!has_recordings) {
     text(x, PAGE_TOP + 78, FONT_HUGE, GREY, LEFT, "--");
     if (has(CARD_MOUNTED))
-      text(x, PAGE_TOP + 116, FONT_SMALL, GREY, LEFT, "no folder REC");
+      text(x, PAGE_TOP + 116, FONT_SMALL, GREY, LEFT, "no directory REC");
     return;
   }
   snprintf(figures, sizeof figures, "%d", (int)recordings.normal_count);
@@ -204,8 +204,8 @@ static void fail(const char *reason) {
   notice(NOTICE_CARD_ERROR);
 }
 
-/* The library runs all its commands, whatever becomes of the one before. Its check or format of a file system that
- * is in use would destroy it: so the card is unmounted before. */
+/* The library runs all its commands, even after one failed. Checking or formatting a file system in use would
+ * destroy it, so the card is unmounted first. */
 static int is_unmounted(void) {
   char reason[CARD_REASON];
   if (!has(CARD_MOUNTED) || card_unmount(reason) == 0)
@@ -241,7 +241,7 @@ static void repair(void) {
   look_at_repair();
 }
 
-/* A format ends with a restart of the whole board. */
+/* Formatting ends with a reboot of the board. */
 static void format(void) {
   if (!is_unmounted())
     return;

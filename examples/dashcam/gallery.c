@@ -1,4 +1,4 @@
-/* The photographs: one large, from its JPEG file, and a strip of all of them. */
+/* Photographs: one large, from its JPEG file, and a strip of all. */
 
 #include "screens.h"
 #include "widgets.h"

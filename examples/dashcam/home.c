@@ -1,4 +1,4 @@
-/* The home screen: the road, what the camera sees in it, and the ride's figures below. */
+/* The home screen: the road, the detected objects, and the readings of the ride. */
 
 #include "phrases.h"
 #include "screens.h"
@@ -23,14 +23,14 @@ static int scene_top(void) {
 
 /* ----------------------------------------------------------------------------------------- on the road */
 
-/* A short label on a dark plate. */
+/* Draw a short label on a dark plate. */
 static void tag(int x, int y, int width, uint16_t colour, const char *label) {
   fill(x, y, width, 26, BLACK);
   fill(x, y, 4, 26, colour);
   text(x + 4 + (width - 4) / 2, y + 13, FONT_SMALL, WHITE, CENTRE, "%s", label);
 }
 
-/* The four corners of a box around what was recognised. */
+/* Draw the four corners of a box around a detected object. */
 static void corners(int x, int y, int width, int height, uint16_t colour) {
   const int arm = 16, thick = 3;
   for (int side = 0; side < 2; ++side) {
@@ -88,7 +88,7 @@ static void acceleration(int top) {
   sensor_axis(394, top + 62, FONT_SMALL, LEFT, 'Y', board()->y_mg);
 }
 
-/* A small panel has no room for the labels. */
+/* A small panel has no space for the labels. */
 static void key(int x, int top, enum icons_image art, const char *label) {
   icon(x, top + (canvas_is_small() ? 49 : 38), art, WHITE, BLACK);
   if (!canvas_is_small())

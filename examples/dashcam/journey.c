@@ -1,4 +1,4 @@
-/* The journey: its stops, each named in its own script, with the time of day there. */
+/* The journey: its stops, each with its name in its own script and its local time. */
 
 #include "phrases.h"
 #include "screens.h"
@@ -9,7 +9,7 @@
 
 static const struct stop {
   const char *name, *land;
-  int hours_ahead; /* of the first stop's clock, in summer */
+  int hours_ahead; /* relative to the first stop, in summer */
 } stops[] = {
     {"Zürich", "Schweiz", 0}, {"Αθήνα", "Ελλάδα", 1},  {"Москва", "Россия", 1},
     {"北京", "中国", 6},      {"서울", "대한민국", 7}, {"東京", "日本", 7},

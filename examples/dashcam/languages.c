@@ -1,4 +1,4 @@
-/* The choice of the language: each is named in its own script. */
+/* The list of languages: each name in its own script. */
 
 #include "phrases.h"
 #include "screens.h"

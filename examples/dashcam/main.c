@@ -1,6 +1,6 @@
-/* A dash-camera's interface, drawn with libdravik: the screens in turn until a signal comes.
+/* The interface of a dash camera, drawn with libdravik: all screens in turn until a signal arrives.
  *
- * On the device: copy the staged folder usr/local/dravik to /usr/local/dravik, then run `dashcam`.
+ * On the device: copy the staged directory usr/local/dravik to /usr/local/dravik, then run `dashcam`.
  * On the simulated board: scripts/demo, or `dravik-sim run BOARD -- dashcam` after the same copy. */
 
 #include "canvas.h"
@@ -27,9 +27,9 @@ int main(int count, char **words) {
   if (canvas_open() == 0 && words_are_ready())
     result = show(&options);
   else
-    fprintf(stderr, "dashcam: fonts, artwork or pictures are missing in /usr/local/dravik\n");
+    fprintf(stderr, "dashcam: missing fonts, artwork or images in /usr/local/dravik\n");
   canvas_close();
-  log_printf("dashcam ends");
+  log_printf("dashcam finished");
   fb_exit();
   return result == 0 ? 0 : 1;
 }

@@ -49,7 +49,7 @@ struct setting {
   const char *label;
   enum setting_kind kind;
   const char *choice;
-  int value; /* of a switch 0 or 1, of an amount per cent */
+  int value; /* of a switch 0 or 1, of an amount in per cent */
 };
 
 static const struct setting settings[] = {
@@ -128,7 +128,7 @@ static void draw_swatch(int index) {
   text(x, y + 58, FONT_SMALL, is_chosen ? WHITE : SILVER, CENTRE, "%s", themes[index].name);
 }
 
-/* The theme's two ramps, from black through the colour to white. */
+/* The two theme ramps, from black through the theme colour to white. */
 static void draw_ramps(int x, int y, int width, int height) {
   enum { STEPS = 16, TO_WHITE = 27 * STEPS, TO_BLACK = 28 * STEPS };
   for (int i = 0; i < 2 * STEPS; ++i) {

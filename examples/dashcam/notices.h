@@ -1,8 +1,8 @@
-/* Notices: what the camera tells its driver by voice and by a banner on the screen. */
+/* Notices: announced by voice and shown as a banner on the screen. */
 #ifndef NOTICES_H
 #define NOTICES_H
 
-/* Those that are no alarm come first. */
+/* Notices that are not alarms come first. */
 enum notice {
   NOTICE_RECORDING,
   NOTICE_PARKING,
@@ -12,13 +12,13 @@ enum notice {
   NOTICE_IMPACT
 };
 
-/* Speaks it, and shows it for a few seconds instead of the one before. */
+/* Announce a notice, and show it for a few seconds instead of the one before. */
 void notice(enum notice which);
 
-/* Draws the banner while its time lasts. */
+/* Draw the banner while its time lasts. */
 void notice_draw(void);
 
-/* Gives 1, once, when the banner's time is over: what it covered wants to be drawn anew. */
+/* Return 1, once, when the banner's time is over: the screen below it must be drawn again. */
 int notice_is_over(void);
 
 #endif

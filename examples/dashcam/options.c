@@ -9,26 +9,25 @@
 #include <string.h>
 
 void print_help(void) {
-  puts(
-      "dashcam [--screen NAME] [--press KEYS | --stay] [--turns N] [--seconds S] [--time HH:MM:SS]\n"
-      "        [--language CODE] [--screenshot] [--list]\n\n"
-      "Shows a dash-camera's screens in turn until SIGINT or SIGTERM, with sound, and follows the board: "
-      "its\n"
-      "G-sensor, temperature, card, HDMI socket and three GPIO lines. Line 60 is high while the car is "
-      "parked, "
-      "61\n"
-      "and 62 are the keys NEXT and OK. SIGUSR1 is the screenshot key: it saves the screen on the card, as a "
-      "BMP\n"
-      "file in /tmp/mmcblk0p1; only on a panel of 640 by 480.\n\n"
-      "  --screen NAME    draw this screen, leave it there and end\n"
-      "  --press KEYS     press keys on that screen first, a list like next,ok\n"
-      "  --stay           stay on that screen until a signal\n"
-      "  --turns N        end after so many turns\n"
-      "  --seconds S      how long each screen stays (4)\n"
-      "  --time HH:MM:SS  begin at this time of day instead of now\n"
-      "  --language CODE  begin in en, de, ja, el, ko, ru or zh; each turn takes the next\n"
-      "  --screenshot     save each screen as it is first drawn\n"
-      "  --list           list the screens");
+  puts("Usage: dashcam [--screen NAME [--press KEYS] [--stay]] [--turns N] [--seconds S]\n"
+       "               [--time HH:MM:SS] [--language CODE] [--screenshot]\n"
+       "       dashcam --list\n\n"
+       "Show the screens of a dash camera in turn, with sound, until SIGINT or SIGTERM.\n\n"
+       "The screens follow the board: accelerometer, temperature, memory card, monitor\n"
+       "and three GPIO lines. Line 60 is high while the car is parked; lines 61 and 62\n"
+       "are the keys NEXT and OK. SIGUSR1 is the screenshot key: it saves the screen as\n"
+       "a BMP file in /tmp/mmcblk0p1, on a panel of 640 by 480 only.\n\n"
+       "Options:\n"
+       "  --screen NAME    draw this screen and exit; it stays on the panel\n"
+       "  --press KEYS     press keys on that screen first: a list such as next,ok\n"
+       "  --stay           stay on that screen until a signal\n"
+       "  --turns N        exit after N turns\n"
+       "  --seconds S      time per screen (default: 4)\n"
+       "  --time HH:MM:SS  start at this time of day (default: now)\n"
+       "  --language CODE  start in en, de, ja, el, ko, ru or zh (default: en); each\n"
+       "                   turn uses the next\n"
+       "  --screenshot     save each screen when it is first drawn\n"
+       "  --list           list the screens");
 }
 
 void print_screens(void) {
@@ -43,7 +42,7 @@ static const struct screen *find_screen(const char *name) {
   return NULL;
 }
 
-/* A whole number from 1 to INT_MAX; 0 when the text is none. */
+/* Return a whole number from 1 to INT_MAX; 0 if the text is not one. */
 static int read_count(const char *text) {
   char *end;
   errno = 0;
@@ -51,7 +50,7 @@ static int read_count(const char *text) {
   return errno == 0 && end != text && *end == '\0' && count > 0 && count <= INT_MAX ? (int)count : 0;
 }
 
-/* HH:MM:SS in seconds; -1 when the text is no time of day. */
+/* Return HH:MM:SS in seconds; -1 if the text is not a time of day. */
 static int read_time(const char *text) {
   int hour, minute, second, length = 0;
   if (sscanf(text, "%2d:%2d:%2d%n", &hour, &minute, &second, &length) != 3 || text[length] != '\0')
@@ -61,7 +60,7 @@ static int read_time(const char *text) {
   return (hour * 60 + minute) * 60 + second;
 }
 
-/* Names of keys with commas between them. Gives 0, or -1 when one is no key or there are too many. */
+/* Parse names of keys, separated by commas. Return 0, or -1 if one is not a key or there are too many. */
 static int read_keys(struct options *options, const char *text) {
   options->key_count = 0;
   for (const char *rest = text; options->key_count < MOST_KEYS; ++rest) {
@@ -77,7 +76,7 @@ static int read_keys(struct options *options, const char *text) {
   return -1;
 }
 
-/* Takes one option with its value. Gives 0, or -1 when they make no sense. */
+/* Parse an option with a value. Return 0, or -1 if it is invalid. */
 static int read_option(struct options *options, const char *name, const char *value) {
   if (strcmp(name, "--screen") == 0)
     return (options->only = find_screen(value)) != NULL ? 0 : -1;
@@ -94,7 +93,7 @@ static int read_option(struct options *options, const char *name, const char *va
   return -1;
 }
 
-/* Takes an option that has no value. Gives 0, or -1 when it is none. */
+/* Parse an option without a value. Return 0, or -1 if there is no such option. */
 static int read_switch(struct options *options, const char *name) {
   if (strcmp(name, "--screenshot") == 0)
     return options->is_saving = 1, 0;
@@ -103,11 +102,11 @@ static int read_switch(struct options *options, const char *name) {
   return -1;
 }
 
-/* Keys and staying are for one screen. */
+/* Keys and --stay require a single screen. */
 static int make_sense(const struct options *options) {
   if (options->only != NULL || (options->key_count == 0 && !options->is_staying))
     return 1;
-  fputs("dashcam: not understood: --press and --stay want --screen; see dashcam --help\n", stderr);
+  fputs("dashcam: missing --screen; --press and --stay require it\n", stderr);
   return 0;
 }
 
@@ -119,7 +118,7 @@ int read_options(struct options *options, int count, char **words) {
       ++i;
       continue;
     }
-    fprintf(stderr, "dashcam: not understood: %s %s; see dashcam --help\n", words[i],
+    fprintf(stderr, "dashcam: invalid option: %s %s; try 'dashcam --help'\n", words[i],
             i + 1 < count ? words[i + 1] : "");
     return -1;
   }

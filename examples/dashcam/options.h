@@ -12,15 +12,15 @@ struct options {
   int key_count;
   int is_staying; /* on that screen */
   int turns;      /* 0: until a signal */
-  int seconds;    /* a screen */
-  int start;      /* seconds of the day, or -1 for the clock's */
-  int is_saving;  /* each screen as it is first drawn */
+  int seconds;    /* per screen */
+  int start;      /* seconds of the day; -1: the clock's */
+  int is_saving;  /* each screen when it is first drawn */
 };
 
 void print_help(void);
 void print_screens(void);
 
-/* Gives 0, or -1 after telling what is not understood. */
+/* Return 0, or -1 after reporting an invalid option. */
 int read_options(struct options *options, int count, char **words);
 
 #endif

@@ -1,4 +1,4 @@
-/* What the interface says, in the languages of its users. All text is UTF-8. */
+/* Phrases of the interface in the languages of its users, in UTF-8. */
 #ifndef PHRASES_H
 #define PHRASES_H
 
@@ -16,7 +16,7 @@ enum phrase {
   PHRASE_POWER_OFF,
   PHRASE_LANGUAGE,
   PHRASE_JOURNEY,
-  PHRASE_PLACE, /* where the ride is */
+  PHRASE_PLACE, /* position of the ride */
   PHRASE_SOUND,
   PHRASE_VOLUME,
   PHRASE_MUTE,
@@ -43,16 +43,16 @@ enum phrase {
 };
 enum { LANGUAGES = 7 };
 
-/* In the chosen language, or in any of them by its number. */
+/* Return a phrase in the selected language, or in any language by its number. */
 const char *phrase(enum phrase which);
 const char *phrase_in(int language, enum phrase which);
 
 int chosen_language(void);
 
-/* Chooses by a code: en, de, el, ru, ja, ko or zh. Gives 0, or -1 when there is no such language. */
+/* Select a language by its code: en, de, el, ru, ja, ko or zh. Return 0, or -1 if there is none. */
 int choose_language(const char *code);
 
-/* Takes the next language; the first after a whole round. */
+/* Select the next language; after the last one, the first. */
 void next_language(void);
 
 #endif

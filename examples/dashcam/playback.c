@@ -1,4 +1,4 @@
-/* The list of recordings, with the selected one shown beside it. */
+/* The list of recordings, with the selected one next to it. */
 
 #include "phrases.h"
 #include "screens.h"

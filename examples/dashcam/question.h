@@ -1,13 +1,13 @@
-/* A question over a page, with the answers no and yes. */
+/* A question on a page, with the answers no and yes. */
 #ifndef QUESTION_H
 #define QUESTION_H
 
 #include "phrases.h"
 
-/* Draws it with a remark below and one of the answers marked. */
+/* Draw the question with a remark below it and one answer selected. */
 void question_draw(enum phrase asked, enum phrase remark, int is_yes);
 
-/* Draws in its place that the answer is being carried out. */
+/* Draw in its place that the answer is being executed. */
 void question_draw_wait(enum phrase what);
 
 #endif

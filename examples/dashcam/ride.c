@@ -4,7 +4,7 @@
 
 enum { DAY_SECONDS = 24 * 60 * 60, RECORDING_SECONDS = 180 };
 
-/* Two slow waves, so that nothing repeats soon; from -1 to 1. */
+/* Return the sum of two slow waves, which repeats rarely; from -1 to 1. */
 static double wave(double seconds, double period) {
   return 0.7 * sin(6.2832 * seconds / period) + 0.3 * sin(6.2832 * seconds / (period * 0.37));
 }

@@ -1,11 +1,11 @@
-/* The ride that the demonstration shows: made-up readings that depend on the time alone. */
+/* The ride of the demonstration: invented readings that depend on the time only. */
 #ifndef RIDE_H
 #define RIDE_H
 
 struct ride {
   int hour, minute, second;
   int is_lit;           /* the recording mark blinks */
-  int recorded_seconds; /* since the recording began */
+  int recorded_seconds; /* since the recording started */
   int speed_kmh, limit_kmh;
   int gap_m; /* to the car ahead */
   int satellites;
@@ -13,7 +13,7 @@ struct ride {
   int supply_mv;
 };
 
-/* The readings so many half seconds after a time of day in seconds. */
+/* Return the readings at a number of half seconds after a time of day in seconds. */
 struct ride ride_at(int start_seconds, int half_seconds);
 
 #endif

@@ -1,4 +1,4 @@
-/* The screens, in the order in which they are shown. */
+/* The screens, in the order of the demonstration. */
 #ifndef SCREENS_H
 #define SCREENS_H
 
@@ -9,10 +9,10 @@ struct screen {
   const char *name;
   const char *shows;                        /* for the list of screens */
   void (*draw)(const struct ride *ride);    /* the whole screen */
-  void (*refresh)(const struct ride *ride); /* what changes every half second */
+  void (*refresh)(const struct ride *ride); /* the parts that change every half second */
   /* The rest may be null. */
-  void (*follow)(void);       /* draws what shows the board's movement */
-  int (*press)(enum key key); /* takes a key, if it has a meaning here: then it gives 1 and is drawn anew */
+  void (*follow)(void);       /* draws the parts that show the board's movement */
+  int (*press)(enum key key); /* handles a key; returns 1 if the screen must be drawn again */
   void (*enter)(void);        /* before it is first drawn */
 };
 
@@ -50,7 +50,7 @@ void shutdown_draw(const struct ride *ride);
 void shutdown_refresh(const struct ride *ride);
 void shutdown_enter(void);
 
-/* Takes the next theme colour; the first after a whole round. */
+/* Select the next theme colour; after the last one, the first. */
 void next_theme(void);
 
 #endif

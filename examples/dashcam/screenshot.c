@@ -12,7 +12,7 @@
 
 enum { WIDTH = 640, HEIGHT = 480, HEADER = 66, WHOLE_FILE = HEADER + WIDTH * HEIGHT * 2 };
 
-/* The visible pixels, without what the device keeps behind each line. */
+/* Copies the visible pixels, without the padding of lines. */
 static const uint16_t *visible_pixels(void) {
   static uint16_t pixels[WIDTH * HEIGHT];
   for (size_t row = 0; row < HEIGHT; ++row)
@@ -21,7 +21,7 @@ static const uint16_t *visible_pixels(void) {
 }
 
 static int report(int result, const char *what) {
-  fprintf(stderr, "dashcam: %s\n", what);
+  fprintf(stderr, "dashcam: screenshot: %s\n", what);
   log_printf("screenshot: %s", what);
   return result;
 }
@@ -50,8 +50,8 @@ static int save_or_remove(const uint16_t *pixels) {
 
 int save_screen(void) {
   if (fbinfo[FBINFO_XRES] != WIDTH || fbinfo[FBINFO_YRES] != HEIGHT)
-    return report(-1, "only a panel of 640 by 480 can be saved");
+    return report(-1, "requires a panel of 640 by 480");
   if (save_or_remove(visible_pixels()) != 0)
-    return report(-1, "the screen cannot be saved; is the card in?");
-  return report(0, "the screen is saved on the card");
+    return report(-1, "cannot be saved; insert a memory card");
+  return report(0, "saved on the memory card");
 }

@@ -1,9 +1,9 @@
-/* Pictures of the screen on the memory card. */
+/* Screenshots on the memory card. */
 #ifndef SCREENSHOT_H
 #define SCREENSHOT_H
 
-/* Saves what the screen shows, and says on standard error how that went. Gives 0, or -1 when the panel is not
- * 640 by 480 or the card is out. */
+/* Save the screen and report the result on standard error. Return 0, or -1 if the panel is not 640 by 480 or
+ * there is no memory card. */
 int save_screen(void);
 
 #endif

@@ -1,4 +1,4 @@
-/* The readings of the ride: speed, acceleration, and the state of the camera. */
+/* Readings of the ride: speed, acceleration, and the state of the camera. */
 
 #include "screens.h"
 #include "widgets.h"
@@ -45,7 +45,7 @@ static void draw_directions(void) {
 struct reading {
   enum icons_image image;
   const char *label, *unit;
-  char figures[16]; /* empty when it is not known */
+  char figures[16]; /* empty if unknown */
   int percent;      /* for the bar */
 };
 
@@ -53,7 +53,7 @@ static int reading_top(void) {
   return canvas_height() - READINGS_HEIGHT - MARGIN;
 }
 
-/* The card of a reading: its left edge, and its width. */
+/* The plate of a reading: its left edge, and its width. */
 static int reading_width(void) {
   return (canvas_width() - 2 * MARGIN - (READINGS - 1) * READING_GAP) / READINGS;
 }

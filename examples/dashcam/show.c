@@ -14,7 +14,7 @@
 #include <string.h>
 #include <time.h>
 
-/* The keys are looked at every tick, the movement every second one, and the rest twice a second. */
+/* Keys are read at every tick, the movement at every second one, and the rest twice per second. */
 enum { TICK_MS = 50, TICKS_A_LOOK = 2, TICKS_A_HALF_SECOND = 10 };
 
 static volatile sig_atomic_t is_told_to_end, is_told_to_save;
@@ -75,7 +75,7 @@ static void draw(const struct screen *screen, const struct options *options) {
   notice_draw();
 }
 
-/* Begins with a screen. Gives 0, or -1 when it was to be saved and could not. */
+/* Draw a new screen. Return 0, or -1 if it could not be saved as requested. */
 static int begin(const struct screen *screen, const struct options *options) {
   tell("screen %s", screen->name);
   if (screen->enter != NULL)
@@ -84,7 +84,7 @@ static int begin(const struct screen *screen, const struct options *options) {
   return options->is_saving ? save_screen() : 0;
 }
 
-/* Gives 0 when the screen has no use for the key. */
+/* Return 0 if the screen does not use the key. */
 static int press(const struct screen *screen, const struct options *options, enum key key) {
   tell("key %s", key == KEY_NEXT ? "next" : "ok");
   const int is_taken = screen->press != NULL && screen->press(key);
@@ -119,7 +119,7 @@ static int64_t ticks_of(int seconds) {
   return (int64_t)seconds * 1000 / TICK_MS;
 }
 
-/* Lives through one tick. Gives 0 when a key leads to the next screen. */
+/* Handle one tick. Return 0 if a key ends the screen. */
 static int live(const struct screen *screen, const struct options *options, int64_t *ticks_left) {
   wait_tick();
   const enum key key = board_key();

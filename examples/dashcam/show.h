@@ -1,13 +1,13 @@
-/* The screens on the panel: one of them, or all in turn. */
+/* The screens on the panel: a single one, or all in turn. */
 #ifndef SHOW_H
 #define SHOW_H
 
 #include "options.h"
 
-/* SIGINT and SIGTERM end the show, SIGUSR1 saves the screen. */
+/* SIGINT and SIGTERM end the demonstration, SIGUSR1 saves the screen. */
 void listen_to_signals(void);
 
-/* Gives 0, or -1 when the one screen was to be saved and could not. */
+/* Return 0, or -1 if the single screen could not be saved as requested. */
 int show(const struct options *options);
 
 #endif

@@ -1,5 +1,5 @@
-/* The library's call that queues a file waits for the sound in progress. A thread does that waiting, so that
- * the screens go on. */
+/* snd_play_direct() waits for the current playback. A thread of its own calls it, so that drawing does
+ * not wait. */
 #define _POSIX_C_SOURCE 200809L
 
 #include "speaker.h"
@@ -27,13 +27,13 @@ static pthread_cond_t news = PTHREAD_COND_INITIALIZER;
 static pthread_t thread;
 static int is_open;
 
-/* Under the lock. */
+/* Guarded by the lock. */
 static enum sound waiting[PLACES];
 static int count, is_ending;
-static enum sound playing; /* the last one taken */
-static int is_handing;     /* it has not begun yet */
+static enum sound playing; /* the last one handed over */
+static int is_handing;     /* it has not started yet */
 
-/* Takes the next sound. Gives 0 when there is none and the end has come. */
+/* Remove the next sound from the queue. Return 0 if it is empty and the speaker is closed. */
 static int take_next(void) {
   pthread_mutex_lock(&lock);
   is_handing = 0;
@@ -48,14 +48,14 @@ static int take_next(void) {
   return is_handing;
 }
 
-/* The engine takes a moment to begin. */
+/* The engine takes a moment to start. */
 static void await_begin(void) {
   const struct timespec step = {0, STEP_NS};
   for (int i = 0; i < START_STEPS && get_snd_thread_state() == 0; ++i)
     nanosleep(&step, NULL);
 }
 
-/* A click ends the click before it. */
+/* A click stops the click before it. */
 static void *play_all(void *nothing) {
   while (take_next()) {
     snd_play_direct(files[playing], playing == SOUND_CLICK);
@@ -66,7 +66,7 @@ static void *play_all(void *nothing) {
 
 void speaker_open(void) {
   if (snd_init() != 1) {
-    log_printf("sound: the engine cannot start, the camera stays silent");
+    log_printf("sound: engine cannot start; the camera stays silent");
     return;
   }
   is_open = pthread_create(&thread, NULL, play_all, NULL) == 0;
@@ -74,7 +74,7 @@ void speaker_open(void) {
     snd_exit();
 }
 
-/* A full queue loses the sound. */
+/* A full queue drops the sound. */
 static void queue(enum sound sound) {
   if (count < PLACES)
     waiting[count++] = sound;

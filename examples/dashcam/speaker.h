@@ -1,4 +1,4 @@
-/* The voice of the camera. Sounds are played in the background; nobody waits for them. */
+/* The voice of the camera. Sounds are played in the background; callers do not wait for them. */
 #ifndef SPEAKER_H
 #define SPEAKER_H
 
@@ -14,16 +14,16 @@ enum sound {
   SOUND_GOODBYE
 };
 
-/* Where the engine cannot start, the camera stays silent and the log says so. */
+/* If the engine cannot start, the camera stays silent and the log contains the reason. */
 void speaker_open(void);
 
-/* A notice: spoken when those before it have ended. */
+/* Queue a notice, announced after those before it. */
 void speaker_say(enum sound sound);
 
-/* A key's click: at once, but never into a notice. */
+/* Play the click of a key immediately, but never during a notice. */
 void speaker_click(void);
 
-/* Ends when all is spoken, or at once. */
+/* Close the speaker when all notices have been announced, or immediately. */
 void speaker_close(int is_at_once);
 
 #endif

@@ -1,4 +1,4 @@
-/* The system: where the device is sold, its network, and the state of the board. */
+/* The system: sales region, network, and the state of the board. */
 
 #include "phrases.h"
 #include "screens.h"
@@ -21,7 +21,7 @@ static const struct {
     [ROW_RUNNING] = {ICONS_TITLE_CLOCK, "Running"},
 };
 
-/* Figures are drawn bright; what is not known or not there is grey. Each gives whether there is something. */
+/* Known values are bright, unknown ones grey. Each function returns whether its value is known. */
 
 static int write_region(char value[VALUE]) {
   char letters[4] = "";

@@ -24,7 +24,7 @@ void tell(const char *format, ...) {
 void console_open(void) {
   is_open = console_init() == 0;
   if (!is_open)
-    log_printf("console: no serial port, the log alone tells what happens");
+    log_printf("console: no serial port; messages are in this log only");
 }
 
 void console_close(void) {

@@ -1,10 +1,10 @@
-/* The loudspeaker's volume and the microphone. */
+/* The volume of the speaker, and the microphone. */
 #ifndef VOLUME_H
 #define VOLUME_H
 
 int microphone_is_on(void);
 
-/* Gives the mixer the volume and the microphone's state as they are shown. */
+/* Set the mixer to the displayed volume and microphone state. */
 void volume_set_up(void);
 
 #endif

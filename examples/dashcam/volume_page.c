@@ -1,4 +1,4 @@
-/* The page of the loudspeaker's volume and of the microphone. */
+/* The page of the speaker's volume and of the microphone. */
 
 #include "phrases.h"
 #include "screens.h"
@@ -66,7 +66,7 @@ static int rows_top(void) {
   return canvas_height() - 18 - 2 * ROW_HEIGHT - ITEM_GAP;
 }
 
-/* A rising bar for each step; those up to the volume are lit. */
+/* Draw a rising bar per step; those up to the volume are lit. */
 static void draw_bars(int right, int bottom, int height) {
   enum { BARS = LOUDEST / STEP, PITCH = 46, WIDTH = 34 };
   for (int i = 1; i <= BARS; ++i) {

@@ -16,7 +16,7 @@ static void battery(int x, int middle, int percent) {
   fill(x - 11, middle - 5, 19 * percent / 100, 10, percent > 20 ? WHITE : RED);
 }
 
-/* A red spot that blinks while recording, a sign for the parked car, or a warning. */
+/* Draw a red spot that blinks while recording, a sign for the parked car, or a warning. */
 static void state_mark(const struct ride *ride) {
   const enum camera_state state = camera_state();
   if (state != CAMERA_PARKED && !ride->is_lit)
@@ -112,7 +112,7 @@ static int limited(int value, int most) {
   return value > most ? most : value < -most ? -most : value;
 }
 
-/* A full deflection is half a g. */
+/* Full deflection is 0.5 g. */
 void sensor_dial(int x, int y, int radius) {
   const int spot = radius > 60 ? 9 : 6, reach = radius - spot - 2;
   disc(x, y, radius, CARD);

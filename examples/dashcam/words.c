@@ -9,7 +9,7 @@ struct line_of_text {
   uint32_t font;
 };
 
-/* Takes one character of up to three bytes; those beyond are not in the fonts. */
+/* Decode one character of up to three bytes; the fonts do not contain longer ones. */
 static unsigned take_character(const unsigned char **from) {
   const unsigned char *bytes = *from;
   if (bytes[0] < 0x80)
@@ -19,7 +19,7 @@ static unsigned take_character(const unsigned char **from) {
   return *from += 3, (bytes[0] & 0x0FU) << 12 | (bytes[1] & 0x3FU) << 6 | (bytes[2] & 0x3FU);
 }
 
-/* A text is drawn with one font. Neither has the other's letters. */
+/* A text is drawn with one font: neither contains the letters of the other. */
 static struct line_of_text line_of(const char *utf8) {
   const unsigned first_east_asian = 0x1100;
   struct line_of_text line = {{0}, LATIN};
@@ -39,7 +39,7 @@ static uint32_t points(enum words_size size) {
   return in_points[!canvas_is_small()][size];
 }
 
-/* Far above the screen nothing is drawn, but str_width and sy tell the text's size. */
+/* Far above the screen nothing is drawn, but str_width and sy contain the size of the text. */
 static void measure(const struct line_of_text *line, enum words_size size) {
   const uint32_t far_above = 0U - 10000U;
   put_unicode_string(0, far_above, line->units, points(size), line->font, WHITE, BLACK, 0);

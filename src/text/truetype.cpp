@@ -16,8 +16,8 @@
 #include <memory>
 
 extern "C" {
-constinit const char *ttf_font_file[2] = {"/usr/local/dravik/font/arial.ttf",
-                                          "/usr/local/dravik/font/DroidSansFallback.ttf"};
+constinit const char *ttf_font_file[DRAVIK_FONT_FILES] = {"/usr/local/dravik/font/arial.ttf",
+                                                          "/usr/local/dravik/font/DroidSansFallback.ttf"};
 constinit uint8_t unicode[DRAVIK_TEXT_UNITS * 2] = {};
 constinit int32_t unicode_len = 0;
 constinit int32_t sx = 0;

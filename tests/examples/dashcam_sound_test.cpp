@@ -131,7 +131,7 @@ TEST_F(DashcamSound, IsMissingWithoutTheRightToIt) {
   dashcam.await_event("led: off");
   dashcam.end();
   EXPECT_THAT(on_.read("tmp/dravik.log"),
-              HasSubstr("] sound: the engine cannot start, the camera stays silent\n"));
+              HasSubstr("] sound: engine cannot start; the camera stays silent\n"));
   EXPECT_FALSE(on_.exists("sound/played.wav"));
 }
 

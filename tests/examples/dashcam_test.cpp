@@ -228,7 +228,7 @@ TEST_P(DashcamSignal, EndsItCleanly) {
   dashcam.send(GetParam());
   EXPECT_EQ(dashcam.finish(), 0);
   expect_only_progress(dashcam.errors());
-  EXPECT_THAT(on.read("tmp/dravik.log"), HasSubstr("] dashcam ends\n"));
+  EXPECT_THAT(on.read("tmp/dravik.log"), HasSubstr("] dashcam finished\n"));
 }
 
 INSTANTIATE_TEST_SUITE_P(All, DashcamSignal, testing::Values(SIGINT, SIGTERM),
@@ -253,7 +253,7 @@ TEST_P(DashcamCommandLine, IsRefusedWhenItMakesNoSense) {
   const board on;
   application dashcam{on, DASHCAM, GetParam()};
   EXPECT_EQ(dashcam.finish(), 2);
-  EXPECT_THAT(dashcam.errors(), StartsWith("dashcam: not understood: " + GetParam().front()));
+  EXPECT_THAT(dashcam.errors(), StartsWith("dashcam: invalid option: " + GetParam().front()));
   EXPECT_THAT(on.events(), testing::IsEmpty());
 }
 
@@ -274,8 +274,7 @@ TEST_P(DashcamOneScreen, IsWantedToStayOnOrToPressKeysOn) {
   const board on;
   application dashcam{on, DASHCAM, GetParam()};
   EXPECT_EQ(dashcam.finish(), 2);
-  EXPECT_EQ(dashcam.errors(),
-            "dashcam: not understood: --press and --stay want --screen; see dashcam --help\n");
+  EXPECT_EQ(dashcam.errors(), "dashcam: missing --screen; --press and --stay require it\n");
 }
 
 INSTANTIATE_TEST_SUITE_P(Wanted, DashcamOneScreen, testing::Values(words{"--stay"}, words{"--press", "ok"}));
@@ -285,7 +284,7 @@ TEST(Dashcam, SaysWhenItsFilesAreMissing) {
   application dashcam{on, DASHCAM, {"--screen", "home"}};
   EXPECT_EQ(dashcam.finish(), 1);
   EXPECT_THAT(dashcam.errors(),
-              HasSubstr("dashcam: fonts, artwork or pictures are missing in /usr/local/dravik\n"));
+              HasSubstr("dashcam: missing fonts, artwork or images in /usr/local/dravik\n"));
 }
 
 TEST(Dashcam, NoticesAMissingFontForSmoothText) {

@@ -14,7 +14,7 @@ using sim::screen;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-const std::string is_saved = "dashcam: the screen is saved on the card\n";
+const std::string is_saved = "dashcam: screenshot: saved on the memory card\n";
 
 class DashcamScreenshot : public testing::TestWithParam<uint32_t> {};
 
@@ -53,7 +53,7 @@ TEST(DashcamScreenshotKey, IsRefusedOnAPanelOfAnotherSize) {
   add_demonstration_files(on);
   application dashcam{on, DASHCAM, {"--screen", "menu", "--screenshot"}};
   EXPECT_EQ(dashcam.finish(), 1);
-  EXPECT_THAT(dashcam.errors(), HasSubstr("dashcam: only a panel of 640 by 480 can be saved\n"));
+  EXPECT_THAT(dashcam.errors(), HasSubstr("dashcam: screenshot: requires a panel of 640 by 480\n"));
   EXPECT_THAT(card_of(on), IsEmpty());
 }
 
@@ -63,7 +63,7 @@ TEST(DashcamScreenshotKey, FailsWhenTheCardIsOut) {
   std::filesystem::remove(on.path("tmp/mmcblk0p1"));
   application dashcam{on, DASHCAM, {"--screen", "menu", "--screenshot"}};
   EXPECT_EQ(dashcam.finish(), 1);
-  EXPECT_THAT(dashcam.errors(), HasSubstr("dashcam: the screen cannot be saved; is the card in?\n"));
+  EXPECT_THAT(dashcam.errors(), HasSubstr("dashcam: screenshot: cannot be saved; insert a memory card\n"));
 }
 
 TEST(DashcamScreenshotKey, LeavesNoCutFileOnAFullCard) {
