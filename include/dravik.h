@@ -836,7 +836,8 @@ DRAVIK_API int32_t ascii_to_unicode_string(const char *src, void *dst) DRAVIK_NO
  *
  * The string ends at the first 0 unit or line feed, or after 128 units. What is drawn is the box around the
  * text; ::str_width and ::str_height contain its size afterwards.
- * @note Intentional: nothing is drawn if the last unit is a space.
+ * @note Intentional: nothing is drawn if the last unit is a space. ::DRAVIK_CENTRE_Y compares ::sy instead of
+ * `y`: the text is moved to line 0 unless ::sy is greater than half its height.
  *
  * The two colours select the ramp (see ::dravik_ramp):
  * - On ::DRAVIK_BLACK, ::DRAVIK_WHITE and ::DRAVIK_MAGENTA, the ramp of the foreground. A foreground
@@ -854,8 +855,7 @@ DRAVIK_API int32_t ascii_to_unicode_string(const char *src, void *dst) DRAVIK_NO
  *                   error : %d!" to standard error and terminates the process with exit status 0
  * @param font       entry of ::ttf_font_file; only bit 0 is used
  * @param fg,bg      foreground and background, RGB565
- * @param align      a ::dravik_align, ::DRAVIK_TOP_LEFT to ::DRAVIK_SCREEN_BOTTOM. Intentional:
- *                   ::DRAVIK_CENTRE_Y moves the text to line 0 unless ::sy is above half its height
+ * @param align      a ::dravik_align, ::DRAVIK_TOP_LEFT to ::DRAVIK_SCREEN_BOTTOM
  * @return 0. If FreeType fails or the font does not contain a character, nothing is drawn and FreeType is
  *         released, after one of these on standard error: "FT_Init_FreeType failed!", "FT_New_Face failed!",
  *         "FT_Set_Char_Size failed!", "FT_Get_Char_Index failed!", "FT_Load_Glyph failed! ret=%08x",
@@ -951,9 +951,9 @@ DRAVIK_API uint32_t get_snd_thread_state(void) DRAVIK_NOEXCEPT;
 /**
  * Stop the engine after the current playback; drop the queue. Does nothing if the engine is not running.
  * After snd_init() could not create the thread, only lets snd_init() start the engine again.
- * @note Start the engine only once. Intentional: the queue indices are not reset. If the engine is stopped
- * while idle and started again, it loses the first file of each queued pair and every file queued alone. The
- * same may happen after snd_init() failed to get the priority.
+ * @note Intentional: the queue indices are not reset, so start the engine only once. An engine that is
+ * stopped while idle and started again loses the first file of each queued pair and every file queued alone.
+ * The same may happen after snd_init() failed to get the priority.
  */
 DRAVIK_API void snd_exit(void) DRAVIK_NOEXCEPT;
 
@@ -982,14 +982,14 @@ DRAVIK_API int32_t set_snd_param(uint32_t size) DRAVIK_NOEXCEPT;
  * - "not enough memory": returns 1
  * - "set_mp3_param failed:", the device cannot be configured: returns 1; the file and its memory are never
  *   released, and the device stays open if it was opened
- * @param path  file
+ * @param path  file name
  * @return 0 on success or after a stop request; 1 or 2 on failure
  */
 DRAVIK_API int32_t mp3_playback(const char *path) DRAVIK_NOEXCEPT;
 
 /**
  * Play a WAV file on the calling thread until its end or a stop request.
- * @param file  file
+ * @param file  file name
  * @return 1 on success or after a stop request, and also if the file cannot be read; 0 if the device cannot
  *         be configured; -1 if stat() fails, with "stat failed: %s" in the event log
  */
@@ -997,7 +997,7 @@ DRAVIK_API int32_t wav_playback(const char *file) DRAVIK_NOEXCEPT;
 
 /**
  * Play a raw PCM file; otherwise as wav_playback().
- * @param file  file
+ * @param file  file name
  * @return as wav_playback()
  */
 DRAVIK_API int32_t pcm_playback(const char *file) DRAVIK_NOEXCEPT;
@@ -1007,7 +1007,7 @@ DRAVIK_API int32_t pcm_playback(const char *file) DRAVIK_NOEXCEPT;
  *
  * Each period read becomes two periods of stereo; an odd last byte is dropped. Stop requests are checked
  * before the first read and after each.
- * @param path           file
+ * @param path           file name
  * @param period_frames  result of set_snd_param()
  * @return 1 at the end or after a stop request; -1, with the reason in the event log, if the file cannot be
  *         opened or read, or memory is exhausted ("not enough memory"; then the device stays open)
@@ -1016,7 +1016,7 @@ DRAVIK_API int32_t wav_decode(const char *path, uint32_t period_frames) DRAVIK_N
 
 /**
  * Play a raw PCM file on the device as configured; otherwise as wav_decode().
- * @param path           file
+ * @param path           file name
  * @param period_frames  result of set_snd_param()
  * @return as wav_decode()
  */
@@ -1594,7 +1594,7 @@ DRAVIK_API uint32_t get_data_crc(const void *data, uint32_t length) DRAVIK_NOEXC
 
 /**
  * Compute the CRC-32 of a file, which is read into memory as a whole.
- * @param path  file
+ * @param path  file name
  * @return checksum; 0 for an empty file; ::DRAVIK_NONE if the file cannot be opened or memory is exhausted
  */
 DRAVIK_API uint32_t get_file_crc(const char *path) DRAVIK_NOEXCEPT;
@@ -1637,7 +1637,7 @@ DRAVIK_API uint32_t get_area_id(uint32_t value) DRAVIK_NOEXCEPT;
 
 /**
  * Find the region number of a region file. Bytes missing from its first four are treated as 0.
- * @param path  file
+ * @param path  file name
  * @return 0 to 1023; ::DRAVIK_NONE if the file cannot be opened or represents no number
  */
 DRAVIK_API uint32_t get_area_id_file(const char *path) DRAVIK_NOEXCEPT;

@@ -8,7 +8,7 @@ undocumented() {
     /<enumvalue / { name = ""; described = 0 }
     /<name>/ { name = $0; gsub(/^ *<name>|<\/name>.*$/, "", name) }
     /<para>/ { described = 1 }
-    /<\/enumvalue>/ && !described { print "error: " name " is not documented" }' "$manual"/xml/*.xml
+    /<\/enumvalue>/ && !described { print "error: " name " is not documented" }' "$manual"/xml/*.xml | sort -u
 }
 
 # exported: prints the exported names.
@@ -30,8 +30,8 @@ manual() {
   echo "checked: $(exported | wc -l) exported names"
 }
 
-# comment_layout FILE...: reports comments that end in a line of one word, and continuation lines of @param and @return
-# that are not indented.
+# comment_layout FILE...: reports comments that end in a line of one word, continuation lines of @param and @return
+# that are not indented, and required behaviour that is not marked "Intentional:".
 comment_layout() {
   awk '
     function report(line, text) { print FILENAME ":" line ": error: " text; bad = 1 }
@@ -46,6 +46,7 @@ comment_layout() {
       if (tag && text ~ /^ [^ @]/) report(FNR, "continuation of a @param or @return without indentation")
       if (text ~ /^ @/) tag = text ~ /^ @(param|return)/
       if (text !~ /[^ ]/) tag = 0
+      if (tolower(text) ~ /on purpose|deliberate|by design/) report(FNR, "write \"Intentional: ...\"")
       if (text ~ /^ *@[{}]/) text = ""
       count = split(text, unused)
       if (count == 0) end_comment()
