@@ -31,8 +31,8 @@
 
 /**
  * @name Version of the library
- * The three numbers are the version of the whole project: CMakeLists.txt reads them here. docs/compatibility.md
- * describes what a new version may change.
+ * The three numbers are the version of the whole project: CMakeLists.txt reads them here.
+ * docs/compatibility.md describes what a new version may change.
  */
 /** @{ */
 #define DRAVIK_VERSION_MAJOR 0        /**< changes if programs must be changed */

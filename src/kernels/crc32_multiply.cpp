@@ -1,9 +1,9 @@
-// CRC-32 by carry-less multiplication: compiled once for registers of 16 bytes and once for those of 64, which
-// KERNELS_CRC32 names.
+// CRC-32 by carry-less multiplication, compiled for registers of 16 bytes and for those of 64; KERNELS_CRC32
+// is the name of the function.
 //
-// A block that is followed by n bits counts as much as the block times x^n modulo the polynomial. So four
-// registers run through the bytes, each multiplied and added to what is 4 registers further on, until 16 bytes
-// are left whose checksum, begun at 0, is that of everything before.
+// A block that n bits follow has the same effect as the block times x^n modulo the polynomial. Four registers
+// run through the bytes; each is multiplied and added to the bytes 4 registers further on. The last 16 bytes
+// then have the checksum, started at 0, of everything before.
 
 #include "kernels/kernels.hpp"
 
@@ -14,7 +14,7 @@ namespace {
 
 constexpr uint32_t reflected_polynomial = 0xEDB88320;
 
-/// x^n modulo the polynomial, in reflected order, as a factor of a reflected product.
+/// Return x^n modulo the polynomial, in reflected order, as a factor of a reflected product.
 constexpr int64_t power(unsigned n) noexcept {
   uint32_t value = 0x80000000;
   for (; n != 0; --n)
@@ -24,7 +24,7 @@ constexpr int64_t power(unsigned n) noexcept {
 
 static_assert(power(32) == int64_t{reflected_polynomial} << 1);
 
-/// The factors that move both halves of 16 bytes on by a number of bits.
+/// Factors that move both halves of 16 bytes by a number of bits.
 template <unsigned Bits> __m128i factors() noexcept {
   constexpr int64_t first_half = power(Bits + 32), last_half = power(Bits - 32);
   return _mm_set_epi64x(last_half, first_half);
@@ -34,13 +34,13 @@ __m128i load(const uint8_t *from) noexcept {
   return _mm_loadu_si128(reinterpret_cast<const __m128i *>(from));
 }
 
-/// A register moved on, added to what is there.
+/// Return a register moved by `factors`, added to the bytes at its new position.
 __m128i folded(__m128i value, __m128i by, __m128i onto) noexcept {
   const __m128i low = _mm_clmulepi64_si128(value, by, 0x00), high = _mm_clmulepi64_si128(value, by, 0x11);
   return _mm_xor_si128(_mm_xor_si128(low, high), onto);
 }
 
-/// The checksum register after 16 bytes, and after the bytes that do not fill a register.
+/// Return the checksum register after 16 bytes and the bytes that do not fill a register.
 uint32_t finished(__m128i value, const uint8_t *rest, size_t size) noexcept {
   alignas(16) uint8_t bytes[16];
   _mm_store_si128(reinterpret_cast<__m128i *>(bytes), value);
@@ -69,7 +69,7 @@ vector folded(vector value, vector by, vector onto) noexcept {
   return _mm512_xor_si512(_mm512_xor_si512(low, high), onto);
 }
 
-/// The four parts of a register, as one.
+/// Combine the four parts of a register.
 __m128i joined(vector value) noexcept {
   const __m128i by = factors<128>();
   const __m128i two = folded(_mm512_castsi512_si128(value), by, _mm512_extracti32x4_epi32(value, 1));
@@ -102,7 +102,7 @@ __m128i joined(vector value) noexcept {
 constexpr size_t at_once = 4;
 constexpr size_t step = at_once * sizeof(vector);
 
-/// The checksum register of whole steps, as 16 bytes. Moves `bytes` and `size` past them.
+/// Return the checksum register of whole steps as 16 bytes. Advances `bytes` and `size`.
 __m128i fold_steps(uint32_t value, const uint8_t *&bytes, size_t &size) noexcept {
   vector sums[at_once];
   for (size_t i = 0; i < at_once; ++i)

@@ -9,8 +9,7 @@ namespace dravik::kernels {
 namespace {
 
 constexpr uint32_t reflected_polynomial = 0xEDB88320;
-/// Bytes per step. Their table lookups are independent; larger machines have more registers and cache for
-/// them.
+/// Bytes per step. Their table lookups are independent; larger machines have more registers and cache.
 constexpr size_t step = 2 * sizeof(void *);
 
 using byte_table = std::array<uint32_t, 256>;

@@ -1,5 +1,5 @@
-// The inner loops that exist for several machines. Objects that are compiled for one machine include this
-// header alone: no inline function of theirs may stand in for one of another machine.
+// Inner loops that exist for several machines. Objects compiled for one machine include only this header, so
+// that none of their inline functions is used on another machine.
 #pragma once
 
 #include <cstddef>
@@ -7,16 +7,16 @@
 
 namespace dravik::kernels {
 
-/// A pixel in screen memory; may alias, since the same memory is filled by wider stores.
+/// A pixel in frame buffer memory. It may alias, since wider stores fill the same memory.
 using pixel [[gnu::may_alias]] = uint16_t;
 
-/// Rows of a picture on their way to the screen: `count` rows of `width` pixels. Sources need no alignment, and
-/// are not read past the end of a row.
+/// Rows to draw: `count` rows of `width` pixels. Sources need no alignment, and are not read beyond the end
+/// of a row.
 struct picture {
   pixel *to;
-  ptrdiff_t pitch; ///< bytes from one line of the screen to the next
+  ptrdiff_t pitch; ///< bytes per line of the screen
   const uint8_t *from;
-  ptrdiff_t stride; ///< bytes from one row of the picture to the next
+  ptrdiff_t stride; ///< bytes per row of the image
   size_t width;
   size_t count;
 };
@@ -27,34 +27,34 @@ struct ramp {
   const uint16_t *colours;
 };
 
-/// The loops of one machine. Rows are stored from left to right; screen memory is not read.
+/// The loops of one machine. They store rows from left to right and do not read frame buffer memory.
 struct machine {
   const char *name;
 
-  /// Levels of four bits, the left pixel in the high half of a byte, in the colours of a ramp.
+  /// Draw levels of four bits, the left pixel in bits 7:4, in the colours of a ramp.
   void (*levels)(const picture &what, const ramp &in) noexcept;
-  /// The same; level 0 leaves its pixel.
+  /// As levels(); level 0 leaves its pixel unchanged.
   void (*levels_over)(const picture &what, const ramp &in) noexcept;
-  /// RGB565; pixels of the key colour are left out.
+  /// Draw RGB565; pixels of the key colour are transparent.
   void (*keyed)(const picture &what, uint16_t key) noexcept;
-  /// The pixels that are not left out, all in one colour. With `without_black`, 0x0000 is left out too.
+  /// As keyed(), all pixels in one colour. If `without_black`, 0x0000 is transparent, too.
   void (*silhouette)(const picture &what, uint16_t key, bool without_black, uint16_t colour) noexcept;
-  /// Blue, green and red, a byte each.
+  /// Draw pixels of three bytes: blue, green, red.
   void (*bgr24)(const picture &what) noexcept;
-  /// Blue, green, red and a byte that is ignored.
+  /// Draw pixels of four bytes: blue, green, red, and one that is ignored.
   void (*bgr32)(const picture &what) noexcept;
-  /// Bytes that select one of 256 colours.
+  /// Draw indexes of one byte into 256 colours.
   void (*indexed)(const picture &what, const uint16_t *palette) noexcept;
 };
 
-/// Those of any machine.
+/// The loops for any machine.
 extern const machine plain;
 #ifdef DRAVIK_X86_KERNELS
 extern const machine x86_64_v2; ///< with SSSE3 and SSE4.2
 extern const machine x86_64_v4; ///< with AVX-512 and its masked stores
 #endif
 
-/// The CRC-32 register after some bytes more; neither inverted at the start nor at the end.
+/// Return the CRC-32 register after more bytes, inverted neither before nor after.
 using crc32_loop = uint32_t (*)(uint32_t value, const uint8_t *bytes, size_t size) noexcept;
 uint32_t crc32_by_tables(uint32_t value, const uint8_t *bytes, size_t size) noexcept;
 #ifdef DRAVIK_X86_KERNELS
@@ -62,7 +62,7 @@ uint32_t crc32_by_16(uint32_t value, const uint8_t *bytes, size_t size) noexcept
 uint32_t crc32_by_64(uint32_t value, const uint8_t *bytes, size_t size) noexcept; ///< with VPCLMULQDQ too
 #endif
 
-/// The loops of the machine at hand. Before the library's constructor ran, the plain ones.
+/// The loops of this machine; the plain ones until the library's constructor has run.
 extern const machine *active;
 extern crc32_loop crc32;
 

@@ -1,4 +1,4 @@
-// The loops for any machine: words, and vectors of the compiler where registers have 16 bytes.
+// Loops for any machine: words, and the compiler's vectors on machines with 16-byte registers.
 
 #include "fb/colour_table.hpp"
 #include "fb/colours.hpp"

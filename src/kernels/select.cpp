@@ -1,4 +1,4 @@
-// Selects the loops for the machine at hand, once, when the library is loaded.
+// Selects the loops of this machine once, when the library is loaded.
 
 #include "kernels/kernels.hpp"
 

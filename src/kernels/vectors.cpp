@@ -1,7 +1,7 @@
-// The loops for machines with vector registers: compiled once for each, which KERNELS_MACHINE names.
+// Loops for machines with vector registers, compiled once per machine; KERNELS_MACHINE is its name.
 //
-// With 16-bit masked stores (AVX-512), a block of 32 pixels takes one path whatever is drawn of it. Without
-// them, what leaves pixels out stays with the plain loops.
+// With masked stores of 16 bits (AVX-512), blocks of 32 pixels are drawn without branches. Without them,
+// drawing with transparent pixels uses the plain loops.
 
 #include "kernels/kernels.hpp"
 
@@ -12,7 +12,7 @@
 namespace dravik::kernels {
 namespace {
 
-/// The address `bytes` further on (or back).
+/// Return the address `bytes` further on, or back.
 pixel *step(pixel *from, ptrdiff_t bytes) noexcept {
   return reinterpret_cast<pixel *>(reinterpret_cast<uint8_t *>(from) + bytes);
 }
@@ -26,9 +26,9 @@ template <class PutRow> void each_row(const picture &what, PutRow put_row) noexc
 
 #ifdef __AVX512BW__
 
-constexpr size_t block = 32; ///< pixels of a register
+constexpr size_t block = 32; ///< pixels per register
 
-/// The first `count` of a block's pixels.
+/// Return the mask of the first `count` pixels of a block.
 __mmask32 first(size_t count) noexcept {
   return count >= block ? ~__mmask32{0} : static_cast<__mmask32>((uint32_t{1} << count) - 1);
 }
@@ -36,7 +36,8 @@ __mmask64 first_of_64(size_t count) noexcept {
   return count >= 64 ? ~__mmask64{0} : static_cast<__mmask64>((uint64_t{1} << count) - 1);
 }
 
-/// Calls put(to, from, wanted pixels) for each block of 32 pixels; `from` counts `half_bytes` to a pixel.
+/// Call put(to, from, number of pixels) for each block of up to 32 pixels; a source pixel has
+/// `HalfBytes` / 2 bytes.
 template <size_t HalfBytes, class Put> void each_block(const picture &what, Put put) noexcept {
   each_row(what, [put](pixel *to, const uint8_t *from, size_t width) {
     for (; width >= block; width -= block, to += block, from += block * HalfBytes / 2)
@@ -52,12 +53,12 @@ void store(pixel *to, __mmask32 wanted, __m512i colours) noexcept {
 
 // ----------------------------------------------------------------------------------------------- levels
 
-/// The 16 colours twice: a look-up takes five bits of an index.
+/// The 16 colours twice: a lookup uses five bits of an index.
 __m512i ramp_twice(const ramp &in) noexcept {
   return _mm512_broadcast_i64x4(_mm256_loadu_si256(reinterpret_cast<const __m256i *>(in.colours)));
 }
 
-/// The level of each pixel in the low four bits of its word.
+/// Return the level of each pixel in the low four bits of its word.
 __m512i levels_of(const uint8_t *from, size_t count) noexcept {
   const auto wanted = static_cast<__mmask16>(first((count + 1) / 2));
   const __m512i bytes = _mm512_cvtepu8_epi32(_mm_maskz_loadu_epi8(wanted, from));
@@ -104,7 +105,7 @@ void silhouette(const picture &what, uint16_t key, bool without_black, uint16_t 
 
 // ------------------------------------------------------------------------------------------ true colour
 
-/// RGB565 in the low half of each word, from blue, green and red in its bytes.
+/// Return RGB565 in the low half of each word, from blue, green and red in its bytes.
 __m512i rgb565_of(__m512i pixels) noexcept {
   const __m512i red = _mm512_and_si512(_mm512_srli_epi32(pixels, 8), _mm512_set1_epi32(0xF800));
   const __m512i green = _mm512_and_si512(_mm512_srli_epi32(pixels, 5), _mm512_set1_epi32(0x07E0));
@@ -112,7 +113,7 @@ __m512i rgb565_of(__m512i pixels) noexcept {
   return _mm512_or_si512(_mm512_or_si512(red, green), blue);
 }
 
-/// Words of 16 pixels each, as 32 pixels.
+/// Return words of 16 pixels each as 32 pixels.
 __m512i joined(__m512i left, __m512i right) noexcept {
   alignas(64) static constexpr uint16_t low_halves[block] = {0,  2,  4,  6,  8,  10, 12, 14, 16, 18, 20,
                                                              22, 24, 26, 28, 30, 32, 34, 36, 38, 40, 42,
@@ -120,7 +121,7 @@ __m512i joined(__m512i left, __m512i right) noexcept {
   return _mm512_permutex2var_epi16(left, _mm512_load_si512(low_halves), right);
 }
 
-/// Up to 16 pixels of three bytes, a word each; their highest bytes are 0.
+/// Load up to 16 pixels of three bytes, one per word; the highest bytes are 0.
 __m512i words_of_24(const uint8_t *from, size_t count) noexcept {
   const __m512i bytes = _mm512_maskz_loadu_epi8(first_of_64(count * 3), from);
   const __m512i quarters = _mm512_setr_epi32(0, 1, 2, 0, 3, 4, 5, 0, 6, 7, 8, 0, 9, 10, 11, 0);
@@ -132,7 +133,7 @@ __m512i words_of_32(const uint8_t *from, size_t count) noexcept {
   return _mm512_maskz_loadu_epi32(static_cast<__mmask16>(first(count)), from);
 }
 
-/// The pixels of a block from two registers of words.
+/// Return the pixels of a block from two registers of words.
 template <size_t PixelSize, class Words>
 void put_true_colour(pixel *to, const uint8_t *from, size_t count, Words words_of) noexcept {
   constexpr size_t half = block / 2;
@@ -153,7 +154,7 @@ void bgr32(const picture &what) noexcept {
   });
 }
 
-/// A look-up takes six bits of an index; the other two select one of four.
+/// A lookup uses six bits of an index; the other two select one of four.
 void indexed(const picture &what, const uint16_t *palette) noexcept {
   const __m512i sixth = _mm512_set1_epi16(0x40), seventh = _mm512_set1_epi16(0x80);
   const auto part = [palette](size_t n) { return _mm512_loadu_si512(palette + n * block); };
@@ -187,7 +188,7 @@ template <class Vector> void store(pixel *to, Vector colours) noexcept {
 
 // ----------------------------------------------------------------------------------------------- levels
 
-/// The bytes that 16 indexes below 16 select.
+/// Look up bytes by 16 indexes below 16.
 bytes_of_16 look_up(bytes_of_16 table, bytes_of_16 indexes) noexcept {
   return reinterpret_cast<bytes_of_16>(
       _mm_shuffle_epi8(reinterpret_cast<__m128i>(table), reinterpret_cast<__m128i>(indexes)));
@@ -204,7 +205,7 @@ struct colour_bytes {
   }
 };
 
-/// Paints the 16 pixels of the first eight bytes, or of the last eight.
+/// Draw the 16 pixels of the first eight bytes, or of the last eight.
 template <int First>
 void put_16_levels(pixel *to, bytes_of_16 left, bytes_of_16 right, const colour_bytes &colours) noexcept {
   constexpr int a = First, b = First + 16;
@@ -218,7 +219,7 @@ void put_16_levels(pixel *to, bytes_of_16 left, bytes_of_16 right, const colour_
   store(to + 8, __builtin_shufflevector(lefts, rights, 4, 12, 5, 13, 6, 14, 7, 15));
 }
 
-/// Paints the pixels of a row that are left after the last 16.
+/// Draw the pixels of a row after the last block of 16.
 void put_rest_of_levels(pixel *to, const uint8_t *from, size_t width, const uint16_t *colours) noexcept {
   for (; width >= 2; width -= 2, to += 2, ++from) {
     to[0] = colours[*from >> 4];
@@ -265,13 +266,13 @@ words_of_4 rgb565_of(words_of_4 pixels) noexcept {
   return (pixels >> 8 & 0xF800) | (pixels >> 5 & 0x07E0) | (pixels >> 3 & 0x001F);
 }
 
-/// Words of four pixels each, as eight pixels.
+/// Return words of four pixels each as eight pixels.
 words_of_8 joined(words_of_4 left, words_of_4 right) noexcept {
   return __builtin_shufflevector(reinterpret_cast<words_of_8>(left), reinterpret_cast<words_of_8>(right), 0,
                                  2, 4, 6, 8, 10, 12, 14);
 }
 
-/// Four pixels of three bytes from the `skipped`-th of 16 bytes on, a word each; highest bytes are not 0.
+/// Load four pixels of three bytes from byte `skipped` of 16, one per word; the highest bytes are undefined.
 template <int Skipped> words_of_4 words_of_24(bytes_of_16 bytes) noexcept {
   constexpr int s = Skipped;
   return reinterpret_cast<words_of_4>(__builtin_shufflevector(bytes, bytes, s, s + 1, s + 2, s + 2, s + 3,
@@ -279,7 +280,7 @@ template <int Skipped> words_of_4 words_of_24(bytes_of_16 bytes) noexcept {
                                                               s + 9, s + 10, s + 11, s + 11));
 }
 
-/// The pixels of a row that are left after the last block of eight.
+/// Draw the pixels of a row after the last block of eight.
 template <size_t PixelSize> void put_rest(pixel *to, const uint8_t *from, size_t width) noexcept {
   for (; width != 0; --width, from += PixelSize)
     *to++ = static_cast<uint16_t>((from[2] << 8 & 0xF800) | (from[1] << 3 & 0x07E0) | from[0] >> 3);
