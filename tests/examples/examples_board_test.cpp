@@ -131,6 +131,42 @@ TEST(SensorsExample, PrintsTheAdcWithoutAnAccelerometer) {
   EXPECT_THAT(result.output, StartsWith("ADC channel 0: "));
 }
 
+TEST(BacklightExample, SetsTheBrightness) {
+  const board on;
+  EXPECT_EQ(expect_success(on, "backlight", {"321"}), "");
+  EXPECT_THAT(on.read("sys/class/backlight/pwm-backlight.0/brightness"), StartsWith("321"));
+}
+
+TEST(BacklightExample, FailsWithoutABacklight) {
+  const board on;
+  on.remove("sys/class/backlight/pwm-backlight.0/brightness");
+  expect_failure(on, "backlight", {"321"},
+                 "backlight: no backlight; run it on a board, or under dravik-sim\n");
+}
+
+TEST(VolumeExample, SetsTheSpeakerAndTheMicrophone) {
+  const board on;
+  EXPECT_EQ(expect_success(on, "volume", {"60"}), "speaker: 60 percent\n");
+  EXPECT_THAT(on.read("sound/mixer"), HasSubstr("numid 64 = on\n"));
+}
+
+TEST(SystemExample, PrintsWhatIsKnown) {
+  const board on;
+  set_inputs(on, {"hdmi=on"});
+  EXPECT_THAT(expect_success(on, "system", {"none"}),
+              MatchesRegex("monitor: attached\nlanguage: [a-z]+\n"
+                           "none: 00:00:00:00:00:00, no address\nrunning for [0-9]+ ms\n"));
+}
+
+// The checksum is the check value of CRC-32.
+TEST(ChecksumsExample, PrintsTheChecksumAndTheRegion) {
+  const board on;
+  on.write("tmp/digits", "123456789");
+  EXPECT_THAT(expect_success(on, "checksums", {"/tmp/digits"}), StartsWith("cbf43926 /tmp/digits\n"));
+  on.remove("tmp/add/areacode.bin");
+  EXPECT_THAT(expect_success(on, "checksums", {"/tmp/digits"}), EndsWith("\nno region\n"));
+}
+
 // --------------------------------------------------------------------------------------- the memory card
 
 class CardExample : public testing::Test {

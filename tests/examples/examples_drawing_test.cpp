@@ -233,6 +233,26 @@ TEST(BmpExample, FailsWithoutTheFile) {
   expect_failure(on, "bmp", {"/usr/local/dravik/none.bmp"}, "open /usr/local/dravik/none.bmp error!");
 }
 
+TEST(SlotsExample, ShowsTheFilesSideBySide) {
+  const board on;
+  for (const auto &[name, low, high] : {std::tuple{"red.bmp", 0x00, 0xF8}, {"green.bmp", 0xE0, 0x07}})
+    write_file(on.path(name), bmp_maker{.width = 2,
+                                        .height = 1,
+                                        .bits = 16,
+                                        .pixels = {static_cast<uint8_t>(low), static_cast<uint8_t>(high),
+                                                   static_cast<uint8_t>(low), static_cast<uint8_t>(high)}}
+                                  .file());
+  EXPECT_EQ(expect_success(on, "slots", {on.path(), "red.bmp", "green.bmp"}), "");
+  const shot seen{on, {}};
+  EXPECT_EQ(seen.area(0, 0, 5, 1), (std::vector<uint16_t>{red, red, green, green, black}));
+}
+
+TEST(SlotsExample, FailsWithoutAFile) {
+  const board on;
+  expect_failure(on, "slots", {"/usr/local/dravik", "none.bmp"},
+                 "slots: file 1: not drawn; see /tmp/dravik.log\n");
+}
+
 /// The pixels of a JPEG file, by another program.
 std::vector<uint16_t> decoded_jpeg(const board &on, const std::string &path) {
   EXPECT_EQ(run_program({"djpeg", "-ppm", on.path(path)}, on.path("decoded.ppm")), 0);

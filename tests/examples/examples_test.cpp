@@ -101,7 +101,9 @@ TEST_P(ExampleWithFile, ReportsItsUsageWithoutOne) {
   EXPECT_THAT(result.errors, MatchesRegex("usage: [^\n]*dravik-" + std::string{GetParam()} + " [^\n]+\n"));
 }
 
-INSTANTIATE_TEST_SUITE_P(All, ExampleWithFile, testing::Values("artwork", "bmp", "jpeg", "sound"),
+INSTANTIATE_TEST_SUITE_P(All, ExampleWithFile,
+                         testing::Values("artwork", "backlight", "bmp", "checksums", "jpeg", "slots", "sound",
+                                         "volume"),
                          [](const auto &one) { return std::string{one.param}; });
 
 struct unfit_screen {
