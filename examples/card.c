@@ -49,7 +49,7 @@ int main(int argc, char **argv) {
   (void)argc;
   (void)argv;
   if (gpio_init() != 0) /* the write-protect switch is a GPIO line */
-    return fail("no GPIO driver");
+    return fail("no GPIO driver; run it on a board, or under dravik-sim");
   const int state = print_state();
   gpio_exit();
   if (state != 0)

@@ -22,7 +22,7 @@ static int await_sent(void) {
 
 int main(int argc, char **argv) {
   if (console_init() != 0) { /* writes the reason to standard error */
-    fprintf(stderr, "console: no serial port\n");
+    fprintf(stderr, "console: no serial port; run it on a board, or under dravik-sim\n");
     return 1;
   }
   for (int number = 1; number <= LINES; ++number)

@@ -35,7 +35,7 @@ static int show_colours(void) {
 int main(int argc, char **argv) {
   const uint32_t line = argc > 1 ? (uint32_t)strtoul(argv[1], NULL, 10) : CARD_LOCK_LINE;
   if (gpio_init() != 0) {
-    fprintf(stderr, "gpio: no GPIO driver\n");
+    fprintf(stderr, "gpio: no GPIO driver; run it on a board, or under dravik-sim\n");
     return 1;
   }
   const int status = print_level(line) != 0 || show_colours() != 0;

@@ -35,8 +35,8 @@ int main(int argc, char **argv) {
   (void)argv;
   const int adc_status = print_adc(), acceleration_status = print_acceleration();
   if (adc_status != 0)
-    fprintf(stderr, "sensors: no ADC\n");
+    fprintf(stderr, "sensors: no ADC; run it on a board, or under dravik-sim\n");
   if (acceleration_status != 0)
-    fprintf(stderr, "sensors: no accelerometer\n");
+    fprintf(stderr, "sensors: no accelerometer; run it on a board, or under dravik-sim\n");
   return adc_status != 0 || acceleration_status != 0;
 }

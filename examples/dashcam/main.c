@@ -3,6 +3,7 @@
  * On the device: copy the staged directory usr/local/dravik to /usr/local/dravik, then run `dashcam`.
  * On the simulated board: scripts/demo, or `dravik-sim run BOARD -- dashcam` after the same copy. */
 
+#define _POSIX_C_SOURCE 200809L /* access() */
 #include "canvas.h"
 #include "options.h"
 #include "show.h"
@@ -10,6 +11,7 @@
 
 #include <stdio.h>
 #include <string.h>
+#include <unistd.h>
 
 int main(int count, char **words) {
   struct options options = {.seconds = 4, .start = -1};
@@ -21,7 +23,9 @@ int main(int count, char **words) {
     return 2;
 
   listen_to_signals();
-  fb_init();
+  if (access("/dev/fb0", F_OK) != 0)
+    fprintf(stderr, "dashcam: no /dev/fb0; run it on a board, or under dravik-sim\n");
+  fb_init(); /* terminates the program if there is no screen */
   log_printf("dashcam on a panel of %u x %u", fbinfo[FBINFO_XRES], fbinfo[FBINFO_YRES]);
   int result = -1;
   if (canvas_open() == 0 && words_are_ready())

@@ -91,7 +91,7 @@ TEST(GpioExample, PrintsTheLevelAndShowsTheColours) {
 TEST(GpioExample, FailsWithoutTheDriver) {
   const board on;
   on.remove("dev/ambad");
-  expect_failure(on, "gpio", {}, "gpio: no GPIO driver\n");
+  expect_failure(on, "gpio", {}, "gpio: no GPIO driver; run it on a board, or under dravik-sim\n");
 }
 
 TEST(GpioExample, FailsIfTheDriverRejectsRequests) {
@@ -118,7 +118,7 @@ TEST(SensorsExample, PrintsTheAccelerationWithoutAnAdc) {
   on.remove("proc/ambarella/adc");
   const example_result result = run_example(on, "sensors");
   EXPECT_EQ(result.status, 1);
-  EXPECT_THAT(result.errors, EndsWith("sensors: no ADC\n"));
+  EXPECT_THAT(result.errors, EndsWith("sensors: no ADC; run it on a board, or under dravik-sim\n"));
   EXPECT_EQ(result.output, "acceleration: 0, 0, 1000 mg\n");
 }
 
@@ -127,7 +127,7 @@ TEST(SensorsExample, PrintsTheAdcWithoutAnAccelerometer) {
   on.remove("dev/i2c-0");
   const example_result result = run_example(on, "sensors");
   EXPECT_EQ(result.status, 1);
-  EXPECT_THAT(result.errors, EndsWith("sensors: no accelerometer\n"));
+  EXPECT_THAT(result.errors, EndsWith("sensors: no accelerometer; run it on a board, or under dravik-sim\n"));
   EXPECT_THAT(result.output, StartsWith("ADC channel 0: "));
 }
 
@@ -204,7 +204,7 @@ TEST_F(CardExample, FailsWithoutACard) {
 
 TEST_F(CardExample, FailsWithoutTheGpioDriver) {
   on_.remove("dev/ambad");
-  expect_failure(on_, "card", {}, "card: no GPIO driver\n");
+  expect_failure(on_, "card", {}, "card: no GPIO driver; run it on a board, or under dravik-sim\n");
 }
 
 TEST_F(CardExample, FailsWithoutRecordings) {
@@ -224,7 +224,7 @@ TEST(ConsoleExample, SendsItsLines) {
 TEST(ConsoleExample, FailsWithoutASerialPort) {
   const board on;
   on.remove("dev/ttyS0");
-  expect_failure(on, "console", {}, "console: no serial port\n");
+  expect_failure(on, "console", {}, "console: no serial port; run it on a board, or under dravik-sim\n");
 }
 
 TEST(LogExample, WritesFromTwoThreads) {

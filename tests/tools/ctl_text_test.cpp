@@ -174,7 +174,9 @@ TEST_F(CtlText, RefusesWordsThatMakeNoSense) {
 
 TEST_F(CtlText, SaysWhenThereIsNoScreen) {
   board_.remove("dev/fb0");
-  expect_refusal({"text", "0", "0", "x"}, 1, "screen: cannot be opened (error reading fixed info)");
+  expect_refusal(
+      {"text", "0", "0", "x"}, 1,
+      "screen: cannot be opened (error reading fixed info); no /dev/fb0: run it on a board, or under dravik-sim");
 }
 
 } // namespace

@@ -72,7 +72,8 @@ screen_answer ask_screen() {
 bool open_screen(std::string &error) {
   const screen_answer answer = ask_screen();
   if (!answer.opens)
-    error = because("screen: cannot be opened", answer.reason);
+    error = because("screen: cannot be opened", answer.reason) +
+            (::access("/dev/fb0", F_OK) != 0 ? "; no /dev/fb0: run it on a board, or under dravik-sim" : "");
   else if (answer.record[FBINFO_BITS_PER_PIXEL] != drawn_depth)
     error = "screen: unsupported depth " + std::to_string(answer.record[FBINFO_BITS_PER_PIXEL]) +
             "; must be 16 bits per pixel";
