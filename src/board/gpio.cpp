@@ -35,7 +35,8 @@ static_assert(sizeof(gpio_request) == 8);
 /// Return the text up to the first space. A line end is part of it.
 std::string_view first_token(std::string_view line) noexcept {
   line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
-  return line.substr(0, line.find(' '));
+  line.remove_suffix(line.size() - std::min(line.find(' '), line.size()));
+  return line; // not substr(), which needs the C++ library in builds without optimisation
 }
 
 bool is_driver_loaded() noexcept {

@@ -149,13 +149,18 @@ uint32_t bytes_of(uint32_t frames) noexcept {
   return is_mp3() ? frames * 2 : bits_per_frame * frames / 8;
 }
 
+/// Return the error message, or NULL on success.
+const char *prepare() noexcept {
+  const int result = snd_pcm_prepare(h_snd_playback);
+  return result < 0 ? snd_strerror(result) : nullptr;
+}
+
 int32_t recover_underrun() noexcept {
   log_printf("xrun: underrun!!");
-  const int result = snd_pcm_prepare(h_snd_playback);
-  if (result >= 0)
-    return 1;
-  log_printf("xrun: prepare error: %s", snd_strerror(result));
-  return -1;
+  const char *const error = prepare();
+  if (error != nullptr)
+    log_printf("xrun: prepare error: %s", error);
+  return error == nullptr ? 1 : -1;
 }
 
 int32_t recover_draining(int32_t capture) noexcept {
@@ -163,11 +168,10 @@ int32_t recover_draining(int32_t capture) noexcept {
   if (capture != 1)
     return 1;
   log_printf("capture stream format change? attempting recover...");
-  const int result = snd_pcm_prepare(h_snd_playback);
-  if (result >= 0)
-    return 1;
-  log_printf("xrun(DRAINING): prepare error: %s", snd_strerror(result));
-  return -1;
+  const char *const error = prepare();
+  if (error != nullptr)
+    log_printf("xrun(DRAINING): prepare error: %s", error);
+  return error == nullptr ? 1 : -1;
 }
 
 /// After a failed recovery, pause, since the thread has real-time priority. Return false if a
