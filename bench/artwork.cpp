@@ -9,14 +9,13 @@
 namespace bench {
 namespace {
 
-constexpr int levels = 16;
-constexpr int white_on_black = 3 * levels; ///< the ramp from 0x0821 to 0xFFFF, and to white on nothing
-constexpr uint16_t foreground = 0xFFFF, background = 0x0821, transparent = 0;
+constexpr int levels = DRAVIK_RAMP_STEPS;
+constexpr int ramp = DRAVIK_WHITE_ON_BLACK * levels; ///< selected on black and on a transparent background
 
 /// A soft ring with a bar through it, like most of an interface: three quarters of it are empty.
 struct icon {
   int width, height;
-  std::vector<uint8_t> pixels; ///< levels, one a byte
+  std::vector<uint8_t> pixels; ///< levels, one per byte
 
   icon(int w, int h) : width(w), height(h) {
     for (int y = 0; y < h; ++y)
@@ -25,7 +24,7 @@ struct icon {
   }
 
 private:
-  /// How far a pixel lies inside the figure.
+  /// Distance of a pixel from the edge of the figure; positive inside.
   double depth(int x, int y) const {
     const double dx = x - width / 2.0, dy = y - height / 2.0, size = std::min(width, height);
     const double ring = size / 20 - std::fabs(std::hypot(dx, dy) - size * 0.4);
@@ -54,8 +53,7 @@ void load_archive(const icon &from, uint32_t slot) {
 }
 
 SDL_Surface *unpacked(const icon &from, bool keyed) {
-  SDL_Surface *surface =
-      sdl_indexed(from.pixels, from.width, from.height, {gc + white_on_black, gc + white_on_black + levels});
+  SDL_Surface *surface = sdl_indexed(from.pixels, from.width, from.height, {gc + ramp, gc + ramp + levels});
   if (keyed)
     SDL_SetColorKey(surface, SDL_TRUE, 0);
   return surface;
@@ -66,11 +64,15 @@ void add_icon(int width, int height, uint32_t slot) {
   load_archive(drawing, slot);
   const std::string size = std::to_string(width) + 'x' + std::to_string(height);
   row<box>("artwork " + size + ", opaque", {0.50, 2.2}, spread_boxes(width, height, 8))
-      .library([slot](const box &b) { fb_q7bmp_show(b.x, b.y, slot, 0, foreground, background, 0); })
+      .library([slot](const box &b) {
+        fb_q7bmp_show(b.x, b.y, slot, 0, DRAVIK_WHITE, DRAVIK_BLACK, DRAVIK_TOP_LEFT);
+      })
       .peer("SDL 8-bit", [from = unpacked(drawing, false)](const box &b) { sdl_blit(from, b); })
       .floor(set_block);
   row<box>("artwork " + size + ", transparent", {0.80, 0}, spread_boxes(width, height, 8))
-      .library([slot](const box &b) { fb_q7bmp_show(b.x, b.y, slot, 0, foreground, transparent, 0); })
+      .library([slot](const box &b) {
+        fb_q7bmp_show(b.x, b.y, slot, 0, DRAVIK_WHITE, DRAVIK_TRANSPARENT, DRAVIK_TOP_LEFT);
+      })
       .peer("SDL key", [from = unpacked(drawing, true)](const box &b) { sdl_blit(from, b); });
 }
 

@@ -16,7 +16,7 @@ namespace bench {
 namespace {
 
 constexpr box place = {40, 40, 320, 240};
-constexpr size_t data_offset = 54 + 256 * 4; ///< in all files, with room for the largest palette
+constexpr size_t data_offset = 54 + 256 * 4; ///< in all files, with space for the largest palette
 
 size_t row_size(int bits) {
   return (static_cast<size_t>(place.width) * static_cast<size_t>(bits) + 31) / 32 * 4;
@@ -31,8 +31,8 @@ void put_word(uint8_t *at, size_t value) {
     at[i] = static_cast<uint8_t>(value >> (8 * i));
 }
 
-/// A file of noise, which no blit has an easy way with. Colours of palettes are not black, which files of few
-/// colours draw as grey.
+/// A file of noise, which no blit has an easy way with. Colours of palettes are not black, which files of
+/// few colours draw as grey.
 std::string make_file(int bits) {
   std::vector<uint8_t> bytes(data_offset + data_size(bits));
   uint32_t noise = 3;
@@ -127,7 +127,7 @@ void draw_by_sdl(const std::string &path) {
   SDL_FreeSurface(picture);
 }
 
-/// The file read in large pieces, and as many bytes stored as the picture has on the screen.
+/// Read the file in large pieces and store as many bytes as the image has on the screen.
 void read_and_set(const std::string &path, int bits) {
   static std::array<uint8_t, 32768> buffer;
   const int fd = ::open(path.c_str(), O_RDONLY);
@@ -141,7 +141,7 @@ void read_and_set(const std::string &path, int bits) {
   set_block(place);
 }
 
-/// The same for pixels that need no conversion: all rows are read into their places at once.
+/// The same for pixels that need no conversion: all rows are read into their positions in one call.
 void read_into_place(const std::string &path) {
   const int fd = ::open(path.c_str(), O_RDONLY);
   struct stat status;

@@ -1,4 +1,4 @@
-// A simulated board, for what lies at fixed paths of the device.
+// A simulated board, for files at fixed paths of the device.
 
 #include "board.hpp"
 

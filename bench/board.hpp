@@ -1,4 +1,4 @@
-// A simulated board, for what lies at fixed paths of the device.
+// A simulated board, for files at fixed paths of the device.
 #pragma once
 
 #include <cstdio>
@@ -6,13 +6,13 @@
 
 namespace bench {
 
-/// Where a file of the board lies on the host.
+/// The host's path of a file of the board.
 std::string host_path(const std::string &board_path);
 
-/// Opens a file of the board, or ends the program.
+/// Open a file of the board, or ends the program.
 std::FILE *open_on_board(const std::string &path, const char *mode);
 
-/// Makes a board with an empty memory card, and ends the program unless its paths lead there: nothing may
+/// Make a board with an empty memory card, and ends the program unless its paths lead there: nothing may
 /// touch the host's.
 void use_board();
 

@@ -1,4 +1,4 @@
-// The rows of pictures at fixed paths of the device. They are a program of their own, since the simulated
+// The rows of images at fixed paths of the device. They are a program of their own, since the simulated
 // board makes opening a file dearer, which other rows would show.
 
 #include "board.hpp"

@@ -1,4 +1,4 @@
-// Clears, the dark shading, and the copy of the screen.
+// Clears, the gradient, and the copy of the screen.
 
 #include "peers.hpp"
 
@@ -13,7 +13,7 @@ constexpr box whole = {0, 0, screen_width, screen_height};
 constexpr box shaded = {0, 1, 320, 207};
 constexpr box region = {41, 30, 230, 150};
 
-/// Runs of lines of one shade within a box.
+/// Run of lines of one shade within a box.
 struct band {
   box area;
   uint16_t colour;

@@ -43,7 +43,7 @@ DRAVIK_PRINTF(1, 2) int format_alone(const char *format, ...) {
   return length;
 }
 
-/// Gives the message of this number to a printing function.
+/// Pass the message with this number to a printing function.
 template <class Print> int say(Print print, int number) {
   return print(message, "Card", number, 1024, 15160, "KVX01234.TS", 41);
 }
@@ -85,7 +85,7 @@ void transfer_alone(int bus) {
 }
 
 void add_accelerometer() {
-  constexpr const char *bus = "/dev/zero"; // takes and gives bytes at no cost of its own
+  constexpr const char *bus = "/dev/zero"; // reads and writes at no cost of its own
   lead("/dev/i2c-0", bus);
   {
     const silence during_start;

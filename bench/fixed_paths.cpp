@@ -88,7 +88,7 @@ int chdir(const char *path) noexcept {
   return next(led(path));
 }
 
-/// What stands for the accelerometer's bus takes every address.
+/// The fake of the accelerometer's bus accepts every address.
 int ioctl(int descriptor, unsigned long request, ...) noexcept {
   va_list rest;
   va_start(rest, request);

@@ -1,4 +1,4 @@
-// The screen of the benchmarks, and comparisons of what is painted on it.
+// The screen of the benchmarks, and comparisons of its contents.
 
 #include "harness.hpp"
 
@@ -8,7 +8,7 @@
 namespace bench {
 namespace {
 
-/// The screen lies in the middle, so that painting above or below it shows in comparisons.
+/// The screen is in the middle, so that comparisons detect drawing above or below it.
 constexpr size_t margin = size_t{screen_pitch} * 32;
 
 alignas(4096) uint8_t memory[margin + screen_bytes + margin];
@@ -37,7 +37,7 @@ void use_screen() {
   fbinfo[FBINFO_YRES] = fbinfo[FBINFO_LINE_COUNT] = screen_height;
   fbinfo[FBINFO_BITS_PER_PIXEL] = 16;
   fbinfo[FBINFO_BUFFER_COUNT] = 1;
-  set_theme_color(0x0B77);
+  set_theme_color(DRAVIK_DEFAULT_THEME);
 }
 
 uint16_t *pixel_at(int x, int y) {
@@ -66,7 +66,7 @@ std::vector<box> spread_boxes(int width, int height, size_t count) {
 
 std::vector<uint32_t> painted_offsets(const std::function<void()> &job) {
   std::vector<bool> touched(screen_bytes / 2);
-  // Twice on opposite grounds, since a pixel may get the colour that it had.
+  // Twice, on opposite backgrounds, since a pixel may be drawn in the colour that it had.
   for (const int ground : {0x00, 0xFF}) {
     std::memset(memory, ground, sizeof memory);
     job();

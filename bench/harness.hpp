@@ -1,4 +1,4 @@
-// What all benchmarks share: the screen that everybody draws on, and rows of contenders that do the same job.
+// Shared by all benchmarks: the screen, and rows of competitors that do the same job.
 #pragma once
 
 #include "dravik.h"
@@ -36,7 +36,7 @@ struct box {
   int bottom() const { return y + height - 1; }
 };
 
-/// The floor of everything that fills blocks: the rows' bytes set by the C library.
+/// The lower bound of filling blocks: memset() of each row.
 void set_block(const box &b);
 
 /// Places of boxes of one size, spread over the screen so that all alignments occur.
@@ -45,11 +45,11 @@ std::vector<box> spread_boxes(int width, int height, size_t count);
 /// The offsets in bytes of the pixels that a job paints, in the order of memory.
 std::vector<uint32_t> painted_offsets(const std::function<void()> &job);
 
-/// The floor of everything that paints scattered pixels: stores at offsets known beforehand.
+/// The lower bound of drawing scattered pixels: stores at offsets computed beforehand.
 void store_at(const std::vector<uint32_t> &offsets);
 
-/// What a row is judged by: the highest ratio of its median to that of the best peer and of the floor. 0: not
-/// judged.
+/// Limits of a row: the highest ratio of its median to that of the best reference library and of the lower
+/// bound. 0: not judged.
 struct targets {
   double peer;
   double floor;
@@ -66,7 +66,7 @@ struct contender {
   std::string error;
 };
 
-/// A row as the table knows it.
+/// A row of the table.
 struct row_record {
   std::string name;
   targets limits;
@@ -77,11 +77,11 @@ struct row_record {
 /// All rows in the order of their making.
 std::vector<std::unique_ptr<row_record>> &rows();
 
-/// Whether both jobs leave the same screen behind.
+/// Whether both jobs leave the same screen.
 bool paint_the_same(const std::function<void()> &a, const std::function<void()> &b);
 
-/// A row of the table: a job for each item of a series, done by the library, its peers, and the floor.
-/// The library comes first, since the others are compared with what it paints.
+/// A row of the table: a job per item of a series, done by the library, reference libraries and the lower
+/// bound. The library comes first, since the others are compared with its pixels.
 template <class Item> class row {
 public:
   row(std::string name, targets limits, std::vector<Item> items)
@@ -100,7 +100,7 @@ public:
     library_ = pass(job);
     return add("library", role::library, "", job);
   }
-  /// A peer whose pixels must be those of the library, unless the note says why they are not.
+  /// A reference library, whose pixels must be those of the library unless the note names the difference.
   template <class Job> row &peer(const char *name, Job job, const char *note = "") {
     return add(name, role::peer, note, job);
   }
@@ -142,7 +142,7 @@ private:
   std::function<void()> library_;
 };
 
-/// Times of single events, of which the table tells the median and the slowest.
+/// Times of single events; the table contains the median and the slowest.
 struct distribution {
   std::string name;
   std::vector<double> microseconds;
@@ -151,7 +151,7 @@ struct distribution {
 /// All distributions in the order of their making.
 std::vector<std::unique_ptr<distribution>> &distributions();
 
-/// Makes a distribution of what `take` appends in each repetition.
+/// Return the distribution of the times that `take` appends in each repetition.
 void add_distribution(std::string name, std::function<void(std::vector<double> &microseconds)> take);
 
 /// All rows of a program in the order of its table.

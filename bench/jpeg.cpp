@@ -1,4 +1,4 @@
-// JPEG pictures as large as the screen, read from the disk's cache.
+// JPEG images as large as the screen, read from the page cache.
 
 #include "board.hpp"
 #include "harness.hpp"
@@ -18,7 +18,7 @@ constexpr int quality = 85;
 
 using rgb_row = std::array<uint8_t, size_t{width} * 3>;
 
-/// A row of a road under a bright sky, with some noise: what a camera sees.
+/// A row of a road under a bright sky, with some noise, as a camera records.
 rgb_row camera_row(JDIMENSION y) {
   rgb_row row;
   uint32_t noise = y;
@@ -35,7 +35,7 @@ rgb_row camera_row(JDIMENSION y) {
   return row;
 }
 
-/// Makes a picture of 4:2:0 on the board.
+/// Create a 4:2:0 image on the board.
 std::string make_picture(const char *name, bool is_progressive) {
   std::string path = std::string(folder) + name;
   std::FILE *file = open_on_board(path, "wb");
@@ -68,11 +68,11 @@ std::string make_picture(const char *name, bool is_progressive) {
 void convert(uint16_t *to, const uint8_t *from) {
   for (JDIMENSION x = 0; x < width; ++x, from += 3) {
     const auto colour = static_cast<uint16_t>(from[0] >> 3 << 11 | from[1] >> 2 << 5 | from[2] >> 3);
-    to[x] = (colour & 0xF7FE) == 0 ? 0x0821 : colour;
+    to[x] = (colour & 0xF7FE) == 0 ? DRAVIK_BLACK : colour;
   }
 }
 
-/// Decodes to the rows that `row_at` names and shows each to `take`.
+/// Decode to the rows of `row_at` and pass each to `take`.
 template <class RowAt, class Take>
 void decode(const std::string &path, J_COLOR_SPACE colours, RowAt row_at, Take take) {
   std::FILE *file = std::fopen(path.c_str(), "rb");
@@ -102,7 +102,7 @@ void draw_rows(const std::string &path) {
       [](JDIMENSION y) { convert(pixel_at(0, static_cast<int>(y)), row.data()); });
 }
 
-/// libjpeg-turbo's own RGB565, which knows nothing of near-black; the picture has none.
+/// libjpeg-turbo's own RGB565, without the substitution of near-black; the image has none.
 void draw_rgb565(const std::string &path) {
   decode(
       path, JCS_RGB565,
@@ -116,7 +116,7 @@ void decode_only(const std::string &path) {
       path, JCS_RGB, [](JDIMENSION) { return row.data(); }, [](JDIMENSION) {});
 }
 
-/// TurboJPEG decodes whole pictures from memory to memory.
+/// TurboJPEG decodes whole images from memory to memory.
 void draw_by_turbojpeg(const std::string &path) {
   static const tjhandle decoder = tjInitDecompress();
   static std::array<uint8_t, size_t{1} << 18> file_bytes;
@@ -133,7 +133,7 @@ void add_picture(const char *kind, bool is_progressive) {
   const std::string name = std::string(kind) + ".jpg";
   row<std::string>("JPEG 640x480, " + std::string(kind), {1.10, 1.20},
                    {make_picture(name.c_str(), is_progressive)})
-      .library([name](const std::string &) { fb_put_jpeg_file(0, 0, name.c_str(), 0); })
+      .library([name](const std::string &) { fb_put_jpeg_file(0, 0, name.c_str(), DRAVIK_TOP_LEFT); })
       .peer("TurboJPEG", draw_by_turbojpeg)
       .peer("libjpeg RGB", draw_rows)
       .peer("libjpeg RGB565", draw_rgb565)

@@ -1,4 +1,4 @@
-// The rows of what draws and needs no file at a fixed path of the device.
+// The rows of drawing without files at fixed paths of the device.
 
 #include "harness.hpp"
 

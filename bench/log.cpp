@@ -15,10 +15,10 @@ namespace {
 
 constexpr size_t lines_a_pass = 500; ///< far from where the log is full
 
-/// What both the peers do before they write.
+/// Done by both reference implementations before they write.
 bool has_room(const char *path) {
   struct stat status;
-  return ::stat(path, &status) != 0 || status.st_size < 262144;
+  return ::stat(path, &status) != 0 || status.st_size < DRAVIK_LOG_SIZE_MAX;
 }
 
 void append_by_stdio(const char *path, int number) {

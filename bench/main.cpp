@@ -6,7 +6,7 @@
 #include <cstdlib>
 
 int main(int argc, char **argv) {
-  // Flags that are given come later and win.
+  // Flags of the command line come later and take precedence.
   char interleaving[] = "--benchmark_enable_random_interleaving=true";
   char repetitions[] = "--benchmark_repetitions=11";
   char time[] = "--benchmark_min_time=0.02";

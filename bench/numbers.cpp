@@ -1,4 +1,4 @@
-// Checksums and hexadecimal text. Each result is painted as two pixels, by which the peers are compared.
+// Checksums and hexadecimal text. Each result is drawn as two pixels, by which the libraries are compared.
 
 #include "harness.hpp"
 

@@ -1,4 +1,4 @@
-// The peers' views of the screen.
+// The screen as the reference libraries access it.
 
 #include "peers.hpp"
 

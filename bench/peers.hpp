@@ -1,4 +1,4 @@
-// The peers' views of the screen, and their words for boxes and colours.
+// The screen, boxes and colours in the types of the reference libraries.
 #pragma once
 
 #include "harness.hpp"
@@ -17,15 +17,15 @@ struct rgb {
   uint8_t red, green, blue;
 };
 
-/// The channels of a colour of 16 bits; truncating them again gives the colour.
+/// The channels of an RGB565 colour; truncating them again yields the colour.
 constexpr rgb channels(uint16_t colour) {
   return {static_cast<uint8_t>(colour >> 11 << 3), static_cast<uint8_t>(colour >> 5 << 2),
           static_cast<uint8_t>(colour << 3)};
 }
 
 SDL_Surface *sdl_screen();
-/// SDL's renderer in software on the same surface, which it and SDL2_gfx draw lines with. It queues: flush
-/// it.
+/// SDL's renderer in software on the same surface, which it and SDL2_gfx draw lines with. It queues:
+/// flush it.
 SDL_Renderer *sdl_renderer();
 SDL_Color sdl_colour(uint16_t colour);
 inline SDL_Rect sdl_rect(const box &b) {
@@ -51,11 +51,11 @@ using agg_base = agg::renderer_base<agg_pixels>;
 using agg_shapes = agg::renderer_primitives<agg_base>;
 
 agg_base &agg_screen();
-/// Draws and fills in the ink.
+/// Draw and fill in the ink.
 agg_shapes &agg_primitives();
 agg::rgba8 agg_colour(uint16_t colour);
 
-/// A picture of indexed pixels with its palette, as SDL sees it.
+/// An image of indexed pixels with its palette, for SDL.
 SDL_Surface *sdl_indexed(const std::vector<uint8_t> &pixels, int width, int height,
                          const std::vector<uint16_t> &colours);
 

@@ -1,4 +1,5 @@
-// The report of a run: the library's medians beside those of its peers and of the floor.
+// The report of a run: the library's medians next to those of the reference libraries and of the
+// lower bound.
 
 #include "ratio_table.hpp"
 
@@ -15,7 +16,7 @@ namespace {
 /// A ratio this much above its target is noise.
 constexpr double tolerance = 1.03;
 
-/// The value that this part of all values lies below; 0 of none.
+/// The value below which this part of all values is; 0 for no values.
 double quantile(std::vector<double> values, double part) {
   if (values.empty())
     return 0;
@@ -78,7 +79,8 @@ verdict judge(double library, const contender *other, double limit) {
   return v;
 }
 
-/// Whether the library is as quick as the floor, and the target of the peer lies below that.
+/// Whether the library is as fast as the lower bound, and the target of the reference library is
+/// below that.
 bool is_bound(const row_record &row, double library) {
   const contender *peer = best(row, role::peer), *floor = best(row, role::floor);
   if (peer == nullptr || floor == nullptr)

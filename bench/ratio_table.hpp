@@ -1,4 +1,5 @@
-// The report of a run: the library's medians beside those of its peers and of the floor.
+// The report of a run: the library's medians next to those of the reference libraries and of the
+// lower bound.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -9,7 +10,7 @@ class ratio_table : public benchmark::BenchmarkReporter {
 public:
   bool ReportContext(const Context &context) override;
   void ReportRuns(const std::vector<Run> &runs) override;
-  /// Prints the table, in Markdown.
+  /// Print the table, in Markdown.
   void Finalize() override;
 
   /// Whether a contender painted something else than the library.

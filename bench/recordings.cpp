@@ -44,7 +44,7 @@ void make_recordings() {
   std::exit(EXIT_FAILURE);
 }
 
-/// Does something with every name of the folder, which is the working directory meanwhile.
+/// Call a function with every name of the directory, which is the working directory meanwhile.
 template <class Look> void in_folder(Look look) {
   std::array<char, 4096> before;
   if (::getcwd(before.data(), before.size()) == nullptr || ::chdir(folder().c_str()) != 0)
@@ -66,7 +66,7 @@ void stat_all() {
   });
 }
 
-/// The names in the order of the folder.
+/// The names in the order of the directory.
 std::vector<std::string> names() {
   std::vector<std::string> all;
   DIR *directory = ::opendir(folder().c_str());

@@ -1,4 +1,4 @@
-// A folder for the files of the benchmarks, gone when the program ends.
+// A directory for the files of the benchmarks, removed when the program ends.
 #pragma once
 
 #include <cstdlib>
@@ -33,8 +33,8 @@ inline const scratch_folder &scratch() {
   return folder;
 }
 
-/// To be called before the folder is made: it lies in memory, unless TMPDIR says otherwise. A disk's
-/// bookkeeping would hide what files cost.
+/// Must be called before the directory is created: it is in memory, unless TMPDIR is set. A disk's
+/// bookkeeping would hide the cost of files.
 inline void prefer_memory_for_scratch() {
   if (std::filesystem::is_directory("/dev/shm"))
     ::setenv("TMPDIR", "/dev/shm", 0);

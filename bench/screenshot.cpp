@@ -26,7 +26,7 @@ void empty_card() {
     std::filesystem::remove(entry.path());
 }
 
-/// What the only file on the card holds.
+/// The contents of the only file on the card.
 bytes card_file() {
   const auto first = std::filesystem::directory_iterator(host_path(card));
   if (first == std::filesystem::directory_iterator())
@@ -50,7 +50,7 @@ void write_at_once(const bytes &whole) {
   ::close(fd);
 }
 
-/// The file of the library, once the peer has shown that it writes the same one.
+/// The file of the library, after the reference library has written the same one.
 bytes agreed_file() {
   for (int i = 0; i < screen_width * screen_height; ++i)
     pixel_at(0, 0)[i] = static_cast<uint16_t>(static_cast<unsigned>(i) * 40503 >> 4);

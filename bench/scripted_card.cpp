@@ -1,5 +1,5 @@
-// A sound card that takes every frame at once. The library's calls come here by the loader's order of
-// definitions.
+// A sound card that accepts every frame immediately. The library's calls come here by the loader's order
+// of definitions.
 
 #include "scripted_card.hpp"
 

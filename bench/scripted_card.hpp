@@ -1,4 +1,4 @@
-// A sound card that takes every frame at once: ALSA's calls, defined by the program itself.
+// A sound card that accepts every frame immediately: ALSA's calls, defined by the program itself.
 #pragma once
 
 #include <chrono>

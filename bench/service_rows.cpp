@@ -1,5 +1,5 @@
-// The rows of what does not draw. They are a program of their own, since it leads the fixed paths of the
-// device elsewhere and stands in for its sound card.
+// The rows that do not draw. They are a program of their own, since it redirects the fixed paths of the
+// device and interposes its sound card.
 
 #include "fixed_paths.hpp"
 #include "harness.hpp"

@@ -1,4 +1,4 @@
-// Pictures of 16 bits kept in slots.
+// 16-bit images in slots.
 
 #include "peers.hpp"
 #include "scratch_folder.hpp"
@@ -11,8 +11,8 @@ namespace bench {
 namespace {
 
 constexpr size_t data_offset = 66; ///< after the header and the three masks
-constexpr uint16_t key = 0xF81F, silhouette_colour = 0x7BCF, black = 0;
-enum mode : int32_t { copy, keyed, silhouette };
+constexpr uint16_t key = DRAVIK_MAGENTA_KEY, silhouette_colour = 0x7BCF, black = 0;
+using mode = dravik_bmp_mode;
 
 /// A disc of noise with a black rim on the key colour, as signs on a map are. The top row comes first.
 struct drawing {
@@ -31,11 +31,11 @@ struct drawing {
   size_t row_size() const { return static_cast<size_t>(width) * 2; }
   std::string size() const { return std::to_string(width) + 'x' + std::to_string(height); }
 
-  /// What is left of it in a mode, for peers that know one key colour only.
+  /// The pixels that a mode draws, for libraries with one key colour only.
   drawing prepared_for(mode m) const {
     drawing other = *this;
     for (uint16_t &pixel : other.pixels)
-      if (m == silhouette)
+      if (m == DRAVIK_BMP_SILHOUETTE)
         pixel = pixel == key || pixel == black ? key : silhouette_colour;
     return other;
   }
@@ -92,7 +92,7 @@ std::vector<drawing> load_drawings() {
   return made;
 }
 
-/// The pictures, in the slots of their numbers.
+/// The images, in the slots of their numbers.
 const std::vector<drawing> &drawings() {
   static const std::vector<drawing> all = load_drawings();
   return all;
@@ -128,21 +128,22 @@ void put_pixels(const drawing &from, mode m, const box &b) {
   for (int y = b.y; y <= b.bottom(); ++y) {
     uint16_t *to = pixel_at(b.x, y);
     for (int x = 0; x < b.width; ++x, ++pixel)
-      if (*pixel != key && (m == keyed || *pixel != black))
-        to[x] = m == keyed ? *pixel : silhouette_colour;
+      if (*pixel != key && (m == DRAVIK_BMP_KEYED || *pixel != black))
+        to[x] = m == DRAVIK_BMP_KEYED ? *pixel : silhouette_colour;
   }
 }
 
 void show(size_t slot, mode m, const box &b) {
-  bmp_mem_show(static_cast<uint32_t>(b.x), static_cast<uint32_t>(b.y), static_cast<int32_t>(slot), m, 0);
+  bmp_mem_show(static_cast<uint32_t>(b.x), static_cast<uint32_t>(b.y), static_cast<int32_t>(slot), m,
+               DRAVIK_TOP_LEFT);
 }
 
 void add_copy(size_t slot, targets limits) {
   const drawing &from = drawings()[slot];
   row<box>("slot " + from.size() + ", copy", limits, spread_boxes(from.width, from.height, 8))
-      .library([slot](const box &b) { show(slot, copy, b); })
+      .library([slot](const box &b) { show(slot, DRAVIK_BMP_COPY, b); })
       .peer("pixman", [&from](const box &b) { pixman_copy(from, b); })
-      .peer("SDL", [picture = sdl_picture(from, copy)](const box &b) { sdl_blit(picture, b); })
+      .peer("SDL", [picture = sdl_picture(from, DRAVIK_BMP_COPY)](const box &b) { sdl_blit(picture, b); })
       .floor([slot](const box &b) { copy_rows(slot, b); });
 }
 
@@ -164,8 +165,8 @@ void add_slots() {
   add_copy(2, large);
   add_copy(3, large);
   for (const size_t slot : {size_t{1}, size_t{2}}) {
-    add_keyed(slot, keyed, "key");
-    add_keyed(slot, silhouette, "silhouette");
+    add_keyed(slot, DRAVIK_BMP_KEYED, "key");
+    add_keyed(slot, DRAVIK_BMP_SILHOUETTE, "silhouette");
   }
 }
 

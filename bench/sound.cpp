@@ -1,4 +1,5 @@
-// Sound, into a card that takes every frame at once: decoding, widening, and how soon a sound begins.
+// Sound, on a card that accepts every frame immediately: decoding, widening, and the time until a
+// sound starts.
 
 #include "harness.hpp"
 #include "scratch_folder.hpp"
@@ -22,7 +23,7 @@ constexpr useconds_t engine_pause_us = 150000; ///< after every sound
 
 struct sound_file {
   std::string path;
-  std::vector<uint8_t> bytes; ///< with the NUL behind the end that the decoder may look at
+  std::vector<uint8_t> bytes; ///< with the NUL after the end that the decoder may read
 };
 
 /// A file that was made with the program.
@@ -97,7 +98,7 @@ void add_widening() {
 
 constexpr int sounds_a_run = 100;
 
-/// Waits until the engine waits for a request.
+/// Wait until the engine waits for a request.
 void await_idle_engine() {
   while (get_snd_thread_state() != 0)
     ::usleep(100);
@@ -112,7 +113,7 @@ double microseconds_to_first_frame(const char *path) {
   return std::chrono::duration<double, std::micro>(first_frame() - asked).count();
 }
 
-/// Starts the engine once, since stopping it costs the next sound.
+/// Start the engine once, since stopping it costs the next sound.
 bool has_engine() {
   static const bool is_running = snd_init() == 1;
   return is_running;

@@ -8,14 +8,14 @@ namespace bench {
 namespace {
 
 constexpr size_t glyph_count = 128;
-constexpr uint16_t letters = ink, ground = 0x0821, nothing = 0;
+constexpr uint16_t letters = ink, ground = DRAVIK_BLACK, nothing = 0;
 constexpr const char *label = "Recording 12:34:56 A";
 constexpr size_t label_length = 20;
 
 /// A font of letters that look like letters: strokes, with space between.
 struct font {
   int width, height;
-  std::vector<uint8_t> glyphs; ///< as the library takes them
+  std::vector<uint8_t> glyphs; ///< as the library reads them
   std::vector<SDL_Surface *> opaque, keyed;
   pixman_glyph_cache_t *cache = pixman_glyph_cache_create();
   std::vector<const void *> masks;

@@ -1,4 +1,4 @@
-// Lines of smooth text.
+// Lines of anti-aliased text.
 
 #include "harness.hpp"
 
@@ -12,17 +12,16 @@
 namespace bench {
 namespace {
 
-constexpr int plane_width = 640, plane_height = 480;
+constexpr int plane_width = DRAVIK_PLANE_WIDTH, plane_height = DRAVIK_PLANE_HEIGHT;
 constexpr int pen_column = 10, pen_row = 100, baseline = 200;
-constexpr uint16_t letters = 0xFFFF, ground = 0x0821, nothing = 0;
-constexpr size_t white_on_black = 3 * 16, black_on_white = 12 * 16; ///< ramps of the colour table
 
 struct line {
   std::u16string text;
   uint32_t size, font;
 };
 
-/// What both the peer and the floor do: the calls of FreeType, and `take` for each rendered glyph.
+/// Shared by the reference implementation and the lower bound: the calls of FreeType, and `take` for each
+/// rendered glyph.
 template <class Take> void render(const line &what, Take take) {
   FT_Library library;
   FT_Face face;
@@ -55,9 +54,9 @@ void compose(const FT_GlyphSlotRec &glyph) {
       cells[column] = from[column] >> 4;
 }
 
-/// The plane's box around the text, put on the screen through a ramp.
+/// Draw the box of the plane around the text on the screen, through a ramp.
 void put_box(const box &from, int x, int y, bool is_opaque) {
-  const uint16_t *ramp = gc + (is_opaque ? white_on_black : black_on_white);
+  const uint16_t *ramp = gc + (is_opaque ? DRAVIK_WHITE_ON_BLACK : DRAVIK_BLACK_ON_WHITE) * DRAVIK_RAMP_STEPS;
   for (int row = 0; row < from.height; ++row) {
     const uint8_t *cells = &plane[static_cast<size_t>((from.y + row) * plane_width + from.x)];
     uint16_t *to = pixel_at(x, y + row);
@@ -67,7 +66,7 @@ void put_box(const box &from, int x, int y, bool is_opaque) {
   }
 }
 
-/// The usual program: a plane, FreeType's glyphs copied to it, and the plane to the screen.
+/// The usual program: copy FreeType's glyphs to a plane, and the plane to the screen.
 void put_by_hand(const line &what, int x, int y, bool is_opaque) {
   std::memset(plane.data(), 0, plane.size());
   int left = pen_column, right = 0, top = plane_height, bottom = 0;
@@ -96,7 +95,8 @@ void add_line(const std::string &name, const line &what, bool is_opaque) {
   constexpr int x = 40, y = 60;
   row<line>(name + (is_opaque ? ", opaque" : ", transparent"), {1.05, 0}, {what})
       .library([is_opaque](const line &l) {
-        put_unicode_string(x, y, l.text.c_str(), l.size, l.font, letters, is_opaque ? ground : nothing, 0);
+        put_unicode_string(x, y, l.text.c_str(), l.size, l.font, DRAVIK_WHITE,
+                           is_opaque ? DRAVIK_BLACK : DRAVIK_TRANSPARENT, DRAVIK_TOP_LEFT);
       })
       .peer("by hand", [is_opaque](const line &l) { put_by_hand(l, x, y, is_opaque); })
       .floor([](const line &l) { render(l, [](const FT_GlyphSlotRec &, char16_t, const FT_Vector &) {}); });

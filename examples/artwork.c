@@ -1,4 +1,4 @@
-/* Packed artwork: the images of an archive in four columns, each row through another ramp of the colour table.
+/* Packed artwork: the images of an archive in four columns, each row through another ramp.
  *
  * Build:    cc -std=c99 artwork.c -o artwork -ldravik
  * Archive:  dravik-art pack icons.q7 home.png back.png, of images up to 80 x 80
@@ -9,15 +9,17 @@
 
 #include <stdio.h>
 
-enum { BLACK = 0x0821, WHITE = 0xFFFF, RED = 0xF800, CYAN = 0x07FF };
 enum { CELL = 80, COLUMNS = 4, WAYS = 4 };
 
 /* The library centres an image in a quarter of 320 columns; the application needs no image sizes. */
-static const int quarters[COLUMNS] = {8, 10, 12, 14};
+static const int quarters[COLUMNS] = {DRAVIK_QUARTER_1, DRAVIK_QUARTER_2, DRAVIK_QUARTER_3, DRAVIK_QUARTER_4};
 
 static const struct {
   uint16_t foreground, background;
-} ways[WAYS] = {{WHITE, BLACK}, {CYAN, BLACK}, {RED, WHITE}, {WHITE, DRAVIK_THEME}};
+} ways[WAYS] = {{DRAVIK_WHITE, DRAVIK_BLACK},
+                {DRAVIK_CYAN, DRAVIK_BLACK},
+                {DRAVIK_RED, DRAVIK_WHITE},
+                {DRAVIK_WHITE, DRAVIK_THEME}};
 
 static void show_row(int row, int first, int count) {
   const uint16_t foreground = ways[row % WAYS].foreground, background = ways[row % WAYS].background;
@@ -35,7 +37,7 @@ static int show(const char *path) {
     return 1;
   }
   const int count = (int)get_q7bmp_str_num(0), rows = (int)fbinfo[FBINFO_YRES] / CELL;
-  fb_clear_screen(BLACK);
+  fb_clear_screen(DRAVIK_BLACK);
   for (int row = 0; row < rows && row * COLUMNS < count; ++row)
     show_row(row, row * COLUMNS, count - row * COLUMNS);
   q7bmp_free();

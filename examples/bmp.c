@@ -8,13 +8,13 @@
 
 #include <stdio.h>
 
-enum { BLACK = 0x0821, COPY = 0, CENTRE = 3 };
-
 static int show(const char *path) {
-  fb_clear_screen(BLACK);
-  if (fb_put_bmp_file(fbinfo[FBINFO_XRES] / 2, fbinfo[FBINFO_YRES] / 2, path, COPY, CENTRE) != 0)
+  fb_clear_screen(DRAVIK_BLACK);
+  if (fb_put_bmp_file(fbinfo[FBINFO_XRES] / 2, fbinfo[FBINFO_YRES] / 2, path, DRAVIK_BMP_COPY,
+                      DRAVIK_CENTRE) != 0)
     return 1; /* the library has written the reason to standard error */
-  printf("%s: %u x %u, %u bits per pixel\n", path, bmpinfo[0], bmpinfo[1], bmpinfo[2]);
+  printf("%s: %u x %u, %u bits per pixel\n", path, bmpinfo[BMPINFO_WIDTH], bmpinfo[BMPINFO_HEIGHT],
+         bmpinfo[BMPINFO_BITS_PER_PIXEL]);
   return 0;
 }
 

@@ -11,8 +11,12 @@
 static const struct {
   uint8_t bit;
   const char *name;
-} states[] = {{0x80, "present"}, {0x40, "write-protected"}, {0x20, "partitioned"},
-              {0x10, "mounted"}, {0x08, "FAT32"},           {0x04, "writable"}};
+} states[] = {{DRAVIK_CARD_PRESENT, "present"},
+              {DRAVIK_CARD_LOCKED, "write-protected"},
+              {DRAVIK_CARD_PARTITIONED, "partitioned"},
+              {DRAVIK_CARD_MOUNTED, "mounted"},
+              {DRAVIK_CARD_FAT32, "FAT32"},
+              {DRAVIK_CARD_WRITABLE, "writable"}};
 
 static int print_state(void) {
   uint8_t status;

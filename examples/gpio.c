@@ -11,7 +11,7 @@
 #include <stdlib.h>
 #include <time.h>
 
-enum { CARD_LOCK_LINE = 68, STEP_NS = 200000000 };
+enum { STEP_NS = 200000000 };
 
 static int print_level(uint32_t line) {
   const int level = gpio_get(line);
@@ -33,7 +33,7 @@ static int show_colours(void) {
 }
 
 int main(int argc, char **argv) {
-  const uint32_t line = argc > 1 ? (uint32_t)strtoul(argv[1], NULL, 10) : CARD_LOCK_LINE;
+  const uint32_t line = argc > 1 ? (uint32_t)strtoul(argv[1], NULL, 10) : DRAVIK_GPIO_CARD_LOCK;
   if (gpio_init() != 0) {
     fprintf(stderr, "gpio: no GPIO driver; run it on a board, or under dravik-sim\n");
     return 1;

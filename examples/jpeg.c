@@ -9,13 +9,11 @@
 
 #include <stdio.h>
 
-enum { BLACK = 0x0821, CENTRE = 3 };
-
 static int show(const char *name) {
-  fb_clear_screen(BLACK);
-  if (fb_put_jpeg_file(fbinfo[FBINFO_XRES] / 2, fbinfo[FBINFO_YRES] / 2, name, CENTRE) != 0)
+  fb_clear_screen(DRAVIK_BLACK);
+  if (fb_put_jpeg_file(fbinfo[FBINFO_XRES] / 2, fbinfo[FBINFO_YRES] / 2, name, DRAVIK_CENTRE) != 0)
     return 1; /* the library has written the reason to standard error */
-  printf("%s: %u x %u\n", name, jpeginfo[0], jpeginfo[1]);
+  printf("%s: %u x %u\n", name, jpeginfo[JPEGINFO_WIDTH], jpeginfo[JPEGINFO_HEIGHT]);
   return 0;
 }
 

@@ -8,13 +8,11 @@
 
 #include <stdio.h>
 
-enum { CHANNELS = 4 };
-
 static int print_adc(void) {
-  uint32_t codes[CHANNELS];
+  uint32_t codes[DRAVIK_ADC_CHANNELS];
   if (read_adc(codes) != 0)
     return 1; /* the library has written the reason to standard error */
-  for (int channel = 0; channel < CHANNELS; ++channel)
+  for (int channel = 0; channel < DRAVIK_ADC_CHANNELS; ++channel)
     printf("ADC channel %d: %u\n", channel, codes[channel]);
   printf("temperature: %.1f degrees Celsius\n", read_temperature() / 1000.0);
   return 0;

@@ -9,25 +9,24 @@
 #include <stdio.h>
 
 enum { WIDTH = 320, HEIGHT = 240 }; /* lines and circles are not clipped: the screen must have these pixels */
-enum { BLACK = 0x0821, WHITE = 0xFFFF, RED = 0xF800, YELLOW = 0xFFE0, CYAN = 0x07FF, GREY = 0x7BEF };
-enum { THEME_RAMP = 27, STEPS = 16 };
 
 static void draw_rays(int x, int y, int length) {
   for (int step = -length; step <= length; step += 8)
-    fb_put_line(x, y, x + length, y + step, CYAN);
+    fb_put_line(x, y, x + length, y + step, DRAVIK_CYAN);
 }
 
 static void draw_target(int x, int y) {
-  fb_put_circle_fill(x, y, 40, WHITE);
-  fb_put_circle_fill(x, y, 26, RED);
-  fb_put_circle_fill(x, y, 12, WHITE);
-  fb_put_circle(x, y, 48, GREY);
+  fb_put_circle_fill(x, y, 40, DRAVIK_WHITE);
+  fb_put_circle_fill(x, y, 26, DRAVIK_RED);
+  fb_put_circle_fill(x, y, 12, DRAVIK_WHITE);
+  fb_put_circle(x, y, 48, DRAVIK_GREY);
 }
 
 /* The 16 colours from the theme colour to white. */
 static void draw_ramp(int x, int y) {
-  for (int step = 0; step < STEPS; ++step)
-    fb_put_rect_fill(x + step * 17, y, x + 16 + step * 17, y + 30, gc[THEME_RAMP * STEPS + step]);
+  for (int step = 0; step < DRAVIK_RAMP_STEPS; ++step)
+    fb_put_rect_fill(x + step * 17, y, x + 16 + step * 17, y + 30,
+                     gc[DRAVIK_THEME_TO_WHITE * DRAVIK_RAMP_STEPS + step]);
 }
 
 int main(int argc, char **argv) {
@@ -40,14 +39,14 @@ int main(int argc, char **argv) {
     fb_exit();
     return 1;
   }
-  fb_clear_screen(BLACK);
+  fb_clear_screen(DRAVIK_BLACK);
   fb_clear_screen_gradient();
   fb_put_rect_thick(0, 0, xres - 1, yres - 1, get_theme_color(), 4);
   draw_rays(20, 100, 60);
   draw_target(160, 100);
   fb_put_rect_fill(230, 60, 300, 90, get_theme_color());
-  fb_put_rect(230, 110, 300, 140, YELLOW);
-  fb_put_triangle(265, 20, 240, 50, 290, 50, YELLOW);
+  fb_put_rect(230, 110, 300, 140, DRAVIK_YELLOW);
+  fb_put_triangle(265, 20, 240, 50, 290, 50, DRAVIK_YELLOW);
   draw_ramp(20, 180);
   return fb_exit() == 0 ? 0 : 1;
 }

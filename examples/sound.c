@@ -11,14 +11,14 @@
 #include <stdio.h>
 #include <time.h>
 
-enum { VOLUME_PERCENT = 80, STEP_NS = 5000000, START_STEPS = 400, KEEP_CURRENT = 0 };
+enum { STEP_NS = 5000000, START_STEPS = 400, KEEP_CURRENT = 0 };
 
 static int is_readable(const char *path) {
   FILE *file = fopen(path, "rb");
   return file != NULL && fclose(file) == 0;
 }
 
-/* The engine's thread takes a moment to begin; snd_exit() would drop a file that has not begun. */
+/* The engine starts asynchronously; snd_exit() would drop a file that has not started. */
 static void await_start(void) {
   const struct timespec step = {0, STEP_NS};
   for (int i = 0; i < START_STEPS && get_snd_thread_state() == 0; ++i)
@@ -39,7 +39,7 @@ int main(int argc, char **argv) {
     return fail(argv[1], "cannot be read");
   if (snd_init() != 1)
     return fail(argv[1], "engine not started; see /tmp/dravik.log");
-  spk_volume_setup(VOLUME_PERCENT);
+  spk_volume_setup(DRAVIK_VOLUME_HIGH);
   snd_play_direct(argv[1], KEEP_CURRENT);
   await_start();
   printf("playing %s\n", argv[1]); /* the program is free to do other work */

@@ -12,7 +12,6 @@
 
 #define FONTS "/usr/local/dravik/font/"
 
-enum { BLACK = 0x0821, WHITE = 0xFFFF, YELLOW = 0xFFE0, TRANSPARENT = 0 };
 enum { SMALL, MEDIUM, LARGE, COUNT };
 enum { WIDTH = 320, HEIGHT = 180 }; /* text is not clipped: the screen must have these pixels */
 
@@ -31,15 +30,15 @@ static int are_loaded(void) {
 
 static void show(void) {
   uint32_t y = 16;
-  fb_clear_screen(BLACK);
+  fb_clear_screen(DRAVIK_BLACK);
   for (int font = SMALL; font < COUNT; ++font) {
-    fb_printf(16, y, WHITE, TRANSPARENT, font, "%d x %d", psf[font].width, psf[font].height);
+    fb_printf(16, y, DRAVIK_WHITE, DRAVIK_TRANSPARENT, font, "%d x %d", psf[font].width, psf[font].height);
     y += (uint32_t)psf[font].height + 8;
   }
-  fb_printf(16, y, YELLOW, TRANSPARENT, SMALL, "%g V, 0x%x, 100 %%", 13.8, 0x2Au);
+  fb_printf(16, y, DRAVIK_YELLOW, DRAVIK_TRANSPARENT, SMALL, "%g V, 0x%x, 100 %%", 13.8, 0x2Au);
   y += (uint32_t)psf[SMALL].height + 8;
-  fb_printf(16, y, WHITE, get_theme_color(), MEDIUM, " on a bar ");
-  fb_putc('!', 16 + 11 * (uint32_t)psf[MEDIUM].width, y, YELLOW, BLACK, MEDIUM);
+  fb_printf(16, y, DRAVIK_WHITE, get_theme_color(), MEDIUM, " on a bar ");
+  fb_putc('!', 16 + 11 * (uint32_t)psf[MEDIUM].width, y, DRAVIK_YELLOW, DRAVIK_BLACK, MEDIUM);
 }
 
 int main(int argc, char **argv) {

@@ -9,10 +9,9 @@
 
 #include <stdio.h>
 
-enum { BLACK = 0x0821, WHITE = 0xFFFF, YELLOW = 0xFFE0, CYAN = 0x07FF };
-enum { LATIN_FONT = 0, ASIAN_FONT = 1 };      /* entries of ttf_font_file */
-enum { CENTRE_X = 4 };                        /* in the middle of 640 columns */
-enum { WIDTH = 640, HEIGHT = 480, GAP = 24 }; /* anti-aliased text is laid out for this screen */
+enum { LATIN_FONT = 0, ASIAN_FONT = 1 }; /* entries of ttf_font_file */
+/* Anti-aliased text is laid out for a screen of this size. */
+enum { WIDTH = DRAVIK_PLANE_WIDTH, HEIGHT = DRAVIK_PLANE_HEIGHT, GAP = 24 };
 
 /* UTF-16, low byte first, as the processors of the device and of PCs store uint16_t. */
 static const uint16_t athens[] = {0x0391, 0x03B8, 0x03AE, 0x03BD, 0x03B1, 0};
@@ -23,7 +22,7 @@ static uint32_t put(uint32_t y, const void *text, uint32_t points, uint32_t font
   if (y == 0)
     return 0;
   str_height = 0; /* unchanged if the font cannot be read or a character is missing in it */
-  put_unicode_string(0, y, text, points, font, foreground, BLACK, CENTRE_X);
+  put_unicode_string(0, y, text, points, font, foreground, DRAVIK_BLACK, DRAVIK_SCREEN_CENTRE_X);
   return str_height > 0 ? y + (uint32_t)str_height + GAP : 0;
 }
 
@@ -33,10 +32,10 @@ static int show(const char *greeting) {
   snprintf(ascii, sizeof ascii, "%s", greeting);
   ascii_to_unicode_string(ascii, units);
 
-  fb_clear_screen(BLACK);
-  uint32_t y = put(40, units, 48, LATIN_FONT, WHITE);
-  y = put(y, athens, 32, LATIN_FONT, CYAN);
-  y = put(y, tokyo, 32, ASIAN_FONT, YELLOW);
+  fb_clear_screen(DRAVIK_BLACK);
+  uint32_t y = put(40, units, 48, LATIN_FONT, DRAVIK_WHITE);
+  y = put(y, athens, 32, LATIN_FONT, DRAVIK_CYAN);
+  y = put(y, tokyo, 32, ASIAN_FONT, DRAVIK_YELLOW);
   if (y == 0)
     fprintf(stderr, "truetype: not all text drawn; check %s and %s\n", ttf_font_file[0], ttf_font_file[1]);
   return y == 0;

@@ -1,5 +1,5 @@
-// JPEG pictures, on the screen and partly off it. Headers that promise enormous pictures are left to
-// libjpeg's own tests: they cost time and memory before the library sees a row.
+// JPEG images, on the screen and partly off it. Headers of enormous images are left to
+// libjpeg's own tests: they cost time and memory before the library receives a row.
 
 #include "rig.hpp"
 
@@ -23,7 +23,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     return 0;
   dravik::fuzz::rig::the().file({data, size});
   const char *const name = dravik::fuzz::rig::file_name;
-  fb_put_jpeg_file(0, 0, name, 0);
-  fb_put_jpeg_file(0xFFFFFFF0U, 110, name, 0);
+  fb_put_jpeg_file(0, 0, name, DRAVIK_TOP_LEFT);
+  fb_put_jpeg_file(0xFFFFFFF0U, 110, name, DRAVIK_TOP_LEFT);
   return 0;
 }

@@ -1,4 +1,4 @@
-// MP3 files, played on a simulated sound card that takes everything at once.
+// MP3 files, played on a simulated sound card without a clock.
 
 #include "rig.hpp"
 
@@ -10,7 +10,7 @@ namespace {
 using dravik::fuzz::require;
 using dravik::fuzz::rig;
 
-/// Gives the rig's board a card. What it records is of no use.
+/// Add a sound card to the rig's board. Its recording is not used.
 void plug_in_quiet_card() {
   constexpr std::string_view settings = "sound_clock = none\n";
   setenv("ALSA_CONFIG_PATH", SOUND_CARD_DIRECTORY "/asound.conf", 1);
@@ -18,7 +18,7 @@ void plug_in_quiet_card() {
   rig::the().put("/board.conf", {reinterpret_cast<const uint8_t *>(settings.data()), settings.size()});
 }
 
-/// What the sound before left: a full event log would take no more lines.
+/// Remove the output of the previous input: a full event log would reject further lines.
 void clear_away() {
   for (const char *left : {"/sound/played.wav", "/tmp/dravik.log", "/events"})
     ::unlink(rig::the().host_path(left).c_str());

@@ -1,4 +1,4 @@
-// The monitor's report and the dump of the flash that tells the splash screen's language; the first byte of
+// The monitor's report, and the flash dump that contains the splash language; the first byte of
 // an input chooses.
 
 #include "rig.hpp"

@@ -1,5 +1,5 @@
-// A folder of recordings. Each is a byte and its name, up to a NUL: the byte holds the length, the time and
-// whether it is a folder.
+// A directory of recordings. Each is a byte and its name, up to a NUL: the byte contains the length, the
+// time and whether it is a directory.
 
 #include "rig.hpp"
 
@@ -17,7 +17,7 @@ using dravik::fuzz::require;
 constexpr int32_t most_files = 64;
 constexpr size_t longest_name = 255;
 
-/// A name may be refused: ".", one that is there already, one that the file system does not take.
+/// A name may be rejected: ".", an existing one, one that the file system does not accept.
 void add(int folder, uint8_t kind, const std::string &name) {
   if ((kind & 0x80) != 0) {
     static_cast<void>(::mkdirat(folder, name.c_str(), 0700));
@@ -31,7 +31,7 @@ void add(int folder, uint8_t kind, const std::string &name) {
   ::close(file);
 }
 
-/// Fills the folder and gives the number of names.
+/// Fill the directory and return the number of names.
 int32_t fill(const std::string &path, std::string_view input) {
   const int folder = ::open(path.c_str(), O_RDONLY | O_DIRECTORY);
   require(folder >= 0);
@@ -48,7 +48,7 @@ int32_t fill(const std::string &path, std::string_view input) {
   return count;
 }
 
-/// A survey needs a short working directory, which it comes back to.
+/// A survey requires a short working directory, and restores it.
 rec_file_list survey() {
   const int before = ::open(".", O_RDONLY | O_DIRECTORY);
   require(before >= 0 && ::chdir("/") == 0);
@@ -67,9 +67,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   require(list.normal_count + list.event_count <= count);
   require(list.normal_count == 0 ? list.normal_oldest == -1 && list.normal_size == 0
                                  : list.normal_oldest >= 0 && list.normal_oldest <= 99999);
-  require(list.event_count >= 0 && list.event_count <= 5);
-  require((list.event_count == 0) == (list.event_oldest == -1) && list.event_oldest < 5);
-  require((list.event_count == 5) == (list.event_next == -1) && list.event_next < 5);
+  require(list.event_count >= 0 && list.event_count <= DRAVIK_EVENT_SLOTS);
+  require((list.event_count == 0) == (list.event_oldest == -1) && list.event_oldest < DRAVIK_EVENT_SLOTS);
+  require((list.event_count == DRAVIK_EVENT_SLOTS) == (list.event_next == -1) &&
+          list.event_next < DRAVIK_EVENT_SLOTS);
   for (const auto &entry : std::filesystem::directory_iterator(folder))
     std::filesystem::remove(entry.path());
   return 0;

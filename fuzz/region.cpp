@@ -5,7 +5,7 @@
 using dravik::fuzz::require;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-  constexpr uint32_t no_number = 0xFFFFFFFF;
+  constexpr uint32_t no_number = DRAVIK_NONE;
   auto &rig = dravik::fuzz::rig::the();
   rig.put("/tmp/add/areacode.bin", {data, size});
   std::array<char, 3> code = {'x', 'x', 'x'};

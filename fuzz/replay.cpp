@@ -1,5 +1,5 @@
-// Runs a fuzz target over the files named as arguments, or over those in the folders named: the seeds, and
-// inputs that once failed, as an ordinary test.
+// Run a fuzz target over the files named as arguments, or over those in the directories named: the seeds,
+// and inputs that once failed, as an ordinary test.
 
 #include "rig.hpp"
 

@@ -49,7 +49,7 @@ rig::rig() {
   fbinfo[FBINFO_XRES] = width;
   fbinfo[FBINFO_YRES] = height;
   fbinfo[FBINFO_SCREEN_SIZE] = width * height * 2;
-  set_theme_color(0x0B77);
+  set_theme_color(DRAVIK_DEFAULT_THEME);
 }
 
 rig::~rig() {
@@ -70,8 +70,8 @@ void rig::make_board() {
   ::dravik_sim_use_board(board_.c_str());
 }
 
-/// A target never touches the host's files: it ends when a file of the board is not seen through its fixed
-/// path.
+/// A target never touches the host's files: it ends when a file of the board is not seen through its
+/// fixed path.
 void rig::require_simulator() {
   file({});
   struct stat status;

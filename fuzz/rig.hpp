@@ -19,7 +19,7 @@ namespace dravik::fuzz {
 
 using byte_span = std::span<const uint8_t>;
 
-/// Ends the program, as a sanitizer would, when what must hold does not.
+/// Abort the program, as a sanitizer would, if a condition is not met.
 inline void require(bool holds) {
   if (!holds)
     std::abort();
@@ -33,14 +33,14 @@ public:
 
   static rig &the();
 
-  /// The path, as the library is to be given it, of a file with these bytes.
+  /// The library's path of a file with these bytes.
   const char *file(byte_span bytes);
   static constexpr const char *file_name = "input";
 
-  /// Makes the file at a path of the board hold these bytes.
+  /// Make the file at a path of the board hold these bytes.
   void put(const char *path, byte_span bytes);
 
-  /// Where a path of the board lies on the host.
+  /// The host's path of a path of the board.
   std::string host_path(const char *path) const { return board_ + path; }
 
 private:
@@ -50,12 +50,12 @@ private:
   void make_board();
   void require_simulator();
 
-  /// A row of odd width that ends with the screen leaves its padding in one pixel more.
+  /// A row of odd width at the end of the screen stores its padding in one more pixel.
   static constexpr size_t padding_pixels = 1;
 
   /// The bytes between the protected page before the screen and its first pixel.
   std::span<uint8_t> guard_band() const { return memory_.all().first(memory_.all().size() - screen_bytes); }
-  /// Ends the program when the input before has changed the guard band.
+  /// End the program when the input before has changed the guard band.
   void check_guard_band() const;
 
   static constexpr uint8_t guard_byte = 0x5A;

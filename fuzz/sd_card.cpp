@@ -1,4 +1,5 @@
-// The card's first sector and its size, which becomes a new first sector; the first byte of an input chooses.
+// The card's first sector and its size, which becomes a new first sector; the first byte of an
+// input chooses.
 
 #include "rig.hpp"
 
@@ -8,7 +9,8 @@ using dravik::fuzz::require;
 namespace {
 
 /// Present, locked (there is no GPIO driver), mounted, writable.
-constexpr uint8_t other_bits = 0x80 | 0x40 | 0x10 | 0x04;
+constexpr uint8_t other_bits =
+    DRAVIK_CARD_PRESENT | DRAVIK_CARD_LOCKED | DRAVIK_CARD_MOUNTED | DRAVIK_CARD_WRITABLE;
 
 void check_first_sector(dravik::fuzz::rig &rig, byte_span sector) {
   constexpr std::string_view mounts = "/dev/mmcblk0p1 /tmp/mmcblk0p1 vfat rw,relatime 0 0\n";
@@ -18,7 +20,7 @@ void check_first_sector(dravik::fuzz::rig &rig, byte_span sector) {
   uint8_t status;
   sd_card_check(&status);
   const bool is_fat32 = sector.size() > 450 && sector[450] == 0x0B;
-  require(status == (is_fat32 ? other_bits | 0x08 : other_bits));
+  require(status == (is_fat32 ? other_bits | DRAVIK_CARD_FAT32 : other_bits));
 }
 
 void check_size(dravik::fuzz::rig &rig, byte_span text) {

@@ -50,24 +50,24 @@ static int has(const struct card *card, int bits) {
 }
 
 static void read_sizes(struct card *card) {
-  if (has(card, CARD_PRESENT))
+  if (has(card, DRAVIK_CARD_PRESENT))
     card->size_mib = sd_card_get_raw_size(&card->sectors);
-  if (!has(card, CARD_PRESENT | CARD_MOUNTED))
+  if (!has(card, DRAVIK_CARD_PRESENT | DRAVIK_CARD_MOUNTED))
     return;
   card->part_mib = sd_card_get_part_size();
   card->free_mib = sd_card_get_free_space();
   card->is_usable =
-      card->status == CARD_HEALTHY && card->size_mib > 0 && card->part_mib > 0 && card_is_readable();
+      card->status == DRAVIK_CARD_HEALTHY && card->size_mib > 0 && card->part_mib > 0 && card_is_readable();
 }
 
 static void read_card(struct card *card) {
   memset(card, 0, sizeof *card);
   sd_card_check(&card->status);
   if (!now.has_lines)
-    card->status &= (uint8_t)~CARD_LOCKED; /* the switch cannot be read */
-  if (has(card, CARD_MOUNTED) && !has(card, CARD_PRESENT | CARD_PARTITIONED)) {
+    card->status &= (uint8_t)~DRAVIK_CARD_LOCKED; /* the switch cannot be read */
+  if (has(card, DRAVIK_CARD_MOUNTED) && !has(card, DRAVIK_CARD_PRESENT | DRAVIK_CARD_PARTITIONED)) {
     card_detach();
-    card->status &= CARD_LOCKED; /* removed, whether or not there is another one already */
+    card->status &= DRAVIK_CARD_LOCKED; /* removed, whether or not there is another one already */
   }
   read_sizes(card);
 }
@@ -76,11 +76,11 @@ static void read_card(struct card *card) {
  * an error yet. */
 static int is_settling(const struct card *seen) {
   static int looks;
-  if (!has(seen, CARD_PRESENT))
+  if (!has(seen, DRAVIK_CARD_PRESENT))
     looks = LOOKS_TO_SETTLE;
-  else if (has(seen, CARD_MOUNTED))
+  else if (has(seen, DRAVIK_CARD_MOUNTED))
     looks = 0;
-  return has(seen, CARD_PRESENT) && looks-- > 0;
+  return has(seen, DRAVIK_CARD_PRESENT) && looks-- > 0;
 }
 
 static void look_at_card(void) {

@@ -8,17 +8,6 @@
  * of the LED. */
 enum { LINE_PARKED = 60, LINE_NEXT = 61, LINE_OK = 62 };
 
-/* The bits of the card's status byte. */
-enum {
-  CARD_PRESENT = 0x80,
-  CARD_LOCKED = 0x40,
-  CARD_PARTITIONED = 0x20,
-  CARD_MOUNTED = 0x10,
-  CARD_FAT32 = 0x08,
-  CARD_WRITABLE = 0x04,
-  CARD_HEALTHY = CARD_PRESENT | CARD_PARTITIONED | CARD_MOUNTED | CARD_FAT32 | CARD_WRITABLE
-};
-
 struct card {
   uint8_t status;
   uint32_t sectors;

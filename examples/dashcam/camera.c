@@ -8,7 +8,7 @@
 
 #include <stdlib.h>
 
-enum { IMPACT_MG = 1500, REST_MG = 500, FULL_PERCENT = 2, BRIGHT = 1000, DIM = 1 };
+enum { IMPACT_MG = 1500, REST_MG = 500, FULL_PERCENT = 2 };
 
 static const struct {
   const char *name;
@@ -34,7 +34,7 @@ int camera_is_recording(void) {
 
 static enum camera_state state_of(const struct board *board) {
   const struct card *card = &board->card;
-  if ((card->status & CARD_PRESENT) == 0)
+  if ((card->status & DRAVIK_CARD_PRESENT) == 0)
     return CAMERA_CARD_MISSING;
   if (!card->is_usable)
     return CAMERA_CARD_ERROR;
@@ -52,7 +52,7 @@ void camera_set_state(void) {
 static void show_by_lights(void) {
   if (!has_lights)
     return;
-  lcd_bl_set(state == CAMERA_PARKED ? DIM : BRIGHT);
+  lcd_bl_set(state == CAMERA_PARKED ? DRAVIK_BACKLIGHT_LOW : DRAVIK_BACKLIGHT_HIGH);
   if (state == CAMERA_PARKED)
     led_green();
   else if (state != CAMERA_RECORDING)
@@ -65,7 +65,7 @@ void camera_lights_on(void) {
 }
 
 void camera_lights_off(void) {
-  lcd_bl_set(BRIGHT);
+  lcd_bl_set(DRAVIK_BACKLIGHT_HIGH);
   led_off();
   lcd_bl_exit();
   has_lights = 0;

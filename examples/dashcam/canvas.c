@@ -121,11 +121,12 @@ void arrow(int x0, int y0, int x1, int y1, int x2, int y2, uint16_t colour) {
 }
 
 void backdrop(int top) {
-  const int shading_end = 208; /* the first line below the shading, in pixels on every panel */
+  const int shading_end =
+      DRAVIK_SHADING_LINES; /* the first line after the gradient, in pixels on every panel */
   const int width = (int)fbinfo[FBINFO_XRES], height = (int)fbinfo[FBINFO_YRES];
   fb_clear_region_gradient(0, pixels(top), width - 1, height - 1);
   if (height > shading_end)
-    fb_put_rect_fill(0, shading_end, width - 1, height - 1, BLACK);
+    fb_put_rect_fill(0, shading_end, width - 1, height - 1, DRAVIK_BLACK);
 }
 
 /* ------------------------------------------------------------------------------------- text and images */
@@ -145,11 +146,11 @@ void text(int x, int middle, enum font font, uint16_t colour, enum align align, 
   int left = left_edge(pixels(x), width, align);
   const int top = pixels(middle) - psf[font].height / 2;
   for (const char *letter = letters; *letter != '\0'; ++letter, left += psf[font].width)
-    fb_putc((unsigned char)*letter, (uint32_t)left, (uint32_t)top, colour, CLEAR, (int32_t)font);
+    fb_putc((unsigned char)*letter, (uint32_t)left, (uint32_t)top, colour, DRAVIK_TRANSPARENT, (int32_t)font);
 }
 
 void icon(int x, int middle, enum icons_image art, uint16_t colour, uint16_t background) {
-  fb_q7bmp_show(pixels(x), pixels(middle), ART_ICONS, (int32_t)art, colour, background, 3);
+  fb_q7bmp_show(pixels(x), pixels(middle), ART_ICONS, (int32_t)art, colour, background, DRAVIK_CENTRE);
 }
 
 static const struct {
@@ -183,22 +184,23 @@ void digits(int x, int middle, enum digit_size size, const char *figures, uint16
     const int place = digit_place(*figures);
     if (place >= 0)
       fb_q7bmp_show(pixels(x), pixels(middle - height / 2), ART_DIGITS, (int)digit_sizes[size].first + place,
-                    WHITE, background, 0);
-    else if (background != CLEAR)
+                    DRAVIK_WHITE, background, 0);
+    else if (background != DRAVIK_TRANSPARENT)
       fill(x, middle - height / 2, digit_width(*figures, size), height, background);
   }
 }
 
 void picture(int x, int y, enum picture which) {
-  bmp_mem_show((uint32_t)pixels(x), (uint32_t)pixels(y), (int32_t)which, 0, 0);
+  bmp_mem_show((uint32_t)pixels(x), (uint32_t)pixels(y), (int32_t)which, DRAVIK_BMP_COPY, DRAVIK_TOP_LEFT);
 }
 
 void photograph(int x, int y, const char *name) {
   char file[32];
   snprintf(file, sizeof file, "%s_%d.jpg", name, canvas_is_small() ? 320 : 640);
-  fb_put_jpeg_file((uint32_t)pixels(x), (uint32_t)pixels(y), file, 0);
+  fb_put_jpeg_file((uint32_t)pixels(x), (uint32_t)pixels(y), file, DRAVIK_TOP_LEFT);
 }
 
 void logo(int x, int middle) {
-  fb_put_bmp_file((uint32_t)pixels(x), (uint32_t)pixels(middle), logo_files[!canvas_is_small()], 0, 3);
+  fb_put_bmp_file((uint32_t)pixels(x), (uint32_t)pixels(middle), logo_files[!canvas_is_small()],
+                  DRAVIK_BMP_COPY, DRAVIK_CENTRE);
 }

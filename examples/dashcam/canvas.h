@@ -10,17 +10,8 @@
 #include <digits.h>
 #include <icons.h>
 
-enum colour {
-  BLACK = 0x0821,
-  CARD = 0x18E4,
-  EDGE = 0x3A09,
-  GREY = 0x7BEF,
-  SILVER = 0xBE18,
-  WHITE = 0xFFFF,
-  RED = 0xF800,
-  MINT = 0x67F2,
-  CLEAR = 0x0000 /* as a background: what is there stays */
-};
+/* In addition to the colours of dravik.h. */
+enum colour { CARD = 0x18E4, EDGE = 0x3A09, SILVER = 0xBE18, MINT = 0x67F2 };
 
 enum font { FONT_SMALL, FONT_BODY, FONT_TITLE, FONT_HUGE, FONTS };
 enum digit_size { DIGITS_SMALL, DIGITS_MEDIUM, DIGITS_LARGE };

@@ -36,19 +36,19 @@ static int has(int bits) {
 
 static void look(void) {
   shown = board()->card;
-  has_recordings = has(CARD_MOUNTED) && parse_rec_file_list(&recordings) == 0;
+  has_recordings = has(DRAVIK_CARD_MOUNTED) && parse_rec_file_list(&recordings) == 0;
 }
 
-/* ------------------------------------------------------------------------------------- state and room */
+/* ------------------------------------------------------------------------------------ state and space */
 
 static int bottom(void) {
   return canvas_height() - 18;
 }
 
 static enum phrase state_phrase(void) {
-  if (!has(CARD_PRESENT))
+  if (!has(DRAVIK_CARD_PRESENT))
     return PHRASE_CARD_MISSING;
-  if (has(CARD_LOCKED))
+  if (has(DRAVIK_CARD_LOCKED))
     return PHRASE_CARD_LOCKED;
   if (!shown.is_usable)
     return PHRASE_CARD_ERROR;
@@ -67,34 +67,34 @@ static const char *size_figures(int mib, char figures[16]) {
 static void draw_state(void) {
   char figures[16];
   const char *unit = size_figures(shown.size_mib, figures);
-  icon(MARGIN + 58, PAGE_TOP + 60, ICONS_MENU_SD, WHITE, BLACK);
-  words(MARGIN + 112, PAGE_TOP + 44, WORDS_TITLE, BLACK, LEFT, phrase(state_phrase()));
-  if (has(CARD_PRESENT))
+  icon(MARGIN + 58, PAGE_TOP + 60, ICONS_MENU_SD, DRAVIK_WHITE, DRAVIK_BLACK);
+  words(MARGIN + 112, PAGE_TOP + 44, WORDS_TITLE, DRAVIK_BLACK, LEFT, phrase(state_phrase()));
+  if (has(DRAVIK_CARD_PRESENT))
     text(MARGIN + 112, PAGE_TOP + 78, FONT_SMALL, SILVER, LEFT, "SD %s %s, %s", figures, unit,
-         has(CARD_FAT32) ? "FAT32" : "unknown format");
+         has(DRAVIK_CARD_FAT32) ? "FAT32" : "unknown format");
 }
 
 static void draw_room(void) {
   const int left = MARGIN + 24, width = LEFT_WIDTH - 48, y = PAGE_TOP + 132;
   const int used = shown.part_mib - shown.free_mib;
   char figures[16];
-  if (!has(CARD_MOUNTED) || shown.part_mib <= 0) {
-    text(left, y, FONT_HUGE, GREY, LEFT, "--");
+  if (!has(DRAVIK_CARD_MOUNTED) || shown.part_mib <= 0) {
+    text(left, y, FONT_HUGE, DRAVIK_GREY, LEFT, "--");
     level(left, y + 42, width, 0, EDGE);
     return;
   }
   const char *unit = size_figures(shown.free_mib, figures);
-  digits(left, y, DIGITS_MEDIUM, figures, BLACK, LEFT);
+  digits(left, y, DIGITS_MEDIUM, figures, DRAVIK_BLACK, LEFT);
   text(left + digits_width(DIGITS_MEDIUM, figures) + 14, y + 4, FONT_BODY, SILVER, LEFT, "%s free", unit);
   unit = size_figures(shown.part_mib, figures);
-  text(left + width, y + 4, FONT_SMALL, GREY, RIGHT, "of %s %s", figures, unit);
+  text(left + width, y + 4, FONT_SMALL, DRAVIK_GREY, RIGHT, "of %s %s", figures, unit);
   level(left, y + 42, width, (int)((int64_t)used * 100 / shown.part_mib), EDGE);
 }
 
 static void draw_check(int place, const char *name, int is_good) {
   const int x = MARGIN + 24 + place % 2 * 172, y = PAGE_TOP + 244 + place / 2 * 44;
-  disc(x + 10, y, 9, is_good ? get_theme_color() : has(CARD_PRESENT) ? RED : EDGE);
-  text(x + 34, y, FONT_BODY, is_good ? WHITE : GREY, LEFT, "%s", name);
+  disc(x + 10, y, 9, is_good ? get_theme_color() : has(DRAVIK_CARD_PRESENT) ? DRAVIK_RED : EDGE);
+  text(x + 34, y, FONT_BODY, is_good ? DRAVIK_WHITE : DRAVIK_GREY, LEFT, "%s", name);
 }
 
 static void draw_card(void) {
@@ -102,12 +102,12 @@ static void draw_card(void) {
   draw_state();
   draw_room();
   fill(MARGIN + 24, PAGE_TOP + 208, LEFT_WIDTH - 48, 2, EDGE);
-  draw_check(0, "In the slot", has(CARD_PRESENT));
-  draw_check(1, "Unlocked", has(CARD_PRESENT) && !has(CARD_LOCKED));
-  draw_check(2, "Partitioned", has(CARD_PARTITIONED));
-  draw_check(3, "Mounted", has(CARD_MOUNTED));
-  draw_check(4, "FAT32", has(CARD_FAT32));
-  draw_check(5, "Writable", has(CARD_WRITABLE));
+  draw_check(0, "In the slot", has(DRAVIK_CARD_PRESENT));
+  draw_check(1, "Unlocked", has(DRAVIK_CARD_PRESENT) && !has(DRAVIK_CARD_LOCKED));
+  draw_check(2, "Partitioned", has(DRAVIK_CARD_PARTITIONED));
+  draw_check(3, "Mounted", has(DRAVIK_CARD_MOUNTED));
+  draw_check(4, "FAT32", has(DRAVIK_CARD_FAT32));
+  draw_check(5, "Writable", has(DRAVIK_CARD_WRITABLE));
 }
 
 /* ------------------------------------------------------------------------------------------ recordings */
@@ -126,7 +126,7 @@ static int buttons_top(void) {
 
 /* Draw a square for each of the five slots, filled if the slot is used. */
 static void draw_events(int x, int right, int y) {
-  enum { SLOTS = 5, SIZE = 26 };
+  enum { SLOTS = DRAVIK_EVENT_SLOTS, SIZE = 26 };
   for (int i = 0; i < SLOTS; ++i) {
     const int left = x + i * (right - x - SIZE) / (SLOTS - 1);
     if (i < recordings.event_count)
@@ -140,21 +140,21 @@ static void draw_recordings(void) {
   const int x = side_left() + 18, right = canvas_width() - MARGIN - 18;
   char figures[16] = "";
   plate(side_left(), PAGE_TOP, side_width(), buttons_top() - BUTTON_GAP - PAGE_TOP, 0);
-  icon(x + 12, PAGE_TOP + 30, ICONS_TITLE_VIDEO, WHITE, BLACK);
-  text(x + 38, PAGE_TOP + 30, FONT_BODY, WHITE, LEFT, "Recordings");
+  icon(x + 12, PAGE_TOP + 30, ICONS_TITLE_VIDEO, DRAVIK_WHITE, DRAVIK_BLACK);
+  text(x + 38, PAGE_TOP + 30, FONT_BODY, DRAVIK_WHITE, LEFT, "Recordings");
   if (!has_recordings) {
-    text(x, PAGE_TOP + 78, FONT_HUGE, GREY, LEFT, "--");
-    if (has(CARD_MOUNTED))
-      text(x, PAGE_TOP + 116, FONT_SMALL, GREY, LEFT, "no directory REC");
+    text(x, PAGE_TOP + 78, FONT_HUGE, DRAVIK_GREY, LEFT, "--");
+    if (has(DRAVIK_CARD_MOUNTED))
+      text(x, PAGE_TOP + 116, FONT_SMALL, DRAVIK_GREY, LEFT, "no directory REC");
     return;
   }
   snprintf(figures, sizeof figures, "%d", (int)recordings.normal_count);
-  digits(x, PAGE_TOP + 78, DIGITS_MEDIUM, figures, BLACK, LEFT);
+  digits(x, PAGE_TOP + 78, DIGITS_MEDIUM, figures, DRAVIK_BLACK, LEFT);
   text(right, PAGE_TOP + 82, FONT_SMALL, SILVER, RIGHT, "%d MiB", (int)recordings.normal_size);
   if (recordings.normal_oldest >= 0)
-    text(x, PAGE_TOP + 116, FONT_SMALL, GREY, LEFT, "from KVX%05d", (int)recordings.normal_oldest);
+    text(x, PAGE_TOP + 116, FONT_SMALL, DRAVIK_GREY, LEFT, "from KVX%05d", (int)recordings.normal_oldest);
   fill(x, PAGE_TOP + 140, right - x, 2, EDGE);
-  text(x, PAGE_TOP + 164, FONT_BODY, WHITE, LEFT, "Events");
+  text(x, PAGE_TOP + 164, FONT_BODY, DRAVIK_WHITE, LEFT, "Events");
   text(right, PAGE_TOP + 164, FONT_SMALL, SILVER, RIGHT, "%d / 5", (int)recordings.event_count);
   draw_events(x, right, PAGE_TOP + 190);
 }
@@ -162,9 +162,9 @@ static void draw_recordings(void) {
 static void draw_button(enum action action) {
   const int y = buttons_top() + (int)action * (BUTTON_HEIGHT + BUTTON_GAP), middle = y + BUTTON_HEIGHT / 2;
   const int is_selected = action == selected;
-  const uint16_t ground = is_selected ? DRAVIK_THEME : BLACK;
+  const uint16_t ground = is_selected ? DRAVIK_THEME : DRAVIK_BLACK;
   plate(side_left(), y, side_width(), BUTTON_HEIGHT, is_selected);
-  icon(side_left() + 30, middle, actions[action].image, WHITE, ground);
+  icon(side_left() + 30, middle, actions[action].image, DRAVIK_WHITE, ground);
   words(side_left() + 60, middle, WORDS_BODY, ground, LEFT, phrase(actions[action].label));
 }
 
@@ -208,7 +208,7 @@ static void fail(const char *reason) {
  * destroy it, so the card is unmounted first. */
 static int is_unmounted(void) {
   char reason[CARD_REASON];
-  if (!has(CARD_MOUNTED) || card_unmount(reason) == 0)
+  if (!has(DRAVIK_CARD_MOUNTED) || card_unmount(reason) == 0)
     return 1;
   fail(reason);
   return 0;
@@ -245,7 +245,7 @@ static void repair(void) {
 static void format(void) {
   if (!is_unmounted())
     return;
-  if (has(CARD_PARTITIONED))
+  if (has(DRAVIK_CARD_PARTITIONED))
     sd_card_format();
   else
     sd_card_create_part(shown.sectors);
@@ -282,7 +282,7 @@ int card_press(enum key key) {
   } else if (is_asking) {
     is_yes = !is_yes;
   } else if (key == KEY_OK) {
-    is_asking = has(CARD_PRESENT);
+    is_asking = has(DRAVIK_CARD_PRESENT);
     is_yes = 0;
   } else {
     selected = (selected + 1) % ACTIONS;

@@ -46,7 +46,7 @@ static void draw_strip(void) {
   for (int i = 0; i < PHOTOS; ++i) {
     const int x = left() + i * pitch;
     picture(x, y, photos[i].small);
-    frame(x - 4, y - 4, SMALL_WIDTH + 8, SMALL_HEIGHT + 8, i == shown ? get_theme_color() : BLACK, 4);
+    frame(x - 4, y - 4, SMALL_WIDTH + 8, SMALL_HEIGHT + 8, i == shown ? get_theme_color() : DRAVIK_BLACK, 4);
   }
 }
 
@@ -55,7 +55,7 @@ static int photo_at(const struct ride *ride) {
 }
 
 void gallery_draw(const struct ride *ride) {
-  fb_clear_screen(BLACK);
+  fb_clear_screen(DRAVIK_BLACK);
   status_bar(ride);
   shown = photo_at(ride);
   draw_photo();

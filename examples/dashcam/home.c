@@ -25,9 +25,9 @@ static int scene_top(void) {
 
 /* Draw a short label on a dark plate. */
 static void tag(int x, int y, int width, uint16_t colour, const char *label) {
-  fill(x, y, width, 26, BLACK);
+  fill(x, y, width, 26, DRAVIK_BLACK);
   fill(x, y, 4, 26, colour);
-  text(x + 4 + (width - 4) / 2, y + 13, FONT_SMALL, WHITE, CENTRE, "%s", label);
+  text(x + 4 + (width - 4) / 2, y + 13, FONT_SMALL, DRAVIK_WHITE, CENTRE, "%s", label);
 }
 
 /* Draw the four corners of a box around a detected object. */
@@ -56,7 +56,7 @@ static void lane(int left, int top) {
 
 static void road(const struct ride *ride) {
   const int left = scene_left(), top = scene_top();
-  fill(0, STATUS_BAR, canvas_width(), figures_top() - STATUS_BAR, BLACK);
+  fill(0, STATUS_BAR, canvas_width(), figures_top() - STATUS_BAR, DRAVIK_BLACK);
   picture(left, top, PICTURE_SCENE);
   lane(left, top);
   car_ahead(left, top, ride);
@@ -71,33 +71,33 @@ static void road(const struct ride *ride) {
 static void speed(int top, const struct ride *ride) {
   char figures[8];
   snprintf(figures, sizeof figures, "%3d", ride->speed_kmh);
-  digits(146, top + 49, DIGITS_LARGE, figures, BLACK, RIGHT);
+  digits(146, top + 49, DIGITS_LARGE, figures, DRAVIK_BLACK, RIGHT);
 }
 
 static void limit(int top, const struct ride *ride) {
   char figures[8];
   snprintf(figures, sizeof figures, "%d", ride->limit_kmh);
-  icon(240, top + 49, ICONS_LIMIT, RED, BLACK);
-  digits(240, top + 49, DIGITS_SMALL, figures, CLEAR, CENTRE);
+  icon(240, top + 49, ICONS_LIMIT, DRAVIK_RED, DRAVIK_BLACK);
+  digits(240, top + 49, DIGITS_SMALL, figures, DRAVIK_TRANSPARENT, CENTRE);
 }
 
 static void acceleration(int top) {
   sensor_dial(338, top + 48, 38);
-  fill(394, top + 20, 84, 56, BLACK);
+  fill(394, top + 20, 84, 56, DRAVIK_BLACK);
   sensor_axis(394, top + 34, FONT_SMALL, LEFT, 'X', board()->x_mg);
   sensor_axis(394, top + 62, FONT_SMALL, LEFT, 'Y', board()->y_mg);
 }
 
 /* A small panel has no space for the labels. */
 static void key(int x, int top, enum icons_image art, const char *label) {
-  icon(x, top + (canvas_is_small() ? 49 : 38), art, WHITE, BLACK);
+  icon(x, top + (canvas_is_small() ? 49 : 38), art, DRAVIK_WHITE, DRAVIK_BLACK);
   if (!canvas_is_small())
     text(x, top + 76, FONT_SMALL, SILVER, CENTRE, "%s", label);
 }
 
 static void figures(const struct ride *ride) {
   const int top = figures_top(), right = canvas_width();
-  fill(0, top, right, FIGURES, BLACK);
+  fill(0, top, right, FIGURES, DRAVIK_BLACK);
   fill(0, top, right, 2, get_theme_color());
   speed(top, ride);
   text(154, top + 70, FONT_BODY, SILVER, LEFT, "km/h");

@@ -32,23 +32,23 @@ static void draw_time(int index, const struct ride *ride) {
   const int is_here = index == HERE;
   char time[8];
   snprintf(time, sizeof time, "%02d:%02d", (ride->hour + stops[index].hours_ahead) % 24, ride->minute);
-  words(MARGIN + LIST_WIDTH - 20, stop_middle(index), WORDS_BODY, is_here ? DRAVIK_THEME : BLACK, RIGHT,
-        time);
+  words(MARGIN + LIST_WIDTH - 20, stop_middle(index), WORDS_BODY, is_here ? DRAVIK_THEME : DRAVIK_BLACK,
+        RIGHT, time);
 }
 
 static void draw_stop(int index, const struct ride *ride) {
   const int is_here = index == HERE, middle = stop_middle(index);
-  const uint16_t ground = is_here ? DRAVIK_THEME : BLACK;
+  const uint16_t ground = is_here ? DRAVIK_THEME : DRAVIK_BLACK;
   if (is_here)
     plate(MARGIN, PAGE_TOP, LIST_WIDTH, stop_height(), 1);
-  disc(MARGIN + 30, middle, 9, is_here ? WHITE : SILVER);
-  disc(MARGIN + 30, middle, 5, is_here ? get_theme_color() : BLACK);
+  disc(MARGIN + 30, middle, 9, is_here ? DRAVIK_WHITE : SILVER);
+  disc(MARGIN + 30, middle, 5, is_here ? get_theme_color() : DRAVIK_BLACK);
   words(MARGIN + 58, middle, WORDS_TITLE, ground, LEFT, stops[index].name);
   words(MARGIN + 168, middle, WORDS_SMALL, ground, LEFT, stops[index].land);
   draw_time(index, ride);
 }
 
-/* -------------------------------------------------------------------------------------------- beside it */
+/* ------------------------------------------------------------------------------------------ next to it */
 
 static int side_left(void) {
   return MARGIN + LIST_WIDTH + GAP;
@@ -61,22 +61,22 @@ static int side_middle(void) {
 static void draw_clock(const struct ride *ride) {
   char time[16];
   snprintf(time, sizeof time, "%02d:%02d:%02d", ride->hour, ride->minute, ride->second);
-  fill(side_left() + 8, PAGE_TOP + 72, canvas_width() - MARGIN - side_left() - 16, 48, BLACK);
-  words(side_middle(), PAGE_TOP + 96, WORDS_CLOCK, BLACK, CENTRE, time);
+  fill(side_left() + 8, PAGE_TOP + 72, canvas_width() - MARGIN - side_left() - 16, 48, DRAVIK_BLACK);
+  words(side_middle(), PAGE_TOP + 96, WORDS_CLOCK, DRAVIK_BLACK, CENTRE, time);
 }
 
 static void draw_distance(int y, const char *to, const char *distance, int percent) {
   const int left = side_left() + 20, right = canvas_width() - MARGIN - 20;
-  words(left, y, WORDS_BODY, BLACK, LEFT, to);
-  words(right, y, WORDS_SMALL, BLACK, RIGHT, distance);
+  words(left, y, WORDS_BODY, DRAVIK_BLACK, LEFT, to);
+  words(right, y, WORDS_SMALL, DRAVIK_BLACK, RIGHT, distance);
   level(left, y + 26, right - left, percent, EDGE);
 }
 
 static void draw_side(const struct ride *ride) {
   plate(side_left(), PAGE_TOP, canvas_width() - MARGIN - side_left(), list_bottom() - PAGE_TOP, 0);
-  words(side_middle(), PAGE_TOP + 44, WORDS_TITLE, BLACK, CENTRE, phrase(PHRASE_PLACE));
+  words(side_middle(), PAGE_TOP + 44, WORDS_TITLE, DRAVIK_BLACK, CENTRE, phrase(PHRASE_PLACE));
   draw_clock(ride);
-  words(side_middle(), PAGE_TOP + 146, WORDS_SMALL, BLACK, CENTRE, "2025-06-14");
+  words(side_middle(), PAGE_TOP + 146, WORDS_SMALL, DRAVIK_BLACK, CENTRE, "2025-06-14");
   fill(side_left() + 20, PAGE_TOP + 180, canvas_width() - MARGIN - side_left() - 40, 2, EDGE);
   draw_distance(PAGE_TOP + 220, stops[1].name, "2 420 km", 12);
   draw_distance(PAGE_TOP + 296, stops[STOPS - 1].name, "13 900 km", 3);

@@ -8,10 +8,10 @@
 static void draw_language(int index, int y, int height) {
   const int is_selected = index == chosen_language(), middle = y + height / 2;
   const int right = canvas_width() - MARGIN;
-  const uint16_t ground = is_selected ? DRAVIK_THEME : BLACK;
+  const uint16_t ground = is_selected ? DRAVIK_THEME : DRAVIK_BLACK;
   plate(MARGIN, y, right - MARGIN, height, is_selected);
   if (is_selected)
-    icon(MARGIN + 28, middle, ICONS_KEY_CHECK, WHITE, ground);
+    icon(MARGIN + 28, middle, ICONS_KEY_CHECK, DRAVIK_WHITE, ground);
   words(MARGIN + 58, middle, WORDS_TITLE, ground, LEFT, phrase_in(index, PHRASE_LANGUAGE_NAME));
   words(right - 22, middle, WORDS_SMALL, ground, RIGHT, phrase_in(index, PHRASE_GREETING));
 }

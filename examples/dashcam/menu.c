@@ -25,11 +25,12 @@ static void draw_tile(int index, int width, int height) {
   const int y = PAGE_TOP + index / TILE_COLUMNS * (height + TILE_GAP);
   const int is_selected = index == TILE_SELECTED;
   card(x, y, width, height, is_selected);
-  icon(x + width / 2, y + height / 2 - 18, tiles[index].image, WHITE, is_selected ? DRAVIK_THEME : CLEAR);
+  icon(x + width / 2, y + height / 2 - 18, tiles[index].image, DRAVIK_WHITE,
+       is_selected ? DRAVIK_THEME : DRAVIK_TRANSPARENT);
   if (!is_selected)
-    fill(x + 2, y + height - LABEL_HEIGHT, width - 4, LABEL_HEIGHT - 2, BLACK);
-  words(x + width / 2, y + height - LABEL_HEIGHT / 2, WORDS_BODY, is_selected ? DRAVIK_THEME : BLACK, CENTRE,
-        phrase(tiles[index].label));
+    fill(x + 2, y + height - LABEL_HEIGHT, width - 4, LABEL_HEIGHT - 2, DRAVIK_BLACK);
+  words(x + width / 2, y + height - LABEL_HEIGHT / 2, WORDS_BODY, is_selected ? DRAVIK_THEME : DRAVIK_BLACK,
+        CENTRE, phrase(tiles[index].label));
 }
 
 void menu_draw(const struct ride *ride) {
@@ -66,8 +67,8 @@ enum { SETTINGS = sizeof settings / sizeof settings[0], SETTING_SELECTED = 1 };
 static void draw_setting_value(const struct setting *setting, int right, int middle, int is_selected) {
   switch (setting->kind) {
   case CHOICE:
-    icon(right - 6, middle, ICONS_NEXT, WHITE, is_selected ? DRAVIK_THEME : CLEAR);
-    text(right - 24, middle, FONT_BODY, is_selected ? WHITE : SILVER, RIGHT, "%s", setting->choice);
+    icon(right - 6, middle, ICONS_NEXT, DRAVIK_WHITE, is_selected ? DRAVIK_THEME : DRAVIK_TRANSPARENT);
+    text(right - 24, middle, FONT_BODY, is_selected ? DRAVIK_WHITE : SILVER, RIGHT, "%s", setting->choice);
     break;
   case SWITCH:
     toggle(right, middle, setting->value, is_selected);
@@ -83,8 +84,8 @@ static void draw_setting(int index, int y, int height) {
   const struct setting *setting = &settings[index];
   const int is_selected = index == SETTING_SELECTED, middle = y + height / 2;
   card(MARGIN, y, canvas_width() - 2 * MARGIN, height, is_selected);
-  icon(MARGIN + 32, middle, setting->image, WHITE, is_selected ? DRAVIK_THEME : CLEAR);
-  text(MARGIN + 66, middle, FONT_BODY, WHITE, LEFT, "%s", setting->label);
+  icon(MARGIN + 32, middle, setting->image, DRAVIK_WHITE, is_selected ? DRAVIK_THEME : DRAVIK_TRANSPARENT);
+  text(MARGIN + 66, middle, FONT_BODY, DRAVIK_WHITE, LEFT, "%s", setting->label);
   draw_setting_value(setting, canvas_width() - MARGIN - 20, middle, is_selected);
 }
 
@@ -101,8 +102,14 @@ static const struct theme {
   const char *name;
   uint16_t colour;
 } themes[] = {
-    {"Ocean", 0x0B77}, {"Mint", 0x0D50}, {"Leaf", 0x4D08},   {"Amber", 0xDC60},
-    {"Coral", 0xDA69}, {"Rose", 0xC0F0}, {"Violet", 0x8259}, {"Slate", 0x5B4F},
+    {"Ocean", DRAVIK_DEFAULT_THEME},
+    {"Mint", 0x0D50},
+    {"Leaf", 0x4D08},
+    {"Amber", 0xDC60},
+    {"Coral", 0xDA69},
+    {"Rose", 0xC0F0},
+    {"Violet", 0x8259},
+    {"Slate", 0x5B4F},
 };
 enum { THEMES = sizeof themes / sizeof themes[0], THEME_COLUMNS = 4 };
 
@@ -119,18 +126,22 @@ static void draw_swatch(int index) {
   const int y = PAGE_TOP + 44 + index / THEME_COLUMNS * 116;
   const int is_chosen = index == chosen_theme;
   if (is_chosen) {
-    disc(x, y, 42, WHITE);
-    disc(x, y, 39, BLACK);
+    disc(x, y, 42, DRAVIK_WHITE);
+    disc(x, y, 39, DRAVIK_BLACK);
   }
   disc(x, y, 34, themes[index].colour);
   if (is_chosen)
-    icon(x, y, ICONS_KEY_CHECK, WHITE, DRAVIK_THEME);
-  text(x, y + 58, FONT_SMALL, is_chosen ? WHITE : SILVER, CENTRE, "%s", themes[index].name);
+    icon(x, y, ICONS_KEY_CHECK, DRAVIK_WHITE, DRAVIK_THEME);
+  text(x, y + 58, FONT_SMALL, is_chosen ? DRAVIK_WHITE : SILVER, CENTRE, "%s", themes[index].name);
 }
 
 /* The two theme ramps, from black through the theme colour to white. */
 static void draw_ramps(int x, int y, int width, int height) {
-  enum { STEPS = 16, TO_WHITE = 27 * STEPS, TO_BLACK = 28 * STEPS };
+  enum {
+    STEPS = DRAVIK_RAMP_STEPS,
+    TO_WHITE = DRAVIK_THEME_TO_WHITE * STEPS,
+    TO_BLACK = DRAVIK_THEME_TO_BLACK * STEPS
+  };
   for (int i = 0; i < 2 * STEPS; ++i) {
     const uint16_t colour = i < STEPS ? gc[TO_BLACK + STEPS - 1 - i] : gc[TO_WHITE + i - STEPS];
     fill(x + i * width / (2 * STEPS), y, (i + 1) * width / (2 * STEPS) - i * width / (2 * STEPS), height,
@@ -144,7 +155,7 @@ void theme_draw(const struct ride *ride) {
   for (int i = 0; i < THEMES; ++i)
     draw_swatch(i);
   card(MARGIN, bottom - 112, width, 112, 0);
-  text(MARGIN + 20, bottom - 84, FONT_BODY, WHITE, LEFT, "Preview");
+  text(MARGIN + 20, bottom - 84, FONT_BODY, DRAVIK_WHITE, LEFT, "Preview");
   toggle(MARGIN + width - 20, bottom - 84, 1, 0);
   level(MARGIN + width - 300, bottom - 84, 210, 60, EDGE);
   draw_ramps(MARGIN + 20, bottom - 52, width - 40, 34);

@@ -37,11 +37,11 @@ void notice_draw(void) {
     return;
   const int width = words_width(WORDS_TITLE, utf8) + INDENT + 24, middle = STATUS_BAR + 8 + HEIGHT / 2;
   const int left = left_edge(canvas_width() / 2, width, CENTRE);
-  fill(left, STATUS_BAR + 8, width, HEIGHT, BLACK);
-  outline(left, STATUS_BAR + 8, width, HEIGHT, WHITE);
-  fill(left, STATUS_BAR + 8, 6, HEIGHT, shown <= NOTICE_PARKING ? get_theme_color() : RED);
-  icon(left + 34, middle, notices[shown].image, WHITE, BLACK);
-  words(left + INDENT, middle, WORDS_TITLE, BLACK, LEFT, utf8);
+  fill(left, STATUS_BAR + 8, width, HEIGHT, DRAVIK_BLACK);
+  outline(left, STATUS_BAR + 8, width, HEIGHT, DRAVIK_WHITE);
+  fill(left, STATUS_BAR + 8, 6, HEIGHT, shown <= NOTICE_PARKING ? get_theme_color() : DRAVIK_RED);
+  icon(left + 34, middle, notices[shown].image, DRAVIK_WHITE, DRAVIK_BLACK);
+  words(left + INDENT, middle, WORDS_TITLE, DRAVIK_BLACK, LEFT, utf8);
 }
 
 int notice_is_over(void) {

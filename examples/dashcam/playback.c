@@ -35,16 +35,17 @@ static void draw_recording(int index, int y, int height) {
   const struct recording *recording = &recordings[index];
   const int is_selected = index == SELECTED, middle = y + height / 2;
   card(MARGIN, y, LIST_WIDTH, height, is_selected);
-  icon(MARGIN + 30, middle, kinds[recording->kind].image, WHITE, is_selected ? DRAVIK_THEME : CLEAR);
-  text(MARGIN + 60, middle, FONT_BODY, WHITE, LEFT, "%s", recording->time);
-  text(MARGIN + 224, middle, FONT_SMALL, is_selected ? WHITE : SILVER, RIGHT, "%s", recording->length);
-  text(MARGIN + LIST_WIDTH - 18, middle, FONT_SMALL, is_selected ? WHITE : SILVER, RIGHT, "%s",
+  icon(MARGIN + 30, middle, kinds[recording->kind].image, DRAVIK_WHITE,
+       is_selected ? DRAVIK_THEME : DRAVIK_TRANSPARENT);
+  text(MARGIN + 60, middle, FONT_BODY, DRAVIK_WHITE, LEFT, "%s", recording->time);
+  text(MARGIN + 224, middle, FONT_SMALL, is_selected ? DRAVIK_WHITE : SILVER, RIGHT, "%s", recording->length);
+  text(MARGIN + LIST_WIDTH - 18, middle, FONT_SMALL, is_selected ? DRAVIK_WHITE : SILVER, RIGHT, "%s",
        recording->size);
 }
 
 static void detail(int x, int right, int middle, const char *label, const char *value) {
-  text(x, middle, FONT_SMALL, GREY, LEFT, "%s", label);
-  text(right, middle, FONT_SMALL, WHITE, RIGHT, "%s", value);
+  text(x, middle, FONT_SMALL, DRAVIK_GREY, LEFT, "%s", label);
+  text(right, middle, FONT_SMALL, DRAVIK_WHITE, RIGHT, "%s", value);
 }
 
 enum { STILL_WIDTH = 256, STILL_HEIGHT = 136 };
@@ -53,7 +54,7 @@ static void draw_selected(const struct recording *recording, int x, int y) {
   const int right = x + STILL_WIDTH, below = y + STILL_HEIGHT;
   fill(x - 2, y - 2, STILL_WIDTH + 4, STILL_HEIGHT + 4, EDGE);
   picture(x, y, recording->still);
-  icon(x + STILL_WIDTH / 2, y + STILL_HEIGHT / 2, ICONS_PLAY, WHITE, CLEAR);
+  icon(x + STILL_WIDTH / 2, y + STILL_HEIGHT / 2, ICONS_PLAY, DRAVIK_WHITE, DRAVIK_TRANSPARENT);
   level(x, below + 22, STILL_WIDTH, 35, EDGE);
   text(x, below + 42, FONT_SMALL, SILVER, LEFT, "1:03");
   text(right, below + 42, FONT_SMALL, SILVER, RIGHT, "%s", recording->length);

@@ -24,7 +24,7 @@ static int dial_x(void) {
 static void draw_movement(void) {
   const int x = canvas_width() / 2, y = dials_middle();
   sensor_dial(dial_x(), y, 92);
-  fill(x - 50, y - 52, 100, 104, BLACK);
+  fill(x - 50, y - 52, 100, 104, DRAVIK_BLACK);
   sensor_axis(x, y - 38, FONT_BODY, CENTRE, 'X', board()->x_mg);
   sensor_axis(x, y, FONT_BODY, CENTRE, 'Y', board()->y_mg);
   sensor_axis(x, y + 38, FONT_BODY, CENTRE, 'Z', board()->z_mg);
@@ -37,7 +37,7 @@ static void draw_directions(void) {
   arrow(x, y + out, x - 8, y + out - 10, x + 8, y + out - 10, SILVER);
   arrow(x - out, y, x - out + 10, y - 8, x - out + 10, y + 8, SILVER);
   arrow(x + out, y, x + out - 10, y - 8, x + out - 10, y + 8, SILVER);
-  text(x + 118, y - 92, FONT_SMALL, GREY, RIGHT, "0.5 g");
+  text(x + 118, y - 92, FONT_SMALL, DRAVIK_GREY, RIGHT, "0.5 g");
 }
 
 /* -------------------------------------------------------------------------------------------- readings */
@@ -65,7 +65,7 @@ static int reading_x(int index) {
 static void draw_card(int index, enum icons_image art, const char *label) {
   const int x = reading_x(index), y = reading_top();
   card(x, y, reading_width(), READINGS_HEIGHT, 0);
-  icon(x + 30, y + 30, art, WHITE, CLEAR);
+  icon(x + 30, y + 30, art, DRAVIK_WHITE, DRAVIK_TRANSPARENT);
   text(x + reading_width() - 14, y + 30, FONT_SMALL, SILVER, RIGHT, "%s", label);
 }
 
@@ -73,12 +73,12 @@ static void draw_reading(int index, const struct reading *reading) {
   const int x = reading_x(index), y = reading_top(), width = reading_width() - 28;
   draw_card(index, reading->image, reading->label);
   if (reading->figures[0] == '\0') {
-    text(x + 14, y + 74, FONT_HUGE, GREY, LEFT, "--");
+    text(x + 14, y + 74, FONT_HUGE, DRAVIK_GREY, LEFT, "--");
     level(x + 14, y + READINGS_HEIGHT - 20, width, 0, EDGE);
     return;
   }
-  digits(x + 14, y + 74, DIGITS_MEDIUM, reading->figures, CLEAR, LEFT);
-  text(x + 14 + width, y + 78, FONT_SMALL, GREY, RIGHT, "%s", reading->unit);
+  digits(x + 14, y + 74, DIGITS_MEDIUM, reading->figures, DRAVIK_TRANSPARENT, LEFT);
+  text(x + 14 + width, y + 78, FONT_SMALL, DRAVIK_GREY, RIGHT, "%s", reading->unit);
   level(x + 14, y + READINGS_HEIGHT - 20, width, reading->percent, EDGE);
 }
 
@@ -96,7 +96,7 @@ static void draw_monitor(void) {
   const int x = reading_x(3), y = reading_top(), is_attached = board()->monitor == 1;
   const char *state = is_attached ? "attached" : board()->monitor == 0 ? "none" : "--";
   draw_card(3, ICONS_TITLE_MONITOR, "HDMI");
-  text(x + 14, y + 76, FONT_BODY, is_attached ? WHITE : GREY, LEFT, "%s", state);
+  text(x + 14, y + 76, FONT_BODY, is_attached ? DRAVIK_WHITE : DRAVIK_GREY, LEFT, "%s", state);
   level(x + 14, y + READINGS_HEIGHT - 20, reading_width() - 28, is_attached ? 100 : 0, EDGE);
 }
 
@@ -112,7 +112,7 @@ static void draw_readings(const struct ride *ride) {
 }
 
 void sensor_draw(const struct ride *ride) {
-  fb_clear_screen(BLACK);
+  fb_clear_screen(DRAVIK_BLACK);
   status_bar(ride);
   speed_gauge(gauge_x(), dials_middle(), ride);
   draw_movement();

@@ -28,13 +28,13 @@ static int shutdown_bar(void) {
 
 void splash_draw(const struct ride *ride) {
   (void)ride;
-  fb_clear_screen(BLACK);
+  fb_clear_screen(DRAVIK_BLACK);
   fill(0, 0, canvas_width(), 6, get_theme_color());
   fill(0, canvas_height() - 6, canvas_width(), 6, get_theme_color());
   logo(canvas_width() / 2, canvas_height() / 2 - 40);
   bar_steps = 2;
   draw_progress(splash_bar());
-  text(canvas_width() / 2, splash_bar() + 40, FONT_BODY, GREY, CENTRE, "Dash camera demonstration");
+  text(canvas_width() / 2, splash_bar() + 40, FONT_BODY, DRAVIK_GREY, CENTRE, "Dash camera demonstration");
 }
 
 void splash_refresh(const struct ride *ride) {
@@ -45,9 +45,9 @@ void splash_refresh(const struct ride *ride) {
 void shutdown_draw(const struct ride *ride) {
   const int x = canvas_width() / 2, y = canvas_height() / 2;
   (void)ride;
-  fb_clear_screen(BLACK);
-  icon(x, y - 90, ICONS_MENU_POWER, WHITE, BLACK);
-  text(x, y, FONT_HUGE, WHITE, CENTRE, "Goodbye");
+  fb_clear_screen(DRAVIK_BLACK);
+  icon(x, y - 90, ICONS_MENU_POWER, DRAVIK_WHITE, DRAVIK_BLACK);
+  text(x, y, FONT_HUGE, DRAVIK_WHITE, CENTRE, "Goodbye");
   text(x, y + 50, FONT_BODY, SILVER, CENTRE, "Saving the last recording");
   bar_steps = 2;
   draw_progress(shutdown_bar());

@@ -9,8 +9,6 @@
 enum row { ROW_PANEL, ROW_REGION, ROW_WIFI, ROW_ETHERNET, ROW_MONITOR, ROW_TEMPERATURE, ROW_RUNNING, ROWS };
 enum { VALUE = 40 };
 
-static const uint32_t no_region = 0xFFFFFFFFU;
-
 static const struct {
   enum icons_image image;
   const char *label;
@@ -26,13 +24,13 @@ static const struct {
 static int write_region(char value[VALUE]) {
   char letters[4] = "";
   const uint32_t number = get_area_code(letters);
-  if (number == no_region)
+  if (number == DRAVIK_NONE)
     return snprintf(value, VALUE, "not set"), 0;
   return snprintf(value, VALUE, "%s  %u", letters, (unsigned)number), 1;
 }
 
 static int write_address(char value[VALUE], const char *interface) {
-  char address[16];
+  char address[DRAVIK_IP_TEXT_SIZE];
   const int result = get_netdev_ip(interface, address);
   if (result != 0)
     return snprintf(value, VALUE, result == 1 ? "no address" : "not present"), 0;
@@ -75,10 +73,10 @@ static int write_value(enum row row, char value[VALUE]) {
 }
 
 static void draw_hardware_address(int x, int middle, const char *interface) {
-  uint8_t mac[6];
+  uint8_t mac[DRAVIK_MAC_SIZE];
   get_netdev_mac(interface, mac);
-  text(x, middle, FONT_SMALL, GREY, LEFT, "%s  %02x:%02x:%02x:%02x:%02x:%02x", interface, mac[0], mac[1],
-       mac[2], mac[3], mac[4], mac[5]);
+  text(x, middle, FONT_SMALL, DRAVIK_GREY, LEFT, "%s  %02x:%02x:%02x:%02x:%02x:%02x", interface, mac[0],
+       mac[1], mac[2], mac[3], mac[4], mac[5]);
 }
 
 static void draw_row(enum row row) {
@@ -87,9 +85,10 @@ static void draw_row(enum row row) {
   char value[VALUE];
   const int is_there = write_value(row, value);
   card(MARGIN, y, canvas_width() - 2 * MARGIN, pitch - 6, 0);
-  icon(MARGIN + 32, middle, rows[row].image, WHITE, CLEAR);
-  text(MARGIN + 66, middle, FONT_BODY, WHITE, LEFT, "%s", rows[row].label);
-  text(canvas_width() - MARGIN - 20, middle, FONT_BODY, is_there ? WHITE : GREY, RIGHT, "%s", value);
+  icon(MARGIN + 32, middle, rows[row].image, DRAVIK_WHITE, DRAVIK_TRANSPARENT);
+  text(MARGIN + 66, middle, FONT_BODY, DRAVIK_WHITE, LEFT, "%s", rows[row].label);
+  text(canvas_width() - MARGIN - 20, middle, FONT_BODY, is_there ? DRAVIK_WHITE : DRAVIK_GREY, RIGHT, "%s",
+       value);
   if (is_there && (row == ROW_WIFI || row == ROW_ETHERNET))
     draw_hardware_address(MARGIN + 180, middle, row == ROW_WIFI ? "wlan0" : "eth0");
 }

@@ -9,10 +9,10 @@
 
 #include <stdio.h>
 
-enum { STEP = 20, LOUDEST = 100, ITEM_GAP = 12, ROW_HEIGHT = 60 };
+enum { STEP = DRAVIK_VOLUME_LOW - DRAVIK_VOLUME_LOWEST, ITEM_GAP = 12, ROW_HEIGHT = 60 };
 enum item { ITEM_VOLUME, ITEM_MUTE, ITEM_MICROPHONE, ITEMS };
 
-static int volume = 60, is_muted, has_microphone = 1;
+static int volume = DRAVIK_VOLUME_MEDIUM, is_muted, has_microphone = 1;
 static enum item selected;
 
 int microphone_is_on(void) {
@@ -43,7 +43,7 @@ void volume_set_up(void) {
 static void change(enum item item) {
   switch (item) {
   case ITEM_VOLUME:
-    volume = volume == LOUDEST ? 0 : volume + STEP;
+    volume = volume == DRAVIK_VOLUME_FULL ? DRAVIK_VOLUME_MUTED : volume + STEP;
     tell("volume %d", volume);
     set_speaker();
     break;
@@ -68,7 +68,7 @@ static int rows_top(void) {
 
 /* Draw a rising bar per step; those up to the volume are lit. */
 static void draw_bars(int right, int bottom, int height) {
-  enum { BARS = LOUDEST / STEP, PITCH = 46, WIDTH = 34 };
+  enum { BARS = DRAVIK_VOLUME_FULL / STEP, PITCH = 46, WIDTH = 34 };
   for (int i = 1; i <= BARS; ++i) {
     const int x = right - (BARS - i + 1) * PITCH + PITCH - WIDTH, tall = height * (i + 1) / (BARS + 1);
     const int is_lit = i * STEP <= volume;
@@ -76,7 +76,8 @@ static void draw_bars(int right, int bottom, int height) {
       fill(x, bottom - tall, WIDTH, tall, is_muted ? EDGE : get_theme_color());
     else
       outline(x, bottom - tall, WIDTH, tall, EDGE);
-    text(x + WIDTH / 2, bottom + 18, FONT_SMALL, is_lit && !is_muted ? SILVER : GREY, CENTRE, "%d", i * STEP);
+    text(x + WIDTH / 2, bottom + 18, FONT_SMALL, is_lit && !is_muted ? SILVER : DRAVIK_GREY, CENTRE, "%d",
+         i * STEP);
   }
 }
 
@@ -87,10 +88,11 @@ static void draw_volume(void) {
   snprintf(figures, sizeof figures, "%d", volume);
   plate(MARGIN, PAGE_TOP, width, height, 0);
   if (selected == ITEM_VOLUME)
-    frame(MARGIN, PAGE_TOP, width, height, WHITE, 2);
-  icon(MARGIN + 72, middle - 14, is_silent ? ICONS_MENU_MUTE : ICONS_MENU_SPEAKER, WHITE, BLACK);
-  words(MARGIN + 72, middle + 52, WORDS_BODY, BLACK, CENTRE, phrase(PHRASE_VOLUME));
-  digits(MARGIN + 278, middle, DIGITS_LARGE, figures, BLACK, RIGHT);
+    frame(MARGIN, PAGE_TOP, width, height, DRAVIK_WHITE, 2);
+  icon(MARGIN + 72, middle - 14, is_silent ? ICONS_MENU_MUTE : ICONS_MENU_SPEAKER, DRAVIK_WHITE,
+       DRAVIK_BLACK);
+  words(MARGIN + 72, middle + 52, WORDS_BODY, DRAVIK_BLACK, CENTRE, phrase(PHRASE_VOLUME));
+  digits(MARGIN + 278, middle, DIGITS_LARGE, figures, DRAVIK_BLACK, RIGHT);
   text(MARGIN + 288, middle + 20, FONT_BODY, SILVER, LEFT, "%%");
   draw_bars(MARGIN + width - 28, PAGE_TOP + height - 46, height - 76);
 }
@@ -98,9 +100,9 @@ static void draw_volume(void) {
 static void draw_switch(enum item item, enum icons_image art, enum phrase label, int is_on) {
   const int y = rows_top() + ((int)item - ITEM_MUTE) * (ROW_HEIGHT + ITEM_GAP), middle = y + ROW_HEIGHT / 2;
   const int is_selected = selected == item;
-  const uint16_t ground = is_selected ? DRAVIK_THEME : BLACK;
+  const uint16_t ground = is_selected ? DRAVIK_THEME : DRAVIK_BLACK;
   plate(MARGIN, y, canvas_width() - 2 * MARGIN, ROW_HEIGHT, is_selected);
-  icon(MARGIN + 34, middle, art, WHITE, ground);
+  icon(MARGIN + 34, middle, art, DRAVIK_WHITE, ground);
   words(MARGIN + 72, middle, WORDS_BODY, ground, LEFT, phrase(label));
   toggle(canvas_width() - MARGIN - 24, middle, is_on, is_selected);
 }

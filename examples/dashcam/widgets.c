@@ -11,22 +11,22 @@
 /* --------------------------------------------------------------------------------------------- the bar */
 
 static void battery(int x, int middle, int percent) {
-  icon(x, middle, ICONS_STATUS_BATTERY, WHITE, BLACK);
-  fill(x - 11, middle - 5, 19, 10, BLACK);
-  fill(x - 11, middle - 5, 19 * percent / 100, 10, percent > 20 ? WHITE : RED);
+  icon(x, middle, ICONS_STATUS_BATTERY, DRAVIK_WHITE, DRAVIK_BLACK);
+  fill(x - 11, middle - 5, 19, 10, DRAVIK_BLACK);
+  fill(x - 11, middle - 5, 19 * percent / 100, 10, percent > 20 ? DRAVIK_WHITE : DRAVIK_RED);
 }
 
 /* Draw a red spot that blinks while recording, a sign for the parked car, or a warning. */
 static void state_mark(const struct ride *ride) {
   const enum camera_state state = camera_state();
   if (state != CAMERA_PARKED && !ride->is_lit)
-    fill(12, 7, 29, 28, BLACK);
+    fill(12, 7, 29, 28, DRAVIK_BLACK);
   else if (state == CAMERA_RECORDING)
-    icon(26, 21, ICONS_STATUS_REC, RED, BLACK);
+    icon(26, 21, ICONS_STATUS_REC, DRAVIK_RED, DRAVIK_BLACK);
   else if (state == CAMERA_PARKED)
-    icon(26, 21, ICONS_TITLE_PARKING, WHITE, BLACK);
+    icon(26, 21, ICONS_TITLE_PARKING, DRAVIK_WHITE, DRAVIK_BLACK);
   else
-    icon(26, 21, ICONS_TITLE_WARNING, RED, BLACK);
+    icon(26, 21, ICONS_TITLE_WARNING, DRAVIK_RED, DRAVIK_BLACK);
 }
 
 static const char *state_word(void) {
@@ -40,9 +40,9 @@ static const char *state_word(void) {
 void status_clock(const struct ride *ride) {
   char clock[16];
   snprintf(clock, sizeof clock, "%02d:%02d:%02d", ride->hour, ride->minute, ride->second);
-  digits(canvas_width() / 2, 21, DIGITS_SMALL, clock, BLACK, CENTRE);
+  digits(canvas_width() / 2, 21, DIGITS_SMALL, clock, DRAVIK_BLACK, CENTRE);
   state_mark(ride);
-  fill(106, 9, 80, 24, BLACK);
+  fill(106, 9, 80, 24, DRAVIK_BLACK);
   if (camera_is_recording())
     text(106, 21, FONT_BODY, SILVER, LEFT, "%02d:%02d", ride->recorded_seconds / 60,
          ride->recorded_seconds % 60);
@@ -50,25 +50,25 @@ void status_clock(const struct ride *ride) {
 
 void status_bar(const struct ride *ride) {
   const int right = canvas_width();
-  fill(0, 0, right, STATUS_BAR - 2, BLACK);
+  fill(0, 0, right, STATUS_BAR - 2, DRAVIK_BLACK);
   fill(0, STATUS_BAR - 2, right, 2, get_theme_color());
-  text(46, 21, FONT_TITLE, WHITE, LEFT, "%s", state_word());
+  text(46, 21, FONT_TITLE, DRAVIK_WHITE, LEFT, "%s", state_word());
   status_clock(ride);
   battery(right - 32, 21, ride->battery_percent);
-  icon(right - 72, 21, ICONS_STATUS_SD, camera_is_recording() ? WHITE : RED, BLACK);
-  icon(right - 108, 21, ICONS_STATUS_MIC, microphone_is_on() ? WHITE : GREY, BLACK);
-  icon(right - 144, 21, ICONS_STATUS_WIFI, WHITE, BLACK);
+  icon(right - 72, 21, ICONS_STATUS_SD, camera_is_recording() ? DRAVIK_WHITE : DRAVIK_RED, DRAVIK_BLACK);
+  icon(right - 108, 21, ICONS_STATUS_MIC, microphone_is_on() ? DRAVIK_WHITE : DRAVIK_GREY, DRAVIK_BLACK);
+  icon(right - 144, 21, ICONS_STATUS_WIFI, DRAVIK_WHITE, DRAVIK_BLACK);
   text(right - 170, 21, FONT_BODY, SILVER, RIGHT, "%d", ride->satellites);
-  icon(right - 210, 21, ICONS_STATUS_GPS, WHITE, BLACK);
+  icon(right - 210, 21, ICONS_STATUS_GPS, DRAVIK_WHITE, DRAVIK_BLACK);
 }
 
 void page(const struct ride *ride, enum icons_image art, const char *title, const char *remark) {
   const int middle = STATUS_BAR + TITLE_BAR / 2 + 2;
   backdrop(STATUS_BAR + TITLE_BAR);
-  fill(0, STATUS_BAR, canvas_width(), TITLE_BAR, BLACK);
+  fill(0, STATUS_BAR, canvas_width(), TITLE_BAR, DRAVIK_BLACK);
   status_bar(ride);
-  icon(MARGIN + 14, middle, art, WHITE, CLEAR);
-  words(MARGIN + 42, middle, WORDS_TITLE, BLACK, LEFT, title);
+  icon(MARGIN + 14, middle, art, DRAVIK_WHITE, DRAVIK_TRANSPARENT);
+  words(MARGIN + 42, middle, WORDS_TITLE, DRAVIK_BLACK, LEFT, title);
   text(canvas_width() - MARGIN, middle, FONT_BODY, SILVER, RIGHT, "%s", remark);
 }
 
@@ -77,7 +77,7 @@ void page(const struct ride *ride, enum icons_image art, const char *title, cons
 static void framed(int x, int y, int width, int height, int is_selected, uint16_t ground) {
   fill(x, y, width, height, is_selected ? get_theme_color() : ground);
   if (is_selected)
-    frame(x, y, width, height, WHITE, 2);
+    frame(x, y, width, height, DRAVIK_WHITE, 2);
   else
     outline(x, y, width, height, EDGE);
 }
@@ -87,13 +87,13 @@ void card(int x, int y, int width, int height, int is_selected) {
 }
 
 void plate(int x, int y, int width, int height, int is_selected) {
-  framed(x, y, width, height, is_selected, BLACK);
+  framed(x, y, width, height, is_selected, DRAVIK_BLACK);
 }
 
 void toggle(int right, int middle, int is_on, int is_selected) {
   const int radius = 12, left = right - 46;
-  const uint16_t body = !is_on ? EDGE : is_selected ? WHITE : get_theme_color();
-  const uint16_t knob = !is_on ? SILVER : is_selected ? get_theme_color() : WHITE;
+  const uint16_t body = !is_on ? EDGE : is_selected ? DRAVIK_WHITE : get_theme_color();
+  const uint16_t knob = !is_on ? SILVER : is_selected ? get_theme_color() : DRAVIK_WHITE;
   disc(left + radius, middle, radius, body);
   disc(right - radius, middle, radius, body);
   fill(left + radius, middle - radius, 46 - 2 * radius, 2 * radius, body);
@@ -120,7 +120,7 @@ void sensor_dial(int x, int y, int radius) {
   line(x, y - radius, x, y + radius, EDGE, 1);
   ring(x, y, radius / 3, EDGE);
   ring(x, y, 2 * radius / 3, EDGE);
-  ring(x, y, radius, GREY);
+  ring(x, y, radius, DRAVIK_GREY);
   if (board()->has_sensor)
     disc(x + limited(board()->x_mg * reach / 500, reach), y - limited(board()->y_mg * reach / 500, reach),
          spot, get_theme_color());
@@ -130,7 +130,7 @@ void sensor_axis(int x, int middle, enum font font, enum align align, char name,
   if (board()->has_sensor)
     text(x, middle, font, SILVER, align, "%c %+.2f", name, mg / 1000.0);
   else
-    text(x, middle, font, GREY, align, "%c  --  ", name);
+    text(x, middle, font, DRAVIK_GREY, align, "%c  --  ", name);
 }
 
 enum { GAUGE_RADIUS = 94, GAUGE_DOTS = 41, GAUGE_KMH = 160, GAUGE_RED_KMH = 130 };
@@ -138,7 +138,7 @@ enum { GAUGE_RADIUS = 94, GAUGE_DOTS = 41, GAUGE_KMH = 160, GAUGE_RED_KMH = 130 
 static uint16_t dot_colour(int dot_kmh, int speed_kmh) {
   if (dot_kmh > speed_kmh)
     return dot_kmh >= GAUGE_RED_KMH ? 0x6000 : EDGE;
-  return dot_kmh >= GAUGE_RED_KMH ? RED : get_theme_color();
+  return dot_kmh >= GAUGE_RED_KMH ? DRAVIK_RED : get_theme_color();
 }
 
 void speed_gauge_reading(int x, int y, const struct ride *ride) {
@@ -149,11 +149,11 @@ void speed_gauge_reading(int x, int y, const struct ride *ride) {
          dot_colour(i * GAUGE_KMH / (GAUGE_DOTS - 1), ride->speed_kmh));
   }
   snprintf(speed, sizeof speed, "%2d", ride->speed_kmh);
-  digits(x, y, DIGITS_LARGE, speed, BLACK, CENTRE);
+  digits(x, y, DIGITS_LARGE, speed, DRAVIK_BLACK, CENTRE);
 }
 
 void speed_gauge(int x, int y, const struct ride *ride) {
-  icon(x, y, ICONS_GAUGE, WHITE, BLACK);
+  icon(x, y, ICONS_GAUGE, DRAVIK_WHITE, DRAVIK_BLACK);
   speed_gauge_reading(x, y, ride);
   text(x, y + 62, FONT_BODY, SILVER, CENTRE, "km/h");
 }

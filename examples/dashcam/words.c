@@ -42,7 +42,8 @@ static uint32_t points(enum words_size size) {
 /* Far above the screen nothing is drawn, but str_width and sy contain the size of the text. */
 static void measure(const struct line_of_text *line, enum words_size size) {
   const uint32_t far_above = 0U - 10000U;
-  put_unicode_string(0, far_above, line->units, points(size), line->font, WHITE, BLACK, 0);
+  put_unicode_string(0, far_above, line->units, points(size), line->font, DRAVIK_WHITE, DRAVIK_BLACK,
+                     DRAVIK_TOP_LEFT);
 }
 
 void words(int x, int middle, enum words_size size, uint16_t background, enum align align, const char *utf8) {
@@ -52,8 +53,8 @@ void words(int x, int middle, enum words_size size, uint16_t background, enum al
   /* Capitals are 0.72 em high, and 72 points are 80 pixels: half a capital is 0.4 pixels a point. */
   const int base_line = pixels(middle) + (int)points(size) * 2 / 5;
   const int left = left_edge(pixels(x), str_width, align), top = base_line - (PLANE_BASE_LINE - sy);
-  put_unicode_string((uint32_t)left, (uint32_t)top, line.units, points(size), line.font, WHITE, background,
-                     0);
+  put_unicode_string((uint32_t)left, (uint32_t)top, line.units, points(size), line.font, DRAVIK_WHITE,
+                     background, DRAVIK_TOP_LEFT);
 }
 
 int words_width(enum words_size size, const char *utf8) {
@@ -64,9 +65,9 @@ int words_width(enum words_size size, const char *utf8) {
 
 void words_plate(int x, int y, enum align align, const char *utf8) {
   const int width = words_width(WORDS_SMALL, utf8) + 28, left = left_edge(x, width, align);
-  fill(left, y, width, 28, BLACK);
+  fill(left, y, width, 28, DRAVIK_BLACK);
   fill(left, y, 4, 28, get_theme_color());
-  words(left + 16, y + 14, WORDS_SMALL, BLACK, LEFT, utf8);
+  words(left + 16, y + 14, WORDS_SMALL, DRAVIK_BLACK, LEFT, utf8);
 }
 
 int words_are_ready(void) {

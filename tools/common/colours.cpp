@@ -15,10 +15,10 @@ struct colour_name {
 };
 
 constexpr colour_name names[] = {
-    {"white", rgb565::white},   {"black", rgb565::black},     {"red", rgb565::red},
-    {"green", rgb565::green},   {"blue", rgb565::blue},       {"grey", rgb565::grey},
-    {"yellow", rgb565::yellow}, {"magenta", rgb565::magenta}, {"cyan", rgb565::cyan},
-    {"orange", rgb565::orange},
+    {"white", DRAVIK_WHITE},   {"black", DRAVIK_BLACK},     {"red", DRAVIK_RED},
+    {"green", DRAVIK_GREEN},   {"blue", DRAVIK_BLUE},       {"grey", DRAVIK_GREY},
+    {"yellow", DRAVIK_YELLOW}, {"magenta", DRAVIK_MAGENTA}, {"cyan", DRAVIK_CYAN},
+    {"orange", DRAVIK_ORANGE},
 };
 
 std::optional<uint32_t> hexadecimal(std::string_view digits) noexcept {
@@ -54,7 +54,7 @@ std::optional<uint16_t> background_named(std::string_view text) noexcept {
   if (text == "theme")
     return DRAVIK_THEME;
   if (text == "none")
-    return rgb565::none;
+    return DRAVIK_TRANSPARENT;
   return colour_named(text);
 }
 

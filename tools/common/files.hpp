@@ -14,11 +14,11 @@ namespace dravik::tools {
 /// "path: " and the text of errno.
 std::string system_error(const std::string &path);
 
-/// Open a regular file for reading. On failure returns null and sets `error`: devices and pipes are rejected
+/// Open a regular file for reading. On failure returns null and set `error`: devices and pipes are rejected
 /// without being opened, so that no name can block a tool.
 unique_file open_regular(const std::string &path, std::string &error);
 
-/// Read a regular file of at most 4 GiB. On failure returns false and sets `error`.
+/// Read a regular file of at most 4 GiB. On failure returns false and set `error`.
 [[nodiscard]] bool read_file(const std::string &path, std::vector<uint8_t> &into, std::string &error);
 
 /// Whether a file may be written under this name: it does not exist, is empty, or begins with `magic`. On
@@ -29,13 +29,13 @@ unique_file open_regular(const std::string &path, std::string &error);
 /// returns an empty name and sets `error`.
 std::string make_unfinished_directory(const std::string &path, std::string &error);
 
-/// A file that is written under a unique name next to its own, which it takes when it is complete.
+/// A file that is written under a unique name next to its own, and renamed when it is complete.
 class pending_file {
 public:
   explicit pending_file(std::string path) : path_(std::move(path)) {}
   pending_file(const pending_file &) = delete;
   pending_file &operator=(const pending_file &) = delete;
-  /// Removes the file unless it was committed.
+  /// Remove the file unless it was committed.
   ~pending_file();
 
   // On failure each returns false and sets `error`.

@@ -1,4 +1,4 @@
-// What files of a kind begin with.
+// The first bytes of file formats.
 #pragma once
 
 #include <string_view>

@@ -1,4 +1,4 @@
-// Numbers as people write them.
+// Numbers as command-line arguments.
 #pragma once
 
 #include <charconv>

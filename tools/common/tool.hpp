@@ -11,7 +11,7 @@
 
 namespace dravik::tools {
 
-/// How a command ended: the exit status of the tool. Commands that stand for a program may return any other
+/// How a command ended: the exit status of the tool. Commands that represent a program may return any other
 /// status as `outcome{status}`.
 enum class outcome : int {
   done = 0,
@@ -44,8 +44,8 @@ struct tool {
 /// Version of the library and its tools.
 std::string_view version() noexcept;
 
-/// Run the command that the arguments name, print one line on standard error if it fails, and return the exit
-/// status.
+/// Run the command that the arguments name, print one line on standard error if it fails, and return the
+/// exit status.
 int run_tool(const tool &which, int count, const char *const *arguments);
 
 /// Print a warning of the running tool on standard error.

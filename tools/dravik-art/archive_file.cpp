@@ -67,7 +67,7 @@ private:
   std::vector<std::string> lines_;
 };
 
-/// Check everything before the pixels. Returns false if the table cannot be read.
+/// Check everything before the pixels. Return false if the table cannot be read.
 bool check_header(std::span<const uint8_t> file, finding_list &found) {
   if (file.size() < record_size) {
     found.add("truncated header: " + to_string(file.size()) + " bytes; must be at least 16");

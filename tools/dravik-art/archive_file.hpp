@@ -15,7 +15,7 @@ struct packed_image {
   std::vector<uint8_t> pixels;
 };
 
-/// What an archive's table says of one image. Nothing in it is to be believed.
+/// The record of one image in an archive's table. Untrusted.
 struct image_record {
   uint32_t width;
   uint32_t height;
@@ -28,12 +28,12 @@ struct image_record {
   constexpr bool is_empty() const noexcept { return width == 0 || height == 0; }
 };
 
-/// The length of an archive of images that take `pixel_bytes` together.
+/// The length of an archive of images with `pixel_bytes` in total.
 constexpr uint64_t archive_size(uint64_t count, uint64_t pixel_bytes) noexcept {
   return 16 * (count + 1) + pixel_bytes;
 }
 
-/// Whether the format's 32-bit words can give such a length; if not, `error` says so.
+/// Whether the format's 32-bit words can store this length; if not, set `error`.
 [[nodiscard]] bool fits_archive(uint64_t size, std::string &error);
 
 /// The archive of some images in their order: header, table, and pixels without gaps.
@@ -43,14 +43,14 @@ constexpr uint64_t archive_size(uint64_t count, uint64_t pixel_bytes) noexcept {
 /// An archive in memory whose header and table are sound; its records may still point anywhere.
 class archive {
 public:
-  /// Takes a file over. On failure gives false and says why in `error`.
+  /// Read a file. Return false and set `error` on failure.
   [[nodiscard]] bool open(std::vector<uint8_t> file, std::string &error);
 
   std::span<const uint8_t> bytes() const noexcept { return file_; }
   uint32_t count() const noexcept;
   image_record record(uint32_t index) const noexcept;
 
-  /// Whether an image has pixels and all of them lie in the file; if not, `error` says why.
+  /// Whether an image has pixels and all of them are in the file; if not, set `error`.
   [[nodiscard]] bool has_pixels(uint32_t index, std::string &error) const;
   /// The rows of an image that has its pixels.
   std::span<const uint8_t> pixels(const image_record &of) const noexcept {
@@ -61,11 +61,11 @@ private:
   std::vector<uint8_t> file_;
 };
 
-/// Reads and opens an archive; `error` names the file.
+/// Read and open an archive; `error` names the file.
 [[nodiscard]] bool open_archive(const std::string &path, archive &opened, std::string &error);
 
-/// Everything that is wrong with a file as an archive, a line each: what the library would refuse, and what
-/// no packer should have made. A long list is cut short with a line that says so.
+/// All findings in a file, one per line: what the library would reject, and what
+/// no packer should write. A long list is truncated, with a line that reports it.
 std::vector<std::string> check(std::span<const uint8_t> file);
 
 } // namespace dravik::art

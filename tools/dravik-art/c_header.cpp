@@ -13,8 +13,8 @@ constexpr bool is_digit(char c) noexcept {
   return c >= '0' && c <= '9';
 }
 
-/// A file's name without folder and extension, in letters, digits and underscores. Of ASCII only: the names
-/// must not depend on the language settings of whoever packs.
+/// A file's name without directory and extension, in letters, digits and underscores. ASCII only: the names
+/// must not depend on the locale.
 std::string plain_name(const std::string &path) {
   std::string name = std::filesystem::path(path).stem().string();
   for (char &c : name)
@@ -30,7 +30,7 @@ std::string in_capitals(std::string name) {
   return name;
 }
 
-/// What all names of a header begin with: a C identifier that is not reserved.
+/// The prefix of all names of a header: a C identifier that is not reserved.
 std::string header_prefix(const std::string &path) {
   std::string name = plain_name(path);
   name.erase(0, name.find_first_not_of('_'));

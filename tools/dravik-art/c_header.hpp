@@ -13,8 +13,8 @@ struct named_image {
   uint32_t height;
 };
 
-/// The text of a header `path` that counts the images from 0: for "icons.h", an enum icons_image of ICONS_...
-/// names and ICONS_COUNT. On failure gives false and says in `error` which two names are the same.
+/// The text of a header `path` that counts the images from 0: for "icons.h", an enum icons_image of
+/// ICONS_... names and ICONS_COUNT. Return false and name two equal names in `error` on failure.
 [[nodiscard]] bool make_c_header(const std::string &path, std::span<const named_image> images,
                                  std::string &text, std::string &error);
 

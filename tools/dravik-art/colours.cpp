@@ -1,4 +1,4 @@
-// Colours as pictures hold them.
+// RGB565 colours as pixels of PNG images.
 
 #include "dravik-art/colours.hpp"
 

@@ -79,7 +79,7 @@ constexpr uint32_t largest_scale = 64;
 
 uint16_t theme_of(const command_line &given, std::string &error) {
   return given.has("--theme") ? tools::colour_or_error(colour_named, given.value("--theme"), error)
-                              : rgb565::start_up_theme;
+                              : DRAVIK_DEFAULT_THEME;
 }
 
 /// Open an archive of which every image in [first, end) has its pixels.
@@ -169,7 +169,7 @@ std::string without_end_slashes(std::string path) {
 
 // ---------------------------------------------------------------------------------------------- preview
 
-/// What a preview shows, in one colour pair or in all of them.
+/// The images of a preview, in one colour pair or in all of them.
 struct preview_order {
   uint32_t first = 0;
   uint32_t end = UINT32_MAX; ///< of the images shown; those past the last are none
@@ -212,7 +212,7 @@ bool show_single(const painter &library, const archive &from, const preview_orde
   return true;
 }
 
-/// A sheet whose cell i shows image `images(i)` through ramp `ramps(i)`.
+/// A sheet with image `images(i)` through ramp `ramps(i)` in cell i.
 struct sheet_plan {
   uint32_t cells;
   uint32_t columns; ///< 0 for about square

@@ -15,8 +15,8 @@
 namespace dravik::art {
 namespace {
 
-/// Shows through where the library paints nothing. No ramp on a transparent background has this colour.
-constexpr uint16_t unpainted = rgb565::magenta;
+/// Show through where the library paints nothing. No ramp on a transparent background has this colour.
+constexpr uint16_t unpainted = DRAVIK_MAGENTA;
 
 /// Discards standard error during its lifetime: the library prints its progress there.
 class quiet_stderr {
@@ -41,7 +41,7 @@ private:
   int kept_;
 };
 
-/// Makes a block of memory the library's screen.
+/// Make a block of memory the library's screen.
 void use_as_screen(std::vector<uint16_t> &plane, uint32_t width, uint32_t height) noexcept {
   const uint32_t line_length = width * 2;
   fbp = fbp0 = reinterpret_cast<uint8_t *>(plane.data());
@@ -62,7 +62,7 @@ bool is_loaded(std::span<const uint8_t> bytes) noexcept {
   return header.u32le() == bytes.size() && std::memcmp(q7bmp_ptr[0], bytes.data(), bytes.size()) == 0;
 }
 
-/// Room around each picture of a sheet.
+/// Margin around each image of a sheet, in pixels.
 constexpr uint32_t margin = 4;
 
 void put(png::picture &into, size_t pixel, std::array<uint8_t, 4> rgba) noexcept {
@@ -96,8 +96,8 @@ bool painter::load(const std::string &path, const archive &checked, uint16_t the
 png::picture painter::draw(uint32_t index, const image_record &record, ramp_choice ramp) const {
   std::vector<uint16_t> plane(size_t{record.width} * record.height, unpainted);
   use_as_screen(plane, record.width, record.height);
-  fb_q7bmp_show(0, 0, 0, static_cast<int32_t>(index), ramp.foreground, ramp.background, 0);
-  const bool may_show_through = ramp.background == rgb565::none;
+  fb_q7bmp_show(0, 0, 0, static_cast<int32_t>(index), ramp.foreground, ramp.background, DRAVIK_TOP_LEFT);
+  const bool may_show_through = ramp.background == DRAVIK_TRANSPARENT;
   png::picture drawn{record.width, record.height, std::vector<uint8_t>(plane.size() * 4)};
   for (size_t i = 0; i < plane.size(); ++i)
     if (plane[i] != unpainted || !may_show_through)
@@ -106,7 +106,7 @@ png::picture painter::draw(uint32_t index, const image_record &record, ramp_choi
 }
 
 std::array<uint8_t, 4> background_rgba(uint16_t background) noexcept {
-  if (background == rgb565::none)
+  if (background == DRAVIK_TRANSPARENT)
     return {};
   return to_rgba(background == DRAVIK_THEME ? get_theme_color() : background);
 }

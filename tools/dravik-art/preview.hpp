@@ -1,4 +1,4 @@
-// Images as the library itself draws them, as pictures.
+// PNG images of artwork, drawn by the library itself.
 #pragma once
 
 #include "dravik-art/archive_file.hpp"
@@ -21,14 +21,14 @@ public:
   [[nodiscard]] bool load(const std::string &path, const archive &checked, uint16_t theme,
                           std::string &error);
 
-  /// Draws an image that has its pixels. What the library leaves unpainted is transparent.
+  /// Draw an image that has its pixels. Pixels that the library does not draw are transparent.
   png::picture draw(uint32_t index, const image_record &record, ramp_choice ramp) const;
 };
 
 /// The colour that the library paints for a background; transparent for "none".
 std::array<uint8_t, 4> background_rgba(uint16_t background) noexcept;
 
-/// Pictures in rows of equal cells, each in the middle of its cell with a margin around it.
+/// Images in rows of equal cells, each in the middle of its cell with a margin around it.
 class sheet {
 public:
   /// A sheet that is `columns` wide, or about square for 0. There is at least one cell.
@@ -36,7 +36,7 @@ public:
 
   uint64_t width() const noexcept { return columns_ * cell_width_; }
   uint64_t height() const noexcept { return rows_ * cell_height_; }
-  /// Makes the pixels, transparent at first. Before place().
+  /// Make the pixels, transparent at first. Before place().
   void make() { picture_ = blank(width(), height()); }
   void place(uint64_t cell, const png::picture &what, std::array<uint8_t, 4> background) noexcept;
   png::picture take() noexcept { return std::move(picture_); }

@@ -75,15 +75,6 @@ constexpr option_rule card_options[] = {watch_options[0], watch_options[1], watc
 constexpr const char *repair_record = "/tmp/debugfs";
 constexpr uint32_t smallest_card_sectors = 2048;
 
-enum status_bit : uint8_t {
-  present = 0x80,
-  locked = 0x40,
-  partitioned = 0x20,
-  mounted = 0x10,
-  fat32 = 8,
-  writable = 4
-};
-
 struct card_state {
   uint8_t status = 0;
   bool is_healthy = false;
@@ -91,7 +82,7 @@ struct card_state {
   uint32_t sectors = 0;
   int32_t size_mib = 0;
 
-  bool has(status_bit bit) const { return (status & bit) != 0; }
+  bool has(dravik_card_status bit) const { return (status & bit) != 0; }
 };
 
 card_state look_at_card() {
@@ -107,13 +98,13 @@ card_state look_at_card() {
 }
 
 value::fields report_of(const card_state &card) {
-  const bool is_mounted = card.has(mounted);
-  return {{"present", card.has(present)},
-          {"locked", card.knows_lock ? value{card.has(locked)} : value{nullptr}},
-          {"partitioned", card.has(partitioned)},
+  const bool is_mounted = card.has(DRAVIK_CARD_MOUNTED);
+  return {{"present", card.has(DRAVIK_CARD_PRESENT)},
+          {"locked", card.knows_lock ? value{card.has(DRAVIK_CARD_LOCKED)} : value{nullptr}},
+          {"partitioned", card.has(DRAVIK_CARD_PARTITIONED)},
           {"mounted", is_mounted},
-          {"fat32", card.has(fat32)},
-          {"writable", card.has(writable)},
+          {"fat32", card.has(DRAVIK_CARD_FAT32)},
+          {"writable", card.has(DRAVIK_CARD_WRITABLE)},
           {"healthy", card.is_healthy},
           {"status", card.status},
           {"sectors", card.sectors},
@@ -123,16 +114,16 @@ value::fields report_of(const card_state &card) {
 }
 
 const char *what_is_wrong(const card_state &card) {
-  if (!card.has(present))
+  if (!card.has(DRAVIK_CARD_PRESENT))
     return "card: not inserted";
-  if (card.has(locked))
+  if (card.has(DRAVIK_CARD_LOCKED))
     return card.knows_lock ? "card: write-protected"
                            : "card: write-protect switch cannot be read without the GPIO driver";
-  if (!card.has(partitioned))
+  if (!card.has(DRAVIK_CARD_PARTITIONED))
     return "card: no partition";
-  if (!card.has(mounted))
+  if (!card.has(DRAVIK_CARD_MOUNTED))
     return "card: not mounted";
-  if (!card.has(fat32))
+  if (!card.has(DRAVIK_CARD_FAT32))
     return "card: file system or partition is not FAT32";
   return "card: mounted read-only";
 }
@@ -160,19 +151,19 @@ std::string what_failed(const repair_steps &steps) {
     return "card: check failed with exit status " + std::to_string(steps.check);
   if (steps.mount != 0)
     return "card: mount failed with exit status " + std::to_string(steps.mount);
-  return look_at_card().has(mounted) ? "" : "card: not mounted after the repair";
+  return look_at_card().has(DRAVIK_CARD_MOUNTED) ? "" : "card: not mounted after the repair";
 }
 
 /// The library's own unmount fails on a mounted card that is busy, but its check runs all the same and corrupts the
 /// file system. So the card is unmounted before.
 outcome repair(const card_state &card, value::fields &report, std::string &error) {
-  if (card.has(mounted) && !unmount_card(error))
+  if (card.has(DRAVIK_CARD_MOUNTED) && !unmount_card(error))
     return outcome::failed;
   const overheard said{[] { sd_card_check_fs(); }};
   repair_steps steps;
   if (!read_steps(steps))
     return failed(error, std::string{repair_record} + ": not written by the repair");
-  if (card.has(mounted))
+  if (card.has(DRAVIK_CARD_MOUNTED))
     steps.unmount = 0; // the library found it unmounted
   report = {{"unmount", steps.unmount}, {"check", steps.check}, {"mount", steps.mount}};
   const std::string failure = what_failed(steps);
@@ -192,7 +183,7 @@ outcome partition(const card_state &card, value::fields &report, std::string &er
 }
 
 outcome format(const card_state &card, value::fields &report, std::string &error) {
-  if (card.has(mounted) && !unmount_card(error))
+  if (card.has(DRAVIK_CARD_MOUNTED) && !unmount_card(error))
     return outcome::failed;
   const overheard said{[] { sd_card_format(); }};
   report = {{"formatted", true}, {"reboots", true}};
@@ -206,7 +197,7 @@ bool is_board() {
 
 /// A card whose switch cannot be read may be locked; only a machine that is not a board has no switch.
 bool may_write(const card_state &card, bool is_forced) {
-  return card.has(present) && (!card.has(locked) || (is_forced && !card.knows_lock));
+  return card.has(DRAVIK_CARD_PRESENT) && (!card.has(DRAVIK_CARD_LOCKED) || (is_forced && !card.knows_lock));
 }
 
 /// Change the card: only if that is meant, on a board, and if there is a card that can be written.
@@ -224,7 +215,7 @@ outcome change(const std::string &how, const command_line &given, value::fields 
     return failed(error, what_is_wrong(card));
   if (how == "partition")
     return partition(card, report, error);
-  if (!card.has(partitioned))
+  if (!card.has(DRAVIK_CARD_PARTITIONED))
     return failed(error, what_is_wrong(card));
   return how == "repair" ? repair(card, report, error) : format(card, report, error);
 }

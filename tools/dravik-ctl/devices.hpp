@@ -9,7 +9,7 @@
 
 namespace dravik::ctl {
 
-/// Open the GPIO driver. On failure returns false and sets `error`.
+/// Open the GPIO driver. On failure returns false and set `error`.
 [[nodiscard]] bool open_gpio(std::string &error);
 
 struct screen_answer {
@@ -21,7 +21,7 @@ struct screen_answer {
 /// Query the screen information.
 screen_answer ask_screen();
 
-/// Open the screen to draw on it. On failure returns false and sets `error`.
+/// Open the screen to draw on it. On failure returns false and set `error`.
 [[nodiscard]] bool open_screen(std::string &error);
 
 } // namespace dravik::ctl

@@ -13,8 +13,8 @@
 namespace dravik::ctl {
 namespace {
 
-/// A file without a name, in memory: /tmp may not be writable. Kernels before 3.17 have none. A file, not a pipe:
-/// commands in the background may keep it open.
+/// A file without a name, in memory: /tmp may not be writable. Kernels before 3.17 have none. A file, not a
+/// pipe: commands in the background may keep it open.
 int open_collector() {
   const int in_memory = ::memfd_create("dravik-ctl", MFD_CLOEXEC);
   if (in_memory >= 0)
@@ -49,7 +49,7 @@ void overheard::begin() {
   std::fflush(stdout);
   file_ = open_collector();
   if (file_ < 0)
-    return; // then the words are heard by everybody
+    return; // then the output is not captured
   output_ = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
   errors_ = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
   ::dup2(file_, STDOUT_FILENO);

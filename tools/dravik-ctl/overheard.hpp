@@ -1,4 +1,4 @@
-// What the library, and the commands that it runs, say on standard output and standard error during a call.
+// Captured standard output and standard error of a library call and of the commands that it runs.
 #pragma once
 
 #include <string>
@@ -6,7 +6,7 @@
 
 namespace dravik::ctl {
 
-/// Keeps the words of a call from the terminal, so that a failure is one line with the reason in it, and
+/// Keep the output of a call from the terminal, so that a failure is one line with its reason, and
 /// --json is nothing but JSON. Not to be nested.
 class overheard {
 public:
@@ -21,7 +21,7 @@ public:
   std::string first_line(std::string_view part = {}) const;
   std::string last_line() const;
 
-  /// Whether the words go to standard error too, after each call: --verbose.
+  /// Whether the output is copied to standard error after each call: --verbose.
   static void let_through(bool on) noexcept { let_through_ = on; }
 
 private:
@@ -29,7 +29,7 @@ private:
   void end();
 
   std::string words_;
-  int file_ = -1, output_ = -1, errors_ = -1; ///< what collects, and what it stands in for
+  int file_ = -1, output_ = -1, errors_ = -1; ///< the capturing descriptor, and the one it replaces
   static inline bool let_through_ = false;
 };
 

@@ -51,7 +51,6 @@ constexpr option_rule show_options[] = {{"--at", true}, {"--clear", true}, {"--f
 
 constexpr const char *jpeg_folder = "/usr/local/dravik/jpg";
 constexpr const char *up_from_jpeg_folder = "../../../.."; ///< to the root
-constexpr uint32_t top_left = 0, centred = 3;              ///< the library's ways to place a picture
 
 struct place {
   uint32_t x, y;
@@ -74,7 +73,7 @@ std::optional<place> read_place(std::string_view text) {
   const size_t comma = text.find(',');
   const auto x = tools::number_of(text.substr(0, comma));
   const auto y = tools::number_of(comma == text.npos ? "" : text.substr(comma + 1));
-  return x && y ? std::optional<place>{{*x, *y, top_left}} : std::nullopt;
+  return x && y ? std::optional<place>{{*x, *y, DRAVIK_TOP_LEFT}} : std::nullopt;
 }
 
 bool read_order(const command_line &given, order &what, std::string &error) {
@@ -92,7 +91,7 @@ bool read_order(const command_line &given, order &what, std::string &error) {
   return error.empty();
 }
 
-/// The path of an image, as given or among the application's images; empty, with errno, if there is none.
+/// The path of an image, relative or in the application's directory; empty, with errno, if there is none.
 std::string find_picture(const std::string &name) {
   const std::string own = std::string{jpeg_folder} + "/" + name;
   if (::access(name.c_str(), R_OK) == 0)
@@ -112,16 +111,17 @@ std::string first_bytes(const std::string &path) {
 }
 
 place place_or_middle(const order &what) {
-  return what.at.value_or(place{fbinfo[FBINFO_XRES] / 2, fbinfo[FBINFO_YRES] / 2, centred});
+  return what.at.value_or(place{fbinfo[FBINFO_XRES] / 2, fbinfo[FBINFO_YRES] / 2, DRAVIK_CENTRE});
 }
 
 bool show_bmp(const order &what, size &drawn, std::string &error) {
   const place at = place_or_middle(what);
   int result = -1;
-  const overheard said{
-      [&] { result = fb_put_bmp_file(at.x, at.y, what.path.c_str(), 0, static_cast<uint8_t>(at.align)); }};
-  drawn = {bmpinfo[0], bmpinfo[1]};
-  const uint32_t bits = bmpinfo[2];
+  const overheard said{[&] {
+    result = fb_put_bmp_file(at.x, at.y, what.path.c_str(), DRAVIK_BMP_COPY, static_cast<uint8_t>(at.align));
+  }};
+  drawn = {bmpinfo[BMPINFO_WIDTH], bmpinfo[BMPINFO_HEIGHT]};
+  const uint32_t bits = bmpinfo[BMPINFO_BITS_PER_PIXEL];
   if (result != 0)
     error = because(what.path + ": cannot be drawn", said.first_line());
   else if (bits != 1 && bits != 4 && bits != 8 && bits != 16 && bits != 24 && bits != 32)
@@ -147,7 +147,7 @@ bool show_jpeg(const order &what, size &drawn, std::string &error) {
   const place at = place_or_middle(what);
   int result = -1;
   const overheard said{[&] { result = fb_put_jpeg_file(at.x, at.y, name.c_str(), at.align); }};
-  drawn = {jpeginfo[0], jpeginfo[1]};
+  drawn = {jpeginfo[JPEGINFO_WIDTH], jpeginfo[JPEGINFO_HEIGHT]};
   if (result != 0)
     error = because(what.path + ": cannot be drawn", said.last_line());
   return result == 0;
@@ -175,7 +175,7 @@ bool draw_image(const order &what, size &drawn, std::string &error) {
     error = what.path + ": image " + std::to_string(index) + " of " + std::to_string(drawn.width) + " x " +
             std::to_string(drawn.height) + " pixels does not fit on the screen there";
   else if (fb_q7bmp_show(static_cast<int32_t>(x), static_cast<int32_t>(y), 0, static_cast<int32_t>(index),
-                         what.foreground, what.background, top_left) != 0)
+                         what.foreground, what.background, DRAVIK_TOP_LEFT) != 0)
     error = what.path + ": image " + std::to_string(index) + " exceeds the archive";
   return error.empty();
 }

@@ -23,7 +23,7 @@ struct watch_request {
 class held_signals {
 public:
   held_signals();
-  /// Wait for one of them. Returns whether one came within the time.
+  /// Wait for one of them. Return whether one came within the time.
   bool came_within(uint32_t ms) const;
 
 private:

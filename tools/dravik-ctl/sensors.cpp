@@ -51,22 +51,20 @@ Examples:
 Exit status: 0 on success; 1 on failure; 2 on a usage error
 )";
 
-constexpr size_t channels = 4;
-constexpr int32_t above_range = 117000, below_range = -1000; ///< results of the library beyond its table
-
 /// The driver's text of a channel, without its line end.
 std::string line_of(size_t channel) {
-  std::array<char, 32> line = {};
+  std::array<char, DRAVIK_ADC_LINE_SIZE> line = {};
   const overheard said{[&] { read_adc_str(static_cast<int32_t>(channel), line.data()); }};
   const std::string_view text = line.data();
   return std::string{text.substr(0, text.find('\n'))};
 }
 
 outcome adc(const command_line &given, value::fields &report, std::string &error) {
-  const auto channel = given.operands().empty() ? 0 : tools::number_of(given.operands()[0], 0, channels - 1);
+  const auto channel =
+      given.operands().empty() ? 0 : tools::number_of(given.operands()[0], 0, DRAVIK_ADC_CHANNELS - 1);
   if (!channel)
     return misused(error, "invalid CHANNEL '" + given.operands()[0] + "'; must be 0 to 3");
-  std::array<uint32_t, channels> codes;
+  std::array<uint32_t, DRAVIK_ADC_CHANNELS> codes;
   int32_t result = -1;
   const overheard said{[&] { result = read_adc(codes.data()); }};
   if (result != 0)
@@ -76,7 +74,7 @@ outcome adc(const command_line &given, value::fields &report, std::string &error
     return outcome::done;
   }
   value::list lines;
-  for (size_t i = 0; i < channels; ++i)
+  for (size_t i = 0; i < DRAVIK_ADC_CHANNELS; ++i)
     lines.emplace_back(line_of(i));
   report = {{"codes", value::list(codes.begin(), codes.end())}, {"lines", lines}};
   return outcome::done;
@@ -85,7 +83,8 @@ outcome adc(const command_line &given, value::fields &report, std::string &error
 bool read_degrees(value::fields &reading, std::string &error) {
   int32_t read = -1;
   const overheard said{[&] { read = read_temperature(); }};
-  reading = {{"celsius", thousandths{read}}, {"beyond_range", read == above_range || read == below_range}};
+  reading = {{"celsius", thousandths{read}},
+             {"beyond_range", read == DRAVIK_TEMPERATURE_MAX || read == DRAVIK_TEMPERATURE_MIN}};
   if (!said.said_nothing())
     error = because("temperature: cannot be read", said.first_line());
   return said.said_nothing();

@@ -60,8 +60,7 @@ Examples:
 Exit status: 0 on success; 1 on failure; 2 on a usage error
 )";
 
-constexpr size_t longest_path = 255;
-constexpr uint32_t volume_step = 20, loudest = 100;
+constexpr uint32_t volume_step = DRAVIK_VOLUME_LOW - DRAVIK_VOLUME_LOWEST;
 
 /// Wait until the engine has started the file: snd_exit() drops a queued one. The engine is busy for at least
 /// 150 ms, so a check per millisecond does not miss it.
@@ -73,7 +72,7 @@ void wait_until_taken() {
 
 /// The engine does not report a file that it cannot open.
 bool is_playable(const std::string &path, std::string &error) {
-  if (path.size() > longest_path)
+  if (path.size() > DRAVIK_SOUND_PATH_MAX)
     error = path + ": path too long; must be at most 255 characters";
   else if (::access(path.c_str(), path.find(".mp3") != path.npos ? R_OK | W_OK : R_OK) != 0)
     error = path + ": " + std::strerror(errno);
@@ -112,7 +111,7 @@ template <class Call> bool ask_mixer(Call call, std::string &error) {
 
 outcome volume(const command_line &given, value::fields &report, std::string &error) {
   const std::string &word = given.operands()[0];
-  const auto percent = word == "mute" ? 0 : tools::number_of(word, 0, loudest);
+  const auto percent = word == "mute" ? 0 : tools::number_of(word, 0, DRAVIK_VOLUME_FULL);
   if (!percent || *percent % volume_step != 0)
     return misused(error, "invalid PERCENT '" + word + "'; must be mute, 0, 20, 40, 60, 80 or 100");
   if (!ask_mixer([&] { return spk_volume_setup(*percent); }, error))

@@ -143,13 +143,14 @@ outcome draw_bitmap(const order &what, value::fields &report, std::string &error
   return outcome::done;
 }
 
-/// Draw with entry `font` of ::ttf_font_file. Returns the message of a failure, else an empty text.
+/// Draw with entry `font` of ::ttf_font_file. Return the message of a failure, else an empty text.
 std::string put_smooth(const order &what, uint32_t font) {
   std::string bytes;
   for (const char16_t unit : what.text + u'\0')
     bytes += {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
   const overheard said{[&] {
-    put_unicode_string(what.x, what.y, bytes.data(), what.size, font, what.foreground, what.background, 0);
+    put_unicode_string(what.x, what.y, bytes.data(), what.size, font, what.foreground, what.background,
+                       DRAVIK_TOP_LEFT);
   }};
   return said.first_line();
 }

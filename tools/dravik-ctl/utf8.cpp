@@ -19,8 +19,8 @@ constexpr utf8_form forms[] = {
     {0xF8, 0xF0, 0x10000, 0x10FFFF},
 };
 
-/// The code of `bytes`, the first of which has the marks of `form`; more than any when they do not fit
-/// together.
+/// The code of `bytes`, the first of which has the marks of `form`; more than any when they do not
+/// fit together.
 uint32_t code_of(std::string_view bytes, const utf8_form &form) noexcept {
   uint32_t code = static_cast<uint8_t>(bytes.front()) & static_cast<uint8_t>(~form.mask);
   for (const char next : bytes.substr(1)) {

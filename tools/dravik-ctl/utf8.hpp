@@ -11,7 +11,7 @@ struct utf8_character {
   uint32_t code;
 };
 
-/// Takes the first character off a text that is not empty; a single byte where it is not UTF-8.
+/// Remove the first character of a non-empty text, or a single byte if it is not UTF-8.
 utf8_character take_character(std::string_view &text) noexcept;
 
 } // namespace dravik::ctl

@@ -35,7 +35,7 @@ public:
 
   /// One line, in ASCII as far as the texts are.
   std::string json() const;
-  /// Lines "name: value", those of a value within another indented below its name; each ends with a line end.
+  /// Lines "name: value"; nested values are indented below their name. Each ends with a line end.
   std::string text() const { return text_below(0); }
 
   /// The value on one line, without a line end; fields as "name: value, name: value".

@@ -10,7 +10,8 @@ namespace dravik::png {
 
 namespace {
 
-/// Read up to the pixels. After success the caller finishes reading, or frees; `file` stays open until then.
+/// Read up to the pixels. After success the caller finishes reading, or frees; `file` stays open
+/// until then.
 bool begin(const std::string &path, const unique_file &file, png_image &image, std::string &error) {
   image = {};
   image.version = PNG_IMAGE_VERSION;

@@ -21,15 +21,15 @@ struct size {
 /// Maximum number of pixels of read(): a few bytes of file can claim any.
 inline constexpr uint64_t most_pixels = 1 << 26;
 
-/// Whether a picture of this size is within the limit.
+/// Whether an image of this size is within the limit.
 constexpr bool is_bearable(uint64_t width, uint64_t height) noexcept {
   return height == 0 || width <= most_pixels / height;
 }
 
-/// Read the size of a PNG and nothing else. On failure returns false and sets `error`.
+/// Read the size of a PNG and nothing else. On failure returns false and set `error`.
 [[nodiscard]] bool read_size(const std::string &path, size &into, std::string &error);
 
-/// Read any PNG of up to ::most_pixels. On failure returns false and sets `error`.
+/// Read any PNG of up to ::most_pixels. On failure returns false and set `error`.
 [[nodiscard]] bool read(const std::string &path, picture &into, std::string &error);
 
 /// Write a PNG completely or not at all: on failure an existing file of that name is unchanged.
