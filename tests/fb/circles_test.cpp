@@ -1,5 +1,5 @@
-// Circle outlines, beside their own arithmetic taken literally, and discs, beside the inequality of their
-// pixels.
+// Circle outlines, next to their own arithmetic taken literally, and discs, next to the inequality of
+// their pixels.
 
 #include "support/random.hpp"
 #include "support/screen.hpp"
@@ -9,11 +9,9 @@
 #include <gmock/gmock.h>
 #include <utility>
 
+namespace dravik::test {
 namespace {
 
-using dravik::test::fake_screen;
-using dravik::test::model_plane;
-using dravik::test::seeded_random;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
@@ -33,7 +31,7 @@ void model_circle(model_plane on, int32_t cx, int32_t cy, int32_t r, uint16_t co
   }
 }
 
-/// Draws an outline on the screen and on its model and compares them.
+/// Draw an outline on the screen and on its model and compare them.
 testing::AssertionResult same_circle(fake_screen &screen, int32_t cx, int32_t cy, int32_t r,
                                      uint16_t colour) {
   fb_put_circle(cx, cy, r, colour);
@@ -49,56 +47,56 @@ uint32_t side_of(int32_t r) {
 }
 
 // The mirror image of the last point, a hair above the middle, makes the pixel (15, 9).
-TEST(FbPutCircle, RadiusFive) {
+TEST(FbPutCircle, DrawsRadiusFive) {
   fake_screen screen{18, 17};
-  fb_put_circle(10, 10, 5, 0xF800);
-  EXPECT_EQ(screen.drawing(0xF800), "..................\n"
-                                    "..................\n"
-                                    "..................\n"
-                                    "..................\n"
-                                    "..................\n"
-                                    ".......######.....\n"
-                                    "......#......#....\n"
-                                    ".....#........#...\n"
-                                    ".....#........#...\n"
-                                    ".....#........##..\n"
-                                    ".....#........##..\n"
-                                    ".....#........#...\n"
-                                    ".....#........#...\n"
-                                    "......#......#....\n"
-                                    ".......######.....\n"
-                                    "..........#.......\n"
-                                    "..................\n");
+  fb_put_circle(10, 10, 5, DRAVIK_RED);
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), "..................\n"
+                                        "..................\n"
+                                        "..................\n"
+                                        "..................\n"
+                                        "..................\n"
+                                        ".......######.....\n"
+                                        "......#......#....\n"
+                                        ".....#........#...\n"
+                                        ".....#........#...\n"
+                                        ".....#........##..\n"
+                                        ".....#........##..\n"
+                                        ".....#........#...\n"
+                                        ".....#........#...\n"
+                                        "......#......#....\n"
+                                        ".......######.....\n"
+                                        "..........#.......\n"
+                                        "..................\n");
 }
 
-TEST(FbPutCircle, RadiusZeroPaintsTheCentre) {
+TEST(FbPutCircle, DrawsCentreForRadiusZero) {
   fake_screen screen{8, 8};
-  fb_put_circle(3, 5, 0, 0xF800);
+  fb_put_circle(3, 5, 0, DRAVIK_RED);
   EXPECT_THAT(screen.painted(), ElementsAre(Pair(3, 5)));
 }
 
-TEST(FbPutCircle, NegativeRadiusDrawsNothing) {
+TEST(FbPutCircle, DrawsNothingForNegativeRadius) {
   fake_screen screen{8, 8};
   for (const int32_t r : {-1, -5, INT_MIN})
-    fb_put_circle(3, 5, r, 0xF800);
+    fb_put_circle(3, 5, r, DRAVIK_RED);
   EXPECT_THAT(screen.painted(), IsEmpty());
 }
 
 // About the origin, truncation pulls from both sides: all but the first two points fall on the centre.
 TEST(FbPutCircle, TruncatesTowardsZeroOnBothSides) {
   fake_screen screen{8, 8};
-  fb_put_circle(0, 0, 1, 0xF800);
+  fb_put_circle(0, 0, 1, DRAVIK_RED);
   EXPECT_THAT(screen.painted(), ElementsAre(Pair(7, -1), Pair(0, 0), Pair(1, 0)));
 }
 
 TEST(FbPutCircle, IsNotClippedAtTheRightAndBottom) {
   fake_screen screen{8, 8};
-  fb_put_circle(7, 7, 1, 0xF800);
+  fb_put_circle(7, 7, 1, DRAVIK_RED);
   // Column 8 of line 7 is column 0 of line 8.
   EXPECT_THAT(screen.painted(), ElementsAre(Pair(6, 6), Pair(7, 6), Pair(6, 7), Pair(7, 7), Pair(0, 8)));
 }
 
-TEST(FbPutCircle, EveryRadiusAboutSeveralCentres) {
+TEST(FbPutCircle, DrawsEveryRadiusAroundSeveralCentres) {
   seeded_random random;
   for (int32_t r = 0; r <= 420; ++r) {
     fake_screen screen{{.xres = side_of(r), .yres = side_of(r), .padding = r % 3 == 0 ? 6U : 0U}};
@@ -108,17 +106,17 @@ TEST(FbPutCircle, EveryRadiusAboutSeveralCentres) {
   }
 }
 
-TEST(FbPutCircle, EveryCentreAroundTheOrigin) {
+TEST(FbPutCircle, DrawsEveryCentreAroundOrigin) {
   fake_screen screen{{.xres = 40, .yres = 40, .guard_lines = 40}};
   for (int32_t r = 0; r <= 14; ++r)
     for (int32_t cy = -18; cy <= 18; ++cy)
       for (int32_t cx = -18; cx <= 18; ++cx) {
         screen.reset();
-        ASSERT_TRUE(same_circle(screen, cx, cy, r, 0xF800));
+        ASSERT_TRUE(same_circle(screen, cx, cy, r, DRAVIK_RED));
       }
 }
 
-TEST(FbPutCircle, LargeCirclesAcrossTheTopLeft) {
+TEST(FbPutCircle, DrawsLargeCirclesAcrossTopLeft) {
   seeded_random random;
   for (int32_t r = 15; r <= 420; r += random.between(1, 9)) {
     fake_screen screen{{.xres = side_of(r), .yres = side_of(r), .guard_lines = side_of(r)}};
@@ -127,7 +125,7 @@ TEST(FbPutCircle, LargeCirclesAcrossTheTopLeft) {
   }
 }
 
-TEST(FbPutCircle, RadiiInAnyOrderOnScreensOfSeveralPitches) {
+TEST(FbPutCircle, DrawsRadiiInAnyOrderAtSeveralPitches) {
   seeded_random random;
   constexpr int32_t radii[] = {3, 9, 10, 24, 36, 50, 57, 90, 341};
   fake_screen packed{720, 720}, padded{{.xres = 720, .yres = 720, .padding = 10, .misalignment = 2}};
@@ -152,31 +150,31 @@ protected:
   fake_screen screen{{.xres = 720, .yres = 720, .padding = 4}};
 };
 
-TEST_F(ManyRadii, InAnyOrder) {
+TEST_F(ManyRadii, DrawInAnyOrder) {
   for (int i = 0; i < 1500; ++i)
     ASSERT_TRUE(same_somewhere(random.between(0, 345)));
 }
 
 // These have points on whole coordinates in every quarter.
-TEST_F(ManyRadii, MultiplesOfTenInAnyOrder) {
+TEST_F(ManyRadii, DrawMultiplesOfTenInAnyOrder) {
   for (int i = 0; i < 1000; ++i)
     ASSERT_TRUE(same_somewhere(10 * random.between(1, 20)));
 }
 
-TEST(FbPutCircle, FarToTheRight) {
+TEST(FbPutCircle, DrawsFarToTheRight) {
   fake_screen screen{{.xres = 200'000, .yres = 44}};
   for (int32_t r = 1; r <= 20; ++r)
-    ASSERT_TRUE(same_circle(screen, 199'970, 21, r, static_cast<uint16_t>(0xF800 + r)));
+    ASSERT_TRUE(same_circle(screen, 199'970, 21, r, static_cast<uint16_t>(DRAVIK_RED + r)));
 }
 
-TEST(FbPutCircle, ThemeColourIsAColourLikeAnyOther) {
+TEST(FbPutCircle, DrawsThemeCodeAsPlainColour) {
   fake_screen screen{20, 20};
-  set_theme_color(0xF800);
+  set_theme_color(DRAVIK_RED);
   fb_put_circle(10, 10, 5, DRAVIK_THEME);
-  EXPECT_EQ(screen.drawn().get(15, 10), 0x1234);
+  EXPECT_EQ(screen.drawn().get(15, 10), DRAVIK_THEME);
 }
 
-/// Every pixel whose middle lies within the circle about the corner of four pixels.
+/// Every pixel whose middle is within the circle around the corner of four pixels.
 void model_disc(model_plane on, int32_t cx, int32_t cy, int32_t r, uint16_t colour) {
   for (int32_t y = cy - r; y < cy + r; ++y)
     for (int32_t x = cx - r; x < cx + r; ++x) {
@@ -195,51 +193,51 @@ testing::AssertionResult same_disc(fake_screen &screen, int32_t cx, int32_t cy, 
   return result;
 }
 
-TEST(FbPutCircleFill, RadiusFive) {
+TEST(FbPutCircleFill, DrawsRadiusFive) {
   fake_screen screen{18, 17};
-  fb_put_circle_fill(10, 10, 5, 0xF800);
-  EXPECT_EQ(screen.drawing(0xF800), "..................\n"
-                                    "..................\n"
-                                    "..................\n"
-                                    "..................\n"
-                                    "..................\n"
-                                    "........####......\n"
-                                    "......########....\n"
-                                    "......########....\n"
-                                    ".....##########...\n"
-                                    ".....##########...\n"
-                                    ".....##########...\n"
-                                    ".....##########...\n"
-                                    "......########....\n"
-                                    "......########....\n"
-                                    "........####......\n"
-                                    "..................\n"
-                                    "..................\n");
+  fb_put_circle_fill(10, 10, 5, DRAVIK_RED);
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), "..................\n"
+                                        "..................\n"
+                                        "..................\n"
+                                        "..................\n"
+                                        "..................\n"
+                                        "........####......\n"
+                                        "......########....\n"
+                                        "......########....\n"
+                                        ".....##########...\n"
+                                        ".....##########...\n"
+                                        ".....##########...\n"
+                                        ".....##########...\n"
+                                        "......########....\n"
+                                        "......########....\n"
+                                        "........####......\n"
+                                        "..................\n"
+                                        "..................\n");
 }
 
-TEST(FbPutCircleFill, RadiusOneIsTheFourPixelsAboutTheCorner) {
+TEST(FbPutCircleFill, DrawsFourPixelsForRadiusOne) {
   fake_screen screen{8, 8};
-  fb_put_circle_fill(3, 5, 1, 0xF800);
+  fb_put_circle_fill(3, 5, 1, DRAVIK_RED);
   EXPECT_THAT(screen.painted(), ElementsAre(Pair(2, 4), Pair(3, 4), Pair(2, 5), Pair(3, 5)));
 }
 
-TEST(FbPutCircleFill, NumberOfPixels) {
+TEST(FbPutCircleFill, DrawsKnownNumberOfPixels) {
   constexpr std::pair<int32_t, size_t> counts[] = {{0, 0}, {1, 4}, {2, 12}, {3, 32}, {5, 80}, {10, 316}};
   for (const auto &[r, count] : counts) {
     fake_screen screen{24, 24};
-    fb_put_circle_fill(12, 12, r, 0xF800);
+    fb_put_circle_fill(12, 12, r, DRAVIK_RED);
     EXPECT_EQ(screen.painted().size(), count) << r;
   }
 }
 
-TEST(FbPutCircleFill, NegativeRadiusDrawsNothing) {
+TEST(FbPutCircleFill, DrawsNothingForNegativeRadius) {
   fake_screen screen{8, 8};
   for (const int32_t r : {-1, -4, INT_MIN})
-    fb_put_circle_fill(4, 4, r, 0xF800);
+    fb_put_circle_fill(4, 4, r, DRAVIK_RED);
   EXPECT_THAT(screen.painted(), IsEmpty());
 }
 
-TEST(FbPutCircleFill, EveryRadius) {
+TEST(FbPutCircleFill, DrawsEveryRadius) {
   seeded_random random;
   for (int32_t r = 0; r <= 300; ++r) {
     fake_screen screen{{.xres = side_of(r), .yres = side_of(r), .padding = r % 3 == 0 ? 6U : 0U}};
@@ -247,10 +245,10 @@ TEST(FbPutCircleFill, EveryRadius) {
   }
 }
 
-TEST(FbPutCircleFill, LargeRadius) {
+TEST(FbPutCircleFill, DrawsLargeRadius) {
   fake_screen screen{{.xres = 2400, .yres = 2400, .guard_lines = 1}};
-  ASSERT_TRUE(same_disc(screen, 1200, 1200, 1200, 0xF800));
-  ASSERT_TRUE(same_disc(screen, 1201, 1200, 1199, 0x07E0));
+  ASSERT_TRUE(same_disc(screen, 1200, 1200, 1200, DRAVIK_RED));
+  ASSERT_TRUE(same_disc(screen, 1201, 1200, 1199, DRAVIK_GREEN));
 }
 
 TEST(FbPutCircleFill, IsNotClipped) {
@@ -259,15 +257,16 @@ TEST(FbPutCircleFill, IsNotClipped) {
     for (int32_t cy = -14; cy <= 44; cy += 2)
       for (int32_t cx = -14; cx <= 44; ++cx) {
         screen.reset();
-        ASSERT_TRUE(same_disc(screen, cx, cy, r, 0xF800));
+        ASSERT_TRUE(same_disc(screen, cx, cy, r, DRAVIK_RED));
       }
 }
 
-TEST(FbPutCircleFill, ThemeColourIsAColourLikeAnyOther) {
+TEST(FbPutCircleFill, DrawsThemeCodeAsPlainColour) {
   fake_screen screen{20, 20};
-  set_theme_color(0xF800);
+  set_theme_color(DRAVIK_RED);
   fb_put_circle_fill(10, 10, 5, DRAVIK_THEME);
-  EXPECT_EQ(screen.drawn().get(10, 10), 0x1234);
+  EXPECT_EQ(screen.drawn().get(10, 10), DRAVIK_THEME);
 }
 
 } // namespace
+} // namespace dravik::test

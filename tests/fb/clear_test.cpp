@@ -1,4 +1,4 @@
-// Whole-screen clears and the dark shading.
+// Whole-screen clears and the gradient.
 
 #include "support/random.hpp"
 #include "support/screen.hpp"
@@ -8,11 +8,9 @@
 #include <gmock/gmock.h>
 #include <initializer_list>
 
+namespace dravik::test {
 namespace {
 
-using dravik::test::fake_screen;
-using dravik::test::screen_shape;
-using dravik::test::seeded_random;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
@@ -31,7 +29,7 @@ void model_clear(fake_screen &screen, uint16_t colour) {
       screen.model().put(x, y, colour);
 }
 
-/// The shading over columns and lines that are cut to what is visible.
+/// The gradient on columns and lines, clipped to the screen.
 void model_shading(fake_screen &screen, int32_t left, int32_t top, int32_t right, int32_t bottom) {
   for (int32_t y = std::max(top, 1); y <= std::min({bottom, 207, yres() - 1}); ++y)
     for (int32_t x = std::max(left, 0); x <= std::min(right, xres() - 1); ++x)
@@ -47,13 +45,13 @@ screen_shape any_shape(seeded_random &random, int32_t widest, int32_t highest) {
 
 TEST(FbClearScreen, PaintsEveryVisiblePixelAndNoPadding) {
   fake_screen screen{{.xres = 5, .yres = 3, .padding = 4}};
-  fb_clear_screen(0xF800);
-  EXPECT_EQ(screen.drawing(0xF800), "#####\n"
-                                    "#####\n"
-                                    "#####\n");
+  fb_clear_screen(DRAVIK_RED);
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), "#####\n"
+                                        "#####\n"
+                                        "#####\n");
 }
 
-TEST(FbClearScreen, ScreensOfAllShapes) {
+TEST(FbClearScreen, ClearsScreensOfAllShapes) {
   seeded_random random;
   for (int i = 0; i < 500; ++i) {
     const screen_shape shape = any_shape(random, i % 2 == 0 ? 40 : 400, 30);
@@ -65,30 +63,31 @@ TEST(FbClearScreen, ScreensOfAllShapes) {
   }
 }
 
-TEST(FbClearScreen, NoPaddingAtAll) {
+TEST(FbClearScreen, LeavesPadding) {
   for (const uint32_t width : {1U, 2U, 7U, 64U, 333U}) {
     fake_screen screen{width, 21};
-    fb_clear_screen(0x07E0);
-    model_clear(screen, 0x07E0);
+    fb_clear_screen(DRAVIK_GREEN);
+    model_clear(screen, DRAVIK_GREEN);
     EXPECT_TRUE(screen.same()) << width;
   }
 }
 
-TEST(FbClearScreen, EmptyScreenHasItsFirstPixelPainted) {
+TEST(FbClearScreen, ClearsFirstPixelOfEmptyScreen) {
   fake_screen screen{{.xres = 0, .yres = 0, .padding = 8}};
-  fb_clear_screen(0xF800);
+  fb_clear_screen(DRAVIK_RED);
   EXPECT_THAT(screen.painted(), ElementsAre(Pair(0, 0)));
 }
 
-TEST(FbClearScreen, ScreenWithoutColumnsHasItsFirstColumnPainted) {
+TEST(FbClearScreen, ClearsFirstColumnOfScreenWithoutColumns) {
   fake_screen screen{{.xres = 0, .yres = 3, .padding = 8}};
-  fb_clear_screen(0xF800);
+  fb_clear_screen(DRAVIK_RED);
   EXPECT_THAT(screen.painted(), ElementsAre(Pair(0, 0), Pair(0, 1), Pair(0, 2)));
 }
 
-TEST(FbClearScreen, ThemeStandsForTheThemeColourAtTheCall) {
+TEST(FbClearScreen, UsesThemeColourAtTheCall) {
   fake_screen screen{6, 4};
-  for (const uint16_t theme : std::initializer_list<uint16_t>{0xF800, 0x0B77, 0x1234}) {
+  for (const uint16_t theme :
+       std::initializer_list<uint16_t>{DRAVIK_RED, DRAVIK_DEFAULT_THEME, DRAVIK_THEME}) {
     set_theme_color(theme);
     fb_clear_screen(DRAVIK_THEME);
     model_clear(screen, theme);
@@ -96,27 +95,27 @@ TEST(FbClearScreen, ThemeStandsForTheThemeColourAtTheCall) {
   }
 }
 
-TEST(FbClearScreen, ThemeIsReadFromEntry432) {
+TEST(FbClearScreen, ReadsThemeFromColourTable) {
   fake_screen screen{6, 4};
-  set_theme_color(0xF800);
-  gc[432] = 0x001F;
+  set_theme_color(DRAVIK_RED);
+  gc[432] = DRAVIK_BLUE;
   fb_clear_screen(DRAVIK_THEME);
-  model_clear(screen, 0x001F);
+  model_clear(screen, DRAVIK_BLUE);
   EXPECT_TRUE(screen.same());
 }
 
-TEST(FbClearScreen, HighBitsAreNoPartOfTheColour) {
+TEST(FbClearScreen, IgnoresHighBitsOfColour) {
   fake_screen screen{6, 4};
   fb_clear_screen(0xABCD001F);
-  model_clear(screen, 0x001F);
+  model_clear(screen, DRAVIK_BLUE);
   EXPECT_TRUE(screen.same());
 }
 
-TEST(FbClearScreen, ThemeWithHighBitsIsAColourLikeAnyOther) {
+TEST(FbClearScreen, TreatsThemeCodeWithHighBitsAsColour) {
   fake_screen screen{6, 4};
-  set_theme_color(0xF800);
+  set_theme_color(DRAVIK_RED);
   fb_clear_screen(0x10000 + DRAVIK_THEME);
-  model_clear(screen, 0x1234);
+  model_clear(screen, DRAVIK_THEME);
   EXPECT_TRUE(screen.same());
 }
 
@@ -139,7 +138,7 @@ TEST(FbClearScreenGradient, LeavesColumnsFrom320On) {
   EXPECT_TRUE(screen.same());
 }
 
-TEST(FbClearScreenGradient, ScreensOfAllShapes) {
+TEST(FbClearScreenGradient, DrawsOnScreensOfAllShapes) {
   constexpr screen_shape shapes[] = {
       {.xres = 319, .yres = 208},
       {.xres = 321, .yres = 207, .padding = 2},
@@ -169,7 +168,7 @@ TEST(FbClearRegionGradient, IsClippedAndLeavesLineZero) {
   EXPECT_TRUE(screen.same());
 }
 
-TEST(FbClearRegionGradient, LineZeroAlonePaintsNothing) {
+TEST(FbClearRegionGradient, DrawsNothingOnLineZero) {
   fake_screen screen{32, 10};
   fb_clear_region_gradient(0, 0, 31, 0);
   EXPECT_THAT(screen.painted(), IsEmpty());
@@ -181,13 +180,13 @@ TEST(FbClearRegionGradient, EndsAtLine207) {
   EXPECT_THAT(screen.painted(), ElementsAre(Pair(2, 206), Pair(3, 206), Pair(2, 207), Pair(3, 207)));
 }
 
-TEST(FbClearRegionGradient, RegionsBelowLine207PaintNothing) {
+TEST(FbClearRegionGradient, DrawsNothingBelowLine207) {
   fake_screen screen{8, 320};
   fb_clear_region_gradient(0, 208, 7, 319);
   EXPECT_THAT(screen.painted(), IsEmpty());
 }
 
-TEST(FbClearRegionGradient, GoesBeyondColumn319) {
+TEST(FbClearRegionGradient, DrawsBeyondColumn319) {
   fake_screen screen{400, 40};
   fb_clear_region_gradient(310, 14, 500, 16);
   model_shading(screen, 310, 14, 399, 16);
@@ -196,7 +195,7 @@ TEST(FbClearRegionGradient, GoesBeyondColumn319) {
   EXPECT_EQ(screen.drawn().get(399, 15), 0x39A7);
 }
 
-TEST(FbClearRegionGradient, ColumnsMayBeSwappedLinesMayNot) {
+TEST(FbClearRegionGradient, AcceptsSwappedColumnsButNotLines) {
   fake_screen screen{16, 16};
   fb_clear_region_gradient(9, 3, 4, 6);
   model_shading(screen, 4, 3, 9, 6);
@@ -206,7 +205,7 @@ TEST(FbClearRegionGradient, ColumnsMayBeSwappedLinesMayNot) {
   EXPECT_THAT(screen.painted(), IsEmpty());
 }
 
-TEST(FbClearRegionGradient, RegionsBesideTheScreenPaintNothing) {
+TEST(FbClearRegionGradient, DrawsNothingNextToScreen) {
   fake_screen screen{16, 16};
   fb_clear_region_gradient(-9, 3, -1, 6);
   fb_clear_region_gradient(16, 3, 20, 6);
@@ -215,7 +214,7 @@ TEST(FbClearRegionGradient, RegionsBesideTheScreenPaintNothing) {
   EXPECT_THAT(screen.painted(), IsEmpty());
 }
 
-TEST(FbClearRegionGradient, FarthestCornersShadeAllThatIsVisible) {
+TEST(FbClearRegionGradient, DrawsVisiblePartOfLargestRegion) {
   fake_screen screen{{.xres = 330, .yres = 215, .padding = 6}};
   fb_clear_region_gradient(INT_MAX, INT_MIN, INT_MIN, INT_MAX);
   model_shading(screen, 0, 1, 329, 207);
@@ -226,12 +225,12 @@ TEST(FbClearRegionGradient, RestoresWhatTheWholeShadingPainted) {
   fake_screen screen{320, 240};
   fb_clear_screen_gradient();
   model_shading(screen, 0, 1, 319, 207);
-  fb_put_rect_fill(30, 70, 200, 160, 0xFFFF);
+  fb_put_rect_fill(30, 70, 200, 160, DRAVIK_WHITE);
   fb_clear_region_gradient(30, 70, 200, 160);
   EXPECT_TRUE(screen.same());
 }
 
-TEST(FbClearRegionGradient, RandomRegionsOnRandomScreens) {
+TEST(FbClearRegionGradient, DrawsRandomRegionsOnRandomScreens) {
   seeded_random random;
   for (int i = 0; i < 300; ++i) {
     fake_screen screen{any_shape(random, 40, 230)};
@@ -247,3 +246,4 @@ TEST(FbClearRegionGradient, RandomRegionsOnRandomScreens) {
 }
 
 } // namespace
+} // namespace dravik::test

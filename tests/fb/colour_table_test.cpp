@@ -1,69 +1,32 @@
 // The colour table, against a table of its own.
 
 #include "dravik.h"
+#include "support/colour_ramps.hpp"
 
 #include <algorithm>
 #include <gmock/gmock.h>
 #include <vector>
 
+namespace dravik::test {
 namespace {
 
 using testing::Each;
 using testing::ElementsAreArray;
 
-uint16_t rgb(int red, int green, int blue) {
-  return static_cast<uint16_t>(red * 2048 + green * 32 + blue);
+std::vector<uint16_t> steps_of(int first_ramp, int last_ramp, uint16_t theme) {
+  std::vector<uint16_t> table;
+  for (int ramp = first_ramp; ramp <= last_ramp; ++ramp)
+    for (int i = 0; i < DRAVIK_RAMP_STEPS; ++i)
+      table.push_back(ramp_step(ramp, i, theme));
+  return table;
 }
 
-/// The fixed ramps, step i each; two begin with the near-black 0x0821 instead.
-using ramp_rule = uint16_t (*)(int i);
-constexpr ramp_rule fixed_ramps[27] = {
-    [](int i) { return rgb(2 * i + 1, 0, 0); },
-    [](int i) { return rgb(0, 4 * i + 3, 0); },
-    [](int i) { return rgb(0, 0, 2 * i + 1); },
-    [](int i) { return i == 0 ? uint16_t{0x0821} : rgb(2 * i, 4 * i, 2 * i); },
-    [](int i) { return rgb(i, 2 * i, i); },
-    [](int i) { return rgb(2 * i + 1, 4 * i + 3, 0); },
-    [](int i) { return i == 0 ? uint16_t{0x0821} : rgb(2 * i + 1, 0, 2 * i + 1); },
-    [](int i) { return rgb(0, 4 * i + 3, 2 * i + 1); },
-    [](int i) { return rgb(2 * i + 1, 2 * i, 0); },
-    [](int i) { return rgb(31, 63 - 4 * i, 31 - 2 * i); },
-    [](int i) { return rgb(31 - 2 * i, 63, 31 - 2 * i); },
-    [](int i) { return rgb(31 - 2 * i, 63 - 4 * i, 31); },
-    [](int i) { return rgb(31 - 2 * i, 63 - 4 * i, 31 - 2 * i); },
-    [](int i) { return rgb(31 - i, 62 - 2 * i, 31 - i); },
-    [](int i) { return rgb(31, 63, 31 - 2 * i); },
-    [](int i) { return rgb(31, 63 - 4 * i, 31); },
-    [](int i) { return rgb(31 - 2 * i, 63, 31); },
-    [](int i) { return rgb(31, 62 - 2 * i, 31 - 2 * i); },
-    [](int i) { return rgb(31, 0, 30 - 2 * i); },
-    [](int i) { return rgb(31 - 2 * i, 4 * i + 3, 31 - 2 * i); },
-    [](int i) { return rgb(31 - 2 * i, 0, 31); },
-    [](int i) { return rgb(31 - 2 * i, 1, 31 - 2 * i); },
-    [](int i) { return rgb(31, 4 * i + 3, 31); },
-    [](int i) { return rgb(31 - i, 2 * i, 31 - i); },
-    [](int i) { return rgb(31, 4 * i + 3, 31 - 2 * i); },
-    [](int i) { return rgb(31 - 2 * i, 4 * i + 3, 31); },
-    [](int i) { return rgb(31 - i, 2 * i, 31 - 2 * i); },
-};
-
 std::vector<uint16_t> fixed_table() {
-  std::vector<uint16_t> table;
-  for (const ramp_rule step : fixed_ramps)
-    for (int i = 0; i < 16; ++i)
-      table.push_back(step(i));
-  return table;
+  return steps_of(0, DRAVIK_THEME_TO_WHITE - 1, 0);
 }
 
 std::vector<uint16_t> theme_table(uint16_t theme) {
-  const int r = theme / 2048, g = theme / 32 % 64, b = theme % 32;
-  std::vector<uint16_t> table(32, theme);
-  for (size_t k = 1; k <= 15; ++k) {
-    const int n = static_cast<int>(k);
-    table[k] = rgb(r + (31 - r) * n / 15, g + (63 - g) * n / 15, b + (31 - b) * n / 15);
-    table[16 + k] = rgb(r - r * n / 15, g - g * n / 15, b - b * n / 15);
-  }
-  return table;
+  return steps_of(DRAVIK_THEME_TO_WHITE, DRAVIK_THEME_TO_BLACK, theme);
 }
 
 std::vector<uint16_t> entries(size_t first, size_t last) {
@@ -79,12 +42,12 @@ TEST(ColourTable, IsZeroBeforeItIsBuilt) {
   EXPECT_EQ(theme_at_load, 0);
 }
 
-TEST(ColourTable, FixedRampsAreAsTabled) {
+TEST(ColourTable, HasFixedRampsOfTable) {
   set_theme_color(0x1357);
   EXPECT_THAT(entries(0, 431), ElementsAreArray(fixed_table()));
 }
 
-TEST(ColourTable, NearBlackBeginsOnlyTheRampsOfAnyColourAndMagenta) {
+TEST(ColourTable, StartsTwoRampsWithBlack) {
   set_theme_color(0);
   std::vector<size_t> ramps;
   for (size_t ramp = 0; ramp < 27; ++ramp)
@@ -95,7 +58,7 @@ TEST(ColourTable, NearBlackBeginsOnlyTheRampsOfAnyColourAndMagenta) {
   EXPECT_EQ(gc[3 * 16 + 1], 0x1082); // 2, 4, 2
 }
 
-TEST(ColourTable, FixedRampsAreWrittenAgainByEveryBuild) {
+TEST(ColourTable, WritesFixedRampsOnEveryBuild) {
   set_theme_color(0x1357);
   std::ranges::fill(gc, uint16_t{0xDEAD});
   set_theme_color(0x1357);
@@ -103,7 +66,7 @@ TEST(ColourTable, FixedRampsAreWrittenAgainByEveryBuild) {
   EXPECT_THAT(entries(432, 463), ElementsAreArray(theme_table(0x1357)));
 }
 
-TEST(ColourTable, ThemeRampsOfEveryThemeColour) {
+TEST(ColourTable, BuildsThemeRampsOfEveryColour) {
   for (int32_t theme = 0; theme <= 0xFFFF; ++theme) {
     set_theme_color(theme);
     ASSERT_TRUE(std::ranges::equal(entries(432, 463), theme_table(static_cast<uint16_t>(theme)))) << theme;
@@ -111,7 +74,7 @@ TEST(ColourTable, ThemeRampsOfEveryThemeColour) {
   }
 }
 
-TEST(ColourTable, WhiteThemeStaysWhiteAndFallsToBlack) {
+TEST(ColourTable, BuildsRampsOfWhiteTheme) {
   set_theme_color(0xFFFF);
   EXPECT_THAT(entries(432, 447), Each(0xFFFF));
   EXPECT_EQ(gc[448], 0xFFFF);
@@ -119,32 +82,32 @@ TEST(ColourTable, WhiteThemeStaysWhiteAndFallsToBlack) {
   EXPECT_EQ(gc[463], 0x0000);
 }
 
-TEST(ColourTable, BlackThemeRisesToWhiteAndStaysBlack) {
+TEST(ColourTable, BuildsRampsOfBlackTheme) {
   set_theme_color(0x0000);
-  EXPECT_EQ(gc[432], 0x0000);
+  EXPECT_EQ(gc[DRAVIK_THEME_TO_WHITE * DRAVIK_RAMP_STEPS], 0x0000);
   EXPECT_EQ(gc[447], 0xFFFF);
   EXPECT_THAT(entries(448, 463), Each(0x0000));
 }
 
-TEST(ColourTable, FirstStepOfTheStartUpThemeTruncates) {
-  set_theme_color(0x0B77);    // 1, 27, 23
-  EXPECT_EQ(gc[433], 0x1BB7); // 1 + 30/15, 27 + 36/15, 23 + 8/15
-  EXPECT_EQ(gc[449], 0x0B56); // 1 - 1/15, 27 - 27/15, 23 - 23/15
+TEST(ColourTable, TruncatesFirstStepOfDefaultTheme) {
+  set_theme_color(DRAVIK_DEFAULT_THEME); // 1, 27, 23
+  EXPECT_EQ(gc[433], 0x1BB7);            // 1 + 30/15, 27 + 36/15, 23 + 8/15
+  EXPECT_EQ(gc[449], 0x0B56);            // 1 - 1/15, 27 - 27/15, 23 - 23/15
 }
 
-TEST(ColourTable, OnlyTheLowSixteenBitsOfAThemeCount) {
+TEST(ColourTable, UsesOnlySixteenLowBitsOfTheme) {
   for (const int32_t colour : {0x12340B77, 0x00010B77, static_cast<int32_t>(0xFFFF0B77)}) {
     set_theme_color(colour);
-    EXPECT_EQ(get_theme_color(), 0x0B77);
-    EXPECT_THAT(entries(432, 463), ElementsAreArray(theme_table(0x0B77)));
+    EXPECT_EQ(get_theme_color(), DRAVIK_DEFAULT_THEME);
+    EXPECT_THAT(entries(432, 463), ElementsAreArray(theme_table(DRAVIK_DEFAULT_THEME)));
   }
   set_theme_color(-1);
   EXPECT_EQ(get_theme_color(), 0xFFFF);
 }
 
-TEST(ColourTable, ThemeColourIsEntry432AsItStands) {
+TEST(ColourTable, ReturnsThemeFromTable) {
   set_theme_color(0x1357);
-  gc[432] = 0xF800;
+  gc[DRAVIK_THEME_TO_WHITE * DRAVIK_RAMP_STEPS] = 0xF800;
   EXPECT_EQ(get_theme_color(), 0xF800);
 }
 
@@ -161,9 +124,10 @@ TEST(GradLine, IsTheShadingAsTabled) {
   std::vector<uint16_t> expected;
   for (const auto &run : runs) {
     ASSERT_EQ(expected.size(), run.first);
-    expected.resize(run.last + 1, rgb(run.red, run.green, run.blue));
+    expected.resize(run.last + 1, rgb565(run.red, run.green, run.blue));
   }
   EXPECT_THAT(grad_line, ElementsAreArray(expected));
 }
 
 } // namespace
+} // namespace dravik::test

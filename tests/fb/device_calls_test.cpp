@@ -1,5 +1,5 @@
-// What the library asks of the frame buffer device, call by call. This program stands in for the C library's
-// calls.
+// The library's requests to the frame buffer device, call by call. This program interposes the C
+// library's calls.
 
 #include "dravik.h"
 #include "support/call_watcher.hpp"
@@ -131,7 +131,7 @@ protected:
   }
 };
 
-TEST_F(DeviceCalls, StartUpOpensAsksAndMapsInThisOrder) {
+TEST_F(DeviceCalls, OpensQueriesAndMapsInOrder) {
   watched(fb_init);
   EXPECT_THAT(device.calls, ElementsAre("open /dev/fb0 O_RDWR", "fixed", "variable", "mmap 462 of 777"));
   EXPECT_EQ(fbfd, device_descriptor);
@@ -139,13 +139,13 @@ TEST_F(DeviceCalls, StartUpOpensAsksAndMapsInThisOrder) {
   EXPECT_EQ(fbp0, device.memory);
 }
 
-TEST_F(DeviceCalls, ExitUnmapsTheScreenSizeThenCloses) {
+TEST_F(DeviceCalls, UnmapsThenCloses) {
   watched(fb_init);
   EXPECT_EQ(watched(fb_exit), 7);
   EXPECT_THAT(device.calls, ElementsAre("munmap 462 at 0", "close 777"));
 }
 
-TEST_F(DeviceCalls, ExitTakesAddressAndSizeAsTheyStand) {
+TEST_F(DeviceCalls, UnmapsCurrentAddressAndSize) {
   watched(fb_init);
   fbp = nullptr; // drawing may have been led elsewhere
   fbp0 += 16;
@@ -154,7 +154,7 @@ TEST_F(DeviceCalls, ExitTakesAddressAndSizeAsTheyStand) {
   EXPECT_THAT(device.calls, ElementsAre("munmap 100 at 16", "close 777"));
 }
 
-TEST_F(DeviceCalls, PanHandsOnTheWholeRecordOfStartUp) {
+TEST_F(DeviceCalls, PansWithScreenInformationOfInit) {
   watched(fb_init);
   const fb_var_screeninfo at_start_up = device.variable;
   device.variable.yoffset = 0;
@@ -163,7 +163,7 @@ TEST_F(DeviceCalls, PanHandsOnTheWholeRecordOfStartUp) {
   EXPECT_EQ(std::memcmp(&device.panned, &at_start_up, sizeof at_start_up), 0);
 }
 
-TEST_F(DeviceCalls, PanelIsBlankedAndUnblanked) {
+TEST_F(DeviceCalls, BlanksAndUnblanksPanel) {
   watched(fb_init);
   EXPECT_EQ(watched(fb_lcd_off), 6);
   EXPECT_THAT(device.calls, ElementsAre("blank 1"));
@@ -171,12 +171,12 @@ TEST_F(DeviceCalls, PanelIsBlankedAndUnblanked) {
   EXPECT_THAT(device.calls, ElementsAre("blank 0"));
 }
 
-TEST_F(DeviceCalls, DrawingAsksNothingOfTheDevice) {
+TEST_F(DeviceCalls, DrawsWithoutRequests) {
   watched(fb_init);
   watched([] {
-    fb_clear_screen(0xF800);
-    fb_put_rect(1, 1, 20, 5, 0x07E0);
-    fb_put_circle_fill(10, 4, 2, 0x001F);
+    fb_clear_screen(DRAVIK_RED);
+    fb_put_rect(1, 1, 20, 5, DRAVIK_GREEN);
+    fb_put_circle_fill(10, 4, 2, DRAVIK_BLUE);
     set_theme_color(0x1357);
     uint8_t copy[462];
     get_fb_buffer(0, 0, copy);
@@ -187,7 +187,7 @@ TEST_F(DeviceCalls, DrawingAsksNothingOfTheDevice) {
 
 /// Depths whose pixels are not whole bytes: bits are counted for the screen as a whole, bytes for a pixel
 /// rounded down.
-TEST_F(DeviceCalls, SizeIsCountedInBitsFirst) {
+TEST_F(DeviceCalls, CountsSizeInBits) {
   device.variable.xres_virtual = 3;
   device.variable.yres_virtual = 3;
   device.variable.bits_per_pixel = 12;
@@ -199,13 +199,13 @@ TEST_F(DeviceCalls, SizeIsCountedInBitsFirst) {
   EXPECT_EQ(fbinfo[FBINFO_BUFFER_COUNT], 0U); // 3 lines hold no screen of 7
 }
 
-TEST_F(DeviceCalls, SpareWordsAndOffsetAreWrittenAsZero) {
+TEST_F(DeviceCalls, WritesSpareWordsAndOffsetAsZero) {
   std::fill(std::begin(fbinfo), std::end(fbinfo), 99U);
   watched(fb_init);
   EXPECT_THAT(fbinfo, ElementsAre(80, 2, 462, 0, 33, 7, 16, 0, 1, 462, 7, 0));
 }
 
-TEST_F(DeviceCalls, DeviceWithoutLinesHoldsNoScreens) {
+TEST_F(DeviceCalls, CountsNoScreensWithoutLines) {
   device.variable.yres = 0;
   watched(fb_init);
   EXPECT_EQ(fbinfo[FBINFO_BUFFER_COUNT], 0U);

@@ -11,10 +11,10 @@
 #include <sys/mman.h>
 #include <vector>
 
+namespace dravik::test {
 namespace {
 
 using dravik::sim::screen;
-using dravik::test::board;
 using testing::Each;
 using testing::ElementsAre;
 using testing::ExitedWithCode;
@@ -29,7 +29,7 @@ bool is_mapped(void *address) {
   return ::msync(address, 1, MS_ASYNC) == 0;
 }
 
-TEST(FbInit, RecordOfAPlainScreen) {
+TEST(FbInit, ReportsPlainScreen) {
   const board board{64, 32};
   fb_init();
   EXPECT_THAT(fbinfo, ElementsAre(128, 2, 4096, 0, 64, 32, 16, 0, 1, 4096, 32, 0));
@@ -38,43 +38,43 @@ TEST(FbInit, RecordOfAPlainScreen) {
   EXPECT_TRUE(std::ranges::equal(copy, fbinfo));
 }
 
-TEST(FbInit, RecordOfAVirtualScreenOfTwiceTheHeight) {
+TEST(FbInit, ReportsVirtualScreenOfTwiceTheHeight) {
   const board board{screen{64, 32, 64, 64, 16, 128}};
   fb_init();
   EXPECT_THAT(fbinfo, ElementsAre(128, 2, 8192, 0, 64, 32, 16, 0, 2, 8192, 32, 0));
 }
 
-TEST(FbInit, BuffersAreCountedWhole) {
+TEST(FbInit, CountsWholeBuffers) {
   const board board{screen{64, 32, 64, 95, 16, 128}};
   fb_init();
   EXPECT_EQ(fbinfo[FBINFO_BUFFER_COUNT], 2U);
   EXPECT_EQ(fbinfo[FBINFO_SCREEN_SIZE], 64U * 95 * 2);
 }
 
-TEST(FbInit, RecordOfAWiderVirtualScreen) {
+TEST(FbInit, ReportsWiderVirtualScreen) {
   const board board{screen{64, 32, 100, 32, 16, 200}};
   fb_init();
   EXPECT_THAT(fbinfo, ElementsAre(200, 2, 6400, 0, 64, 32, 16, 0, 1, 6400, 32, 0));
 }
 
-TEST(FbInit, SizeTakesNoAccountOfPaddedLines) {
+TEST(FbInit, IgnoresPaddingInSize) {
   const board board{screen{60, 32, 60, 32, 16, 128}};
   fb_init();
   EXPECT_THAT(fbinfo, ElementsAre(128, 2, 60 * 32 * 2, 0, 60, 32, 16, 0, 1, 60 * 32 * 2, 32, 0));
 }
 
-TEST(FbInit, RecordOfADeviceOf32BitsAPixel) {
+TEST(FbInit, ReportsDeviceOf32BitsPerPixel) {
   const board board{screen{64, 32, 64, 32, 32, 256}};
   fb_init();
   EXPECT_THAT(fbinfo, ElementsAre(256, 4, 8192, 0, 64, 32, 32, 0, 1, 8192, 32, 0));
 }
 
-TEST(FbInit, DeviceOf32BitsIsDrawnOnAsIfItHad16) {
+TEST(FbInit, DrawsOn32BitDeviceAsOn16) {
   const board board{screen{64, 32, 64, 32, 32, 256}};
   fb_init();
-  fb_put_pixel(3, 2, 0xF81F);
+  fb_put_pixel(3, 2, DRAVIK_MAGENTA);
   std::vector<uint16_t> expected(4096);
-  expected[2 * 128 + 3] = 0xF81F;
+  expected[2 * 128 + 3] = DRAVIK_MAGENTA;
   EXPECT_EQ(board.pixels(), expected);
 }
 
@@ -84,8 +84,8 @@ TEST(FbInit, MapsTheVisibleMemory) {
   EXPECT_GT(fbfd, 0);
   EXPECT_NE(fbp, nullptr);
   EXPECT_EQ(fbp0, fbp);
-  fb_clear_screen(0xF800);
-  EXPECT_THAT(board.pixels(), Each(0xF800));
+  fb_clear_screen(DRAVIK_RED);
+  EXPECT_THAT(board.pixels(), Each(DRAVIK_RED));
 }
 
 TEST(FbInit, LeavesWhatTheScreenShows) {
@@ -95,42 +95,42 @@ TEST(FbInit, LeavesWhatTheScreenShows) {
   EXPECT_EQ(board.read("dev/fb0"), std::string(4096, 'x'));
 }
 
-TEST(FbInit, DrawingLandsInTheFirstOfTwoBuffers) {
+TEST(FbInit, DrawsInFirstOfTwoBuffers) {
   const board board{screen{64, 32, 64, 64, 16, 128}};
   board.write("panel", "xoffset=0\nyoffset=32\nblank=0\n"); // the second one is shown
   fb_init();
-  fb_clear_screen(0x07E0);
+  fb_clear_screen(DRAVIK_GREEN);
   const std::vector<uint16_t> pixels = board.pixels();
   const auto half = pixels.begin() + 64 * 32;
-  EXPECT_EQ(std::count(pixels.begin(), half, 0x07E0), 64 * 32);
+  EXPECT_EQ(std::count(pixels.begin(), half, DRAVIK_GREEN), 64 * 32);
   EXPECT_EQ(std::count(half, pixels.end(), 0), 64 * 32);
 }
 
 TEST(FbInit, BuildsTheColourTableWithTheStartUpTheme) {
   const board board{64, 32};
   fb_init();
-  EXPECT_EQ(get_theme_color(), 0x0B77);
+  EXPECT_EQ(get_theme_color(), DRAVIK_DEFAULT_THEME);
   EXPECT_EQ(gc[0], 0x0800);
   EXPECT_EQ(gc[433], 0x1BB7);
   EXPECT_EQ(gc[463], 0x0000);
   fb_clear_screen(DRAVIK_THEME);
-  EXPECT_THAT(board.pixels(), Each(0x0B77));
+  EXPECT_THAT(board.pixels(), Each(DRAVIK_DEFAULT_THEME));
 }
 
 TEST(FbInit, PutsTheThemeBackToTheStartUpOne) {
   const board board{64, 32};
-  set_theme_color(0xF800);
+  set_theme_color(DRAVIK_RED);
   fb_init();
-  EXPECT_EQ(get_theme_color(), 0x0B77);
+  EXPECT_EQ(get_theme_color(), DRAVIK_DEFAULT_THEME);
 }
 
-TEST(FbInit, NeitherPansNorBlanks) {
+TEST(FbInit, RequestsNoPanAndNoBlank) {
   const board board{64, 32};
   fb_init();
   EXPECT_THAT(board.events(), IsEmpty());
 }
 
-TEST(FbInit, SecondCallOpensAndMapsAgainAndReleasesNothing) {
+TEST(FbInit, OpensAndMapsAgainOnSecondCall) {
   const board board{64, 32};
   fb_init();
   const int first_descriptor = fbfd;
@@ -153,22 +153,22 @@ protected:
   const board screen_board{64, 32};
 };
 
-TEST_F(FbInitFailure, DescriptorZeroCountsAsNoDevice) {
+TEST_F(FbInitFailure, TreatsDescriptorZeroAsNoDevice) {
   screen_board.set_fault("descriptor-0", "/dev/fb0");
   EXPECT_EXIT(fb_init(), ExitedWithCode(1), StrEq("error cannot open framebuffer device.\n"));
 }
 
-TEST_F(FbInitFailure, FailedOpenShowsInTheFixedInformation) {
+TEST_F(FbInitFailure, ReportsFailedOpenAtFixedInformation) {
   screen_board.set_fault("open", "/dev/fb0", "EACCES");
   EXPECT_EXIT(fb_init(), ExitedWithCode(1), StrEq("error reading fixed info\n"));
 }
 
-TEST_F(FbInitFailure, MissingDeviceShowsInTheFixedInformation) {
+TEST_F(FbInitFailure, ReportsMissingDeviceAtFixedInformation) {
   screen_board.remove("dev/fb0");
   EXPECT_EXIT(fb_init(), ExitedWithCode(1), StrEq("error reading fixed info\n"));
 }
 
-TEST_F(FbInitFailure, DescriptorIsWhatOpenGave) {
+TEST_F(FbInitFailure, KeepsDescriptorOfOpen) {
   screen_board.set_fault("open", "/dev/fb0", "EACCES");
   EXPECT_EXIT(
       {
@@ -178,17 +178,17 @@ TEST_F(FbInitFailure, DescriptorIsWhatOpenGave) {
       ExitedWithCode(1), StrEq("error reading fixed info\n-1"));
 }
 
-TEST_F(FbInitFailure, FixedInformation) {
+TEST_F(FbInitFailure, ReportsFixedInformation) {
   screen_board.set_fault("fscreeninfo", "/dev/fb0");
   EXPECT_EXIT(fb_init(), ExitedWithCode(1), StrEq("error reading fixed info\n"));
 }
 
-TEST_F(FbInitFailure, VariableInformation) {
+TEST_F(FbInitFailure, ReportsVariableInformation) {
   screen_board.set_fault("vscreeninfo", "/dev/fb0");
   EXPECT_EXIT(fb_init(), ExitedWithCode(1), StrEq("error reading var info\n"));
 }
 
-TEST_F(FbInitFailure, Mapping) {
+TEST_F(FbInitFailure, ReportsMapping) {
   screen_board.set_fault("mmap", "/dev/fb0", "ENOMEM");
   EXPECT_EXIT(fb_init(), ExitedWithCode(1), StrEq("error: failed to map framebuffer device to memory.\n"));
 }
@@ -212,23 +212,23 @@ TEST(FbExit, KeepsTheGlobals) {
   EXPECT_EQ(fbp, address);
   EXPECT_EQ(fbp0, address);
   EXPECT_THAT(fbinfo, ElementsAre(128, 2, 4096, 0, 64, 32, 16, 0, 1, 4096, 32, 0));
-  EXPECT_EQ(get_theme_color(), 0x0B77);
+  EXPECT_EQ(get_theme_color(), DRAVIK_DEFAULT_THEME);
 }
 
-TEST(FbExit, GivesTheResultOfClose) {
+TEST(FbExit, ReturnsTheResultOfClose) {
   const board board{64, 32};
   fb_init();
   EXPECT_EQ(fb_exit(), 0);
   EXPECT_EQ(fb_exit(), -1);
 }
 
-TEST(FbExit, ScreenCanBeOpenedAgain) {
+TEST(FbExit, AllowsReopeningScreen) {
   const board board{64, 32};
   fb_init();
   fb_exit();
   fb_init();
-  fb_put_pixel(1, 0, 0xF800);
-  EXPECT_EQ(board.pixels().at(1), 0xF800);
+  fb_put_pixel(1, 0, DRAVIK_RED);
+  EXPECT_EQ(board.pixels().at(1), DRAVIK_RED);
   EXPECT_EQ(fb_exit(), 0);
 }
 
@@ -242,14 +242,14 @@ TEST(FbPanDisplay, ShowsTheBufferOfStartUpEachTime) {
   EXPECT_THAT(board.events(), ElementsAre("fb0: pan 5 32", "fb0: pan 5 32"));
 }
 
-TEST(FbPanDisplay, GivesTheResultOfTheRequest) {
+TEST(FbPanDisplay, ReturnsTheResultOfTheRequest) {
   const board board{64, 32};
   fb_init();
   board.set_fault("pan", "/dev/fb0");
   EXPECT_EQ(fb_pan_display(), -1);
 }
 
-TEST(FbLcd, OffBlanksAndOnUnblanks) {
+TEST(FbLcd, BlanksWithOffAndUnblanksWithOn) {
   const board board{64, 32};
   fb_init();
   EXPECT_EQ(fb_lcd_off(), 0);
@@ -257,7 +257,7 @@ TEST(FbLcd, OffBlanksAndOnUnblanks) {
   EXPECT_THAT(board.events(), ElementsAre("fb0: blank 1", "fb0: blank 0"));
 }
 
-TEST(FbLcd, GiveTheResultOfTheRequest) {
+TEST(FbLcd, ReturnsResultOfRequest) {
   const board board{64, 32};
   fb_init();
   board.set_fault("blank", "/dev/fb0");
@@ -265,7 +265,7 @@ TEST(FbLcd, GiveTheResultOfTheRequest) {
   EXPECT_EQ(fb_lcd_on(), -1);
 }
 
-TEST(FbLcd, FailOnAClosedDevice) {
+TEST(FbLcd, FailsOnClosedDevice) {
   const board board{64, 32};
   fb_init();
   fb_exit();
@@ -278,8 +278,8 @@ TEST(FbLcd, FailOnAClosedDevice) {
 TEST(GetFbBuffer, CopiesBothBuffersOfADevice) {
   const board board{screen{64, 32, 64, 64, 16, 128}};
   fb_init();
-  fb_put_pixel(63, 31, 0xF800);
-  fb_put_pixel(0, 32, 0x07E0); // the first line of the second buffer
+  fb_put_pixel(63, 31, DRAVIK_RED);
+  fb_put_pixel(0, 32, DRAVIK_GREEN); // the first line of the second buffer
   std::vector<uint8_t> copy(8192);
   get_fb_buffer(0, 0, copy.data());
   EXPECT_EQ(std::string(copy.begin(), copy.end()), board.read("dev/fb0"));
@@ -288,3 +288,4 @@ TEST(GetFbBuffer, CopiesBothBuffersOfADevice) {
 }
 
 } // namespace
+} // namespace dravik::test

@@ -8,9 +8,9 @@
 #include <numeric>
 #include <vector>
 
+namespace dravik::test {
 namespace {
 
-using dravik::test::fake_screen;
 using testing::Each;
 using testing::ElementsAre;
 using testing::Pair;
@@ -38,7 +38,7 @@ TEST(FbGlobals, AreZeroBeforeTheScreenIsOpened) {
   EXPECT_EQ(at_load.empty_cells, 640 * 480);
 }
 
-TEST(GetCamFbInfo, GivesTwelveZerosBeforeTheScreenIsOpened) {
+TEST(GetCamFbInfo, ReturnsTwelveZerosBeforeTheScreenIsOpened) {
   EXPECT_THAT(at_load.record, Each(0U));
 }
 
@@ -49,7 +49,7 @@ TEST(GetCamFbInfo, CopiesAllTwelveWordsInOrderAndNoMore) {
   EXPECT_THAT(copy, ElementsAre(100, 101, 102, 103, 104, 105, 106, 107, 108, 109, 110, 111, 0));
 }
 
-TEST(GetCamFbInfo, OrderOfTheNamedWords) {
+TEST(GetCamFbInfo, HasWordsInOrder) {
   EXPECT_THAT(
       (std::array<int, 12>{FBINFO_LINE_LENGTH, FBINFO_BYTES_PER_PIXEL, FBINFO_SCREEN_SIZE, FBINFO_SPARE_A,
                            FBINFO_XRES, FBINFO_YRES, FBINFO_BITS_PER_PIXEL, FBINFO_BUFFER_OFFSET,
@@ -84,14 +84,14 @@ TEST_F(GetFbBuffer, StartsAtTheBufferOffset) {
   EXPECT_EQ(copy[40], 0);
 }
 
-TEST_F(GetFbBuffer, TakesItsLengthFromCopySizeAlone) {
+TEST_F(GetFbBuffer, CopiesCopySizeBytes) {
   fbinfo[FBINFO_SCREEN_SIZE] = 55;
   fbinfo[FBINFO_COPY_SIZE] = 3;
   get_fb_buffer(0, 0, copy.data());
   EXPECT_THAT(std::vector<uint8_t>(copy.begin(), copy.begin() + 5), ElementsAre(1, 2, 3, 0, 0));
 }
 
-TEST_F(GetFbBuffer, OtherSelectorsLeaveTheDestination) {
+TEST_F(GetFbBuffer, LeavesDestinationForOtherSelectors) {
   constexpr uint32_t pairs[][2] = {{1, 0},          {0, 1},   {1, 1}, {0x80000000, 0},
                                    {0, 0xFFFFFFFF}, {256, 0}, {5, 5}};
   for (const auto &[a, b] : pairs) {
@@ -121,44 +121,45 @@ TEST(FbPutPixel, ReachesEveryPixelOfPaddedLines) {
   }
 }
 
-TEST(FbPutPixel, ColumnsPastTheEdgeGoOnInTheMemory) {
+TEST(FbPutPixel, ContinuesPastEdgeInMemory) {
   fake_screen screen{8, 4};
-  fb_put_pixel(8, 1, 0xF800);  // column 0 of the next line
-  fb_put_pixel(3, 4, 0xF800);  // the line after the last
-  fb_put_pixel(17, 0, 0xF800); // two lines on
+  fb_put_pixel(8, 1, DRAVIK_RED);  // column 0 of the next line
+  fb_put_pixel(3, 4, DRAVIK_RED);  // the line after the last
+  fb_put_pixel(17, 0, DRAVIK_RED); // two lines on
   EXPECT_THAT(screen.painted(), ElementsAre(Pair(0, 2), Pair(1, 2), Pair(3, 4)));
 }
 
-TEST(FbPutPixel, LargestNumbersAreOneLeftAndOneAbove) {
+TEST(FbPutPixel, TreatsLargestNumbersAsMinusOne) {
   fake_screen screen{8, 4};
-  fb_put_pixel(0xFFFFFFFF, 1, 0xF800); // left of line 1: the end of line 0
-  fb_put_pixel(2, 0xFFFFFFFF, 0xF800);
+  fb_put_pixel(0xFFFFFFFF, 1, DRAVIK_RED); // left of line 1: the end of line 0
+  fb_put_pixel(2, 0xFFFFFFFF, DRAVIK_RED);
   EXPECT_THAT(screen.painted(), ElementsAre(Pair(2, -1), Pair(7, 0)));
 }
 
-TEST(FbPutPixel, DepthOfTheRecordDoesNotMatter) {
+TEST(FbPutPixel, IgnoresDepth) {
   fake_screen screen{8, 4};
   fbinfo[FBINFO_BYTES_PER_PIXEL] = 4;
   fbinfo[FBINFO_BITS_PER_PIXEL] = 32;
-  fb_put_pixel(3, 2, 0xF800);
+  fb_put_pixel(3, 2, DRAVIK_RED);
   EXPECT_THAT(screen.painted(), ElementsAre(Pair(3, 2)));
 }
 
-TEST(FbPutPixel, ThemeColourIsAColourLikeAnyOther) {
+TEST(FbPutPixel, DrawsThemeCodeAsPlainColour) {
   fake_screen screen{8, 4};
-  set_theme_color(0xF800);
+  set_theme_color(DRAVIK_RED);
   fb_put_pixel(1, 1, DRAVIK_THEME);
-  EXPECT_EQ(screen.drawn().get(1, 1), 0x1234);
+  EXPECT_EQ(screen.drawn().get(1, 1), DRAVIK_THEME);
 }
 
-TEST(FbPutPixel, FollowsTheAddressAsItStandsAtTheCall) {
+TEST(FbPutPixel, UsesAddressAtTheCall) {
   fake_screen first{8, 4}, second{8, 4};
   first.use();
-  fb_put_pixel(1, 1, 0xF800);
+  fb_put_pixel(1, 1, DRAVIK_RED);
   second.use();
-  fb_put_pixel(2, 2, 0xF800);
+  fb_put_pixel(2, 2, DRAVIK_RED);
   EXPECT_THAT(first.painted(), ElementsAre(Pair(1, 1)));
   EXPECT_THAT(second.painted(), ElementsAre(Pair(2, 2)));
 }
 
 } // namespace
+} // namespace dravik::test

@@ -1,4 +1,4 @@
-// Lines and triangles, beside a plain model.
+// Lines and triangles, next to a plain model.
 
 #include "support/random.hpp"
 #include "support/screen.hpp"
@@ -8,12 +8,9 @@
 #include <string>
 #include <utility>
 
+namespace dravik::test {
 namespace {
 
-using dravik::test::fake_screen;
-using dravik::test::model_plane;
-using dravik::test::screen_shape;
-using dravik::test::seeded_random;
 using testing::ElementsAre;
 using testing::Pair;
 
@@ -48,111 +45,111 @@ void model_line(model_plane on, point from, point to, uint16_t colour) {
   on.put(x, y, colour);
 }
 
-/// Draws a line on the screen and on its model.
+/// Draw a line on the screen and on its model.
 void draw_both(fake_screen &screen, point from, point to, uint16_t colour) {
   fb_put_line(from.x, from.y, to.x, to.y, colour);
   model_line(screen.model(), from, to, colour);
 }
 
-TEST(FbPutLine, OnePoint) {
+TEST(FbPutLine, DrawsOnePoint) {
   fake_screen screen{20, 20};
-  fb_put_line(10, 10, 10, 10, 0xF800);
+  fb_put_line(10, 10, 10, 10, DRAVIK_RED);
   EXPECT_THAT(screen.painted(), ElementsAre(Pair(10, 10)));
 }
 
-TEST(FbPutLine, ShallowLine) {
+TEST(FbPutLine, DrawsShallowLine) {
   fake_screen screen{6, 3};
-  fb_put_line(0, 0, 3, 1, 0xF800);
-  EXPECT_EQ(screen.drawing(0xF800), "##....\n"
-                                    "..##..\n"
-                                    "......\n");
+  fb_put_line(0, 0, 3, 1, DRAVIK_RED);
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), "##....\n"
+                                        "..##..\n"
+                                        "......\n");
 }
 
-TEST(FbPutLine, SteepLine) {
+TEST(FbPutLine, DrawsSteepLine) {
   fake_screen screen{3, 5};
-  fb_put_line(0, 0, 1, 3, 0xF800);
-  EXPECT_EQ(screen.drawing(0xF800), "#..\n"
-                                    "#..\n"
-                                    ".#.\n"
-                                    ".#.\n"
-                                    "...\n");
+  fb_put_line(0, 0, 1, 3, DRAVIK_RED);
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), "#..\n"
+                                        "#..\n"
+                                        ".#.\n"
+                                        ".#.\n"
+                                        "...\n");
 }
 
-TEST(FbPutLine, Diagonal) {
+TEST(FbPutLine, DrawsDiagonal) {
   fake_screen screen{4, 4};
-  fb_put_line(0, 0, 2, 2, 0xF800);
-  EXPECT_EQ(screen.drawing(0xF800), "#...\n"
-                                    ".#..\n"
-                                    "..#.\n"
-                                    "....\n");
+  fb_put_line(0, 0, 2, 2, DRAVIK_RED);
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), "#...\n"
+                                        ".#..\n"
+                                        "..#.\n"
+                                        "....\n");
 }
 
-TEST(FbPutLine, TieStepsAsideAtOnceOnTheWayThere) {
+TEST(FbPutLine, TakesDiagonalStepAtTie) {
   fake_screen screen{4, 3};
-  fb_put_line(0, 0, 2, 1, 0xF800);
-  EXPECT_EQ(screen.drawing(0xF800), "#...\n"
-                                    ".##.\n"
-                                    "....\n");
+  fb_put_line(0, 0, 2, 1, DRAVIK_RED);
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), "#...\n"
+                                        ".##.\n"
+                                        "....\n");
 }
 
-TEST(FbPutLine, TieStepsAsideAtOnceOnTheWayBack) {
+TEST(FbPutLine, TakesDiagonalStepAtTieOnTheWayBack) {
   fake_screen screen{4, 3};
-  fb_put_line(2, 1, 0, 0, 0xF800);
-  EXPECT_EQ(screen.drawing(0xF800), "##..\n"
-                                    "..#.\n"
-                                    "....\n");
+  fb_put_line(2, 1, 0, 0, DRAVIK_RED);
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), "##..\n"
+                                        "..#.\n"
+                                        "....\n");
 }
 
-TEST(FbPutLine, TieOfASteepLineDependsOnTheDirectionToo) {
+TEST(FbPutLine, TakesDiagonalStepAtTieOfSteepLine) {
   fake_screen down{3, 4}, up{3, 4};
   down.use();
-  fb_put_line(0, 0, 1, 2, 0xF800);
+  fb_put_line(0, 0, 1, 2, DRAVIK_RED);
   up.use();
-  fb_put_line(1, 2, 0, 0, 0xF800);
+  fb_put_line(1, 2, 0, 0, DRAVIK_RED);
   EXPECT_THAT(down.painted(), ElementsAre(Pair(0, 0), Pair(1, 1), Pair(1, 2)));
   EXPECT_THAT(up.painted(), ElementsAre(Pair(0, 0), Pair(0, 1), Pair(1, 2)));
 }
 
-TEST(FbPutLine, HorizontalLineAboveTheScreenIsDrawn) {
+TEST(FbPutLine, DrawsHorizontalLineAboveScreen) {
   fake_screen screen{8, 4};
-  fb_put_line(2, -1, 4, -1, 0xF800);
+  fb_put_line(2, -1, 4, -1, DRAVIK_RED);
   EXPECT_THAT(screen.painted(), ElementsAre(Pair(2, -1), Pair(3, -1), Pair(4, -1)));
 }
 
-TEST(FbPutLine, HorizontalLineOffBothSidesGoesOnInTheNeighbouringLines) {
+TEST(FbPutLine, ContinuesHorizontalLineInNeighbouringLines) {
   fake_screen screen{4, 4};
-  fb_put_line(5, 1, -2, 1, 0xF800);
-  EXPECT_EQ(screen.drawing(0xF800), "..##\n"
-                                    "####\n"
-                                    "##..\n"
-                                    "....\n");
+  fb_put_line(5, 1, -2, 1, DRAVIK_RED);
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), "..##\n"
+                                        "####\n"
+                                        "##..\n"
+                                        "....\n");
 }
 
-TEST(FbPutLine, VerticalLineIsCutAtNeitherEnd) {
+TEST(FbPutLine, DrawsVerticalLineBeyondBothEnds) {
   fake_screen screen{4, 2};
-  fb_put_line(1, 3, 1, -2, 0xF800);
+  fb_put_line(1, 3, 1, -2, DRAVIK_RED);
   EXPECT_THAT(screen.painted(),
               ElementsAre(Pair(1, -2), Pair(1, -1), Pair(1, 0), Pair(1, 1), Pair(1, 2), Pair(1, 3)));
 }
 
-TEST(FbPutLine, VerticalLineRightOfTheScreenGoesOnInTheNextLines) {
+TEST(FbPutLine, ContinuesRightOfScreenInNextLines) {
   fake_screen screen{4, 4};
-  fb_put_line(4, 0, 4, 1, 0xF800);
-  fb_put_line(6, 0, 6, 1, 0x07E0);
-  EXPECT_EQ(screen.drawing(0xF800), "....\n"
-                                    "#.?.\n"
-                                    "#.?.\n"
-                                    "....\n");
+  fb_put_line(4, 0, 4, 1, DRAVIK_RED);
+  fb_put_line(6, 0, 6, 1, DRAVIK_GREEN);
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), "....\n"
+                                        "#.?.\n"
+                                        "#.?.\n"
+                                        "....\n");
 }
 
-TEST(FbPutLine, ThemeColourIsAColourLikeAnyOther) {
+TEST(FbPutLine, DrawsThemeCodeAsPlainColour) {
   fake_screen screen{8, 4};
-  set_theme_color(0xF800);
+  set_theme_color(DRAVIK_RED);
   fb_put_line(1, 1, 5, 2, DRAVIK_THEME);
-  EXPECT_EQ(screen.drawn().get(1, 1), 0x1234);
+  EXPECT_EQ(screen.drawn().get(1, 1), DRAVIK_THEME);
 }
 
-TEST(FbPutLine, EverySlopeInBothDirections) {
+TEST(FbPutLine, DrawsEverySlopeInBothDirections) {
   constexpr int32_t reach = 66;
   fake_screen screen{{.xres = 2 * reach + 1, .yres = 2 * reach + 1, .padding = 6}};
   const point centre = {reach, reach};
@@ -166,7 +163,7 @@ TEST(FbPutLine, EverySlopeInBothDirections) {
     }
 }
 
-TEST(FbPutLine, RandomLinesAcrossAndAroundTheScreen) {
+TEST(FbPutLine, DrawsRandomLinesAcrossAndAroundScreen) {
   seeded_random random;
   fake_screen screen{{.xres = 96, .yres = 64, .padding = 2, .misalignment = 2, .guard_lines = 12}};
   const auto any_point = [&random] { return point{random.between(-30, 125), random.between(-10, 73)}; };
@@ -185,7 +182,7 @@ TEST(FbPutLine, RandomLinesAcrossAndAroundTheScreen) {
 /// Screens of shapes on which long lines run shallow, steep and in between.
 class LongLines : public testing::TestWithParam<screen_shape> {};
 
-TEST_P(LongLines, RandomEnds) {
+TEST_P(LongLines, DrawRandomEnds) {
   seeded_random random;
   fake_screen screen{GetParam()};
   const int32_t right = static_cast<int32_t>(GetParam().xres) - 1;
@@ -198,7 +195,7 @@ TEST_P(LongLines, RandomEnds) {
   }
 }
 
-TEST_P(LongLines, FromEdgeToEdge) {
+TEST_P(LongLines, DrawFromEdgeToEdge) {
   seeded_random random;
   fake_screen screen{GetParam()};
   const int32_t right = static_cast<int32_t>(GetParam().xres) - 1;
@@ -245,7 +242,7 @@ protected:
   fake_screen high{{.xres = highest + 1, .yres = longest + 1}};
 };
 
-TEST_F(EndlessLines, AboutTheGreatestLengthThatFractionsOf32BitsServe) {
+TEST_F(EndlessLines, DrawAtLongestLengthOf32BitFractions) {
   for (int32_t aside = 1; aside <= 64 && !HasFailure(); ++aside) {
     for (int32_t steps = 46338; steps <= 46343; ++steps)
       draw_both_ways(steps, aside, static_cast<uint16_t>(steps));
@@ -254,11 +251,11 @@ TEST_F(EndlessLines, AboutTheGreatestLengthThatFractionsOf32BitsServe) {
 }
 
 // Here fractions of 32 bits, rounded up, would carry some position over the edge of the next pixel.
-TEST_F(EndlessLines, BeyondThatLength) {
+TEST_F(EndlessLines, DrawBeyondThatLength) {
   constexpr std::pair<int32_t, int32_t> lines[] = {
       {46859, 55}, {47269, 29}, {47543, 12}, {48023, 46}, {48119, 10}};
   for (const auto &[steps, aside] : lines) {
-    draw_both_ways(steps, aside, 0xF800);
+    draw_both_ways(steps, aside, DRAVIK_RED);
     expect_same(steps, aside);
   }
 }
@@ -269,20 +266,20 @@ void model_triangle(model_plane on, point a, point b, point c, uint16_t colour) 
   model_line(on, c, a, colour);
 }
 
-TEST(FbPutTriangle, OutlineOnly) {
+TEST(FbPutTriangle, DrawsOutlineOnly) {
   fake_screen screen{7, 5};
-  fb_put_triangle(1, 1, 5, 1, 1, 3, 0xF800);
-  // The way back from (5, 1) to (1, 3) is stepped leftwards: ties go down at once.
-  EXPECT_EQ(screen.drawing(0xF800), ".......\n"
-                                    ".#####.\n"
-                                    ".#.##..\n"
-                                    ".##....\n"
-                                    ".......\n");
+  fb_put_triangle(1, 1, 5, 1, 1, 3, DRAVIK_RED);
+  // The way back from (5, 1) to (1, 3) is stepped leftwards: the diagonal step is taken at ties.
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), ".......\n"
+                                        ".#####.\n"
+                                        ".#.##..\n"
+                                        ".##....\n"
+                                        ".......\n");
 }
 
-TEST(FbPutTriangle, ThreeEqualPointsPaintOnePixel) {
+TEST(FbPutTriangle, DrawsOnePixelForEqualPoints) {
   fake_screen screen{8, 8};
-  fb_put_triangle(3, 4, 3, 4, 3, 4, 0xF800);
+  fb_put_triangle(3, 4, 3, 4, 3, 4, DRAVIK_RED);
   EXPECT_THAT(screen.painted(), ElementsAre(Pair(3, 4)));
 }
 
@@ -303,3 +300,4 @@ TEST(FbPutTriangle, IsThreeLinesInTheOrderOfTheCorners) {
 }
 
 } // namespace
+} // namespace dravik::test

@@ -1,4 +1,4 @@
-// Rectangles, beside a model made of plain spans.
+// Rectangles, next to a model made of plain spans.
 
 #include "support/random.hpp"
 #include "support/screen.hpp"
@@ -8,11 +8,9 @@
 #include <functional>
 #include <gmock/gmock.h>
 
+namespace dravik::test {
 namespace {
 
-using dravik::test::fake_screen;
-using dravik::test::model_plane;
-using dravik::test::seeded_random;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
@@ -74,11 +72,11 @@ struct span_model {
   }
 };
 
-/// Draws one random rectangle on the screen and one on its model.
+/// Draw one random rectangle on the screen and one on its model.
 using draw_one = std::function<void(fake_screen &, seeded_random &)>;
 
 /// Many small screens of all shapes, and rectangles on, across and around each of them.
-void on_random_screens(const draw_one &draw) {
+void expect_same_on_random_screens(const draw_one &draw) {
   seeded_random random;
   for (int shape = 0; shape < 400; ++shape) {
     const bool wide = random.one_in(4);
@@ -113,78 +111,78 @@ struct corners {
 
 TEST(FbPutRectFill, CoversBothCorners) {
   fake_screen screen{16, 12};
-  fb_put_rect_fill(2, 2, 12, 8, 0xF800);
+  fb_put_rect_fill(2, 2, 12, 8, DRAVIK_RED);
   EXPECT_EQ(screen.painted().size(), 11U * 7);
   EXPECT_EQ(screen.painted().front(), std::pair(2, 2));
   EXPECT_EQ(screen.painted().back(), std::pair(12, 8));
 }
 
-TEST(FbPutRectFill, OrderOfTheCornersDoesNotMatter) {
+TEST(FbPutRectFill, AcceptsAnyOrderOfCorners) {
   fake_screen screen{16, 12};
   constexpr int32_t orders[][4] = {{12, 8, 2, 2}, {2, 8, 12, 2}, {12, 2, 2, 8}};
   for (const auto &[x0, y0, x1, y1] : orders) {
     screen.reset();
-    fb_put_rect_fill(x0, y0, x1, y1, 0xF800);
-    span_model{screen, 0xF800}.filled(2, 2, 12, 8);
+    fb_put_rect_fill(x0, y0, x1, y1, DRAVIK_RED);
+    span_model{screen, DRAVIK_RED}.filled(2, 2, 12, 8);
     EXPECT_TRUE(screen.same()) << x0 << ", " << y0;
   }
 }
 
 TEST(FbPutRectFill, IsClippedAtTheTopLeft) {
   fake_screen screen{8, 6};
-  fb_put_rect_fill(-3, -2, 5, 4, 0xF800);
-  EXPECT_EQ(screen.drawing(0xF800), "######..\n"
-                                    "######..\n"
-                                    "######..\n"
-                                    "######..\n"
-                                    "######..\n"
-                                    "........\n");
+  fb_put_rect_fill(-3, -2, 5, 4, DRAVIK_RED);
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), "######..\n"
+                                        "######..\n"
+                                        "######..\n"
+                                        "######..\n"
+                                        "######..\n"
+                                        "........\n");
 }
 
 TEST(FbPutRectFill, IsClippedAtTheBottomRight) {
   fake_screen screen{{.xres = 5, .yres = 3, .padding = 8}};
-  fb_put_rect_fill(3, 1, 5, 3, 0xF800);
-  EXPECT_EQ(screen.drawing(0xF800), ".....\n"
-                                    "...##\n"
-                                    "...##\n");
+  fb_put_rect_fill(3, 1, 5, 3, DRAVIK_RED);
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), ".....\n"
+                                        "...##\n"
+                                        "...##\n");
 }
 
-TEST(FbPutRectFill, EqualCornersPaintOnePixel) {
+TEST(FbPutRectFill, DrawsOnePixelForEqualCorners) {
   fake_screen screen{8, 8};
-  fb_put_rect_fill(5, 5, 5, 5, 0xF800);
+  fb_put_rect_fill(5, 5, 5, 5, DRAVIK_RED);
   EXPECT_THAT(screen.painted(), ElementsAre(Pair(5, 5)));
 }
 
-TEST(FbPutRectFill, OffTheScreenPaintsNothing) {
+TEST(FbPutRectFill, DrawsNothingOffTheScreen) {
   fake_screen screen{8, 8};
   constexpr int32_t outside[][4] = {{-5, 2, -1, 4}, {8, 2, 12, 4}, {2, -4, 4, -1}, {2, 8, 4, 9}};
   for (const auto &[x0, y0, x1, y1] : outside)
-    fb_put_rect_fill(x0, y0, x1, y1, 0xF800);
+    fb_put_rect_fill(x0, y0, x1, y1, DRAVIK_RED);
   EXPECT_THAT(screen.painted(), IsEmpty());
 }
 
-TEST(FbPutRectFill, FarthestCornersCoverTheScreen) {
+TEST(FbPutRectFill, FillsScreenBetweenFarthestCorners) {
   fake_screen screen{{.xres = 9, .yres = 5, .padding = 6}};
-  fb_put_rect_fill(INT_MIN, INT_MAX, INT_MAX, INT_MIN, 0xF800);
-  span_model{screen, 0xF800}.filled(0, 0, 8, 4);
+  fb_put_rect_fill(INT_MIN, INT_MAX, INT_MAX, INT_MIN, DRAVIK_RED);
+  span_model{screen, DRAVIK_RED}.filled(0, 0, 8, 4);
   EXPECT_TRUE(screen.same());
 }
 
-TEST(FbPutRectFill, EveryWidthAtEveryAlignment) {
+TEST(FbPutRectFill, FillsEveryWidthAtEveryAlignment) {
   for (const uint32_t misalignment : {0U, 2U}) {
     fake_screen screen{{.xres = 300, .yres = 3, .padding = 2, .misalignment = misalignment}};
     for (int32_t left = 0; left < 9; ++left)
       for (int32_t right = left; right < 300; ++right) {
         screen.reset();
-        fb_put_rect_fill(left, 0, right, 2, 0xF81F);
-        span_model{screen, 0xF81F}.filled(left, 0, right, 2);
+        fb_put_rect_fill(left, 0, right, 2, DRAVIK_MAGENTA);
+        span_model{screen, DRAVIK_MAGENTA}.filled(left, 0, right, 2);
         ASSERT_TRUE(screen.same()) << left << " to " << right << " at " << misalignment;
       }
   }
 }
 
-TEST(FbPutRectFill, RandomRectanglesOnRandomScreens) {
-  on_random_screens([](fake_screen &screen, seeded_random &random) {
+TEST(FbPutRectFill, DrawsRandomRectanglesOnRandomScreens) {
+  expect_same_on_random_screens([](fake_screen &screen, seeded_random &random) {
     const corners at{random};
     const uint16_t colour = random.colour();
     fb_put_rect_fill(at.x0, at.y0, at.x1, at.y1, colour);
@@ -192,31 +190,31 @@ TEST(FbPutRectFill, RandomRectanglesOnRandomScreens) {
   });
 }
 
-TEST(FbPutRect, OnePixelWideWithinTheCorners) {
+TEST(FbPutRect, DrawsOnePixelWideWithinCorners) {
   fake_screen screen{7, 6};
-  fb_put_rect(1, 1, 5, 4, 0xF800);
-  EXPECT_EQ(screen.drawing(0xF800), ".......\n"
-                                    ".#####.\n"
-                                    ".#...#.\n"
-                                    ".#...#.\n"
-                                    ".#####.\n"
-                                    ".......\n");
+  fb_put_rect(1, 1, 5, 4, DRAVIK_RED);
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), ".......\n"
+                                        ".#####.\n"
+                                        ".#...#.\n"
+                                        ".#...#.\n"
+                                        ".#####.\n"
+                                        ".......\n");
 }
 
-TEST(FbPutRect, OrderOfTheCornersDoesNotMatter) {
+TEST(FbPutRect, AcceptsAnyOrderOfCorners) {
   fake_screen screen{16, 12};
   constexpr int32_t orders[][4] = {{12, 8, 2, 2}, {2, 8, 12, 2}, {12, 2, 2, 8}};
   for (const auto &[x0, y0, x1, y1] : orders) {
     screen.reset();
-    fb_put_rect(x0, y0, x1, y1, 0xF800);
-    span_model{screen, 0xF800}.outlined(2, 2, 12, 8);
+    fb_put_rect(x0, y0, x1, y1, DRAVIK_RED);
+    span_model{screen, DRAVIK_RED}.outlined(2, 2, 12, 8);
     EXPECT_TRUE(screen.same()) << x0 << ", " << y0;
   }
 }
 
-TEST(FbPutRect, SidesAreNotClippedAtTheTopNorAtTheLeft) {
+TEST(FbPutRect, LeavesSidesUnclippedAtTopAndLeft) {
   fake_screen screen{24, 8};
-  fb_put_rect(-3, -2, 5, 4, 0xF800);
+  fb_put_rect(-3, -2, 5, 4, DRAVIK_RED);
   // The top edge is off the screen. The left side lands at column 21 of the lines above.
   EXPECT_THAT(screen.painted(), ElementsAre(Pair(21, -3), Pair(5, -2), Pair(21, -2), Pair(5, -1),
                                             Pair(21, -1), Pair(5, 0), Pair(21, 0), Pair(5, 1), Pair(21, 1),
@@ -224,68 +222,68 @@ TEST(FbPutRect, SidesAreNotClippedAtTheTopNorAtTheLeft) {
                                             Pair(1, 4), Pair(2, 4), Pair(3, 4), Pair(4, 4), Pair(5, 4)));
 }
 
-TEST(FbPutRect, RightEdgeAtXresLandsInTheNextLine) {
+TEST(FbPutRect, DrawsRightEdgeAtXresInNextLine) {
   fake_screen screen{6, 6};
-  fb_put_rect(3, 1, 6, 3, 0xF800);
-  EXPECT_EQ(screen.drawing(0xF800), "......\n"
-                                    "...###\n"
-                                    "#..#..\n"
-                                    "#..###\n"
-                                    "#.....\n"
-                                    "......\n");
+  fb_put_rect(3, 1, 6, 3, DRAVIK_RED);
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), "......\n"
+                                        "...###\n"
+                                        "#..#..\n"
+                                        "#..###\n"
+                                        "#.....\n"
+                                        "......\n");
 }
 
-TEST(FbPutRect, RightEdgeAtXresLandsInThePadding) {
+TEST(FbPutRect, DrawsRightEdgeAtXresInPadding) {
   fake_screen screen{{.xres = 6, .yres = 6, .padding = 4}};
-  fb_put_rect(3, 1, 6, 2, 0xF800);
+  fb_put_rect(3, 1, 6, 2, DRAVIK_RED);
   EXPECT_THAT(screen.painted(), ElementsAre(Pair(3, 1), Pair(4, 1), Pair(5, 1), Pair(6, 1), Pair(3, 2),
                                             Pair(4, 2), Pair(5, 2), Pair(6, 2)));
 }
 
-TEST(FbPutRect, RightEdgeBeyondXresIsNotDrawn) {
+TEST(FbPutRect, SkipsRightEdgeBeyondXres) {
   fake_screen screen{6, 6};
-  fb_put_rect(3, 1, 7, 3, 0xF800);
-  EXPECT_EQ(screen.drawing(0xF800), "......\n"
-                                    "...###\n"
-                                    "...#..\n"
-                                    "...###\n"
-                                    "......\n"
-                                    "......\n");
+  fb_put_rect(3, 1, 7, 3, DRAVIK_RED);
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), "......\n"
+                                        "...###\n"
+                                        "...#..\n"
+                                        "...###\n"
+                                        "......\n"
+                                        "......\n");
 }
 
-TEST(FbPutRect, BottomEdgeBelowTheScreenIsNotDrawn) {
+TEST(FbPutRect, SkipsBottomEdgeBelowScreen) {
   fake_screen screen{6, 4};
-  fb_put_rect(1, 1, 4, 4, 0xF800);
-  EXPECT_EQ(screen.drawing(0xF800), "......\n"
-                                    ".####.\n"
-                                    ".#..#.\n"
-                                    ".#..#.\n");
+  fb_put_rect(1, 1, 4, 4, DRAVIK_RED);
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), "......\n"
+                                        ".####.\n"
+                                        ".#..#.\n"
+                                        ".#..#.\n");
 }
 
-TEST(FbPutRect, FarRightAndBottomCornersLeaveTheOtherTwoSides) {
+TEST(FbPutRect, DrawsTwoSidesOfCornerFarAway) {
   fake_screen screen{5, 4};
-  fb_put_rect(1, 1, INT_MAX, INT_MAX, 0xF800);
-  EXPECT_EQ(screen.drawing(0xF800), ".....\n"
-                                    ".####\n"
-                                    ".#...\n"
-                                    ".#...\n");
+  fb_put_rect(1, 1, INT_MAX, INT_MAX, DRAVIK_RED);
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), ".....\n"
+                                        ".####\n"
+                                        ".#...\n"
+                                        ".#...\n");
 }
 
-TEST(FbPutRect, OneRowOneColumnAndOnePixel) {
+TEST(FbPutRect, DrawsOneRowOneColumnAndOnePixel) {
   fake_screen screen{8, 6};
-  fb_put_rect(1, 1, 4, 1, 0xF800);
-  fb_put_rect(6, 1, 6, 4, 0xF800);
-  fb_put_rect(2, 3, 2, 3, 0xF800);
-  EXPECT_EQ(screen.drawing(0xF800), "........\n"
-                                    ".####.#.\n"
-                                    "......#.\n"
-                                    "..#...#.\n"
-                                    "......#.\n"
-                                    "........\n");
+  fb_put_rect(1, 1, 4, 1, DRAVIK_RED);
+  fb_put_rect(6, 1, 6, 4, DRAVIK_RED);
+  fb_put_rect(2, 3, 2, 3, DRAVIK_RED);
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), "........\n"
+                                        ".####.#.\n"
+                                        "......#.\n"
+                                        "..#...#.\n"
+                                        "......#.\n"
+                                        "........\n");
 }
 
-TEST(FbPutRect, RandomRectanglesOnRandomScreens) {
-  on_random_screens([](fake_screen &screen, seeded_random &random) {
+TEST(FbPutRect, DrawsRandomRectanglesOnRandomScreens) {
+  expect_same_on_random_screens([](fake_screen &screen, seeded_random &random) {
     const corners at{random};
     const uint16_t colour = random.colour();
     fb_put_rect(at.x0, at.y0, at.x1, at.y1, colour);
@@ -293,93 +291,93 @@ TEST(FbPutRect, RandomRectanglesOnRandomScreens) {
   });
 }
 
-TEST(FbPutRectThick, EdgesGrowInwards) {
+TEST(FbPutRectThick, GrowsEdgesInwards) {
   fake_screen screen{15, 11};
-  fb_put_rect_thick(2, 2, 12, 8, 0xF800, 2);
-  EXPECT_EQ(screen.drawing(0xF800), "...............\n"
-                                    "...............\n"
-                                    "..###########..\n"
-                                    "..###########..\n"
-                                    "..##.......##..\n"
-                                    "..##.......##..\n"
-                                    "..##.......##..\n"
-                                    "..###########..\n"
-                                    "..###########..\n"
-                                    "...............\n"
-                                    "...............\n");
+  fb_put_rect_thick(2, 2, 12, 8, DRAVIK_RED, 2);
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), "...............\n"
+                                        "...............\n"
+                                        "..###########..\n"
+                                        "..###########..\n"
+                                        "..##.......##..\n"
+                                        "..##.......##..\n"
+                                        "..##.......##..\n"
+                                        "..###########..\n"
+                                        "..###########..\n"
+                                        "...............\n"
+                                        "...............\n");
 }
 
-TEST(FbPutRectThick, GreatThicknessFills) {
+TEST(FbPutRectThick, FillsWithLargeThickness) {
   fake_screen screen{15, 11};
-  fb_put_rect_thick(2, 2, 12, 8, 0xF800, 20);
-  span_model{screen, 0xF800}.filled(2, 2, 12, 8);
+  fb_put_rect_thick(2, 2, 12, 8, DRAVIK_RED, 20);
+  span_model{screen, DRAVIK_RED}.filled(2, 2, 12, 8);
   EXPECT_TRUE(screen.same());
 }
 
-TEST(FbPutRectThick, GreatestThicknessOfANarrowRectangleIsItsWidthLessOne) {
+TEST(FbPutRectThick, ClampsThicknessToWidthMinusOne) {
   fake_screen screen{6, 5};
-  fb_put_rect_thick(1, 1, 2, 3, 0xF800, INT_MAX); // 2 columns: edges 1 wide
-  EXPECT_EQ(screen.drawing(0xF800), "......\n"
-                                    ".##...\n"
-                                    ".##...\n"
-                                    ".##...\n"
-                                    "......\n");
+  fb_put_rect_thick(1, 1, 2, 3, DRAVIK_RED, INT_MAX); // 2 columns: edges 1 wide
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), "......\n"
+                                        ".##...\n"
+                                        ".##...\n"
+                                        ".##...\n"
+                                        "......\n");
 }
 
-TEST(FbPutRectThick, BottomRightFirstDrawsTheSame) {
+TEST(FbPutRectThick, DrawsSameFromBottomRight) {
   fake_screen screen{15, 11};
-  fb_put_rect_thick(12, 8, 2, 2, 0xF800, 2);
-  span_model{screen, 0xF800}.thick(2, 2, 12, 8, 2);
+  fb_put_rect_thick(12, 8, 2, 2, DRAVIK_RED, 2);
+  span_model{screen, DRAVIK_RED}.thick(2, 2, 12, 8, 2);
   EXPECT_TRUE(screen.same());
   EXPECT_EQ(screen.painted().size(), 11U * 7 - 7U * 3);
 }
 
-TEST(FbPutRectThick, TheOtherTwoOrdersDrawNothing) {
+TEST(FbPutRectThick, DrawsNothingInOtherTwoOrders) {
   fake_screen screen{15, 11};
-  fb_put_rect_thick(12, 2, 2, 8, 0xF800, 2);
-  fb_put_rect_thick(2, 8, 12, 2, 0xF800, 2);
+  fb_put_rect_thick(12, 2, 2, 8, DRAVIK_RED, 2);
+  fb_put_rect_thick(2, 8, 12, 2, DRAVIK_RED, 2);
   EXPECT_THAT(screen.painted(), IsEmpty());
 }
 
-TEST(FbPutRectThick, NoThicknessDrawsNothing) {
+TEST(FbPutRectThick, DrawsNothingWithoutThickness) {
   fake_screen screen{15, 11};
   for (const int32_t thickness : {0, -1, INT_MIN})
-    fb_put_rect_thick(2, 2, 12, 8, 0xF800, thickness);
+    fb_put_rect_thick(2, 2, 12, 8, DRAVIK_RED, thickness);
   EXPECT_THAT(screen.painted(), IsEmpty());
 }
 
-TEST(FbPutRectThick, OneColumnOrRowDrawsNothing) {
+TEST(FbPutRectThick, DrawsNothingForOneColumnOrRow) {
   fake_screen screen{15, 11};
-  fb_put_rect_thick(2, 2, 2, 8, 0xF800, 2);
-  fb_put_rect_thick(2, 2, 12, 2, 0xF800, 2);
-  fb_put_rect_thick(2, 2, 2, 2, 0xF800, 2);
+  fb_put_rect_thick(2, 2, 2, 8, DRAVIK_RED, 2);
+  fb_put_rect_thick(2, 2, 12, 2, DRAVIK_RED, 2);
+  fb_put_rect_thick(2, 2, 2, 2, DRAVIK_RED, 2);
   EXPECT_THAT(screen.painted(), IsEmpty());
 }
 
-TEST(FbPutRectThick, RightEdgeAcrossXresDrawsItsColumnsUpToXres) {
+TEST(FbPutRectThick, DrawsColumnsUpToXres) {
   fake_screen screen{6, 6};
-  fb_put_rect_thick(1, 1, 7, 4, 0xF800, 2);
+  fb_put_rect_thick(1, 1, 7, 4, DRAVIK_RED, 2);
   // Of columns 6 and 7 the first lands in the next line.
-  EXPECT_EQ(screen.drawing(0xF800), "......\n"
-                                    ".#####\n"
-                                    "######\n"
-                                    "######\n"
-                                    "######\n"
-                                    "#.....\n");
+  EXPECT_EQ(screen.drawing(DRAVIK_RED), "......\n"
+                                        ".#####\n"
+                                        "######\n"
+                                        "######\n"
+                                        "######\n"
+                                        "#.....\n");
 }
 
-TEST(FbPutRectThick, EveryThicknessOnTheScreen) {
+TEST(FbPutRectThick, DrawsEveryThicknessOnScreen) {
   fake_screen screen{{.xres = 40, .yres = 30, .padding = 2}};
   for (int32_t thickness = -1; thickness <= 40; ++thickness) {
     screen.reset();
-    fb_put_rect_thick(3, 4, 35, 27, 0xF800, thickness);
-    span_model{screen, 0xF800}.thick(3, 4, 35, 27, thickness);
+    fb_put_rect_thick(3, 4, 35, 27, DRAVIK_RED, thickness);
+    span_model{screen, DRAVIK_RED}.thick(3, 4, 35, 27, thickness);
     EXPECT_TRUE(screen.same()) << thickness;
   }
 }
 
-TEST(FbPutRectThick, RandomRectanglesOnRandomScreens) {
-  on_random_screens([](fake_screen &screen, seeded_random &random) {
+TEST(FbPutRectThick, DrawsRandomRectanglesOnRandomScreens) {
+  expect_same_on_random_screens([](fake_screen &screen, seeded_random &random) {
     const corners at{random};
     const uint16_t colour = random.colour();
     const int32_t thickness = random.one_in(4) ? random.between(-1, 400) : random.between(1, 6);
@@ -389,3 +387,4 @@ TEST(FbPutRectThick, RandomRectanglesOnRandomScreens) {
 }
 
 } // namespace
+} // namespace dravik::test

@@ -1,4 +1,4 @@
-// Archives when the system refuses what they need.
+// Archives when system calls fail.
 
 #include "image/archive_stage.hpp"
 #include "support/refused_malloc.hpp"
@@ -7,7 +7,7 @@
 
 namespace {
 
-/// A stream of this path gives one byte less than asked for.
+/// A stream of this path returns one byte less than requested.
 const char *short_path = nullptr;
 std::FILE *short_stream = nullptr;
 
@@ -40,8 +40,8 @@ class ArchiveFaults : public archive_stage {
 protected:
   ~ArchiveFaults() override { refused_size = 0; }
 
-  /// Loads an archive; expects it to fail, with these words between the first and the last line on standard
-  /// error.
+  /// Load an archive; expect it to fail, with this text between the first and the last line on
+  /// standard error.
   void expect_failure(const std::string &path, const std::string &said) {
     load(1, {path});
     EXPECT_EQ(q7bmp_ptr[0], nullptr);
@@ -50,7 +50,7 @@ protected:
   }
 };
 
-TEST_F(ArchiveFaults, MemoryIsRefused) {
+TEST_F(ArchiveFaults, FailsWithoutMemory) {
   archive_maker maker = {{random_art(random_, 1, 12345)}};
   const std::string path = file("art", maker.file());
   refused_size = maker.file().size();
@@ -61,7 +61,7 @@ TEST_F(ArchiveFaults, MemoryIsRefused) {
   EXPECT_NE(q7bmp_ptr[0], nullptr);
 }
 
-TEST_F(ArchiveFaults, FileCannotBeOpened) {
+TEST_F(ArchiveFaults, FailsIfFileCannotBeOpened) {
   const char *path = "/usr/local/dravik/art.bin";
   write_file(board_.path(path), archive_maker{{random_art(random_, 4, 4)}}.file());
   board_.set_fault("open", path, "EACCES");
@@ -69,7 +69,7 @@ TEST_F(ArchiveFaults, FileCannotBeOpened) {
   EXPECT_EQ(messages(), strings{"open /usr/local/dravik/art.bin error"});
 }
 
-TEST_F(ArchiveFaults, FileGivesLessThanItsLength) {
+TEST_F(ArchiveFaults, FailsIfFileIsShorterThanItsLength) {
   const std::string path = file("art", archive_maker{{random_art(random_, 4, 4)}}.file());
   short_path = path.c_str();
   expect_failure(path, "load_q7_bitmap: fread is error!\n");
@@ -77,7 +77,7 @@ TEST_F(ArchiveFaults, FileGivesLessThanItsLength) {
   EXPECT_EQ(messages(), strings{});
 }
 
-TEST_F(ArchiveFaults, NothingStaysOpen) {
+TEST_F(ArchiveFaults, LeavesNothingOpen) {
   const auto open_files = [] {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
   };

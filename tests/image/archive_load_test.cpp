@@ -1,4 +1,4 @@
-// Archives in their slots: loading, what is said of it on which channel, and freeing.
+// Archives in their slots: loading, its messages on each channel, and freeing.
 
 #include "image/archive_stage.hpp"
 
@@ -17,9 +17,8 @@ protected:
     return file(name, maker.file());
   }
 
-  /// Loads one file that fails; gives what was said of it on standard error between the first and the last
-  /// line.
-  std::string failure_of(const std::string &path) {
+  /// Load one file that fails; return its messages on standard error between the first and the last line.
+  std::string checked_failure(const std::string &path) {
     load(1, {path});
     EXPECT_EQ(q7bmp_ptr[0], nullptr);
     EXPECT_EQ(q7bmp_str_num[0], 0U);
@@ -31,7 +30,7 @@ protected:
   }
 };
 
-TEST_F(ArchiveLoad, ArchivesFillTheSlotsInTheirOrder) {
+TEST_F(ArchiveLoad, FillsSlotsInOrder) {
   const std::string one = archive("one", 1), two = archive("two", 22), three = archive("three", 3);
   const int result = load(3, {one, two, three});
   EXPECT_EQ(said_,
@@ -51,7 +50,7 @@ TEST_F(ArchiveLoad, ArchivesFillTheSlotsInTheirOrder) {
   EXPECT_EQ(q7bmp_ptr[3], nullptr);
 }
 
-TEST_F(ArchiveLoad, FortyFilesLoad32) {
+TEST_F(ArchiveLoad, LoadsAtMost32Files) {
   strings paths;
   for (size_t i = 0; i < 32; ++i)
     paths.push_back(archive("art" + std::to_string(i), i + 1));
@@ -68,7 +67,7 @@ TEST_F(ArchiveLoad, FortyFilesLoad32) {
   EXPECT_EQ(get_q7bmp_str_num(32), 0xFFFFFFFF);
 }
 
-TEST_F(ArchiveLoad, NoFilesAndFewerThanNone) {
+TEST_F(ArchiveLoad, LoadsNothingForCountBelowOne) {
   q7bmp_ptr_num = 5;
   EXPECT_EQ(load(0, {}), 28);
   EXPECT_EQ(said_, "q7bmp_alloc(): file_num : 0\n");
@@ -79,52 +78,52 @@ TEST_F(ArchiveLoad, NoFilesAndFewerThanNone) {
   EXPECT_EQ(q7bmp_ptr_num, 0);
 }
 
-TEST_F(ArchiveLoad, NumberOfImagesOfSlotsOutOfRange) {
+TEST_F(ArchiveLoad, ReturnsNoImagesForSlotsOutOfRange) {
   load(2, {archive("one", 1), board_.path("missing")});
   EXPECT_EQ(get_q7bmp_str_num(1), 0U);
   for (const int32_t slot : {2, 3, 31, 32, 1000, INT32_MAX, -1, INT32_MIN})
     EXPECT_EQ(get_q7bmp_str_num(slot), 0xFFFFFFFF) << slot;
 }
 
-TEST_F(ArchiveLoad, NothingLoadedHasNoImages) {
+TEST_F(ArchiveLoad, ReturnsNoImagesIfNothingIsLoaded) {
   EXPECT_EQ(get_q7bmp_ptr_num(), 0);
   EXPECT_EQ(get_q7bmp_str_num(0), 0xFFFFFFFF);
 }
 
 // ------------------------------------------------------------------------------------------------ failures
 
-TEST_F(ArchiveLoad, MissingFile) {
+TEST_F(ArchiveLoad, RejectsMissingFile) {
   const std::string path = board_.path("missing");
-  EXPECT_EQ(failure_of(path), path + " not found\n");
+  EXPECT_EQ(checked_failure(path), path + " not found\n");
   EXPECT_EQ(messages(), strings{});
 }
 
-TEST_F(ArchiveLoad, FolderIsNotARegularFile) {
+TEST_F(ArchiveLoad, RejectsDirectory) {
   const std::string path = board_.path("folder");
   std::filesystem::create_directory(path);
-  EXPECT_EQ(failure_of(path), path + " not regular file\n");
+  EXPECT_EQ(checked_failure(path), path + " not regular file\n");
   EXPECT_EQ(messages(), strings{});
 }
 
-TEST_F(ArchiveLoad, OtherMagic) {
+TEST_F(ArchiveLoad, RejectsOtherMagic) {
   for (const char *magic : {"KORVEXQ6", "korvexq7", "XORVEXQ7", "KORVEX\0\0"}) {
     const std::string path = file("other", archive_maker{.magic = std::string(magic, 8)}.file());
     std::filesystem::remove(board_.path("tmp/dravik.log"));
-    EXPECT_EQ(failure_of(path), "");
+    EXPECT_EQ(checked_failure(path), "");
     EXPECT_EQ(messages(), strings{path + " file format error!"});
   }
 }
 
-TEST_F(ArchiveLoad, FileShorterThanItsMagic) {
+TEST_F(ArchiveLoad, RejectsFileShorterThanItsMagic) {
   for (const bytes &content : {bytes{}, bytes{'K'}, bytes{'K', 'O', 'R', 'V', 'E', 'X', 'Q'}}) {
     const std::string path = file("short", content);
     std::filesystem::remove(board_.path("tmp/dravik.log"));
-    EXPECT_EQ(failure_of(path), "");
+    EXPECT_EQ(checked_failure(path), "");
     EXPECT_EQ(messages(), strings{path + " file format error!"});
   }
 }
 
-TEST_F(ArchiveLoad, FileSizeThatIsNotTheFilesLength) {
+TEST_F(ArchiveLoad, RejectsOtherFileSize) {
   const struct {
     uint32_t size;
     const char *message;
@@ -135,23 +134,23 @@ TEST_F(ArchiveLoad, FileSizeThatIsNotTheFilesLength) {
   for (const auto &[size, message] : sizes) {
     const std::string path = file("wrong", archive_maker{.file_size = size}.file());
     std::filesystem::remove(board_.path("tmp/dravik.log"));
-    EXPECT_EQ(failure_of(path), "");
+    EXPECT_EQ(checked_failure(path), "");
     EXPECT_EQ(messages(), strings{message});
   }
 }
 
-TEST_F(ArchiveLoad, FileThatEndsInItsHeaderHasTheWrongSize) {
+TEST_F(ArchiveLoad, RejectsFileThatEndsInItsHeader) {
   const bytes whole = archive_maker{}.file();
   for (size_t length = 8; length < 16; ++length) {
     const std::string path = file("cut", first_bytes(whole, length));
     std::filesystem::remove(board_.path("tmp/dravik.log"));
-    EXPECT_EQ(failure_of(path), "");
+    EXPECT_EQ(checked_failure(path), "");
     ASSERT_EQ(messages().size(), 1U);
     EXPECT_TRUE(messages()[0].starts_with("file size error! " + std::to_string(length) + " != "));
   }
 }
 
-TEST_F(ArchiveLoad, FailedFileLeavesAnEmptySlotAmongLoadedOnes) {
+TEST_F(ArchiveLoad, LeavesSlotOfFailedFileEmpty) {
   load(3, {archive("one", 1), board_.path("missing"), archive("three", 3)});
   EXPECT_NE(q7bmp_ptr[0], nullptr);
   EXPECT_EQ(q7bmp_ptr[1], nullptr);
@@ -164,7 +163,7 @@ TEST_F(ArchiveLoad, FailedFileLeavesAnEmptySlotAmongLoadedOnes) {
 // ------------------------------------------------------------------------------------------------ again, and
 // freeing
 
-TEST_F(ArchiveLoad, SecondLoadDoesNotFreeTheFirst) {
+TEST_F(ArchiveLoad, KeepsMemoryOfFirstLoad) {
   const std::string one = archive("one", 1), two = archive("two", 2);
   load(2, {one, one});
   uint8_t *const first = q7bmp_ptr[0], *const second = q7bmp_ptr[1];
@@ -176,7 +175,7 @@ TEST_F(ArchiveLoad, SecondLoadDoesNotFreeTheFirst) {
   std::free(first);
 }
 
-TEST_F(ArchiveLoad, FailedLoadEmptiesASlotThatWasFilled) {
+TEST_F(ArchiveLoad, EmptiesSlotOnFailedLoad) {
   load(1, {archive("one", 1)});
   uint8_t *const before = q7bmp_ptr[0];
   load(1, {board_.path("missing")});
@@ -185,7 +184,7 @@ TEST_F(ArchiveLoad, FailedLoadEmptiesASlotThatWasFilled) {
   std::free(before);
 }
 
-TEST_F(ArchiveLoad, FreeingEmptiesTheSlots) {
+TEST_F(ArchiveLoad, EmptiesSlotsOnFree) {
   load(3, {archive("one", 1), archive("two", 2), archive("three", 3)});
   q7bmp_free();
   for (int slot = 0; slot < 3; ++slot) {
@@ -195,11 +194,11 @@ TEST_F(ArchiveLoad, FreeingEmptiesTheSlots) {
   EXPECT_EQ(get_q7bmp_ptr_num(), 3);
   EXPECT_EQ(get_q7bmp_str_num(2), 0U);
   EXPECT_EQ(messages(), strings{});
-  EXPECT_EQ(fb_q7bmp_show(0, 0, 0, 0, 0, 0xFFFF, 0), -1);
+  EXPECT_EQ(fb_q7bmp_show(0, 0, 0, 0, 0, DRAVIK_WHITE, DRAVIK_TOP_LEFT), -1);
   EXPECT_EQ(messages(), strings{"q7bmp ptr is NULL"});
 }
 
-TEST_F(ArchiveLoad, FreeingEndsAtTheFirstEmptySlot) {
+TEST_F(ArchiveLoad, StopsFreeingAtFirstEmptySlot) {
   load(4, {archive("one", 1), archive("two", 2), board_.path("missing"), archive("four", 4)});
   q7bmp_free();
   EXPECT_EQ(q7bmp_ptr[0], nullptr);
@@ -209,21 +208,21 @@ TEST_F(ArchiveLoad, FreeingEndsAtTheFirstEmptySlot) {
   EXPECT_EQ(messages(), strings{"q7bmp_free err!"});
 }
 
-TEST_F(ArchiveLoad, FreeingWithAnEmptyFirstSlotFreesNothing) {
+TEST_F(ArchiveLoad, FreesNothingIfFirstSlotIsEmpty) {
   load(2, {board_.path("missing"), archive("two", 2)});
   q7bmp_free();
   EXPECT_NE(q7bmp_ptr[1], nullptr);
   EXPECT_EQ(messages(), strings{"q7bmp_free err!"});
 }
 
-TEST_F(ArchiveLoad, FreeingTwiceSaysSo) {
+TEST_F(ArchiveLoad, LogsSecondFree) {
   load(1, {archive("one", 1)});
   q7bmp_free();
   q7bmp_free();
   EXPECT_EQ(messages(), strings{"q7bmp_free err!"});
 }
 
-TEST_F(ArchiveLoad, FreeingNothingIsSilent) {
+TEST_F(ArchiveLoad, LogsNothingIfNothingIsLoaded) {
   q7bmp_free();
   load(0, {});
   q7bmp_free();
@@ -232,7 +231,7 @@ TEST_F(ArchiveLoad, FreeingNothingIsSilent) {
   EXPECT_EQ(messages(), strings{});
 }
 
-TEST_F(ArchiveLoad, FreeingGoesNoFurtherThanTheNumberOfSlots) {
+TEST_F(ArchiveLoad, FreesOnlyLoadedSlots) {
   load(2, {archive("one", 1), archive("two", 2)});
   uint8_t *const lost = q7bmp_ptr[0];
   load(1, {archive("three", 3)});
@@ -243,7 +242,7 @@ TEST_F(ArchiveLoad, FreeingGoesNoFurtherThanTheNumberOfSlots) {
   std::free(lost);
 }
 
-TEST_F(ArchiveLoad, RandomFilesLoadOrFailWithoutHarm) {
+TEST_F(ArchiveLoad, LoadsOrRejectsRandomFiles) {
   int loaded = 0;
   for (int round = 0; round < 1000; ++round) {
     bytes content = archive_maker{{random_art(random_, 3, 3)}}.file();
@@ -254,7 +253,7 @@ TEST_F(ArchiveLoad, RandomFilesLoadOrFailWithoutHarm) {
       content[random_in(random_, 0, static_cast<uint32_t>(content.size()) - 1)] ^= 0x40;
     load(1, {file("random", content)});
     loaded += q7bmp_ptr[0] != nullptr;
-    fb_q7bmp_show(0, 0, 0, 0, 0, 0xFFFF, 0);
+    fb_q7bmp_show(0, 0, 0, 0, 0, DRAVIK_WHITE, DRAVIK_TOP_LEFT);
     std::free(q7bmp_ptr[0]);
     q7bmp_ptr[0] = nullptr;
     std::filesystem::remove(board_.path("tmp/dravik.log"));

@@ -14,7 +14,7 @@ namespace dravik::test {
 
 using strings = std::vector<std::string>;
 
-/// A board, a screen, and a colour table of 464 different colours, so that each ramp is told from the others.
+/// A board, a screen, and a colour table of 464 different colours, so that tests distinguish all ramps.
 class archive_stage : public testing::Test {
 protected:
   board board_;
@@ -46,18 +46,18 @@ protected:
     return result;
   }
 
-  /// Makes an archive the only one and frees the one before.
+  /// Make an archive the only one and frees the one before.
   void use(const archive_maker &maker) {
     std::free(q7bmp_ptr[0]);
     load(1, {file("art", maker.file())});
     ASSERT_NE(q7bmp_ptr[0], nullptr);
   }
 
-  void paint_model(const art_image &image, uint32_t x, uint32_t y, unsigned ramp, bool transparent) {
+  void paint_model(const art_image &image, uint32_t x, uint32_t y, int ramp, bool transparent) {
     for (uint32_t row = 0; row < image.height; ++row)
       for (uint32_t column = 0; column < image.width; ++column)
         if (const uint8_t level = image.level(column, row); level != 0 || !transparent)
-          screen_->model().put(x + column, y + row, gc[ramp * 16 + level]);
+          screen_->model().put(x + column, y + row, gc[ramp * DRAVIK_RAMP_STEPS + level]);
   }
 
   ~archive_stage() override {

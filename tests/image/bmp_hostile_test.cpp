@@ -1,5 +1,5 @@
-// BMP files that end early or lie: never a crash, never a pixel outside the picture, and what is drawn is
-// what reading row after row gives.
+// Truncated and malformed BMP files: never a crash, never a pixel outside the image, and the pixels are
+// those of a reader that reads row after row.
 
 #include "image/bmp_stage.hpp"
 
@@ -15,7 +15,7 @@ protected:
   }
 };
 
-TEST_F(BmpHostile, CutAtEveryByte) {
+TEST_F(BmpHostile, DrawsFilesCutAtEveryByte) {
   for (const uint16_t bits : drawn_depths) {
     const bytes whole = random_picture(bits, 13, 7).file();
     const size_t first = whole.size() > 400 ? 1060 : 0; // long palettes are cut in a test of their own
@@ -26,7 +26,7 @@ TEST_F(BmpHostile, CutAtEveryByte) {
   }
 }
 
-TEST_F(BmpHostile, CutAtEveryByteInEveryModeOf16Bits) {
+TEST_F(BmpHostile, DrawsFilesCutAtEveryByteInEveryModeOf16Bits) {
   for (const uint32_t mode : {0U, 1U, 2U}) {
     const bytes whole = random_picture(16, 5, 6).file();
     for (size_t length = 50; length <= whole.size(); ++length) {
@@ -36,7 +36,7 @@ TEST_F(BmpHostile, CutAtEveryByteInEveryModeOf16Bits) {
   }
 }
 
-TEST_F(BmpHostile, CutPalette) {
+TEST_F(BmpHostile, DrawsFileWithCutPalette) {
   const bytes whole = random_picture(8, 13, 7).file();
   for (size_t length = 54; length < 54 + 1024; length += 7) {
     SCOPED_TRACE(length);
@@ -44,13 +44,13 @@ TEST_F(BmpHostile, CutPalette) {
   }
 }
 
-TEST_F(BmpHostile, CutWithoutACorrectedSizeFails) {
+TEST_F(BmpHostile, RejectsFileCutWithoutCorrectedSize) {
   const bytes whole = random_picture(24, 13, 7).file();
   for (size_t length = 6; length < whole.size(); ++length)
     EXPECT_EQ(draw_and_compare(first_bytes(whole, length)), -1);
 }
 
-TEST_F(BmpHostile, LongRowsOfShortFiles) {
+TEST_F(BmpHostile, ReadsLongRowsOfShortFiles) {
   use_screen({.xres = 2048, .yres = 40});
   for (const uint16_t bits : drawn_depths)
     for (int round = 0; round < 12; ++round) {
@@ -61,7 +61,7 @@ TEST_F(BmpHostile, LongRowsOfShortFiles) {
     }
 }
 
-TEST_F(BmpHostile, PixelsBeyondTheFileRepeatTheRowBuffer) {
+TEST_F(BmpHostile, RepeatsRowBufferBeyondFile) {
   for (const uint16_t bits : drawn_depths)
     for (const uint32_t offset : {200000U, 0x7FFFFFFFU}) {
       bmp_maker picture = random_picture(bits, 9, 5);
@@ -70,7 +70,7 @@ TEST_F(BmpHostile, PixelsBeyondTheFileRepeatTheRowBuffer) {
     }
 }
 
-TEST_F(BmpHostile, RandomFieldsInTheHeader) {
+TEST_F(BmpHostile, HandlesRandomHeaderFields) {
   constexpr size_t fields[] = {0, 2, 6, 10, 14, 18, 22, 26, 28, 30, 34, 38, 42, 46, 50};
   int drawn = 0;
   for (int round = 0; round < 1500; ++round) {
@@ -90,7 +90,7 @@ TEST_F(BmpHostile, RandomFieldsInTheHeader) {
   EXPECT_GT(drawn, 250);
 }
 
-TEST_F(BmpHostile, RandomBytesAfterTheSignature) {
+TEST_F(BmpHostile, HandlesRandomBytesAfterSignature) {
   for (int round = 0; round < 500; ++round) {
     bytes content = random_bytes(random_, random_in(random_, 2, 300));
     content[0] = 'B', content[1] = 'M';

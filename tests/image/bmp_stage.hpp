@@ -11,7 +11,8 @@
 
 namespace dravik::test {
 
-/// A board, a screen and the model of both; what the library keeps from file to file begins as random bytes.
+/// A board, a screen and the model of both; the state that the library keeps from file to file starts as
+/// random bytes.
 class bmp_stage : public testing::Test {
 protected:
   board board_;
@@ -33,14 +34,14 @@ protected:
   void use_screen(const screen_shape &shape) { screen_.emplace(shape); }
 
   /// Draw a file and compare all results with the model. Return the result.
-  int draw_and_compare(const bytes &content, uint32_t x = 0, uint32_t y = 0, uint32_t mode = 0,
-                       uint8_t align = 0) {
+  int draw_and_compare(const bytes &content, uint32_t x = 0, uint32_t y = 0, uint32_t mode = DRAVIK_BMP_COPY,
+                       uint8_t align = DRAVIK_TOP_LEFT) {
     write_file(path_, content);
     stderr_capture capture;
     const int result = fb_put_bmp_file(x, y, path_.c_str(), mode, align);
     said_ = capture.take();
-    EXPECT_EQ(result, model_.draw(screen_->model(), x, y, path_, content, mode, align));
-    EXPECT_EQ(said_, model_.messages);
+    EXPECT_EQ(result, model_.draw_file(screen_->model(), {x, y, align}, path_, content, mode));
+    EXPECT_EQ(said_, lines(model_.messages));
     EXPECT_TRUE(std::equal(model_.info.begin(), model_.info.end(), bmpinfo)) << "bmpinfo differs";
     EXPECT_TRUE(std::equal(model_.palette.begin(), model_.palette.end(), palette)) << "palette differs";
     EXPECT_TRUE(std::equal(model_.image.begin(), model_.image.end(), image)) << "image differs";
@@ -48,7 +49,14 @@ protected:
     return result;
   }
 
-  /// A picture of random pixels, with a palette of random colours where its depth wants one.
+  static std::string lines(const std::vector<std::string> &messages) {
+    std::string text;
+    for (const std::string &message : messages)
+      text += message + '\n';
+    return text;
+  }
+
+  /// An image of random pixels, with a palette of random colours if its depth has one.
   bmp_maker random_picture(uint16_t bits, uint32_t width, uint32_t height) {
     bmp_maker made = {width, height, bits};
     if (bits <= 8)

@@ -1,4 +1,4 @@
-// BMP files made by other programs: the screen must show the pixels that the programs were given.
+// BMP files made by other programs: the screen must show the pixels that the programs converted.
 
 #include "dravik.h"
 #include "support/board.hpp"
@@ -17,7 +17,7 @@ struct rgb {
   uint8_t red, green, blue;
 };
 
-/// How the library makes a colour of a pixel.
+/// RGB565 of a pixel, as the library truncates it.
 uint16_t truncated(rgb colour) {
   return static_cast<uint16_t>(colour.red / 8 * 2048 + colour.green / 4 * 32 + colour.blue / 8);
 }
@@ -61,10 +61,10 @@ protected:
     write_file(ppm_, file);
   }
 
-  /// Draws the BMP file, which has the depth given, and expects the picture.
+  /// Draw the BMP file, which has the depth given, and expects the image.
   void expect_picture(uint16_t bits) {
     ASSERT_EQ(get_u32(read_file(bmp_), 28) & 0xFFFF, bits) << "the program made another depth";
-    EXPECT_EQ(fb_put_bmp_file(left, top, bmp_.c_str(), 0, 0), 0);
+    EXPECT_EQ(fb_put_bmp_file(left, top, bmp_.c_str(), DRAVIK_BMP_COPY, DRAVIK_TOP_LEFT), 0);
     for (uint32_t y = 0; y < height; ++y) {
       for (uint32_t x = 0; x < width; ++x)
         screen_.model().put(left + x, top + y,
@@ -94,44 +94,44 @@ protected:
   }
 };
 
-TEST_F(BmpTools, Convert24) {
+TEST_F(BmpTools, DrawsConvert24) {
   expect_from_convert(800, {"-type", "TrueColor", "BMP3:" + bmp_}, 24);
 }
 
-TEST_F(BmpTools, Convert24WithALongHeader) {
+TEST_F(BmpTools, DrawsConvert24WithLongHeader) {
   expect_from_convert(800, {"-type", "TrueColor", "BMP:" + bmp_}, 24);
 }
 
-TEST_F(BmpTools, Convert32) {
+TEST_F(BmpTools, DrawsConvert32) {
   expect_from_convert(800, {"-alpha", "on", "-channel", "A", "-evaluate", "set", "50%", "BMP:" + bmp_}, 32);
 }
 
-TEST_F(BmpTools, Convert8) {
+TEST_F(BmpTools, DrawsConvert8) {
   expect_from_convert(200, {"-type", "Palette", "-compress", "None", "BMP3:" + bmp_}, 8);
 }
 
-TEST_F(BmpTools, Convert4) {
+TEST_F(BmpTools, DrawsConvert4) {
   expect_from_convert(16, {"-type", "Palette", "-compress", "None", "BMP3:" + bmp_}, 4);
 }
 
-TEST_F(BmpTools, Convert1) {
+TEST_F(BmpTools, DrawsConvert1) {
   expect_from_convert(2, {"-type", "Palette", "-colors", "2", "BMP3:" + bmp_}, 1);
 }
 
-TEST_F(BmpTools, Convert16) {
+TEST_F(BmpTools, DrawsConvert16) {
   expect_from_convert(800, {"-define", "bmp:subtype=RGB565", "BMP:" + bmp_}, 16);
 }
 
-TEST_F(BmpTools, Ppmtobmp24) {
+TEST_F(BmpTools, DrawsPpmtobmp24) {
   expect_from_ppmtobmp(800, "-bpp=24", 24);
 }
-TEST_F(BmpTools, Ppmtobmp8) {
+TEST_F(BmpTools, DrawsPpmtobmp8) {
   expect_from_ppmtobmp(256, "-windows", 8);
 }
-TEST_F(BmpTools, Ppmtobmp4) {
+TEST_F(BmpTools, DrawsPpmtobmp4) {
   expect_from_ppmtobmp(16, "-bpp=4", 4);
 }
-TEST_F(BmpTools, Ppmtobmp1) {
+TEST_F(BmpTools, DrawsPpmtobmp1) {
   expect_from_ppmtobmp(2, "-bpp=1", 1);
 }
 

@@ -38,7 +38,7 @@ bool has_default_settings(const jpeg_decompress_struct &decoder) {
 
 } // namespace
 
-// These stand before libjpeg's own for the library too.
+// These functions interpose libjpeg's for the library too.
 extern "C" {
 
 jpeg_error_mgr *jpeg_std_error(jpeg_error_mgr *manager) {
@@ -95,13 +95,13 @@ protected:
 
   int noted_draw() {
     calls = &calls_;
-    const int result = draw(0, 0, name_);
+    const int result = checked_draw(0, 0, name_);
     calls = nullptr;
     return result;
   }
 };
 
-TEST_F(JpegCalls, OfAPicture) {
+TEST_F(JpegCalls, DecodeImageInOrder) {
   make(busy_picture(random_, 5, 3));
   EXPECT_EQ(noted_draw(), 0);
   EXPECT_THAT(calls_, testing::ElementsAre("jpeg_std_error", "jpeg_CreateDecompress 62", "jpeg_stdio_src",
@@ -111,21 +111,21 @@ TEST_F(JpegCalls, OfAPicture) {
                                            "jpeg_finish_decompress", "jpeg_destroy_decompress"));
 }
 
-TEST_F(JpegCalls, OfAPictureThatLiesOffTheScreenAreTheSame) {
+TEST_F(JpegCalls, StaySameOffTheScreen) {
   make(busy_picture(random_, 200, 100));
   EXPECT_EQ(noted_draw(), 0);
   EXPECT_THAT(calls_, testing::Contains("jpeg_read_scanlines 1").Times(100));
   EXPECT_EQ(calls_.at(calls_.size() - 2), "jpeg_finish_decompress");
 }
 
-TEST_F(JpegCalls, OfAFileThatIsNoPictureEndWithTheDestruction) {
+TEST_F(JpegCalls, DestroyDecoderAfterOtherFile) {
   write_file(path_of(name_), {'n', 'o'});
   EXPECT_EQ(noted_draw(), -1);
   EXPECT_THAT(calls_, testing::ElementsAre("jpeg_std_error", "jpeg_CreateDecompress 62", "jpeg_stdio_src",
                                            "jpeg_read_header, an image required", "jpeg_destroy_decompress"));
 }
 
-TEST_F(JpegCalls, OfAMissingFileAreNone) {
+TEST_F(JpegCalls, DoNotStartForMissingFile) {
   EXPECT_EQ(noted_draw(), -1);
   EXPECT_THAT(calls_, testing::IsEmpty());
 }

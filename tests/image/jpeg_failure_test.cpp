@@ -1,4 +1,4 @@
-// JPEG files that are missing, cut off, damaged or something else, and names of every length.
+// Missing, truncated and damaged JPEG files, other files, and names of every length.
 
 #include "image/jpeg_stage.hpp"
 
@@ -19,10 +19,10 @@ protected:
     return read_file(path_of(name_));
   }
 
-  /// Draws a file and expects what djpeg makes of it, which may be that it gives up: before the first row, or
+  /// Draw a file and expect what djpeg makes of it, which may be that it gives up: before the first row, or
   /// after some rows, of which nothing is known but where they may lie.
   void expect_as_djpeg(bool may_leave_rows = false) {
-    const int result = draw(4, 3, name_);
+    const int result = checked_draw(4, 3, name_);
     const std::optional<rgb_picture> picture = decoded_or_nothing();
     EXPECT_EQ(result, picture ? 0 : -1);
     if (picture) {
@@ -37,80 +37,80 @@ protected:
   }
 };
 
-TEST_F(JpegFailure, MissingFile) {
-  jpeginfo[0] = 99;
-  EXPECT_EQ(draw(0, 0, "missing.jpg"), -1);
+TEST_F(JpegFailure, ReportsMissingFile) {
+  jpeginfo[JPEGINFO_WIDTH] = 99;
+  EXPECT_EQ(checked_draw(0, 0, "missing.jpg"), -1);
   EXPECT_EQ(said_, "can't open /usr/local/dravik/jpg/missing.jpg\n");
-  EXPECT_EQ(jpeginfo[0], 99U);
+  EXPECT_EQ(jpeginfo[JPEGINFO_WIDTH], 99U);
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(JpegFailure, NameIsAlwaysTakenInTheFolder) {
-  EXPECT_EQ(draw(0, 0, "/etc/passwd"), -1);
+TEST_F(JpegFailure, PrefixesNameWithDirectory) {
+  EXPECT_EQ(checked_draw(0, 0, "/etc/passwd"), -1);
   EXPECT_EQ(said_, "can't open /usr/local/dravik/jpg//etc/passwd\n");
-  EXPECT_EQ(draw(0, 0, "none/a.jpg"), -1);
+  EXPECT_EQ(checked_draw(0, 0, "none/a.jpg"), -1);
   EXPECT_EQ(said_, "can't open /usr/local/dravik/jpg/none/a.jpg\n");
 }
 
-TEST_F(JpegFailure, EmptyFile) {
+TEST_F(JpegFailure, ReportsEmptyFile) {
   write({});
-  EXPECT_EQ(draw(0, 0, name_), -1);
+  EXPECT_EQ(checked_draw(0, 0, name_), -1);
   EXPECT_EQ(said_, "Empty input file\n");
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(JpegFailure, EmptyNameIsTheFolderItself) {
-  EXPECT_EQ(draw(0, 0, ""), -1);
+TEST_F(JpegFailure, ReportsDirectoryForEmptyName) {
+  EXPECT_EQ(checked_draw(0, 0, ""), -1);
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(JpegFailure, TextFile) {
+TEST_F(JpegFailure, ReportsTextFile) {
   write({'n', 'o', 't', ' ', 'a', ' ', 'p', 'i', 'c', 't', 'u', 'r', 'e', '\n'});
-  jpeginfo[0] = 99;
-  EXPECT_EQ(draw(0, 0, name_), -1);
+  jpeginfo[JPEGINFO_WIDTH] = 99;
+  EXPECT_EQ(checked_draw(0, 0, name_), -1);
   EXPECT_EQ(said_, "Not a JPEG file: starts with 0x6e 0x6f\n");
-  EXPECT_EQ(jpeginfo[0], 99U);
+  EXPECT_EQ(jpeginfo[JPEGINFO_WIDTH], 99U);
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(JpegFailure, TablesWithoutAPicture) {
+TEST_F(JpegFailure, ReportsTablesWithoutImage) {
   write({0xFF, 0xD8, 0xFF, 0xD9});
-  EXPECT_EQ(draw(0, 0, name_), -1);
+  EXPECT_EQ(checked_draw(0, 0, name_), -1);
   EXPECT_EQ(said_, "JPEG datastream contains no image\n");
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(JpegFailure, EndsBeforeItsPicture) {
+TEST_F(JpegFailure, EndsBeforeItsImage) {
   const bytes whole = made({});
   write(first_bytes(whole, first_segment(whole, 0xC0)));
-  EXPECT_EQ(draw(0, 0, name_), -1);
+  EXPECT_EQ(checked_draw(0, 0, name_), -1);
   EXPECT_EQ(said_, std::string(cut_off) + "JPEG datastream contains no image\n");
   write(first_bytes(whole, first_scan(whole).header));
-  EXPECT_EQ(draw(0, 0, name_), -1);
+  EXPECT_EQ(checked_draw(0, 0, name_), -1);
   EXPECT_EQ(said_, std::string(cut_off) + "Invalid JPEG file structure: missing SOS marker\n");
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(JpegFailure, EndsWithinItsPicture) {
+TEST_F(JpegFailure, EndsWithinItsImage) {
   const bytes whole = made({});
   const size_t data = first_scan(whole).data;
   write(first_bytes(whole, data + (whole.size() - data) / 2));
   expect_as_djpeg();
   EXPECT_EQ(said_, cut_off);
-  EXPECT_EQ(jpeginfo[0], 37U);
+  EXPECT_EQ(jpeginfo[JPEGINFO_WIDTH], 37U);
 }
 
-TEST_F(JpegFailure, EveryBeginningOfAFile) {
+TEST_F(JpegFailure, DrawsEveryBeginningOfFile) {
   const bytes whole = made({"-quality", "30"});
   const scan_place scan = first_scan(whole);
   for (size_t length = 0; length < whole.size() - 2; ++length) {
     SCOPED_TRACE(length);
     write(first_bytes(whole, length));
-    const int result = draw(4, 3, name_);
+    const int result = checked_draw(4, 3, name_);
     if (length < scan.header) {
       EXPECT_EQ(result, -1);
       EXPECT_TRUE(screen_->same());
-    } else if (length >= scan.data) { // a header that is cut off within may still be read as one
+    } else if (length >= scan.data) { // a truncated header may still be read
       EXPECT_EQ(result, 0);
       EXPECT_EQ(said_, cut_off);
     }
@@ -118,7 +118,7 @@ TEST_F(JpegFailure, EveryBeginningOfAFile) {
   }
 }
 
-TEST_F(JpegFailure, BeginningsAsDjpegHasThem) {
+TEST_F(JpegFailure, DrawsBeginningsAsDjpegDoes) {
   for (const words &options : {words{"-quality", "30"}, words{"-quality", "30", "-progressive"}}) {
     const bytes whole = made(options);
     for (size_t length = 0; length < whole.size(); length += 11) {
@@ -129,18 +129,18 @@ TEST_F(JpegFailure, BeginningsAsDjpegHasThem) {
   }
 }
 
-TEST_F(JpegFailure, UnsupportedKindSaysWhy) {
+TEST_F(JpegFailure, ReportsUnsupportedFormat) {
   bytes file = made({});
-  file[first_segment(file, 0xC0) + 1] = 0xC5; // a hierarchical picture
+  file[first_segment(file, 0xC0) + 1] = 0xC5; // a hierarchical image
   write(file);
-  EXPECT_EQ(draw(0, 0, name_), -1);
+  EXPECT_EQ(checked_draw(0, 0, name_), -1);
   EXPECT_EQ(said_, "Unsupported JPEG process: SOF type 0xc5\n");
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(JpegFailure, RowsBeforeAFatalErrorStayOnTheScreen) {
+TEST_F(JpegFailure, LeavesRowsBeforeFatalError) {
   bytes file = made({"-restart", "1"});
-  // The next marker after the first row of blocks begins a second picture, which libjpeg gives up on.
+  // The next marker after the first row of blocks starts a second image, at which libjpeg fails.
   size_t at = first_scan(file).data;
   while (!(file[at] == 0xFF && file[at + 1] >= 0xD0 && file[at + 1] <= 0xD7))
     ++at;
@@ -148,15 +148,16 @@ TEST_F(JpegFailure, RowsBeforeAFatalErrorStayOnTheScreen) {
   bytes damaged = first_bytes(file, at);
   append(damaged, {0xFF, 0xD8});
   write(damaged);
-  const int result = draw(4, 3, name_);
+  const int result = checked_draw(4, 3, name_);
   for (uint32_t x = 0; x < whole.width; ++x)
-    EXPECT_EQ(fbp[(3 * fbinfo[0]) + (4 + x) * 2] | fbp[(3 * fbinfo[0]) + (4 + x) * 2 + 1] << 8,
+    EXPECT_EQ(fbp[(3 * fbinfo[FBINFO_LINE_LENGTH]) + (4 + x) * 2] |
+                  fbp[(3 * fbinfo[FBINFO_LINE_LENGTH]) + (4 + x) * 2 + 1] << 8,
               whole.colour(x, 0))
         << x;
   EXPECT_EQ(result, -1) << said_;
 }
 
-TEST_F(JpegFailure, DamagedDataAsDjpegHasThem) {
+TEST_F(JpegFailure, DrawsDamagedDataAsDjpegDoes) {
   for (const words &options : {words{}, words{"-progressive"}, words{"-grayscale", "-restart", "1"}}) {
     const bytes whole = made(options);
     const size_t data = first_scan(whole).data;
@@ -177,7 +178,7 @@ TEST_F(JpegFailure, NamesOfEveryLength) {
   for (const size_t length : {1U, 36U, 40U, 41U, 64U, 200U, 255U}) {
     const std::string name(length, 'n');
     write_file(path_of(name), file);
-    EXPECT_EQ(draw(4, 3, name), 0) << length;
+    EXPECT_EQ(checked_draw(4, 3, name), 0) << length;
     EXPECT_EQ(said_, "");
   }
 }
@@ -185,13 +186,13 @@ TEST_F(JpegFailure, NamesOfEveryLength) {
 TEST_F(JpegFailure, NamesTooLongForAnyFile) {
   for (const size_t length : {256U, 4050U, 4073U, 4074U, 5000U, 100000U}) {
     const std::string name(length, 'n');
-    EXPECT_EQ(draw(0, 0, name), -1) << length;
+    EXPECT_EQ(checked_draw(0, 0, name), -1) << length;
     EXPECT_EQ(said_, "can't open " + (folder + name) + "\n");
   }
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(JpegFailure, PathOfHundredsOfCharacters) {
+TEST_F(JpegFailure, RejectsPathOfHundredsOfCharacters) {
   const bytes file = made({});
   std::string dir;
   for (int n = 0; n < 3; ++n) {
@@ -199,13 +200,13 @@ TEST_F(JpegFailure, PathOfHundredsOfCharacters) {
     std::filesystem::create_directory(path_of(dir));
   }
   write_file(path_of(dir + name_), file);
-  EXPECT_EQ(draw(4, 3, dir + name_), 0) << said_;
+  EXPECT_EQ(checked_draw(4, 3, dir + name_), 0) << said_;
 }
 
-TEST_F(JpegFailure, GoodPictureAfterABadOne) {
+TEST_F(JpegFailure, DrawsValidImageAfterDamagedOne) {
   const bytes whole = made({});
   write({'x'});
-  EXPECT_EQ(draw(4, 3, name_), -1);
+  EXPECT_EQ(checked_draw(4, 3, name_), -1);
   write(whole);
   expect_as_djpeg();
 }

@@ -1,4 +1,4 @@
-// Where JPEG pictures go: placement codes, and pictures that lie off the screen in part or as a whole.
+// Placement of JPEG images: alignment codes, and images partly or completely off the screen.
 
 #include "image/jpeg_stage.hpp"
 
@@ -18,7 +18,7 @@ protected:
 
   static uint32_t centred(uint32_t at, uint32_t size) { return as_signed(at) > size / 2 ? at - size / 2 : 0; }
 
-  /// The three lines about a picture that leaves the screen; nothing for one that does not.
+  /// The three lines about an image that leaves the screen; nothing for one that does not.
   std::string warning(uint32_t x, uint32_t y) const {
     const uint32_t xres = fbinfo[FBINFO_XRES], yres = fbinfo[FBINFO_YRES], width = picture_.width,
                    height = picture_.height;
@@ -36,7 +36,7 @@ protected:
 
   void expect_at(uint32_t x, uint32_t y, uint32_t align = 0) {
     SCOPED_TRACE(testing::Message() << "at " << x << ", " << y << " with code " << align);
-    EXPECT_EQ(draw(x, y, name_, align), 0);
+    EXPECT_EQ(checked_draw(x, y, name_, align), 0);
     const uint32_t left = align == 1 || align == 3 ? centred(x, picture_.width) : x;
     const uint32_t top = align == 2 || align == 3 ? centred(y, picture_.height) : y;
     EXPECT_EQ(said_, warning(left, top));
@@ -45,14 +45,14 @@ protected:
   }
 };
 
-TEST_F(JpegPlace, TopLeftCorner) {
+TEST_F(JpegPlace, DrawsAtTopLeftCorner) {
   use_picture(20, 10);
   for (const uint32_t x : {0U, 1U, 2U, 75U, 76U})
     for (const uint32_t y : {0U, 1U, 53U, 54U})
       expect_at(x, y);
 }
 
-TEST_F(JpegPlace, PlacementCodes) {
+TEST_F(JpegPlace, PlacesByCodes) {
   for (const uint32_t width : {20U, 21U}) {
     use_picture(width, width - 9);
     for (const uint32_t align : {0U, 1U, 2U, 3U, 4U, 5U, 11U, 256U, 257U, 0xFFFFFFFFU})
@@ -60,23 +60,23 @@ TEST_F(JpegPlace, PlacementCodes) {
   }
 }
 
-TEST_F(JpegPlace, CentreIsHalfTheSizeTruncated) {
+TEST_F(JpegPlace, TruncatesHalfTheSizeToCentre) {
   make({3, 5, bytes(3 * 5 * 3, 255)}, {"-grayscale", "-quality", "100"});
-  EXPECT_EQ(draw(40, 30, name_, 3), 0);
+  EXPECT_EQ(checked_draw(40, 30, name_, 3), 0);
   for (uint32_t y = 28; y < 33; ++y)
     for (uint32_t x = 39; x < 42; ++x)
-      screen_->model().put(x, y, 0xFFFF);
+      screen_->model().put(x, y, DRAVIK_WHITE);
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(JpegPlace, CentredNearTheOriginBeginsAtTheOrigin) {
+TEST_F(JpegPlace, StartsAtOriginIfCentredNearIt) {
   use_picture(20, 10);
   for (const uint32_t x : {0U, 9U, 10U, 11U, 0xFFFFFFFFU, 0x80000000U})
     for (const uint32_t y : {0U, 5U, 6U, 0xFFFFFFFFU})
       expect_at(x, y, 3);
 }
 
-TEST_F(JpegPlace, OffEveryEdge) {
+TEST_F(JpegPlace, ClipsAtEveryEdge) {
   use_picture(20, 10);
   const uint32_t columns[] = {0xFFFFFFFF, 0xFFFFFFF0, 0xFFFFFFED, 0xFFFFFFEC, 0xFFFFFFEB, 3,
                               76,         77,         95,         96,         97};
@@ -86,7 +86,7 @@ TEST_F(JpegPlace, OffEveryEdge) {
       expect_at(x, y);
 }
 
-TEST_F(JpegPlace, PositionsThatWrapAreLeftOfAndAboveTheScreen) {
+TEST_F(JpegPlace, TreatsWrappedPositionsAsNegative) {
   use_picture(20, 10);
   expect_at(0xFFFFFFFF, 0xFFFFFFFF);
   EXPECT_EQ(said_, "");
@@ -98,7 +98,7 @@ TEST_F(JpegPlace, PositionsThatWrapAreLeftOfAndAboveTheScreen) {
                    " Image size :   20 x   10 ( -21,   3)-->(  -2,  12)\n");
 }
 
-TEST_F(JpegPlace, FarOffTheScreen) {
+TEST_F(JpegPlace, DrawsNothingFarOffTheScreen) {
   use_picture(20, 10);
   for (const uint32_t far : {0x7FFFFFFFU, 0x7FFFFFF0U, 0x80000000U, 0x80000001U, 0xC0000000U, 0x40000000U}) {
     expect_at(far, 5);
@@ -108,7 +108,7 @@ TEST_F(JpegPlace, FarOffTheScreen) {
   }
 }
 
-TEST_F(JpegPlace, ExactlyTheScreenIsNoWarning) {
+TEST_F(JpegPlace, PrintsNoWarningForSizeOfScreen) {
   use_picture(96, 64);
   expect_at(0, 0);
   EXPECT_EQ(said_, "");
@@ -116,9 +116,9 @@ TEST_F(JpegPlace, ExactlyTheScreenIsNoWarning) {
   EXPECT_EQ(said_, "");
 }
 
-TEST_F(JpegPlace, WiderThanTheScreenWarnsAndIsDrawn) {
+TEST_F(JpegPlace, WarnsOfImageWiderThanScreen) {
   use_picture(97, 20);
-  EXPECT_EQ(draw(0, 2, name_), 0);
+  EXPECT_EQ(checked_draw(0, 2, name_), 0);
   EXPECT_EQ(said_, "JPG image is out of range!\n"
                    "Canvas size :   96 x   64 (   0,   0)-->(  95,  63)\n"
                    " Image size :   97 x   20 (   0,   2)-->(  96,  21)\n");
@@ -126,7 +126,7 @@ TEST_F(JpegPlace, WiderThanTheScreenWarnsAndIsDrawn) {
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(JpegPlace, LargerThanTheScreenOnEverySide) {
+TEST_F(JpegPlace, ClipsImageLargerOnEverySide) {
   use_picture(250, 190);
   expect_at(0xFFFFFFB0, 0xFFFFFFC0);
   expect_at(0, 0);
@@ -134,20 +134,20 @@ TEST_F(JpegPlace, LargerThanTheScreenOnEverySide) {
   expect_at(200, 150, 3);
 }
 
-TEST_F(JpegPlace, MuchLargerThanTheMemoryOfTheScreen) {
+TEST_F(JpegPlace, ClipsImageMuchLargerThanMemory) {
   use_picture(600, 900);
   expect_at(0, 0);
   expect_at(0xFFFFFE00, 0xFFFFFD00);
 }
 
-TEST_F(JpegPlace, LinesWithoutPadding) {
+TEST_F(JpegPlace, DrawsOnLinesWithoutPadding) {
   use_screen({.xres = 40, .yres = 30});
   use_picture(41, 31);
   expect_at(0, 0);
   expect_at(0xFFFFFFFF, 0xFFFFFFFF);
 }
 
-TEST_F(JpegPlace, RandomPositions) {
+TEST_F(JpegPlace, DrawsAtRandomPositions) {
   for (int n = 0; n < 20; ++n) {
     use_picture(random_in(random_, 1, 120), random_in(random_, 1, 90));
     for (int place = 0; place < 20; ++place)

@@ -1,4 +1,4 @@
-// JPEG pictures made and decoded by the programs of libjpeg, beside the library's drawing.
+// JPEG images made and decoded by the programs of libjpeg, next to the library's drawing.
 #pragma once
 
 #include "support/board.hpp"
@@ -25,7 +25,7 @@ struct rgb_picture {
   uint16_t colour(uint32_t x, uint32_t y) const {
     const int made = channel(x, y, 0) / 8 * 2048 + channel(x, y, 1) / 4 * 32 + channel(x, y, 2) / 8;
     const bool is_near_black = made == 0 || made == 1 || made == 0x0800 || made == 0x0801;
-    return static_cast<uint16_t>(is_near_black ? 0x0821 : made);
+    return static_cast<uint16_t>(is_near_black ? DRAVIK_BLACK : made);
   }
 };
 
@@ -38,7 +38,7 @@ inline bytes ppm_file(const rgb_picture &picture) {
   return file;
 }
 
-/// Reads PPM, or PGM as equal channels.
+/// Read PPM, or PGM as equal channels.
 inline rgb_picture read_pnm(const std::string &path) {
   const bytes file = read_file(path);
   std::istringstream head(
@@ -70,7 +70,7 @@ inline size_t segment_length(const bytes &jpeg, size_t marker) {
   return size_t{2} + jpeg.at(marker + 2) * 256U + jpeg.at(marker + 3);
 }
 
-/// Where the header of the first scan begins, and the picture data after it.
+/// Where the header of the first scan begins, and the image data after it.
 struct scan_place {
   size_t header, data;
 };
@@ -87,7 +87,7 @@ inline scan_place first_scan(const bytes &jpeg) {
   return {header, header + segment_length(jpeg, header)};
 }
 
-/// A board with a folder of JPEG pictures, a screen, and a model of it.
+/// A board with a directory of JPEG images, a screen, and a model of it.
 class jpeg_stage : public testing::Test {
 protected:
   board board_;
@@ -100,7 +100,7 @@ protected:
 
   std::string path_of(const std::string &name) const { return board_.path("usr/local/dravik/jpg/" + name); }
 
-  /// Makes name_ by cjpeg.
+  /// Make name_ by cjpeg.
   void make(const rgb_picture &picture, const words &options = {}) const {
     const std::string ppm = board_.path("made.ppm");
     write_file(ppm, ppm_file(picture));
@@ -110,7 +110,7 @@ protected:
     ASSERT_EQ(run_program(command), 0) << "cjpeg failed, or is not there (package libjpeg-turbo-progs)";
   }
 
-  /// What djpeg makes of name_, damaged or not; nothing when it gives up.
+  /// The output of djpeg for name_, damaged or not; nothing if it fails.
   std::optional<rgb_picture> decoded_or_nothing() const {
     const std::string pnm = board_.path("decoded.pnm");
     constexpr int gave_up = 1, with_warnings = 2;
@@ -122,8 +122,8 @@ protected:
   }
   rgb_picture decoded() const { return decoded_or_nothing().value(); }
 
-  /// Draws a file, which keeps no descriptor open.
-  int draw(uint32_t x, uint32_t y, const std::string &name, uint32_t align = 0) {
+  /// Draw a file, which keeps no descriptor open.
+  int checked_draw(uint32_t x, uint32_t y, const std::string &name, uint32_t align = 0) {
     stderr_capture capture;
     const size_t before = open_descriptors();
     const int result = fb_put_jpeg_file(x, y, name.c_str(), align);
@@ -132,7 +132,7 @@ protected:
     return result;
   }
 
-  /// The part of a picture that lies on the screen.
+  /// The part of an image that is on the screen.
   void put(const rgb_picture &picture, int64_t left, int64_t top) {
     for (uint32_t y = 0; y < picture.height; ++y)
       for (uint32_t x = 0; x < picture.width; ++x)

@@ -1,4 +1,4 @@
-// Screenshots: the file byte by byte, its name, what other readers make of it, and cards that fail.
+// Screenshots: the file byte by byte, its name, its pixels in other readers, and cards that fail.
 
 #include "dravik.h"
 #include "support/board.hpp"
@@ -20,7 +20,7 @@ constinit time_t clock_seconds = 0;
 
 } // namespace
 
-/// The clock of this program, which the library reads too, stands still.
+/// The clock of this program, which the library reads too, is stopped.
 extern "C" time_t time(time_t *seconds) noexcept {
   if (seconds != nullptr)
     *seconds = clock_seconds;
@@ -36,7 +36,7 @@ constexpr time_t hour = 3600;
 
 using picture = std::vector<uint16_t>;
 
-/// A picture in which every RGB565 colour occurs.
+/// An image in which every RGB565 colour occurs.
 picture all_colours() {
   picture pixels(size_t{width} * height);
   for (size_t i = 0; i < pixels.size(); ++i)
@@ -53,7 +53,7 @@ bytes file_by_hand(const picture &pixels) {
       40,   0,    0,    0,                      // size of the information header
       0x80, 0x02, 0,    0,    0xE0, 0x01, 0, 0, // 640 by 480
       1,    0,    16,   0,                      // planes, bits
-      3,    0,    0,    0,                      // compression: masks are given
+      3,    0,    0,    0,                      // compression: masks are specified
       0x00, 0x60, 0x09, 0x00,                   // size of the rows: 614400
       0x12, 0x0B, 0,    0,    0x12, 0x0B, 0, 0, // 2834 pixels a metre, both ways
       0,    0,    0,    0,    0,    0,    0, 0, // colours used, important colours
@@ -90,7 +90,7 @@ protected:
     return names;
   }
 
-  /// Takes a screenshot of a card that takes files of `limit` bytes.
+  /// Take a screenshot of a card that takes files of `limit` bytes.
   int take_with_room_for(rlim_t limit) {
     rlimit before;
     ::getrlimit(RLIMIT_FSIZE, &before);
@@ -111,7 +111,7 @@ TEST_F(Screenshot, IsTheFileByteForByte) {
   EXPECT_TRUE(made == file_by_hand(pixels_));
 }
 
-TEST_F(Screenshot, BeginsWithTheBottomLeftPixelAndEndsWithTheTopRightOne) {
+TEST_F(Screenshot, SavesRowsFromBottomLeftToTopRight) {
   picture pixels(size_t{width} * height);
   pixels[(height - 1) * width] = 0x1234;
   pixels[width - 1] = 0xABCD;
@@ -121,7 +121,7 @@ TEST_F(Screenshot, BeginsWithTheBottomLeftPixelAndEndsWithTheTopRightOne) {
   EXPECT_EQ(get_u32(made, file_size - 2), 0xABCDU);
 }
 
-TEST_F(Screenshot, NameIsTheTimeOfDay) {
+TEST_F(Screenshot, NamesFileByTimeOfDay) {
   for (const time_t seconds : {time_t{0}, 24 * hour - 1, 12 * hour + 34 * 60 + 56, 1000000 * 24 * hour + 1}) {
     set_clock(seconds);
     EXPECT_EQ(fb_get_bmp_file(pixels_.data()), 0);
@@ -130,7 +130,7 @@ TEST_F(Screenshot, NameIsTheTimeOfDay) {
                                                     "q7_000001.bmp"));
 }
 
-TEST_F(Screenshot, TimeOfDayIsLocal) {
+TEST_F(Screenshot, UsesLocalTime) {
   set_clock(9 * hour + 5 * 60 + 7, "AAA-05:30");
   fb_get_bmp_file(pixels_.data());
   set_clock(9 * hour + 5 * 60 + 7, "BBB+10");
@@ -138,7 +138,7 @@ TEST_F(Screenshot, TimeOfDayIsLocal) {
   EXPECT_THAT(card(), testing::UnorderedElementsAre("q7_143507.bmp", "q7_230507.bmp"));
 }
 
-TEST_F(Screenshot, ReplacesAPictureOfTheSameTimeOfDay) {
+TEST_F(Screenshot, ReplacesAImageOfTheSameTimeOfDay) {
   board_.write("tmp/mmcblk0p1/q7_090507.bmp", std::string(700000, 'x'));
   set_clock(clock_seconds + 24 * hour);
   ASSERT_EQ(fb_get_bmp_file(pixels_.data()), 0);
@@ -163,7 +163,7 @@ TEST_F(Screenshot, IsDrawnAgainAsItWas) {
   EXPECT_TRUE(screen.same());
 }
 
-TEST_F(Screenshot, ConvertReadsTheSameColours) {
+TEST_F(Screenshot, SavesColoursThatConvertReads) {
   ASSERT_EQ(fb_get_bmp_file(pixels_.data()), 0);
   const std::string plain = board_.path("plain.rgb");
   ASSERT_EQ(
@@ -177,7 +177,7 @@ TEST_F(Screenshot, ConvertReadsTheSameColours) {
   }
 }
 
-TEST_F(Screenshot, WithoutACardFailsAndLeavesNothing) {
+TEST_F(Screenshot, FailsWithoutCardAndLeavesNothing) {
   board_.remove("tmp/mmcblk0p1");
   const size_t before = open_descriptors();
   EXPECT_EQ(fb_get_bmp_file(pixels_.data()), -1);
@@ -185,13 +185,13 @@ TEST_F(Screenshot, WithoutACardFailsAndLeavesNothing) {
   EXPECT_EQ(open_descriptors(), before);
 }
 
-TEST_F(Screenshot, OfAnUnwritableCardFails) {
+TEST_F(Screenshot, FailsOnUnwritableCard) {
   std::filesystem::create_directory(board_.path("tmp/mmcblk0p1/q7_090507.bmp"));
   EXPECT_EQ(fb_get_bmp_file(pixels_.data()), -1);
   EXPECT_THAT(card(), testing::ElementsAre("q7_090507.bmp"));
 }
 
-TEST_F(Screenshot, OfAFullCardFails) {
+TEST_F(Screenshot, FailsOnFullCard) {
   rlimit limit;
   ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
   ::signal(SIGXFSZ, SIG_IGN);
@@ -204,7 +204,7 @@ TEST_F(Screenshot, OfAFullCardFails) {
   EXPECT_EQ(open_descriptors(), before);
 }
 
-TEST_F(Screenshot, OfACardThatFillsUpFailsWhereverThatHappens) {
+TEST_F(Screenshot, FailsOnCardThatFillsUpAnywhere) {
   for (const rlim_t limit :
        {0UL, 1UL, 66UL, 4096UL, 32768UL, 65536UL, 300000UL, 614000UL, 614400UL, 614465UL})
     EXPECT_EQ(take_with_room_for(limit), -1) << limit;

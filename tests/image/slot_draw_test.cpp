@@ -1,4 +1,5 @@
-// Pictures drawn from memory slots: modes, placement, what is refused, and random pictures beside the model.
+// Images drawn from memory slots: modes, placement, rejected files, and random images compared with
+// the model.
 
 #include "image/slot_stage.hpp"
 #include "support/stderr_capture.hpp"
@@ -10,7 +11,7 @@ using testing::ElementsAre;
 
 class PictureSlot : public slot_stage {
 protected:
-  /// Loads a 16-bit picture whose rows lie without padding, as the keyed modes read them; `colour(row,
+  /// Load a 16-bit image whose rows have no padding, as the keyed modes read them; `colour(row,
   /// column)` counts rows from the bottom.
   template <class Colour> void load_dense(uint32_t width, uint32_t height, Colour colour) {
     bmp_maker picture = {.width = width, .height = height, .bits = 16};
@@ -22,22 +23,22 @@ protected:
   }
 };
 
-TEST_F(PictureSlot, CopyTakesEveryColourAsItIs) {
+TEST_F(PictureSlot, CopiesEveryColour) {
   bmp_maker picture = {.width = 4, .height = 1, .bits = 16};
-  picture.set16(0, 0, key).set16(1, 0, 0).set16(2, 0, 0x0821).set16(3, 0, 0xABCD);
+  picture.set16(0, 0, DRAVIK_MAGENTA_KEY).set16(1, 0, 0).set16(2, 0, DRAVIK_BLACK).set16(3, 0, 0xABCD);
   load({picture.file()});
-  put_pixel(10, 20, key);
+  put_pixel(10, 20, DRAVIK_MAGENTA_KEY);
   put_pixel(11, 20, 0);
-  put_pixel(12, 20, 0x0821);
+  put_pixel(12, 20, DRAVIK_BLACK);
   put_pixel(13, 20, 0xABCD);
-  EXPECT_EQ(bmp_mem_show(10, 20, 0, 0, 0), 0);
+  EXPECT_EQ(bmp_mem_show(10, 20, 0, DRAVIK_BMP_COPY, DRAVIK_TOP_LEFT), 0);
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(PictureSlot, RowsStandBottomUpInEveryMode) {
+TEST_F(PictureSlot, DrawsRowsFromBottomInEveryMode) {
   load_dense(2, 3, [](uint32_t row, uint32_t) { return static_cast<uint16_t>(row + 1); });
   for (const int32_t mode : {0, 1}) {
-    EXPECT_EQ(bmp_mem_show(0, 0, 0, mode, 0), 0);
+    EXPECT_EQ(bmp_mem_show(0, 0, 0, mode, DRAVIK_TOP_LEFT), 0);
     for (uint32_t line = 0; line < 3; ++line)
       for (uint32_t column = 0; column < 2; ++column)
         put_pixel(column, line, static_cast<uint16_t>(3 - line));
@@ -45,29 +46,31 @@ TEST_F(PictureSlot, RowsStandBottomUpInEveryMode) {
   }
 }
 
-TEST_F(PictureSlot, KeyColourIsTransparentAndBlackIsNot) {
-  load_dense(3, 1, [](uint32_t, uint32_t column) { return std::array<uint16_t, 3>{0x1111, key, 0}[column]; });
-  EXPECT_EQ(bmp_mem_show(5, 6, 0, 1, 0), 0);
+TEST_F(PictureSlot, LeavesKeyTransparentButNotBlack) {
+  load_dense(3, 1, [](uint32_t, uint32_t column) {
+    return std::array<uint16_t, 3>{0x1111, DRAVIK_MAGENTA_KEY, 0}[column];
+  });
+  EXPECT_EQ(bmp_mem_show(5, 6, 0, DRAVIK_BMP_KEYED, DRAVIK_TOP_LEFT), 0);
   put_pixel(5, 6, 0x1111);
   put_pixel(7, 6, 0);
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(PictureSlot, SilhouetteIsGreyAndLeavesTheKeyColourAndBlack) {
+TEST_F(PictureSlot, DrawsSilhouetteWithoutKeyAndBlack) {
   load_dense(4, 1, [](uint32_t, uint32_t column) {
-    return std::array<uint16_t, 4>{0x1111, key, 0, 1}[column];
+    return std::array<uint16_t, 4>{0x1111, DRAVIK_MAGENTA_KEY, 0, 1}[column];
   });
-  EXPECT_EQ(bmp_mem_show(5, 6, 0, 2, 0), 0);
-  put_pixel(5, 6, 0x7BCF);
-  put_pixel(8, 6, 0x7BCF);
+  EXPECT_EQ(bmp_mem_show(5, 6, 0, DRAVIK_BMP_SILHOUETTE, DRAVIK_TOP_LEFT), 0);
+  put_pixel(5, 6, silhouette_colour);
+  put_pixel(8, 6, silhouette_colour);
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(PictureSlot, CopyOfOddWidthPaintsThePixelAtItsRight) {
+TEST_F(PictureSlot, CopiesPaddingOfOddWidth) {
   bmp_maker picture = {.width = 1, .height = 2, .bits = 16};
   picture.pixels = {0x11, 0x11, 0x22, 0x22, 0x33, 0x33, 0x44, 0x44};
   load({picture.file()});
-  EXPECT_EQ(bmp_mem_show(8, 9, 0, 0, 0), 0);
+  EXPECT_EQ(bmp_mem_show(8, 9, 0, DRAVIK_BMP_COPY, DRAVIK_TOP_LEFT), 0);
   put_pixel(8, 10, 0x1111);
   put_pixel(9, 10, 0x2222);
   put_pixel(8, 9, 0x3333);
@@ -75,7 +78,7 @@ TEST_F(PictureSlot, CopyOfOddWidthPaintsThePixelAtItsRight) {
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(PictureSlot, CopyOfOddWidthAtTheRightEdgePaintsTheNextLine) {
+TEST_F(PictureSlot, CopiesPaddingIntoNextLine) {
   use_screen({.xres = 33, .yres = 20});
   load({random_picture(33, 20).file(), random_picture(5, 7).file()});
   EXPECT_EQ(show_and_compare(0, 0, 0),
@@ -84,40 +87,40 @@ TEST_F(PictureSlot, CopyOfOddWidthAtTheRightEdgePaintsTheNextLine) {
   EXPECT_EQ(show_and_compare(28, 2, 1), 0);
 }
 
-TEST_F(PictureSlot, CopyOfEveryWidthTo96) {
+TEST_F(PictureSlot, CopiesEveryWidthTo96) {
   for (uint32_t width = 1; width <= 96; ++width) {
     load({random_picture(width, 3).file()});
     EXPECT_EQ(show_and_compare(96 - width, 5), 0) << width;
   }
 }
 
-TEST_F(PictureSlot, KeyedModesOfOddWidthDriftByAPixelARow) {
+TEST_F(PictureSlot, ShiftsKeyedRowsOfOddWidth) {
   bmp_maker picture = {.width = 1, .height = 2, .bits = 16};
   picture.pixels = {0x11, 0x11, 0x22, 0x22, 0x33, 0x33, 0x44, 0x44}; // 0x2222 is the padding of the first row
   load({picture.file()});
-  EXPECT_EQ(bmp_mem_show(8, 9, 0, 1, 0), 0);
+  EXPECT_EQ(bmp_mem_show(8, 9, 0, DRAVIK_BMP_KEYED, DRAVIK_TOP_LEFT), 0);
   put_pixel(8, 10, 0x1111);
   put_pixel(8, 9, 0x2222);
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(PictureSlot, OtherModesDrawNothingAndSucceed) {
+TEST_F(PictureSlot, DrawsNothingInOtherModes) {
   load({random_picture(5, 5).file()});
   for (const int32_t mode : {3, 7, -1, 256, 0x10001, INT32_MIN, INT32_MAX})
     EXPECT_EQ(show_and_compare(1, 1, 0, mode), 0);
 }
 
-TEST_F(PictureSlot, OtherDepthsDrawNothingAndAreDescribed) {
+TEST_F(PictureSlot, DescribesButSkipsOtherDepths) {
   for (const uint16_t bits : std::initializer_list<uint16_t>{0, 1, 4, 8, 15, 17, 24, 32, 33, 65535})
     for (const int32_t mode : {0, 1, 2}) {
       load({bmp_maker{.width = 3, .height = 2, .bits = bits, .pixels = bytes(60), .data_size = 7U + bits}
                 .file()});
       EXPECT_EQ(show_and_compare(1, 1, 0, mode), 0);
-      EXPECT_EQ(bmpinfo[2], bits);
+      EXPECT_EQ(bmpinfo[BMPINFO_BITS_PER_PIXEL], bits);
     }
 }
 
-TEST_F(PictureSlot, DescriptionIsOfThePictureDrawn) {
+TEST_F(PictureSlot, DescribesImageThatIsDrawn) {
   load({bmp_maker{.width = 3,
                   .height = 2,
                   .bits = 16,
@@ -127,11 +130,11 @@ TEST_F(PictureSlot, DescriptionIsOfThePictureDrawn) {
                   .data_offset = 60,
                   .file_size = 0x090A0B0C}
             .file()});
-  EXPECT_EQ(bmp_mem_show(0, 0, 0, 3, 0), 0);
+  EXPECT_EQ(bmp_mem_show(0, 0, 0, 3, DRAVIK_TOP_LEFT), 0);
   EXPECT_THAT(bmpinfo, ElementsAre(3, 2, 16, 0x090A0B0C, 0x05060708, 0x01020304, 60));
 }
 
-TEST_F(PictureSlot, PlacementCodesInEveryMode) {
+TEST_F(PictureSlot, PlacesByCodesInEveryMode) {
   load({random_picture(20, 10).file(), random_picture(7, 9).file()});
   const uint8_t codes[] = {0, 1, 2, 3, 4, 5, 8, 11, 255};
   for (const uint8_t align : codes)
@@ -140,41 +143,41 @@ TEST_F(PictureSlot, PlacementCodesInEveryMode) {
         EXPECT_EQ(show_and_compare(40, 30, slot, mode, align), 0);
 }
 
-TEST_F(PictureSlot, CentreIsHalfTheSizeTruncated) {
+TEST_F(PictureSlot, TruncatesHalfTheSizeToCentre) {
   load_dense(3, 5, [](uint32_t, uint32_t) { return uint16_t{0x1111}; });
-  EXPECT_EQ(bmp_mem_show(40, 30, 0, 1, 3), 0);
+  EXPECT_EQ(bmp_mem_show(40, 30, 0, DRAVIK_BMP_KEYED, DRAVIK_CENTRE), 0);
   for (uint32_t y = 28; y < 33; ++y)
     for (uint32_t x = 39; x < 42; ++x)
       put_pixel(x, y, 0x1111);
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(PictureSlot, CentredNearTheOriginBeginsAtTheOrigin) {
+TEST_F(PictureSlot, StartsAtOriginIfCentredNearIt) {
   load({random_picture(20, 10).file()});
   for (const uint32_t x : {0U, 1U, 9U, 10U, 11U, 0xFFFFFFFFU, 0x80000000U})
     for (const uint32_t y : {0U, 4U, 5U, 6U, 0xFFFFFFFFU})
       EXPECT_EQ(show_and_compare(x, y, 0, 0, 3), 0);
 }
 
-TEST_F(PictureSlot, ExactlyTheScreenIsDrawn) {
+TEST_F(PictureSlot, DrawsImageOfScreenSize) {
   load({random_picture(96, 64).file()});
   for (const int32_t mode : {0, 1, 2})
     EXPECT_EQ(show_and_compare(0, 0, 0, mode), 0);
   EXPECT_EQ(show_and_compare(48, 32, 0, 0, 3), 0);
 }
 
-TEST_F(PictureSlot, OneWiderOrHigherThanTheScreenIsTooBig) {
+TEST_F(PictureSlot, RejectsImageLargerThanScreen) {
   load({random_picture(97, 1).file(), random_picture(1, 65).file()});
   expect_refused(0, "BMP image size is too big : 97 x 1, fb size : 96x64");
   expect_refused(1, "BMP image size is too big : 1 x 65, fb size : 96x64");
 }
 
-TEST_F(PictureSlot, StoredTopDownIsTooBig) {
+TEST_F(PictureSlot, RejectsImageStoredFromTop) {
   load({bmp_maker{.width = 2, .height = 0xFFFFFFFE, .bits = 16, .pixels = bytes(8)}.file()});
   expect_refused(0, "BMP image size is too big : 2 x -2, fb size : 96x64");
 }
 
-TEST_F(PictureSlot, NoLimitOf2048Columns) {
+TEST_F(PictureSlot, AcceptsMoreThan2048Columns) {
   use_screen({.xres = 3000, .yres = 8});
   load({random_picture(2049, 4).file(), random_picture(3000, 8).file()});
   for (const int32_t mode : {0, 1, 2}) {
@@ -183,13 +186,13 @@ TEST_F(PictureSlot, NoLimitOf2048Columns) {
   }
 }
 
-TEST_F(PictureSlot, LeavingTheScreenIsOutOfRangeWithThreeLines) {
+TEST_F(PictureSlot, LogsThreeLinesIfOutOfRange) {
   load({random_picture(10, 5).file()});
-  EXPECT_EQ(bmp_mem_show(87, 3, 0, 0, 0), -1);
+  EXPECT_EQ(bmp_mem_show(87, 3, 0, DRAVIK_BMP_COPY, DRAVIK_TOP_LEFT), -1);
   EXPECT_THAT(logged(),
               ElementsAre("BMP image is out of range!", "Canvas size :   96 x   64 (   0,   0)-->(  95,  63)",
                           "Image size :   10 x    5 (  87,   3)-->(  96,   7)"));
-  EXPECT_EQ(bmp_mem_show(0, 60, 0, 0, 0), -1);
+  EXPECT_EQ(bmp_mem_show(0, 60, 0, DRAVIK_BMP_COPY, DRAVIK_TOP_LEFT), -1);
   EXPECT_THAT(logged(),
               ElementsAre("BMP image is out of range!", "Canvas size :   96 x   64 (   0,   0)-->(  95,  63)",
                           "Image size :   10 x    5 (   0,  60)-->(   9,  64)"));
@@ -197,18 +200,18 @@ TEST_F(PictureSlot, LeavingTheScreenIsOutOfRangeWithThreeLines) {
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(PictureSlot, NothingIsSaidOnStandardError) {
+TEST_F(PictureSlot, PrintsNothingToStandardError) {
   stderr_capture capture;
   load({random_picture(10, 5).file(), random_picture(97, 5).file(), {'x'}});
   EXPECT_EQ(show_and_compare(0, 0, 0), 0);
   EXPECT_EQ(show_and_compare(90, 0, 0), -1);
   EXPECT_EQ(show_and_compare(0, 0, 1), -1);
   EXPECT_EQ(show_and_compare(0, 0, 2), -1);
-  EXPECT_EQ(bmp_mem_show(0, 0, 3, 0, 0), -1);
+  EXPECT_EQ(bmp_mem_show(0, 0, 3, DRAVIK_BMP_COPY, DRAVIK_TOP_LEFT), -1);
   EXPECT_EQ(capture.take(), "");
 }
 
-TEST_F(PictureSlot, EveryPositionAroundTheLastThatFits) {
+TEST_F(PictureSlot, ChecksEveryPositionAroundLastThatFits) {
   load({random_picture(10, 6).file()});
   for (const uint32_t x : {85U, 86U, 87U, 96U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFF6U, 0xFFFFFFFFU})
     for (const uint32_t y : {57U, 58U, 59U, 64U, 0x7FFFFFFFU, 0xFFFFFFFAU, 0xFFFFFFFFU})
@@ -216,18 +219,18 @@ TEST_F(PictureSlot, EveryPositionAroundTheLastThatFits) {
         show_and_compare(x, y, 0, 1, align);
 }
 
-TEST_F(PictureSlot, TooBigComesBeforeOutOfRange) {
+TEST_F(PictureSlot, ReportsTooBigBeforeOutOfRange) {
   load({random_picture(97, 1).file()});
   EXPECT_EQ(show_and_compare(96, 64), -1);
 }
 
-TEST_F(PictureSlot, OutOfRangeComesBeforeTheDepth) {
+TEST_F(PictureSlot, ReportsOutOfRangeBeforeDepth) {
   load({random_picture(10, 5, 24).file()});
   EXPECT_EQ(show_and_compare(90, 0), -1);
   EXPECT_EQ(show_and_compare(86, 0), 0);
 }
 
-TEST_F(PictureSlot, WithoutSignatureIsRefused) {
+TEST_F(PictureSlot, RejectsFileWithoutSignature) {
   for (const char *signature : {"MB", "BB", "bM", "B\0"}) {
     bmp_maker picture = random_picture(97, 5); // too big also, which comes later
     picture.signature[0] = signature[0];
@@ -237,7 +240,7 @@ TEST_F(PictureSlot, WithoutSignatureIsRefused) {
   }
 }
 
-TEST_F(PictureSlot, FileSizeOfTheHeaderIsNotChecked) {
+TEST_F(PictureSlot, IgnoresFileSizeOfHeader) {
   bmp_maker picture = random_picture(10, 5);
   for (const uint32_t size : {0U, 1U, 0xFFFFFFFFU}) {
     picture.file_size = size;
@@ -246,7 +249,7 @@ TEST_F(PictureSlot, FileSizeOfTheHeaderIsNotChecked) {
   }
 }
 
-TEST_F(PictureSlot, PixelsBeginWhereTheHeaderSays) {
+TEST_F(PictureSlot, ReadsPixelsAtHeaderOffset) {
   for (const uint32_t offset : {54U, 55U, 57U, 66U, 138U, 1001U}) {
     bmp_maker picture = random_picture(33, 5);
     picture.data_offset = offset;
@@ -256,21 +259,22 @@ TEST_F(PictureSlot, PixelsBeginWhereTheHeaderSays) {
   }
 }
 
-TEST_F(PictureSlot, WithoutRowsOrColumnsDrawsNothing) {
+TEST_F(PictureSlot, DrawsNothingWithoutRowsOrColumns) {
   load({random_picture(0, 5).file(), random_picture(5, 0).file(), random_picture(0, 0).file()});
   for (const int32_t slot : {0, 1, 2})
     for (const int32_t mode : {0, 1, 2})
       EXPECT_EQ(show_and_compare(96, 59, slot, mode, 0), slot == 1 ? -1 : 0);
 }
 
-TEST_F(PictureSlot, KeyInEveryPlaceOfEveryWidthTo70) {
+TEST_F(PictureSlot, SkipsKeyInEveryPlaceOfEveryWidthTo70) {
   for (uint32_t width = 1; width <= 70; ++width)
     for (const bool is_hole : {true, false}) {
       // One pixel in a row of the key colour, or the other way round, a row for each of 35 places.
       for (const uint32_t first : {0U, 35U}) {
         load_dense(width, 35, [=](uint32_t row, uint32_t column) {
           const bool is_place = (row + first) % width == column;
-          return static_cast<uint16_t>(is_place == is_hole ? key : 0x1000 + row * 100 + column);
+          return static_cast<uint16_t>(is_place == is_hole ? DRAVIK_MAGENTA_KEY
+                                                           : 0x1000 + row * 100 + column);
         });
         SCOPED_TRACE(width);
         EXPECT_EQ(show_and_compare(3, 2, 0, 1), 0);
@@ -279,10 +283,10 @@ TEST_F(PictureSlot, KeyInEveryPlaceOfEveryWidthTo70) {
     }
 }
 
-TEST_F(PictureSlot, BlackAndKeyTogetherInEveryWidthTo70) {
+TEST_F(PictureSlot, SkipsBlackAndKeyInEveryWidthTo70) {
   for (uint32_t width = 1; width <= 70; ++width) {
     load_dense(width, 20, [this](uint32_t, uint32_t) {
-      return std::array<uint16_t, 4>{key, 0, 1, 0xF81E}[random_() % 4];
+      return std::array<uint16_t, 4>{DRAVIK_MAGENTA_KEY, 0, 1, 0xF81E}[random_() % 4];
     });
     SCOPED_TRACE(width);
     EXPECT_EQ(show_and_compare(3, 2, 0, 1), 0);
@@ -290,13 +294,13 @@ TEST_F(PictureSlot, BlackAndKeyTogetherInEveryWidthTo70) {
   }
 }
 
-TEST_F(PictureSlot, RandomPicturesAsTheModelHasThem) {
+TEST_F(PictureSlot, DrawsRandomImagesAsModel) {
   for (int n = 0; n < 400; ++n) {
     bmp_maker picture = random_picture(random_in(random_, 1, 98), random_in(random_, 1, 66));
     const uint32_t sparse = random_in(random_, 1, 40);
     for (size_t i = 0; i + 1 < picture.pixels.size(); i += 2)
       if (random_() % sparse == 0)
-        put_u16(picture.pixels, i, random_() % 2 == 0 ? key : uint16_t{0});
+        put_u16(picture.pixels, i, random_() % 2 == 0 ? DRAVIK_MAGENTA_KEY : uint16_t{0});
     if (random_() % 4 == 0)
       picture.data_offset = random_in(random_, 54, 90);
     load({picture.file()});

@@ -1,4 +1,4 @@
-// Loading pictures into memory slots when memory is short.
+// Loading images into memory slots when memory is short.
 
 #include "image/slot_stage.hpp"
 #include "support/refused_malloc.hpp"
@@ -11,7 +11,7 @@ protected:
   ~PictureSlotsShortOfMemory() override { refused_size = 0; }
 };
 
-TEST_F(PictureSlotsShortOfMemory, LeaveTheSlotEmptyAndGoOn) {
+TEST_F(PictureSlotsShortOfMemory, LeaveSlotEmptyAndContinue) {
   const size_t before = open_descriptors();
   refused_size = 123392 + 256;
   load({random_picture(4, 4).file(), bytes(123456), random_picture(4, 4).file()});
@@ -24,7 +24,7 @@ TEST_F(PictureSlotsShortOfMemory, LeaveTheSlotEmptyAndGoOn) {
   EXPECT_EQ(show_and_compare(1, 1, 2), 0);
 }
 
-TEST_F(PictureSlotsShortOfMemory, BlockGoesOnToTheNext256BytesAfterTheEnd) {
+TEST_F(PictureSlotsShortOfMemory, AllocateNext256BytesAfterEnd) {
   for (const size_t size : {123392U, 123393U, 123647U}) {
     refused_size = 123648;
     load({bytes(size)});

@@ -9,7 +9,7 @@ namespace {
 
 class HostilePictureSlot : public slot_stage {
 protected:
-  /// Loads a file into slot 0; its block ends at a protected page.
+  /// Load a file into slot 0; its block ends at a protected page.
   void load_guarded(const bytes &file) {
     guarded_size = file.size() / 256 * 256 + 256;
     load({file});
@@ -48,25 +48,25 @@ TEST_F(HostilePictureSlot, HasABlockUpToTheNextMultipleOf256) {
   }
 }
 
-TEST_F(HostilePictureSlot, RowsMayEndWithTheBlockAndNotLater) {
+TEST_F(HostilePictureSlot, DrawsRowsUpToEndOfBlockOnly) {
   EXPECT_EQ(show_with_offset(176), 0);
   EXPECT_EQ(show_with_offset(177), -1);
   EXPECT_EQ(model_.messages, std::vector<std::string>{"BMP data err, bmp_mem_idx=0"});
 }
 
-TEST_F(HostilePictureSlot, OffsetsBeyondTheBlock) {
+TEST_F(HostilePictureSlot, RejectsOffsetsBeyondBlock) {
   for (const uint32_t offset : {255U, 256U, 257U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFB0U, 0xFFFFFFFFU})
     for (const int32_t mode : {0, 1, 2})
       EXPECT_EQ(show_with_offset(offset, mode), -1);
 }
 
-TEST_F(HostilePictureSlot, OffsetsIntoTheHeaderShowTheHeader) {
+TEST_F(HostilePictureSlot, DrawsHeaderForOffsetsIntoIt) {
   for (const uint32_t offset : {0U, 1U, 53U})
     for (const int32_t mode : {0, 1, 2})
       EXPECT_EQ(show_with_offset(offset, mode), 0);
 }
 
-TEST_F(HostilePictureSlot, OffsetDoesNotMatterWhereNothingIsDrawn) {
+TEST_F(HostilePictureSlot, IgnoresOffsetIfNothingIsDrawn) {
   EXPECT_EQ(show_with_offset(0xFFFFFFFF, 3), 0);
   bmp_maker picture = random_picture(10, 4, 24);
   picture.data_offset = 0xFFFFFFFF;
@@ -74,7 +74,7 @@ TEST_F(HostilePictureSlot, OffsetDoesNotMatterWhereNothingIsDrawn) {
   EXPECT_EQ(show_and_compare(), 0);
 }
 
-TEST_F(HostilePictureSlot, HeightsAndWidthsBeyondTheBlock) {
+TEST_F(HostilePictureSlot, RejectsSizesBeyondBlock) {
   for (const uint32_t width : {0U, 1U, 2U, 95U, 96U, 97U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU})
     for (const uint32_t height : {0U, 1U, 2U, 63U, 64U, 65U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
       load_guarded(bmp_maker{.width = width, .height = height, .bits = 16, .pixels = bytes(100, 7)}.file());
@@ -82,7 +82,7 @@ TEST_F(HostilePictureSlot, HeightsAndWidthsBeyondTheBlock) {
     }
 }
 
-TEST_F(HostilePictureSlot, CutOffAtEveryLength) {
+TEST_F(HostilePictureSlot, DrawsOrRejectsFilesCutAtEveryLength) {
   const bytes whole = random_picture(37, 9).file();
   for (size_t length = 0; length <= whole.size(); ++length) {
     SCOPED_TRACE(length);
@@ -91,18 +91,18 @@ TEST_F(HostilePictureSlot, CutOffAtEveryLength) {
   }
 }
 
-TEST_F(HostilePictureSlot, PixelsThatTheFileLacksAreBlack) {
+TEST_F(HostilePictureSlot, DrawsMissingPixelsAsBlack) {
   const bytes whole = random_picture(10, 4).file();
   load_guarded(bytes(2000, 0xEE)); // leaves its mark in memory that is used again
   load_guarded(first_bytes(whole, 54));
-  EXPECT_EQ(bmp_mem_show(0, 0, 0, 0, 0), 0);
+  EXPECT_EQ(bmp_mem_show(0, 0, 0, DRAVIK_BMP_COPY, DRAVIK_TOP_LEFT), 0);
   for (uint32_t y = 0; y < 4; ++y)
     for (uint32_t x = 0; x < 10; ++x)
       put_pixel(x, y, 0);
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(HostilePictureSlot, RandomHeaders) {
+TEST_F(HostilePictureSlot, HandlesRandomHeaders) {
   const bytes good = random_picture(20, 15).file();
   for (int n = 0; n < 800; ++n) {
     bytes file = good;
@@ -118,7 +118,7 @@ TEST_F(HostilePictureSlot, RandomHeaders) {
   }
 }
 
-TEST_F(HostilePictureSlot, RandomBytesBehindASignature) {
+TEST_F(HostilePictureSlot, HandlesRandomBytesAfterSignature) {
   for (int n = 0; n < 400; ++n) {
     bytes file = random_bytes(random_, random_in(random_, 2, 600));
     file[0] = 'B';

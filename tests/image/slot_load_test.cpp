@@ -1,4 +1,4 @@
-// Loading pictures into memory slots, and freeing them.
+// Loading images into memory slots, and freeing them.
 
 #include "image/slot_stage.hpp"
 #include "support/allocated_bytes.hpp"
@@ -25,7 +25,7 @@ protected:
   }
   int alloc(const names &files) { return alloc(files, folder()); }
 
-  /// Leaves a picture of one pixel.
+  /// Leave an image of one pixel.
   void make(const std::string &name, uint16_t colour = 0x1111) {
     bmp_maker picture = {.width = 1, .height = 1, .bits = 16};
     write_file(folder() + "/" + name, picture.set16(0, 0, colour).file());
@@ -39,7 +39,7 @@ TEST_F(PictureSlots, AreEmptyAtFirst) {
   expect_refused(0, "BMP mem index err: 0, max = 0");
 }
 
-TEST_F(PictureSlots, HoldTheFilesByteForByte) {
+TEST_F(PictureSlots, HoldFilesByteForByte) {
   std::vector<bytes> files;
   for (const size_t size : {0U, 1U, 53U, 54U, 255U, 256U, 257U, 511U, 512U, 70000U})
     files.push_back(random_bytes(random_, size));
@@ -53,7 +53,7 @@ TEST_F(PictureSlots, HoldTheFilesByteForByte) {
   EXPECT_THAT(logged(), IsEmpty());
 }
 
-TEST_F(PictureSlots, LoadNothingForACountBelowOne) {
+TEST_F(PictureSlots, LoadNothingForCountBelowOne) {
   load({random_picture(2, 2).file()});
   bmp_mem_free();
   for (const int32_t count : {0, -1, INT32_MIN}) {
@@ -77,7 +77,7 @@ TEST_F(PictureSlots, AreSixtyFour) {
   alloc(files);
   EXPECT_EQ(bmp_mem_num, 64);
   for (uint16_t i = 0; i < 64; ++i) {
-    EXPECT_EQ(bmp_mem_show(i, 3, i, 0, 0), 0);
+    EXPECT_EQ(bmp_mem_show(i, 3, i, DRAVIK_BMP_COPY, DRAVIK_TOP_LEFT), 0);
     put_pixel(i, 3, i);
     put_pixel(i + 1U, 3, 0); // the padding of the row
   }
@@ -87,7 +87,7 @@ TEST_F(PictureSlots, AreSixtyFour) {
   expect_refused(69, "BMP mem index err: 69, max = 64");
 }
 
-TEST_F(PictureSlots, MissingFileLeavesItsSlotEmptyAndTheNextIsLoaded) {
+TEST_F(PictureSlots, LeaveSlotOfMissingFileEmpty) {
   make("first");
   make("third");
   alloc({"first", "second", "third", "fourth"});
@@ -100,7 +100,7 @@ TEST_F(PictureSlots, MissingFileLeavesItsSlotEmptyAndTheNextIsLoaded) {
               ElementsAre("fopen " + folder() + "/second err", "fopen " + folder() + "/fourth err"));
 }
 
-TEST_F(PictureSlots, MissingFileEmptiesASlotThatWasFull) {
+TEST_F(PictureSlots, EmptySlotForMissingFile) {
   load({random_picture(2, 2).file()});
   bmp_mem_free();
   alloc({"missing"});
@@ -108,14 +108,14 @@ TEST_F(PictureSlots, MissingFileEmptiesASlotThatWasFull) {
   bmp_mem_free();
 }
 
-TEST_F(PictureSlots, PathIsTheFolderASlashAndTheName) {
+TEST_F(PictureSlots, JoinDirectorySlashAndName) {
   alloc({"b.bmp", "/c.bmp", ""}, "nowhere/");
   alloc({"nothing.bmp"}, "");
   EXPECT_THAT(logged(), ElementsAre("fopen nowhere//b.bmp err", "fopen nowhere///c.bmp err",
                                     "fopen nowhere// err", "fopen /nothing.bmp err"));
 }
 
-TEST_F(PictureSlots, LongNamesAreLoaded) {
+TEST_F(PictureSlots, LoadLongNames) {
   std::string dir = folder();
   while (dir.size() < 3000) {
     dir += "/" + std::string(200, 'd');
@@ -128,7 +128,7 @@ TEST_F(PictureSlots, LongNamesAreLoaded) {
   EXPECT_THAT(logged(), IsEmpty());
 }
 
-TEST_F(PictureSlots, PathOfFourThousandAndNinetySixBytesIsTooLong) {
+TEST_F(PictureSlots, RejectPathOf4096Bytes) {
   const std::string long_enough(4095 - 2, 'x'), too_long(4096 - 2, 'x'), far_too_long(100000, 'x');
   make("last");
   alloc({long_enough.c_str(), too_long.c_str(), far_too_long.c_str()}, "d");
@@ -138,11 +138,11 @@ TEST_F(PictureSlots, PathOfFourThousandAndNinetySixBytesIsTooLong) {
   EXPECT_TRUE(std::all_of(bmp_mem_ptr, bmp_mem_ptr + 3, [](auto *p) { return p == nullptr; }));
 }
 
-TEST_F(PictureSlots, NothingThatCannotBeReadIsDrawn) {
+TEST_F(PictureSlots, RejectUnreadableFiles) {
   std::filesystem::create_directory(folder() + "/folder");
   alloc({"folder"});
   EXPECT_EQ(bmp_mem_num, 1);
-  EXPECT_EQ(bmp_mem_show(0, 0, 0, 0, 0), -1);
+  EXPECT_EQ(bmp_mem_show(0, 0, 0, DRAVIK_BMP_COPY, DRAVIK_TOP_LEFT), -1);
   EXPECT_TRUE(screen_->same());
 }
 
@@ -160,7 +160,7 @@ TEST_F(PictureSlots, DoNotNeedTheFileAgain) {
   EXPECT_EQ(show_and_compare(), 0);
 }
 
-TEST_F(PictureSlots, FreeingKeepsPointersAndNumberAndNothingIsDrawnAnyMore) {
+TEST_F(PictureSlots, KeepPointersAndNumberAfterFree) {
   load({random_picture(5, 5).file(), random_picture(5, 5).file()});
   uint8_t *const first = bmp_mem_ptr[0], *const second = bmp_mem_ptr[1];
   bmp_mem_free();
@@ -171,7 +171,7 @@ TEST_F(PictureSlots, FreeingKeepsPointersAndNumberAndNothingIsDrawnAnyMore) {
   expect_refused(1, "BMP mem ptr is NULL, bmp_mem_idx=1");
 }
 
-TEST_F(PictureSlots, FreeingTwiceIsHarmless) {
+TEST_F(PictureSlots, AllowSecondFree) {
   load({random_picture(5, 5).file()});
   bmp_mem_free();
   bmp_mem_free();
@@ -182,7 +182,7 @@ TEST_F(PictureSlots, FreeingTwiceIsHarmless) {
   EXPECT_THAT(logged(), IsEmpty());
 }
 
-TEST_F(PictureSlots, FreeingWalksPastEmptySlots) {
+TEST_F(PictureSlots, FreeBeyondEmptySlots) {
   make("good");
   const auto in_use_after_free = [this] {
     alloc({"missing", "good", "missing", "good"});
@@ -196,19 +196,19 @@ TEST_F(PictureSlots, FreeingWalksPastEmptySlots) {
   expect_refused(3, "BMP mem ptr is NULL, bmp_mem_idx=3");
 }
 
-TEST_F(PictureSlots, FreeingBeforeAnythingWasLoadedIsHarmless) {
+TEST_F(PictureSlots, AllowFreeBeforeLoad) {
   bmp_mem_free();
   EXPECT_EQ(bmp_mem_num, 0);
 }
 
-TEST_F(PictureSlots, FreeingDoesNotGoPastTheLastSlot) {
+TEST_F(PictureSlots, StopFreeingAtLastSlot) {
   bmp_mem_num = 1000;
   bmp_mem_free();
   expect_refused(64, "BMP mem index err: 64, max = 1000");
   bmp_mem_num = 0;
 }
 
-TEST_F(PictureSlots, OutsideTheirRangeAreRefused) {
+TEST_F(PictureSlots, RejectNumbersOutOfRange) {
   load({random_picture(5, 5).file(), random_picture(5, 5).file()});
   expect_refused(2, "BMP mem index err: 2, max = 2");
   expect_refused(INT32_MAX, "BMP mem index err: 2147483647, max = 2");
@@ -216,13 +216,13 @@ TEST_F(PictureSlots, OutsideTheirRangeAreRefused) {
   expect_refused(INT32_MIN, "BMP mem index err: -2147483648, max = 2");
 }
 
-TEST_F(PictureSlots, EmptyOnesAreRefused) {
+TEST_F(PictureSlots, RejectEmptySlots) {
   alloc({"missing"});
   logged();
   expect_refused(0, "BMP mem ptr is NULL, bmp_mem_idx=0");
 }
 
-TEST_F(PictureSlots, BlockOfTheApplicationIsDrawn) {
+TEST_F(PictureSlots, DrawBlockOfApplication) {
   load({random_picture(5, 5).file()});
   uint8_t *const loaded = bmp_mem_ptr[0];
   bytes own = random_picture(7, 3).file();

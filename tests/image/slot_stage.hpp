@@ -1,7 +1,7 @@
-// The library's picture slots and a model of them, side by side.
+// The library's image slots and a model of them, side by side.
 #pragma once
 
-#include "image/slot_model.hpp"
+#include "image/bmp_model.hpp"
 #include "support/bmp_maker.hpp"
 #include "support/board.hpp"
 #include "support/descriptors.hpp"
@@ -14,13 +14,13 @@
 
 namespace dravik::test {
 
-/// A board with a folder of pictures, a screen, and the model of both.
+/// A board with a directory of images, a screen, and the model of both.
 class slot_stage : public testing::Test {
 protected:
   board board_;
   std::mt19937 random_{4711};
   std::optional<fake_screen> screen_{std::in_place, screen_shape{.xres = 96, .yres = 64, .padding = 6}};
-  slot_model model_;
+  bmp_model model_;
   std::vector<bytes> files_;
 
   slot_stage() {
@@ -35,7 +35,7 @@ protected:
 
   void use_screen(const screen_shape &shape) { screen_.emplace(shape); }
 
-  /// Loads files into the slots from 0 on, in place of those loaded before.
+  /// Load files into the slots from 0 on, in place of those loaded before.
   void load(const std::vector<bytes> &files) {
     bmp_mem_free();
     files_ = files;
@@ -51,20 +51,20 @@ protected:
   }
 
   /// Draw a slot that load() filled and compare all results with the model. Return the result.
-  int show_and_compare(uint32_t x = 0, uint32_t y = 0, int32_t slot = 0, int32_t mode = 0,
-                       uint8_t align = 0) {
+  int show_and_compare(uint32_t x = 0, uint32_t y = 0, int32_t slot = 0, int32_t mode = DRAVIK_BMP_COPY,
+                       uint8_t align = DRAVIK_TOP_LEFT) {
     const int result = bmp_mem_show(x, y, slot, mode, align);
-    EXPECT_EQ(result,
-              model_.draw(screen_->model(), x, y, slot, files_.at(static_cast<size_t>(slot)), mode, align));
+    EXPECT_EQ(result, model_.draw_slot(screen_->model(), {x, y, align}, static_cast<uint32_t>(slot),
+                                       files_.at(static_cast<size_t>(slot)), mode));
     EXPECT_EQ(logged(), model_.messages);
     expect_info();
     EXPECT_TRUE(screen_->same());
     return result;
   }
 
-  /// The bad news of a call that is not to draw anything, nor to change the record of the last picture.
+  /// Expect a failure that neither draws nor changes the values of the last image.
   void expect_refused(int32_t slot, const std::string &message) {
-    EXPECT_EQ(bmp_mem_show(0, 0, slot, 0, 0), -1);
+    EXPECT_EQ(bmp_mem_show(0, 0, slot, DRAVIK_BMP_COPY, DRAVIK_TOP_LEFT), -1);
     EXPECT_THAT(logged(), testing::ElementsAre(message));
     expect_info();
     EXPECT_TRUE(screen_->same());

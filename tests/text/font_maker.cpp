@@ -118,7 +118,7 @@ bytes put_together(const font_tables &tables) {
 }
 
 bytes make_truetype(uint16_t units_per_em, const std::vector<made_glyph> &glyphs, uint16_t space_advance) {
-  // glyph 0 stands for what is missing; then come the space, 32 characters without ink, and 'A'
+  // glyph 0 represents missing characters; then come the space, 32 characters without ink, and 'A'
   std::vector<made_glyph> all(34, made_glyph{space_advance});
   all.insert(all.end(), glyphs.begin(), glyphs.end());
   big_endian hmtx, loca;

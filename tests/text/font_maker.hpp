@@ -1,4 +1,4 @@
-// Small fonts made by hand, and real ones taken to pieces.
+// Small fonts made by hand, and excerpts of real ones.
 #pragma once
 
 #include "support/bytes.hpp"
@@ -53,7 +53,7 @@ struct made_bitmap {
   std::vector<std::string> rows = {}; ///< '#' is ink
 };
 
-/// A font of bitmaps of one bit a pixel, `pixels` high.
+/// A font of bitmaps of one bit per pixel, `pixels` high.
 std::string make_bdf(int pixels, const std::vector<made_bitmap> &glyphs);
 
 } // namespace dravik::test

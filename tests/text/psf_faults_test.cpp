@@ -1,4 +1,4 @@
-// Bitmap fonts when the system refuses what they need.
+// Bitmap fonts when system calls fail.
 
 #include "dravik.h"
 #include "support/board.hpp"
@@ -24,7 +24,7 @@ protected:
   strings messages() const { return log_messages(board_.path("tmp/dravik.log")); }
 };
 
-TEST_F(PsfFaults, MemoryIsRefused) {
+TEST_F(PsfFaults, RejectWithoutMemory) {
   const std::string path = board_.path("font.psf");
   write_file(path, psf2_maker{127, 255, 17, 120, bytes(32385)}.file());
   refused_size = 32385;
@@ -41,7 +41,7 @@ TEST_F(PsfFaults, MemoryIsRefused) {
   std::free(slot_.ptr);
 }
 
-TEST_F(PsfFaults, FileCannotBeOpened) {
+TEST_F(PsfFaults, RejectUnopenableFile) {
   const char *path = "/usr/local/dravik/font.psf";
   write_file(board_.path(path), psf1_file(0, 8, bytes(2048)));
   board_.set_fault("open", path, "EACCES");
@@ -53,7 +53,7 @@ TEST_F(PsfFaults, FileCannotBeOpened) {
   std::free(slot_.ptr);
 }
 
-TEST_F(PsfFaults, NothingStaysOpen) {
+TEST_F(PsfFaults, LeaveNothingOpen) {
   const std::string path = board_.path("font.psf");
   const auto open_files = [] {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});

@@ -1,4 +1,4 @@
-// Bitmap fonts in slots: what a file fills a slot with, and what is said of the files that do not.
+// Bitmap fonts in slots: the contents of a slot, and the messages of files that fail.
 
 #include "dravik.h"
 #include "support/board.hpp"
@@ -58,7 +58,7 @@ bytes counted(size_t count) {
   return made;
 }
 
-TEST_F(PsfFont, RecordIsSixWords) {
+TEST_F(PsfFont, HasRecordOfSixWords) {
   EXPECT_EQ(offsetof(psf_font, ptr), 0U);
   EXPECT_EQ(offsetof(psf_font, charsize), sizeof(void *));
   EXPECT_EQ(offsetof(psf_font, length), sizeof(void *) + 4);
@@ -71,7 +71,7 @@ TEST_F(PsfFont, RecordIsSixWords) {
 
 // ------------------------------------------------------------------------------------------------ version 1
 
-TEST_F(PsfFont, Version1ModesGiveTheNumberOfGlyphs) {
+TEST_F(PsfFont, ReadsNumberOfGlyphsFromVersion1Mode) {
   const struct {
     uint8_t mode;
     int32_t length;
@@ -88,7 +88,7 @@ TEST_F(PsfFont, Version1ModesGiveTheNumberOfGlyphs) {
   EXPECT_EQ(messages(), strings{});
 }
 
-TEST_F(PsfFont, Version1ModeThatIsUnknownIsAFontOfNoGlyphs) {
+TEST_F(PsfFont, LoadsNoGlyphsForUnknownVersion1Mode) {
   for (const uint8_t mode : bytes{4, 5, 8, 255}) {
     EXPECT_EQ(load(psf1_file(mode, 16, counted(4096))), 0);
     expect_slot(1, 0, 16, 8, 16);
@@ -98,7 +98,7 @@ TEST_F(PsfFont, Version1ModeThatIsUnknownIsAFontOfNoGlyphs) {
   EXPECT_EQ(messages(), strings{});
 }
 
-TEST_F(PsfFont, Version1LimitOfSize) {
+TEST_F(PsfFont, LimitsSizeOfVersion1) {
   EXPECT_EQ(load(psf1_file(0, 128, counted(32768))), 0);
   expect_slot(1, 256, 128, 8, 128);
   std::free(slot_.ptr);
@@ -110,14 +110,14 @@ TEST_F(PsfFont, Version1LimitOfSize) {
                      "8 x 129 font, 129 x 256 bytes"}));
 }
 
-TEST_F(PsfFont, Version1OfMagicAloneIsAFontOfEmptyGlyphs) {
+TEST_F(PsfFont, LoadsEmptyGlyphsForVersion1Magic) {
   EXPECT_EQ(load({0x36, 0x04}), 0);
   expect_slot(1, 256, 0, 8, 0);
 }
 
 // ------------------------------------------------------------------------------------------------ version 2
 
-TEST_F(PsfFont, Version2TakesTheFiguresOfItsHeader) {
+TEST_F(PsfFont, ReadsVersion2Header) {
   psf2_maker font = {100, 26, 13, 9, counted(2600)};
   font.version = 77;
   font.flags = 0xFFFFFFFF;
@@ -129,7 +129,7 @@ TEST_F(PsfFont, Version2TakesTheFiguresOfItsHeader) {
   EXPECT_EQ(messages(), strings{});
 }
 
-TEST_F(PsfFont, Version2GlyphsBeginWhereTheHeaderSays) {
+TEST_F(PsfFont, ReadsVersion2GlyphsAtHeaderOffset) {
   for (const uint32_t position : {32U, 33U, 64U, 4096U}) {
     SCOPED_TRACE(position);
     psf2_maker font = {10, 8, 8, 8, counted(80)};
@@ -141,7 +141,7 @@ TEST_F(PsfFont, Version2GlyphsBeginWhereTheHeaderSays) {
   slot_.ptr = nullptr;
 }
 
-TEST_F(PsfFont, Version2GlyphsMayBeginInTheHeader) {
+TEST_F(PsfFont, ReadsVersion2GlyphsInHeader) {
   psf2_maker font = {2, 8, 8, 8, counted(16)};
   font.glyphs_at = 0;
   const bytes content = font.file();
@@ -149,7 +149,7 @@ TEST_F(PsfFont, Version2GlyphsMayBeginInTheHeader) {
   expect_glyphs(first_bytes(content, 16));
 }
 
-TEST_F(PsfFont, LimitOfSizeIs32768Bytes) {
+TEST_F(PsfFont, LimitsSizeTo32768Bytes) {
   EXPECT_EQ(load(psf2_maker{512, 64, 32, 16, counted(32768)}.file()), 0);
   expect_slot(2, 512, 64, 16, 32);
   std::free(slot_.ptr);
@@ -160,25 +160,25 @@ TEST_F(PsfFont, LimitOfSizeIs32768Bytes) {
             (strings{"psf_font_load(): font file size err = 32832", "16 x 32 font, 64 x 513 bytes"}));
 }
 
-TEST_F(PsfFont, LargeGlyphsWarnAndLoad) {
+TEST_F(PsfFont, WarnsOfLargeGlyphsAndLoads) {
   EXPECT_EQ(load(psf2_maker{10, 129, 43, 24, counted(1290)}.file()), 0);
   expect_glyphs(counted(1290));
   EXPECT_EQ(messages(), strings{"font character size > 128 bytes"});
 }
 
-TEST_F(PsfFont, GlyphsOf128BytesDoNotWarn) {
+TEST_F(PsfFont, AcceptsGlyphsOf128BytesWithoutWarning) {
   EXPECT_EQ(load(psf2_maker{10, 128, 64, 16, counted(1280)}.file()), 0);
   EXPECT_EQ(messages(), strings{});
 }
 
-TEST_F(PsfFont, LargeGlyphsWarnBeforeTheSizeFails) {
+TEST_F(PsfFont, WarnsOfLargeGlyphsBeforeSizeFails) {
   EXPECT_EQ(load(psf2_maker{256, 160, 80, 16, counted(40960)}.file()), -1);
   EXPECT_EQ(messages(),
             (strings{"font character size > 128 bytes", "psf_font_load(): font file size err = 40960",
                      "16 x 80 font, 160 x 256 bytes"}));
 }
 
-TEST_F(PsfFont, SizesThatMakeNoSenseFailLikeARefusedAllocation) {
+TEST_F(PsfFont, ReportsInvalidSizesAsFailedAllocation) {
   const struct {
     uint32_t length, charsize;
     const char *size;
@@ -204,7 +204,7 @@ TEST_F(PsfFont, SizesThatMakeNoSenseFailLikeARefusedAllocation) {
   }
 }
 
-TEST_F(PsfFont, ProductThatWrapsAboveTheLimitIsReportedAsASize) {
+TEST_F(PsfFont, ReportsWrappedProductAsSize) {
   const struct {
     uint32_t length, charsize;
     const char *size, *figures;
@@ -231,7 +231,7 @@ TEST_F(PsfFont, ProductThatWrapsAboveTheLimitIsReportedAsASize) {
   }
 }
 
-TEST_F(PsfFont, ShortFileLeavesTheGlyphsItDoesNotHoldEmpty) {
+TEST_F(PsfFont, LeavesGlyphsAfterShortFileEmpty) {
   const bytes all = counted(160);
   const bytes content = psf2_maker{10, 16, 16, 8, all}.file();
   for (const size_t held : {0U, 1U, 15U, 16U, 159U}) {
@@ -246,7 +246,7 @@ TEST_F(PsfFont, ShortFileLeavesTheGlyphsItDoesNotHoldEmpty) {
   EXPECT_EQ(messages(), strings{});
 }
 
-TEST_F(PsfFont, GlyphsBeyondTheFileAreEmpty) {
+TEST_F(PsfFont, LeavesGlyphsBeyondFileEmpty) {
   for (const uint32_t position : {0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
     psf2_maker font = {10, 16, 16, 8, counted(160)};
     font.glyphs_at = position;
@@ -259,7 +259,7 @@ TEST_F(PsfFont, GlyphsBeyondTheFileAreEmpty) {
 
 // ------------------------------------------------------------------------------------------------ failures
 
-TEST_F(PsfFont, MissingFile) {
+TEST_F(PsfFont, RejectsMissingFile) {
   const std::string path = board_.path("missing.psf");
   slot_ = {nullptr, 1, 2, 3, 4, 5};
   EXPECT_EQ(psf_font_load(path.c_str(), &slot_), -1);
@@ -267,7 +267,7 @@ TEST_F(PsfFont, MissingFile) {
   EXPECT_EQ(messages(), strings{path + " not found!"});
 }
 
-TEST_F(PsfFont, FolderIsNotARegularFile) {
+TEST_F(PsfFont, RejectsDirectory) {
   const std::string path = board_.path("folder");
   std::filesystem::create_directory(path);
   slot_ = {nullptr, 1, 2, 3, 4, 5};
@@ -276,7 +276,7 @@ TEST_F(PsfFont, FolderIsNotARegularFile) {
   EXPECT_EQ(messages(), strings{path + " not regular file"});
 }
 
-TEST_F(PsfFont, OtherFormatsAreNamedByTheirFirstBytes) {
+TEST_F(PsfFont, ReportsOtherFormatsByFirstBytes) {
   const struct {
     bytes content;
     const char *id;
@@ -296,7 +296,7 @@ TEST_F(PsfFont, OtherFormatsAreNamedByTheirFirstBytes) {
   }
 }
 
-TEST_F(PsfFont, FileOfFewerThanFourBytesIsAnotherFormat) {
+TEST_F(PsfFont, RejectsFileOfFewerThanFourBytes) {
   for (const bytes &content : {bytes{}, bytes{0x72}, bytes{0x36}, bytes{0x72, 0xB5, 0x4A}}) {
     std::filesystem::remove(board_.path("tmp/dravik.log"));
     EXPECT_EQ(load(content), -1);
@@ -320,7 +320,7 @@ protected:
   }
 };
 
-TEST_F(PsfSlots, PathsFillTheSlotsInTheirOrder) {
+TEST_F(PsfSlots, FillInOrderOfPaths) {
   alloc(3, {font(10), font(11), font(12)});
   EXPECT_EQ(psf_font_num, 3);
   EXPECT_EQ(get_psf_font_num(), 3);
@@ -333,7 +333,7 @@ TEST_F(PsfSlots, PathsFillTheSlotsInTheirOrder) {
   EXPECT_EQ(messages(), strings{});
 }
 
-TEST_F(PsfSlots, TwentyPathsLoadSixteen) {
+TEST_F(PsfSlots, LoadSixteenOfTwentyPaths) {
   strings paths;
   for (uint8_t i = 0; i < 16; ++i)
     paths.push_back(font(i));
@@ -349,7 +349,7 @@ TEST_F(PsfSlots, TwentyPathsLoadSixteen) {
   psf_font_free();
 }
 
-TEST_F(PsfSlots, NoPathsAndFewerThanNone) {
+TEST_F(PsfSlots, LoadNothingForCountBelowOne) {
   psf_font_num = 5;
   psf_font_alloc(0, nullptr);
   EXPECT_EQ(psf_font_num, 0);
@@ -359,7 +359,7 @@ TEST_F(PsfSlots, NoPathsAndFewerThanNone) {
   EXPECT_EQ(messages(), strings{});
 }
 
-TEST_F(PsfSlots, FailedFontIsCountedAndTheNextOnesLoad) {
+TEST_F(PsfSlots, CountFailedFontAndLoadNext) {
   const std::string missing = board_.path("missing"), other = file("other", {1, 2, 3, 4});
   alloc(4, {font(1), missing, other, font(4)});
   EXPECT_EQ(get_psf_font_num(), 4);
@@ -375,7 +375,7 @@ TEST_F(PsfSlots, FailedFontIsCountedAndTheNextOnesLoad) {
   std::free(psf[0].ptr);
 }
 
-TEST_F(PsfSlots, SlotOfATooLargeFontKeepsItsFigures) {
+TEST_F(PsfSlots, KeepFiguresOfTooLargeFont) {
   const std::string path = file("large", psf2_maker{513, 64, 32, 16, {}}.file());
   alloc(1, {path});
   EXPECT_EQ(psf[0].ptr, nullptr);
@@ -384,7 +384,7 @@ TEST_F(PsfSlots, SlotOfATooLargeFontKeepsItsFigures) {
   EXPECT_EQ(messages().back(), "psf_font_alloc(): load " + path + " err");
 }
 
-TEST_F(PsfSlots, FailedLoadEmptiesASlotThatWasFilled) {
+TEST_F(PsfSlots, EmptyOnFailedLoad) {
   alloc(1, {font(1)});
   uint8_t *const before = psf[0].ptr;
   alloc(1, {board_.path("missing")});
@@ -393,7 +393,7 @@ TEST_F(PsfSlots, FailedLoadEmptiesASlotThatWasFilled) {
   std::free(before);
 }
 
-TEST_F(PsfSlots, SecondLoadDoesNotFreeTheFirst) {
+TEST_F(PsfSlots, KeepMemoryOfFirstLoad) {
   alloc(1, {font(1)});
   uint8_t *const before = psf[0].ptr;
   alloc(1, {font(2)});
@@ -403,7 +403,7 @@ TEST_F(PsfSlots, SecondLoadDoesNotFreeTheFirst) {
   psf_font_free();
 }
 
-TEST_F(PsfSlots, FreeingClearsThePointersAlone) {
+TEST_F(PsfSlots, ClearPointersOnlyOnFree) {
   alloc(2, {font(1), font(2)});
   psf_font_free();
   EXPECT_EQ(psf[0].ptr, nullptr);
@@ -417,14 +417,14 @@ TEST_F(PsfSlots, FreeingClearsThePointersAlone) {
   EXPECT_EQ(messages(), strings{});
 }
 
-TEST_F(PsfSlots, FreeingTwiceSaysSo) {
+TEST_F(PsfSlots, LogSecondFree) {
   alloc(1, {font(1)});
   psf_font_free();
   psf_font_free();
   EXPECT_EQ(messages(), strings{"psf_font_free(): free psf_font_ptr[0] err!"});
 }
 
-TEST_F(PsfSlots, FreeingEndsAtTheFirstEmptySlot) {
+TEST_F(PsfSlots, StopFreeingAtFirstEmptySlot) {
   alloc(4, {font(1), font(2), board_.path("missing"), font(4)});
   psf_font_free();
   EXPECT_EQ(psf[0].ptr, nullptr);
@@ -435,7 +435,7 @@ TEST_F(PsfSlots, FreeingEndsAtTheFirstEmptySlot) {
   std::free(psf[3].ptr);
 }
 
-TEST_F(PsfSlots, FreeingWithAnEmptyFirstSlotFreesNothing) {
+TEST_F(PsfSlots, FreeNothingIfFirstSlotIsEmpty) {
   alloc(2, {board_.path("missing"), font(2)});
   psf_font_free();
   EXPECT_NE(psf[1].ptr, nullptr);
@@ -443,7 +443,7 @@ TEST_F(PsfSlots, FreeingWithAnEmptyFirstSlotFreesNothing) {
   std::free(psf[1].ptr);
 }
 
-TEST_F(PsfSlots, FreeingNothingIsSilent) {
+TEST_F(PsfSlots, LogNothingIfNothingIsLoaded) {
   psf_font_free();
   psf_font_num = -1;
   psf_font_free();
@@ -453,7 +453,7 @@ TEST_F(PsfSlots, FreeingNothingIsSilent) {
 // ------------------------------------------------------------------------------------------------ hostile
 // files
 
-TEST_F(PsfFont, CutAnywhereItLoadsOrFailsWithoutHarm) {
+TEST_F(PsfFont, LoadsOrRejectsFileCutAnywhere) {
   const struct {
     bytes whole;
     size_t magic;
@@ -468,7 +468,7 @@ TEST_F(PsfFont, CutAnywhereItLoadsOrFailsWithoutHarm) {
   slot_.ptr = nullptr;
 }
 
-TEST_F(PsfFont, RandomHeadersLoadOrFailWithoutHarm) {
+TEST_F(PsfFont, LoadsOrRejectsRandomHeaders) {
   std::mt19937 random(7);
   int loaded = 0;
   for (int round = 0; round < 1000; ++round) {

@@ -12,7 +12,7 @@
 namespace dravik::test {
 namespace {
 
-/// Draws text as a list of glyph numbers, pixel by pixel.
+/// Draw text as a list of glyph numbers, pixel by pixel.
 struct text_model {
   model_plane on;
   const psf_file &font;
@@ -46,7 +46,7 @@ protected:
 
   void use_screen(const screen_shape &shape) { screen_.emplace(shape); }
 
-  /// Puts a font into slot 0 and gives it as the test reads it.
+  /// Put a font into slot 0 and return it as read by the test.
   psf_file use(const bytes &content) const {
     psf_font_free();
     const std::string path = board_.path("font.psf");
@@ -64,11 +64,11 @@ protected:
   }
 };
 
-constexpr uint32_t ink = 0xFFE0, paper = 0x001F;
+constexpr uint32_t ink = DRAVIK_YELLOW, paper = DRAVIK_BLUE;
 
 // ------------------------------------------------------------------------------------------------ one glyph
 
-TEST_F(PsfText, GlyphsOfEveryWidthAndPlace) {
+TEST_F(PsfText, DrawsGlyphsOfEveryWidthAndPosition) {
   for (uint32_t width = 1; width <= 16; ++width) {
     const psf_file font = use_random(width, 11, 64);
     for (uint32_t glyph = 0; glyph < 64; ++glyph) {
@@ -82,7 +82,7 @@ TEST_F(PsfText, GlyphsOfEveryWidthAndPlace) {
   }
 }
 
-TEST_F(PsfText, WideFontsShowSixteenColumnsOfTwoBytesARow) {
+TEST_F(PsfText, DrawsSixteenColumnsOfWideFonts) {
   for (const uint32_t width : {17U, 24U, 32U}) {
     const psf_file font = use_random(width, 24, 32);
     for (const uint32_t bg : {0U, paper}) {
@@ -93,7 +93,7 @@ TEST_F(PsfText, WideFontsShowSixteenColumnsOfTwoBytesARow) {
   }
 }
 
-TEST_F(PsfText, OneGlyphByHand) {
+TEST_F(PsfText, DrawsGlyphWorkedOutByHand) {
   bytes glyphs(256 * 2);
   glyphs[65 * 2] = 0b10000001;
   glyphs[65 * 2 + 1] = 0b01100000;
@@ -107,14 +107,14 @@ TEST_F(PsfText, OneGlyphByHand) {
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(PsfText, BackgroundZeroLeavesThePixelsAround) {
+TEST_F(PsfText, LeavesPixelsAroundOnBackgroundZero) {
   const psf_file font = use(psf1_file(0, 1, bytes(256, 0b00010000)));
   screen_->model().put(10 + 3, 10, ink);
   fb_putc(0, 10, 10, ink, 0, 0);
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(PsfText, ColoursAreTheLowHalf) {
+TEST_F(PsfText, UsesLowHalfOfColours) {
   const psf_file font = use_random(8, 8);
   model(font, 0x1234, 0x5678).put(77, 3, 4);
   fb_putc(77, 3, 4, 0xABCD1234, 0x5678, 0);
@@ -124,7 +124,7 @@ TEST_F(PsfText, ColoursAreTheLowHalf) {
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(PsfText, GlyphsAbove255AreReachedByNumber) {
+TEST_F(PsfText, DrawsGlyphsAbove255ByNumber) {
   const psf_file font = use(psf1_file(1, 16, random_bytes(random_, 8192)));
   for (const uint32_t glyph : {255U, 256U, 300U, 511U}) {
     model(font, ink, paper).put(glyph, 8, 9);
@@ -133,7 +133,7 @@ TEST_F(PsfText, GlyphsAbove255AreReachedByNumber) {
   }
 }
 
-TEST_F(PsfText, GlyphsThatTheFontDoesNotHaveDrawNothing) {
+TEST_F(PsfText, DrawsNothingForMissingGlyphs) {
   use_random(8, 16, 100);
   for (const uint32_t glyph : {100U, 101U, 255U, 256U, 0x7FFFFFFFU, 0x80000000U, 0x10000000U, 0xFFFFFFFFU})
     fb_putc(glyph, 8, 9, ink, paper, 0);
@@ -141,7 +141,7 @@ TEST_F(PsfText, GlyphsThatTheFontDoesNotHaveDrawNothing) {
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(PsfText, GlyphAcrossTheRightEdgeGoesOnInTheNextLine) {
+TEST_F(PsfText, ContinuesAcrossRightEdgeInNextLine) {
   use_screen({.xres = 100, .yres = 40});
   const psf_file font = use_random(12, 16);
   for (const uint32_t bg : {0U, paper}) {
@@ -151,7 +151,7 @@ TEST_F(PsfText, GlyphAcrossTheRightEdgeGoesOnInTheNextLine) {
   }
 }
 
-TEST_F(PsfText, GlyphWiderThanTheScreenIsDrawnRowAfterRow) {
+TEST_F(PsfText, DrawsRowsOfGlyphWiderThanScreen) {
   use_screen({.xres = 5, .yres = 40});
   const psf_file font = use_random(16, 16);
   for (const uint32_t bg : {0U, paper}) {
@@ -161,19 +161,19 @@ TEST_F(PsfText, GlyphWiderThanTheScreenIsDrawnRowAfterRow) {
   }
 }
 
-TEST_F(PsfText, GlyphBelowTheLastLineIsWrittenPastTheScreen) {
+TEST_F(PsfText, DrawsGlyphBelowLastLine) {
   const psf_file font = use_random(8, 8);
   model(font, ink, paper).put(9, 10, 56);
   fb_putc(9, 10, 56, ink, paper, 0);
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(PsfText, GlyphTallerThanTheScreenEndsWithItsMemory) {
+TEST_F(PsfText, ClipsTallGlyphAtEndOfMemory) {
   use_screen({.xres = 40, .yres = 10, .padding = 6});
   psf2_maker maker = psf2_maker::random_font(random_, 8, 20, 16);
   const bytes content = maker.file();
   use(content);
-  maker.height = 7; // what is seen of it from line 3 on
+  maker.height = 7; // the visible part, from line 3
   const psf_file visible(maker.file());
   for (const uint32_t bg : {0U, paper}) {
     model(visible, ink, bg).put(9, 12, 3);
@@ -182,11 +182,11 @@ TEST_F(PsfText, GlyphTallerThanTheScreenEndsWithItsMemory) {
   }
 }
 
-/// Draws a glyph of a font larger than the screen; each pixel of it in the memory is expected.
+/// Draw a glyph of a font larger than the screen; each pixel of it in the memory is expected.
 class LargeGlyph : public PsfText {
 protected:
-  void draws(uint32_t width, uint32_t height, int32_t x, int32_t y, int64_t memory_begin = 0,
-             int64_t memory_end = 0) {
+  void draw_and_compare(uint32_t width, uint32_t height, int32_t x, int32_t y, int64_t memory_begin = 0,
+                        int64_t memory_end = 0) {
     use_screen({.xres = 20, .yres = 10, .padding = 6, .guard_lines = 40});
     const int64_t line_length = screen_->line_length();
     const psf_file font = use_random(width, height, 16);
@@ -209,30 +209,30 @@ protected:
   }
 };
 
-TEST_F(LargeGlyph, BeginsAndEndsWithTheMemory) {
+TEST_F(LargeGlyph, IsClippedAtStartAndEndOfMemory) {
   for (const uint32_t width : {3U, 8U, 9U, 13U, 16U, 24U})
     for (const int32_t x : {-17, -7, -1, 0, 5, 12, 19, 22}) {
-      draws(width, 11, x, -1);
-      draws(width, 20, x, 0);
-      draws(width, 20, x, 9);
-      draws(width, 30, x, -7);
+      draw_and_compare(width, 11, x, -1);
+      draw_and_compare(width, 20, x, 0);
+      draw_and_compare(width, 20, x, 9);
+      draw_and_compare(width, 30, x, -7);
     }
 }
 
-TEST_F(LargeGlyph, FarFromTheMemoryIsNotDrawn) {
+TEST_F(LargeGlyph, SkipsPixelsFarFromMemory) {
   for (const int32_t far : {INT32_MIN, INT32_MIN + 1, INT32_MAX - 1, INT32_MAX}) {
-    draws(8, 11, far, 0);
-    draws(8, 11, 0, far);
+    draw_and_compare(8, 11, far, 0);
+    draw_and_compare(8, 11, 0, far);
   }
 }
 
-TEST_F(LargeGlyph, MemoryIsTheWholeMappingWhenTheScreenIsItsSecondBuffer) {
+TEST_F(LargeGlyph, UsesWholeMappingInSecondBuffer) {
   constexpr int64_t five_lines = 5 * 46;
-  draws(9, 11, 3, -1, -five_lines);
-  draws(16, 20, -4, -7, -five_lines);
+  draw_and_compare(9, 11, 3, -1, -five_lines);
+  draw_and_compare(16, 20, -4, -7, -five_lines);
 }
 
-TEST_F(PsfText, PaddedLinesAreStepped) {
+TEST_F(PsfText, StepsOverPaddedLines) {
   use_screen({.xres = 64, .yres = 20, .padding = 130});
   const psf_file font = use_random(9, 14);
   model(font, ink, paper).put("pad", 4, 3);
@@ -243,7 +243,7 @@ TEST_F(PsfText, PaddedLinesAreStepped) {
 // ------------------------------------------------------------------------------------------------ other
 // slots
 
-TEST_F(PsfText, SlotsThatHoldNoFontDrawNothing) {
+TEST_F(PsfText, DrawsNothingForEmptySlots) {
   use_random(8, 8);
   for (const int32_t slot : {1, 15, 16, 17, -1, INT32_MIN, INT32_MAX}) {
     fb_putc('A', 10, 10, ink, paper, slot);
@@ -252,7 +252,7 @@ TEST_F(PsfText, SlotsThatHoldNoFontDrawNothing) {
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(PsfText, FontThatFailedDrawsNothing) {
+TEST_F(PsfText, DrawsNothingForFailedFont) {
   use(psf2_maker{513, 64, 32, 16, {}}.file());
   ASSERT_EQ(psf[0].height, 32);
   fb_putc('A', 10, 10, ink, paper, 0);
@@ -260,7 +260,7 @@ TEST_F(PsfText, FontThatFailedDrawsNothing) {
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(PsfText, FontsWithoutRowsOrColumnsDrawNothing) {
+TEST_F(PsfText, DrawsNothingWithoutRowsOrColumns) {
   const struct {
     uint32_t height, width;
   } sizes[] = {{0, 8}, {0xFFFFFFFF, 8}, {8, 0}, {8, 0xFFFFFFFF}, {0x80000000, 8}};
@@ -272,7 +272,7 @@ TEST_F(PsfText, FontsWithoutRowsOrColumnsDrawNothing) {
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(PsfText, RowsBeyondTheGlyphAreThoseOfTheNext) {
+TEST_F(PsfText, DrawsRowsOfNextGlyphBeyondGlyph) {
   psf2_maker maker = psf2_maker::random_font(random_, 8, 8, 256);
   maker.height = 12;
   const psf_file font = use(maker.file());
@@ -281,7 +281,7 @@ TEST_F(PsfText, RowsBeyondTheGlyphAreThoseOfTheNext) {
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(PsfText, RowsBeyondTheFontAreNeverRead) {
+TEST_F(PsfText, NeverReadsBeyondFont) {
   psf2_maker maker = psf2_maker::random_font(random_, 8, 8, 16);
   for (const uint32_t height : {9U, 100U, 0x10000U, 0x7FFFFFFFU}) {
     maker.height = height;
@@ -291,7 +291,7 @@ TEST_F(PsfText, RowsBeyondTheFontAreNeverRead) {
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(PsfText, SlotsSetByTheApplicationAreDrawn) {
+TEST_F(PsfText, DrawsSlotsSetByApplication) {
   bytes glyphs = random_bytes(random_, 16 * 4);
   psf[5] = {glyphs.data(), 16, 4, 2, 8, 16};
   const psf_file font(psf2_maker{4, 16, 16, 8, glyphs}.file());
@@ -304,7 +304,7 @@ TEST_F(PsfText, SlotsSetByTheApplicationAreDrawn) {
 
 class FbPrintf : public PsfText {
 protected:
-  /// Expects a format to draw plain text from (10, 20) on.
+  /// Expect a format to draw plain text from (10, 20) on.
   template <class... Values>
   void expect_text(const std::string &text, const char *format, const Values &...values) {
     const psf_file font = use_random(8, 16);
@@ -314,113 +314,113 @@ protected:
   }
 };
 
-TEST_F(FbPrintf, EmptyFormatDrawsNothing) {
+TEST_F(FbPrintf, DrawsNothingForEmptyFormat) {
   expect_text("", "");
 }
-TEST_F(FbPrintf, CellsStandSideBySide) {
+TEST_F(FbPrintf, DrawsCellsSideBySide) {
   expect_text("AB", "AB");
 }
-TEST_F(FbPrintf, BytesAbove127AreGlyphs128To255) {
+TEST_F(FbPrintf, DrawsBytesAbove127AsGlyphs128To255) {
   expect_text("\x80\xC4\xFF", "\x80\xC4\xFF");
 }
-TEST_F(FbPrintf, NewlineAndTabBytesAreGlyphs) {
+TEST_F(FbPrintf, DrawsNewlineAndTabBytesAsGlyphs) {
   expect_text("a\nb\tc", "a\nb\tc");
 }
 
-TEST_F(FbPrintf, Decimal) {
+TEST_F(FbPrintf, FormatsDecimal) {
   expect_text("42", "%d", 42);
 }
-TEST_F(FbPrintf, DecimalLeast) {
+TEST_F(FbPrintf, FormatsLeastDecimal) {
   expect_text("-2147483648", "%d", INT32_MIN);
 }
-TEST_F(FbPrintf, Hexadecimal) {
+TEST_F(FbPrintf, FormatsHexadecimal) {
   expect_text("deadbeef", "%x", 0xDEADBEEFU);
 }
-TEST_F(FbPrintf, HexadecimalZero) {
+TEST_F(FbPrintf, FormatsHexadecimalZero) {
   expect_text("0", "%x", 0U);
 }
-TEST_F(FbPrintf, Character) {
+TEST_F(FbPrintf, FormatsCharacter) {
   expect_text("Z", "%c", 'Z');
 }
-TEST_F(FbPrintf, CharacterIsTheLowByte) {
+TEST_F(FbPrintf, UsesLowByteOfCharacter) {
   expect_text("Z", "%c", 0x1200 + 'Z');
 }
-TEST_F(FbPrintf, CharacterAbove127) {
+TEST_F(FbPrintf, FormatsCharacterAbove127) {
   expect_text("\xE4", "%c", 0xE4);
 }
-TEST_F(FbPrintf, CharacterZeroTakesNoCell) {
+TEST_F(FbPrintf, SkipsCellOfCharacterZero) {
   expect_text("ab", "a%cb", 0);
 }
-TEST_F(FbPrintf, CharacterWithLowByteZeroTakesNoCell) {
+TEST_F(FbPrintf, SkipsCellOfCharacterWithLowByteZero) {
   expect_text("ab", "a%cb", 0x100);
 }
-TEST_F(FbPrintf, General) {
+TEST_F(FbPrintf, FormatsGeneral) {
   expect_text("0.5|1e+10|-3.14159", "%g|%g|%g", 0.5, 1e10, -3.14159265);
 }
-TEST_F(FbPrintf, GeneralAtItsLongest) {
+TEST_F(FbPrintf, FormatsLongestGeneral) {
   expect_text("-2.22507e-308", "%g", -2.2250738585072014e-308);
 }
-TEST_F(FbPrintf, PerCent) {
+TEST_F(FbPrintf, FormatsPercent) {
   expect_text("42%", "%d%%", 42);
 }
-TEST_F(FbPrintf, ArgumentsInTheirOrder) {
+TEST_F(FbPrintf, ConsumesArgumentsInOrder) {
   expect_text("1 2.5 c ff%", "%d %g %c %x%%", 1, 2.5, 'c', 255U);
 }
 
-TEST_F(FbPrintf, UnknownConversionThatComesFirstDrawsNothing) {
+TEST_F(FbPrintf, DrawsNothingForUnknownFirstConversion) {
   expect_text("ab", "a%sb");
 }
-TEST_F(FbPrintf, UnknownConversionRepeatsTheOneBefore) {
+TEST_F(FbPrintf, RepeatsPreviousForUnknownConversion) {
   expect_text("4242", "%d%u", 42);
 }
-TEST_F(FbPrintf, UnknownConversionTakesNoArgument) {
+TEST_F(FbPrintf, ConsumesNoArgumentForUnknownConversion) {
   expect_text("1-1-2", "%d-%f-%d", 1, 2);
 }
-TEST_F(FbPrintf, UnknownConversionRepeatsAPerCentSign) {
+TEST_F(FbPrintf, RepeatsPercentForUnknownConversion) {
   expect_text("%%", "%%%s");
 }
-TEST_F(FbPrintf, UnknownConversionRepeatsAnEmptyCharacter) {
+TEST_F(FbPrintf, RepeatsEmptyCharacterForUnknownConversion) {
   expect_text("7a", "%d%ca%s", 7, 0);
 }
-TEST_F(FbPrintf, ShorterConversionLeavesNothingOfALongerOne) {
+TEST_F(FbPrintf, LeavesNothingOfLongerConversion) {
   expect_text("1234567aa", "%d%c%s", 1234567, 'a');
 }
-TEST_F(FbPrintf, FlagsAndWidthsAreUnknownAndTheRestIsText) {
+TEST_F(FbPrintf, DrawsFlagsAndWidthsAsText) {
   expect_text("5|52d|", "%d|%02d|", 5);
 }
-TEST_F(FbPrintf, LengthModifiersAreUnknown) {
+TEST_F(FbPrintf, RejectsLengthModifiers) {
   expect_text("5|5d", "%d|%ld", 5);
 }
-TEST_F(FbPrintf, UpperCaseLettersAreUnknown) {
+TEST_F(FbPrintf, RejectsUpperCaseLetters) {
   expect_text("XY", "X%X%D%C%GY");
 }
-TEST_F(FbPrintf, NothingIsKeptFromCallToCall) {
+TEST_F(FbPrintf, KeepsNothingFromCallToCall) {
   expect_text("42", "%d", 42);
   expect_text("ab", "a%sb");
 }
 
-TEST_F(FbPrintf, PerCentSignAtTheEndRepeatsTheConversionBefore) {
+TEST_F(FbPrintf, RepeatsPreviousForPercentAtEnd) {
   expect_text("42742", "%d7%", 42);
   expect_text("%%", "%%%");
 }
-TEST_F(FbPrintf, PerCentSignAtTheEndDrawsNothingAsTheFirstConversion) {
+TEST_F(FbPrintf, DrawsNothingForPercentAtEndIfFirst) {
   expect_text("ab", "ab%");
   expect_text("", "%");
 }
-TEST_F(FbPrintf, PerCentSignAtTheEndRepeatsNothingAfterAnEmptyCharacter) {
+TEST_F(FbPrintf, RepeatsNothingForPercentAtEndAfterEmptyCharacter) {
   expect_text("7", "%d%c%", 7, 0);
 }
-TEST_F(FbPrintf, BackslashAtTheEndDrawsNothing) {
+TEST_F(FbPrintf, DrawsNothingForBackslashAtEnd) {
   expect_text("ab", "ab\\");
 }
-TEST_F(FbPrintf, BackslashWithAnotherCharacterDrawsNothing) {
+TEST_F(FbPrintf, DrawsNothingForBackslashWithOtherCharacter) {
   expect_text("abc", "a\\tb\\\\c\\%\\d");
 }
-TEST_F(FbPrintf, PerCentSignWithABackslashTakesBoth) {
+TEST_F(FbPrintf, ConsumesBothOfPercentAndBackslash) {
   expect_text("n", "%\\n");
 }
 
-TEST_F(FbPrintf, BackslashNMovesDownByOnePixelRow) {
+TEST_F(FbPrintf, MovesDownOnePixelRowAtBackslashN) {
   const psf_file font = use_random(8, 16);
   const text_model expected = model(font, ink, paper);
   expected.put("ABC", 10, 20);
@@ -430,7 +430,7 @@ TEST_F(FbPrintf, BackslashNMovesDownByOnePixelRow) {
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(FbPrintf, BackslashRGoesBackToTheFirstColumn) {
+TEST_F(FbPrintf, ReturnsToFirstColumnAtBackslashR) {
   const psf_file font = use_random(8, 16);
   for (const uint32_t bg : {0U, paper}) {
     const text_model expected = model(font, ink, bg);
@@ -448,21 +448,21 @@ TEST_F(FbPrintf, EscapesInConvertedTextAreGlyphs) {
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(FbPrintf, BackgroundOfLowHalfZeroIsOpaqueBlack) {
+TEST_F(FbPrintf, DrawsOpaqueBlackForBackgroundOfLowHalfZero) {
   const psf_file font = use_random(8, 16);
   model(font, ink, 0x10000).put("opaque", 10, 20);
   fb_printf(10, 20, ink, 0x10000, 0, "opaque");
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(FbPrintf, ColoursAreTheLowHalf) {
+TEST_F(FbPrintf, UsesLowHalfOfColours) {
   const psf_file font = use_random(8, 16);
   model(font, 0xFFFF4321, 0xFFFF8765).put("ab", 10, 20);
   fb_printf(10, 20, 0xFFFF4321, 0xFFFF8765, 0, "ab");
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(FbPrintf, ColumnsGoOnWithoutAGlyph) {
+TEST_F(FbPrintf, AdvancesColumnsWithoutGlyph) {
   const psf_file font = use_random(8, 16, 100); // "x" and beyond are not in it
   const text_model expected = model(font, ink, paper);
   expected.put("A", 10, 20);
@@ -471,7 +471,7 @@ TEST_F(FbPrintf, ColumnsGoOnWithoutAGlyph) {
   EXPECT_TRUE(screen_->same());
 }
 
-TEST_F(FbPrintf, LabelAcrossTheRightEdgeOverlapsInTheOrderOfItsCells) {
+TEST_F(FbPrintf, OverlapsInOrderOfCellsAtRightEdge) {
   use_screen({.xres = 20, .yres = 60});
   for (const uint32_t width : {7U, 8U, 13U, 16U}) {
     const psf_file font = use_random(width, 10);
@@ -483,7 +483,7 @@ TEST_F(FbPrintf, LabelAcrossTheRightEdgeOverlapsInTheOrderOfItsCells) {
   }
 }
 
-TEST_F(FbPrintf, WideFontsAdvanceByTheirWholeWidth) {
+TEST_F(FbPrintf, AdvancesByWholeWidthOfWideFonts) {
   const psf_file font = use_random(24, 12, 128);
   model(font, ink, paper).put("wide", 10, 20);
   fb_printf(10, 20, ink, paper, 0, "wide");
@@ -492,7 +492,7 @@ TEST_F(FbPrintf, WideFontsAdvanceByTheirWholeWidth) {
 
 // ------------------------------------------------------------------------------------------------ at random
 
-/// Builds a format piece by piece, with the cells that it must draw.
+/// Build a format piece by piece, with the cells that it must draw.
 class random_text {
 public:
   random_text(std::mt19937 &random, const text_model &expected, uint32_t x, uint32_t y) : x_(x), y_(y) {
@@ -543,7 +543,7 @@ private:
   uint32_t x_, y_, column_ = 0;
 };
 
-TEST_F(FbPrintf, RandomTextsAreThoseOfTheModel) {
+TEST_F(FbPrintf, AgreesWithModelOfRandomTexts) {
   for (int round = 0; round < 600; ++round) {
     if (round % 20 == 0)
       use_screen({.xres = 300, .yres = 60, .padding = 2 * random_in(random_, 0, 5)});
@@ -570,7 +570,7 @@ std::vector<std::string> console_fonts() {
   return paths;
 }
 
-TEST_F(PsfText, EveryGlyphOfTheConsoleFonts) {
+TEST_F(PsfText, DrawsEveryGlyphOfConsoleFonts) {
   const auto paths = console_fonts();
   if (paths.empty())
     GTEST_SKIP() << "no console fonts here";

@@ -6,16 +6,17 @@
 namespace dravik::test {
 namespace {
 
-// 9 points are 10 pixels at 80 dots an inch; at 160 units an em, 16 units are a pixel.
+// 9 points are 10 pixels at 80 dots per inch; at 160 units per em, 16 units are a pixel.
 constexpr uint16_t em = 160;
 constexpr uint32_t ten_pixels = 9;
-constexpr uint16_t paper = 0x4000 + 192, ink = 0x4000 + 192 + 15; ///< ramp 192 on the stage
+constexpr uint16_t paper = 0x4000 + DRAVIK_BLACK_ON_WHITE * DRAVIK_RAMP_STEPS,
+                   ink = 0x4000 + DRAVIK_BLACK_ON_WHITE * DRAVIK_RAMP_STEPS + 15; ///< ramp 192 on the stage
 
 text_call made(const font_file &font, const std::u16string &text) {
   return {.text = text, .font_size = ten_pixels, .font = font.path()};
 }
 
-TEST(TrueTypeBox, AGlyphOfWholePixelsLandsWhereTheFontSays) {
+TEST(TrueTypeBox, IsWhereFontPlacesGlyph) {
   // bearing 1, 2 wide, 5 high on the base line, advance 4
   const font_file font(make_truetype(em, {{64, rectangle{16, 0, 48, 80}}}));
   text_stage stage;
@@ -29,10 +30,10 @@ TEST(TrueTypeBox, AGlyphOfWholePixelsLandsWhereTheFontSays) {
   for (uint32_t y = 0; y < 6; ++y)
     for (uint32_t x = 0; x < 5; ++x)
       EXPECT_TRUE(stage.shows(20 + x, 30 + y, (x == 1 || x == 2) && y < 5 ? ink : paper));
-  EXPECT_EQ(image_buffer[95 * 640 + 11], 15);
+  EXPECT_EQ(image_buffer[95 * DRAVIK_PLANE_WIDTH + 11], 15);
 }
 
-TEST(TrueTypeBox, HalfCoveredPixelsTakeTheMiddleOfTheRamp) {
+TEST(TrueTypeBox, HasMiddleOfRampForHalfCoveredPixels) {
   const font_file font(make_truetype(em, {{64, rectangle{8, 0, 40, 16}}})); // from 0.5 to 2.5
   text_stage stage;
   ASSERT_TRUE(stage.draws(made(font, u"A")));
@@ -42,7 +43,7 @@ TEST(TrueTypeBox, HalfCoveredPixelsTakeTheMiddleOfTheRamp) {
   EXPECT_TRUE(stage.shows(23, 30, paper));
 }
 
-TEST(TrueTypeBox, AFirstGlyphLeftOfThePenWidensTheBox) {
+TEST(TrueTypeBox, IsWidenedByFirstGlyphLeftOfPen) {
   const font_file font(make_truetype(em, {{64, rectangle{-48, 0, 16, 16}}}));
   text_stage stage;
   ASSERT_TRUE(stage.draws(made(font, u"A")));
@@ -51,7 +52,7 @@ TEST(TrueTypeBox, AFirstGlyphLeftOfThePenWidensTheBox) {
   EXPECT_TRUE(stage.shows(20, 30, ink));
 }
 
-TEST(TrueTypeBox, OnlyTheFirstGlyphWidensItToTheLeft) {
+TEST(TrueTypeBox, IsWidenedToLeftByFirstGlyphOnly) {
   const font_file font(make_truetype(em, {{0, rectangle{0, 0, 16, 16}}, {64, rectangle{-48, 0, 16, 16}}}));
   text_stage stage;
   ASSERT_TRUE(stage.draws(made(font, u"AB"))); // the first one does not advance
@@ -60,7 +61,7 @@ TEST(TrueTypeBox, OnlyTheFirstGlyphWidensItToTheLeft) {
   EXPECT_TRUE(stage.shows(21, 30, paper));
 }
 
-TEST(TrueTypeBox, AGlyphCoversWhatItsNeighbourLeftThere) {
+TEST(TrueTypeBox, KeepsLaterGlyphOverNeighbour) {
   // the second one starts 2 pixels back and has a half covered first column: cells are replaced, not added
   const font_file font(make_truetype(em, {{48, rectangle{0, 0, 48, 16}}, {64, rectangle{-24, 0, 0, 16}}}));
   text_stage stage;
@@ -70,7 +71,7 @@ TEST(TrueTypeBox, AGlyphCoversWhatItsNeighbourLeftThere) {
   EXPECT_TRUE(stage.shows(22, 30, ink));
 }
 
-TEST(TrueTypeBox, ABearingClearsWhatHungOver) {
+TEST(TrueTypeBox, ClearsOverhangByBearing) {
   // the first one is 5 wide with an advance of 2, the second starts 2 after the pen
   const font_file font(make_truetype(em, {{32, rectangle{0, 0, 80, 16}}, {64, rectangle{32, 0, 48, 16}}}));
   text_stage stage;
@@ -80,7 +81,7 @@ TEST(TrueTypeBox, ABearingClearsWhatHungOver) {
     EXPECT_TRUE(stage.shows(20 + x, 30, expected[x])) << x;
 }
 
-TEST(TrueTypeBox, ABearingClearsOnlyTheRowsOfItsGlyph) {
+TEST(TrueTypeBox, ClearsOverhangInRowsOfGlyphOnly) {
   const font_file font(make_truetype(em, {{32, rectangle{0, 0, 80, 32}}, {64, rectangle{32, 0, 48, 16}}}));
   text_stage stage;
   ASSERT_TRUE(stage.draws(made(font, u"AB")));
@@ -88,16 +89,16 @@ TEST(TrueTypeBox, ABearingClearsOnlyTheRowsOfItsGlyph) {
   EXPECT_TRUE(stage.shows(22, 31, paper));
 }
 
-TEST(TrueTypeBox, InkBeyondTheLastAdvanceIsNotShown) {
+TEST(TrueTypeBox, OmitsInkBeyondLastAdvance) {
   const font_file font(make_truetype(em, {{32, rectangle{0, 0, 80, 16}}}));
   text_stage stage;
   ASSERT_TRUE(stage.draws(made(font, u"A")));
   EXPECT_EQ(str_width, 3);
-  EXPECT_EQ(image_buffer[99 * 640 + 14], 15);
-  EXPECT_EQ(image_buffer[99 * 640 + 15], 0);
+  EXPECT_EQ(image_buffer[99 * DRAVIK_PLANE_WIDTH + 14], 15);
+  EXPECT_EQ(image_buffer[99 * DRAVIK_PLANE_WIDTH + 15], 0);
 }
 
-TEST(TrueTypeBox, LettersWithNegativeBearings) {
+TEST(TrueTypeBox, HandlesNegativeBearings) {
   text_stage stage;
   for (const char16_t *text : {u"j", u"jjj", u"pj f"}) {
     for (const uint32_t size : {10u, 20u, 48u, 90u})
@@ -106,19 +107,19 @@ TEST(TrueTypeBox, LettersWithNegativeBearings) {
   }
 }
 
-TEST(TrueTypeBox, SpacesFirstAndInTheMiddle) {
+TEST(TrueTypeBox, HandlesSpacesFirstAndInTheMiddle) {
   text_stage stage;
   for (const char16_t *text : {u" A", u"   A", u"A B", u"A   j", u"  A  B"})
     EXPECT_TRUE(stage.draws({.text = text, .font = sans}));
 }
 
-TEST(TrueTypeBox, ASpaceFirstKeepsTheLeftEdge) {
+TEST(TrueTypeBox, KeepsLeftEdgeForFirstSpace) {
   text_stage stage;
   ASSERT_TRUE(stage.draws({.text = u" j", .font_size = 60, .font = serif_italic}));
   EXPECT_EQ(sx, 10);
 }
 
-TEST(TrueTypeBox, ASpaceLastDrawsNothing) {
+TEST(TrueTypeBox, IsNotExtendedByLastSpace) {
   text_stage stage;
   EXPECT_TRUE(stage.draws_nothing({.text = u"Speed ", .font = sans}));
   EXPECT_EQ(ex, 0);
@@ -126,7 +127,7 @@ TEST(TrueTypeBox, ASpaceLastDrawsNothing) {
   EXPECT_GT(str_height, 0);
 }
 
-TEST(TrueTypeBox, OnlySpacesDrawNothing) {
+TEST(TrueTypeBox, IsEmptyForSpaces) {
   text_stage stage;
   for (const char16_t *text : {u" ", u"     "}) {
     EXPECT_TRUE(stage.draws_nothing({.text = text, .font = sans}));
@@ -135,7 +136,7 @@ TEST(TrueTypeBox, OnlySpacesDrawNothing) {
   }
 }
 
-TEST(TrueTypeBox, AnEmptyStringDrawsNothing) {
+TEST(TrueTypeBox, IsEmptyForEmptyString) {
   text_stage stage;
   EXPECT_TRUE(stage.draws_nothing({.text = u"", .font = sans}));
   EXPECT_EQ(unicode_len, 0);
@@ -144,16 +145,16 @@ TEST(TrueTypeBox, AnEmptyStringDrawsNothing) {
   EXPECT_EQ(str_height, -479);
 }
 
-TEST(TrueTypeBox, ASpaceWithInkIsComposedButDoesNotWiden) {
-  // one bit a pixel: the space is a bar two rows high, the letter one pixel
+TEST(TrueTypeBox, IsNotWidenedBySpaceWithInk) {
+  // one bit per pixel: the space is a bar two rows high, the letter one pixel
   const font_file font(make_bdf(10, {{u' ', 6, 0, 0, {"###", "###"}}, {u'A', 6, 0, 0, {"#"}}}));
   text_stage stage;
   ASSERT_TRUE(stage.draws(made(font, u" A")));
   EXPECT_EQ(sy, 199);
-  EXPECT_EQ(image_buffer[198 * 640], 15);
+  EXPECT_EQ(image_buffer[198 * DRAVIK_PLANE_WIDTH], 15);
 }
 
-TEST(TrueTypeBox, TallAccentsReachAboveThePlane) {
+TEST(TrueTypeBox, ReachesAbovePlaneForTallAccents) {
   text_stage stage;
   for (const char16_t *text : {u"Ẫ", u"ẪẤg", u"gẪ"}) {
     EXPECT_TRUE(stage.draws({.text = text, .font_size = 96, .font = dejavu, .y = 100}));
@@ -162,7 +163,7 @@ TEST(TrueTypeBox, TallAccentsReachAboveThePlane) {
   }
 }
 
-TEST(TrueTypeBox, RowsAboveThePlaneShowItsFirstRow) {
+TEST(TrueTypeBox, RepeatsFirstRowAbovePlane) {
   // from row 90 to row 110 above the base line, in two columns
   const font_file font(make_truetype(em, {{48, rectangle{0, 90 * 16, 32, 110 * 16}}}));
   text_stage stage;
@@ -176,45 +177,45 @@ TEST(TrueTypeBox, RowsAboveThePlaneShowItsFirstRow) {
   EXPECT_TRUE(stage.shows(21, 50, paper));
 }
 
-TEST(TrueTypeBox, RowsBelowThePlaneShowItsLastRow) {
+TEST(TrueTypeBox, RepeatsLastRowBelowPlane) {
   // its last row is 390 below the base line, 10 below the last row of the plane
   const font_file font(make_truetype(em, {{48, rectangle{0, -390 * 16, 32, 0}}}));
   text_stage stage;
   ASSERT_TRUE(stage.draws(made(font, u"A")));
   EXPECT_EQ(ey, 490);
-  EXPECT_EQ(image_buffer[479 * 640 + 10], 15);
+  EXPECT_EQ(image_buffer[479 * DRAVIK_PLANE_WIDTH + 10], 15);
   EXPECT_TRUE(stage.shows(20, 30 + 390, ink)); // the box goes one row further than the ink
 }
 
-TEST(TrueTypeBox, ColumnsRightOfThePlaneShowItsLastColumn) {
+TEST(TrueTypeBox, RepeatsLastColumnRightOfPlane) {
   const font_file font(make_truetype(em, {{60 * 16, rectangle{0, 0, 59 * 16, 16}}}));
   text_stage stage;
   ASSERT_TRUE(stage.draws(made(font, u"AAAAAAAAAAAA"))); // 720 wide
   EXPECT_EQ(str_width, 721);
-  EXPECT_EQ(image_buffer[99 * 640 + 609], 0); // between two of them
-  EXPECT_EQ(image_buffer[99 * 640 + 639], 15);
+  EXPECT_EQ(image_buffer[99 * DRAVIK_PLANE_WIDTH + 609], 0); // between two of them
+  EXPECT_EQ(image_buffer[99 * DRAVIK_PLANE_WIDTH + 639], 15);
   EXPECT_TRUE(stage.shows(20 + 599, 30, paper));
   EXPECT_TRUE(stage.shows(0, 31, ink)); // the first row goes on in the next line
 }
 
-TEST(TrueTypeBox, AWideGlyphMayHangOverTheRightEdgeOfThePlane) {
+TEST(TrueTypeBox, AllowsOverhangAtRightEdgeOfPlane) {
   const font_file font(
       make_truetype(em, {{60 * 16, rectangle{0, 0, 59 * 16, 16}}, {16, rectangle{160, 0, 176, 32}}}));
   text_stage stage;
   EXPECT_TRUE(stage.draws(made(font, u"AAAAAAAAAAAB")));
 }
 
-TEST(TrueTypeBox, RealTextWiderThanThePlane) {
+TEST(TrueTypeBox, HandlesTextWiderThanPlane) {
   text_stage stage;
   const std::u16string text = u"The quick brown fox jumps over the lazy dog and away";
   for (const uint32_t size : {24u, 40u, 96u})
-    for (const uint16_t background : {uint16_t{0}, uint16_t{0x0821}})
+    for (const uint16_t background : {uint16_t{0}, uint16_t{DRAVIK_BLACK}})
       EXPECT_TRUE(stage.draws({.text = text, .font_size = size, .font = sans, .bg = background}));
   EXPECT_GT(str_width, 640);
 }
 
-// A bitmap does not move with the pen: it lies at its own place beside the origin.
-TEST(TrueTypeBox, BitmapsOfTheFontLieAtTheOrigin) {
+// A bitmap does not move with the pen: it lies at its own place next to the origin.
+TEST(TrueTypeBox, PlacesBitmapsOfFontAtOrigin) {
   const font_file font(make_bdf(10, {{u'A', 6, 1, 0, {"#.#", ".#.", "###"}}}));
   text_stage stage;
   ASSERT_TRUE(stage.draws(made(font, u"A")));
@@ -226,7 +227,7 @@ TEST(TrueTypeBox, BitmapsOfTheFontLieAtTheOrigin) {
   EXPECT_TRUE(stage.draws(made(font, u"AAA")));
 }
 
-TEST(TrueTypeBox, BitmapsOverEveryEdgeOfThePlane) {
+TEST(TrueTypeBox, HandlesBitmapsOverEveryEdgeOfPlane) {
   const std::string row(700, '#');
   const font_file font(make_bdf(10, {{u'A', 6, -30, -10, {500, row}},
                                      {u'B', 6, -30, -300, {500, row}},

@@ -1,4 +1,4 @@
-// What is said, and what stays as it was, when a text cannot be drawn.
+// The messages, and the unchanged state, if a text cannot be drawn.
 
 #include "text/font_maker.hpp"
 #include "text/truetype_stage.hpp"
@@ -6,7 +6,7 @@
 namespace dravik::test {
 namespace {
 
-/// Draws a good text first, so that every exported result holds something that a failure could spoil.
+/// Draw a good text first, so that every exported result holds something that a failure could spoil.
 class TrueTypeFailure : public testing::Test {
 protected:
   void SetUp() override { ASSERT_TRUE(stage.draws({.text = u"Before", .font = sans})); }
@@ -21,56 +21,56 @@ protected:
   text_stage stage;
 };
 
-TEST_F(TrueTypeFailure, NoFontFile) {
+TEST_F(TrueTypeFailure, ReportsMissingFontFile) {
   expect_failure({.text = u"A", .font = "/nonexistent/arial.ttf"}, no_face);
 }
 
-TEST_F(TrueTypeFailure, NoNameOfAFontFile) {
+TEST_F(TrueTypeFailure, ReportsMissingNameOfFontFile) {
   stderr_capture capture;
   const int32_t width = str_width;
   ttf_font_file[0] = nullptr;
-  EXPECT_EQ(put_unicode_string(10, 10, little_endian(u"A").data(), 20, 0, 0x0821, 0xFFFF, 0), 0);
+  EXPECT_EQ(put_unicode_string(10, 10, little_endian(u"A").data(), 20, 0, DRAVIK_BLACK, DRAVIK_WHITE, 0), 0);
   EXPECT_EQ(capture.take(), no_face);
   EXPECT_EQ(str_width, width);
 }
 
-TEST_F(TrueTypeFailure, ADirectoryForAFont) {
+TEST_F(TrueTypeFailure, ReportsDirectory) {
   expect_failure({.text = u"A", .font = "/tmp"}, no_face);
 }
 
-TEST_F(TrueTypeFailure, AnEmptyFontFile) {
+TEST_F(TrueTypeFailure, ReportsEmptyFontFile) {
   const font_file font(bytes{});
   expect_failure({.text = u"A", .font = font.path()}, no_face);
 }
 
-TEST_F(TrueTypeFailure, AFileThatIsNoFont) {
+TEST_F(TrueTypeFailure, ReportsFileOfOtherFormat) {
   const font_file font(std::string(5000, 'x'));
   expect_failure({.text = u"A", .font = font.path()}, no_face);
 }
 
-TEST_F(TrueTypeFailure, ABitmapFontOfOtherSizes) {
+TEST_F(TrueTypeFailure, ReportsBitmapFontOfOtherSizes) {
   const font_file font(make_bdf(10, {{u'A', 6, 0, 0, {"###"}}}));
   expect_failure({.text = u"A", .font_size = 30, .font = font.path()}, no_size);
 }
 
-TEST_F(TrueTypeFailure, ACharacterThatTheFontLacks) {
+TEST_F(TrueTypeFailure, ReportsMissingCharacter) {
   expect_failure({.text = u"漢", .font = sans}, no_glyph);
   expect_failure({.text = u"Latin", .font = cjk}, no_glyph);
   expect_failure({.text = u"\xFFFF", .font = dejavu}, no_glyph);
 }
 
-TEST_F(TrueTypeFailure, ACharacterThatTheFontLacksAbandonsTheWholeString) {
+TEST_F(TrueTypeFailure, DrawsNothingIfCharacterIsMissing) {
   expect_failure({.text = u"Speed 漢 km/h", .font = sans}, no_glyph);
   expect_failure({.text = u"Speed漢", .font = sans}, no_glyph);
   expect_failure({.text = u"Tab\there", .font = sans}, no_glyph);
   EXPECT_EQ(unicode_len, 8);
 }
 
-TEST_F(TrueTypeFailure, ACharacterAfterTheLineFeedDoesNotMatter) {
+TEST_F(TrueTypeFailure, IgnoresCharactersAfterLineFeed) {
   EXPECT_TRUE(stage.draws({.text = u"ok\n漢", .font = sans}));
 }
 
-/// What FreeType itself finds wrong with a glyph.
+/// The error of FreeType itself for a glyph.
 FT_Error load_error(const std::string &font, char16_t unit) {
   FT_Library library;
   FT_Face face;
@@ -86,7 +86,7 @@ FT_Error load_error(const std::string &font, char16_t unit) {
   return error;
 }
 
-TEST_F(TrueTypeFailure, GlyphDataThatIsCutOff) {
+TEST_F(TrueTypeFailure, ReportsTruncatedGlyphData) {
   constexpr char16_t last = u'!' + 98;
   font_tables tables = take_apart(make_excerpt(read_file(sans), 100));
   tables.at("glyf").resize(tables.at("glyf").size() - 30);
@@ -99,7 +99,7 @@ TEST_F(TrueTypeFailure, GlyphDataThatIsCutOff) {
   EXPECT_TRUE(stage.draws({.text = u"A", .font = font.path()})); // which is whole
 }
 
-TEST_F(TrueTypeFailure, AGlyphOfAMalformedOutline) {
+TEST_F(TrueTypeFailure, ReportsMalformedOutline) {
   font_tables tables = take_apart(make_truetype(160, {{64, rectangle{0, 0, 16, 16}}}));
   tables.at("glyf")[10] = 0xFF; // the last point of the contour is number 0xFF03
   const font_file font(put_together(tables));
@@ -107,7 +107,7 @@ TEST_F(TrueTypeFailure, AGlyphOfAMalformedOutline) {
                  "FT_Load_Glyph failed! ret=00000014\n"); // invalid outline
 }
 
-TEST_F(TrueTypeFailure, AGlyphTooLargeToRender) {
+TEST_F(TrueTypeFailure, ReportsGlyphTooLargeToRender) {
   const font_file font(make_truetype(16, {{64, rectangle{0, 0, 30000, 30000}}}));
   expect_failure({.text = u"A", .font_size = 96, .font = font.path()}, not_rendered);
 }
@@ -117,7 +117,7 @@ TEST_F(TrueTypeFailure, DoesNotHarmTheNextText) {
   EXPECT_TRUE(stage.draws({.text = u"After", .font = sans}));
 }
 
-TEST(TrueTypeSizeLimit, ItselfIsDrawn) {
+TEST(TrueTypeSizeLimit, IsDrawn) {
   text_stage stage;
   EXPECT_TRUE(stage.draws({.text = u"Ab", .font_size = 96, .font = sans}));
 }
@@ -129,9 +129,9 @@ struct too_large {
 
 class TrueTypeDeathTest : public testing::TestWithParam<too_large> {};
 
-TEST_P(TrueTypeDeathTest, ALargerSizeEndsTheProcessWithStatus0) {
+TEST_P(TrueTypeDeathTest, TerminatesWithStatus0ForLargerSize) {
   const bytes text = little_endian(u"A"); // in a font that is not there: the size is looked at first
-  EXPECT_EXIT(put_unicode_string(0, 0, text.data(), GetParam().size, 0, 0, 0xFFFF, 0),
+  EXPECT_EXIT(put_unicode_string(0, 0, text.data(), GetParam().size, 0, 0, DRAVIK_WHITE, 0),
               testing::ExitedWithCode(0), GetParam().message);
 }
 

@@ -1,6 +1,6 @@
-// Fonts that were damaged or made to harm: whatever FreeType gets out of them, nothing but the plane and the
+// Damaged and malicious fonts: whatever FreeType returns for them, nothing but the plane and the
 // screen is written, and it is written soon. The memory around the plane and the screen is guarded. An
-// endless call is ended by the alarm, and a font that ends the program stays in the temporary folder.
+// endless call is ended by the alarm, and a font that ends the program stays in the temporary directory.
 
 #include "text/font_maker.hpp"
 #include "text/truetype_stage.hpp"
@@ -31,7 +31,7 @@ private:
   int32_t align_ = 0;
 };
 
-/// Replaces up to eight bytes, half of the time in the directory and the first tables alone.
+/// Replace up to eight bytes, half of the time in the directory and the first tables alone.
 bytes damaged(const bytes &font, std::mt19937 &random) {
   bytes made = font;
   const auto end = static_cast<uint32_t>(random_in(random, 0, 1) != 0 ? made.size() : 600);
@@ -40,11 +40,11 @@ bytes damaged(const bytes &font, std::mt19937 &random) {
   return made;
 }
 
-TEST_F(TrueTypeHostileFont, AnExcerptIsAGoodFont) {
+TEST_F(TrueTypeHostileFont, IsValidAsExcerpt) {
   EXPECT_TRUE(draw_and_compare(make_excerpt(read_file(sans), 60), u"2.ABP@"));
 }
 
-TEST_F(TrueTypeHostileFont, WithBytesChanged) {
+TEST_F(TrueTypeHostileFont, IsSafeWithChangedBytes) {
   constexpr uint32_t seed = 4711;
   std::mt19937 random(seed);
   const bytes font = make_excerpt(read_file(sans), 60);
@@ -57,7 +57,7 @@ TEST_F(TrueTypeHostileFont, WithBytesChanged) {
   EXPECT_LT(drawn, 290);
 }
 
-TEST_F(TrueTypeHostileFont, CutOffAnywhere) {
+TEST_F(TrueTypeHostileFont, IsSafeIfCutAnywhere) {
   constexpr uint32_t seed = 815;
   std::mt19937 random(seed);
   const bytes font = make_excerpt(read_file(sans), 60);
@@ -68,7 +68,7 @@ TEST_F(TrueTypeHostileFont, CutOffAnywhere) {
   }
 }
 
-TEST_F(TrueTypeHostileFont, WithEveryByteOfItsHeadersChanged) {
+TEST_F(TrueTypeHostileFont, IsSafeWithEveryHeaderByteChanged) {
   const bytes font = make_truetype(160, {{64, rectangle{0, 0, 40, 80}}, {64, rectangle{-10, -10, 50, 90}}});
   for (size_t at = 0; at < 300; ++at)
     for (const int value : {0x00, 0x7F, 0xFF}) {
@@ -79,26 +79,26 @@ TEST_F(TrueTypeHostileFont, WithEveryByteOfItsHeadersChanged) {
     }
 }
 
-TEST_F(TrueTypeHostileFont, WithAnAbsurdAdvance) {
+TEST_F(TrueTypeHostileFont, IsSafeWithAbsurdAdvance) {
   const bytes font = make_truetype(16, {{65535, rectangle{0, 0, 16, 16}}});
   EXPECT_TRUE(draw_and_compare(font, u"A", 96));
   EXPECT_EQ(str_width, 10 + 65535 * 6827 / 64 / 16 + 1 - 10); // 96 points are 6827/64 pixels
   draw_and_compare(font, u"AA", 96);                          // the second one is too far away
 }
 
-TEST_F(TrueTypeHostileFont, WithAbsurdAdvancesOf127Spaces) {
+TEST_F(TrueTypeHostileFont, IsSafeWithAbsurdAdvancesOf127Spaces) {
   const bytes font = make_truetype(16, {{65535}}, 65535);
   draw_and_compare(font, std::u16string(127, u' ') + u"A", 96);
   EXPECT_GT(str_width, 50'000'000);
 }
 
-TEST_F(TrueTypeHostileFont, WithGlyphsHigherThanAnyScreen) {
+TEST_F(TrueTypeHostileFont, IsSafeWithGlyphsHigherThanScreen) {
   const bytes font = make_truetype(16, {{2000, rectangle{0, -2000, 4, 2000}}});
   EXPECT_TRUE(draw_and_compare(font, u"A", 9));
   EXPECT_GT(str_height, 2000);
 }
 
-TEST_F(TrueTypeHostileFont, WithBitmapsFarFromThePen) {
+TEST_F(TrueTypeHostileFont, IsSafeWithBitmapsFarFromPen) {
   const std::vector<std::string> block(4, std::string(40, '#'));
   for (const int place : {-32000, -700, 700, 32000}) {
     const std::string font = make_bdf(10, {{u'A', 1000, place, 0, block}, {u'B', 1000, 0, place, block}});
@@ -107,7 +107,7 @@ TEST_F(TrueTypeHostileFont, WithBitmapsFarFromThePen) {
   }
 }
 
-TEST_F(TrueTypeHostileFont, WithABitmapOfAbsurdAdvance) {
+TEST_F(TrueTypeHostileFont, IsSafeWithBitmapOfAbsurdAdvance) {
   const std::string font = make_bdf(10, {{u'A', 32000, 0, 0, {"####"}}});
   EXPECT_TRUE(draw_and_compare(bytes(font.begin(), font.end()), u"AAAA", 9));
 }

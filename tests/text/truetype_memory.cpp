@@ -1,5 +1,5 @@
 // The exported arrays that drawing text writes, defined by the test program in place of the library's,
-// between pages that nobody may touch: one byte outside them ends the program.
+// between inaccessible pages: one byte outside them ends the program.
 
 #include "dravik.h"
 

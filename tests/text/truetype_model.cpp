@@ -1,57 +1,47 @@
 #include "text/truetype_model.hpp"
 
+#include "support/ramp_rows.hpp"
+
 #include <algorithm>
 #include FT_BITMAP_H
 
 namespace dravik::test {
 namespace {
 
-struct ramp_row {
-  int bg, fg, first;
-};
-constexpr int any_other = -1;
-constexpr ramp_row ramp_table[] = {
-    {0xFFFF, 0xF800, 144},    {0xFFFF, 0x07E0, 160},   {0xFFFF, 0x001F, 176},    {0xFFFF, 0x7BEF, 208},
-    {0xFFFF, 0xFFE0, 224},    {0xFFFF, 0xF81F, 240},   {0xFFFF, 0x07FF, 256},    {0xFFFF, 0xFBC0, 272},
-    {0xFFFF, any_other, 192}, {0x0821, 0xF800, 0},     {0x0821, 0x07E0, 16},     {0x0821, 0x001F, 32},
-    {0x0821, 0x7BEF, 64},     {0x0821, 0xFFE0, 80},    {0x0821, 0xF81F, 96},     {0x0821, 0x07FF, 112},
-    {0x0821, 0xFBC0, 128},    {0x0821, any_other, 48}, {0xF81F, 0xF800, 288},    {0xF81F, 0x07E0, 304},
-    {0xF81F, 0x001F, 320},    {0xF81F, 0xFFFF, 352},   {0xF81F, 0x7BEF, 368},    {0xF81F, 0xFFE0, 384},
-    {0xF81F, 0x07FF, 400},    {0xF81F, 0xFBC0, 416},   {0xF81F, any_other, 336}, {0x1234, 0x0821, 448},
-    {0x1234, any_other, 432},
-};
-
 int32_t narrowed(int64_t value) {
   return static_cast<int32_t>(value);
 }
 
-/// The position of the box for an alignment.
-std::pair<int64_t, int64_t> placed(int64_t x, int64_t y, int32_t align, int32_t top, int64_t width,
-                                   int64_t height) {
-  if (align == 1 || align == 3)
-    x = x > (width >> 1) ? x - (width >> 1) : 0;
-  if (align == 2)
-    y = top > (height >> 1) ? y - (height >> 1) : 0;
-  if (align == 3)
-    y = y > (height >> 1) ? y - (height >> 1) : 0;
-  if (align == 4 && width <= 640)
-    x = (640 - width) >> 1;
-  if (align == 5 && height <= 480)
-    y = (480 - height) >> 1;
-  if (align == 6 && width <= 640)
-    x = 640 - width;
-  if (align == 7 && height <= 480)
-    y = 480 - height;
-  return {x, y};
+/// `at` is the centre of `length` if more than half of it precedes `reference`.
+int64_t centred(int64_t at, int64_t length, int64_t reference) {
+  return reference > (length >> 1) ? at - (length >> 1) : 0;
+}
+
+int64_t placed_column(int64_t x, int32_t align, int64_t width) {
+  if (align == DRAVIK_CENTRE_X || align == DRAVIK_CENTRE)
+    return centred(x, width, x);
+  if (align == DRAVIK_SCREEN_CENTRE_X && width <= text_model::columns)
+    return (text_model::columns - width) >> 1;
+  if (align == DRAVIK_SCREEN_RIGHT && width <= text_model::columns)
+    return text_model::columns - width;
+  return x;
+}
+
+/// Intentional: DRAVIK_CENTRE_Y compares with the top of the text instead of the position.
+int64_t placed_line(int64_t y, int32_t align, int64_t height, int32_t top) {
+  if (align == DRAVIK_CENTRE_Y || align == DRAVIK_CENTRE)
+    return centred(y, height, align == DRAVIK_CENTRE_Y ? top : y);
+  if (align == DRAVIK_SCREEN_CENTRE_Y && height <= text_model::rows)
+    return (text_model::rows - height) >> 1;
+  if (align == DRAVIK_SCREEN_BOTTOM && height <= text_model::rows)
+    return text_model::rows - height;
+  return y;
 }
 
 } // namespace
 
 int text_model::first_entry(uint16_t bg, uint16_t fg) {
-  for (const ramp_row &row : ramp_table)
-    if (row.bg == bg && (row.fg == fg || row.fg == any_other))
-      return row.first;
-  return 192;
+  return text_ramp(bg, fg) * DRAVIK_RAMP_STEPS;
 }
 
 uint8_t &text_model::cell(int64_t column, int64_t row) {
@@ -64,7 +54,7 @@ std::string text_model::draw(const text_call &call, const model_plane &screen) {
   pixels = 0;
   units = call.text.substr(0, std::min<size_t>(call.text.find_first_of(std::u16string{0, 10}), 128));
   std::fill(plane.begin(), plane.end(), uint8_t{0});
-  measured = {10, 480, 0, 0};
+  measured = {10, rows, 0, 0};
 
   FT_Library library;
   if (FT_Init_FreeType(&library) != 0)
@@ -76,8 +66,8 @@ std::string text_model::draw(const text_call &call, const model_plane &screen) {
 
   width = measured.right + 1 - measured.left;
   height = measured.bottom + 1 - measured.top;
-  const auto [x, y] = placed(static_cast<int32_t>(call.x), static_cast<int32_t>(call.y), call.align,
-                             measured.top, width, height);
+  const int64_t x = placed_column(static_cast<int32_t>(call.x), call.align, width);
+  const int64_t y = placed_line(static_cast<int32_t>(call.y), call.align, height, measured.top);
   copy(x, y, call, screen);
   return {};
 }
@@ -130,7 +120,7 @@ void text_model::measure(const FT_GlyphSlotRec &glyph, const FT_Vector &pen, siz
 }
 
 void text_model::store(FT_Library library, const FT_GlyphSlotRec &glyph, const FT_Vector &pen) {
-  FT_Bitmap coverage; // a byte a pixel, whatever the font brings
+  FT_Bitmap coverage; // a byte per pixel, for any font
   FT_Bitmap_Init(&coverage);
   if (FT_Bitmap_Convert(library, &glyph.bitmap, &coverage, 1) != 0)
     coverage.rows = coverage.width = 0;
@@ -147,18 +137,22 @@ void text_model::store(FT_Library library, const FT_GlyphSlotRec &glyph, const F
   FT_Bitmap_Done(library, &coverage);
 }
 
-void text_model::copy(int64_t x, int64_t y, const text_call &call, const model_plane &screen) {
-  const bool within =
+/// A box that exceeds the plane is drawn up to the end of the mapping.
+bool text_model::is_drawn(int64_t at) const {
+  const bool is_within_plane =
       measured.left >= 0 && measured.right < columns && measured.top >= 0 && measured.bottom < rows;
-  const uint16_t *const ramp = gc + (call.bg == 0 ? 192 : first_entry(call.bg, call.fg));
+  return at >= 0 && (is_within_plane || at < fbinfo[FBINFO_SCREEN_SIZE]);
+}
+
+void text_model::copy(int64_t x, int64_t y, const text_call &call, const model_plane &screen) {
+  const bool is_transparent = call.bg == DRAVIK_TRANSPARENT;
+  const uint16_t *const ramp =
+      gc + (is_transparent ? DRAVIK_BLACK_ON_WHITE * DRAVIK_RAMP_STEPS : first_entry(call.bg, call.fg));
   for (int64_t row = measured.top; row <= measured.bottom; ++row)
     for (int64_t column = measured.left; column <= measured.right; ++column) {
       const int64_t to_x = x + column - measured.left, to_y = y + row - measured.top;
-      const int64_t at = to_y * fbinfo[FBINFO_LINE_LENGTH] + to_x * 2;
-      if (!within && at >= fbinfo[FBINFO_SCREEN_SIZE])
-        break; // and so are all columns to the right
       const uint8_t level = cell(column, row);
-      if (at < 0 || (call.bg == 0 && level == 0))
+      if (!is_drawn(to_y * fbinfo[FBINFO_LINE_LENGTH] + to_x * 2) || (is_transparent && level == 0))
         continue;
       screen.put(to_x, to_y, ramp[level]);
       ++pixels;

@@ -1,4 +1,4 @@
-// What drawing a line of smooth text has to do, written out step by step with FreeType itself.
+// A model of drawing a line of anti-aliased text, step by step with FreeType itself.
 #pragma once
 
 #include "support/screen.hpp"
@@ -17,24 +17,24 @@ struct text_call {
   uint32_t font_size = 20;
   std::string font = {};
   uint32_t x = 20, y = 30;
-  uint16_t fg = 0x0821, bg = 0xFFFF;
-  int32_t align = 0;
+  uint16_t fg = DRAVIK_BLACK, bg = DRAVIK_WHITE;
+  int32_t align = DRAVIK_TOP_LEFT;
 };
 
 class text_model {
 public:
-  static constexpr int columns = 640, rows = 480;
+  static constexpr int columns = DRAVIK_PLANE_WIDTH, rows = DRAVIK_PLANE_HEIGHT;
 
   struct box {
     int32_t left, top, right, bottom;
     friend bool operator==(const box &, const box &) = default;
   };
 
-  /// Composes, measures and draws. Returns what standard error must say.
+  /// Compose, measures and draw. Return the expected text on standard error.
   std::string draw(const text_call &call, const model_plane &screen);
 
   std::vector<uint8_t> plane = std::vector<uint8_t>(columns * rows);
-  std::u16string units;                             ///< the part of the text that counts
+  std::u16string units;                             ///< the part of the text that is used
   box measured = {};                                ///< on the plane
   int32_t width = 0, height = 0;                    ///< of the last text that did not fail
   int pixels = 0;                                   ///< drawn by the last call
@@ -46,6 +46,7 @@ private:
   void measure(const FT_GlyphSlotRec &glyph, const FT_Vector &pen, size_t index);
   void store(FT_Library library, const FT_GlyphSlotRec &glyph, const FT_Vector &pen);
   uint8_t &cell(int64_t column, int64_t row);
+  bool is_drawn(int64_t at) const;
   void copy(int64_t x, int64_t y, const text_call &call, const model_plane &screen);
 };
 

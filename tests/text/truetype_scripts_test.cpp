@@ -21,7 +21,7 @@ TEST_P(TrueTypeScripts, AreDrawnAtEverySizeOfAMenu) {
     EXPECT_TRUE(stage.draws({.text = GetParam().text, .font_size = size, .font = GetParam().font})) << size;
 }
 
-TEST_P(TrueTypeScripts, AreDrawnOverAPicture) {
+TEST_P(TrueTypeScripts, AreDrawnOverAImage) {
   text_stage stage;
   EXPECT_TRUE(stage.draws({.text = GetParam().text, .font = GetParam().font, .bg = 0, .align = 4}));
 }
@@ -43,19 +43,19 @@ INSTANTIATE_TEST_SUITE_P(
         sample{"Japanese", u"録画をカイシする。", cjk}, sample{"Korean", u"주행기록설정", cjk}),
     [](const auto &test) { return std::string(test.param.name); });
 
-TEST(TrueTypeSizes, LatinFrom0To96) {
+TEST(TrueTypeSizes, DrawLatinFrom0To96) {
   text_stage stage;
   for (uint32_t size = 0; size <= 96; ++size)
     EXPECT_TRUE(stage.agree({.text = u"Åjg", .font_size = size, .font = sans})) << size;
 }
 
-TEST(TrueTypeSizes, ChineseFrom6To96) {
+TEST(TrueTypeSizes, DrawChineseFrom6To96) {
   text_stage stage;
   for (uint32_t size = 6; size <= 96; ++size)
     EXPECT_TRUE(stage.draws({.text = u"車路", .font_size = size, .font = cjk})) << size;
 }
 
-TEST(TrueTypeSizes, ASizeOf0IsDrawnLikeASizeOf1) {
+TEST(TrueTypeSizes, DrawSize0AsSize1) {
   text_stage stage;
   ASSERT_TRUE(stage.draws({.text = u"XXXX", .font_size = 1, .font = sans}));
   const text_model::box one = {sx, sy, ex, ey};
@@ -71,7 +71,8 @@ text_call random_call(std::mt19937 &random) {
   } choices[] = {
       {sans, 0x20, 0x17F}, {serif_italic, 0x20, 0x7F}, {dejavu, 0x370, 0x530}, {cjk, 0x4E00, 0x9FA0}};
   const auto &choice = choices[random_in(random, 0, 3)];
-  constexpr uint16_t colours[] = {0, 0x0821, 0xFFFF, 0xF81F, 0x1234, 0xF800, 0x07E0, 0x5555};
+  constexpr uint16_t colours[] = {0,          DRAVIK_BLACK, DRAVIK_WHITE, DRAVIK_MAGENTA, DRAVIK_THEME,
+                                  DRAVIK_RED, DRAVIK_GREEN, 0x5555};
   text_call call = {.text = {}, .font_size = random_in(random, 0, 60), .font = choice.font};
   for (uint32_t i = random_in(random, 0, 12); i > 0; --i)
     call.text += static_cast<char16_t>(random_in(random, choice.first, choice.last));
@@ -83,7 +84,7 @@ text_call random_call(std::mt19937 &random) {
   return call;
 }
 
-TEST(TrueTypeText, RandomCallsAgreeWithTheModel) {
+TEST(TrueTypeText, AgreesWithModelOfRandomCalls) {
   constexpr uint32_t seed = 20261121;
   std::mt19937 random(seed);
   text_stage stage;

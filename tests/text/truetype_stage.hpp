@@ -1,4 +1,4 @@
-// A screen on which lines of smooth text are compared with a model, byte by byte.
+// A screen on which lines of anti-aliased text are compared with a model, byte by byte.
 #pragma once
 
 #include "support/bytes.hpp"
@@ -23,7 +23,7 @@ inline constexpr const char *no_size = "FT_Set_Char_Size failed!\n";
 inline constexpr const char *no_glyph = "FT_Get_Char_Index failed!\n";
 inline constexpr const char *not_rendered = "FT_Render_Glyph failed!\n";
 
-/// The text as the library takes it, with a 0 unit at its end.
+/// The text as the library reads it, with a 0 unit at its end.
 bytes little_endian(const std::u16string &text);
 
 /// How many descriptors this process has open.
@@ -48,7 +48,7 @@ public:
   text_stage(const text_stage &) = delete;
   text_stage &operator=(const text_stage &) = delete;
 
-  /// Draws with the library and the model; whether the screen, the plane, every exported result, standard
+  /// Draw with the library and the model; whether the screen, the plane, every exported result, standard
   /// error and the open descriptors are as they have to be.
   testing::AssertionResult agree(const text_call &call);
   /// The same for a text that begins at `text`.

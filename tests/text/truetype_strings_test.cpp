@@ -1,4 +1,4 @@
-// Which units of a string count, which font is taken, and the widening of byte strings.
+// The units of a string that are used, the selected font, and the widening of byte strings.
 
 #include "text/truetype_stage.hpp"
 
@@ -14,7 +14,7 @@ std::u16string of_length(size_t count) {
   return text;
 }
 
-TEST(TrueTypeString, ALineFeedEndsIt) {
+TEST(TrueTypeString, EndsAtLineFeed) {
   text_stage stage;
   ASSERT_TRUE(stage.draws({.text = u"Line\nnext", .font = sans}));
   EXPECT_EQ(unicode_len, 4);
@@ -22,25 +22,25 @@ TEST(TrueTypeString, ALineFeedEndsIt) {
   EXPECT_EQ(unicode[9], 0);
 }
 
-TEST(TrueTypeString, ALineFeedFirstLeavesNothing) {
+TEST(TrueTypeString, IsEmptyIfLineFeedIsFirst) {
   text_stage stage;
   EXPECT_TRUE(stage.draws_nothing({.text = u"\nnext", .font = sans}));
   EXPECT_EQ(unicode_len, 0);
 }
 
-TEST(TrueTypeString, ANulEndsIt) {
+TEST(TrueTypeString, EndsAtNul) {
   text_stage stage;
   ASSERT_TRUE(stage.draws({.text = std::u16string(u"Ab\0cd", 5), .font = sans}));
   EXPECT_EQ(unicode_len, 2);
 }
 
-TEST(TrueTypeString, UnitsWhoseLowByteIs0Or10DoNotEndIt) {
+TEST(TrueTypeString, ContinuesAtUnitsWithLowByte0Or10) {
   text_stage stage;
   EXPECT_TRUE(stage.draws({.text = u"\u0400\u040A\u0100\u010A.", .font = dejavu}));
   EXPECT_EQ(unicode_len, 5);
 }
 
-TEST(TrueTypeString, AtMost128UnitsCount) {
+TEST(TrueTypeString, HasAtMost128Units) {
   text_stage stage;
   for (const size_t count : {126, 127, 128, 129, 130, 300}) {
     ASSERT_TRUE(stage.draws({.text = of_length(count), .font_size = 6, .font = sans})) << count;
@@ -48,7 +48,7 @@ TEST(TrueTypeString, AtMost128UnitsCount) {
   }
 }
 
-TEST(TrueTypeString, The129thUnitIsNotEvenRead) {
+TEST(TrueTypeString, EndsBeforeReadingUnit129) {
   bytes units = little_endian(of_length(128));
   units.resize(256); // nothing ends it
   text_stage stage;
@@ -67,7 +67,7 @@ TEST(TrueTypeString, MayBeginAtAnyAddress) {
   }
 }
 
-TEST(TrueTypeString, AShorterOneReplacesALongerOne) {
+TEST(TrueTypeString, ReplacesLongerString) {
   text_stage stage;
   ASSERT_TRUE(stage.draws({.text = u"A long one, wide", .font = sans}));
   const int32_t long_width = str_width;
@@ -81,13 +81,13 @@ TEST(TrueTypeFonts, AreTheOnesOfTheCameraUntilPointedElsewhere) {
   EXPECT_STREQ(ttf_font_file[1], "/usr/local/dravik/font/DroidSansFallback.ttf");
 }
 
-TEST(TrueTypeFonts, OnlyBit0OfTheNumberCounts) {
+TEST(TrueTypeFonts, UseOnlyBit0OfNumber) {
   text_stage stage;
   ttf_font_file[0] = sans.c_str();
   ttf_font_file[1] = dejavu.c_str();
   const bytes text = little_endian(u"Wim");
   const auto width_in = [&](uint32_t font) {
-    put_unicode_string(10, 10, text.data(), 40, font, 0x0821, 0xFFFF, 0);
+    put_unicode_string(10, 10, text.data(), 40, font, DRAVIK_BLACK, DRAVIK_WHITE, 0);
     return str_width;
   };
   const int32_t first = width_in(0), second = width_in(1);
@@ -101,7 +101,7 @@ TEST(TrueTypeFonts, OnlyBit0OfTheNumberCounts) {
   EXPECT_EQ(str_width, second);
 }
 
-TEST(AsciiToUnicodeString, GivesEachByteAUnit) {
+TEST(AsciiToUnicodeString, ReturnsEachByteAUnit) {
   uint8_t made[10];
   std::memset(made, 0xEE, sizeof made);
   EXPECT_EQ(ascii_to_unicode_string("Ab1", made), 3);
@@ -109,7 +109,7 @@ TEST(AsciiToUnicodeString, GivesEachByteAUnit) {
   EXPECT_EQ(std::memcmp(made, expected, sizeof made), 0);
 }
 
-TEST(AsciiToUnicodeString, TakesBytesAbove127AsTheyAre) {
+TEST(AsciiToUnicodeString, KeepsBytesAbove127) {
   uint8_t made[8];
   std::memset(made, 0xEE, sizeof made);
   EXPECT_EQ(ascii_to_unicode_string("\x80\xFF", made), 2);
@@ -124,7 +124,7 @@ TEST(AsciiToUnicodeString, KeepsControlBytes) {
   EXPECT_EQ(std::memcmp(made, expected, sizeof made), 0);
 }
 
-TEST(AsciiToUnicodeString, OfNothingIsTheEndAlone) {
+TEST(AsciiToUnicodeString, StoresOnlyEndForEmptyText) {
   uint8_t made[4];
   std::memset(made, 0xEE, sizeof made);
   EXPECT_EQ(ascii_to_unicode_string("", made), 0);
@@ -149,7 +149,7 @@ TEST(AsciiToUnicodeString, MayBeLongerThanALineOfText) {
   EXPECT_EQ(made[2001], 0);
 }
 
-TEST(AsciiToUnicodeString, MakesWhatIsDrawn) {
+TEST(AsciiToUnicodeString, ConvertsTextForDrawing) {
   text_stage stage;
   uint8_t made[24];
   ASSERT_EQ(ascii_to_unicode_string("caf\xE9 100%", made), 9);

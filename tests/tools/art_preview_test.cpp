@@ -1,125 +1,47 @@
-// Previews: colours against a model of the ramps, sheets, enlargement, and what is refused.
+// Previews: colours against a model of the ramps, sheets, enlargement, and what is rejected.
 
 #include "art_fixture.hpp"
 
 #include "dravik-art/colours.hpp"
+#include "support/colour_ramps.hpp"
 
 using namespace dravik;
 using namespace dravik::art_test;
+using namespace dravik::test;
 
 namespace {
 
-/// Red, green and blue of a step in 5, 6 and 5 bits.
-struct step_colour {
-  int red, green, blue;
-};
-
-using ramp_model = std::function<step_colour(int)>;
-
-rgba eight_bits(step_colour of) {
-  return {uint8_t(of.red * 8 + of.red / 4), uint8_t(of.green * 4 + of.green / 16),
-          uint8_t(of.blue * 8 + of.blue / 4), 255};
+rgba eight_bits(uint16_t colour) {
+  const int red = colour / 2048, green = colour / 32 % 64, blue = colour % 32;
+  return {uint8_t(red * 8 + red / 4), uint8_t(green * 4 + green / 16), uint8_t(blue * 8 + blue / 4), 255};
 }
 
-/// What artwork is painted with, by the names of its colours.
+rgba step_colour(int ramp, int step, uint16_t theme = DRAVIK_DEFAULT_THEME) {
+  return eight_bits(ramp_step(ramp, step, theme));
+}
+
+/// A ramp of artwork, by the names of its colours.
 struct named_ramp {
-  std::string background, foreground;
-  ramp_model step;
+  const char *background, *foreground;
+  int ramp;
+
+  bool is_transparent() const { return background == std::string_view{"none"}; }
 };
 
-step_colour white_on_black(int i) {
-  return i == 0 ? step_colour{1, 1, 1} : step_colour{2 * i, 4 * i, 2 * i};
-}
-step_colour black_on_white(int i) {
-  return {31 - 2 * i, 63 - 4 * i, 31 - 2 * i};
-}
-step_colour grey_on_black(int i) {
-  return {i, 2 * i, i};
-}
-
-const std::vector<named_ramp> &ramps() {
-  static const std::vector<named_ramp> all = {
-      {"black", "white", white_on_black},
-      {"black", "red",
-       [](int i) {
-         return step_colour{2 * i + 1, 0, 0};
-       }},
-      {"black", "green",
-       [](int i) {
-         return step_colour{0, 4 * i + 3, 0};
-       }},
-      {"black", "blue",
-       [](int i) {
-         return step_colour{0, 0, 2 * i + 1};
-       }},
-      {"black", "grey", grey_on_black},
-      {"black", "yellow",
-       [](int i) {
-         return step_colour{2 * i + 1, 4 * i + 3, 0};
-       }},
-      {"black", "magenta",
-       [](int i) {
-         return i == 0 ? step_colour{1, 1, 1} : step_colour{2 * i + 1, 0, 2 * i + 1};
-       }},
-      {"black", "cyan",
-       [](int i) {
-         return step_colour{0, 4 * i + 3, 2 * i + 1};
-       }},
-      {"black", "orange",
-       [](int i) {
-         return step_colour{2 * i + 1, 2 * i, 0};
-       }},
-      {"white", "black", black_on_white},
-      {"white", "red",
-       [](int i) {
-         return step_colour{31, 63 - 4 * i, 31 - 2 * i};
-       }},
-      {"white", "green",
-       [](int i) {
-         return step_colour{31 - 2 * i, 63, 31 - 2 * i};
-       }},
-      {"white", "blue",
-       [](int i) {
-         return step_colour{31 - 2 * i, 63 - 4 * i, 31};
-       }},
-      {"white", "grey",
-       [](int i) {
-         return step_colour{31 - i, 62 - 2 * i, 31 - i};
-       }},
-      {"white", "yellow",
-       [](int i) {
-         return step_colour{31, 63, 31 - 2 * i};
-       }},
-      {"white", "magenta",
-       [](int i) {
-         return step_colour{31, 63 - 4 * i, 31};
-       }},
-      {"white", "cyan",
-       [](int i) {
-         return step_colour{31 - 2 * i, 63, 31};
-       }},
-      {"white", "orange",
-       [](int i) {
-         return step_colour{31, 62 - 2 * i, 31 - 2 * i};
-       }},
-      {"theme", "white",
-       [](int k) {
-         return step_colour{1 + 30 * k / 15, 27 + 36 * k / 15, 23 + 8 * k / 15};
-       }},
-      {"theme", "black",
-       [](int k) {
-         return step_colour{1 - k / 15, 27 - 27 * k / 15, 23 - 23 * k / 15};
-       }},
-      {"magenta", "black",
-       [](int i) {
-         return step_colour{31 - 2 * i, 1, 31 - 2 * i};
-       }},
-      {"none", "black", black_on_white},
-      {"none", "grey", grey_on_black},
-      {"none", "white", white_on_black},
-  };
-  return all;
-}
+constexpr named_ramp ramps[] = {
+    {"black", "white", DRAVIK_WHITE_ON_BLACK},     {"black", "red", DRAVIK_RED_ON_BLACK},
+    {"black", "green", DRAVIK_GREEN_ON_BLACK},     {"black", "blue", DRAVIK_BLUE_ON_BLACK},
+    {"black", "grey", DRAVIK_GREY_ON_BLACK},       {"black", "yellow", DRAVIK_YELLOW_ON_BLACK},
+    {"black", "magenta", DRAVIK_MAGENTA_ON_BLACK}, {"black", "cyan", DRAVIK_CYAN_ON_BLACK},
+    {"black", "orange", DRAVIK_ORANGE_ON_BLACK},   {"white", "black", DRAVIK_BLACK_ON_WHITE},
+    {"white", "red", DRAVIK_RED_ON_WHITE},         {"white", "green", DRAVIK_GREEN_ON_WHITE},
+    {"white", "blue", DRAVIK_BLUE_ON_WHITE},       {"white", "grey", DRAVIK_GREY_ON_WHITE},
+    {"white", "yellow", DRAVIK_YELLOW_ON_WHITE},   {"white", "magenta", DRAVIK_MAGENTA_ON_WHITE},
+    {"white", "cyan", DRAVIK_CYAN_ON_WHITE},       {"white", "orange", DRAVIK_ORANGE_ON_WHITE},
+    {"theme", "white", DRAVIK_THEME_TO_WHITE},     {"theme", "black", DRAVIK_THEME_TO_BLACK},
+    {"magenta", "black", DRAVIK_BLACK_ON_MAGENTA}, {"none", "black", DRAVIK_BLACK_ON_WHITE},
+    {"none", "grey", DRAVIK_GREY_ON_BLACK},        {"none", "white", DRAVIK_WHITE_ON_BLACK},
+};
 
 rgba pixel(const png::picture &of, size_t x, size_t y) {
   const size_t at = (y * of.width + x) * 4;
@@ -137,7 +59,8 @@ protected:
                                      .raw({0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF}));
   }
 
-  void expect_ramp(const std::vector<std::string> &options, const ramp_model &model, bool skips_zero) const {
+  void expect_ramp(const std::vector<std::string> &options, int ramp, bool is_transparent,
+                   uint16_t theme = DRAVIK_DEFAULT_THEME) const {
     std::vector<std::string> words = {"preview", "levels.q7", "0", "out.png"};
     words.insert(words.end(), options.begin(), options.end());
     expect_quiet_success(words);
@@ -145,67 +68,64 @@ protected:
     ASSERT_EQ(shown.width, 16u);
     ASSERT_EQ(shown.height, 1u);
     for (int i = 0; i < 16; ++i)
-      EXPECT_EQ(pixel(shown, static_cast<size_t>(i), 0), i == 0 && skips_zero ? rgba{} : eight_bits(model(i)))
+      EXPECT_EQ(pixel(shown, static_cast<size_t>(i), 0),
+                i == 0 && is_transparent ? rgba{} : step_colour(ramp, i, theme))
           << testing::PrintToString(options) << " level " << i;
   }
 };
 
 } // namespace
 
-TEST_F(ArtPreview, EveryNamedPairHasTheColoursOfItsRamp) {
+TEST_F(ArtPreview, PaintsEveryNamedPairThroughItsRamp) {
   write_levels();
-  for (const named_ramp &ramp : ramps())
-    expect_ramp({"--bg", ramp.background, "--fg", ramp.foreground}, ramp.step, ramp.background == "none");
+  for (const named_ramp &ramp : ramps)
+    expect_ramp({"--bg", ramp.background, "--fg", ramp.foreground}, ramp.ramp, ramp.is_transparent());
 }
 
-TEST_F(ArtPreview, PairsWithoutARampOfTheirOwnTakeTheLibrarysNearest) {
+TEST_F(ArtPreview, PaintsOtherPairsThroughRampOfLibrary) {
   write_levels();
-  expect_ramp({"--bg", "black", "--fg", "0x1111"}, white_on_black, false);
-  expect_ramp({"--bg", "white", "--fg", "#123456"}, black_on_white, false);
-  expect_ramp({"--bg", "magenta", "--fg", "red"}, white_on_black, false);
-  expect_ramp({"--bg", "red", "--fg", "white"}, white_on_black, false);
-  expect_ramp({"--bg", "none", "--fg", "red"}, white_on_black, true);
+  expect_ramp({"--bg", "black", "--fg", "0x1111"}, DRAVIK_WHITE_ON_BLACK, false);
+  expect_ramp({"--bg", "white", "--fg", "#123456"}, DRAVIK_BLACK_ON_WHITE, false);
+  expect_ramp({"--bg", "magenta", "--fg", "red"}, DRAVIK_WHITE_ON_BLACK, false);
+  expect_ramp({"--bg", "red", "--fg", "white"}, DRAVIK_WHITE_ON_BLACK, false);
+  expect_ramp({"--bg", "none", "--fg", "red"}, DRAVIK_WHITE_ON_BLACK, true);
 }
 
 TEST_F(ArtPreview, IsWhiteOnBlackByDefault) {
   write_levels();
-  expect_ramp({}, white_on_black, false);
+  expect_ramp({}, DRAVIK_WHITE_ON_BLACK, false);
 }
 
-TEST_F(ArtPreview, ColoursMayBeNumbers) {
+TEST_F(ArtPreview, AcceptsNumbersAsColours) {
   write_levels();
-  const auto green_on_white = [](int i) { return step_colour{31 - 2 * i, 63, 31 - 2 * i}; };
-  expect_ramp({"--bg", "0xFFFF", "--fg", "0x7E0"}, green_on_white, false);
-  expect_ramp({"--bg=#ffffff", "--fg=#00FF00"}, green_on_white, false);
-  expect_ramp({"--bg", "0x0821", "--fg", "0x7BEF"}, grey_on_black, false);
+  expect_ramp({"--bg", "0xFFFF", "--fg", "0x7E0"}, DRAVIK_GREEN_ON_WHITE, false);
+  expect_ramp({"--bg=#ffffff", "--fg=#00FF00"}, DRAVIK_GREEN_ON_WHITE, false);
+  expect_ramp({"--bg", "0x0821", "--fg", "0x7BEF"}, DRAVIK_GREY_ON_BLACK, false);
 }
 
-TEST_F(ArtPreview, TheThemeColourCanBeChosen) {
+TEST_F(ArtPreview, AcceptsThemeColour) {
   write_levels();
-  // 0xF81F, the colour of the key for transparency, is a colour like any other here.
-  const auto magenta_to_white = [](int k) { return step_colour{31, 63 * k / 15, 31}; };
-  expect_ramp({"--bg", "theme", "--fg", "white", "--theme", "magenta"}, magenta_to_white, false);
-  const auto to_black = [](int k) {
-    return step_colour{10 - 10 * k / 15, 20 - 20 * k / 15, 30 - 30 * k / 15};
-  };
-  expect_ramp({"--bg", "theme", "--fg", "black", "--theme", "0x529E"}, to_black, false);
+  // The colour of the key of BMP images has no special meaning here.
+  expect_ramp({"--bg", "theme", "--fg", "white", "--theme", "magenta"}, DRAVIK_THEME_TO_WHITE, false,
+              DRAVIK_MAGENTA);
+  expect_ramp({"--bg", "theme", "--fg", "black", "--theme", "0x529E"}, DRAVIK_THEME_TO_BLACK, false, 0x529E);
 }
 
-TEST_F(ArtPreview, TheListOfAllRampsIsComplete) {
-  ASSERT_EQ(std::size(art::all_ramps), ramps().size());
-  for (size_t i = 0; i < ramps().size(); ++i) {
-    EXPECT_EQ(art::all_ramps[i].background, art::background_named(ramps()[i].background)) << i;
-    EXPECT_EQ(art::all_ramps[i].foreground, art::colour_named(ramps()[i].foreground)) << i;
+TEST_F(ArtPreview, ListsAllRamps) {
+  ASSERT_EQ(std::size(art::all_ramps), std::size(ramps));
+  for (size_t i = 0; i < std::size(ramps); ++i) {
+    EXPECT_EQ(art::all_ramps[i].background, art::background_named(ramps[i].background)) << i;
+    EXPECT_EQ(art::all_ramps[i].foreground, art::colour_named(ramps[i].foreground)) << i;
   }
 }
 
-TEST_F(ArtPreview, ImageMagickReadsTheSamePixels) {
+TEST_F(ArtPreview, WritesPixelsThatImageMagickReads) {
   write_bytes(at("a.q7"), sound_archive()); // image 0: levels 1 2 3 / 4 5 15
   expect_quiet_success({"preview", "a.q7", "0", "out.png", "--bg", "none", "--fg", "grey"});
   convert({"out.png", "-depth", "8", "rgba:out.rgba"});
   bytes expected;
   for (const int level : {1, 2, 3, 4, 5, 15})
-    for (const uint8_t part : eight_bits(grey_on_black(level)))
+    for (const uint8_t part : step_colour(DRAVIK_GREY_ON_BLACK, level))
       expected.push_back(part);
   EXPECT_EQ(read_bytes(at("out.rgba")), expected);
 }
@@ -222,7 +142,7 @@ TEST_F(ArtPreview, EnlargesEachPixelToASquare) {
       EXPECT_EQ(pixel(three, x, y), pixel(one, x / 3, y / 3)) << x << ' ' << y;
 }
 
-TEST_F(ArtPreview, ASheetShowsAllImagesInEqualCells) {
+TEST_F(ArtPreview, DrawsSheetInEqualCells) {
   write_bytes(at("a.q7"), sound_archive());
   expect_quiet_success({"preview", "a.q7", "all", "out.png", "--bg", "white", "--fg", "black"});
   const png::picture sheet = read_picture("out.png");
@@ -235,25 +155,25 @@ TEST_F(ArtPreview, ASheetShowsAllImagesInEqualCells) {
   };
   for (size_t y = 0; y < 10; ++y)
     for (size_t x = 0; x < 22; ++x)
-      EXPECT_EQ(pixel(sheet, x, y), eight_bits(black_on_white(levels[{x, y}]))) << x << ' ' << y;
+      EXPECT_EQ(pixel(sheet, x, y), step_colour(DRAVIK_BLACK_ON_WHITE, levels[{x, y}])) << x << ' ' << y;
 }
 
-TEST_F(ArtPreview, ASheetOnTheThemeHasTheThemeColourAround) {
+TEST_F(ArtPreview, DrawsSheetOnThemeColour) {
   write_bytes(at("a.q7"), sound_archive());
   expect_quiet_success({"preview", "a.q7", "all", "out.png", "--bg", "theme", "--theme", "0x529E"});
-  EXPECT_EQ(pixel(read_picture("out.png"), 0, 0), eight_bits({10, 20, 30}));
+  EXPECT_EQ(pixel(read_picture("out.png"), 0, 0), eight_bits(0x529E));
 }
 
-TEST_F(ArtPreview, ASheetOnNothingIsTransparent) {
+TEST_F(ArtPreview, DrawsTransparentSheet) {
   write_bytes(at("a.q7"), sound_archive());
   expect_quiet_success({"preview", "a.q7", "all", "out.png", "--bg", "none"});
   const png::picture sheet = read_picture("out.png");
   EXPECT_EQ(pixel(sheet, 0, 0), rgba{});
   EXPECT_EQ(pixel(sheet, 15, 4), rgba{}); // level 0
-  EXPECT_EQ(pixel(sheet, 16, 4), eight_bits({30, 60, 30}));
+  EXPECT_EQ(pixel(sheet, 16, 4), eight_bits(rgb565(30, 60, 30)));
 }
 
-TEST_F(ArtPreview, CellsPastTheLastImageStayTransparent) {
+TEST_F(ArtPreview, LeavesCellsPastLastImageTransparent) {
   bytes archive = archive_bytes{}.text("KORVEXQ7").words({3, 67});
   for (uint32_t i = 0; i < 3; ++i) {
     const bytes record = archive_bytes{}.words({1, 1, 64 + i, 0});
@@ -265,28 +185,28 @@ TEST_F(ArtPreview, CellsPastTheLastImageStayTransparent) {
   const png::picture sheet = read_picture("out.png");
   ASSERT_EQ(sheet.width, 18u);
   ASSERT_EQ(sheet.height, 18u);
-  EXPECT_EQ(pixel(sheet, 4, 13), eight_bits({30, 60, 30}));
+  EXPECT_EQ(pixel(sheet, 4, 13), eight_bits(rgb565(30, 60, 30)));
   EXPECT_EQ(pixel(sheet, 9, 9), rgba{});
   EXPECT_EQ(pixel(sheet, 17, 17), rgba{});
 }
 
-TEST_F(ArtPreview, ARampSheetShowsEveryPairNineARow) {
+TEST_F(ArtPreview, DrawsRampSheetOfNinePairsPerRow) {
   write_levels();
   expect_quiet_success({"preview", "levels.q7", "0", "out.png", "--ramps"});
   const png::picture sheet = read_picture("out.png");
   ASSERT_EQ(sheet.width, 9u * 24);
   ASSERT_EQ(sheet.height, 3u * 9);
-  for (size_t i = 0; i < ramps().size(); ++i) {
+  for (size_t i = 0; i < std::size(ramps); ++i) {
     const size_t x = i % 9 * 24, y = i / 9 * 9;
-    const bool skips_zero = ramps()[i].background == "none";
+    const bool skips_zero = ramps[i].is_transparent();
     for (int level = skips_zero ? 1 : 0; level < 16; ++level)
-      EXPECT_EQ(pixel(sheet, x + 4 + static_cast<size_t>(level), y + 4), eight_bits(ramps()[i].step(level)))
+      EXPECT_EQ(pixel(sheet, x + 4 + static_cast<size_t>(level), y + 4), step_colour(ramps[i].ramp, level))
           << i << " level " << level;
     EXPECT_EQ(pixel(sheet, x, y)[3], skips_zero ? 0 : 255) << i;
   }
 }
 
-TEST_F(ArtPreview, ReplacesAPictureButNoOtherFile) {
+TEST_F(ArtPreview, ReplacesAImageButNoOtherFile) {
   write_bytes(at("a.q7"), sound_archive());
   convert({"xc:red", "out.png"});
   expect_quiet_success({"preview", "a.q7", "1", "out.png"});
@@ -294,14 +214,14 @@ TEST_F(ArtPreview, ReplacesAPictureButNoOtherFile) {
   expect_refusal({"preview", "a.q7", "1", "a.q7"}, 1, "a.q7: exists in another format; not replaced");
 }
 
-TEST_F(ArtPreview, RefusesAnImageThatIsNotThere) {
+TEST_F(ArtPreview, RejectsAnImageThatIsNotThere) {
   write_bytes(at("a.q7"), sound_archive());
   for (const std::string index : {"2", "4294967294"})
     expect_refusal({"preview", "a.q7", index, "out.png"}, 1,
                    "a.q7: invalid image " + index + "; must be 0 to 1");
 }
 
-TEST_F(ArtPreview, RefusesAnImageThatCannotBeDrawn) {
+TEST_F(ArtPreview, RejectsAnImageThatCannotBeDrawn) {
   bytes archive = sound_archive();
   put_word(archive, 36, 2);
   write_bytes(at("a.q7"), archive);
@@ -311,7 +231,7 @@ TEST_F(ArtPreview, RefusesAnImageThatCannotBeDrawn) {
   expect_quiet_success({"preview", "a.q7", "0", "out.png"}); // the other one can
 }
 
-TEST_F(ArtPreview, RefusesPicturesThatNoOneCouldLookAt) {
+TEST_F(ArtPreview, RejectsImagesThatNoOneCouldLookAt) {
   // Two images of 20000 pixels in a row and in a column: cells of 20008 x 20008.
   bytes archive = archive_bytes{}.text("KORVEXQ7").words({2, 48 + 10000 + 20000});
   const bytes records = archive_bytes{}.words({20000, 1, 48, 0, 1, 20000, 10048, 0});
@@ -325,7 +245,7 @@ TEST_F(ArtPreview, RefusesPicturesThatNoOneCouldLookAt) {
   expect_quiet_success({"preview", "a.q7", "0", "out.png", "--scale", "8"});
 }
 
-TEST_F(ArtPreview, KeepsTheOldPictureWhenItCannotWrite) {
+TEST_F(ArtPreview, KeepsTheOldImageWhenItCannotWrite) {
   write_bytes(at("a.q7"), sound_archive());
   convert({"xc:red", "out.png"});
   expect_refusal({"preview", "a.q7", "0", "no/out.png"}, 1, "no/out.png: No such file or directory");
@@ -338,7 +258,7 @@ TEST_F(ArtPreview, KeepsTheOldPictureWhenItCannotWrite) {
   EXPECT_TRUE(contents() == before);
 }
 
-TEST_F(ArtPreview, RefusesWrongUse) {
+TEST_F(ArtPreview, RejectsInvalidUsage) {
   write_bytes(at("a.q7"), sound_archive());
   const std::string colours = "; must be a name, 0x and RGB565, or # and RGB";
   const auto refuse = [&](std::vector<std::string> options, const std::string &line) {
