@@ -24,7 +24,7 @@ TEST(ByteReader, ReadsNumbersInTheirOrder) {
   EXPECT_TRUE(reader.ok());
 }
 
-TEST(ByteReader, TopBitIsNoSign) {
+TEST(ByteReader, ReadsTopBitAsUnsigned) {
   byte_reader reader{bytes};
   reader.seek(4);
   EXPECT_EQ(reader.u32le(), 0xF80706F5U);
@@ -39,14 +39,14 @@ TEST(ByteReader, SeeksForthAndBack) {
   EXPECT_EQ(reader.u8(), 0x82);
 }
 
-TEST(ByteReader, EndIsAPlaceToSeek) {
+TEST(ByteReader, SeeksToEnd) {
   byte_reader reader{bytes};
   reader.seek(8);
   EXPECT_TRUE(reader.ok());
   EXPECT_EQ(reader.remaining(), 0U);
 }
 
-TEST(ByteReader, SeekBeyondTheEndSpoils) {
+TEST(ByteReader, FailsAfterSeekBeyondEnd) {
   for (const uint64_t beyond : {uint64_t{9}, uint64_t{1} << 32, UINT64_MAX}) {
     byte_reader reader{bytes};
     reader.seek(beyond);
@@ -55,7 +55,7 @@ TEST(ByteReader, SeekBeyondTheEndSpoils) {
   }
 }
 
-TEST(ByteReader, ReadAcrossTheEndGivesZeroAndSpoils) {
+TEST(ByteReader, ReturnsZeroAndFailsAcrossEnd) {
   byte_reader reader{bytes};
   reader.seek(5);
   EXPECT_EQ(reader.u32le(), 0U);
@@ -72,7 +72,7 @@ TEST(ByteReader, StaysSpoiled) {
   EXPECT_FALSE(reader.ok());
 }
 
-TEST(ByteReader, NoBytes) {
+TEST(ByteReader, FailsWithoutBytes) {
   byte_reader reader{{}};
   EXPECT_TRUE(reader.ok());
   EXPECT_EQ(reader.u8(), 0);

@@ -17,7 +17,7 @@ namespace {
 using dravik::allocate_block;
 using dravik::heap_block;
 
-TEST(HeapBlock, HoldsAsManyBytesAsAskedFor) {
+TEST(HeapBlock, HasRequestedSize) {
   const heap_block block = allocate_block(1000);
   ASSERT_NE(block, nullptr);
   std::memset(block.get(), 0x5A, 1000);
@@ -29,8 +29,16 @@ TEST(HeapBlock, IsEmptyWhenMemoryIsShort) {
   EXPECT_EQ(allocate_block(size), nullptr);
 }
 
-TEST(HeapBlock, ReleasedBlockIsFreedWithFree) {
-  std::free(allocate_block(10).release());
+TEST(HeapBlock, ReleasesBlockForFree) {
+  uint8_t *released = nullptr;
+  {
+    heap_block block = allocate_block(1000);
+    std::memset(block.get(), 0x5A, 1000);
+    released = block.release();
+    EXPECT_EQ(block, nullptr);
+  }
+  EXPECT_EQ(released[999], 0x5A);
+  std::free(released); // a second free() of a block that its owner has freed terminates the program
 }
 
 TEST(HeapBlock, HasOneOwner) {

@@ -30,7 +30,7 @@ TEST(UniqueFd, ClosesAtItsEnd) {
   EXPECT_FALSE(is_open(descriptor));
 }
 
-TEST(UniqueFd, NegativeIsNoneAndZeroIsOne) {
+TEST(UniqueFd, TreatsNegativeAsClosedAndZeroAsOpen) {
   EXPECT_FALSE(unique_fd{});
   EXPECT_FALSE(unique_fd{-1});
   unique_fd zero{0};
@@ -38,7 +38,7 @@ TEST(UniqueFd, NegativeIsNoneAndZeroIsOne) {
   EXPECT_EQ(zero.release(), 0);
 }
 
-TEST(UniqueFd, ReleaseGivesItAwayOpen) {
+TEST(UniqueFd, ReleasesDescriptorOpen) {
   unique_fd owner{any_descriptor()};
   const int descriptor = owner.release();
   EXPECT_FALSE(owner);
@@ -46,7 +46,7 @@ TEST(UniqueFd, ReleaseGivesItAwayOpen) {
   ::close(descriptor);
 }
 
-TEST(UniqueFd, ResetClosesTheOldOne) {
+TEST(UniqueFd, ClosesOldDescriptorOnReset) {
   const int first = any_descriptor(), second = any_descriptor();
   unique_fd owner{first};
   owner.reset(second);

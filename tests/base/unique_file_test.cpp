@@ -29,25 +29,25 @@ TEST(UniqueFile, IsEmptyForAFileThatIsNotThere) {
   EXPECT_EQ(open_file("/nowhere/at/all", "r"), nullptr);
 }
 
-TEST(UniqueFile, WhatWasWrittenIsOnTheFileAtTheEnd) {
+TEST(UniqueFile, FlushesWhatWasWritten) {
   const temporary_file file{""};
   std::fputs("hello", open_file(file.path(), "w").get());
   EXPECT_EQ(seek_to_end(open_file(file.path(), "r").get()), 5);
 }
 
-TEST(SeekToEnd, GivesTheLengthAndStaysAtTheEnd) {
+TEST(SeekToEnd, ReturnsTheLengthAndStaysAtTheEnd) {
   const temporary_file file{"abcde"};
   const unique_file stream = open_file(file.path(), "r");
   EXPECT_EQ(seek_to_end(stream.get()), 5);
   EXPECT_EQ(std::fgetc(stream.get()), EOF);
 }
 
-TEST(SeekToEnd, EmptyFileIsZeroLong) {
+TEST(SeekToEnd, ReturnsZeroForEmptyFile) {
   const temporary_file file{""};
   EXPECT_EQ(seek_to_end(open_file(file.path(), "r").get()), 0);
 }
 
-TEST(SeekToEnd, PipeHasNoEnd) {
+TEST(SeekToEnd, FailsForPipe) {
   int ends[2];
   ASSERT_EQ(::pipe(ends), 0);
   const unique_file stream{::fdopen(ends[0], "r")};

@@ -1,4 +1,4 @@
-// The converter's text file, as tests write it.
+// The text file of the ADC driver.
 #pragma once
 
 #include "support/board.hpp"

@@ -1,5 +1,5 @@
-// The backlight and the panel behind it. This program stands in for the calls that reach the backlight's
-// files, notes them, and hands them on to the board.
+// The backlight and the panel behind it. This program interposes the calls that reach the backlight's
+// files, notes them, and forwards them to the board.
 
 #include "dravik.h"
 #include "support/board.hpp"
@@ -40,7 +40,7 @@ struct watched_calls : call_watcher {
     return log_file.empty() || found == names.end() ? nullptr : &found->second;
   }
 
-  /// What the library opens is one of the backlight's files, by its name there.
+  /// The name of a file of the backlight.
   std::string backlight_name(std::string_view path) const {
     constexpr std::string_view folder = "/sys/class/backlight/pwm-backlight.0/";
     return path.starts_with(folder) && !log_file.empty() ? std::string{path.substr(folder.size())} : "";
@@ -97,8 +97,8 @@ protected:
     fb_exit();
   }
 
-  /// Opens the backlight; what follows is noted and logged from the start.
-  void start() {
+  /// Open the backlight; later calls are recorded from the start.
+  void expect_start() {
     ASSERT_EQ(lcd_bl_init(), 1);
     forget();
   }
@@ -122,14 +122,14 @@ TEST_F(Backlight, OpensBothFiles) {
   EXPECT_THAT(messages(), ElementsAre("lcd_bl_init()+", "lcd_bl_init()-"));
 }
 
-TEST_F(Backlight, SecondStartOpensNothingNew) {
-  start();
+TEST_F(Backlight, OpensNothingOnSecondInit) {
+  expect_start();
   EXPECT_EQ(lcd_bl_init(), 1);
   EXPECT_THAT(watched.calls, IsEmpty());
   EXPECT_THAT(messages(), ElementsAre("lcd_bl_init()+", "lcd_bl_init()-"));
 }
 
-TEST_F(Backlight, MissingBrightnessLeavesThePowerUnopened) {
+TEST_F(Backlight, LeavesPowerClosedIfBrightnessIsMissing) {
   board_.remove(brightness_file);
   EXPECT_EQ(lcd_bl_init(), 0);
   EXPECT_THAT(watched.calls, ElementsAre("open brightness @1"));
@@ -138,7 +138,7 @@ TEST_F(Backlight, MissingBrightnessLeavesThePowerUnopened) {
                                             "pwm_dev=/sys/class/backlight/pwm-backlight.0/brightness"));
 }
 
-TEST_F(Backlight, MissingPowerIsToldWithItsPath) {
+TEST_F(Backlight, ReportsMissingPowerWithItsPath) {
   board_.remove(power_file);
   EXPECT_EQ(lcd_bl_init(), 0);
   EXPECT_THAT(watched.calls, ElementsAre("open brightness @1", "open bl_power @1"));
@@ -147,7 +147,7 @@ TEST_F(Backlight, MissingPowerIsToldWithItsPath) {
                                             "pwm_dev=/sys/class/backlight/pwm-backlight.0/bl_power"));
 }
 
-TEST_F(Backlight, SecondStartOpensWhatTheFirstCouldNot) {
+TEST_F(Backlight, OpensOnSecondInitWhatFailedBefore) {
   board_.remove(power_file);
   lcd_bl_init();
   board_.write(power_file, "4\n");
@@ -156,8 +156,8 @@ TEST_F(Backlight, SecondStartOpensWhatTheFirstCouldNot) {
   EXPECT_THAT(watched.calls, ElementsAre("open bl_power @1"));
 }
 
-TEST_F(Backlight, ExitClosesBothOnce) {
-  start();
+TEST_F(Backlight, ClosesBothFilesOnce) {
+  expect_start();
   lcd_bl_exit();
   EXPECT_THAT(watched.calls, ElementsAre("close brightness @0", "close bl_power @0"));
   EXPECT_THAT(messages(), IsEmpty());
@@ -168,7 +168,7 @@ TEST_F(Backlight, ExitClosesBothOnce) {
   EXPECT_THAT(watched.calls, ElementsAre("open brightness @1", "open bl_power @1"));
 }
 
-TEST_F(Backlight, ExitClosesTheOneThatIsOpen) {
+TEST_F(Backlight, ClosesOnlyOpenFile) {
   board_.remove(power_file);
   lcd_bl_init();
   forget();
@@ -188,7 +188,7 @@ class BacklightLevel : public Backlight, public testing::WithParamInterface<leve
 
 TEST_P(BacklightLevel, IsWrittenWithinItsLimitsAndLoggedAsAskedFor) {
   const auto [level, text, message] = GetParam();
-  start();
+  expect_start();
   EXPECT_EQ(lcd_bl_set(level), length_of(message));
   EXPECT_EQ(board_.read(brightness_file), text);
   EXPECT_THAT(watched.calls, ElementsAre("brightness \"" + std::string{text} + "\" @0"));
@@ -215,30 +215,30 @@ INSTANTIATE_TEST_SUITE_P(Levels, BacklightLevel,
                                          level_case{INT32_MAX, "1000", unknown}, level_case{-1, "0", unknown},
                                          level_case{-5, "0", unknown}, level_case{INT32_MIN, "0", unknown}));
 
-TEST_F(Backlight, LevelsFollowOneAnother) {
-  start();
+TEST_F(Backlight, SetsLevelsInTurn) {
+  expect_start();
   for (const int32_t level : {1000, 1, 500})
     lcd_bl_set(level);
   EXPECT_EQ(board_.read(brightness_file), "500");
   EXPECT_THAT(messages(), ElementsAre(high, low, medium));
 }
 
-TEST_F(Backlight, LevelThatCannotBeWrittenIsLoggedAsItWasLimited) {
-  start();
+TEST_F(Backlight, LogsClampedLevelThatCannotBeWritten) {
+  expect_start();
   watched.fails = true;
   EXPECT_EQ(lcd_bl_set(2000), length_of(unknown));
   EXPECT_THAT(messages(), ElementsAre("lcd_bl_set() : setup err, value = 1000", unknown));
 }
 
-TEST_F(Backlight, LevelWrittenInPartIsAFailure) {
-  start();
+TEST_F(Backlight, FailsIfLevelIsWrittenInPart) {
+  expect_start();
   watched.takes_too_little = true;
   EXPECT_EQ(lcd_bl_set(500), length_of(medium));
   EXPECT_THAT(messages(), ElementsAre("lcd_bl_set() : setup err, value = 500", medium));
 }
 
-TEST_F(Backlight, LevelWithoutALogGivesNothing) {
-  start();
+TEST_F(Backlight, ReturnsZeroForLevelWithoutLog) {
+  expect_start();
   board_.set_fault("open", "/tmp/dravik.log");
   EXPECT_EQ(lcd_bl_set(500), 0);
   EXPECT_EQ(board_.read(brightness_file), "500");
@@ -246,8 +246,8 @@ TEST_F(Backlight, LevelWithoutALogGivesNothing) {
 
 // ------------------------------------------------------------------------------------------------ power
 
-TEST_F(Backlight, OffTurnsTheLightOffAndThenThePanel) {
-  start();
+TEST_F(Backlight, TurnsOffLightThenPanel) {
+  expect_start();
   EXPECT_EQ(lcd_bl_off(), length_of("lcd_bl_off()"));
   EXPECT_EQ(board_.read(power_file), "1");
   EXPECT_THAT(watched.calls, ElementsAre("bl_power \"1\" @0", "blank 1 @1"));
@@ -255,16 +255,16 @@ TEST_F(Backlight, OffTurnsTheLightOffAndThenThePanel) {
   EXPECT_THAT(board_.events(), ElementsAre("backlight: off", "fb0: blank 1"));
 }
 
-TEST_F(Backlight, OffThatCannotBeWrittenLooksTheSame) {
-  start();
+TEST_F(Backlight, ReturnsSameIfOffCannotBeWritten) {
+  expect_start();
   watched.fails = true;
   EXPECT_EQ(lcd_bl_off(), length_of("lcd_bl_off()"));
   EXPECT_THAT(watched.calls, ElementsAre("bl_power \"1\" @0", "blank 1 @1"));
   EXPECT_THAT(messages(), ElementsAre("lcd_bl_off() : turn off err", "lcd_bl_off()"));
 }
 
-TEST_F(Backlight, OnTurnsTheLightOnAndThenThePanel) {
-  start();
+TEST_F(Backlight, TurnsOnLightThenPanel) {
+  expect_start();
   EXPECT_EQ(lcd_bl_on(), length_of("lcd_bl_on()"));
   EXPECT_EQ(board_.read(power_file), "0");
   EXPECT_THAT(watched.calls, ElementsAre("bl_power \"0\" @0", "blank 0 @0"));
@@ -272,22 +272,22 @@ TEST_F(Backlight, OnTurnsTheLightOnAndThenThePanel) {
   EXPECT_THAT(board_.events(), ElementsAre("backlight: on", "fb0: blank 0"));
 }
 
-TEST_F(Backlight, OnThatCannotBeWrittenIsLogged) {
-  start();
+TEST_F(Backlight, LogsOnThatCannotBeWritten) {
+  expect_start();
   watched.fails = true;
   EXPECT_EQ(lcd_bl_on(), length_of("lcd_bl_on()"));
   EXPECT_THAT(watched.calls, ElementsAre("bl_power \"0\" @0", "blank 0 @1"));
   EXPECT_THAT(messages(), ElementsAre("lcd_bl_on() : turn on err", "lcd_bl_on()"));
 }
 
-TEST_F(Backlight, OnThatIsNotTakenIsLogged) {
-  start();
+TEST_F(Backlight, LogsOnThatIsNotAccepted) {
+  expect_start();
   watched.takes_too_little = true;
   lcd_bl_on();
   EXPECT_THAT(messages(), ElementsAre("lcd_bl_on() : turn on err", "lcd_bl_on()"));
 }
 
-TEST_F(Backlight, PanelIsSwitchedWithoutTheFilesToo) {
+TEST_F(Backlight, SwitchesPanelWithoutFilesToo) {
   EXPECT_EQ(lcd_bl_off(), length_of("lcd_bl_off()"));
   EXPECT_EQ(lcd_bl_on(), length_of("lcd_bl_on()"));
   EXPECT_THAT(watched.calls, ElementsAre("blank 1 @0", "blank 0 @1"));
@@ -296,7 +296,7 @@ TEST_F(Backlight, PanelIsSwitchedWithoutTheFilesToo) {
 
 // -------------------------------------------------------------------------------------------- descriptor 0
 
-/// Standard input gives up its number to the next file that is opened.
+/// Free the descriptor of standard input for the next file that is opened.
 class BacklightOnDescriptorZero : public Backlight {
 protected:
   ~BacklightOnDescriptorZero() override {
@@ -309,7 +309,7 @@ private:
   int before_ = ::dup(STDIN_FILENO);
 };
 
-TEST_F(BacklightOnDescriptorZero, BrightnessCountsAsClosed) {
+TEST_F(BacklightOnDescriptorZero, TreatsBrightnessAsClosed) {
   free_zero();
   EXPECT_EQ(lcd_bl_init(), 1);
   ASSERT_EQ(watched.names[0], "brightness");
@@ -322,7 +322,7 @@ TEST_F(BacklightOnDescriptorZero, BrightnessCountsAsClosed) {
   EXPECT_THAT(watched.calls, ElementsAre("close bl_power @3"));
 }
 
-TEST_F(BacklightOnDescriptorZero, PowerCountsAsClosed) {
+TEST_F(BacklightOnDescriptorZero, TreatsPowerAsClosed) {
   board_.remove(power_file);
   EXPECT_EQ(lcd_bl_init(), 0);
   board_.write(power_file, "4\n");

@@ -1,4 +1,4 @@
-// GPIO lines and the status LED. This program stands in for the calls that reach the driver.
+// GPIO lines and the status LED. This program interposes the calls that reach the driver.
 
 #include "dravik.h"
 #include "support/board.hpp"
@@ -25,14 +25,14 @@ constexpr int driver_descriptor = 700;
 constexpr unsigned long get_request = 0x800464CB;
 constexpr unsigned long set_request = 0x400464CB;
 
-/// The driver, and what was asked of it.
+/// The driver, and the requests to it.
 struct watched_driver : call_watcher {
   bool is_there = true;
   std::vector<std::string> calls;
   std::map<uint32_t, uint32_t> levels;
   size_t refused_call = 0; ///< 1: the first request, and so on
   size_t requests = 0;
-  int result = 0; ///< of a request that is not refused
+  int result = 0; ///< of a request that is not rejected
   int close_result = 0;
 
   int open(const char *path, int flags, mode_t mode) override {
@@ -79,7 +79,7 @@ protected:
   }
   ~Gpio() override { gpiofd = -1; }
 
-  void start() {
+  void expect_start() {
     board_.write("proc/modules", "ambad 16384 0 - Live 0x7f000000\n");
     ASSERT_EQ(gpio_init(), 0);
     driver.calls.clear();
@@ -95,7 +95,7 @@ TEST_F(Gpio, IsNotOpenAtFirst) {
   EXPECT_EQ(gpiofd, -1);
 }
 
-TEST_F(Gpio, LoadedDriverIsOpened) {
+TEST_F(Gpio, OpensLoadedDriver) {
   board_.write("proc/modules", "ext4 5000 1 - Live 0x7f100000\nambad 16384 0 - Live 0x7f000000\n");
   const size_t descriptors = open_descriptors();
   EXPECT_EQ(gpio_init(), 0);
@@ -105,7 +105,7 @@ TEST_F(Gpio, LoadedDriverIsOpened) {
   EXPECT_EQ(open_descriptors(), descriptors);
 }
 
-TEST_F(Gpio, DriverThatIsNotLoadedIsNotOpened) {
+TEST_F(Gpio, LeavesUnloadedDriverClosed) {
   board_.write("proc/modules", "ext4 5000 1 - Live 0x7f100000\n");
   const size_t descriptors = open_descriptors();
   gpiofd = 5;
@@ -116,7 +116,7 @@ TEST_F(Gpio, DriverThatIsNotLoadedIsNotOpened) {
   EXPECT_EQ(open_descriptors(), descriptors);
 }
 
-TEST_F(Gpio, MissingModuleListIsToldBeforeTheDevice) {
+TEST_F(Gpio, ReportsMissingModuleListBeforeDevice) {
   board_.remove("proc/modules");
   gpiofd = 5;
   EXPECT_EQ(gpio_init(), -1);
@@ -125,7 +125,7 @@ TEST_F(Gpio, MissingModuleListIsToldBeforeTheDevice) {
   EXPECT_EQ(errors_.take(), "/proc/modules: No such file or directory\n/dev/ambad: No such device\n");
 }
 
-TEST_F(Gpio, MissingDeviceIsTold) {
+TEST_F(Gpio, ReportsMissingDevice) {
   board_.write("proc/modules", "ambad 16384 0 - Live 0x7f000000\n");
   driver.is_there = false;
   gpiofd = 5;
@@ -150,12 +150,12 @@ std::string blanks(size_t count) {
 
 class GpioModules : public Gpio, public testing::WithParamInterface<module_list> {};
 
-TEST_P(GpioModules, FirstTokenOfALineDecides) {
+TEST_P(GpioModules, ComparesFirstTokenOfLine) {
   board_.write("proc/modules", GetParam().text);
   EXPECT_EQ(gpio_init(), GetParam().has_driver ? 0 : -1);
 }
 
-// A line is read in pieces of 254 characters, and each piece counts as a line.
+// A line is read in pieces of 254 characters, and each piece is treated as a line.
 INSTANTIATE_TEST_SUITE_P(
     Lists, GpioModules,
     testing::Values(
@@ -190,16 +190,16 @@ INSTANTIATE_TEST_SUITE_P(
 
 // ------------------------------------------------------------------------------------------------ the lines
 
-TEST_F(Gpio, GetHandsOverTheLineAndGivesTheLevel) {
-  start();
+TEST_F(Gpio, PassesLineAndReturnsLevel) {
+  expect_start();
   driver.levels = {{68, 1}, {7, 0}};
-  EXPECT_EQ(gpio_get(68), 1);
+  EXPECT_EQ(gpio_get(DRAVIK_GPIO_CARD_LOCK), 1);
   EXPECT_EQ(gpio_get(7), 0);
   EXPECT_THAT(driver.calls, ElementsAre("get 68 0", "get 7 0"));
 }
 
-TEST_F(Gpio, GetGivesWhatTheDriverSays) {
-  start();
+TEST_F(Gpio, ReturnsLevelOfDriverUnchanged) {
+  expect_start();
   driver.levels = {{1, 7}, {0xFFFFFFFF, 0x80000000}};
   driver.result = 3; // not negative: no failure
   EXPECT_EQ(gpio_get(1), 7);
@@ -207,32 +207,32 @@ TEST_F(Gpio, GetGivesWhatTheDriverSays) {
   EXPECT_EQ(errors_.take(), "");
 }
 
-TEST_F(Gpio, SetDrivesTheLineToTheLowestBit) {
-  start();
-  EXPECT_EQ(gpio_set(82, 1), 1);
-  EXPECT_EQ(gpio_set(82, 0), 0);
-  EXPECT_EQ(gpio_set(83, 2), 0);
+TEST_F(Gpio, DrivesLineToLowestBit) {
+  expect_start();
+  EXPECT_EQ(gpio_set(DRAVIK_GPIO_LED_RED, 1), 1);
+  EXPECT_EQ(gpio_set(DRAVIK_GPIO_LED_RED, 0), 0);
+  EXPECT_EQ(gpio_set(DRAVIK_GPIO_LED_GREEN, 2), 0);
   EXPECT_EQ(gpio_set(0xFFFFFFFF, 0xFFFFFFFF), 1);
   EXPECT_THAT(driver.calls, ElementsAre("set 82 1", "set 82 0", "set 83 0", "set 4294967295 1"));
   EXPECT_EQ(errors_.take(), "");
 }
 
-TEST_F(Gpio, RefusedRequestsAreTold) {
-  start();
+TEST_F(Gpio, ReportsRejectedRequests) {
+  expect_start();
   driver.refused_call = 1;
-  EXPECT_EQ(gpio_get(68), -1);
+  EXPECT_EQ(gpio_get(DRAVIK_GPIO_CARD_LOCK), -1);
   EXPECT_EQ(errors_.take(), "AMBA_DEBUG_IOC_GET_GPIO: Input/output error\n");
   driver.refused_call = 2;
-  EXPECT_EQ(gpio_set(82, 1), -1);
+  EXPECT_EQ(gpio_set(DRAVIK_GPIO_LED_RED, 1), -1);
   EXPECT_EQ(errors_.take(), "AMBA_DEBUG_IOC_SET_GPIO: Input/output error\n");
-  EXPECT_EQ(gpio_set(82, 1), 1); // no harm done
+  EXPECT_EQ(gpio_set(DRAVIK_GPIO_LED_RED, 1), 1); // the driver is still usable
 }
 
-TEST_F(Gpio, NothingIsAskedOfAClosedDriver) {
+TEST_F(Gpio, RequestsNothingFromClosedDriver) {
   for (const int32_t descriptor : {-1, -700}) {
     gpiofd = descriptor;
-    EXPECT_EQ(gpio_get(68), -1);
-    EXPECT_EQ(gpio_set(82, 1), -1);
+    EXPECT_EQ(gpio_get(DRAVIK_GPIO_CARD_LOCK), -1);
+    EXPECT_EQ(gpio_set(DRAVIK_GPIO_LED_RED, 1), -1);
     EXPECT_EQ(led_red(), -1);
     EXPECT_EQ(led_green(), -1);
     EXPECT_EQ(led_orange(), -1);
@@ -243,8 +243,8 @@ TEST_F(Gpio, NothingIsAskedOfAClosedDriver) {
   EXPECT_EQ(errors_.take(), "");
 }
 
-TEST_F(Gpio, ExitClosesTheSameNumberEachTime) {
-  start();
+TEST_F(Gpio, ClosesSameDescriptorEachTime) {
+  expect_start();
   EXPECT_EQ(gpio_exit(), 0);
   EXPECT_EQ(gpiofd, driver_descriptor);
   driver.close_result = -1;
@@ -255,32 +255,32 @@ TEST_F(Gpio, ExitClosesTheSameNumberEachTime) {
 
 // ------------------------------------------------------------------------------------------------ the LED
 
-TEST_F(Gpio, RedLed) {
-  start();
+TEST_F(Gpio, TurnsLedRed) {
+  expect_start();
   EXPECT_EQ(led_red(), 0);
   EXPECT_THAT(driver.calls, ElementsAre("set 82 1", "set 83 0"));
 }
 
-TEST_F(Gpio, GreenLed) {
-  start();
+TEST_F(Gpio, TurnsLedGreen) {
+  expect_start();
   EXPECT_EQ(led_green(), 1);
   EXPECT_THAT(driver.calls, ElementsAre("set 82 0", "set 83 1"));
 }
 
-TEST_F(Gpio, OrangeLed) {
-  start();
+TEST_F(Gpio, TurnsLedOrange) {
+  expect_start();
   EXPECT_EQ(led_orange(), 1);
   EXPECT_THAT(driver.calls, ElementsAre("set 82 1", "set 83 1"));
 }
 
-TEST_F(Gpio, DarkLed) {
-  start();
+TEST_F(Gpio, TurnsLedOff) {
+  expect_start();
   EXPECT_EQ(led_off(), 0);
   EXPECT_THAT(driver.calls, ElementsAre("set 82 0", "set 83 0"));
 }
 
-TEST_F(Gpio, LedGivesTheResultOfItsSecondLineAlone) {
-  start();
+TEST_F(Gpio, ReturnsResultOfSecondLedLine) {
+  expect_start();
   driver.refused_call = 1;
   EXPECT_EQ(led_orange(), 1);
   EXPECT_THAT(driver.calls, ElementsAre("set 82 1", "set 83 1"));

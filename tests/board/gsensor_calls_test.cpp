@@ -31,7 +31,7 @@ struct watched_bus : call_watcher {
   ssize_t read(int asked, void *data, size_t size) override { return ::syscall(SYS_read, asked, data, size); }
 } bus;
 
-TEST(GsensorCalls, ReadingIsTwelveSystemCalls) {
+TEST(GsensorCalls, ReadsWithTwelveSystemCalls) {
   const board any;
   watcher = &bus;
   {

@@ -1,5 +1,5 @@
-// The accelerometer, transfer by transfer. This program stands in for the calls that reach the bus, and tells
-// each of them on standard error, so that transfers and messages stand in one text in their order.
+// The accelerometer, transfer by transfer. This program interposes the calls that reach the bus, and
+// reports each of them on standard error, so that transfers and messages are in one text, in order.
 
 #include "dravik.h"
 #include "support/board.hpp"
@@ -44,7 +44,7 @@ struct watched_bus : call_watcher {
   bool is_plugged_in = false;
   int open_error = 0;
   unsigned long refused_request = 0;
-  ssize_t short_count = -1; ///< what a failing transfer gives
+  ssize_t short_count = -1; ///< the result of a failing transfer
   failures failing;
   register_file registers = {};
   std::deque<uint8_t> script; ///< values of the next reads, before those of the registers
@@ -114,7 +114,7 @@ struct watched_bus : call_watcher {
   bool has(int asked) const { return is_plugged_in && asked == descriptor; }
 } bus;
 
-/// The lines of a text. Of those that tell an error the reason is left out.
+/// The lines of a text. The reasons of errors are removed.
 lines without_reasons(const std::string &text) {
   lines all;
   std::istringstream rest{text};
@@ -131,7 +131,7 @@ lines without_reasons(const std::string &text) {
   return all;
 }
 
-/// The sensor's start-up, step by step, with what is to be seen of each on the bus and on standard error.
+/// The sensor's start-up, step by step, with the transfers and messages of each.
 class start_up_model {
 public:
   start_up_model(const register_file &registers, failures failing)
@@ -248,35 +248,35 @@ protected:
   Gsensor() {
     bus = {};
     watcher = &bus;
-    bus.registers.fill(0xA5); // whatever an earlier program left
+    bus.registers.fill(0xA5); // left by an earlier program
     bus.registers[0x0F] = 0x33;
   }
   ~Gsensor() override { bus.is_plugged_in = false; }
 
-  /// What `call` shows on the bus and on standard error.
+  /// The transfers and messages of `call`.
   static lines seen(const std::function<void()> &call) {
     stderr_capture errors;
     call();
     return without_reasons(errors.take());
   }
-  static lines seen_at_start() {
+  static lines checked_start_messages() {
     return seen([] { EXPECT_EQ(gsensor_init(), 0); });
   }
 
-  /// A start with these failures, beside the model's.
+  /// A start with these failures, next to the model's.
   static void expect_start_as_modelled(failures failing) {
     bus.failing = failing;
     start_up_model model{bus.registers, failing};
     const lines expected = model.run();
-    EXPECT_THAT(seen_at_start(), ElementsAreArray(expected));
+    EXPECT_THAT(checked_start_messages(), ElementsAreArray(expected));
     EXPECT_EQ(bus.registers, model.registers());
   }
 };
 
 // ------------------------------------------------------------------------------------------------ start-up
 
-TEST_F(Gsensor, CleanStart) {
-  EXPECT_THAT(seen_at_start(),
+TEST_F(Gsensor, StartsCleanly) {
+  EXPECT_THAT(checked_start_messages(),
               ElementsAre("> open", "> request 0704 0", "> request 0703 24", "gsensor_open() : done!",
                           "gsensor_hw_init()+", "> select 0f", "> read", "G-Sensor ID : 33", "> set 20 00",
                           "> set 1f 00", "> set 2e 00", "write: 21 00", "> set 21 00", "write: 22 00",
@@ -290,21 +290,21 @@ TEST_F(Gsensor, CleanStart) {
                           "> select 23", "> read", "> set 23 98", "gsensor_update_g_scale()-"));
 }
 
-TEST_F(Gsensor, RegistersAfterACleanStart) {
+TEST_F(Gsensor, LeavesRegistersConfigured) {
   register_file expected = bus.registers;
   for (const size_t cleared : {0x1FU, 0x21U, 0x22U, 0x24U, 0x25U, 0x2EU})
     expected[cleared] = 0;
   expected[0x20] = 0x5F;
   expected[0x23] = 0x98;
-  seen_at_start();
+  checked_start_messages();
   EXPECT_EQ(bus.registers, expected);
 }
 
-TEST_F(Gsensor, OtherIdentityIsToldAndTheRestConfigured) {
+TEST_F(Gsensor, ReportsOtherIdentityAndConfiguresRest) {
   bus.registers[0x0F] = 0x32;
   bus.registers[0x20] = 0x0F;
   bus.registers[0x23] = 0x34;
-  EXPECT_THAT(seen_at_start(),
+  EXPECT_THAT(checked_start_messages(),
               ElementsAre("> open", "> request 0704 0", "> request 0703 24", "gsensor_open() : done!",
                           "gsensor_hw_init()+", "> select 0f", "> read", "G-Sensor ID : 32",
                           "error G-Sensor ID : 32", "gsensor_hw_init() error!", "gsensor_hw_init err: ...",
@@ -317,7 +317,7 @@ TEST_F(Gsensor, OtherIdentityIsToldAndTheRestConfigured) {
                           "gsensor_update_g_scale()-"));
 }
 
-TEST_F(Gsensor, EveryIdentityButOneIsAnother) {
+TEST_F(Gsensor, ReportsEveryOtherIdentity) {
   for (const int identity : {0x00, 0x03, 0x23, 0x34, 0x73, 0xFF}) {
     bus.registers.fill(0xFF);
     bus.registers[0x0F] = static_cast<uint8_t>(identity);
@@ -325,18 +325,18 @@ TEST_F(Gsensor, EveryIdentityButOneIsAnother) {
   }
 }
 
-TEST_F(Gsensor, FirstFailedWriteEndsTheFirstConfiguration) {
+TEST_F(Gsensor, StopsFirstConfigurationAtFailedWrite) {
   bus.failing.set = 5;
-  const lines all = seen_at_start();
+  const lines all = checked_start_messages();
   const lines from_the_failure(all.begin() + 13, all.begin() + 19);
   EXPECT_THAT(from_the_failure,
               ElementsAre("write: 22 00", "> set 22 00", "I2C write error: ...", "gsensor_hw_init() error!",
                           "gsensor_hw_init err: ...", "gsensor_update_odr()+"));
 }
 
-TEST_F(Gsensor, FailedWriteInAModeChangeIsToldAndTheNextGoesOut) {
+TEST_F(Gsensor, ReportsFailedWriteOfModeChangeAndContinues) {
   bus.failing.set = 10;
-  const lines all = seen_at_start();
+  const lines all = checked_start_messages();
   const auto change = std::find(all.begin(), all.end(), "write: 20 5f");
   ASSERT_GE(all.end() - change, 6);
   EXPECT_THAT(lines(change, change + 6),
@@ -347,11 +347,11 @@ TEST_F(Gsensor, FailedWriteInAModeChangeIsToldAndTheNextGoesOut) {
 /// The one of a start's 12 register writes that fails.
 class GsensorWriteFailure : public Gsensor, public testing::WithParamInterface<int> {};
 
-TEST_P(GsensorWriteFailure, IsTold) {
+TEST_P(GsensorWriteFailure, IsReported) {
   expect_start_as_modelled({GetParam(), 0, 0});
 }
 
-TEST_P(GsensorWriteFailure, HalfAWriteIsOne) {
+TEST_P(GsensorWriteFailure, TreatsHalfWriteAsFailure) {
   bus.short_count = 1;
   expect_start_as_modelled({GetParam(), 0, 0});
 }
@@ -361,22 +361,22 @@ INSTANTIATE_TEST_SUITE_P(Calls, GsensorWriteFailure, testing::Range(1, 13));
 /// The one of a start's 5 register reads that fails.
 class GsensorReadFailure : public Gsensor, public testing::WithParamInterface<int> {};
 
-TEST_P(GsensorReadFailure, SelectIsToldAndTheReadFollows) {
+TEST_P(GsensorReadFailure, ReportsFailedSelectAndReads) {
   expect_start_as_modelled({0, GetParam(), 0});
 }
 
-TEST_P(GsensorReadFailure, ReadIsTold) {
+TEST_P(GsensorReadFailure, ReportsFailedRead) {
   expect_start_as_modelled({0, 0, GetParam()});
 }
 
-TEST_P(GsensorReadFailure, ReadThatGivesNothingIsOne) {
+TEST_P(GsensorReadFailure, TreatsEmptyReadAsFailure) {
   bus.short_count = 0;
   expect_start_as_modelled({0, 0, GetParam()});
 }
 
 INSTANTIATE_TEST_SUITE_P(Calls, GsensorReadFailure, testing::Range(1, 6));
 
-TEST_F(Gsensor, ReasonsAreTold) {
+TEST_F(Gsensor, ReportsReasons) {
   bus.failing = {9, 0, 2};
   stderr_capture errors;
   EXPECT_EQ(gsensor_init(), 0);
@@ -385,7 +385,7 @@ TEST_F(Gsensor, ReasonsAreTold) {
   EXPECT_NE(text.find("\nI2C write error: Remote I/O error\nupdate ODR write error!: "), std::string::npos);
 }
 
-TEST_F(Gsensor, MissingBus) {
+TEST_F(Gsensor, FailsIfBusIsMissing) {
   bus.open_error = ENOENT;
   stderr_capture errors;
   EXPECT_EQ(gsensor_init(), -1);
@@ -393,7 +393,7 @@ TEST_F(Gsensor, MissingBus) {
                                                    "directory\nopen device failed: [^\n]*\n"));
 }
 
-TEST_F(Gsensor, RefusedAddressing) {
+TEST_F(Gsensor, FailsIfAddressingIsRejected) {
   bus.refused_request = ten_bit_request;
   stderr_capture errors;
   EXPECT_EQ(gsensor_init(), -1);
@@ -402,7 +402,7 @@ TEST_F(Gsensor, RefusedAddressing) {
                                     "resource busy\nopen device failed: [^\n]*\n"));
 }
 
-TEST_F(Gsensor, RefusedSlave) {
+TEST_F(Gsensor, FailsIfSlaveIsRejected) {
   bus.refused_request = slave_request;
   stderr_capture errors;
   EXPECT_EQ(gsensor_init(), -1);
@@ -420,8 +420,8 @@ struct axis_value {
 
 class GsensorAxes : public Gsensor, public testing::WithParamInterface<axis_value> {};
 
-TEST_P(GsensorAxes, TwelveBitsTimesTwo) {
-  seen_at_start();
+TEST_P(GsensorAxes, ScalesTwelveBitsByTwo) {
+  checked_start_messages();
   const auto [low, high, counts] = GetParam();
   for (size_t axis = 0; axis < 3; ++axis) {
     for (size_t number = 0x28; number <= 0x2D; ++number)
@@ -445,16 +445,16 @@ INSTANTIATE_TEST_SUITE_P(Values, GsensorAxes,
                                          axis_value{0x00, 0x40, 2048}, axis_value{0x00, 0xC0, -2048},
                                          axis_value{0xA0, 0x05, 180}));
 
-TEST_F(Gsensor, SixRegistersAreReadOneAtATime) {
-  seen_at_start();
+TEST_F(Gsensor, ReadsSixRegistersOneAtATime) {
+  checked_start_messages();
   int32_t x, y, z;
   EXPECT_THAT(seen([&] { gsensor_get_data(&x, &y, &z); }),
               ElementsAre("> select 28", "> read", "> select 29", "> read", "> select 2a", "> read",
                           "> select 2b", "> read", "> select 2c", "> read", "> select 2d", "> read"));
 }
 
-TEST_F(Gsensor, FailedReadOfAnAxisIsToldAndTheOthersFollow) {
-  seen_at_start();
+TEST_F(Gsensor, ReportsFailedReadOfAxisAndReadsOthers) {
+  checked_start_messages();
   bus.failing.read = bus.calls.read + 3;
   for (size_t number = 0x28; number <= 0x2D; ++number)
     bus.registers[number] = 0x40;
@@ -467,7 +467,7 @@ TEST_F(Gsensor, FailedReadOfAnAxisIsToldAndTheOthersFollow) {
   EXPECT_EQ(z, 2056);
 }
 
-/// Calls while there is no sensor: each transfer fails, and nothing reaches any descriptor.
+/// Call while there is no sensor: each transfer fails, and nothing reaches any descriptor.
 class GsensorAbsent : public Gsensor {
 protected:
   GsensorAbsent() {
@@ -495,7 +495,7 @@ TEST_F(GsensorAbsent, ReturnsZerosBeforeTheStart) {
   expect_zeros_without_transfers();
 }
 
-TEST_F(GsensorAbsent, ExitBeforeTheStartTouchesNoDescriptor) {
+TEST_F(GsensorAbsent, TouchesNoDescriptorBeforeInit) {
   lines all = seen([] { EXPECT_EQ(gsensor_exit(), 0); });
   EXPECT_THAT(all, testing::Not(testing::Contains(testing::StartsWith("> "))));
   EXPECT_EQ(all.front(), "gsensor_operation_mode()+");
@@ -518,14 +518,14 @@ TEST_F(GsensorAbsent, ReturnsZerosAfterAFailedStart) {
 
 TEST_F(GsensorAbsent, ReturnsZerosAfterAStartThatFailedLater) {
   bus.descriptor = 700;
-  seen_at_start();
+  checked_start_messages();
   bus.refused_request = slave_request;
   seen([] { EXPECT_EQ(gsensor_init(), -1); });
   expect_zeros_without_transfers();
 }
 
-TEST_F(GsensorAbsent, DescriptorZeroIsUsedAfterAStart) {
-  seen_at_start();
+TEST_F(GsensorAbsent, UsesDescriptorZeroAfterInit) {
+  checked_start_messages();
   int32_t x, y, z;
   bus.calls = {};
   seen([&] { gsensor_get_data(&x, &y, &z); });
@@ -541,7 +541,7 @@ struct poll_case {
 class GsensorReady : public Gsensor, public testing::WithParamInterface<poll_case> {};
 
 TEST_P(GsensorReady, WaitsOnlyDuringAnOverrunWithoutNewData) {
-  seen_at_start();
+  checked_start_messages();
   bus.script = GetParam().statuses;
   lines expected;
   for (size_t read = 0; read < GetParam().reads; ++read)
@@ -557,8 +557,8 @@ INSTANTIATE_TEST_SUITE_P(Statuses, GsensorReady,
 
 // ------------------------------------------------------------------------------------------------ the end
 
-TEST_F(Gsensor, ExitLeavesTheLowPowerMode) {
-  seen_at_start();
+TEST_F(Gsensor, LeavesLowPowerModeOnExit) {
+  checked_start_messages();
   bus.close_result = 5;
   EXPECT_THAT(seen([] { EXPECT_EQ(gsensor_exit(), 5); }),
               ElementsAre("gsensor_operation_mode()+", "> select 20", "> read", "> select 23", "> read",
@@ -568,8 +568,8 @@ TEST_F(Gsensor, ExitLeavesTheLowPowerMode) {
   EXPECT_EQ(bus.registers[0x23], 0xD7);
 }
 
-TEST_F(Gsensor, LowPowerModeIsMadeOfTheFirstRegisterAlone) {
-  seen_at_start();
+TEST_F(Gsensor, SetsLowPowerModeInFirstRegisterOnly) {
+  checked_start_messages();
   bus.registers[0x20] = 0xA0;
   bus.registers[0x23] = 0x00;
   seen([] { gsensor_exit(); });
@@ -577,8 +577,8 @@ TEST_F(Gsensor, LowPowerModeIsMadeOfTheFirstRegisterAlone) {
   EXPECT_EQ(bus.registers[0x23], 0xA7);
 }
 
-TEST_F(Gsensor, FailedWritesAtTheEndAreTold) {
-  seen_at_start();
+TEST_F(Gsensor, ReportsFailedWritesOnExit) {
+  checked_start_messages();
   bus.failing.set = 13;
   EXPECT_THAT(seen([] { gsensor_exit(); }),
               ElementsAre("gsensor_operation_mode()+", "> select 20", "> read", "> select 23", "> read",
@@ -593,15 +593,15 @@ TEST_F(Gsensor, FailedWritesAtTheEndAreTold) {
                           "gsensor_operation_mode()-", "> close"));
 }
 
-TEST_F(Gsensor, DescriptorZeroIsNotClosed) {
+TEST_F(Gsensor, LeavesDescriptorZeroOpen) {
   bus.descriptor = 0;
   bus.close_result = 5;
-  seen_at_start();
+  checked_start_messages();
   const lines all = seen([] { EXPECT_EQ(gsensor_exit(), 0); });
   EXPECT_EQ(all.back(), "gsensor_operation_mode()-");
 }
 
-TEST_F(Gsensor, ExitAfterAFailedStartTellsItsTransfersAndFails) {
+TEST_F(Gsensor, ReportsTransfersOnExitAfterFailedInit) {
   bus.open_error = ENOENT;
   seen([] { gsensor_init(); });
   EXPECT_THAT(seen([] { EXPECT_EQ(gsensor_exit(), -1); }),

@@ -24,7 +24,7 @@ struct {
   bool lists_are_made_up = false, list_fails = false;
   ifaddrs *list = nullptr;
   size_t frees = 0;
-  std::string unrenderable;                      ///< an address that getnameinfo() refuses
+  std::string unrenderable;                      ///< an address that getnameinfo() rejects
   std::vector<std::array<size_t, 4>> renderings; ///< lengths and flags of the calls
 } network;
 
@@ -68,8 +68,8 @@ namespace {
 using mac_bytes = std::array<uint8_t, 6>;
 using answer = std::pair<int32_t, std::string>;
 
-/// Fresh garbage goes in, so that what is given back was written.
-mac_bytes mac_of(const std::string &name) {
+/// The buffer is filled with garbage, so that the returned bytes were written.
+mac_bytes checked_mac(const std::string &name) {
   std::array<uint8_t, 8> room;
   room.fill(0xA5);
   EXPECT_EQ(get_netdev_mac(name.c_str(), room.data()), 0);
@@ -87,42 +87,42 @@ answer ip_of(const std::string &name) {
   return {result, ip};
 }
 
-TEST(NetdevMac, LoopbackHasNoneOfItsOwn) {
-  EXPECT_EQ(mac_of("lo"), mac_bytes{});
+TEST(NetdevMac, ReturnsZeroForLoopback) {
+  EXPECT_EQ(checked_mac("lo"), mac_bytes{});
 }
 
-TEST(NetdevMac, MissingInterfaceIsZero) {
-  EXPECT_EQ(mac_of("missing0"), mac_bytes{});
-  EXPECT_EQ(mac_of(""), mac_bytes{});
+TEST(NetdevMac, ReturnsZeroForMissingInterface) {
+  EXPECT_EQ(checked_mac("missing0"), mac_bytes{});
+  EXPECT_EQ(checked_mac(""), mac_bytes{});
 }
 
-TEST(NetdevMac, NameThatDoesNotFitIsZero) {
+TEST(NetdevMac, ReturnsZeroForNameThatDoesNotFit) {
   for (const size_t length : {15U, 16U, 17U, 100U, 5000U})
-    EXPECT_EQ(mac_of(std::string(length, 'n')), mac_bytes{}) << length;
+    EXPECT_EQ(checked_mac(std::string(length, 'n')), mac_bytes{}) << length;
 }
 
 TEST(NetdevMac, LeavesNoDescriptorOpen) {
   const size_t before = open_descriptors();
   for (const char *name : {"lo", "missing0", "a-name-of-more-than-fifteen-characters"})
-    mac_of(name);
+    checked_mac(name);
   EXPECT_EQ(open_descriptors(), before);
 }
 
-TEST(NetdevMac, WithoutADescriptorLeftIsZero) {
+TEST(NetdevMac, ReturnsZeroWithoutFreeDescriptor) {
   std::vector<int> taken;
   for (int fd; (fd = ::dup(STDERR_FILENO)) >= 0;)
     taken.push_back(fd);
-  const mac_bytes mac = mac_of("lo");
+  const mac_bytes mac = checked_mac("lo");
   for (const int fd : taken)
     ::close(fd);
   EXPECT_EQ(mac, mac_bytes{});
 }
 
-TEST(NetdevIp, Loopback) {
+TEST(NetdevIp, ReturnsLoopbackAddress) {
   EXPECT_EQ(ip_of("lo"), answer(0, "127.0.0.1"));
 }
 
-TEST(NetdevIp, MissingInterface) {
+TEST(NetdevIp, FailsForMissingInterface) {
   for (const char *name : {"missing0", "", "l", "lo0", "LO", "a-name-of-more-than-fifteen-characters"})
     EXPECT_EQ(ip_of(name), answer(-1, "untouched")) << name;
 }
@@ -132,9 +132,9 @@ TEST(NetdevIp, FreesTheListOnce) {
   EXPECT_EQ(network.frees, 1U);
 }
 
-/// Interfaces of a network of this process's own, so that the host's stay as they are. A user namespace gives
-/// every user the rights over it; the program `ip` gets them as ambient ones. They last as long as the
-/// process.
+/// Interfaces of a network of this process's own, so that the host's stay as they are. A user namespace
+/// gives every user the rights over it; the program `ip` gets them as ambient ones. They last as long as
+/// the process.
 class OwnNetwork : public testing::Test {
 protected:
   void SetUp() override {
@@ -165,40 +165,40 @@ private:
   }
 };
 
-TEST_F(OwnNetwork, MacOfAnInterface) {
-  EXPECT_EQ(mac_of("cam0"), (mac_bytes{0x02, 0x12, 0x34, 0x56, 0x78, 0x9A}));
+TEST_F(OwnNetwork, ReturnsMacOfInterface) {
+  EXPECT_EQ(checked_mac("cam0"), (mac_bytes{0x02, 0x12, 0x34, 0x56, 0x78, 0x9A}));
 }
 
-TEST_F(OwnNetwork, MacOfTheLongestName) {
+TEST_F(OwnNetwork, ReturnsMacOfLongestName) {
   ASSERT_TRUE(ip({"link", "set", "cam0", "down"}));
   ASSERT_TRUE(ip({"link", "set", "cam0", "name", "camera012345678"}));
-  EXPECT_EQ(mac_of("camera012345678"), (mac_bytes{0x02, 0x12, 0x34, 0x56, 0x78, 0x9A}));
-  EXPECT_EQ(mac_of("camera0123456789"), mac_bytes{});
-  EXPECT_EQ(mac_of("camera01234567"), mac_bytes{});
+  EXPECT_EQ(checked_mac("camera012345678"), (mac_bytes{0x02, 0x12, 0x34, 0x56, 0x78, 0x9A}));
+  EXPECT_EQ(checked_mac("camera0123456789"), mac_bytes{});
+  EXPECT_EQ(checked_mac("camera01234567"), mac_bytes{});
 }
 
-TEST_F(OwnNetwork, IpOfAnInterface) {
+TEST_F(OwnNetwork, ReturnsIpOfInterface) {
   ASSERT_TRUE(ip({"addr", "add", "192.168.201.254/24", "dev", "cam0"}));
   EXPECT_EQ(ip_of("cam0"), answer(0, "192.168.201.254"));
 }
 
-TEST_F(OwnNetwork, InterfaceWithoutAnIp) {
+TEST_F(OwnNetwork, ReportsInterfaceWithoutIp) {
   EXPECT_EQ(ip_of("cam0"), answer(1, "untouched"));
 }
 
-TEST_F(OwnNetwork, InterfaceWithIpv6Alone) {
+TEST_F(OwnNetwork, ReportsInterfaceWithIpv6Only) {
   if (!ip({"-6", "addr", "add", "fd00::1/64", "dev", "cam0"}))
     GTEST_SKIP() << "NOT TESTED: this machine has no IPv6";
   EXPECT_EQ(ip_of("cam0"), answer(1, "untouched"));
 }
 
-TEST_F(OwnNetwork, LastOfSeveralAddresses) {
+TEST_F(OwnNetwork, ReturnsLastOfSeveralAddresses) {
   ASSERT_TRUE(ip({"addr", "add", "10.0.0.1/24", "dev", "cam0"}));
   ASSERT_TRUE(ip({"addr", "add", "10.0.0.2/24", "dev", "cam0"}));
   EXPECT_EQ(ip_of("cam0"), answer(0, "10.0.0.2"));
 }
 
-TEST_F(OwnNetwork, LoopbackThatIsDownHasNoIp) {
+TEST_F(OwnNetwork, ReportsNoIpOfLoopbackThatIsDown) {
   EXPECT_EQ(ip_of("lo"), answer(1, "untouched"));
 }
 
@@ -236,7 +236,7 @@ private:
   std::deque<sockaddr_storage> addresses_ = {};
 };
 
-TEST_F(MadeUpList, IpAmongOtherInterfaces) {
+TEST_F(MadeUpList, FindsIpAmongOtherInterfaces) {
   add_family("lo", AF_PACKET);
   add_family("wlan0", AF_PACKET);
   add_ipv4("lo", "127.0.0.1");
@@ -247,26 +247,26 @@ TEST_F(MadeUpList, IpAmongOtherInterfaces) {
   EXPECT_EQ(network.frees, 1U);
 }
 
-TEST_F(MadeUpList, LaterAddressOverwritesTheEarlier) {
+TEST_F(MadeUpList, ReturnsLaterAddress) {
   add_ipv4("wlan0", "10.1.2.3");
   add_ipv4("wlan0", "255.255.255.255");
   EXPECT_EQ(ip_of("wlan0"), answer(0, "255.255.255.255"));
 }
 
-TEST_F(MadeUpList, OtherFamiliesAloneAreNoIp) {
+TEST_F(MadeUpList, IgnoresOtherFamilies) {
   add_family("wlan0", AF_PACKET);
   add_family("wlan0", AF_INET6);
   EXPECT_EQ(ip_of("wlan0"), answer(1, "untouched"));
 }
 
-TEST_F(MadeUpList, EntryWithoutAnAddressIsPassedOver) {
+TEST_F(MadeUpList, SkipsEntryWithoutAddress) {
   add("wlan0", nullptr);
   add_ipv4("wlan0", "10.1.2.3");
   add("wlan0", nullptr);
   EXPECT_EQ(ip_of("wlan0"), answer(0, "10.1.2.3"));
 }
 
-TEST_F(MadeUpList, InterfaceWithoutAnyAddressIsMissing) {
+TEST_F(MadeUpList, ReportsInterfaceWithoutAnyAddressAsMissing) {
   add("wlan0", nullptr);
   add_ipv4("lo", "127.0.0.1");
   EXPECT_EQ(ip_of("wlan0"), answer(-1, "untouched"));
@@ -278,23 +278,23 @@ TEST_F(MadeUpList, NamesMatchAsAWhole) {
     EXPECT_EQ(ip_of(name), answer(-1, "untouched")) << name;
 }
 
-TEST_F(MadeUpList, EmptyList) {
+TEST_F(MadeUpList, FailsForEmptyList) {
   EXPECT_EQ(ip_of("lo"), answer(-1, "untouched"));
 }
 
-TEST_F(MadeUpList, ListThatCannotBeHad) {
+TEST_F(MadeUpList, FailsIfListIsUnavailable) {
   network.list_fails = true;
   EXPECT_EQ(ip_of("lo"), answer(-1, "untouched"));
 }
 
-TEST_F(MadeUpList, AddressThatCannotBeRenderedEndsTheSearch) {
+TEST_F(MadeUpList, StopsAtAddressThatCannotBeRendered) {
   add_ipv4("wlan0", "10.1.2.3");
   add_ipv4("wlan0", "10.1.2.4");
   network.unrenderable = "10.1.2.3";
   EXPECT_EQ(ip_of("wlan0"), answer(-1, "untouched"));
 }
 
-TEST_F(MadeUpList, AddressOfAnotherInterfaceThatCannotBeRenderedDoesNot) {
+TEST_F(MadeUpList, SkipsUnrenderableAddressOfOtherInterface) {
   add_ipv4("lo", "127.0.0.1");
   add_ipv4("wlan0", "10.1.2.3");
   network.unrenderable = "127.0.0.1";

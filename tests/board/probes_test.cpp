@@ -43,35 +43,35 @@ protected:
   }
 };
 
-TEST_F(Hdmi, BasicEdidIsAMonitor) {
+TEST_F(Hdmi, DetectsMonitorFromBasicEdid) {
   EXPECT_EQ(answer_to("Basic EDID"), 1);
   EXPECT_EQ(answer_to("Basic EDID\nversion 1.3\n"), 1);
   EXPECT_EQ(answer_to("Basic EDIDs of all kinds"), 1);
 }
 
-TEST_F(Hdmi, NoHdmiIsNone) {
+TEST_F(Hdmi, DetectsNoMonitorFromNoHdmi) {
   EXPECT_EQ(answer_to("No HDMI"), 0);
   EXPECT_EQ(answer_to("No HDMI\n"), 0);
   EXPECT_EQ(answer_to("No HDMI plugged in; Basic EDID"), 0);
 }
 
-TEST_F(Hdmi, OnlyTheStartOfTheReportMatters) {
+TEST_F(Hdmi, ComparesOnlyStartOfReport) {
   EXPECT_EQ(answer_to("Basic EDID" + std::string(5000, 'x') + "No HDMI"), 1);
   EXPECT_EQ(answer_to("No HDMI" + std::string(5000, 'x') + "Basic EDID"), 0);
 }
 
-TEST_F(Hdmi, AnythingElseIsUnknown) {
+TEST_F(Hdmi, ReturnsUnknownForOtherText) {
   for (const char *report : {"", "\n", "Basic EDI", "basic edid", "No HDM", "no hdmi", " No HDMI",
                              "\nBasic EDID", "Basic  EDID", "NoHDMI", "Extended EDID"})
     EXPECT_EQ(answer_to(report), -1) << report;
 }
 
-TEST_F(Hdmi, TextThatNulCutsShortIsUnknown) {
+TEST_F(Hdmi, ReturnsUnknownForTextCutByNul) {
   EXPECT_EQ(answer_to(std::string_view{"No HDM\0I", 8}), -1);
   EXPECT_EQ(answer_to(std::string_view{"Basic\0EDID", 10}), -1);
 }
 
-TEST_F(Hdmi, MissingReportIsUnknown) {
+TEST_F(Hdmi, ReturnsUnknownIfReportIsMissing) {
   answer_to("Basic EDID");
   board_.remove(edid_report);
   EXPECT_EQ(hdmi_detect(), -1);
@@ -96,7 +96,7 @@ protected:
   board board_;
 
   /// The result and the three bytes given.
-  static std::pair<int32_t, std::string> answer() {
+  static std::pair<int32_t, std::string> checked_answer() {
     char language[4] = {'x', 'y', 'z', '!'};
     const int32_t result = get_splash_lang(language);
     EXPECT_EQ(language[3], '!') << "more than three bytes";
@@ -117,63 +117,63 @@ std::string dump_with(std::string_view language, size_t size = 2048) {
 
 TEST_F(SplashLanguage, IsInTwoBytesOfTheDump) {
   board_.write("tmp/ptb", dump_with("fr"));
-  EXPECT_EQ(answer(), success({"fr\0", 3}));
+  EXPECT_EQ(checked_answer(), success({"fr\0", 3}));
 }
 
-TEST_F(SplashLanguage, AsksForTheDumpBeforeItReadsIt) {
+TEST_F(SplashLanguage, RequestsDumpBeforeReadingIt) {
   command_result = [this](const std::string &) {
     board_.write("tmp/ptb", dump_with("de"));
     return 0;
   };
-  EXPECT_EQ(answer(), success({"de\0", 3}));
+  EXPECT_EQ(checked_answer(), success({"de\0", 3}));
   EXPECT_EQ(recorded_commands,
             std::vector<std::string>{"/usr/sbin/nanddump -l 2048 -f /tmp/ptb -o /dev/mtd1 >& /dev/null"});
 }
 
-TEST_F(SplashLanguage, ResultOfTheCommandDoesNotCount) {
+TEST_F(SplashLanguage, IgnoresResultOfCommand) {
   command_result = [](const std::string &) { return 127 << 8; };
   board_.write("tmp/ptb", dump_with("en"));
-  EXPECT_EQ(answer(), success({"en\0", 3}));
+  EXPECT_EQ(checked_answer(), success({"en\0", 3}));
 }
 
-TEST_F(SplashLanguage, DumpStaysInPlace) {
+TEST_F(SplashLanguage, LeavesDumpInPlace) {
   board_.write("tmp/ptb", dump_with("en"));
-  answer();
+  checked_answer();
   EXPECT_EQ(board_.read("tmp/ptb"), dump_with("en"));
 }
 
-TEST_F(SplashLanguage, BytesAreTakenAsTheyAre) {
+TEST_F(SplashLanguage, ReturnsBytesUnchanged) {
   board_.write("tmp/ptb", dump_with("\xFF\xFF"));
-  EXPECT_EQ(answer(), success({"\xFF\xFF\0", 3}));
+  EXPECT_EQ(checked_answer(), success({"\xFF\xFF\0", 3}));
   board_.write("tmp/ptb", dump_with({"\0e", 2}));
-  EXPECT_EQ(answer(), success({"\0e\0", 3}));
+  EXPECT_EQ(checked_answer(), success({"\0e\0", 3}));
 }
 
-TEST_F(SplashLanguage, LongDumpIsReadInItsFirstPart) {
+TEST_F(SplashLanguage, ReadsFirstPartOfLongDump) {
   board_.write("tmp/ptb", dump_with("it", 100000));
-  EXPECT_EQ(answer(), success({"it\0", 3}));
+  EXPECT_EQ(checked_answer(), success({"it\0", 3}));
 }
 
-TEST_F(SplashLanguage, WhatAShortDumpLacksIsZero) {
+TEST_F(SplashLanguage, ReturnsZeroForBytesAfterShortDump) {
   for (const auto &[size, language] : {std::pair<size_t, std::string_view>{898, "ja"},
                                        {897, {"j\0", 2}},
                                        {896, {"\0\0", 2}},
                                        {0, {"\0\0", 2}}}) {
     board_.write("tmp/ptb", dump_with("ja", size));
-    EXPECT_EQ(answer(), success(std::string{language} + '\0')) << size;
+    EXPECT_EQ(checked_answer(), success(std::string{language} + '\0')) << size;
   }
 }
 
-TEST_F(SplashLanguage, MissingDumpGivesAnEmptyText) {
-  EXPECT_EQ(answer(), std::pair(-1, (std::string{"\0yz", 3})));
+TEST_F(SplashLanguage, ReturnsEmptyTextIfDumpIsMissing) {
+  EXPECT_EQ(checked_answer(), std::pair(-1, (std::string{"\0yz", 3})));
   EXPECT_EQ(recorded_commands.size(), 1U);
 }
 
 TEST_F(SplashLanguage, LeavesNoDescriptorOpen) {
   const size_t before = open_descriptors();
-  answer();
+  checked_answer();
   board_.write("tmp/ptb", dump_with("en"));
-  answer();
+  checked_answer();
   EXPECT_EQ(open_descriptors(), before);
 }
 
@@ -184,12 +184,12 @@ uint32_t ticks_at(time_t seconds, long nanoseconds) {
   return ticks;
 }
 
-TEST(TickCount, MillisecondsOfTheMonotonicClock) {
+TEST(TickCount, ReturnsMillisecondsOfMonotonicClock) {
   EXPECT_EQ(ticks_at(0, 0), 0U);
   EXPECT_EQ(ticks_at(12, 345678901), 12345U);
 }
 
-TEST(TickCount, FractionsAreCutOff) {
+TEST(TickCount, TruncatesFractions) {
   EXPECT_EQ(ticks_at(1, 999999), 1000U);
   EXPECT_EQ(ticks_at(1, 1000000), 1001U);
   EXPECT_EQ(ticks_at(1, 999999999), 1999U);
@@ -206,7 +206,7 @@ TEST(TickCount, WrapsAgainAndAgain) {
   EXPECT_EQ(ticks_at(10000000000, 0), 1316134912U);
 }
 
-TEST(TickCount, LiesBetweenTwoReadingsOfTheClock) {
+TEST(TickCount, ReturnsTimeBetweenTwoReadings) {
   const auto read_clock = [] {
     timespec now;
     ::clock_gettime(CLOCK_MONOTONIC, &now);

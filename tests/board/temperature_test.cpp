@@ -11,8 +11,8 @@
 namespace dravik::test {
 namespace {
 
-constexpr size_t entries = 704;
-constexpr uint32_t first_code = 64;
+constexpr size_t entries = DRAVIK_ADC_TEMP_CODES;
+constexpr uint32_t first_code = DRAVIK_ADC_TEMP_FIRST_CODE;
 
 TEST(TemperatureTable, HasAnEntryForEachCodeOfTheCurve) {
   EXPECT_EQ(sizeof adc_temp_table, entries * 4);
@@ -29,7 +29,7 @@ TEST(TemperatureTable, FallsStrictlyWithinTheRangeOfSteps) {
   EXPECT_EQ(largest, 742);
 }
 
-TEST(TemperatureTable, KnownPoints) {
+TEST(TemperatureTable, HasKnownPoints) {
   const std::pair<uint32_t, int32_t> points[] = {{64, 116593}, {79, 106855}, {80, 106257}, {128, 85554},
                                                  {256, 56392}, {300, 49648}, {448, 31602}, {512, 24950},
                                                  {639, 12379}, {640, 12280}, {700, 6244},  {751, 846},
@@ -38,7 +38,7 @@ TEST(TemperatureTable, KnownPoints) {
     EXPECT_EQ(adc_temp_table[code - first_code], temperature) << code;
 }
 
-TEST(TemperatureTable, EveryEntryBySumsOfTheMakersTable) {
+TEST(TemperatureTable, HasSumsOfMakersTable) {
   int64_t sum = 0, weighted_sum = 0;
   bytes words(entries * 4);
   for (size_t i = 0; i < entries; ++i) {
@@ -69,52 +69,54 @@ protected:
   }
 };
 
-TEST_F(Temperature, OfEveryCode) {
+TEST_F(Temperature, ConvertsEveryCode) {
   for (uint32_t code = 0; code < 1024; ++code) {
-    const int32_t expected = code <= 63 ? 117000 : code >= 768 ? -1000 : adc_temp_table[code - first_code];
+    const int32_t expected = code <= 63    ? DRAVIK_TEMPERATURE_MAX
+                             : code >= 768 ? DRAVIK_TEMPERATURE_MIN
+                                           : adc_temp_table[code - first_code];
     EXPECT_EQ(of_code(code), expected) << code;
   }
 }
 
 TEST_F(Temperature, EndsOfTheCurve) {
-  EXPECT_EQ(of_code(63), 117000);
+  EXPECT_EQ(of_code(63), DRAVIK_TEMPERATURE_MAX);
   EXPECT_EQ(of_code(64), 116593);
   EXPECT_EQ(of_code(767), -926);
-  EXPECT_EQ(of_code(768), -1000);
+  EXPECT_EQ(of_code(768), DRAVIK_TEMPERATURE_MIN);
 }
 
-TEST_F(Temperature, AroundTheFreezingPoint) {
+TEST_F(Temperature, ConvertsCodesAroundFreezingPoint) {
   EXPECT_EQ(of_code(758), 76);
   EXPECT_EQ(of_code(759), -34);
 }
 
-TEST_F(Temperature, UpperCaseDigits) {
+TEST_F(Temperature, AcceptsUpperCaseDigits) {
   EXPECT_EQ(of_value("2AB"), adc_temp_table[0x2AB - first_code]);
 }
 
-TEST_F(Temperature, OnlyTenBitsCount) {
+TEST_F(Temperature, UsesOnlyTenBits) {
   EXPECT_EQ(of_value("e00"), 24950);
 }
 
-TEST_F(Temperature, ThreeCharactersAreTakenWhateverTheLengthOfTheLine) {
+TEST_F(Temperature, ReadsThreeCharactersOfAnyLine) {
   EXPECT_EQ(of_value("2000"), 24950);
   EXPECT_EQ(of_value("200 and more"), 24950);
   EXPECT_EQ(of_value("20"), 24950);                            // 2, 0, line end
   EXPECT_EQ(of_value("5"), adc_temp_table[0x55 - first_code]); // 5, line end
 }
 
-TEST_F(Temperature, LineWithoutAValueIsTheHottest) {
-  EXPECT_EQ(of_lines("adc0 = 0x200\nadc1\n"), 117000);
-  EXPECT_EQ(of_lines("adc0 = 0x200\n\n"), 117000);
-  EXPECT_EQ(of_lines("adc0 = 0x200\n"), 117000);
-  EXPECT_EQ(of_lines(""), 117000);
+TEST_F(Temperature, ReturnsMaximumForLineWithoutValue) {
+  EXPECT_EQ(of_lines("adc0 = 0x200\nadc1\n"), DRAVIK_TEMPERATURE_MAX);
+  EXPECT_EQ(of_lines("adc0 = 0x200\n\n"), DRAVIK_TEMPERATURE_MAX);
+  EXPECT_EQ(of_lines("adc0 = 0x200\n"), DRAVIK_TEMPERATURE_MAX);
+  EXPECT_EQ(of_lines(""), DRAVIK_TEMPERATURE_MAX);
 }
 
-TEST_F(Temperature, LongFirstLineTakesThePlaceOfTheSecond) {
+TEST_F(Temperature, ReadsRestOfLongFirstLineAsSecond) {
   EXPECT_EQ(of_lines(std::string(30, 'x') + "123456789200\nadc1 = 0x100\n"), 24950);
 }
 
-TEST_F(Temperature, MissingFile) {
+TEST_F(Temperature, FailsIfFileIsMissing) {
   board_.remove(adc_file);
   stderr_capture said;
   EXPECT_EQ(read_temperature(), -1);

@@ -1,4 +1,4 @@
-// The demonstration and the board: the pages show what the inputs tell, the lights show the camera's state.
+// The demonstration and the board: the pages show the inputs, the LED shows the camera's state.
 
 #include "examples/living_dashcam.hpp"
 
@@ -27,22 +27,24 @@ constexpr uint32_t dial_x = 480, dial_y = 188, reach = 81;
 
 TEST(DashcamSensor, HasItsSpotInTheMiddleAtRest) {
   const shot seen = sensor_page({"accel=0,0,1000"});
-  EXPECT_EQ(seen.at(dial_x, dial_y), theme);
+  EXPECT_EQ(seen.at(dial_x, dial_y), DRAVIK_DEFAULT_THEME);
   EXPECT_EQ(seen.at(dial_x + 20, dial_y + 20), card_ground);
 }
 
 TEST(DashcamSensor, MovesItsSpotWithTheBoard) {
-  EXPECT_EQ(sensor_page({"accel=250,0,1000"}).at(dial_x + reach / 2, dial_y), theme) << "to the right";
-  EXPECT_EQ(sensor_page({"accel=-250,0,1000"}).at(dial_x - reach / 2, dial_y), theme) << "to the left";
+  EXPECT_EQ(sensor_page({"accel=250,0,1000"}).at(dial_x + reach / 2, dial_y), DRAVIK_DEFAULT_THEME)
+      << "to the right";
+  EXPECT_EQ(sensor_page({"accel=-250,0,1000"}).at(dial_x - reach / 2, dial_y), DRAVIK_DEFAULT_THEME)
+      << "to the left";
   const shot forwards = sensor_page({"accel=0,250,1000"});
-  EXPECT_EQ(forwards.at(dial_x, dial_y - reach / 2), theme);
-  EXPECT_NE(forwards.at(dial_x, dial_y), theme);
+  EXPECT_EQ(forwards.at(dial_x, dial_y - reach / 2), DRAVIK_DEFAULT_THEME);
+  EXPECT_NE(forwards.at(dial_x, dial_y), DRAVIK_DEFAULT_THEME);
 }
 
 TEST(DashcamSensor, KeepsItsSpotInTheDial) {
   const shot seen = sensor_page({"accel=3000,0,1000"});
-  EXPECT_EQ(seen.at(dial_x + reach, dial_y), theme);
-  EXPECT_NE(seen.at(dial_x + reach + 12, dial_y), theme);
+  EXPECT_EQ(seen.at(dial_x + reach, dial_y), DRAVIK_DEFAULT_THEME);
+  EXPECT_NE(seen.at(dial_x + reach + 12, dial_y), DRAVIK_DEFAULT_THEME);
 }
 
 TEST(DashcamSensor, HasNoSpotWithoutASensor) {
@@ -52,7 +54,7 @@ TEST(DashcamSensor, HasNoSpotWithoutASensor) {
   EXPECT_EQ(dashcam.finish(), 0);
   const shot seen{on, {}};
   EXPECT_EQ(seen.at(dial_x, dial_y), edge) << "the cross";
-  EXPECT_THAT(seen.colours(388, 96, 184, 184), Not(Contains(theme)));
+  EXPECT_THAT(seen.colours(388, 96, 184, 184), Not(Contains(DRAVIK_DEFAULT_THEME)));
 }
 
 /// A figure of the temperature: those of this size are 24 pixels wide and 36 high.
@@ -76,7 +78,7 @@ TEST(DashcamSensor, ShowsThatThereIsNoTemperature) {
 }
 
 TEST(DashcamSensor, ShowsWhetherAMonitorIsAttached) {
-  EXPECT_EQ(sensor_page({"hdmi=on"}).at(500, 440), theme);
+  EXPECT_EQ(sensor_page({"hdmi=on"}).at(500, 440), DRAVIK_DEFAULT_THEME);
   EXPECT_EQ(sensor_page({"hdmi=off"}).at(500, 440), edge);
 }
 
@@ -88,10 +90,10 @@ TEST(DashcamAtWork, ShowsWhatChangesMeanwhile) {
   dashcam.await_line("screen sensor");
   dashcam.set({"hdmi=on", "temperature=77.5", "accel=250,0,1000"});
   dashcam.await_line("monitor attached");
-  const shot seen = dashcam.end();
-  EXPECT_EQ(seen.at(500, 440), theme);
+  const shot seen = dashcam.expect_end();
+  EXPECT_EQ(seen.at(500, 440), DRAVIK_DEFAULT_THEME);
   EXPECT_EQ(temperature_figure(seen, 0), temperature_figure(seen, 1));
-  EXPECT_EQ(seen.at(dial_x + reach / 2, dial_y), theme);
+  EXPECT_EQ(seen.at(dial_x + reach / 2, dial_y), DRAVIK_DEFAULT_THEME);
 }
 
 TEST(DashcamAtWork, BlinksRedWhileItRecords) {
@@ -100,7 +102,7 @@ TEST(DashcamAtWork, BlinksRedWhileItRecords) {
   dashcam.await_line("state: recording");
   for (const char *light : {"led: red", "led: off", "led: red"})
     dashcam.await_event(light);
-  dashcam.end();
+  dashcam.expect_end();
   EXPECT_EQ(on.read("sys/class/backlight/pwm-backlight.0/brightness"), "1000");
 }
 
@@ -114,7 +116,7 @@ TEST(DashcamAtWork, DimsTheScreenWhileTheCarIsParked) {
   dashcam.set({"gpio.60=0"});
   dashcam.await_event("backlight: 1000");
   dashcam.await_event("led: red");
-  dashcam.end();
+  dashcam.expect_end();
 }
 
 TEST(DashcamAtWork, LeavesTheLightsInOrder) {
@@ -122,7 +124,7 @@ TEST(DashcamAtWork, LeavesTheLightsInOrder) {
   set_inputs(on, {"gpio.60=1"});
   living_dashcam dashcam{on, {"--screen", "home", "--stay"}};
   dashcam.await_event("led: green");
-  dashcam.end();
+  dashcam.expect_end();
   EXPECT_EQ(on.read("sys/class/backlight/pwm-backlight.0/brightness"), "1000");
   EXPECT_THAT(on.events(), Contains("led: off"));
 }
@@ -136,22 +138,22 @@ TEST(DashcamAtWork, NoticesAnImpactOnce) {
   dashcam.set({"accel=0,-2600,1000"});
   for (const char *light : {"led: red", "led: off", "led: red"})
     dashcam.await_event(light); // it has looked again and again
-  const shot seen = dashcam.end();
-  EXPECT_EQ(seen.at(320, 52), white) << "the frame of the banner";
+  const shot seen = dashcam.expect_end();
+  EXPECT_EQ(seen.at(320, 52), DRAVIK_WHITE) << "the frame of the banner";
   int impacts = 0;
   for (const std::string &line : on.events())
     impacts += line.find("impact") != std::string::npos;
   EXPECT_EQ(impacts, 1);
 }
 
-TEST(DashcamAtWork, GoesToTheNextScreenByKey) {
+TEST(DashcamAtWork, ShowsNextScreenByKey) {
   const recording_board on;
   living_dashcam dashcam{on, {"--seconds", "1000"}};
   dashcam.await_line("screen splash");
   dashcam.press_next();
   dashcam.press_ok();
   dashcam.press_next();
-  dashcam.end();
+  dashcam.expect_end();
   const std::string log = on.read("tmp/dravik.log");
   size_t after = 0;
   for (const char *line : {"screen splash", "key next", "screen home", "key ok", "key next", "screen menu"}) {
@@ -160,7 +162,7 @@ TEST(DashcamAtWork, GoesToTheNextScreenByKey) {
   }
 }
 
-TEST(DashcamAtWork, NeedsNoneOfItsDevices) {
+TEST(DashcamAtWork, RunsWithoutItsDevices) {
   const prepared_board on;
   for (const char *device : {"/dev/i2c-0", "/dev/ambad", "/dev/ttyS0"})
     on.set_fault("open", device, "ENODEV");
@@ -194,9 +196,9 @@ std::string file_of_region_1() {
 TEST(DashcamSystem, ShowsTheRegion) {
   const recording_board on;
   const std::vector<uint16_t> nowhere = region_row(shot_of(on, {"--screen", "system"}));
-  EXPECT_THAT(nowhere, Not(Contains(white)));
+  EXPECT_THAT(nowhere, Not(Contains(DRAVIK_WHITE)));
   on.write("tmp/add/areacode.bin", file_of_region_1());
-  EXPECT_THAT(region_row(shot_of(on, {"--screen", "system"})), Contains(white));
+  EXPECT_THAT(region_row(shot_of(on, {"--screen", "system"})), Contains(DRAVIK_WHITE));
 }
 
 } // namespace

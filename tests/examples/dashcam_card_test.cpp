@@ -1,5 +1,5 @@
-// The demonstration's page of the memory card: what it shows, and that it repairs and formats only when told
-// to.
+// The demonstration's page of the memory card: its contents, and that it repairs and formats only on
+// request to.
 
 #include "examples/living_dashcam.hpp"
 
@@ -25,7 +25,7 @@ void put_in(const board &to, sim::card_lock lock = sim::card_lock::off) {
   EXPECT_TRUE(sim::insert_card(to.path(), lock, error)) << error;
 }
 
-/// The shell commands that the board was given.
+/// The shell commands that the board ran.
 std::vector<std::string> commands_of(const board &on) {
   std::vector<std::string> commands;
   for (const std::string &line : on.events())
@@ -58,7 +58,7 @@ TEST_F(DashcamCard, IsFormattedAfterYes) {
 
 class DashcamCardUnchanged : public DashcamCard, public testing::WithParamInterface<const char *> {};
 
-TEST_P(DashcamCardUnchanged, WithoutAYes) {
+TEST_P(DashcamCardUnchanged, StaysWithoutYes) {
   EXPECT_EQ(press(GetParam()), 0);
   EXPECT_THAT(commands_of(on_), SizeIs(0));
   EXPECT_TRUE(on_.exists(recording_));
@@ -112,11 +112,11 @@ TEST_F(DashcamCard, IsNotTouchedWhenItIsOut) {
   EXPECT_THAT(commands_of(on_), SizeIs(0));
 }
 
-TEST_F(DashcamCard, AsksInEveryLanguage) {
+TEST_F(DashcamCard, ShowsQuestionInEveryLanguage) {
   std::set<std::vector<uint16_t>> asked;
   for (const std::string language : {"en", "de", "el", "ru", "ja", "ko", "zh"}) {
     const shot seen = shot_of(on_, {"--screen", "card", "--press", "next,ok", "--language", language});
-    EXPECT_EQ(seen.at(120, 330), theme) << "no is marked";
+    EXPECT_EQ(seen.at(120, 330), DRAVIK_DEFAULT_THEME) << "no is marked";
     EXPECT_TRUE(asked.insert(seen.area(190, 200, 360, 80)).second) << language;
   }
 }
@@ -132,10 +132,11 @@ std::vector<uint16_t> spots(const shot &seen) {
 }
 
 TEST_F(DashcamCard, ShowsItsChecks) {
-  EXPECT_EQ(spots(shot_of(on_, {"--screen", "card"})), std::vector<uint16_t>(6, theme));
+  EXPECT_EQ(spots(shot_of(on_, {"--screen", "card"})), std::vector<uint16_t>(6, DRAVIK_DEFAULT_THEME));
   put_in(on_, sim::card_lock::on);
   EXPECT_EQ(spots(shot_of(on_, {"--screen", "card"})),
-            (std::vector<uint16_t>{theme, red, theme, theme, theme, red}));
+            (std::vector<uint16_t>{DRAVIK_DEFAULT_THEME, DRAVIK_RED, DRAVIK_DEFAULT_THEME,
+                                   DRAVIK_DEFAULT_THEME, DRAVIK_DEFAULT_THEME, DRAVIK_RED}));
   take_out(on_);
   EXPECT_EQ(spots(shot_of(on_, {"--screen", "card"})), std::vector<uint16_t>(6, edge));
 }
@@ -159,7 +160,8 @@ TEST_F(DashcamCard, ShowsItsEvents) {
   for (const char *name : {"EMA00001.TS", "EMB00002.TS", "EMD00003.TS"})
     on_.write(std::string{"tmp/mmcblk0p1/REC/"} + name, "r");
   const shot seen = shot_of(on_, {"--screen", "card"});
-  constexpr uint16_t taken[] = {theme, theme, theme, black, black};
+  constexpr uint16_t taken[] = {DRAVIK_DEFAULT_THEME, DRAVIK_DEFAULT_THEME, DRAVIK_DEFAULT_THEME,
+                                DRAVIK_BLACK, DRAVIK_BLACK};
   for (uint32_t slot = 0; slot < 5; ++slot)
     EXPECT_EQ(seen.at(426 + slot * 150 / 4 + 13, 305), taken[slot]) << slot;
 }
@@ -167,7 +169,7 @@ TEST_F(DashcamCard, ShowsItsEvents) {
 TEST_F(DashcamCard, ShowsHowFullItIs) {
   const auto used = [](const shot &seen) {
     uint32_t width = 0;
-    while (seen.at(44 + width, 276) == theme)
+    while (seen.at(44 + width, 276) == DRAVIK_DEFAULT_THEME)
       ++width;
     return width;
   };
@@ -186,14 +188,14 @@ TEST_F(DashcamCard, IsMissedAndWelcomed) {
   dashcam.await_line("state: card missing");
   put_in(on_);
   dashcam.await_line("state: recording");
-  EXPECT_EQ(spots(dashcam.end()), std::vector<uint16_t>(6, theme));
+  EXPECT_EQ(spots(dashcam.expect_end()), std::vector<uint16_t>(6, DRAVIK_DEFAULT_THEME));
 }
 
 TEST_F(DashcamCard, IsFullBeforeItsLastByte) {
   on_.write("tmp/mmcblk0p1/REC/KVX00008.TS", std::string(61000000, 'r'));
   living_dashcam dashcam{on_, {"--screen", "card", "--stay"}};
   dashcam.await_line("state: card full");
-  dashcam.end();
+  dashcam.expect_end();
   EXPECT_THAT(on_.events(), Contains("led: orange"));
 }
 
@@ -210,7 +212,7 @@ TEST_F(DashcamCard, IsLeftAloneByAKeyThatSaysNo) {
   dashcam.press_next();
   dashcam.press_ok();
   dashcam.press_ok();
-  dashcam.end();
+  dashcam.expect_end();
   EXPECT_THAT(on_.read("tmp/dravik.log"), HasSubstr("] card: no\n"));
   EXPECT_TRUE(on_.exists(recording_));
 }

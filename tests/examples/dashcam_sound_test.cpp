@@ -1,4 +1,4 @@
-// The demonstration's sound: what reaches the loudspeaker, and the page that sets it.
+// The demonstration's sound: the playback, and the page of the volume.
 
 #include "examples/living_dashcam.hpp"
 #include "support/played_sound.hpp"
@@ -52,7 +52,7 @@ protected:
   const recording_board on_;
 };
 
-/// What there is to hear of a sound: without the silence around it.
+/// A sound without the silence around it.
 samples heard(samples all) {
   const auto is_loud = [](int16_t sample) { return std::abs(sample) > 200; };
   all.erase(all.begin(), std::ranges::find_if(all, is_loud));
@@ -74,14 +74,14 @@ samples decoded(const board &on, const std::string &name) {
   return samples_of(on.read("decoded.wav").substr(44));
 }
 
-TEST_F(DashcamSound, BeginsWithTheChime) {
+TEST_F(DashcamSound, StartsWithChime) {
   living_dashcam dashcam{on_, {"--screen", "home", "--stay"}};
   dashcam.await_sound();
-  dashcam.end();
+  dashcam.expect_end();
   EXPECT_TRUE(is_in(heard(samples_of(sound_file("chime.wav").substr(44))), played(), 0));
 }
 
-TEST_F(DashcamSound, SpeaksItsNotices) {
+TEST_F(DashcamSound, PlaysNotices) {
   living_dashcam dashcam{on_, {"--screen", "home", "--stay"}};
   dashcam.await_sound();
   dashcam.await_sound();
@@ -89,20 +89,20 @@ TEST_F(DashcamSound, SpeaksItsNotices) {
   dashcam.await_sound();
   dashcam.set({"accel=0,2500,1000"});
   dashcam.await_sound();
-  dashcam.end();
+  dashcam.expect_end();
   const samples all = played();
   for (const char *name : {"recording.mp3", "parking.mp3", "impact.mp3"})
     EXPECT_TRUE(is_in(heard(decoded(on_, name)), all, 8)) << name;
   EXPECT_FALSE(is_in(heard(decoded(on_, "card_missing.mp3")), all, 8));
 }
 
-TEST_F(DashcamSound, SpeaksOfAMissingCard) {
+TEST_F(DashcamSound, ReportsMissingCard) {
   std::string error;
   ASSERT_TRUE(sim::remove_card(on_.path(), error)) << error;
   living_dashcam dashcam{on_, {"--screen", "home", "--stay"}};
   dashcam.await_sound();
   dashcam.await_sound();
-  dashcam.end();
+  dashcam.expect_end();
   EXPECT_TRUE(is_in(heard(decoded(on_, "card_missing.mp3")), played(), 8));
 }
 
@@ -114,7 +114,7 @@ TEST_F(DashcamSound, ClicksWhenAKeyIsPressed) {
   // The engine pauses after each sound, and a click into its pause is left out.
   for (int tries = 0; tries < 100 && sounds() < 3; ++tries)
     dashcam.press_next();
-  dashcam.end();
+  dashcam.expect_end();
   EXPECT_TRUE(is_in(click, played(), 0));
 }
 
@@ -129,7 +129,7 @@ TEST_F(DashcamSound, IsMissingWithoutTheRightToIt) {
   living_dashcam dashcam{on_, {"--screen", "home", "--stay"}};
   dashcam.press_ok();
   dashcam.await_event("led: off");
-  dashcam.end();
+  dashcam.expect_end();
   EXPECT_THAT(on_.read("tmp/dravik.log"),
               HasSubstr("] sound: engine cannot start; the camera stays silent\n"));
   EXPECT_FALSE(on_.exists("sound/played.wav"));
@@ -165,11 +165,11 @@ protected:
 std::vector<bool> bars(const shot &seen) {
   std::vector<bool> lit;
   for (uint32_t bar = 0; bar < 5; ++bar)
-    lit.push_back(seen.at(385 + bar * 46, 262) == theme);
+    lit.push_back(seen.at(385 + bar * 46, 262) == DRAVIK_DEFAULT_THEME);
   return lit;
 }
 
-TEST_F(DashcamVolume, GoesUpInStepsAndBeginsAnew) {
+TEST_F(DashcamVolume, IncreasesInStepsAndStartsAgain) {
   EXPECT_EQ(bars(shot_of(on_, {"--screen", "sound"})), (std::vector{true, true, true, false, false}));
   EXPECT_EQ(bars(press("ok")), (std::vector{true, true, true, true, false}));
   EXPECT_EQ(bars(press("ok,ok")), (std::vector{true, true, true, true, true}));
@@ -201,8 +201,8 @@ TEST_F(DashcamVolume, HasASwitchForTheMicrophone) {
 TEST_F(DashcamVolume, MarksOneItem) {
   enum { MUTE_ROW = 350, MICROPHONE_ROW = 420 };
   const auto marks = [](const shot &seen) {
-    return std::vector{seen.at(20, 200) == white, seen.at(300, MUTE_ROW) == theme,
-                       seen.at(300, MICROPHONE_ROW) == theme};
+    return std::vector{seen.at(20, 200) == DRAVIK_WHITE, seen.at(300, MUTE_ROW) == DRAVIK_DEFAULT_THEME,
+                       seen.at(300, MICROPHONE_ROW) == DRAVIK_DEFAULT_THEME};
   };
   EXPECT_EQ(marks(shot_of(on_, {"--screen", "sound"})), (std::vector{true, false, false}));
   EXPECT_EQ(marks(press("next")), (std::vector{false, true, false}));

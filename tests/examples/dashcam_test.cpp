@@ -68,12 +68,12 @@ TEST_P(DashcamScreen, HasTheStatusBarOrTheThemeOnTop) {
   const uint32_t half = is_small ? 2 : 1; // lengths below are those of a panel of 640 by 480
   const shot seen = screen_of(name(), shown);
   if (name() == "splash") {
-    EXPECT_THAT(seen.colours(0, 0, shown.xres, 6 / half), ElementsAre(theme));
+    EXPECT_THAT(seen.colours(0, 0, shown.xres, 6 / half), ElementsAre(DRAVIK_DEFAULT_THEME));
   } else if (name() == "shutdown") {
-    EXPECT_THAT(seen.colours(0, 0, shown.xres, 44 / half), ElementsAre(black));
+    EXPECT_THAT(seen.colours(0, 0, shown.xres, 44 / half), ElementsAre(DRAVIK_BLACK));
   } else {
-    EXPECT_THAT(seen.colours(0, 0, shown.xres, 6 / half), ElementsAre(black));
-    EXPECT_THAT(seen.colours(0, 42 / half, shown.xres, 2 / half), ElementsAre(theme));
+    EXPECT_THAT(seen.colours(0, 0, shown.xres, 6 / half), ElementsAre(DRAVIK_BLACK));
+    EXPECT_THAT(seen.colours(0, 42 / half, shown.xres, 2 / half), ElementsAre(DRAVIK_DEFAULT_THEME));
     EXPECT_THAT(seen.colours((shown.xres - 112 / half) / 2, 9 / half, 112 / half, 24 / half), SizeIs(Gt(8)));
     EXPECT_THAT(seen.colours(14 / half, 9 / half, 24 / half, 24 / half), Contains(Gt(0xF000)))
         << "the red recording mark";
@@ -116,14 +116,14 @@ TEST(DashcamClock, ShowsTheTimeItWasGiven) {
 TEST(DashcamHome, ShowsTheRoadAndTheSpeedLimit) {
   const shot seen = screen_of("home", screen::of_size(640, 480));
   EXPECT_THAT(seen.colours(0, 44, 640, 340), SizeIs(Gt(500)));
-  EXPECT_EQ(seen.at(240 - 28, 433), 0xF800) << "the ring of the limit";
-  EXPECT_EQ(seen.at(2, 478), black);
+  EXPECT_EQ(seen.at(240 - 28, 433), DRAVIK_RED) << "the ring of the limit";
+  EXPECT_EQ(seen.at(2, 478), DRAVIK_BLACK);
 }
 
 TEST(DashcamMenu, MarksOneTile) {
   const shot seen = screen_of("menu", screen::of_size(640, 480));
   EXPECT_EQ(seen.at(30, 120), card_ground);
-  EXPECT_EQ(seen.at(30 + 153, 120), theme);
+  EXPECT_EQ(seen.at(30 + 153, 120), DRAVIK_DEFAULT_THEME);
   EXPECT_EQ(seen.at(30 + 2 * 153, 120), card_ground);
   EXPECT_EQ(seen.at(30, 120 + 190), card_ground);
 }
@@ -136,7 +136,7 @@ std::vector<uint16_t> menu_labels(const shot &seen) {
   return labels;
 }
 
-TEST(DashcamMenu, SpeaksEveryLanguageInItsOwnWords) {
+TEST(DashcamMenu, ShowsEveryLanguage) {
   std::set<std::vector<uint16_t>> drawn;
   for (const std::string language : {"en", "de", "el", "ru", "ja", "ko", "zh"}) {
     const shot seen = screen_of("menu", screen::of_size(640, 480), "14:32:08", language);
@@ -150,11 +150,11 @@ TEST(DashcamMenu, SpeaksEveryLanguageInItsOwnWords) {
 
 TEST(DashcamLanguages, MarksTheChosenOne) {
   const shot english = screen_of("languages", screen::of_size(640, 480), "14:32:08", "en");
-  EXPECT_EQ(english.at(26, 110), theme);
-  EXPECT_EQ(english.at(26, 110 + 52), black);
+  EXPECT_EQ(english.at(26, 110), DRAVIK_DEFAULT_THEME);
+  EXPECT_EQ(english.at(26, 110 + 52), DRAVIK_BLACK);
   const shot german = screen_of("languages", screen::of_size(640, 480), "14:32:08", "de");
-  EXPECT_EQ(german.at(26, 110), black);
-  EXPECT_EQ(german.at(26, 110 + 52), theme);
+  EXPECT_EQ(german.at(26, 110), DRAVIK_BLACK);
+  EXPECT_EQ(german.at(26, 110 + 52), DRAVIK_DEFAULT_THEME);
 }
 
 /// The time of day at a stop of the journey.
@@ -195,7 +195,7 @@ TEST(DashcamGallery, HasBaselineAndProgressiveFiles) {
 
 TEST(DashcamTheme, ShowsItsColours) {
   const shot seen = screen_of("theme", screen::of_size(640, 480));
-  EXPECT_EQ(seen.at(95 - 25, 146), theme);
+  EXPECT_EQ(seen.at(95 - 25, 146), DRAVIK_DEFAULT_THEME);
   const std::set<uint16_t> first_row = {seen.at(95 - 25, 146), seen.at(245, 146), seen.at(395, 146),
                                         seen.at(545, 146)};
   EXPECT_THAT(first_row, SizeIs(4));
@@ -249,7 +249,7 @@ TEST(Dashcam, ListsItsScreens) {
 
 class DashcamCommandLine : public testing::TestWithParam<std::vector<std::string>> {};
 
-TEST_P(DashcamCommandLine, IsRefusedWhenItMakesNoSense) {
+TEST_P(DashcamCommandLine, RejectsInvalidArguments) {
   const board on;
   application dashcam{on, DASHCAM, GetParam()};
   EXPECT_EQ(dashcam.finish(), 2);
@@ -279,7 +279,7 @@ TEST_P(DashcamOneScreen, IsWantedToStayOnOrToPressKeysOn) {
 
 INSTANTIATE_TEST_SUITE_P(Wanted, DashcamOneScreen, testing::Values(words{"--stay"}, words{"--press", "ok"}));
 
-TEST(Dashcam, SaysWhenItsFilesAreMissing) {
+TEST(Dashcam, ReportsWhenItsFilesAreMissing) {
   const board on;
   application dashcam{on, DASHCAM, {"--screen", "home"}};
   EXPECT_EQ(dashcam.finish(), 1);
@@ -287,14 +287,14 @@ TEST(Dashcam, SaysWhenItsFilesAreMissing) {
               HasSubstr("dashcam: missing fonts, artwork or images in /usr/local/dravik\n"));
 }
 
-TEST(Dashcam, NoticesAMissingFontForSmoothText) {
+TEST(Dashcam, NoticesAMissingFontForAntiAliasedText) {
   const prepared_board on{screen::of_size(640, 480)};
   on.remove("usr/local/dravik/font/DroidSansFallback.ttf");
   application dashcam{on, DASHCAM, {"--screen", "home"}};
   EXPECT_EQ(dashcam.finish(), 1);
 }
 
-TEST(Dashcam, NoticesOneMissingPicture) {
+TEST(Dashcam, NoticesOneMissingImage) {
   const prepared_board on{screen::of_size(640, 480)};
   on.remove("usr/local/dravik/bmp/rain_640.bmp");
   application dashcam{on, DASHCAM, {"--screen", "home"}};

@@ -1,6 +1,7 @@
-// The demonstration on boards of its own, and what the tests of the examples share.
+// The demonstration on boards of its own, and shared parts of the tests of the examples.
 #pragma once
 
+#include "dravik.h"
 #include "host/card.hpp"
 #include "support/application.hpp"
 #include "support/board.hpp"
@@ -13,12 +14,10 @@
 
 namespace dravik::test {
 
-// The demonstration's colours.
-constexpr uint16_t black = 0x0821, white = 0xFFFF, red = 0xF800, theme = 0x0B77, card_ground = 0x18E4,
-                   edge = 0x3A09;
+constexpr uint16_t card_ground = 0x18E4, edge = 0x3A09; ///< colours of the demonstration
 constexpr uint16_t untouched = 0xA5A5;
 
-/// Puts the demonstration's fonts, artwork, pictures and sounds on a board.
+/// Put the demonstration's fonts, artwork, images and sounds on a board.
 inline void add_demonstration_files(const board &to) {
   namespace files = std::filesystem;
   std::error_code code;
@@ -27,7 +26,7 @@ inline void add_demonstration_files(const board &to) {
   ASSERT_FALSE(code) << code.message();
 }
 
-/// A board whose screen memory shows what was written to it.
+/// A board whose frame buffer memory is marked, so that tests detect writes.
 class prepared_board : public board {
 public:
   explicit prepared_board(const sim::screen &shown = sim::screen::of_size(640, 480)) : board(shown) {
@@ -56,7 +55,7 @@ inline void expect_only_progress(const std::string &errors) {
                                             "console_exit)[^\n]*\n)*"));
 }
 
-/// What the demonstration with these words leaves on a board's screen.
+/// The screen after a run of the demonstration with these arguments.
 inline shot shot_of(const board &on, std::vector<std::string> words,
                     const sim::screen &shown = sim::screen::of_size(640, 480),
                     const std::string &time = "14:32:08") {

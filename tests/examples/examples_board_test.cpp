@@ -1,4 +1,4 @@
-// The examples of sound, board, memory card, console and event log: what they print, send and play.
+// The examples of sound, board, memory card, console and event log: their output, console and playback.
 
 #include "examples/example_run.hpp"
 #include "examples/living_dashcam.hpp"
@@ -239,7 +239,7 @@ TEST(LogExample, WritesFromTwoThreads) {
 
 TEST(LogExample, FailsIfTheLogIsFull) {
   const board on;
-  on.write("tmp/dravik.log", std::string(262144, '\n'));
+  on.write("tmp/dravik.log", std::string(DRAVIK_LOG_SIZE_MAX, '\n'));
   expect_failure(on, "log", {}, "log: /tmp/dravik.log is full or cannot be opened\n");
 }
 

@@ -24,29 +24,27 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsSubsetOf;
 
-constexpr uint16_t yellow = 0xFFE0, cyan = 0x07FF, green = 0x07E0, blue = 0x001F;
-
 // --------------------------------------------------------------------------------------- shapes
 
 TEST(ShapesExample, DrawsItsShapes) {
   const board on;
   EXPECT_EQ(expect_success(on, "shapes"), "");
   const shot seen{on, {}};
-  EXPECT_EQ(seen.at(2, 240), theme) << "the frame";
-  EXPECT_EQ(seen.at(637, 240), theme);
+  EXPECT_EQ(seen.at(2, 240), DRAVIK_DEFAULT_THEME) << "the frame";
+  EXPECT_EQ(seen.at(637, 240), DRAVIK_DEFAULT_THEME);
   EXPECT_EQ(seen.at(10, 100), 0x2104) << "the gradient";
-  EXPECT_EQ(seen.at(500, 100), black) << "right of the gradient";
-  EXPECT_EQ(seen.at(20, 100), cyan);
-  EXPECT_EQ(seen.at(80, 40), cyan) << "the end of the steepest ray";
-  EXPECT_EQ(seen.at(160, 100), white);
-  EXPECT_EQ(seen.at(178, 100), red);
-  EXPECT_EQ(seen.at(192, 100), white);
-  EXPECT_EQ(seen.at(260, 75), theme);
-  EXPECT_EQ(seen.at(230, 110), yellow);
-  EXPECT_EQ(seen.at(265, 20), yellow);
-  EXPECT_EQ(seen.at(28, 195), theme) << "the start of the ramp";
+  EXPECT_EQ(seen.at(500, 100), DRAVIK_BLACK) << "right of the gradient";
+  EXPECT_EQ(seen.at(20, 100), DRAVIK_CYAN);
+  EXPECT_EQ(seen.at(80, 40), DRAVIK_CYAN) << "the end of the steepest ray";
+  EXPECT_EQ(seen.at(160, 100), DRAVIK_WHITE);
+  EXPECT_EQ(seen.at(178, 100), DRAVIK_RED);
+  EXPECT_EQ(seen.at(192, 100), DRAVIK_WHITE);
+  EXPECT_EQ(seen.at(260, 75), DRAVIK_DEFAULT_THEME);
+  EXPECT_EQ(seen.at(230, 110), DRAVIK_YELLOW);
+  EXPECT_EQ(seen.at(265, 20), DRAVIK_YELLOW);
+  EXPECT_EQ(seen.at(28, 195), DRAVIK_DEFAULT_THEME) << "the start of the ramp";
   EXPECT_EQ(seen.at(45, 195), 0x1BB7) << "its second step";
-  EXPECT_EQ(seen.at(280, 195), white) << "its end";
+  EXPECT_EQ(seen.at(280, 195), DRAVIK_WHITE) << "its end";
 }
 
 // The geometry that docs/simulated-board.md gives for padded lines.
@@ -56,8 +54,8 @@ TEST(ShapesExample, DrawsOnPaddedLines) {
   const board on{padded};
   expect_success(on, "shapes");
   const shot seen{on, padded};
-  EXPECT_EQ(seen.at(797, 240), theme) << "the frame";
-  EXPECT_EQ(seen.at(400, 477), theme);
+  EXPECT_EQ(seen.at(797, 240), DRAVIK_DEFAULT_THEME) << "the frame";
+  EXPECT_EQ(seen.at(400, 477), DRAVIK_DEFAULT_THEME);
   EXPECT_EQ(seen.at(900, 240), 0) << "the padding";
 }
 
@@ -112,12 +110,12 @@ TEST(TextExample, WritesInThreeSizes) {
   const auto font = [&on](const std::string &name) {
     return psf_reader{on.read("usr/local/dravik/font/Lat15-TerminusBold" + name + ".psf")};
   };
-  expect_line(seen, font("16"), {16, 16, "8 x 16", white, black});
-  expect_line(seen, font("24x12"), {16, 40, "12 x 24", white, black});
-  expect_line(seen, font("32x16"), {16, 72, "16 x 32", white, black});
-  expect_line(seen, font("16"), {16, 112, "13.8 V, 0x2a, 100 %", yellow, black});
-  expect_line(seen, font("24x12"), {16, 136, " on a bar ", white, theme});
-  expect_line(seen, font("24x12"), {148, 136, "!", yellow, black});
+  expect_line(seen, font("16"), {16, 16, "8 x 16", DRAVIK_WHITE, DRAVIK_BLACK});
+  expect_line(seen, font("24x12"), {16, 40, "12 x 24", DRAVIK_WHITE, DRAVIK_BLACK});
+  expect_line(seen, font("32x16"), {16, 72, "16 x 32", DRAVIK_WHITE, DRAVIK_BLACK});
+  expect_line(seen, font("16"), {16, 112, "13.8 V, 0x2a, 100 %", DRAVIK_YELLOW, DRAVIK_BLACK});
+  expect_line(seen, font("24x12"), {16, 136, " on a bar ", DRAVIK_WHITE, DRAVIK_DEFAULT_THEME});
+  expect_line(seen, font("24x12"), {148, 136, "!", DRAVIK_YELLOW, DRAVIK_BLACK});
 }
 
 TEST(TextExample, ReportsTheFontThatIsMissing) {
@@ -135,7 +133,7 @@ TEST(TextExample, ReportsTheFontThatIsMissing) {
 /// Colours from black to a foreground, by the steps of its three channels.
 std::vector<uint16_t> ramp_on_black(int red_step, int green_step, int blue_step, int green_start,
                                     int blue_start, int red_start) {
-  std::vector<uint16_t> colours = {black};
+  std::vector<uint16_t> colours = {DRAVIK_BLACK};
   for (int i = 0; i < 16; ++i)
     colours.push_back(static_cast<uint16_t>((red_start + red_step * i) << 11 |
                                             (green_start + green_step * i) << 5 |
@@ -198,7 +196,7 @@ TEST(TruetypeExample, WritesAnArgument) {
 
 class TruetypeExampleWithout : public testing::TestWithParam<const char *> {};
 
-TEST_P(TruetypeExampleWithout, AFontFails) {
+TEST_P(TruetypeExampleWithout, FailsWithoutFont) {
   const prepared_board on;
   on.remove(std::string{"usr/local/dravik/font/"} + GetParam());
   expect_failure(on, "truetype", {}, "FT_New_Face failed!\ntruetype: not all text drawn; check ");
@@ -221,11 +219,13 @@ TEST(BmpExample, ShowsTheFileInTheMiddle) {
   EXPECT_EQ(expect_success(on, "bmp", {on.path("four.bmp")}),
             on.path("four.bmp") + ": 2 x 2, 24 bits per pixel\n");
   const shot seen{on, {}};
-  EXPECT_EQ(seen.area(318, 238, 4, 4),
-            (std::vector<uint16_t>{black, black, black, black, black, red, green, black, black, blue, white,
-                                   black, black, black, black, black}));
-  EXPECT_THAT(seen.colours(0, 0, 640, 239), ElementsAre(black));
-  EXPECT_THAT(seen.colours(0, 241, 640, 239), ElementsAre(black));
+  EXPECT_EQ(
+      seen.area(318, 238, 4, 4),
+      (std::vector<uint16_t>{DRAVIK_BLACK, DRAVIK_BLACK, DRAVIK_BLACK, DRAVIK_BLACK, DRAVIK_BLACK, DRAVIK_RED,
+                             DRAVIK_GREEN, DRAVIK_BLACK, DRAVIK_BLACK, DRAVIK_BLUE, DRAVIK_WHITE,
+                             DRAVIK_BLACK, DRAVIK_BLACK, DRAVIK_BLACK, DRAVIK_BLACK, DRAVIK_BLACK}));
+  EXPECT_THAT(seen.colours(0, 0, 640, 239), ElementsAre(DRAVIK_BLACK));
+  EXPECT_THAT(seen.colours(0, 241, 640, 239), ElementsAre(DRAVIK_BLACK));
 }
 
 TEST(BmpExample, FailsWithoutTheFile) {
@@ -265,7 +265,7 @@ std::vector<uint16_t> decoded_jpeg(const board &on, const std::string &path) {
   for (; at + 2 < ppm.size(); at += 3) {
     const auto channel = [&](size_t i) { return static_cast<uint8_t>(ppm[at + i]); };
     const auto colour = static_cast<uint16_t>(channel(0) >> 3 << 11 | channel(1) >> 2 << 5 | channel(2) >> 3);
-    pixels.push_back((colour & ~0x0801) == 0 ? black : colour);
+    pixels.push_back((colour & ~0x0801) == 0 ? DRAVIK_BLACK : colour);
   }
   return pixels;
 }
@@ -275,10 +275,10 @@ TEST(JpegExample, ShowsTheFileInTheMiddle) {
   EXPECT_EQ(expect_success(on, "jpeg", {"alps_640.jpg"}), "alps_640.jpg: 560 x 316\n");
   const shot seen{on, {}};
   EXPECT_EQ(seen.area(40, 82, 560, 316), decoded_jpeg(on, "usr/local/dravik/jpg/alps_640.jpg"));
-  EXPECT_THAT(seen.colours(0, 0, 640, 82), ElementsAre(black));
-  EXPECT_THAT(seen.colours(0, 398, 640, 82), ElementsAre(black));
-  EXPECT_THAT(seen.colours(0, 0, 40, 480), ElementsAre(black));
-  EXPECT_THAT(seen.colours(600, 0, 40, 480), ElementsAre(black));
+  EXPECT_THAT(seen.colours(0, 0, 640, 82), ElementsAre(DRAVIK_BLACK));
+  EXPECT_THAT(seen.colours(0, 398, 640, 82), ElementsAre(DRAVIK_BLACK));
+  EXPECT_THAT(seen.colours(0, 0, 40, 480), ElementsAre(DRAVIK_BLACK));
+  EXPECT_THAT(seen.colours(600, 0, 40, 480), ElementsAre(DRAVIK_BLACK));
 }
 
 TEST(JpegExample, FailsWithoutTheFile) {
@@ -314,11 +314,11 @@ TEST(ArtworkExample, ShowsEachRowThroughAnotherRamp) {
   struct row {
     uint16_t first, last, ground;
   };
-  const row rows[] = {{black, 0xF79E, black},
-                      {0x0061, cyan, black},
-                      {white, 0xF861, white},
-                      {theme, white, theme},
-                      {black, 0xF79E, black}};
+  const row rows[] = {{DRAVIK_BLACK, 0xF79E, DRAVIK_BLACK},
+                      {0x0061, DRAVIK_CYAN, DRAVIK_BLACK},
+                      {DRAVIK_WHITE, 0xF861, DRAVIK_WHITE},
+                      {DRAVIK_DEFAULT_THEME, DRAVIK_WHITE, DRAVIK_DEFAULT_THEME},
+                      {DRAVIK_BLACK, 0xF79E, DRAVIK_BLACK}};
   const shot seen{on, {}};
   for (uint32_t i = 0; i < 18; ++i) {
     const uint32_t width = 10 + 2 * i, x = i % 4 * 80 + (80 - width) / 2, y = i / 4 * 80;
@@ -329,8 +329,8 @@ TEST(ArtworkExample, ShowsEachRowThroughAnotherRamp) {
     EXPECT_EQ(seen.at(x + width - 1, y + 79), expected.last) << i;
     EXPECT_EQ(seen.at(x + width, y + 79), expected.ground) << i;
   }
-  EXPECT_THAT(seen.colours(320, 0, 320, 480), ElementsAre(black));
-  EXPECT_THAT(seen.colours(160, 320, 160, 160), ElementsAre(black)) << "after the last image";
+  EXPECT_THAT(seen.colours(320, 0, 320, 480), ElementsAre(DRAVIK_BLACK));
+  EXPECT_THAT(seen.colours(160, 320, 160, 160), ElementsAre(DRAVIK_BLACK)) << "after the last image";
 }
 
 TEST(ArtworkExample, ShowsNoMoreRowsThanTheScreenHas) {

@@ -58,7 +58,7 @@ TEST(Examples, AreShorterThan60Lines) {
     EXPECT_LT(std::ranges::count(text_of(name + ".c"), '\n'), 60) << name;
 }
 
-TEST(Examples, DescribeHowTheyAreBuiltAndRun) {
+TEST(Examples, DescribeBuildAndRun) {
   for (const std::string &name : example_names())
     EXPECT_THAT(text_of(name + ".c"), AllOf(HasSubstr(" " + name + ".c -o " + name + " -ldravik\n"),
                                             HasSubstr("dravik-sim run board -- ./" + name),

@@ -1,4 +1,4 @@
-// The demonstration at work on a board that changes: what goes in, and what its devices are asked meanwhile.
+// The demonstration on a board that changes: its inputs, and the requests to its devices.
 #pragma once
 
 #include "examples/demonstration.hpp"
@@ -12,25 +12,25 @@
 
 namespace dravik::test {
 
-/// Changes inputs of a board, in words like hdmi=on.
+/// Change inputs of a board, by arguments such as hdmi=on.
 inline void set_inputs(const board &of, std::vector<std::string> words) {
   words.insert(words.begin(), {"set", of.path()});
   const outcome result = launch(words);
   EXPECT_EQ(result.exit_status(), 0) << result.errors;
 }
 
-/// A demonstration that runs until it is told to end.
+/// A demonstration that runs until expect_end().
 class living_dashcam {
 public:
   living_dashcam(const board &on, const std::vector<std::string> &words)
       : on_(on), events_(on.path()), dashcam_(on, DASHCAM, words) {}
 
-  /// Waits until the serial console has shown a line; what came before it is passed over.
+  /// Wait until the serial console has shown a line; earlier lines are skipped.
   void await_line(const std::string &line) { await_event("ttyS0: " + line); }
   void await_event(const std::string &expected) {
     await(expected, [&](const std::string &line) { return line == expected; });
   }
-  /// Waits until the loudspeaker has ended a sound.
+  /// Wait until the loudspeaker has ended a sound.
   void await_sound() { await("the end of a sound", is_end_of_sound); }
 
   static bool is_end_of_sound(const std::string &line) {
@@ -38,7 +38,7 @@ public:
   }
 
   void set(const std::vector<std::string> &words) const { set_inputs(on_, words); }
-  /// Presses a key and lets it go, each until the camera has noticed.
+  /// Press a key and let it go, each until the camera has noticed.
   void press(const std::string &line, const std::string &key) {
     set({line + "=1"});
     await_line("key " + key);
@@ -48,15 +48,15 @@ public:
   void press_next() { press("gpio.61", "next"); }
   void press_ok() { press("gpio.62", "ok"); }
 
-  /// Ends it; what it shows last is then on the screen.
-  shot end() {
+  /// End it; its last contents are then on the screen.
+  shot expect_end() {
     dashcam_.send(SIGTERM);
     EXPECT_EQ(dashcam_.finish(), 0);
     return {on_, sim::screen::of_size(640, 480)};
   }
 
 private:
-  /// The camera always has something to tell: patience is for the whole, not for a line.
+  /// The camera reports all the time: the time limit is for the whole wait, not per line.
   template <typename Expected> void await(const std::string &name, Expected is_expected) {
     using clock = std::chrono::steady_clock;
     const clock::time_point end = clock::now() + std::chrono::seconds{30};

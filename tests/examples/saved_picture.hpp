@@ -19,7 +19,7 @@ inline std::vector<std::string> card_of(const board &on) {
   return names;
 }
 
-/// A BMP file of 16 bits a pixel, as a reader of the file format takes it.
+/// A BMP file of 16 bits per pixel, read by the file format.
 class bmp_picture {
 public:
   explicit bmp_picture(std::string contents) : contents_(std::move(contents)) {}

@@ -1,4 +1,4 @@
-// The demonstration's screenshots: what lands on the memory card.
+// The demonstration's screenshots: the files on the memory card.
 
 #include "examples/saved_picture.hpp"
 
@@ -18,7 +18,7 @@ const std::string is_saved = "dashcam: screenshot: saved on the memory card\n";
 
 class DashcamScreenshot : public testing::TestWithParam<uint32_t> {};
 
-TEST_P(DashcamScreenshot, IsWhatTheScreenShows) {
+TEST_P(DashcamScreenshot, SavesVisibleScreen) {
   screen shown = screen::of_size(640, 480);
   shown.line_length += GetParam();
   shown.yres_virtual = 960;
@@ -45,7 +45,7 @@ TEST(DashcamScreenshotKey, SavesTheScreenAndGoesOn) {
   EXPECT_EQ(dashcam.finish(), 0);
   const bmp_picture picture = expect_saved_picture(on);
   for (uint32_t x = 0; x < 640; ++x)
-    ASSERT_EQ(picture.at(x, 0), theme) << "the edge of the splash screen";
+    ASSERT_EQ(picture.at(x, 0), DRAVIK_DEFAULT_THEME) << "the edge of the splash screen";
 }
 
 TEST(DashcamScreenshotKey, IsRefusedOnAPanelOfAnotherSize) {

@@ -117,7 +117,7 @@ TEST_F(Allocations, AreNotMadeByBitmapText) {
   psf_font_free();
 }
 
-TEST_F(Allocations, OfABmpFileAreThoseOfItsStream) {
+TEST_F(Allocations, CountOnlyStreamOfBmpFile) {
   for (const uint16_t bits :
        {uint16_t{1}, uint16_t{4}, uint16_t{8}, uint16_t{16}, uint16_t{24}, uint16_t{32}})
     for (const uint32_t mode : {DRAVIK_BMP_COPY, DRAVIK_BMP_KEYED, DRAVIK_BMP_SILHOUETTE}) {
@@ -129,7 +129,7 @@ TEST_F(Allocations, OfABmpFileAreThoseOfItsStream) {
     }
 }
 
-/// Decodes a file as the documentation of libjpeg shows it, with a row buffer one byte longer than a row.
+/// Decode a file as the documentation of libjpeg shows it, with a row buffer one byte longer than a row.
 void decode_by_libjpeg(const std::string &path) {
   std::FILE *const stream = open_without_buffer(path);
   jpeg_decompress_struct decoder;
@@ -148,7 +148,7 @@ void decode_by_libjpeg(const std::string &path) {
   std::fclose(stream);
 }
 
-TEST_F(Allocations, OfAJpegFileAreThoseOfItsStreamAndOfLibjpeg) {
+TEST_F(Allocations, CountStreamAndLibjpegOfJpegFile) {
   for (const words &options : {words{}, words{"-progressive"}}) {
     make(busy_picture(random_, 80, 50), options);
     const auto by_libjpeg = allocations_of([this] { decode_by_libjpeg(path_of(name_)); });
@@ -179,7 +179,7 @@ void render_by_freetype(const char *font, const std::string &text) {
   FT_Done_FreeType(library);
 }
 
-TEST_F(Allocations, OfAntiAliasedTextAreThoseOfFreeType) {
+TEST_F(Allocations, CountOnlyFreeTypeOfText) {
   use_screen({.xres = 640, .yres = 480});
   const char *const sans = "/usr/share/fonts/truetype/liberation/LiberationSans-Regular.ttf";
   const char *const font_before = ttf_font_file[0];

@@ -1,4 +1,4 @@
-// The shared library as a file: what it exports, what it needs, how it is called.
+// The shared library as a file: its exports, its dependencies, its name.
 
 #include "dravik.h"
 #include "exported_names.hpp"
@@ -144,7 +144,7 @@ TEST(Library, ExportsWhatTheHeaderDeclaresAndNothingElse) {
   EXPECT_TRUE(are_exported(declared));
 }
 
-TEST(Library, SizesOfTheGlobalsAreThoseOfTheHeader) {
+TEST(Library, HasSizesOfHeader) {
   auto sizes = defined_names();
   EXPECT_EQ(sizes["fbfd"], 4U);
   EXPECT_EQ(sizes["fbp"], sizeof(void *));
@@ -155,8 +155,8 @@ TEST(Library, SizesOfTheGlobalsAreThoseOfTheHeader) {
   EXPECT_EQ(sizes["grad_line"], 416U);
 }
 
-// Then the programs beside this one prove what they are for: that both sides use the same copy.
-TEST(Library, GlobalsAreCopiedIntoProgramsOfAFixedAddress) {
+// Then the programs next to this one prove what they are for: that both sides use the same copy.
+TEST(Library, SharesGlobalsWithProgramsOfFixedAddress) {
   std::set<std::string> names;
   for (const std::string &line : lines_of(READELF " --wide --relocs " PROGRAM)) {
     std::istringstream fields{line};

@@ -1,4 +1,4 @@
-/* A program in C that shares its globals with the library. Its status is the number of what went wrong. */
+/* A program in C that shares its globals with the library. Its exit status is the number of failed checks. */
 
 #include "dravik.h"
 
@@ -15,11 +15,11 @@ static void check(int right, const char *what) {
 }
 
 static void table_is_shared(void) {
-  set_theme_color(0xF800);
-  check(gc[432] == 0xF800, "the program sees the table that the library built");
+  set_theme_color(DRAVIK_RED);
+  check(gc[432] == DRAVIK_RED, "the program sees the table that the library built");
   check(gc[463] == 0, "to its last entry");
-  gc[432] = 0x07E0;
-  check(get_theme_color() == 0x07E0, "the library sees what the program wrote into the table");
+  gc[432] = DRAVIK_GREEN;
+  check(get_theme_color() == DRAVIK_GREEN, "the library sees what the program wrote into the table");
   check(grad_line[207] == 0x0820, "the program sees the shading");
 }
 

@@ -1,4 +1,4 @@
-// Many threads on the serial console at once, while it sends.
+// Many threads on the serial console at the same time, while it sends.
 
 #include "dravik.h"
 #include "log/terminal_pair.hpp"
@@ -20,7 +20,7 @@ constexpr int lines_each = 25; ///< so that all of a round fit into the ring, wh
 constexpr int rounds = 10;
 constexpr size_t line_length = 18;
 
-/// Runs `print(thread)` in every thread; they begin at once.
+/// Run `print(thread)` in every thread; they start at the same time.
 template <class Print> void print_together(Print print) {
   std::barrier start(threads);
   std::vector<std::thread> all;
@@ -45,7 +45,7 @@ protected:
   stderr_capture errors_;
 };
 
-TEST_F(ConsoleThreads, EveryLineArrivesWholeAndInTheOrderOfItsThread) {
+TEST_F(ConsoleThreads, SendWholeLinesInOrderOfThreads) {
   ASSERT_EQ(console_init(), 0);
   std::array<int, threads> next = {};
   for (int round = 0; round < rounds; ++round) {
@@ -67,7 +67,7 @@ TEST_F(ConsoleThreads, EveryLineArrivesWholeAndInTheOrderOfItsThread) {
   EXPECT_EQ(errors_.take(), "console_exit+\nconsole_exit-\n");
 }
 
-TEST_F(ConsoleThreads, MoreThanTheRingHoldsLeavesItSound) {
+TEST_F(ConsoleThreads, LeaveRingValidIfOverfull) {
   ASSERT_EQ(console_init(), 0);
   print_together([](int thread) {
     const std::string text(static_cast<size_t>(100 + 150 * thread), static_cast<char>('a' + thread));

@@ -117,7 +117,7 @@ protected:
   }
 };
 
-TEST_F(EventLogClock, FirstMessageReadsItTwiceAndEachLaterOnce) {
+TEST_F(EventLogClock, IsReadTwiceForFirstMessageAndOnceForLater) {
   set_clock({});
   log_printf("first");
   EXPECT_EQ(system_calls.clock_reads, 2U);
@@ -127,14 +127,14 @@ TEST_F(EventLogClock, FirstMessageReadsItTwiceAndEachLaterOnce) {
   EXPECT_EQ(system_calls.clock_reads, 4U);
 }
 
-TEST_F(EventLogClock, DroppedMessageDoesNotReadIt) {
-  write_file(board_.path("tmp/dravik.log"), bytes(262144, '\n'));
+TEST_F(EventLogClock, IsNotReadForDroppedMessage) {
+  write_file(board_.path("tmp/dravik.log"), bytes(DRAVIK_LOG_SIZE_MAX, '\n'));
   set_clock({});
   log_printf("lost");
   EXPECT_EQ(system_calls.clock_reads, 0U);
 }
 
-TEST_F(EventLogClock, OriginIsTheFirstReading) {
+TEST_F(EventLogClock, SetsOriginAtFirstReading) {
   set_clock({{1700000000, 123456}, {1700000000, 123460}});
   log_printf("line");
   EXPECT_EQ(tlogst.tv_sec, 1700000000);
@@ -145,61 +145,61 @@ TEST_F(EventLogClock, OriginIsTheFirstReading) {
   EXPECT_EQ(tlogst.tv_usec, 123456);
 }
 
-TEST_F(EventLogClock, StampIsTheDifferenceWithoutABorrow) {
+TEST_F(EventLogClock, StampsDifferenceWithoutBorrow) {
   EXPECT_EQ(line_at({1000, 250000}, {1012, 750001}), "[   12.500001] now");
 }
 
-TEST_F(EventLogClock, StampIsTheDifferenceWithABorrow) {
+TEST_F(EventLogClock, StampsDifferenceWithBorrow) {
   EXPECT_EQ(line_at({1000, 999999}, {1002, 0}), "[    1.000001] now");
 }
 
-TEST_F(EventLogClock, StampOfTheSameInstantIsZero) {
+TEST_F(EventLogClock, StampsZeroAtSameInstant) {
   EXPECT_EQ(line_at({1000, 5}, {1000, 5}), "[    0.000000] now");
 }
 
-TEST_F(EventLogClock, FiveDigitsFillTheirColumn) {
+TEST_F(EventLogClock, FillsColumnWithFiveDigits) {
   EXPECT_EQ(line_at({1000, 0}, {100999, 999999}), "[99999.999999] now");
 }
 
-TEST_F(EventLogClock, HundredThousandSecondsPrintWider) {
+TEST_F(EventLogClock, PrintsWiderFromHundredThousandSeconds) {
   EXPECT_EQ(line_at({1000, 0}, {101000, 1}), "[100000.000001] now");
 }
 
-TEST_F(EventLogClock, ClockSetBackWraps) {
+TEST_F(EventLogClock, WrapsIfSetBack) {
   EXPECT_EQ(line_at({1000, 250000}, {990, 250001}), "[4294967286.000001] now");
 }
 
-TEST_F(EventLogClock, ClockSetBackWithABorrowWraps) {
+TEST_F(EventLogClock, WrapsWithBorrowIfSetBack) {
   EXPECT_EQ(line_at({1000, 500000}, {999, 250000}), "[4294967294.750000] now");
 }
 
-TEST_F(EventLogClock, ClockSetBackWithinASecondWraps) {
+TEST_F(EventLogClock, WrapsIfSetBackWithinSecond) {
   EXPECT_EQ(line_at({1000, 2}, {1000, 1}), "[4294967295.999999] now");
 }
 
-TEST_F(EventLogClock, BannerInUniversalTime) {
+TEST_F(EventLogClock, PrintsBannerInUniversalTime) {
   EXPECT_EQ(banner_in("UTC0", {1234567890, 42}), "[    0.000000] s #### 2009/02/13 23:31:30.000042 ####");
 }
 
-TEST_F(EventLogClock, BannerEastOfGreenwichIsOnTheNextDay) {
+TEST_F(EventLogClock, PrintsNextDayEastOfGreenwich) {
   EXPECT_EQ(banner_in("IST-5:30", {1234567890, 999999}),
             "[    0.000000] s #### 2009/02/14 05:01:30.999999 ####");
 }
 
-TEST_F(EventLogClock, BannerWestOfGreenwichIsOnTheDayBefore) {
+TEST_F(EventLogClock, PrintsDayBeforeWestOfGreenwich) {
   EXPECT_EQ(banner_in("HST10", {1230768000, 0}), "[    0.000000] s #### 2008/12/31 14:00:00.000000 ####");
 }
 
-TEST_F(EventLogClock, BannerInSummerTime) {
+TEST_F(EventLogClock, PrintsBannerInSummerTime) {
   EXPECT_EQ(banner_in("EST5EDT,M3.2.0,M11.1.0", {1246406400, 7}),
             "[    0.000000] s #### 2009/06/30 20:00:00.000007 ####");
 }
 
-TEST_F(EventLogClock, BannerPadsEveryFigure) {
+TEST_F(EventLogClock, PadsEveryFigureOfBanner) {
   EXPECT_EQ(banner_in("UTC0", {946782245, 1}), "[    0.000000] s #### 2000/01/02 03:04:05.000001 ####");
 }
 
-TEST_F(EventLogClock, EachCallLooksAtOpensAndClosesTheFileOnce) {
+TEST_F(EventLogClock, ChecksOpensAndClosesFileOncePerCall) {
   system_calls = {};
   for (size_t calls = 1; calls <= 3; ++calls) {
     log_printf("line");
@@ -210,15 +210,15 @@ TEST_F(EventLogClock, EachCallLooksAtOpensAndClosesTheFileOnce) {
   EXPECT_EQ(system_calls.modes, "aaa");
 }
 
-TEST_F(EventLogClock, FullFileIsNotOpened) {
-  write_file(board_.path("tmp/dravik.log"), bytes(262144, '\n'));
+TEST_F(EventLogClock, LeavesFullFileClosed) {
+  write_file(board_.path("tmp/dravik.log"), bytes(DRAVIK_LOG_SIZE_MAX, '\n'));
   system_calls = {};
   log_printf("lost");
   EXPECT_EQ(system_calls.stats, 1U);
   EXPECT_EQ(system_calls.opens, 0U);
 }
 
-TEST_F(EventLogClock, FailedOpenLeavesNothingToClose) {
+TEST_F(EventLogClock, ClosesNothingAfterFailedOpen) {
   std::filesystem::rename(board_.path("tmp"), board_.path("gone"));
   system_calls = {};
   EXPECT_EQ(log_printf("lost"), 0);
@@ -247,14 +247,14 @@ TEST_F(EventLogFullDisk, ReturnsNegativeForAMessageThatCannotBeFormatted) {
   EXPECT_LT(log_printf("%5000d %ls", 1, surrogate), 0);
 }
 
-TEST_F(EventLogFullDisk, NextMessageIsKeptOnceThereIsSpace) {
+TEST_F(EventLogFullDisk, KeepsNextMessageOnceThereIsSpace) {
   log_printf("%5000d", 1);
   system_calls.disk_is_full = false;
   EXPECT_EQ(log_printf("kept"), 4);
   EXPECT_EQ(log_messages(board_.path("tmp/dravik.log")), std::vector<std::string>{"kept"});
 }
 
-TEST_F(EventLogClock, ManyCallsLeaveNoDescriptorOpen) {
+TEST_F(EventLogClock, LeavesNoDescriptorOpen) {
   log_printf("first");
   const auto open_files = [] {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});

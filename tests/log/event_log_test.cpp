@@ -1,4 +1,4 @@
-// The event log as a file: what one call adds to it, and when it takes nothing more.
+// The event log as a file: the text of one call, and its limit.
 
 #include "dravik.h"
 #include "support/board.hpp"
@@ -14,9 +14,9 @@
 namespace dravik::test {
 namespace {
 
-constexpr size_t cap = 262144;
+constexpr size_t cap = DRAVIK_LOG_SIZE_MAX;
 
-/// A board with an empty folder for the log. The library's state is that of a new process.
+/// A board with an empty directory for the log. The library's state is that of a new process.
 class EventLog : public testing::Test {
 protected:
   board board_;
@@ -44,7 +44,7 @@ protected:
 constexpr const char *banner_pattern =
     R"(\[    0\.000000\] s #### \d{4}/\d\d/\d\d \d\d:\d\d:\d\d\.\d{6} ####)";
 
-TEST_F(EventLog, FirstMessageFollowsTheBanner) {
+TEST_F(EventLog, PrintsBannerBeforeFirstMessage) {
   log_printf("first");
   const auto text = lines();
   ASSERT_EQ(text.size(), 2U);
@@ -52,7 +52,7 @@ TEST_F(EventLog, FirstMessageFollowsTheBanner) {
   EXPECT_TRUE(std::regex_match(text[1], std::regex(R"(\[    0\.\d{6}\] first)"))) << text[1];
 }
 
-TEST_F(EventLog, LaterMessagesAddOneLineEach) {
+TEST_F(EventLog, AddsOneLinePerMessage) {
   log_printf("one");
   log_printf("two");
   log_printf("%s %d", "three", 3);
@@ -60,18 +60,18 @@ TEST_F(EventLog, LaterMessagesAddOneLineEach) {
   EXPECT_EQ(log_messages(path_), (std::vector<std::string>{"one", "two", "three 3"}));
 }
 
-TEST_F(EventLog, GivesTheLengthOfTheMessageAlone) {
+TEST_F(EventLog, ReturnsTheLengthOfTheMessageAlone) {
   EXPECT_EQ(log_printf("12345"), 5);
   EXPECT_EQ(log_printf("%5d|%-4s|%x", 42, "ab", 0xBEEFU), 15);
 }
 
-TEST_F(EventLog, EmptyMessageIsALine) {
+TEST_F(EventLog, PrintsLineForEmptyMessage) {
   const char *nothing = "";
   EXPECT_EQ(log_printf("%s", nothing), 0);
   EXPECT_EQ(log_messages(path_), std::vector<std::string>{""});
 }
 
-TEST_F(EventLog, NewlineInTheFormatGivesAnEmptyLine) {
+TEST_F(EventLog, PrintsEmptyLineForNewlineInFormat) {
   EXPECT_EQ(log_printf("message\n"), 8);
   const auto text = lines();
   ASSERT_EQ(text.size(), 3U);
@@ -79,20 +79,20 @@ TEST_F(EventLog, NewlineInTheFormatGivesAnEmptyLine) {
   EXPECT_EQ(text[2], "");
 }
 
-TEST_F(EventLog, MessageThatCannotBeFormattedIsNegativeAndEndsItsLine) {
+TEST_F(EventLog, ReturnsNegativeForUnformattableMessageAndEndsLine) {
   const wchar_t surrogate[] = {static_cast<wchar_t>(0xD800), 0};
   EXPECT_LT(log_printf("%ls", surrogate), 0);
   EXPECT_EQ(log_printf("next"), 4);
   EXPECT_EQ(log_messages(path_), (std::vector<std::string>{"", "next"}));
 }
 
-TEST_F(EventLog, LongMessageIsWhole) {
+TEST_F(EventLog, PrintsLongMessageWhole) {
   const std::string message(100000, 'x');
   EXPECT_EQ(log_printf("<%s>", message.c_str()), 100002);
   EXPECT_EQ(log_messages(path_), std::vector<std::string>{"<" + message + ">"});
 }
 
-TEST_F(EventLog, FullFileTakesNothing) {
+TEST_F(EventLog, RejectsMessagesIfFull) {
   make_log_of(cap);
   EXPECT_EQ(log_printf("lost"), 0);
   EXPECT_EQ(read_file(path_), bytes(cap, '\n'));
@@ -100,13 +100,13 @@ TEST_F(EventLog, FullFileTakesNothing) {
   EXPECT_EQ(tlogst.tv_usec, 0);
 }
 
-TEST_F(EventLog, FileBeyondItsCapTakesNothing) {
+TEST_F(EventLog, RejectsMessagesBeyondCap) {
   make_log_of(cap + 1);
   EXPECT_EQ(log_printf("lost"), 0);
   EXPECT_EQ(read_file(path_).size(), cap + 1);
 }
 
-TEST_F(EventLog, FileOneByteBelowItsCapTakesOneMoreLine) {
+TEST_F(EventLog, AcceptsOneMoreLineOneByteBelowCap) {
   make_log_of(cap - 1);
   const std::string message(5000, 'm');
   EXPECT_EQ(log_printf("%s", message.c_str()), 5000);
@@ -117,7 +117,7 @@ TEST_F(EventLog, FileOneByteBelowItsCapTakesOneMoreLine) {
   EXPECT_EQ(read_file(path_), full);
 }
 
-TEST_F(EventLog, BannerWaitsForRoomInTheFile) {
+TEST_F(EventLog, DelaysBannerUntilThereIsSpace) {
   make_log_of(cap);
   log_printf("lost");
   make_log_of(0);
@@ -127,7 +127,7 @@ TEST_F(EventLog, BannerWaitsForRoomInTheFile) {
   EXPECT_EQ(log_messages(path_), std::vector<std::string>{"kept"});
 }
 
-TEST_F(EventLog, WithoutItsFolderDropsTheMessageAndTheBannerWaits) {
+TEST_F(EventLog, DropsMessageAndDelaysBannerWithoutDirectory) {
   std::filesystem::rename(board_.path("tmp"), board_.path("gone"));
   EXPECT_EQ(log_printf("lost"), 0);
   EXPECT_EQ(tlogst.tv_sec, 0);
@@ -137,13 +137,13 @@ TEST_F(EventLog, WithoutItsFolderDropsTheMessageAndTheBannerWaits) {
   EXPECT_NE(tlogst.tv_sec, 0);
 }
 
-TEST_F(EventLog, FolderInPlaceOfTheFileDropsTheMessage) {
+TEST_F(EventLog, DropsMessageIfDirectoryTakesItsPlace) {
   std::filesystem::create_directory(path_);
   EXPECT_EQ(log_printf("lost"), 0);
   EXPECT_EQ(tlogst.tv_sec, 0);
 }
 
-TEST_F(EventLog, FileTakenAwayIsMadeAgainWithoutASecondBanner) {
+TEST_F(EventLog, CreatesRemovedFileWithoutSecondBanner) {
   log_printf("one");
   const dravik_timeval origin = tlogst;
   std::filesystem::remove(path_);
@@ -154,7 +154,7 @@ TEST_F(EventLog, FileTakenAwayIsMadeAgainWithoutASecondBanner) {
   EXPECT_EQ(tlogst.tv_usec, origin.tv_usec);
 }
 
-TEST_F(EventLog, NextProcessAddsItsOwnBanner) {
+TEST_F(EventLog, AddsBannerOfNextProcess) {
   write_file(path_, {'o', 'l', 'd', '\n'});
   run_program("from one");
   run_program("from another");

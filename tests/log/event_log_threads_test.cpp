@@ -1,4 +1,4 @@
-// Many threads on the event log at once, from its first line on.
+// Many threads on the event log at the same time, from its first line on.
 
 #include "dravik.h"
 #include "support/board.hpp"
@@ -23,7 +23,7 @@ std::string filler(int thread) {
   return std::string(static_cast<size_t>(thread) * 150, static_cast<char>('a' + thread));
 }
 
-/// Runs `log_one(thread, n)` for every message of every thread; the threads begin at once.
+/// Run `log_one(thread, n)` for every message of every thread; the threads start at the same time.
 template <class LogOne> void log_together(LogOne log_one) {
   std::barrier start(threads);
   std::vector<std::thread> all;
@@ -37,7 +37,7 @@ template <class LogOne> void log_together(LogOne log_one) {
     one.join();
 }
 
-TEST(EventLogThreads, FirstLinesAtOnceMakeOneBannerAndWholeLines) {
+TEST(EventLogThreads, PrintOneBannerAndWholeLines) {
   const board on;
   log_together(
       [](int thread, int n) { log_printf("thread %d message %d %s.", thread, n, filler(thread).c_str()); });
@@ -55,7 +55,7 @@ TEST(EventLogThreads, FirstLinesAtOnceMakeOneBannerAndWholeLines) {
   }
 }
 
-TEST(EventLogThreads, NoMessageIsLost) {
+TEST(EventLogThreads, LoseNoMessage) {
   const board on;
   std::array<int, threads> counts = {};
   log_together([&counts](int thread, int n) {

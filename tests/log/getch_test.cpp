@@ -1,4 +1,4 @@
-// One key from standard input. This program stands in for the call that sets a terminal, to press the key
+// One key from standard input. This program interposes the call that sets a terminal, to press the key
 // when the terminal is ready for it.
 
 #include "dravik.h"
@@ -78,7 +78,7 @@ protected:
   termios original_ = terminal_.settings();
 };
 
-TEST_F(GetchOnATerminal, GivesAKeyWithoutAwaitingTheLine) {
+TEST_F(GetchOnATerminal, ReturnsAKeyWithoutAwaitingTheLine) {
   EXPECT_EQ(press("x"), 'x');
   EXPECT_EQ(press("\n"), '\n');
 }
@@ -118,7 +118,7 @@ TEST_F(GetchOnATerminal, SetsItBackWhenReadingFails) {
   EXPECT_TRUE(are_same(terminal_.settings(), original_));
 }
 
-TEST_F(Getch, FileGivesItsCharactersAndThenTheEnd) {
+TEST_F(Getch, ReturnsCharactersOfFileThenEnd) {
   use_text("a\n\xFF");
   EXPECT_EQ(getch(), 'a');
   EXPECT_EQ(getch(), '\n');
@@ -127,7 +127,7 @@ TEST_F(Getch, FileGivesItsCharactersAndThenTheEnd) {
   EXPECT_TRUE(all_applied.empty());
 }
 
-TEST_F(Getch, ClosedInputIsAtItsEnd) {
+TEST_F(Getch, ReturnsEndForClosedInput) {
   ::close(STDIN_FILENO);
   EXPECT_EQ(getch(), EOF);
   EXPECT_TRUE(all_applied.empty());

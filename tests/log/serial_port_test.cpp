@@ -1,4 +1,4 @@
-// The console's port and the thread that sends. This program stands in for the calls that they make: the port
+// The console's port and the thread that sends. This program interposes the calls that they make: the port
 // leads to a terminal of the test, and the thread's rounds are let through one by one.
 
 #include "dravik.h"
@@ -25,7 +25,7 @@ using testing::StartsWith;
 
 constexpr const char *port_path = "/dev/ttyS0";
 
-/// What the console asked of its port, and what it gets to hear.
+/// The console's requests to its port, and the port's answers.
 struct watched_port {
   std::string leads_to;
   std::atomic<int> descriptor = -1;
@@ -65,7 +65,7 @@ public:
     changed_.notify_all();
   }
 
-  /// Lets the thread through, and waits until it is back; so a whole round lies between.
+  /// Let the thread through, and waits until it is back; so a whole round lies between.
   void one_round() {
     await_thread();
     std::unique_lock holding{mutex_};
@@ -197,7 +197,7 @@ protected:
       console_exit();
   }
 
-  void start() {
+  void expect_start() {
     ASSERT_EQ(console_init(), 0);
     pause_between_rounds.await_thread();
   }
@@ -208,7 +208,7 @@ protected:
     return port.take_sent();
   }
 
-  /// Prints and sends, so that head and tail come to stand at a place in the ring.
+  /// Print and send, so that head and tail are at a position in the ring.
   static void move_to(size_t place) {
     console_printf("%s", std::string(place, '-').c_str());
     ASSERT_EQ(sent_in_a_round().size(), 1U);
@@ -221,14 +221,14 @@ protected:
 
 // ------------------------------------------------------------------------------------------------ start-up
 
-TEST_F(SerialPort, StartUpAsksInThisOrder) {
-  start();
+TEST_F(SerialPort, RequestsSettingsInOrder) {
+  expect_start();
   EXPECT_THAT(port.calls, ElementsAre("open", "flush", "get", "set", "flush", "thread"));
   EXPECT_EQ(errors_.take(), "");
   EXPECT_EQ(console_write_fd, port.descriptor);
 }
 
-TEST_F(SerialPort, StartUpMakesThePortRaw) {
+TEST_F(SerialPort, MakesPortRaw) {
   termios cooked = terminal_.settings();
   cooked.c_iflag |= ICRNL | IXON | BRKINT;
   cooked.c_oflag |= OPOST;
@@ -237,7 +237,7 @@ TEST_F(SerialPort, StartUpMakesThePortRaw) {
   ::cfsetspeed(&cooked, B9600);
   terminal_.set(cooked);
   termios expected = terminal_.settings();
-  start();
+  expect_start();
   ::cfmakeraw(&expected);
   expected.c_cflag |= CLOCAL;
   expected.c_cflag &= ~tcflag_t{CRTSCTS};
@@ -252,15 +252,15 @@ TEST_F(SerialPort, StartUpMakesThePortRaw) {
   EXPECT_EQ(now.c_oflag & OPOST, 0U);
 }
 
-TEST_F(SerialPort, RingIsEmptyFromItsStartOn) {
-  start();
+TEST_F(SerialPort, StartsWithEmptyRing) {
+  expect_start();
   EXPECT_EQ(ptr_rb_head, ring_buf);
   EXPECT_EQ(ptr_rb_tail, ring_buf);
   EXPECT_THAT(sent_in_a_round(), IsEmpty());
   EXPECT_EQ(pause_between_rounds.pauses_us(), 1000U);
 }
 
-TEST_F(SerialPort, MissingPortHasNoSettings) {
+TEST_F(SerialPort, FailsForMissingPort) {
   port.leads_to = "/dev/null/none";
   EXPECT_EQ(console_init(), -1);
   EXPECT_EQ(errors_.take(), "Can't get port settings: Bad file descriptor\n");
@@ -268,7 +268,7 @@ TEST_F(SerialPort, MissingPortHasNoSettings) {
   EXPECT_EQ(ptr_rb_tail, nullptr);
 }
 
-TEST_F(SerialPort, PlainFileHasNoSettings) {
+TEST_F(SerialPort, FailsForPlainFile) {
   port.leads_to = "/dev/null";
   EXPECT_EQ(console_init(), -1);
   EXPECT_EQ(errors_.take(), "Can't get port settings: Inappropriate ioctl for device\n");
@@ -277,7 +277,7 @@ TEST_F(SerialPort, PlainFileHasNoSettings) {
   EXPECT_EQ(ptr_rb_tail, nullptr);
 }
 
-TEST_F(SerialPort, RefusedSettingsEndTheStartUp) {
+TEST_F(SerialPort, FailsIfSettingsAreRejected) {
   port.refuses_settings = true;
   EXPECT_EQ(console_init(), -1);
   EXPECT_EQ(errors_.take(), "Can't set port settings: Input/output error\n");
@@ -285,7 +285,7 @@ TEST_F(SerialPort, RefusedSettingsEndTheStartUp) {
   EXPECT_EQ(ptr_rb_tail, nullptr);
 }
 
-TEST_F(SerialPort, GoesOnWithoutAThread) {
+TEST_F(SerialPort, ContinuesWithoutThread) {
   port.no_thread = EAGAIN;
   EXPECT_EQ(console_init(), 0);
   EXPECT_EQ(errors_.take(), "");
@@ -294,7 +294,7 @@ TEST_F(SerialPort, GoesOnWithoutAThread) {
   EXPECT_EQ(console_exit(), 0); // has no thread to wait for
 }
 
-TEST_F(SerialPort, NegativeResultOfStartingAThreadIsReported) {
+TEST_F(SerialPort, ReportsNegativeResultOfStartingThread) {
   port.no_thread = -1;
   EXPECT_EQ(console_init(), 0);
   EXPECT_THAT(errors_.take(), StartsWith("pthread_create uart_read failed\n: "));
@@ -302,8 +302,8 @@ TEST_F(SerialPort, NegativeResultOfStartingAThreadIsReported) {
 
 // ------------------------------------------------------------------------------------------------ sending
 
-TEST_F(SerialPort, TextArrivesInOrder) {
-  start();
+TEST_F(SerialPort, SendsTextInOrder) {
+  expect_start();
   pause_between_rounds.set(gate::open);
   std::string all;
   for (int line = 0; line < 200; ++line) {
@@ -313,8 +313,8 @@ TEST_F(SerialPort, TextArrivesInOrder) {
   EXPECT_EQ(terminal_.read(all.size()), all);
 }
 
-TEST_F(SerialPort, AllThatWaitsGoesOutInOneWrite) {
-  start();
+TEST_F(SerialPort, SendsAllPendingTextInOneWrite) {
+  expect_start();
   console_printf("one ");
   console_printf("two ");
   console_printf("%s", "three");
@@ -325,32 +325,32 @@ TEST_F(SerialPort, AllThatWaitsGoesOutInOneWrite) {
 }
 
 TEST_F(SerialPort, RoundsWithoutTextWriteNothing) {
-  start();
+  expect_start();
   for (int round = 0; round < 3; ++round)
     EXPECT_THAT(sent_in_a_round(), IsEmpty());
 }
 
-TEST_F(SerialPort, TextUpToTheEndOfTheRingGoesOutAndTheNextFromItsStart) {
-  start();
+TEST_F(SerialPort, SendsTextAtEndOfRingThenFromStart) {
+  expect_start();
   move_to(4090);
   console_printf("sixers");
   EXPECT_THAT(sent_in_a_round(), ElementsAre("sixers"));
-  EXPECT_EQ(ptr_rb_head - ring_buf, 4096);
+  EXPECT_EQ(ptr_rb_head - ring_buf, DRAVIK_CONSOLE_RING_SIZE);
   console_printf("again");
   EXPECT_THAT(sent_in_a_round(), ElementsAre("again"));
   EXPECT_EQ(ptr_rb_head - ring_buf, 5);
 }
 
-TEST_F(SerialPort, WrappedTextGoesOutAsOne) {
-  start();
+TEST_F(SerialPort, SendsWrappedTextInOneWrite) {
+  expect_start();
   move_to(4094);
   console_printf("wrapped");
   EXPECT_THAT(sent_in_a_round(), ElementsAre("wrapped"));
   EXPECT_EQ(ptr_rb_head - ring_buf, 5);
 }
 
-TEST_F(SerialPort, LongWrappedTextGoesOutWhole) {
-  start();
+TEST_F(SerialPort, SendsLongWrappedTextWhole) {
+  expect_start();
   move_to(2000);
   const std::string text = std::string(2096, 'e') + std::string(1999, 's');
   for (size_t at = 0; at < text.size(); at += 200)
@@ -361,8 +361,8 @@ TEST_F(SerialPort, LongWrappedTextGoesOutWhole) {
   EXPECT_EQ(joined, text);
 }
 
-TEST_F(SerialPort, FullRingAfterTheEndRefusesTheNextMessage) {
-  start();
+TEST_F(SerialPort, RejectsNextMessageIfFullAtEnd) {
+  expect_start();
   move_to(4000);
   console_printf("%s", std::string(96, 'x').c_str());
   ASSERT_EQ(sent_in_a_round().size(), 1U); // head and tail are on the end
@@ -374,8 +374,8 @@ TEST_F(SerialPort, FullRingAfterTheEndRefusesTheNextMessage) {
   EXPECT_THAT(sent_in_a_round(), ElementsAre(text));
 }
 
-TEST_F(SerialPort, MessageThatMeetsTheHeadIsLostWithAllThatWaited) {
-  start();
+TEST_F(SerialPort, LosesAllTextIfTailMeetsHead) {
+  expect_start();
   move_to(100);
   console_printf("%s", std::string(96, 'x').c_str());
   console_printf("%s", std::string(4000, 'y').c_str()); // the tail is where the head is
@@ -383,23 +383,23 @@ TEST_F(SerialPort, MessageThatMeetsTheHeadIsLostWithAllThatWaited) {
   EXPECT_THAT(sent_in_a_round(), IsEmpty());
 }
 
-TEST_F(SerialPort, OfAMessageThatPassesTheHeadTheEndGoesOut) {
-  start();
+TEST_F(SerialPort, SendsEndOfMessageThatPassesHead) {
+  expect_start();
   console_printf("%s", std::string(4000, 'a').c_str());
   console_printf("%s", std::string(300, 'b').c_str()); // 96 up to the end, 204 from the start
   EXPECT_THAT(sent_in_a_round(), ElementsAre(std::string(204, 'b')));
 }
 
-TEST_F(SerialPort, WholeRingFromStartToEndGoesOut) {
-  start();
+TEST_F(SerialPort, SendsWholeRingFromStartToEnd) {
+  expect_start();
   console_printf("%s", std::string(2096, 'a').c_str());
   console_printf("%s", std::string(2000, 'b').c_str());
-  EXPECT_EQ(ptr_rb_tail - ring_buf, 4096);
+  EXPECT_EQ(ptr_rb_tail - ring_buf, DRAVIK_CONSOLE_RING_SIZE);
   EXPECT_THAT(sent_in_a_round(), ElementsAre(std::string(2096, 'a') + std::string(2000, 'b')));
 }
 
-TEST_F(SerialPort, WhatThePortDoesNotTakeIsLost) {
-  start();
+TEST_F(SerialPort, LosesTextThatPortDoesNotAccept) {
+  expect_start();
   for (const ssize_t answer : {ssize_t{-1}, ssize_t{0}, ssize_t{3}}) {
     port.answer = answer;
     console_printf("partly");
@@ -415,8 +415,8 @@ TEST_F(SerialPort, WhatThePortDoesNotTakeIsLost) {
 
 // ------------------------------------------------------------------------------------------------ the end
 
-TEST_F(SerialPort, ExitTellsItsBeginningAndItsEnd) {
-  start();
+TEST_F(SerialPort, ReportsStartAndEndOfExit) {
+  expect_start();
   pause_between_rounds.set(gate::open);
   const int descriptor = console_write_fd;
   EXPECT_EQ(console_exit(), 0);
@@ -426,16 +426,16 @@ TEST_F(SerialPort, ExitTellsItsBeginningAndItsEnd) {
   EXPECT_EQ(::fcntl(descriptor, F_GETFD), -1);
 }
 
-TEST_F(SerialPort, TextAfterTheLastRoundIsNotSent) {
-  start();
+TEST_F(SerialPort, DropsTextAfterLastRound) {
+  expect_start();
   console_printf("late");
   pause_between_rounds.set(gate::closed_until_told_to_end);
   console_exit();
   EXPECT_THAT(port.take_sent(), IsEmpty());
 }
 
-TEST_F(SerialPort, ExitGivesTheResultOfFlushingStandardError) {
-  start();
+TEST_F(SerialPort, ReturnsResultOfFlushingStandardError) {
+  expect_start();
   pause_between_rounds.set(gate::open);
   const unique_fd full{::open("/dev/full", O_WRONLY)};
   const unique_fd before{::dup(STDERR_FILENO)};
@@ -446,7 +446,7 @@ TEST_F(SerialPort, ExitGivesTheResultOfFlushingStandardError) {
   std::setvbuf(stderr, nullptr, _IONBF, 0);
 }
 
-TEST_F(SerialPort, ThreadThatIsToldToEndBeforeItBeginsSendsNothing) {
+TEST_F(SerialPort, SendsNothingIfStoppedBeforeStart) {
   __console_io_canceled_write = 1;
   ASSERT_EQ(console_init(), 0);
   console_printf("never");
@@ -456,8 +456,8 @@ TEST_F(SerialPort, ThreadThatIsToldToEndBeforeItBeginsSendsNothing) {
   EXPECT_EQ(pause_between_rounds.pauses_us(), 0U); // not even a pause
 }
 
-TEST_F(SerialPort, SecondStartHasAThreadThatEndsAtOnce) {
-  start();
+TEST_F(SerialPort, StopsThreadOfSecondInitImmediately) {
+  expect_start();
   pause_between_rounds.set(gate::open);
   console_exit();
   ASSERT_EQ(console_init(), 0);

@@ -34,12 +34,12 @@ public:
   }
   void set(const termios &settings) const { ASSERT_EQ(::tcsetattr(terminal_.get(), TCSANOW, &settings), 0); }
 
-  /// Sends keys to the terminal.
+  /// Send keys to the terminal.
   void press(std::string_view keys) const {
     ASSERT_EQ(::write(far_end_.get(), keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
   }
 
-  /// Waits for so many bytes from the terminal.
+  /// Wait for so many bytes from the terminal.
   std::string read(size_t count) const {
     std::string text;
     char block[4096];

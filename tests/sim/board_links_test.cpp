@@ -12,9 +12,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace dravik::test {
 namespace {
 
-using dravik::test::board;
 namespace files = std::filesystem;
 
 class SimBoardLinks : public testing::Test {
@@ -68,7 +68,7 @@ TEST_F(SimBoardLinks, LeadNowhereOutside) {
   EXPECT_EQ(files::file_size(outside() + "/secret"), 4U);
 }
 
-TEST_F(SimBoardLinks, InsideTheBoardAreFollowed) {
+TEST_F(SimBoardLinks, AreFollowedInsideBoard) {
   board_.write("usr/local/dravik/text", "board");
   link("../usr/local/dravik/text", "tmp/ptb");
   EXPECT_EQ(read("/tmp/ptb"), "board");
@@ -80,7 +80,7 @@ TEST_F(SimBoardLinks, InsideTheBoardAreFollowed) {
   EXPECT_EQ(read("/tmp/debugfs"), "board");
 }
 
-TEST_F(SimBoardLinks, InACircleLeadNowhere) {
+TEST_F(SimBoardLinks, LeadNowhereInCircle) {
   link("debugfs", "tmp/ptb");
   link("ptb", "tmp/debugfs");
   EXPECT_EQ(::open("/tmp/ptb", O_RDONLY), -1);
@@ -95,7 +95,7 @@ TEST_F(SimBoardLinks, CanBeLookedAtAndRemoved) {
   EXPECT_TRUE(files::exists(outside() + "/secret"));
 }
 
-TEST_F(SimBoardLinks, OfTheSimulatorsOwnFilesLeadNowhereOutside) {
+TEST_F(SimBoardLinks, LeadNowhereOutsideForSimulatorFiles) {
   write_outside("events", "");
   link(outside() + "/events", "events");
   link(outside() + "/panel", "panel");
@@ -103,7 +103,7 @@ TEST_F(SimBoardLinks, OfTheSimulatorsOwnFilesLeadNowhereOutside) {
   EXPECT_EQ(files::file_size(outside() + "/events"), 0U);
 }
 
-TEST_F(SimBoardLinks, PipeInThePlaceOfSettingsDoesNotHoldAnyoneUp) {
+TEST_F(SimBoardLinks, DoNotBlockIfSettingsArePipe) {
   board_.remove("faults");
   ASSERT_EQ(::mkfifo(board_.path("faults").c_str(), 0644), 0);
   EXPECT_EQ(::access("/tmp/add", F_OK), 0);
@@ -157,7 +157,7 @@ TEST_F(SimTmp, ShowsWhatOnlyTheHostHas) {
   EXPECT_EQ(host_.read("only"), "host");
 }
 
-TEST_F(SimTmp, NamedFilesOfTheBoardAreNeverTheHosts) {
+TEST_F(SimTmp, KeepsNamedFilesOnBoard) {
   EXPECT_EQ(::open("/tmp/dravik.log", O_RDONLY), -1);
   ::dravik_sim_use_host_directories("/tmp");
   EXPECT_EQ(::open("/tmp/dravik.log", O_RDONLY), -1);
@@ -191,3 +191,4 @@ TEST_F(SimTmp, HasTheFilesOfNamesThatTheLibraryChooses) {
 }
 
 } // namespace
+} // namespace dravik::test

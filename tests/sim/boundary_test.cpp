@@ -1,4 +1,4 @@
-// The boundary around applications, as people run them: what they cannot do to this machine, and what still
+// The boundary around applications, as users run them: what they cannot do to this machine, and what still
 // works. This program itself calls nothing that could do harm, and the application that does looks for the
 // filter first.
 
@@ -18,12 +18,9 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 
+namespace dravik::test {
 namespace {
 
-using dravik::test::contents;
-using dravik::test::launch;
-using dravik::test::outcome;
-using dravik::test::run;
 using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -78,13 +75,13 @@ protected:
   outcome run_shell(const std::string &script, const words &options = {}) const {
     return run_on_board({"sh", "-c", script}, options);
   }
-  std::string explanation(words options = {}) const {
+  std::string checked_explanation(words options = {}) const {
     options.insert(options.begin(), {"run", "--explain", at("desk")});
     const outcome result = launch(options);
     EXPECT_EQ(result.exit_status(), 0) << result.errors;
     return result.output;
   }
-  bool has_landlock() const { return explanation().find("Landlock, ABI") != std::string::npos; }
+  bool has_landlock() const { return checked_explanation().find("Landlock, ABI") != std::string::npos; }
 
 private:
   std::string directory_ = std::filesystem::temp_directory_path().string() + "/dravik-boundary-XXXXXX";
@@ -92,7 +89,7 @@ private:
 
 // --- what is kept in ---
 
-TEST_F(Boundary, RefusesCallsThatActOnTheMachine) {
+TEST_F(Boundary, RejectsCallsThatActOnTheMachine) {
   const outcome result = run_on_board({CALLS_THE_HOST});
   EXPECT_EQ(result.exit_status(), 0);
   EXPECT_THAT(result.output, StartsWith("reboot EPERM\n"));
@@ -112,7 +109,7 @@ TEST_F(Boundary, OpensNoDeviceThatIsInABoard) {
   EXPECT_THAT(result.errors, HasSubstr("Permission denied"));
 }
 
-TEST_F(Boundary, HoldsForChildrenWithoutTheSimulator) {
+TEST_F(Boundary, AppliesToChildrenWithoutSimulator) {
   const outcome result = run_shell("unset LD_PRELOAD DRAVIK_BOARD; env -i " CALLS_THE_HOST " umount2");
   EXPECT_EQ(result.output, "umount2 EPERM\n");
 }
@@ -151,11 +148,12 @@ TEST_F(Boundary, WritesNotInTheRootOrASystemDirectory) {
   for (const char *directory : {"/", "/usr/lib"}) {
     std::filesystem::current_path(directory);
     EXPECT_EQ(run_shell("echo \"$DRAVIK_WRITABLE\"").output, "\n") << directory;
-    EXPECT_THAT(explanation(), HasSubstr("not the working directory " + std::string{directory} + ": "));
+    EXPECT_THAT(checked_explanation(),
+                HasSubstr("not the working directory " + std::string{directory} + ": "));
   }
 }
 
-TEST_F(Boundary, RefusesToMakeTheKernelsDirectoriesWritable) {
+TEST_F(Boundary, RejectsToMakeTheKernelsDirectoriesWritable) {
   for (const char *directory : {"/", "/dev", "/proc", "/sys", "/proc/sys", "/no-such-directory"}) {
     const outcome result = run_on_board({"true"}, {"--writable", directory});
     EXPECT_EQ(result.exit_status(), 1);
@@ -163,7 +161,7 @@ TEST_F(Boundary, RefusesToMakeTheKernelsDirectoriesWritable) {
   }
 }
 
-TEST_F(Boundary, GivesToolsATemporaryDirectoryOnTheBoard) {
+TEST_F(Boundary, ReturnsToolsATemporaryDirectoryOnTheBoard) {
   const outcome result = run_shell("echo \"$TMPDIR\"");
   EXPECT_EQ(result.output, at("desk/tmp") + "\n");
 }
@@ -211,7 +209,7 @@ TEST_F(Boundary, KeepsRealTimePriorityThatTheUserHas) {
             run({"chrt", "-f", "1", "true"}).exit_status());
 }
 
-TEST_F(Boundary, HoldsInsideABoundary) {
+TEST_F(Boundary, AppliesInsideBoundary) {
   const std::string inner = own_launcher + " run " + at("desk") + " -- ";
   EXPECT_EQ(run_shell(inner + CALLS_THE_HOST " umount2").output, "umount2 EPERM\n");
   EXPECT_EQ(run_shell(inner + "sh -c 'echo x >" + at("desk/on-board") + "'").exit_status(), 0);
@@ -234,7 +232,7 @@ TEST_F(Boundary, LetsLocalSocketsBeUsedWhenAsked) {
   EXPECT_EQ(run_on_board({CALLS_THE_HOST, "local-socket"}, {"--local-sockets"}).output, "local-socket 0\n");
 }
 
-TEST_F(Boundary, HoldsForAnOrdinaryUser) {
+TEST_F(Boundary, AppliesToOrdinaryUser) {
   if (::geteuid() != 0)
     GTEST_SKIP() << "all these tests run as one";
   words command = ordinary_user;
@@ -247,7 +245,7 @@ TEST_F(Boundary, HoldsForAnOrdinaryUser) {
 // --- what is told ---
 
 TEST_F(Boundary, ExplainsEachPart) {
-  const std::string text = explanation({"--writable", at("named")});
+  const std::string text = checked_explanation({"--writable", at("named")});
   for (const char *part :
        {"capabilities", "privileges", "system calls", "local sockets", "tracing", "signals", "unconfined"})
     EXPECT_THAT("\n" + text, HasSubstr("\n" + std::string{part} + " "));
@@ -258,7 +256,7 @@ TEST_F(Boundary, ExplainsEachPart) {
     EXPECT_THAT(text, HasSubstr(line));
 }
 
-TEST_F(Boundary, RunRejectsWrongUsage) {
+TEST_F(Boundary, RejectsInvalidUsage) {
   EXPECT_EQ(launch({"run", "--explain"}).exit_status(), 2);
   EXPECT_EQ(launch({"run", at("desk"), "--writable"}).exit_status(), 2);
   EXPECT_EQ(launch({"run", at("desk"), "--eat", "--", "true"}).exit_status(), 2);
@@ -267,7 +265,8 @@ TEST_F(Boundary, RunRejectsWrongUsage) {
 
 // --- older kernels ---
 
-/// A part of the boundary that a kernel lacks: this system call fails, if its first argument has this value.
+/// A part of the boundary that a kernel lacks: this system call fails, if its first argument has
+/// this value.
 struct missing {
   long call;
   int error;
@@ -313,10 +312,10 @@ enum class user { same, ordinary };
       ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 ||
       ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program, 0, 0) != 0)
     ::_exit(126);
-  dravik::test::become(command, output, errors);
+  become(command, output, errors);
 }
 
-/// Runs a command as on a kernel without these parts.
+/// Run a command as on a kernel without these parts.
 outcome run_without(std::span<const missing> parts, const words &command, user who = user::same) {
   outcome result;
   FILE *output = std::tmpfile();
@@ -363,3 +362,4 @@ TEST_F(Boundary, ExplainsWhatIsMissing) {
 }
 
 } // namespace
+} // namespace dravik::test

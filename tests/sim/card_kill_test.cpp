@@ -83,7 +83,7 @@ protected:
   }
 
   /// Kill an action wherever that leaves something else than a kill before.
-  void kill_everywhere(const words &action) {
+  void kill_and_expect_files(const words &action) {
     const std::vector<traced_call> stops = run_to_the_end(action, calls::changing);
     expect_only_harmless_calls_left_out(run_to_the_end(action, calls::all), stops);
     const std::vector<kill_point> points = points_to_kill_at(action);
@@ -269,40 +269,40 @@ protected:
   std::string copy_ = place_of_copies() + files::path{board_.path()}.filename().string() + ".copy";
 };
 
-TEST_F(SimCardKilled, UnmountKeepsEveryFile) {
+TEST_F(SimCardKilled, KeepsEveryFileOnUnmount) {
   write_files();
   change_files();
-  kill_everywhere({"umount"});
+  kill_and_expect_files({"umount"});
 }
 
-TEST_F(SimCardKilled, MountKeepsEveryFile) {
+TEST_F(SimCardKilled, KeepsEveryFileOnMount) {
   write_files();
   unmount();
-  kill_everywhere({"mount"});
+  kill_and_expect_files({"mount"});
 }
 
-TEST_F(SimCardKilled, InKeepsEveryFile) {
+TEST_F(SimCardKilled, KeepsEveryFileOnIn) {
   write_files();
   take_out();
-  kill_everywhere({"in"});
+  kill_and_expect_files({"in"});
 }
 
-TEST_F(SimCardKilled, OutKeepsEveryFile) {
+TEST_F(SimCardKilled, KeepsEveryFileOnOut) {
   write_files();
   change_files();
-  kill_everywhere({"out"});
+  kill_and_expect_files({"out"});
 }
 
-TEST_F(SimCardKilled, RestartKeepsEveryFile) {
+TEST_F(SimCardKilled, KeepsEveryFileOnRestart) {
   write_files();
   change_files();
-  kill_everywhere({"restart"});
+  kill_and_expect_files({"restart"});
 }
 
-TEST_F(SimCardKilled, CheckKeepsEveryFile) {
+TEST_F(SimCardKilled, KeepsEveryFileOnCheck) {
   write_files();
   unmount();
-  kill_everywhere({"check", "-a"});
+  kill_and_expect_files({"check", "-a"});
 }
 
 /// A format leaves all files or an empty file system.
@@ -315,7 +315,7 @@ protected:
 TEST_F(SimCardKilledFormat, LeavesAllFilesOrNone) {
   write_files();
   unmount();
-  kill_everywhere({"format", "-F", "32"});
+  kill_and_expect_files({"format", "-F", "32"});
 }
 
 } // namespace

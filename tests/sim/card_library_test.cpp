@@ -22,17 +22,16 @@ protected:
   static int status() {
     uint8_t status = 0;
     sd_card_check(&status);
-    return status & ~0x40;
+    return status & ~DRAVIK_CARD_LOCKED;
   }
   void expect_restart(int32_t (*repair)()) const {
     EXPECT_EXIT(repair(), ExitedWithCode(75), "reboot: board reboots");
   }
-  static constexpr int healthy = 0xBC;
   static constexpr uint32_t sectors = 600 * 2048;
 };
 
 TEST_F(SimCardInUse, IsHealthyAndOfItsSize) {
-  EXPECT_EQ(status(), healthy);
+  EXPECT_EQ(status(), DRAVIK_CARD_HEALTHY);
   uint32_t told = 0;
   EXPECT_EQ(sd_card_get_raw_size(&told), 600);
   EXPECT_EQ(told, sectors);
@@ -45,7 +44,7 @@ TEST_F(SimCardInUse, IsHealthyAndOfItsSize) {
   EXPECT_EQ(sd_card_get_free_space(), 498);
 }
 
-TEST_F(SimCardInUse, OutOfTheSlotEveryScanSaysSo) {
+TEST_F(SimCardInUse, ReportsRemovalInEveryScan) {
   take_out();
   EXPECT_EQ(status(), 0x00);
   EXPECT_EQ(sd_card_check_plugin(), -1);
@@ -57,15 +56,15 @@ TEST_F(SimCardInUse, OutOfTheSlotEveryScanSaysSo) {
   rec_file_list list;
   EXPECT_EQ(parse_rec_file_list(&list), -1);
   put_in();
-  EXPECT_EQ(status(), healthy);
+  EXPECT_EQ(status(), DRAVIK_CARD_HEALTHY);
 }
 
-TEST_F(SimCardInUse, LockedIsNotWritable) {
+TEST_F(SimCardInUse, ReportsLockedAsNotWritable) {
   put_in(sim::card_lock::on);
-  EXPECT_EQ(status(), 0xB8);
+  EXPECT_EQ(status(), DRAVIK_CARD_HEALTHY & ~DRAVIK_CARD_WRITABLE);
 }
 
-TEST_F(SimCardInUse, RecordingsOnTheCardAreFound) {
+TEST_F(SimCardInUse, FindsRecordings) {
   take_out();
   board_.write("film", std::string(5 << 20, 'f'));
   said_by_mtools("mmd", {"::/REC"});
@@ -80,7 +79,7 @@ TEST_F(SimCardInUse, RecordingsOnTheCardAreFound) {
   EXPECT_EQ(list.event_oldest, 1);
 }
 
-TEST_F(SimCardInUse, CheckOfASoundCardChangesNothing) {
+TEST_F(SimCardInUse, ChangesNothingOnCheckOfSoundCard) {
   board_.write("tmp/mmcblk0p1/REC/KVX00001.TS", "film");
   EXPECT_EQ(sd_card_check_fs(), 0);
   EXPECT_EQ(board_.read("tmp/debugfs"), "ret : 0\nret : 0\nret : 0\n");
@@ -88,43 +87,43 @@ TEST_F(SimCardInUse, CheckOfASoundCardChangesNothing) {
                                            "shell: /usr/local/bin/dosfsck -a /dev/mmcblk0p1",
                                            "shell: mount /dev/mmcblk0p1 /tmp/mmcblk0p1"));
   EXPECT_EQ(board_.read("tmp/mmcblk0p1/REC/KVX00001.TS"), "film");
-  EXPECT_EQ(status(), healthy);
+  EXPECT_EQ(status(), DRAVIK_CARD_HEALTHY);
 }
 
-TEST_F(SimCardInUse, DamagedCardIsFoundUnhealthyAndRepaired) {
+TEST_F(SimCardInUse, RepairsDamagedCard) {
   board_.write("tmp/mmcblk0p1/film", std::string(20000, 'd'));
   take_out();
   const off_t table = 16384 + static_cast<uint8_t>(bytes_of_image(16384 + 14, 1)[0]) * 512;
   change_image(table + 16, {"\4\0\0\0", 4}); // the second cluster of the film is followed by itself
-  said_by_fsck(1);
+  checked_output_of_fsck(1);
   put_in();
-  EXPECT_EQ(status(), 0xB8);
+  EXPECT_EQ(status(), DRAVIK_CARD_HEALTHY & ~DRAVIK_CARD_WRITABLE);
   EXPECT_EQ(sd_card_check_fs(), 0);
   EXPECT_EQ(board_.read("tmp/debugfs"), "ret : 0\nret : 256\nret : 0\n");
-  EXPECT_EQ(status(), healthy);
+  EXPECT_EQ(status(), DRAVIK_CARD_HEALTHY);
   take_out();
-  said_by_fsck(0);
+  checked_output_of_fsck(0);
 }
 
-TEST_F(SimCardInUse, FormatLeavesAnEmptyFat32FileSystemMounted) {
+TEST_F(SimCardInUse, FormatsEmptyFat32AndMountsIt) {
   board_.write("tmp/mmcblk0p1/REC/KVX00001.TS", "film");
   expect_restart([] { return sd_card_format(); });
   EXPECT_THAT(board_.events(), ElementsAre("shell: /bin/umount /dev/mmcblk0p1",
                                            "shell: /sbin/mkfs.vfat /dev/mmcblk0p1", "shell: /sbin/reboot"));
   EXPECT_FALSE(board_.exists("tmp/mmcblk0p1/REC"));
-  EXPECT_EQ(status(), healthy);
+  EXPECT_EQ(status(), DRAVIK_CARD_HEALTHY);
   take_out();
   expect_no_files_on_card();
   EXPECT_EQ(bytes_of_image(16384 + 82, 8), "FAT32   ");
-  EXPECT_THAT(said_by_fsck(), HasSubstr(": 0 files, 1/"));
+  EXPECT_THAT(checked_output_of_fsck(), HasSubstr(": 0 files, 1/"));
 }
 
-TEST_F(SimCardInUse, NewPartitionTableOfABlankCardAndItsFormat) {
+TEST_F(SimCardInUse, PartitionsAndFormatsBlankCard) {
   take_out();
   ASSERT_EQ(::truncate(image().c_str(), 0), 0);
   ASSERT_EQ(::truncate(image().c_str(), off_t{sectors} * 512), 0);
   put_in();
-  EXPECT_EQ(status(), 0x80);
+  EXPECT_EQ(status(), DRAVIK_CARD_PRESENT);
 
   expect_restart([] { return sd_card_create_part(SimCardInUse::sectors); });
   EXPECT_THAT(board_.events(),
@@ -132,36 +131,38 @@ TEST_F(SimCardInUse, NewPartitionTableOfABlankCardAndItsFormat) {
   // One entry: no start-up flag, head 1 sector 1, type 0B, sectors 32 to 1228800; then three empty ones
   EXPECT_EQ(bytes_of_image(446, 66), std::string("\0\1\1\0\x0B\0\0\0\x20\0\0\0\xE0\xBF\x12\0", 16) +
                                          std::string(48, '\0') + "\x55\xAA");
-  EXPECT_THAT(said_by({"/usr/sbin/sfdisk", "-d", image()}),
+  EXPECT_THAT(checked_output({"/usr/sbin/sfdisk", "-d", image()}),
               HasSubstr(": start=          32, size=     1228768, type=b\n"));
   EXPECT_EQ(std::filesystem::file_size(image()), uint64_t{sectors} * 512);
-  EXPECT_EQ(status(), 0xA0);
+  EXPECT_EQ(status(), DRAVIK_CARD_PRESENT | DRAVIK_CARD_PARTITIONED);
 
   expect_restart([] { return sd_card_format(); });
-  EXPECT_EQ(status(), healthy);
+  EXPECT_EQ(status(), DRAVIK_CARD_HEALTHY);
 }
 
-TEST_F(SimCardInUse, NewPartitionTableOfAHealthyCardKeepsItsFiles) {
+TEST_F(SimCardInUse, KeepsFilesOfHealthyCardOnPartition) {
   board_.write("tmp/mmcblk0p1/REC/KVX00001.TS", "film");
   expect_restart([] { return sd_card_create_part(SimCardInUse::sectors); });
-  EXPECT_EQ(status(), healthy);
+  EXPECT_EQ(status(), DRAVIK_CARD_HEALTHY);
   EXPECT_EQ(board_.read("tmp/mmcblk0p1/REC/KVX00001.TS"), "film");
 }
 
-TEST_F(SimCardInUse, PartitionTableCountsFromTheNextRestartOn) {
+TEST_F(SimCardInUse, UsesPartitionTableAfterNextRestart) {
   board_.write("tmp/mbr.img", std::string(512, '\0'));
   EXPECT_EQ(run_command("/bin/dd if=/tmp/mbr.img of=/dev/mmcblk0 2>/dev/null"), 0);
-  EXPECT_EQ(status() & 0x30, 0x30) << "the kernel still knows the partition";
+  EXPECT_EQ(status() & (DRAVIK_CARD_PARTITIONED | DRAVIK_CARD_MOUNTED),
+            DRAVIK_CARD_PARTITIONED | DRAVIK_CARD_MOUNTED)
+      << "the kernel still knows the partition";
   expect_restart([] { return static_cast<int32_t>(std::system("/sbin/reboot")); });
-  EXPECT_EQ(status(), 0x80);
+  EXPECT_EQ(status(), DRAVIK_CARD_PRESENT);
 }
 
-TEST_F(SimCardInUse, OnlyPartitionType0BIsHealthy) {
+TEST_F(SimCardInUse, ReportsOnlyPartitionType0BAsHealthy) {
   change_image(450, "\x0C");
-  EXPECT_EQ(status(), 0xB4);
+  EXPECT_EQ(status(), DRAVIK_CARD_HEALTHY & ~DRAVIK_CARD_FAT32);
 }
 
-TEST_F(SimCardInUse, SplashLanguageIsThatOfTheSettings) {
+TEST_F(SimCardInUse, ReadsSplashLanguageOfSettings) {
   board_.set("splash_language", "de");
   char language[3];
   EXPECT_EQ(get_splash_lang(language), 0);

@@ -47,7 +47,7 @@ protected:
   }
 
   /// What a program of the host says of the card.
-  std::string said_by(const words &command, int expected_status = 0) const {
+  std::string checked_output(const words &command, int expected_status = 0) const {
     const std::string output = board_.path("said");
     EXPECT_EQ(run_program(command, output), expected_status) << command.front();
     return board_.read("said");
@@ -56,9 +56,9 @@ protected:
   std::string said_by_mtools(const std::string &tool, const words &arguments, int expected_status = 0) const {
     words command = {"env", "LC_ALL=C.UTF-8", "MTOOLS_SKIP_CHECK=1", tool, "-i", image() + "@@16384"};
     command.insert(command.end(), arguments.begin(), arguments.end());
-    return said_by(command, expected_status);
+    return checked_output(command, expected_status);
   }
-  /// Every file and folder on the card: "::/REC/", "::/REC/KVX00001.TS".
+  /// Every file and directory on the card: "::/REC/", "::/REC/KVX00001.TS".
   std::string files_on_card() const { return said_by_mtools("mdir", {"-/", "-a", "-b", "::"}); }
   /// Of a card without any, mdir -/ says that it found no file.
   void expect_no_files_on_card() const { EXPECT_EQ(said_by_mtools("mdir", {"-a", "-b", "::"}), ""); }
@@ -66,11 +66,11 @@ protected:
 
   /// What fsck.fat says of the file system at sector 32, of which it only looks at a copy: of the first 8
   /// MiB, where all is that matters, and of nothing as far as the card goes.
-  std::string said_by_fsck(int expected_status = 0) const {
+  std::string checked_output_of_fsck(int expected_status = 0) const {
     const std::string partition = board_.path("partition");
     EXPECT_EQ(run_program({"dd", "if=" + image(), "of=" + partition, "bs=16384", "skip=1", "count=512"}), 0);
     std::filesystem::resize_file(partition, std::filesystem::file_size(image()) - 16384);
-    return said_by({"/usr/sbin/fsck.fat", "-n", partition}, expected_status);
+    return checked_output({"/usr/sbin/fsck.fat", "-n", partition}, expected_status);
   }
 
   std::string bytes_of_image(off_t offset, size_t length) const {

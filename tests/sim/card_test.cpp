@@ -24,27 +24,27 @@ using testing::StartsWith;
 
 // --- a new card ---
 
-TEST_F(SimCard, NewCardHasOnePartitionForFat32FromSector32) {
-  const std::string table = said_by({"/usr/sbin/sfdisk", "-d", image()});
+TEST_F(SimCard, HasOneFat32PartitionFromSector32IfNew) {
+  const std::string table = checked_output({"/usr/sbin/sfdisk", "-d", image()});
   EXPECT_THAT(table, HasSubstr("label: dos\n"));
   EXPECT_THAT(table, HasSubstr(": start=          32, size=      131040, type=b\n"));
   EXPECT_EQ(table.find("mmcblk02"), std::string::npos);
 }
 
-TEST_F(SimCard, NewCardHasASoundAndEmptyFat32FileSystem) {
-  EXPECT_THAT(said_by_fsck(), HasSubstr(": 0 files, 1/"));
+TEST_F(SimCard, HasSoundEmptyFat32FileSystemIfNew) {
+  EXPECT_THAT(checked_output_of_fsck(), HasSubstr(": 0 files, 1/"));
   EXPECT_EQ(bytes_of_image(16384 + 82, 8), "FAT32   ");
   expect_no_files_on_card();
 }
 
-TEST_F(SimCard, NewCardTakesLittleRoomOnTheHost) {
+TEST_F(SimCard, TakesLittleSpaceOnHostIfNew) {
   struct stat status;
   ASSERT_EQ(::stat(image().c_str(), &status), 0);
   EXPECT_EQ(status.st_size, 64 << 20);
   EXPECT_LT(status.st_blocks * 512, 4 << 20);
 }
 
-TEST_F(SimCard, KernelTellsOfACardInTheSlot) {
+TEST_F(SimCard, IsReportedByKernelIfInserted) {
   EXPECT_EQ(board_.read("sys/block/mmcblk0/size"), "131072\n");
   EXPECT_EQ(board_.read("sys/block/mmcblk0/mmcblk0p1/start"), "32\n");
   EXPECT_EQ(board_.read("sys/block/mmcblk0/mmcblk0p1/size"), "131040\n");
@@ -54,7 +54,7 @@ TEST_F(SimCard, KernelTellsOfACardInTheSlot) {
   EXPECT_THAT(mount_line(), StartsWith("/dev/mmcblk0p1 /tmp/mmcblk0p1 vfat rw,"));
 }
 
-TEST_F(SimCard, ActionsFollowNoLinksOutOfTheBoard) {
+TEST_F(SimCard, FollowsNoLinksOutOfBoard) {
   namespace files = std::filesystem;
   const files::path outside = board_.path() + ".outside";
   files::create_directory(outside);
@@ -80,7 +80,7 @@ TEST_F(SimCard, ActionsFollowNoLinksOutOfTheBoard) {
   files::remove_all(outside);
 }
 
-TEST_F(SimCard, OnlyOneCardABoard) {
+TEST_F(SimCard, ExistsOncePerBoard) {
   std::string error;
   EXPECT_FALSE(sim::make_card(board_.path(), 64, error));
   EXPECT_THAT(error, HasSubstr("already has a memory card"));
@@ -88,7 +88,7 @@ TEST_F(SimCard, OnlyOneCardABoard) {
 
 // --- out and in ---
 
-TEST_F(SimCard, KernelTellsOfAnEmptySlot) {
+TEST_F(SimCard, IsNotReportedByKernelIfRemoved) {
   take_out();
   EXPECT_FALSE(board_.exists("dev/mmcblk0"));
   EXPECT_FALSE(board_.exists("dev/mmcblk0p1"));
@@ -97,7 +97,7 @@ TEST_F(SimCard, KernelTellsOfAnEmptySlot) {
   EXPECT_EQ(board_.read("proc/mounts"), "rootfs / rootfs rw 0 0\n");
 }
 
-TEST_F(SimCard, FilesGoOutAndComeInWithTheCard) {
+TEST_F(SimCard, TakesFilesOutAndIn) {
   board_.write("tmp/mmcblk0p1/REC/KVX00001.TS", "film");
   take_out();
   EXPECT_FALSE(board_.exists("tmp/mmcblk0p1/REC"));
@@ -107,7 +107,7 @@ TEST_F(SimCard, FilesGoOutAndComeInWithTheCard) {
   EXPECT_EQ(board_.read("tmp/mmcblk0p1/REC/KVX00001.TS"), "film");
 }
 
-TEST_F(SimCard, TakingOutTwiceAndPuttingInTwiceIsNoHarm) {
+TEST_F(SimCard, AllowsSecondOutAndIn) {
   take_out();
   take_out();
   put_in();
@@ -116,7 +116,7 @@ TEST_F(SimCard, TakingOutTwiceAndPuttingInTwiceIsNoHarm) {
   EXPECT_TRUE(board_.exists("tmp/mmcblk0p1/kept"));
 }
 
-TEST_F(SimCard, CardWithoutAPartitionIsInButNotMounted) {
+TEST_F(SimCard, IsUnmountedWithoutPartition) {
   take_out();
   change_image(0, std::string(512, '\0'));
   put_in();
@@ -128,7 +128,7 @@ TEST_F(SimCard, CardWithoutAPartitionIsInButNotMounted) {
   EXPECT_EQ(run_command("mount /dev/mmcblk0p1 /tmp/mmcblk0p1"), 32);
 }
 
-TEST_F(SimCard, CardWithoutAFileSystemIsInButNotMounted) {
+TEST_F(SimCard, IsUnmountedWithoutFileSystem) {
   take_out();
   change_image(16384, std::string(512, '\0'));
   put_in();
@@ -137,7 +137,7 @@ TEST_F(SimCard, CardWithoutAFileSystemIsInButNotMounted) {
   EXPECT_EQ(run_command("mount /dev/mmcblk0p1 /tmp/mmcblk0p1"), 32);
 }
 
-TEST_F(SimCard, PartitionEndsWithTheCard) {
+TEST_F(SimCard, EndsPartitionWithCard) {
   take_out();
   change_image(458, {"\xFF\xFF\xFF\x7F", 4});
   put_in();
@@ -146,7 +146,7 @@ TEST_F(SimCard, PartitionEndsWithTheCard) {
 
 // --- the switch ---
 
-TEST_F(SimCard, LockedCardIsMountedReadOnly) {
+TEST_F(SimCard, MountsLockedCardReadOnly) {
   board_.write("tmp/mmcblk0p1/kept", "bytes");
   put_in(card_lock::on);
   EXPECT_THAT(mount_line(), StartsWith("/dev/mmcblk0p1 /tmp/mmcblk0p1 vfat ro,"));
@@ -159,7 +159,7 @@ TEST_F(SimCard, LockedCardIsMountedReadOnly) {
   EXPECT_EQ(board_.read("gpio/68"), "0\n");
 }
 
-TEST_F(SimCard, FilesOfAReadOnlyMountCannotBeWritten) {
+TEST_F(SimCard, RejectsWritesToReadOnlyMount) {
   board_.write("tmp/mmcblk0p1/kept", "bytes");
   put_in(card_lock::on);
   const auto expect_refusal = [](int result) {
@@ -175,14 +175,14 @@ TEST_F(SimCard, FilesOfAReadOnlyMountCannotBeWritten) {
   EXPECT_EQ(board_.read("tmp/mmcblk0p1/kept"), "bytes");
 }
 
-TEST_F(SimCard, WhatIsForcedOntoAReadOnlyMountIsNotOnTheCard) {
+TEST_F(SimCard, DropsFilesForcedOntoReadOnlyMount) {
   put_in(card_lock::on);
   board_.write("tmp/mmcblk0p1/forced", "");
   take_out();
   expect_no_files_on_card();
 }
 
-TEST_F(SimCard, LockedCardIsNeitherFormattedNorRepaired) {
+TEST_F(SimCard, RejectsFormatAndRepairOfLockedCard) {
   board_.write("tmp/mmcblk0p1/kept", "");
   put_in(card_lock::on);
   unmount();
@@ -194,7 +194,7 @@ TEST_F(SimCard, LockedCardIsNeitherFormattedNorRepaired) {
 
 // --- mounting and unmounting ---
 
-TEST_F(SimCard, UnmountBringsWhatIsNewToTheCard) {
+TEST_F(SimCard, CopiesNewFilesOnUnmount) {
   board_.write("tmp/mmcblk0p1/REC/deep/er/KVX00001.TS", std::string(100000, 'f'));
   board_.write("tmp/mmcblk0p1/empty", "");
   std::filesystem::create_directories(board_.path("tmp/mmcblk0p1/folder"));
@@ -204,10 +204,10 @@ TEST_F(SimCard, UnmountBringsWhatIsNewToTheCard) {
   EXPECT_EQ(files_on_card(), "::/REC/\n::/empty\n::/folder/\n::/REC/deep/\n::/REC/deep/er/\n"
                              "::/REC/deep/er/KVX00001.TS\n");
   EXPECT_EQ(file_on_card("REC/deep/er/KVX00001.TS"), std::string(100000, 'f'));
-  EXPECT_THAT(said_by_fsck(), HasSubstr(" files, "));
+  EXPECT_THAT(checked_output_of_fsck(), HasSubstr(" files, "));
 }
 
-TEST_F(SimCard, UnmountBringsChangesAndRemovalsToTheCard) {
+TEST_F(SimCard, CopiesChangesAndRemovalsOnUnmount) {
   for (const char *name : {"changed", "removed", "renamed", "REC/kept", "REC/removed"})
     board_.write(std::string{"tmp/mmcblk0p1/"} + name, name);
   unmount();
@@ -223,10 +223,10 @@ TEST_F(SimCard, UnmountBringsChangesAndRemovalsToTheCard) {
   const std::string files = files_on_card();
   EXPECT_EQ(files.find("removed"), std::string::npos) << files;
   EXPECT_EQ(files.find("renamed"), std::string::npos) << files;
-  said_by_fsck();
+  checked_output_of_fsck();
 }
 
-TEST_F(SimCard, MountShowsWhatOthersPutOnTheCard) {
+TEST_F(SimCard, ShowsFilesOfOthersOnMount) {
   take_out();
   board_.write("film", "of another program");
   said_by_mtools("mmd", {"::/REC"});
@@ -251,7 +251,7 @@ TEST_F(SimCard, NamesComeThroughUnchanged) {
   expect_no_files_on_card();
 }
 
-TEST_F(SimCard, TimesOfFilesComeThroughToTwoSeconds) {
+TEST_F(SimCard, KeepsFileTimesToTwoSeconds) {
   board_.write("tmp/mmcblk0p1/film", "");
   const timespec times[2] = {{1700000001, 0}, {1700000001, 0}};
   ASSERT_EQ(::utimensat(AT_FDCWD, board_.path("tmp/mmcblk0p1/film").c_str(), times, 0), 0);
@@ -262,7 +262,7 @@ TEST_F(SimCard, TimesOfFilesComeThroughToTwoSeconds) {
   EXPECT_EQ(status.st_mtime / 2, 1700000001 / 2);
 }
 
-TEST_F(SimCard, MountHidesWhatWasInTheFolder) {
+TEST_F(SimCard, HidesDirectoryOnMount) {
   take_out();
   board_.write("tmp/mmcblk0p1/of the board", "");
   put_in();
@@ -274,7 +274,7 @@ TEST_F(SimCard, MountHidesWhatWasInTheFolder) {
   EXPECT_EQ(files_on_card(), "::/of the card\n");
 }
 
-TEST_F(SimCard, SecondMountAndSecondUnmountFail) {
+TEST_F(SimCard, RejectsSecondMountAndSecondUnmount) {
   EXPECT_EQ(run_command("mount /dev/mmcblk0p1 /tmp/mmcblk0p1"), 32);
   unmount();
   EXPECT_EQ(run_command("/bin/umount /dev/mmcblk0p1"), 32);
@@ -283,7 +283,7 @@ TEST_F(SimCard, SecondMountAndSecondUnmountFail) {
   EXPECT_EQ(run_command("umount -l /tmp/mmcblk0p1"), 0);
 }
 
-TEST_F(SimCard, CallsMountAndUnmountTheCardAsTheCommandsDo) {
+TEST_F(SimCard, MountsByCallsAsByCommands) {
   EXPECT_EQ(::umount("/tmp/mmcblk0p1"), 0);
   EXPECT_EQ(mount_line(), "");
   EXPECT_EQ(::umount2("/tmp/mmcblk0p1", 0), -1);
@@ -292,7 +292,7 @@ TEST_F(SimCard, CallsMountAndUnmountTheCardAsTheCommandsDo) {
   EXPECT_THAT(mount_line(), HasSubstr(" vfat ro,"));
 }
 
-TEST_F(SimCard, WhatDoesNotFitStaysMounted) {
+TEST_F(SimCard, StaysMountedIfFilesDoNotFit) {
   board_.write("tmp/mmcblk0p1/small", "bytes");
   board_.write("tmp/mmcblk0p1/large", "");
   std::filesystem::resize_file(board_.path("tmp/mmcblk0p1/large"), 65 << 20);
@@ -304,7 +304,7 @@ TEST_F(SimCard, WhatDoesNotFitStaysMounted) {
   EXPECT_EQ(files_on_card(), "::/small\n");
 }
 
-TEST_F(SimCard, ListWrittenByHandIsUnmountedWithoutACard) {
+TEST_F(SimCard, UnmountsListWithoutCard) {
   take_out();
   board_.write("proc/mounts", "rootfs / rootfs rw 0 0\n/dev/mmcblk0p1 /tmp/mmcblk0p1 vfat rw 0 0\n");
   board_.write("tmp/mmcblk0p1/kept", "");
@@ -384,7 +384,7 @@ TEST_F(SimCard, DetachesACardWhoseFilesAreInUse) {
   }
 }
 
-TEST_F(SimCard, IsTakenOutAlsoWhileItsFilesAreInUse) {
+TEST_F(SimCard, IsRemovedWhileFilesAreInUse) {
   board_.write("tmp/mmcblk0p1/film", "film");
   const int file = ::open("/tmp/mmcblk0p1/film", O_RDONLY);
   take_out();
@@ -413,51 +413,51 @@ TEST_F(SimCard, KeepsFilesWhoseDirectoryWasRemovedAsAWhole) {
 
 class SimCardRestart : public SimCard {
 protected:
-  void restart() const {
+  void expect_restart() const {
     std::string warning;
     EXPECT_TRUE(sim::restart_card(board_.path(), warning)) << warning;
   }
 };
 
-TEST_F(SimCardRestart, OfACardOverwrittenByZerosKeepsTheFilesInTheDirectory) {
+TEST_F(SimCardRestart, KeepsFilesOfOverwrittenCard) {
   board_.write("tmp/mmcblk0p1/old", "old");
   unmount();
   board_.write("tmp/mmcblk0p1/of the board", "below");
   mount();
   board_.write("tmp/mmcblk0p1/new", "new");
   EXPECT_EQ(run_command("dd if=/dev/zero of=/dev/mmcblk0 bs=65536 count=64 conv=notrunc 2> /dev/null"), 0);
-  restart();
+  expect_restart();
   EXPECT_EQ(mount_line(), "");
   EXPECT_FALSE(board_.exists("dev/mmcblk0p1"));
   for (const auto &[name, contents] : {std::pair{"old", "old"}, {"new", "new"}, {"of the board", "below"}})
     EXPECT_EQ(board_.read(std::string{"tmp/mmcblk0p1/"} + name), contents);
-  restart();
+  expect_restart();
   take_out();
   put_in();
   EXPECT_EQ(board_.read("tmp/mmcblk0p1/old"), "old");
 }
 
-TEST_F(SimCardRestart, OfACardWithoutItsTablesKeepsTheFilesInTheDirectory) {
+TEST_F(SimCardRestart, KeepsFilesOfCardWithoutTables) {
   board_.write("tmp/mmcblk0p1/old", "old");
   unmount();
   mount();
   change_image(16384 + 512, std::string(2 << 20, '\0')); // all of the file system but its first sector
-  restart();
+  expect_restart();
   EXPECT_EQ(board_.read("tmp/mmcblk0p1/old"), "old");
 }
 
-TEST_F(SimCardRestart, OfAnOverfullCardLeavesItMounted) {
+TEST_F(SimCardRestart, LeavesOverfullCardMounted) {
   board_.write("tmp/mmcblk0p1/large", "");
   std::filesystem::resize_file(board_.path("tmp/mmcblk0p1/large"), 65 << 20);
-  restart();
+  expect_restart();
   EXPECT_NE(mount_line(), "");
   EXPECT_TRUE(board_.exists("tmp/mmcblk0p1/large"));
   board_.remove("tmp/mmcblk0p1/large");
-  restart();
+  expect_restart();
   EXPECT_NE(mount_line(), "");
 }
 
-TEST_F(SimCardRestart, OfACardThatOthersWroteToKeepsTheirFilesToo) {
+TEST_F(SimCardRestart, KeepsFilesThatOthersWrote) {
   board_.write("tmp/mmcblk0p1/REC/old", "old");
   board_.write("tmp/mmcblk0p1/removed", "");
   unmount();
@@ -466,7 +466,7 @@ TEST_F(SimCardRestart, OfACardThatOthersWroteToKeepsTheirFilesToo) {
   board_.write("tmp/mmcblk0p1/REC/new", "new");
   board_.write("film", "film");
   said_by_mtools("mcopy", {board_.path("film"), "::/REC/"});
-  restart();
+  expect_restart();
   for (const std::string name : {"old", "new", "film"})
     EXPECT_EQ(board_.read("tmp/mmcblk0p1/REC/" + name), name);
   EXPECT_FALSE(board_.exists("tmp/mmcblk0p1/removed"));
@@ -518,7 +518,7 @@ TEST_F(SimCard, KeepsDataBetweenHoles) {
 
 // --- the application's environment ---
 
-/// Sets a variable while it lives.
+/// Set a variable while it lives.
 class changed_variable {
 public:
   changed_variable(const char *name, const char *value) : name_(name) {
@@ -590,7 +590,7 @@ std::pair<uint64_t, uint64_t> clusters_in(const std::string &report) {
   return {std::stoull(report.substr(used)), std::stoull(report.substr(slash + 1))};
 }
 
-TEST_F(SimCard, RoomIsWhatTheFileSystemHas) {
+TEST_F(SimCard, HasSpaceOfFileSystem) {
   for (int i = 0; i < 40; ++i)
     board_.write("tmp/mmcblk0p1/REC/a long name number " + std::to_string(i), std::string(1000, 'x'));
   for (int i = 10; i < 50; ++i) {
@@ -601,7 +601,7 @@ TEST_F(SimCard, RoomIsWhatTheFileSystemHas) {
   struct statfs told;
   ASSERT_EQ(::statfs("/tmp/mmcblk0p1", &told), 0);
   unmount();
-  const auto [used, all] = clusters_in(said_by_fsck());
+  const auto [used, all] = clusters_in(checked_output_of_fsck());
   const auto cluster_bytes = static_cast<uint8_t>(bytes_of_image(16384 + 13, 1)[0]) * 512;
   EXPECT_EQ(told.f_bsize, cluster_bytes);
   EXPECT_EQ(told.f_frsize, cluster_bytes);
@@ -611,7 +611,7 @@ TEST_F(SimCard, RoomIsWhatTheFileSystemHas) {
   EXPECT_EQ(told.f_type, 0x4D44);
 }
 
-TEST_F(SimCard, EveryCallTellsTheSameRoom) {
+TEST_F(SimCard, ReportsSameSpaceInEveryCall) {
   board_.write("tmp/mmcblk0p1/REC/film", std::string(5000, 'x'));
   struct statfs expected;
   ASSERT_EQ(::statfs("/tmp/mmcblk0p1", &expected), 0);
@@ -636,7 +636,7 @@ TEST_F(SimCard, EveryCallTellsTheSameRoom) {
   ::close(folder);
 }
 
-TEST_F(SimCard, WithoutACardTheFolderHasTheHostsRoom) {
+TEST_F(SimCard, HasSpaceOfHostWithoutCard) {
   struct statfs host;
   struct statfs told;
   ASSERT_EQ(::statfs(board_.path("proc").c_str(), &host), 0);
@@ -646,7 +646,7 @@ TEST_F(SimCard, WithoutACardTheFolderHasTheHostsRoom) {
   EXPECT_EQ(::statfs("/tmp/mmcblk0p1/absent", &told), -1);
 }
 
-TEST_F(SimCard, OverfullCardHasNoRoom) {
+TEST_F(SimCard, HasNoSpaceIfOverfull) {
   board_.write("tmp/mmcblk0p1/large", "");
   std::filesystem::resize_file(board_.path("tmp/mmcblk0p1/large"), 65 << 20);
   struct statfs told;
@@ -656,7 +656,7 @@ TEST_F(SimCard, OverfullCardHasNoRoom) {
 
 // --- the partition as a device ---
 
-TEST_F(SimCard, PartitionIsReadAsItStands) {
+TEST_F(SimCard, ReadsPartitionUnchanged) {
   const int device = ::open("/dev/mmcblk0p1", O_RDONLY);
   ASSERT_GE(device, 0);
   EXPECT_EQ(::lseek(device, 0, SEEK_END), off_t{131040} * 512);
@@ -666,7 +666,7 @@ TEST_F(SimCard, PartitionIsReadAsItStands) {
   ::close(device);
 }
 
-TEST_F(SimCard, PartitionIsNotWritten) {
+TEST_F(SimCard, RejectsWritesToPartition) {
   EXPECT_EQ(::open("/dev/mmcblk0p1", O_RDWR), -1);
   EXPECT_EQ(errno, EROFS);
   EXPECT_EQ(std::fopen("/dev/mmcblk0p1", "w"), nullptr);
@@ -701,7 +701,7 @@ protected:
     EXPECT_EQ(bytes_of_image(table.start + 12, 8), std::string("\4\0\0\0\5\0\0\0", 8));
     change_image(table.start + 16, {"\4\0\0\0", 4});
     change_image(table.start + table.length + 16, {"\4\0\0\0", 4});
-    said_by_fsck(1);
+    checked_output_of_fsck(1);
     put_in();
   }
 };
@@ -713,7 +713,7 @@ TEST_F(SimDamagedCard, IsMountedReadOnly) {
 TEST_F(SimDamagedCard, IsRepairedAndThenMountedAsEver) {
   unmount();
   EXPECT_EQ(run_command("/usr/local/bin/dosfsck -a /dev/mmcblk0p1 > /dev/null"), 1); // errors were corrected
-  said_by_fsck();
+  checked_output_of_fsck();
   mount();
   EXPECT_THAT(mount_line(), HasSubstr(" vfat rw,"));
   EXPECT_EQ(board_.read("tmp/mmcblk0p1/damaged"), std::string(1024, 'd')) << "what was before the damage";
@@ -722,12 +722,12 @@ TEST_F(SimDamagedCard, IsRepairedAndThenMountedAsEver) {
 TEST_F(SimDamagedCard, IsLeftAsItIsByACheckThatOnlyLooks) {
   unmount();
   EXPECT_EQ(run_command("dosfsck -vn /dev/mmcblk0p1 > /dev/null"), 1);
-  said_by_fsck(1);
+  checked_output_of_fsck(1);
 }
 
 // --- the tools' options ---
 
-TEST_F(SimCard, FormatTakesTheUsualOptionsAndNoFiles) {
+TEST_F(SimCard, FormatsWithOptionsButWithoutFiles) {
   unmount();
   EXPECT_EQ(run_command("/sbin/mkfs.vfat -F 32 -n HOLIDAY -s2 /dev/mmcblk0p1 > /dev/null"), 0);
   EXPECT_EQ(bytes_of_image(16384 + 71, 11), "HOLIDAY    ");
@@ -740,7 +740,7 @@ TEST_F(SimCard, FormatTakesTheUsualOptionsAndNoFiles) {
   EXPECT_EQ(bytes_of_image(16384 + 71, 11), "HOLIDAY    ");
 }
 
-TEST_F(SimCard, MountedCardIsNotFormatted) {
+TEST_F(SimCard, RejectsFormatOfMountedCard) {
   board_.write("tmp/mmcblk0p1/kept", "");
   EXPECT_EQ(run_command("/sbin/mkfs.vfat /dev/mmcblk0p1"), 1);
   unmount();

@@ -1,6 +1,6 @@
-// The boundary itself, without the simulator and without the launcher: what each part keeps off the machine.
-// Every call is made in a child, after the child has seen that the filter is in force, with arguments that no
-// kernel carries out.
+// The boundary itself, without the simulator and without the launcher: what each part keeps off the
+// machine. Every call is made in a child, after the child has seen that the filter is in force, with
+// arguments that no kernel carries out.
 
 #include "confinement/boundary.hpp"
 #include "confinement/ordinary_directory.hpp"
@@ -137,23 +137,23 @@ INSTANTIATE_TEST_SUITE_P(Others, HarmfulCall, testing::ValuesIn(dravik::test::ot
 
 // --- the filter ---
 
-TEST(SystemCallFilter, RefusesWithEperm) {
+TEST(SystemCallFilter, RejectsWithEperm) {
   EXPECT_EQ(error_inside({}, [] { return ::umount2(nowhere, 0); }), EPERM);               // otherwise ENOENT
   EXPECT_EQ(error_inside({}, [] { return ::syscall(SYS_clock_settime, 99, 0); }), EPERM); // otherwise EINVAL
 }
 
-TEST(SystemCallFilter, RefusesToPushKeysIntoATerminal) {
+TEST(SystemCallFilter, RejectsToPushKeysIntoATerminal) {
   EXPECT_EQ(error_inside({}, [] { return ::ioctl(-1, TIOCSTI, "x"); }), EPERM); // otherwise EBADF
   EXPECT_EQ(error_inside({}, [] { return ::ioctl(-1, TIOCGWINSZ, nullptr); }), EBADF);
 }
 
-TEST(SystemCallFilter, RefusesSignalsToInitAndToAll) {
+TEST(SystemCallFilter, RejectsSignalsToInitAndToAll) {
   EXPECT_EQ(error_inside({}, [] { return ::kill(1, 0); }), EPERM);
   EXPECT_EQ(error_inside({}, [] { return ::kill(-1, 0); }), EPERM);
   EXPECT_EQ(error_inside({}, [] { return ::kill(::getpid(), 0); }), 0);
 }
 
-TEST(SystemCallFilter, RefusesLocalSocketsUnlessAllowed) {
+TEST(SystemCallFilter, RejectsLocalSocketsUnlessAllowed) {
   const auto make_socket = [] { return ::socket(AF_UNIX, SOCK_STREAM, 0); };
   EXPECT_EQ(error_inside({}, make_socket), EPERM);
   EXPECT_EQ(error_inside({{}, forbidden_call::fails, local_sockets::allowed}, make_socket), 0);
@@ -207,7 +207,7 @@ TEST(Capabilities, DoNotComeBackWithAProgram) {
   EXPECT_EQ(status, 0);
 }
 
-TEST(Capabilities, LetRootBecomeAnotherUser) {
+TEST(Capabilities, LetRootBecomeOtherUser) {
   const int status = status_inside({}, [](const boundary &) {
     const uid_t before = ::geteuid();
     { const dravik::test::as_nobody other; }

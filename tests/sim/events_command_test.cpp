@@ -10,13 +10,9 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 
+namespace dravik::test {
 namespace {
 
-using dravik::unique_fd;
-using dravik::test::board;
-using dravik::test::follower;
-using dravik::test::launch;
-using dravik::test::outcome;
 using testing::ElementsAre;
 using testing::StartsWith;
 
@@ -34,7 +30,7 @@ protected:
 
 // ------------------------------------------------------------------------------------------- the backlight
 
-TEST_F(SimEvents, TellOfTheBacklight) {
+TEST_F(SimEvents, ReportBacklight) {
   ASSERT_EQ(lcd_bl_init(), 1);
   lcd_bl_set(500);
   lcd_bl_set(2000);
@@ -46,12 +42,12 @@ TEST_F(SimEvents, TellOfTheBacklight) {
   EXPECT_EQ(board_.read(brightness), "1000");
 }
 
-TEST_F(SimEvents, TellOfABacklightThatAShellSets) {
+TEST_F(SimEvents, ReportBacklightSetByShell) {
   launch({"run", board_.path(), "--", "sh", "-c", std::string{"echo 70 >"} + brightness});
   EXPECT_THAT(board_.events(), ElementsAre("backlight: 70"));
 }
 
-TEST_F(SimEvents, TellNothingOfABacklightThatFailsAsOrdered) {
+TEST_F(SimEvents, OmitBacklightWithInjectedFault) {
   board_.set_fault("write", brightness, "EIO");
   light(7);
   EXPECT_EQ(board_.read(brightness), "500\n");
@@ -59,13 +55,13 @@ TEST_F(SimEvents, TellNothingOfABacklightThatFailsAsOrdered) {
   EXPECT_THAT(board_.read("tmp/dravik.log"), testing::HasSubstr("setup err, value = 7"));
 }
 
-TEST_F(SimEvents, TellNothingOfTheOtherAttributes) {
+TEST_F(SimEvents, OmitOtherAttributes) {
   const unique_fd attribute{::open("/sys/class/backlight/pwm-backlight.0/max_brightness", O_WRONLY)};
   EXPECT_EQ(::write(attribute.get(), "9", 1), 1);
   EXPECT_THAT(board_.events(), testing::IsEmpty());
 }
 
-TEST_F(SimEvents, PlacedWritesFailAsOrderedToo) {
+TEST_F(SimEvents, OmitPlacedWritesWithInjectedFault) {
   board_.set_fault("write", "/dev/fb0", "EIO");
   const unique_fd screen{::open("/dev/fb0", O_RDWR)};
   EXPECT_EQ(::pwrite(screen.get(), "x", 1, 0), -1);
@@ -75,7 +71,7 @@ TEST_F(SimEvents, PlacedWritesFailAsOrderedToo) {
 
 // ------------------------------------------------------------------------------------------- the command
 
-TEST_F(SimEvents, OnceShowsWhatThereIs) {
+TEST_F(SimEvents, ShowExistingEventsOnce) {
   light(1);
   light(2);
   const outcome result = launch({"events", board_.path(), "--once"});
@@ -83,7 +79,7 @@ TEST_F(SimEvents, OnceShowsWhatThereIs) {
   EXPECT_EQ(result.output, "backlight: 1\nbacklight: 2\n");
 }
 
-TEST_F(SimEvents, OnceShowsNothingOfAFreshBoard) {
+TEST_F(SimEvents, ShowNothingOfNewBoardOnce) {
   EXPECT_EQ(launch({"events", board_.path(), "--once"}).output, "");
   board_.remove("events");
   const outcome result = launch({"events", board_.path(), "--once"});
@@ -117,7 +113,7 @@ TEST_F(SimEvents, AreFollowedThoughThereAreNoneYet) {
   EXPECT_EQ(shown.line(), "backlight: 3");
 }
 
-TEST_F(SimEvents, FollowerEndsByTheSignal) {
+TEST_F(SimEvents, EndBySignal) {
   light(1);
   follower shown{board_.path()};
   shown.line();
@@ -126,7 +122,7 @@ TEST_F(SimEvents, FollowerEndsByTheSignal) {
   EXPECT_EQ(WTERMSIG(status), SIGINT);
 }
 
-TEST_F(SimEvents, FollowerEndsWithItsReader) {
+TEST_F(SimEvents, EndWithReader) {
   light(1);
   follower shown{board_.path()};
   shown.line();
@@ -136,7 +132,7 @@ TEST_F(SimEvents, FollowerEndsWithItsReader) {
   EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
-TEST_F(SimEvents, FollowerEndsWithTheBoard) {
+TEST_F(SimEvents, EndWithBoard) {
   light(1);
   follower shown{board_.path()};
   shown.line();
@@ -161,3 +157,4 @@ TEST_F(SimEvents, RejectsInvalidArguments) {
 }
 
 } // namespace
+} // namespace dravik::test

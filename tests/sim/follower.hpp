@@ -41,7 +41,7 @@ public:
     return text;
   }
 
-  /// Reads until a line comes that is as expected.
+  /// Read until a line comes that is as expected.
   bool sees(const std::string &expected) {
     for (std::string next; !(next = line()).empty();)
       if (next == expected)

@@ -12,11 +12,10 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+namespace dravik::test {
 namespace {
 
 using dravik::sim::screen;
-using dravik::test::board;
-using dravik::test::library_call;
 using testing::ElementsAre;
 
 class SimFrameBuffer : public testing::Test {
@@ -25,12 +24,12 @@ protected:
     descriptor = ::open("/dev/fb0", flags);
     ASSERT_GE(descriptor, 0);
   }
-  fb_fix_screeninfo fixed() const {
+  fb_fix_screeninfo checked_fixed_info() const {
     fb_fix_screeninfo info = {};
     EXPECT_EQ(::ioctl(descriptor, FBIOGET_FSCREENINFO, &info), 0);
     return info;
   }
-  fb_var_screeninfo variable() const {
+  fb_var_screeninfo checked_variable_info() const {
     fb_var_screeninfo info = {};
     EXPECT_EQ(::ioctl(descriptor, FBIOGET_VSCREENINFO, &info), 0);
     return info;
@@ -46,9 +45,9 @@ protected:
 TEST_F(SimFrameBuffer, ReportsTheGeometryOfTheSettings) {
   const board board{screen{320, 240, 400, 500, 16, 1024}};
   open_it();
-  EXPECT_EQ(fixed().line_length, 1024U);
-  EXPECT_EQ(fixed().smem_len, 1024U * 500U);
-  const fb_var_screeninfo info = variable();
+  EXPECT_EQ(checked_fixed_info().line_length, 1024U);
+  EXPECT_EQ(checked_fixed_info().smem_len, 1024U * 500U);
+  const fb_var_screeninfo info = checked_variable_info();
   EXPECT_EQ(info.xres, 320U);
   EXPECT_EQ(info.yres, 240U);
   EXPECT_EQ(info.xres_virtual, 400U);
@@ -58,7 +57,7 @@ TEST_F(SimFrameBuffer, ReportsTheGeometryOfTheSettings) {
   EXPECT_EQ(info.green.length, 6U);
 }
 
-TEST_F(SimFrameBuffer, DrawingShowsInThePlainFile) {
+TEST_F(SimFrameBuffer, DrawsIntoPlainFile) {
   const board board{64, 32};
   open_it();
   auto *pixels = static_cast<uint16_t *>(map(64 * 32 * 2));
@@ -69,7 +68,7 @@ TEST_F(SimFrameBuffer, DrawingShowsInThePlainFile) {
   EXPECT_EQ(board.pixels().at(5 * 64 + 8), 0);
 }
 
-TEST_F(SimFrameBuffer, MappingEndsWithTheLastPageOfTheMemory) {
+TEST_F(SimFrameBuffer, EndsMappingWithLastPage) {
   const board board{64, 33}; // 4224 bytes: two pages
   open_it();
   void *two_pages = map(8192);
@@ -84,25 +83,25 @@ TEST_F(SimFrameBuffer, MappingEndsWithTheLastPageOfTheMemory) {
 TEST_F(SimFrameBuffer, RecordsWhatThePanelIsAskedToDo) {
   const board board{screen{64, 32, 64, 64, 16, 128}};
   open_it();
-  fb_var_screeninfo wanted = variable();
+  fb_var_screeninfo wanted = checked_variable_info();
   wanted.yoffset = 32;
   EXPECT_EQ(::ioctl(descriptor, FBIOPAN_DISPLAY, &wanted), 0);
-  EXPECT_EQ(variable().yoffset, 32U);
+  EXPECT_EQ(checked_variable_info().yoffset, 32U);
   EXPECT_EQ(::ioctl(descriptor, FBIOBLANK, 1), 0);
   EXPECT_THAT(board.events(), ElementsAre("fb0: pan 0 32", "fb0: blank 1"));
 }
 
-TEST_F(SimFrameBuffer, RefusesToPanBeyondTheVirtualScreen) {
+TEST_F(SimFrameBuffer, RejectsToPanBeyondTheVirtualScreen) {
   const board board{screen{64, 32, 64, 64, 16, 128}};
   open_it();
-  fb_var_screeninfo wanted = variable();
+  fb_var_screeninfo wanted = checked_variable_info();
   wanted.yoffset = 33;
   EXPECT_EQ(::ioctl(descriptor, FBIOPAN_DISPLAY, &wanted), -1);
   EXPECT_EQ(errno, EINVAL);
-  EXPECT_EQ(variable().yoffset, 0U);
+  EXPECT_EQ(checked_variable_info().yoffset, 0U);
 }
 
-TEST_F(SimFrameBuffer, RefusesUnknownRequests) {
+TEST_F(SimFrameBuffer, RejectsUnknownRequests) {
   const board board;
   open_it();
   EXPECT_EQ(::ioctl(descriptor, 0x46FF, 0), -1);
@@ -142,14 +141,14 @@ INSTANTIATE_TEST_SUITE_P(Requests, SimFrameBufferFault,
                                          ordered_request{"blank", FBIOBLANK}),
                          [](const auto &request) { return request.param.name; });
 
-TEST_F(SimFrameBuffer, OpenFailsAsOrdered) {
+TEST_F(SimFrameBuffer, FailsToOpenIfInjected) {
   const board board;
   board.set_fault("open", "/dev/fb0", "ENODEV");
   EXPECT_EQ(::open("/dev/fb0", O_RDWR), -1);
   EXPECT_EQ(errno, ENODEV);
 }
 
-TEST_F(SimFrameBuffer, MappingFailsAsOrdered) {
+TEST_F(SimFrameBuffer, FailsToMapIfInjected) {
   const board board;
   open_it();
   board.set_fault("mmap", "/dev/fb0", "ENOMEM");
@@ -157,23 +156,23 @@ TEST_F(SimFrameBuffer, MappingFailsAsOrdered) {
   EXPECT_EQ(errno, ENOMEM);
 }
 
-TEST_F(SimFrameBuffer, OpenGivesDescriptorZeroAsOrdered) {
+TEST_F(SimFrameBuffer, OpensDescriptorZeroIfInjected) {
   const board board;
   board.set_fault("descriptor-0", "/dev/fb0");
   open_it();
   EXPECT_EQ(descriptor, 0);
-  EXPECT_EQ(fixed().line_length, 1280U);
+  EXPECT_EQ(checked_fixed_info().line_length, 1280U);
 }
 
-TEST_F(SimFrameBuffer, EditedSettingsTakeEffectAtTheNextOpen) {
+TEST_F(SimFrameBuffer, UsesEditedSettingsAtNextOpen) {
   const board board{64, 32};
   board.set("yres_virtual", "64");
   open_it(O_RDONLY);
-  EXPECT_EQ(variable().yres_virtual, 64U);
+  EXPECT_EQ(checked_variable_info().yres_virtual, 64U);
   EXPECT_EQ(board.read("dev/fb0").size(), 64U * 128U);
 }
 
-TEST_F(SimFrameBuffer, OpenNeitherCutsNorMakesTheDevice) {
+TEST_F(SimFrameBuffer, NeitherTruncatesNorCreatesDevice) {
   const board board{64, 32};
   open_it(O_RDWR | O_CREAT | O_TRUNC);
   EXPECT_EQ(board.read("dev/fb0").size(), 4096U);
@@ -182,13 +181,13 @@ TEST_F(SimFrameBuffer, OpenNeitherCutsNorMakesTheDevice) {
   EXPECT_EQ(errno, ENOENT);
 }
 
-TEST_F(SimFrameBuffer, DuplicatedDescriptorIsTheDeviceStill) {
+TEST_F(SimFrameBuffer, ServesDuplicatedDescriptor) {
   const board board;
   open_it();
   const int copy = ::dup(descriptor);
   ::close(descriptor);
   descriptor = copy;
-  EXPECT_EQ(fixed().line_length, 1280U);
+  EXPECT_EQ(checked_fixed_info().line_length, 1280U);
 }
 
 class SimFrameBufferMap : public SimFrameBuffer, public testing::WithParamInterface<const char *> {};
@@ -209,25 +208,25 @@ TEST_P(SimFrameBufferMap, ReachesTheMemoryAndNoFurther) {
 INSTANTIATE_TEST_SUITE_P(By, SimFrameBufferMap, testing::Values("mmap", "mmap64"),
                          [](const auto &tested) { return std::string{tested.param}; });
 
-TEST_F(SimFrameBuffer, DeepPixelsHaveEightBitsAColour) {
+TEST_F(SimFrameBuffer, Has8BitsPerChannelInDeepPixels) {
   const board board{screen::of_size(64, 32, 32)};
   open_it();
-  const fb_var_screeninfo info = variable();
+  const fb_var_screeninfo info = checked_variable_info();
   EXPECT_EQ(info.bits_per_pixel, 32U);
   EXPECT_EQ(info.red.offset, 16U);
   EXPECT_EQ(info.green.offset, 8U);
   EXPECT_EQ(info.blue.length, 8U);
   EXPECT_EQ(info.transp.offset, 24U);
-  EXPECT_EQ(fixed().smem_len, 64U * 32U * 4U);
+  EXPECT_EQ(checked_fixed_info().smem_len, 64U * 32U * 4U);
 }
 
-TEST_F(SimFrameBuffer, ReportsNonsenseAsItIsSet) {
+TEST_F(SimFrameBuffer, ReportsInvalidSettingsUnchanged) {
   const board board;
   board.set("yres", "0");
   board.set("bits_per_pixel", "12");
   open_it();
-  EXPECT_EQ(variable().yres, 0U);
-  EXPECT_EQ(variable().bits_per_pixel, 12U);
+  EXPECT_EQ(checked_variable_info().yres, 0U);
+  EXPECT_EQ(checked_variable_info().bits_per_pixel, 12U);
 }
 
 TEST_F(SimFrameBuffer, HasNoPlaceForAnAnswerAtNull) {
@@ -239,7 +238,7 @@ TEST_F(SimFrameBuffer, HasNoPlaceForAnAnswerAtNull) {
   }
 }
 
-TEST_F(SimFrameBuffer, OtherFilesAreAskedAndMappedAsEver) {
+TEST_F(SimFrameBuffer, LeavesOtherFilesAlone) {
   const board board;
   board.write("tmp/ptb", "plain");
   descriptor = ::open("/tmp/ptb", O_RDWR);
@@ -253,3 +252,4 @@ TEST_F(SimFrameBuffer, OtherFilesAreAskedAndMappedAsEver) {
 }
 
 } // namespace
+} // namespace dravik::test

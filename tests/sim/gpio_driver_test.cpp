@@ -11,10 +11,9 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+namespace dravik::test {
 namespace {
 
-using dravik::test::board;
-using dravik::test::stderr_capture;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -35,13 +34,13 @@ protected:
   const stderr_capture errors_;
 };
 
-TEST_F(SimGpio, LinesOfAFreshBoardAreLow) {
+TEST_F(SimGpio, HasLowLinesOnNewBoard) {
   for (const uint32_t line : {0U, 68U, 82U, 83U, 255U})
     EXPECT_EQ(gpio_get(line), 0) << line;
   EXPECT_THAT(board_.events(), IsEmpty());
 }
 
-TEST_F(SimGpio, LineFollowsItsFileWhileTheDriverIsOpen) {
+TEST_F(SimGpio, FollowsFileOfLine) {
   board_.write("gpio/68", "1\n");
   EXPECT_EQ(gpio_get(68), 1);
   EXPECT_EQ(gpio_get(67), 0);
@@ -53,7 +52,7 @@ TEST_F(SimGpio, LineFollowsItsFileWhileTheDriverIsOpen) {
   EXPECT_EQ(gpio_get(68), 0);
 }
 
-TEST_F(SimGpio, SettingALineWritesItsFileAndLeavesAnEvent) {
+TEST_F(SimGpio, WritesFileAndEventOfLine) {
   EXPECT_EQ(gpio_set(5, 1), 1);
   EXPECT_EQ(board_.read("gpio/5"), "1\n");
   EXPECT_EQ(gpio_set(5, 0), 0);
@@ -62,13 +61,13 @@ TEST_F(SimGpio, SettingALineWritesItsFileAndLeavesAnEvent) {
   EXPECT_THAT(board_.events(), ElementsAre("gpio: 5 = 1", "gpio: 5 = 0", "gpio: 255 = 1"));
 }
 
-TEST_F(SimGpio, AnyLevelButNoneIsHigh) {
+TEST_F(SimGpio, TreatsOtherLevelsAsHigh) {
   line_record record = {7, 0x80000000};
   EXPECT_EQ(ask(set_request, record), 0);
   EXPECT_EQ(gpio_get(7), 1);
 }
 
-TEST_F(SimGpio, TwoLinesAreTheStatusLed) {
+TEST_F(SimGpio, ReportsTwoLinesAsStatusLed) {
   led_red();
   led_orange();
   led_green();
@@ -79,7 +78,7 @@ TEST_F(SimGpio, TwoLinesAreTheStatusLed) {
                                            "gpio: 82 = 0", "gpio: 83 = 0", "led: off"));
 }
 
-TEST_F(SimGpio, RequestsThatMakeNoSenseAreRefused) {
+TEST_F(SimGpio, RejectsInvalidRequests) {
   line_record record = {256, 1};
   for (const unsigned long request : {get_request, set_request}) {
     EXPECT_EQ(ask(request, record), -1);
@@ -92,14 +91,14 @@ TEST_F(SimGpio, RequestsThatMakeNoSenseAreRefused) {
   EXPECT_THAT(board_.events(), ElementsAre("gpio: request 0x400464cc refused"));
 }
 
-TEST_F(SimGpio, NumberOfARequestHas32Bits) {
+TEST_F(SimGpio, UsesLineNumbersOf32Bits) {
   board_.write("gpio/9", "1");
   line_record record = {9, 0};
   EXPECT_EQ(ask(static_cast<unsigned long>(static_cast<int>(get_request)), record), 0);
   EXPECT_EQ(record.level, 1U);
 }
 
-TEST_F(SimGpio, RequestsFailAsOrdered) {
+TEST_F(SimGpio, FailsIfInjected) {
   board_.set_fault("set", "/dev/ambad", "EBUSY");
   EXPECT_EQ(gpio_set(3, 1), -1);
   EXPECT_EQ(gpio_get(3), 0);
@@ -111,7 +110,7 @@ TEST_F(SimGpio, RequestsFailAsOrdered) {
               ElementsAre("gpio: set fails (injected)", "gpio: get fails (injected)", "gpio: 3 = 1"));
 }
 
-TEST_F(SimGpio, LineThatCannotBeWrittenTellsIt) {
+TEST_F(SimGpio, ReportsLineThatCannotBeWritten) {
   board_.remove("gpio");
   EXPECT_EQ(gpio_set(3, 1), -1);
   EXPECT_THAT(board_.events(), IsEmpty());
@@ -141,7 +140,7 @@ TEST_F(SimGpioStart, FailsAsOrdered) {
   gpio_exit();
 }
 
-TEST_F(SimGpioStart, GivesDescriptorZeroAsOrdered) {
+TEST_F(SimGpioStart, ReturnsDescriptorZeroAsOrdered) {
   board_.set_fault("descriptor-0", "/dev/ambad");
   EXPECT_EQ(gpio_init(), 0);
   EXPECT_EQ(gpiofd, 0);
@@ -150,3 +149,4 @@ TEST_F(SimGpioStart, GivesDescriptorZeroAsOrdered) {
 }
 
 } // namespace
+} // namespace dravik::test

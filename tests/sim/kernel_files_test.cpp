@@ -9,9 +9,8 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
+namespace dravik::test {
 namespace {
-
-using dravik::test::board;
 
 constexpr const char *brightness = "/sys/class/backlight/pwm-backlight.0/brightness";
 
@@ -26,7 +25,7 @@ protected:
   int descriptor = -1;
 };
 
-TEST_F(SimAttribute, HoldsTheLastOfSeveralWrites) {
+TEST_F(SimAttribute, KeepsLastOfSeveralWrites) {
   open_it(O_RDWR | O_TRUNC);
   EXPECT_EQ(::write(descriptor, "500", 3), 3);
   EXPECT_EQ(::write(descriptor, "1000", 4), 4);
@@ -35,7 +34,7 @@ TEST_F(SimAttribute, HoldsTheLastOfSeveralWrites) {
   EXPECT_EQ(board_.read(brightness), "7");
 }
 
-TEST_F(SimAttribute, TakesAppendedAndPlacedWritesAfreshToo) {
+TEST_F(SimAttribute, ReplacesValueByAppendedAndPlacedWrites) {
   open_it(O_WRONLY | O_APPEND);
   EXPECT_EQ(::write(descriptor, "12", 2), 2);
   EXPECT_EQ(board_.read(brightness), "12");
@@ -45,7 +44,7 @@ TEST_F(SimAttribute, TakesAppendedAndPlacedWritesAfreshToo) {
   EXPECT_EQ(board_.read(brightness), "6");
 }
 
-TEST_F(SimAttribute, TakesThePiecesOfOneWriteTogether) {
+TEST_F(SimAttribute, JoinsPiecesOfOneWrite) {
   open_it(O_WRONLY);
   char first[] = "4";
   char second[] = "2\n";
@@ -64,7 +63,7 @@ TEST_F(SimAttribute, IsNotMadeByAnOpen) {
   EXPECT_EQ(errno, ENOENT);
 }
 
-TEST_F(SimAttribute, HoldsWhatAStreamWrote) {
+TEST_F(SimAttribute, KeepsValueOfStream) {
   std::FILE *stream = std::fopen(brightness, "w");
   ASSERT_NE(stream, nullptr);
   std::fputs("9", stream);
@@ -94,7 +93,7 @@ TEST(SimReport, StreamsReadItAsItStoodAtTheOpen) {
   std::fclose(stream);
 }
 
-TEST(SimReport, DirectoriesStayDirectories) {
+TEST(SimReport, KeepsDirectories) {
   const board board;
   const int directory = ::open("/proc/ambarella", O_RDONLY);
   const int report = ::openat(directory, "hdmi_edid", O_RDONLY);
@@ -119,7 +118,7 @@ TEST_F(SimDeviceEnd, CutsAWriteThatGoesBeyond) {
   EXPECT_EQ(memory.substr(4090), "012345");
 }
 
-TEST_F(SimDeviceEnd, RefusesAWriteAtTheEnd) {
+TEST_F(SimDeviceEnd, RejectsAWriteAtTheEnd) {
   EXPECT_EQ(::pwrite(descriptor, "x", 1, 4096), -1);
   EXPECT_EQ(errno, ENOSPC);
   EXPECT_EQ(::pwrite(descriptor, "x", 1, 9999), -1);
@@ -147,3 +146,4 @@ TEST(SimBlockDevice, IsNotCutByAnOpen) {
 }
 
 } // namespace
+} // namespace dravik::test

@@ -1,4 +1,4 @@
-// The launcher, run as people run it. LAUNCHER is its path.
+// The launcher, run as users run it. LAUNCHER is its path.
 #pragma once
 
 #include "support/leave_board.hpp"

@@ -1,4 +1,4 @@
-// The launcher as people run it: its commands, its errors, and applications that know nothing of it.
+// The launcher as users run it: its commands, its errors, and applications that know nothing of it.
 
 #include "host/host_fonts.hpp"
 #include "png/png_file.hpp"
@@ -13,12 +13,9 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+namespace dravik::test {
 namespace {
 
-using dravik::test::contents;
-using dravik::test::launch;
-using dravik::test::outcome;
-using dravik::test::run;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -43,7 +40,7 @@ protected:
     EXPECT_EQ(::write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
     ::close(file);
   }
-  /// Expects one line on standard error that begins so, and no output.
+  /// Expect one line on standard error that begins so, and no output.
   static void expect_error(const outcome &result, int status, const std::string &beginning) {
     EXPECT_EQ(result.exit_status(), status);
     EXPECT_THAT(result.errors, StartsWith("dravik-sim: " + beginning));
@@ -57,7 +54,7 @@ private:
 
 // --- new ---
 
-TEST_F(SimLauncher, NewMakesAScreenOf640By480) {
+TEST_F(SimLauncher, CreatesScreenOf640By480) {
   EXPECT_EQ(launch({"new", at("desk")}).exit_status(), 0);
   EXPECT_THAT(text_of("desk/board.conf"),
               HasSubstr("\nxres=640\nyres=480\nxres_virtual=640\nyres_virtual=480\n"
@@ -66,7 +63,7 @@ TEST_F(SimLauncher, NewMakesAScreenOf640By480) {
   EXPECT_TRUE(std::filesystem::is_directory(at("desk/usr/local/dravik/jpg")));
 }
 
-TEST_F(SimLauncher, NewTakesEveryGeometry) {
+TEST_F(SimLauncher, AcceptsEveryGeometry) {
   EXPECT_EQ(launch({"new", at("odd"), "--size", "321x123", "--virtual", "400x300", "--depth", "32",
                     "--line-length", "2000"})
                 .exit_status(),
@@ -77,7 +74,7 @@ TEST_F(SimLauncher, NewTakesEveryGeometry) {
   EXPECT_EQ(std::filesystem::file_size(at("odd/dev/fb0")), 600000U);
 }
 
-TEST_F(SimLauncher, NewUnpacksTheFontsOfTheHost) {
+TEST_F(SimLauncher, UnpacksFontsOfHost) {
   if (!std::filesystem::exists("/usr/share/consolefonts/Lat15-Fixed16.psf.gz"))
     GTEST_SKIP() << "no console fonts on this host";
   EXPECT_EQ(launch({"new", at("desk")}).exit_status(), 0);
@@ -90,7 +87,7 @@ std::string host_file(const std::string &path) {
   return file != nullptr ? contents(file) : "";
 }
 
-TEST_F(SimLauncher, NewCopiesTheFontsForSmoothText) {
+TEST_F(SimLauncher, CopiesFontsForAntiAliasedText) {
   const std::string latin = host_file("/usr/share/fonts/truetype/liberation/LiberationSans-Regular.ttf");
   const std::string other = host_file("/usr/share/fonts-droid-fallback/truetype/DroidSansFallback.ttf");
   const outcome result = launch({"new", at("desk")});
@@ -105,7 +102,7 @@ TEST_F(SimLauncher, NewCopiesTheFontsForSmoothText) {
   EXPECT_EQ(result.output, "");
 }
 
-TEST_F(SimLauncher, NewWarnsOfMissingConsoleFonts) {
+TEST_F(SimLauncher, WarnsOfMissingConsoleFonts) {
   const bool has_fonts = !host_file("/usr/share/consolefonts/Uni2-Fixed16.psf.gz").empty() &&
                          !host_file("/usr/share/consolefonts/Lat15-TerminusBold16.psf.gz").empty();
   const outcome result = launch({"new", at("desk"), "--card", "0"});
@@ -140,7 +137,7 @@ TEST_F(SimLauncher, ReportsOneMissingFontAmongOthers) {
   EXPECT_EQ(text_of("desk/usr/local/dravik/font/arial.ttf"), "font");
 }
 
-TEST_F(SimLauncher, NewWarnsOfAMappingThatEndsBeforeTheLastLine) {
+TEST_F(SimLauncher, WarnsIfMappingEndsBeforeLastLine) {
   const auto warning = [&](std::vector<std::string> geometry) {
     std::filesystem::remove_all(at("desk"));
     geometry.insert(geometry.begin(), {"new", at("desk"), "--card", "0"});
@@ -165,13 +162,13 @@ TEST_F(SimLauncher, NewWarnsOfAMappingThatEndsBeforeTheLastLine) {
   EXPECT_EQ(warning({}), "");
 }
 
-TEST_F(SimLauncher, NewMakesTheFolderOfTheMemoryCard) {
+TEST_F(SimLauncher, CreatesMemoryCardDirectory) {
   EXPECT_EQ(launch({"new", at("desk")}).exit_status(), 0);
   EXPECT_TRUE(std::filesystem::is_directory(at("desk/tmp/mmcblk0p1")));
   EXPECT_TRUE(std::filesystem::is_empty(at("desk/tmp/mmcblk0p1")));
 }
 
-TEST_F(SimLauncher, NewRefusesGeometriesThatMakeNoSense) {
+TEST_F(SimLauncher, RejectsInvalidGeometries) {
   expect_error(launch({"new", at("b"), "--size", "0x480"}), 1,
                "new: invalid size; must be at least 1x1 pixels");
   expect_error(launch({"new", at("b"), "--size", "640x0"}), 1,
@@ -190,14 +187,14 @@ TEST_F(SimLauncher, NewRefusesGeometriesThatMakeNoSense) {
   EXPECT_FALSE(std::filesystem::exists(at("b")));
 }
 
-TEST_F(SimLauncher, NewKeepsWhatIsThere) {
+TEST_F(SimLauncher, KeepsExistingFiles) {
   EXPECT_EQ(launch({"new", at("desk")}).exit_status(), 0);
   expect_error(launch({"new", at("desk")}), 1, at("desk") + ": exists and is not empty");
   std::filesystem::create_directory(at("empty"));
   EXPECT_EQ(launch({"new", at("empty")}).exit_status(), 0);
 }
 
-TEST_F(SimLauncher, NewSaysWhereItCannotMakeABoard) {
+TEST_F(SimLauncher, ReportsWhereBoardCannotBeCreated) {
   expect_error(launch({"new", "/proc/no-board"}), 1, "/proc/no-board: ");
 }
 
@@ -222,33 +219,32 @@ TEST_F(SimLauncher, RejectsInvalidArguments) {
   EXPECT_FALSE(std::filesystem::exists(at("a")));
 }
 
-std::string output_of(const std::vector<std::string> &arguments) {
+std::string checked_output(const std::vector<std::string> &arguments) {
   const outcome result = launch(arguments);
   EXPECT_EQ(result.exit_status(), 0);
   EXPECT_EQ(result.errors, "");
   return result.output;
 }
 
-TEST_F(SimLauncher, HelpHasTheCommonForm) {
-  dravik::test::expect_help_of_tool("dravik-sim", output_of);
+TEST_F(SimLauncher, PrintsHelpOfCommonForm) {
+  expect_help_of_tool("dravik-sim", output_of);
 }
 
 TEST_F(SimLauncher, PrintsTheVersionOfTheProject) {
-  EXPECT_EQ(output_of({"--version"}), "dravik-sim " DRAVIK_VERSION "\n");
+  EXPECT_EQ(checked_output({"--version"}), "dravik-sim " DRAVIK_VERSION "\n");
 }
 
-TEST_F(SimLauncher, EveryCommandHasAllItsPlaces) {
-  dravik::test::expect_places_of_commands({.overview = output_of({"--help"}),
-                                           .sources = DRAVIK_SOURCE "/sim/launcher",
-                                           .table = "sim/launcher/commands.cpp",
-                                           .build_file = DRAVIK_SOURCE "/sim/CMakeLists.txt",
-                                           .page = DRAVIK_SOURCE "/docs/simulated-board.md",
-                                           .in_page = "dravik-sim ",
-                                           .tests = DRAVIK_SOURCE "/tests/sim",
-                                           .test_prefix = ""});
+TEST_F(SimLauncher, HasEveryCommandInAllPlaces) {
+  expect_places_of_commands({.overview = checked_output({"--help"}),
+                             .sources = "sim/launcher",
+                             .build_file = "sim/CMakeLists.txt",
+                             .page = "docs/simulated-board.md",
+                             .in_page = "dravik-sim ",
+                             .tests = "tests/sim",
+                             .test_prefix = ""});
 }
 
-TEST_F(SimLauncher, RunLeavesTheArgumentsOfTheApplicationAlone) {
+TEST_F(SimLauncher, LeavesArgumentsOfApplicationAlone) {
   launch({"new", at("desk"), "--card", "0"});
   for (const bool has_hyphens : {false, true}) {
     std::vector<std::string> given = {"run", at("desk")};
@@ -261,14 +257,14 @@ TEST_F(SimLauncher, RunLeavesTheArgumentsOfTheApplicationAlone) {
 
 // --- run ---
 
-TEST_F(SimLauncher, RunLetsAnApplicationDrawAndGivesItsStatus) {
+TEST_F(SimLauncher, RunsApplicationAndReturnsItsStatus) {
   launch({"new", at("desk"), "--size", "320x240"});
   EXPECT_EQ(launch({"run", at("desk"), "--", DRAWS_A_PIXEL, "3", "2", "f81f"}).exit_status(), 7);
   EXPECT_EQ(text_of("desk/dev/fb0").substr(2 * 640 + 3 * 2, 2), "\x1f\xf8");
   EXPECT_EQ(text_of("desk/tmp/dravik.log"), "drawn\n");
 }
 
-TEST_F(SimLauncher, RunHandsArgumentsAndChildrenOn) {
+TEST_F(SimLauncher, PassesArgumentsAndChildren) {
   launch({"new", at("desk")});
   write("desk/proc/modules", "ambad 1 0\n", 0644);
   const outcome result =
@@ -277,26 +273,26 @@ TEST_F(SimLauncher, RunHandsArgumentsAndChildrenOn) {
   EXPECT_EQ(result.errors, "");
 }
 
-TEST_F(SimLauncher, RunLetsAShellWriteAnAttributeAfresh) {
+TEST_F(SimLauncher, LetsShellRewriteAttribute) {
   launch({"new", at("desk")});
   launch({"run", at("desk"), "--", "sh", "-c",
           "exec 3>/sys/class/backlight/pwm-backlight.0/brightness; echo 1000 >&3; echo 20 >&3"});
   EXPECT_EQ(text_of("desk/sys/class/backlight/pwm-backlight.0/brightness"), "20\n");
 }
 
-TEST_F(SimLauncher, RunLetsSignalsThrough) {
+TEST_F(SimLauncher, PassesSignals) {
   launch({"new", at("desk")});
   const outcome result = launch({"run", at("desk"), "--", "sh", "-c", "kill -USR1 $$"});
   EXPECT_TRUE(WIFSIGNALED(result.status));
   EXPECT_EQ(WTERMSIG(result.status), SIGUSR1);
 }
 
-TEST_F(SimLauncher, RunSaysWhatIsNoBoard) {
+TEST_F(SimLauncher, ReportsDirectoryThatIsNotABoard) {
   expect_error(launch({"run", at("absent"), "--", "true"}), 1,
                at("absent") + ": not a board; create it with 'dravik-sim new " + at("absent") + "'\n");
 }
 
-TEST_F(SimLauncher, RunSaysWhichApplicationsItCannotRun) {
+TEST_F(SimLauncher, ReportsApplicationsThatCannotRun) {
   launch({"new", at("desk")});
   write("words", "just words\n", 0755);
   write("script", std::string{"#! "} + LINKED_STATICALLY + " -x\n", 0755);
@@ -318,7 +314,7 @@ TEST_F(SimLauncher, RunSaysWhichApplicationsItCannotRun) {
   error(at("script"), std::string{"interpreter "} + LINKED_STATICALLY + ": statically linked");
 }
 
-TEST_F(SimLauncher, RunGivesAProgramNoOtherRights) {
+TEST_F(SimLauncher, ReturnsApplicationNoOtherRights) {
   launch({"new", at("desk")});
   if (::geteuid() != 0)
     GTEST_SKIP() << "only root can make such a program";
@@ -355,17 +351,17 @@ TEST_F(SimLauncher, RunsForAnOrdinaryUser) {
   EXPECT_EQ(launch_as_user({"shot", at("desk"), at("shot.png")}).exit_status(), 0);
 }
 
-TEST_F(SimLauncher, RunGivesTheApplicationASoundCard) {
+TEST_F(SimLauncher, ReturnsApplicationSoundCard) {
   launch({"new", at("desk")});
   const outcome result = launch({"run", at("desk"), "--", PLAYS_A_SOUND});
   EXPECT_EQ(result.errors, "");
   EXPECT_EQ(result.exit_status(), 0);
-  EXPECT_THAT(dravik::test::samples_of_recording(text_of("desk/sound/played.wav")),
+  EXPECT_THAT(checked_samples(text_of("desk/sound/played.wav")),
               testing::AllOf(testing::SizeIs(2 * 480), testing::Each(1000)));
   EXPECT_FALSE(std::filesystem::exists(at("desk/sound/timeline")));
 }
 
-TEST_F(SimLauncher, RunBeginsARecordingThatHasGaps) {
+TEST_F(SimLauncher, ReplacesRecordingThatHasGaps) {
   launch({"new", at("desk")});
   write("desk/board.conf", "sound_gaps=on\n", 0644);
   EXPECT_EQ(launch({"run", at("desk"), "--", "true"}).exit_status(), 0);
@@ -373,7 +369,7 @@ TEST_F(SimLauncher, RunBeginsARecordingThatHasGaps) {
   EXPECT_THAT(begin, StartsWith("begin_s="));
   EXPECT_EQ(launch({"run", at("desk"), "--", PLAYS_A_SOUND}).exit_status(), 0);
   EXPECT_EQ(text_of("desk/sound/timeline"), begin);
-  const auto heard = dravik::test::samples_of_recording(text_of("desk/sound/played.wav"));
+  const auto heard = checked_samples(text_of("desk/sound/played.wav"));
   EXPECT_THAT(heard, testing::SizeIs(testing::Gt(2U * 480)));
   EXPECT_EQ(heard.at(0), 0);
   EXPECT_EQ(heard.back(), 1000);
@@ -381,14 +377,14 @@ TEST_F(SimLauncher, RunBeginsARecordingThatHasGaps) {
 
 // --- card ---
 
-TEST_F(SimLauncher, NewPutsAMountedCardIntoTheSlot) {
+TEST_F(SimLauncher, InsertsMountedCard) {
   EXPECT_EQ(launch({"new", at("desk")}).exit_status(), 0);
   EXPECT_EQ(launch({"card", at("desk")}).output,
             "in, 1024 MiB, partition of 1023 MiB at " + at("desk/dev/mmcblk0") + "@@16384, mounted\n");
   EXPECT_EQ(std::filesystem::file_size(at("desk/dev/mmcblk0")), 1U << 30);
 }
 
-TEST_F(SimLauncher, NewMakesCardsOfOtherSizesOrNone) {
+TEST_F(SimLauncher, CreatesCardsOfOtherSizesOrNone) {
   EXPECT_EQ(launch({"new", at("small"), "--card", "64"}).exit_status(), 0);
   EXPECT_EQ(std::filesystem::file_size(at("small/dev/mmcblk0")), 64U << 20);
   EXPECT_EQ(launch({"new", at("none"), "--card", "0"}).exit_status(), 0);
@@ -401,7 +397,7 @@ TEST_F(SimLauncher, NewMakesCardsOfOtherSizesOrNone) {
   EXPECT_FALSE(std::filesystem::exists(at("b")));
 }
 
-TEST_F(SimLauncher, CardIsHandledByHand) {
+TEST_F(SimLauncher, HandlesCardManually) {
   launch({"new", at("desk"), "--card", "64"});
   const auto state = [&] { return launch({"card", at("desk")}).output; };
   EXPECT_EQ(launch({"card", at("desk"), "out"}).exit_status(), 0);
@@ -427,7 +423,7 @@ TEST_F(SimLauncher, CardIsHandledByHand) {
                at("absent") + ": not a board; create it with 'dravik-sim new " + at("absent") + "'\n");
 }
 
-TEST_F(SimLauncher, RunLetsAShellReadThePartitionOfTheCard) {
+TEST_F(SimLauncher, LetsShellReadPartitionOfCard) {
   launch({"new", at("desk"), "--card", "64"});
   const outcome result = launch(
       {"run", at("desk"), "--", "sh", "-c", "head -c 90 /dev/mmcblk0p1 | tail -c 8; echo x >/dev/mmcblk0p1"});
@@ -440,7 +436,7 @@ TEST_F(SimLauncher, RunLetsAShellReadThePartitionOfTheCard) {
 struct depth {
   const char *bits;
   const char *pixel;                    ///< as the application stores it, hexadecimal
-  std::array<uint8_t, 4> expected_rgba; ///< as the picture shows it
+  std::array<uint8_t, 4> expected_rgba; ///< as the image shows it
 };
 
 void PrintTo(const depth &shown, std::ostream *to) {
@@ -473,7 +469,7 @@ INSTANTIATE_TEST_SUITE_P(
                     depth{"24", "102030", {16, 32, 48, 255}}, depth{"32", "00ff8001", {255, 128, 1, 255}}),
     [](const auto &tested) { return std::string{"of"} + tested.param.bits + "_" + tested.param.pixel; });
 
-TEST_F(SimLauncher, ShotFollowsThePanelAndIsBlackWhileItIsBlanked) {
+TEST_F(SimLauncher, ShowsBlackWhilePanelIsBlanked) {
   launch({"new", at("desk"), "--size", "10x10", "--virtual", "10x20"});
   launch({"run", at("desk"), "--", DRAWS_A_PIXEL, "0", "10", "ffff"});
   const auto first_byte = [&](const char *state) {
@@ -489,7 +485,7 @@ TEST_F(SimLauncher, ShotFollowsThePanelAndIsBlackWhileItIsBlanked) {
   EXPECT_EQ(first_byte("yoffset=10\nblank=1\n"), 0);
 }
 
-TEST_F(SimLauncher, ShotSaysWhatIsWrong) {
+TEST_F(SimLauncher, ReportsProblemsOfShot) {
   launch({"new", at("desk")});
   expect_error(launch({"shot", at("absent"), at("shot.png")}), 1,
                at("absent") + ": not a board; create it with 'dravik-sim new " + at("absent") + "'\n");
@@ -514,34 +510,34 @@ protected:
   }
 };
 
-TEST_F(SimStrangeBoard, ShotReadsWhatTheScreenHasOfAHugeMemory) {
+TEST_F(SimStrangeBoard, ShowsScreenOfHugeMemory) {
   std::filesystem::resize_file(at("desk/dev/fb0"), uint64_t{40} << 30);
   EXPECT_EQ(launch({"shot", at("desk"), at("shot.png")}).exit_status(), 0);
 }
 
-TEST_F(SimStrangeBoard, HugeTextIsRefused) {
+TEST_F(SimStrangeBoard, RejectsHugeText) {
   std::filesystem::resize_file(at("desk/board.conf"), uint64_t{40} << 30);
   expect_error(launch({"shot", at("desk"), at("shot.png")}), 1, at("desk") + "/board.conf: is larger than");
   expect_error(launch({"set", at("desk"), "accel=0,0,0"}), 1, at("desk") + "/board.conf: is larger than");
 }
 
-TEST_F(SimStrangeBoard, ApplicationMayOpenAMemoryThatIsTooLarge) {
+TEST_F(SimStrangeBoard, LetsApplicationOpenTooLargeMemory) {
   write("desk/board.conf", "xres=10\nyres=10\nline_length=4000000000\nyres_virtual=4000000000\n", 0644);
   launch({"run", at("desk"), "--", "sh", "-c", "head -c 1 /dev/fb0 >/dev/null"});
   EXPECT_EQ(std::filesystem::file_size(at("desk/dev/fb0")), uint64_t{1} << 30);
 }
 
-TEST_F(SimStrangeBoard, EventsAreShownWithoutControlCharacters) {
+TEST_F(SimStrangeBoard, PrintsEventsWithoutControlCharacters) {
   write("desk/events", "led: \x1b]0;title\x07red\r\n", 0644);
   EXPECT_EQ(launch({"events", at("desk"), "--once"}).output, "led: \\x1b]0;title\\x07red\\x0d\n");
 }
 
-TEST_F(SimStrangeBoard, EventsStartWithTheEndOfAHugeFile) {
+TEST_F(SimStrangeBoard, StartsEventsAtEndOfHugeFile) {
   std::filesystem::resize_file(at("desk/events"), uint64_t{40} << 30);
   EXPECT_EQ(launch({"events", at("desk"), "--once"}).output.size(), size_t{16} << 22); // NULs as \x00
 }
 
-TEST_F(SimStrangeBoard, LinksOutOfItAreNotFollowed) {
+TEST_F(SimStrangeBoard, FollowsNoLinksOutOfBoard) {
   write("secret", "xres=10\nyres=10\n", 0644);
   link(at("secret"), "events");
   EXPECT_EQ(launch({"events", at("desk"), "--once"}).output, "");
@@ -555,10 +551,11 @@ TEST_F(SimStrangeBoard, LinksOutOfItAreNotFollowed) {
   EXPECT_FALSE(std::filesystem::exists(at("played.wav")));
 }
 
-TEST_F(SimStrangeBoard, PipeInThePlaceOfAFileIsNotWaitedFor) {
+TEST_F(SimStrangeBoard, DoesNotWaitForPipeInPlaceOfFile) {
   std::filesystem::remove(at("desk/dev/fb0"));
   ASSERT_EQ(::mkfifo(at("desk/dev/fb0").c_str(), 0666), 0);
   EXPECT_EQ(launch({"shot", at("desk"), at("shot.png")}).exit_status(), 1);
 }
 
 } // namespace
+} // namespace dravik::test

@@ -1,4 +1,4 @@
-// Calls of the C library by name, as programs of another year or compiled with checks make them.
+// Call of the C library by name, as programs of another year or compiled with checks make them.
 #pragma once
 
 #include <dlfcn.h>

@@ -10,10 +10,8 @@
 #include <mntent.h>
 #include <unistd.h>
 
+namespace dravik::test {
 namespace {
-
-using dravik::test::board;
-using dravik::test::library_call;
 
 using open_function = int(const char *, int, ...);
 using checked_open_function = int(const char *, int);
@@ -141,7 +139,7 @@ TEST_P(SimCreat, MakesAFileOnTheBoardWithTheMode) {
 INSTANTIATE_TEST_SUITE_P(By, SimCreat, testing::Values("creat", "creat64"),
                          [](const auto &tested) { return std::string{tested.param}; });
 
-TEST(SimOpenAt, TakesAPathFromAnOpenDirectoryOfTheBoard) {
+TEST(SimOpenAt, ResolvesFromOpenDirectoryOfBoard) {
   const board board;
   board.write("usr/local/dravik/jpg/night.jpg", "jpg");
   const int directory = ::open("/usr/local/dravik", O_RDONLY | O_DIRECTORY);
@@ -151,7 +149,7 @@ TEST(SimOpenAt, TakesAPathFromAnOpenDirectoryOfTheBoard) {
   ::close(directory);
 }
 
-TEST(SimOpenAt, TakesAPathFromAnOpenDirectoryOfTheHost) {
+TEST(SimOpenAt, ResolvesFromOpenDirectoryOfHost) {
   const board board;
   board.write("tmp/dravik.log", "line\n");
   const int directory = ::open("/tmp", O_RDONLY | O_DIRECTORY);
@@ -193,3 +191,4 @@ TEST(SimOpenStream, ReadsTheBoardsMounts) {
 }
 
 } // namespace
+} // namespace dravik::test

@@ -20,10 +20,8 @@
 #include <unistd.h>
 #include <utime.h>
 
+namespace dravik::test {
 namespace {
-
-using dravik::test::board;
-using dravik::test::library_call;
 
 // --- status of files ---
 
@@ -100,7 +98,7 @@ INSTANTIATE_TEST_SUITE_P(
                     status_call{"__fxstatat64", by_layout_and_directory}),
     [](const auto &tested) { return tested.param.name; });
 
-TEST(SimPathCalls, LinkStatusIsOfTheLink) {
+TEST(SimPathCalls, ReportsStatusOfLinkItself) {
   const board board;
   board.write("tmp/add/areacode.bin", "123");
   ASSERT_EQ(::symlink("areacode.bin", "/tmp/add/link"), 0);
@@ -194,7 +192,7 @@ const plain_call calls_on_files[] = {
 INSTANTIATE_TEST_SUITE_P(By, SimExistingFile, testing::ValuesIn(calls_on_files),
                          [](const auto &tested) { return tested.param.name; });
 
-TEST(SimPathCalls, RenamingMovesTheBoardsFile) {
+TEST(SimPathCalls, RenamesFileOfBoard) {
   const board board;
   board.write("tmp/mmcblk0p1/REC/a.avi", "film");
   EXPECT_EQ(std::rename("/tmp/mmcblk0p1/REC/a.avi", "/tmp/mmcblk0p1/b.avi"), 0);
@@ -228,13 +226,13 @@ INSTANTIATE_TEST_SUITE_P(By, SimNewName, testing::ValuesIn(calls_that_make),
 
 // --- directories ---
 
-TEST(SimPathCalls, DirectoriesAreRemovedFromTheBoard) {
+TEST(SimPathCalls, RemovesDirectoriesOfBoard) {
   const board board;
   EXPECT_EQ(::rmdir("/tmp/mmcblk0p1"), 0);
   EXPECT_FALSE(board.exists("tmp/mmcblk0p1"));
 }
 
-TEST(SimPathCalls, DirectoriesAreListedFromTheBoard) {
+TEST(SimPathCalls, ListsDirectoriesOfBoard) {
   const board board;
   board.write("tmp/mmcblk0p1/REC/only.avi", "");
   DIR *directory = ::opendir("/tmp/mmcblk0p1/REC");
@@ -290,7 +288,7 @@ TEST_P(SimWalk, MeetsTheBoardsFiles) {
 INSTANTIATE_TEST_SUITE_P(By, SimWalk, testing::Values("ftw", "ftw64", "nftw", "nftw64"),
                          [](const auto &tested) { return std::string{tested.param}; });
 
-// --- names that are given back ---
+// --- names that are specified back ---
 
 TEST(SimPathCalls, ReadsALinkOfTheBoard) {
   const board board;
@@ -346,7 +344,7 @@ INSTANTIATE_TEST_SUITE_P(By, SimResolved,
                                          resolver{"canonicalize_file_name", by_canonicalize}),
                          [](const auto &tested) { return tested.param.name; });
 
-TEST(SimPathCalls, WorkingDirectoryIsAsTheApplicationKnowsIt) {
+TEST(SimPathCalls, ReportsWorkingDirectoryOfApplication) {
   const board board;
   board.write("tmp/mmcblk0p1/REC/a.avi", "");
   ASSERT_EQ(::chdir("/tmp/mmcblk0p1/REC"), 0);
@@ -363,3 +361,4 @@ TEST(SimPathCalls, WorkingDirectoryIsAsTheApplicationKnowsIt) {
 }
 
 } // namespace
+} // namespace dravik::test

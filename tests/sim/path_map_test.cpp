@@ -13,10 +13,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace dravik::test {
 namespace {
-
-using dravik::test::board;
-using dravik::test::library_call;
 
 bool same_file(const std::string &one, const std::string &other) {
   struct stat first;
@@ -27,7 +25,7 @@ bool same_file(const std::string &one, const std::string &other) {
 
 class SimFixedPath : public testing::TestWithParam<const char *> {};
 
-TEST_P(SimFixedPath, LiesInTheBoard) {
+TEST_P(SimFixedPath, IsInBoard) {
   const board board;
   board.write(GetParam(), "here");
   EXPECT_TRUE(same_file(GetParam(), board.path(GetParam())));
@@ -70,7 +68,7 @@ INSTANTIATE_TEST_SUITE_P(Paths, SimHostPath,
                                          "/tmp/additional", "/usr/local/dravikx/a", "/etc/passwd",
                                          "/tmp/ptb.old"));
 
-TEST(SimPathMap, DotDotNeverEscapesIntoTheBoardsNeighbours) {
+TEST(SimPathMap, NeverEscapesThroughDotDot) {
   const board board;
   board.write("tmp/dravik-neighbour", "");
   struct stat status;
@@ -79,7 +77,7 @@ TEST(SimPathMap, DotDotNeverEscapesIntoTheBoardsNeighbours) {
   EXPECT_TRUE(same_file("/usr/local/dravik/../../../../../..", "/"));
 }
 
-TEST(SimPathMap, RelativePathsFollowTheWorkingDirectory) {
+TEST(SimPathMap, FollowsWorkingDirectory) {
   const board board;
   board.write("tmp/dravik.log", "");
   ASSERT_EQ(::chdir("/tmp"), 0);
@@ -92,7 +90,7 @@ TEST(SimPathMap, RelativePathsFollowTheWorkingDirectory) {
   EXPECT_TRUE(same_file("../../../etc/passwd", "/etc/passwd"));
 }
 
-TEST(SimPathMap, BoardsOwnFilesAreReachedByTheirRealNames) {
+TEST(SimPathMap, ReachesFilesOfBoardByRealName) {
   const board board;
   board.write("tmp/dravik.log", "");
   EXPECT_EQ(::access(board.path("tmp/dravik.log").c_str(), F_OK), 0);
@@ -101,7 +99,7 @@ TEST(SimPathMap, BoardsOwnFilesAreReachedByTheirRealNames) {
   EXPECT_EQ(::access("tmp/../events", F_OK), 0);
 }
 
-TEST(SimPathMap, BoardInsideABoardsPathIsReachedByItsRealName) {
+TEST(SimPathMap, ReachesBoardInBoardPathByRealName) {
   const board outer;
   const std::string inner = outer.path("usr/local/dravik/inner");
   std::filesystem::create_directories(inner + "/tmp");
@@ -112,7 +110,7 @@ TEST(SimPathMap, BoardInsideABoardsPathIsReachedByItsRealName) {
   EXPECT_TRUE(same_file("/tmp/ptb", inner + "/tmp/ptb"));
 }
 
-TEST(SimPathMap, BoardMayBeNamedByALink) {
+TEST(SimPathMap, AcceptsLinkAsBoard) {
   const board board;
   const std::string link = board.path() + "-link";
   ASSERT_EQ(::symlink(board.path().c_str(), link.c_str()), 0);
@@ -124,7 +122,7 @@ TEST(SimPathMap, BoardMayBeNamedByALink) {
   ::unlink(link.c_str());
 }
 
-TEST(SimPathMap, BoardThatIsNotAbsoluteLeadsNowhere) {
+TEST(SimPathMap, RejectsRelativeBoard) {
   const board board;
   ASSERT_EQ(::chdir(board.path().c_str()), 0);
   ::dravik_sim_use_board(".");
@@ -132,27 +130,27 @@ TEST(SimPathMap, BoardThatIsNotAbsoluteLeadsNowhere) {
   EXPECT_EQ(errno, ENOTDIR);
 }
 
-TEST(SimPathMap, EmptyNameOfABoardIsNone) {
+TEST(SimPathMap, TreatsEmptyNameAsNoBoard) {
   const board board;
   board.write("tmp/debugfs", "");
   ::dravik_sim_use_board("");
   EXPECT_FALSE(same_file("/tmp/debugfs", board.path("tmp/debugfs")));
 }
 
-TEST(SimPathMap, OverlongPathIsRefused) {
+TEST(SimPathMap, RejectsOverlongPath) {
   const board board;
   const std::string overlong = std::string{"/tmp/mmcblk0p1/"}.append(1100, '/').append(1100, 'n');
   EXPECT_EQ(::access(overlong.c_str(), F_OK), -1);
   EXPECT_EQ(errno, ENAMETOOLONG);
 }
 
-TEST(SimPathMap, LongSpellingOfAShortPathIsUnderstood) {
+TEST(SimPathMap, AcceptsLongSpellingOfShortPath) {
   const board board;
   board.write("tmp/ptb", "");
   EXPECT_TRUE(same_file(std::string{"/tmp"}.append(3000, '/').append("ptb"), board.path("tmp/ptb")));
 }
 
-TEST(SimPathMap, TrailingSlashAsksForADirectory) {
+TEST(SimPathMap, RequiresDirectoryForTrailingSlash) {
   const board board;
   board.write("tmp/dravik.log", "");
   EXPECT_EQ(::access("/tmp/dravik.log/", F_OK), -1);
@@ -160,7 +158,7 @@ TEST(SimPathMap, TrailingSlashAsksForADirectory) {
   EXPECT_EQ(::access("/tmp/add/", F_OK), 0);
 }
 
-TEST(SimPathMap, NoPathAndEmptyPathFailAsWithoutABoard) {
+TEST(SimPathMap, FailsForNullAndEmptyPathAsWithoutBoard) {
   const board board;
   const auto open_file = library_call<int(const char *, int, ...)>("open"); // the header would forbid no path
   EXPECT_EQ(open_file(nullptr, O_RDONLY), -1);
@@ -169,7 +167,7 @@ TEST(SimPathMap, NoPathAndEmptyPathFailAsWithoutABoard) {
   EXPECT_EQ(errno, ENOENT);
 }
 
-TEST(SimPathMap, SuccessLeavesErrnoAlone) {
+TEST(SimPathMap, LeavesErrnoOnSuccess) {
   const board board;
   board.write("tmp/ptb", "");
   errno = 0;
@@ -181,3 +179,4 @@ TEST(SimPathMap, SuccessLeavesErrnoAlone) {
 }
 
 } // namespace
+} // namespace dravik::test

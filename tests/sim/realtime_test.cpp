@@ -13,9 +13,9 @@
 #include <thread>
 #include <unistd.h>
 
+namespace dravik::test {
 namespace {
 
-using dravik::test::board;
 using testing::ElementsAre;
 
 int set(pthread_t thread, int policy, int priority) {
@@ -33,7 +33,7 @@ void PrintTo(const schedule &printed, std::ostream *to) {
   *to << "policy " << printed.policy << ", priority " << printed.priority;
 }
 
-schedule get(pthread_t thread) {
+schedule checked_schedule(pthread_t thread) {
   schedule read = {-1, -1};
   sched_param parameters = {-1};
   EXPECT_EQ(::pthread_getschedparam(thread, &read.policy, &parameters), 0);
@@ -48,7 +48,7 @@ int policy_of_host() {
   return static_cast<int>(::syscall(SYS_sched_getscheduler, 0));
 }
 
-/// From here on the host refuses this thread, and those that it starts, real-time priorities.
+/// From here on the host rejects this thread, and those that it starts, real-time priorities.
 void give_up_priorities() {
   const rlimit none = {0, 0};
   ASSERT_EQ(::setrlimit(RLIMIT_RTPRIO, &none), 0);
@@ -63,7 +63,7 @@ TEST(SimRealTime, IsGrantedWhereTheHostRefusesIt) {
   const board board;
   give_up_priorities();
   EXPECT_EQ(set(::pthread_self(), SCHED_FIFO, 90), 0);
-  EXPECT_EQ(get(::pthread_self()), (schedule{SCHED_FIFO, 90}));
+  EXPECT_EQ(checked_schedule(::pthread_self()), (schedule{SCHED_FIFO, 90}));
   EXPECT_EQ(policy_of_host(), SCHED_OTHER);
   EXPECT_THAT(board.events(), ElementsAre("thread: real-time priority 90, simulated"));
 }
@@ -71,7 +71,7 @@ TEST(SimRealTime, IsGrantedWhereTheHostRefusesIt) {
 TEST(SimRealTime, IsTheHostsWhereItGrantsIt) {
   const board board;
   EXPECT_EQ(set(::pthread_self(), SCHED_FIFO, 1), 0);
-  EXPECT_EQ(get(::pthread_self()), (schedule{SCHED_FIFO, 1}));
+  EXPECT_EQ(checked_schedule(::pthread_self()), (schedule{SCHED_FIFO, 1}));
   if (policy_of_host() != SCHED_FIFO)
     GTEST_SKIP() << "this host does not grant it";
   EXPECT_THAT(board.events(), ElementsAre("thread: real-time priority 1"));
@@ -83,7 +83,7 @@ TEST(SimRealTime, IsRefusedWhenTheBoardSaysSo) {
   const board board;
   board.set("realtime", "refused");
   EXPECT_EQ(set(::pthread_self(), SCHED_FIFO, 90), EPERM);
-  EXPECT_EQ(get(::pthread_self()), ordinary);
+  EXPECT_EQ(checked_schedule(::pthread_self()), ordinary);
   EXPECT_EQ(policy_of_host(), SCHED_OTHER);
   EXPECT_THAT(board.events(), ElementsAre("thread: real-time priority 90, refused"));
 }
@@ -96,7 +96,7 @@ protected:
 
 TEST_F(SimRealTimeSimulated, IsNotAskedOfTheHost) {
   EXPECT_EQ(set(::pthread_self(), SCHED_RR, 99), 0);
-  EXPECT_EQ(get(::pthread_self()), (schedule{SCHED_RR, 99}));
+  EXPECT_EQ(checked_schedule(::pthread_self()), (schedule{SCHED_RR, 99}));
   EXPECT_EQ(policy_of_host(), SCHED_OTHER);
 }
 
@@ -105,10 +105,10 @@ TEST_F(SimRealTimeSimulated, IsThatOfOneThread) {
   ::pthread_barrier_init(&end, nullptr, 2);
   std::thread other{[&end] { ::pthread_barrier_wait(&end); }};
   EXPECT_EQ(set(other.native_handle(), SCHED_FIFO, 90), 0);
-  EXPECT_EQ(get(other.native_handle()), (schedule{SCHED_FIFO, 90}));
-  EXPECT_EQ(get(::pthread_self()), ordinary);
+  EXPECT_EQ(checked_schedule(other.native_handle()), (schedule{SCHED_FIFO, 90}));
+  EXPECT_EQ(checked_schedule(::pthread_self()), ordinary);
   EXPECT_EQ(set(other.native_handle(), SCHED_FIFO, 80), 0);
-  EXPECT_EQ(get(other.native_handle()), (schedule{SCHED_FIFO, 80}));
+  EXPECT_EQ(checked_schedule(other.native_handle()), (schedule{SCHED_FIFO, 80}));
   ::pthread_barrier_wait(&end);
   other.join();
   ::pthread_barrier_destroy(&end);
@@ -117,36 +117,36 @@ TEST_F(SimRealTimeSimulated, IsThatOfOneThread) {
 TEST_F(SimRealTimeSimulated, EndsWithTheThread) {
   for (int i = 0; i < 200; ++i) // the C library gives their names out again
     std::thread{[] {
-      EXPECT_EQ(get(::pthread_self()), ordinary);
+      EXPECT_EQ(checked_schedule(::pthread_self()), ordinary);
       EXPECT_EQ(set(::pthread_self(), SCHED_FIFO, 90), 0);
-      EXPECT_EQ(get(::pthread_self()), (schedule{SCHED_FIFO, 90}));
+      EXPECT_EQ(checked_schedule(::pthread_self()), (schedule{SCHED_FIFO, 90}));
     }}.join();
 }
 
 TEST_F(SimRealTimeSimulated, EndsWithAnOrdinaryPolicy) {
   EXPECT_EQ(set(::pthread_self(), SCHED_FIFO, 90), 0);
   EXPECT_EQ(set(::pthread_self(), SCHED_OTHER, 0), 0);
-  EXPECT_EQ(get(::pthread_self()), ordinary);
+  EXPECT_EQ(checked_schedule(::pthread_self()), ordinary);
 }
 
 TEST_F(SimRealTimeSimulated, IsRefusedWhenTheSettingChanges) {
   EXPECT_EQ(set(::pthread_self(), SCHED_FIFO, 90), 0);
   board_.set("realtime", "refused");
   EXPECT_EQ(set(::pthread_self(), SCHED_FIFO, 50), EPERM);
-  EXPECT_EQ(get(::pthread_self()), (schedule{SCHED_FIFO, 90}));
+  EXPECT_EQ(checked_schedule(::pthread_self()), (schedule{SCHED_FIFO, 90}));
 }
 
 TEST_F(SimRealTimeSimulated, IsReplacedByTheHosts) {
   EXPECT_EQ(set(::pthread_self(), SCHED_FIFO, 90), 0);
   board_.set("realtime", "host");
   EXPECT_EQ(set(::pthread_self(), SCHED_FIFO, 1), 0);
-  EXPECT_EQ(get(::pthread_self()), (schedule{SCHED_FIFO, 1}));
+  EXPECT_EQ(checked_schedule(::pthread_self()), (schedule{SCHED_FIFO, 1}));
 }
 
-TEST_F(SimRealTimeSimulated, TakesOnlyPrioritiesThatThereAre) {
+TEST_F(SimRealTimeSimulated, AcceptsOnlyValidPriorities) {
   for (const int priority : {-1, 0, 100, 65626})
     EXPECT_EQ(set(::pthread_self(), SCHED_FIFO, priority), EINVAL) << priority;
-  EXPECT_EQ(get(::pthread_self()), ordinary);
+  EXPECT_EQ(checked_schedule(::pthread_self()), ordinary);
   EXPECT_THAT(board_.events(), ElementsAre());
 }
 
@@ -158,7 +158,8 @@ TEST(SimRealTimeWithoutABoard, IsTheHostsAffair) {
   ::dravik_sim_use_board(nullptr);
   give_up_priorities();
   EXPECT_EQ(set(::pthread_self(), SCHED_FIFO, 90), EPERM);
-  EXPECT_EQ(get(::pthread_self()), ordinary);
+  EXPECT_EQ(checked_schedule(::pthread_self()), ordinary);
 }
 
 } // namespace
+} // namespace dravik::test

@@ -22,16 +22,10 @@
 #include <sys/uio.h>
 #include <thread>
 
+namespace dravik::test {
 namespace {
 
 namespace files = std::filesystem;
-
-using dravik::unique_fd;
-using dravik::test::application;
-using dravik::test::board;
-using dravik::test::follower;
-using dravik::test::stderr_capture;
-using dravik::test::terminal_pair;
 
 constexpr const char *port_path = "/dev/ttyS0";
 constexpr const char *port_file = "dev/ttyS0";
@@ -101,7 +95,7 @@ TEST_F(SimSerialPace, AcceptsADriversBufferWithoutBlocking) {
   }
 }
 
-TEST_F(SimSerialPace, BlocksUntilTheLineHasCarriedEnough) {
+TEST_F(SimSerialPace, BlocksUntilLineHasSentEnough) {
   const std::string text = text_of(9000);
   const unique_fd port = opened(O_WRONLY);
   const stopwatch since;
@@ -145,7 +139,7 @@ TEST_F(SimSerialPace, StartsEmptyAfterAStateThatCannotBe) {
 
 class SimConsolePace : public SimSerialPace {
 protected:
-  /// Messages of 500 bytes, each handed to the port before the next. Returns the time from the first.
+  /// Messages of 500 bytes, each handed to the port before the next. Return the time from the first.
   static double print(int messages) {
     EXPECT_EQ(console_init(), 0);
     const stopwatch since;
@@ -162,7 +156,7 @@ protected:
   stderr_capture errors_;
 };
 
-TEST_F(SimConsolePace, BurstLosesWhatTheLineDoesNotCarry) {
+TEST_F(SimConsolePace, LosesBurstBeyondPace) {
   const double seconds = print(100);
   const std::string text = sent();
   EXPECT_GE(text.size(), driver_buffer);
@@ -170,7 +164,7 @@ TEST_F(SimConsolePace, BurstLosesWhatTheLineDoesNotCarry) {
   EXPECT_EQ(text.substr(0, 1000), std::string(499, '0') + '\n' + std::string(498, '0') + "1\n");
 }
 
-TEST_F(SimConsolePace, BurstArrivesWithoutAPace) {
+TEST_F(SimConsolePace, SendsBurstWithoutPace) {
   board_.set("serial_pace", "none");
   print(100);
   EXPECT_EQ(sent().size(), 50000U);
@@ -178,7 +172,7 @@ TEST_F(SimConsolePace, BurstArrivesWithoutAPace) {
 
 // ------------------------------------------------------------------------------------------ terminals
 
-TEST_F(SimSerialPace, HoldsForATerminalToo) {
+TEST_F(SimSerialPace, AppliesToTerminals) {
   const terminal_pair cable;
   make_port(cable);
   const std::string text = text_of(10000);
@@ -191,7 +185,7 @@ TEST_F(SimSerialPace, HoldsForATerminalToo) {
   EXPECT_EQ(cable.read(3000), text.substr(0, 3000));
 }
 
-TEST_F(SimSerialPace, HoldsForPieces) {
+TEST_F(SimSerialPace, AppliesToPieces) {
   const terminal_pair cable;
   make_port(cable);
   std::string one = text_of(3000), two = text_of(3000);
@@ -201,7 +195,7 @@ TEST_F(SimSerialPace, HoldsForPieces) {
   EXPECT_EQ(cable.read(driver_buffer), (one + two).substr(0, driver_buffer));
 }
 
-TEST_F(SimSerialPace, OtherTerminalsHaveNone) {
+TEST_F(SimSerialPace, IgnoresOtherTerminals) {
   const terminal_pair cable, other;
   make_port(cable);
   termios settings = other.settings();
@@ -217,20 +211,19 @@ TEST_F(SimSerialPace, OtherTerminalsHaveNone) {
 
 // ------------------------------------------------------------------------------------------ the launcher
 
-TEST_F(SimSerialPace, ApplicationSendsAtThePaceOfTheLine) {
+TEST_F(SimSerialPace, LimitsApplicationToPaceOfLine) {
   const std::string text = text_of(12000);
   board_.write("usr/local/dravik/text", text);
   const stopwatch since;
-  const auto result =
-      dravik::test::launch({"run", board_.path(), "--", "/bin/sh", "-c",
-                            "stty -F /dev/ttyS0 raw 115200; cat /usr/local/dravik/text >/dev/ttyS0"});
+  const auto result = launch({"run", board_.path(), "--", "/bin/sh", "-c",
+                              "stty -F /dev/ttyS0 raw 115200; cat /usr/local/dravik/text >/dev/ttyS0"});
   EXPECT_EQ(result.exit_status(), 0);
   EXPECT_GE(since.seconds(), (12000 - driver_buffer) / bytes_per_second);
   EXPECT_TRUE(board_.read("console") == text);
 }
 
 /// Also of what went to the terminal past the calls that the simulator sees.
-TEST_F(SimSerialPace, TextArrivesAtThePaceOfTheLine) {
+TEST_F(SimSerialPace, DeliversTextAtPaceOfLine) {
   follower events{board_.path()};
   ::mkfifo(board_.path("gate").c_str(), 0600);
   application waiting{board_,
@@ -246,8 +239,9 @@ TEST_F(SimSerialPace, TextArrivesAtThePaceOfTheLine) {
   EXPECT_GE(since.seconds(), 0.45); // of 0.52 s; the first hundredth comes at once
   board_.write("gate", "\n");
   EXPECT_EQ(waiting.finish(), 0);
-  dravik::test::await_serial_keeper(board_.path());
+  await_serial_keeper(board_.path());
   EXPECT_TRUE(board_.read("console") == text);
 }
 
 } // namespace
+} // namespace dravik::test

@@ -16,14 +16,9 @@
 #include <sys/uio.h>
 #include <termios.h>
 
+namespace dravik::test {
 namespace {
 
-using dravik::unique_fd;
-using dravik::test::board;
-using dravik::test::follower;
-using dravik::test::launch;
-using dravik::test::stderr_capture;
-using dravik::test::terminal_pair;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -66,7 +61,7 @@ TEST_F(SimConsole, PrintsIntoTheBoardsFileAndItsEvents) {
               ElementsAre("ttyS0: 115200 bits per second", "ttyS0: speed 52 km/h", "ttyS0: lane kept"));
 }
 
-TEST_F(SimConsole, StartFailsAsOrdered) {
+TEST_F(SimConsole, FailsToStartIfInjected) {
   const std::pair<const char *, const char *> cases[] = {
       {"open", "get"}, {"tcgetattr", "get"}, {"tcsetattr", "set"}};
   for (const auto &[request, verb] : cases) {
@@ -78,7 +73,7 @@ TEST_F(SimConsole, StartFailsAsOrdered) {
   }
 }
 
-TEST_F(SimConsole, KeyIsTakenFromThePort) {
+TEST_F(SimConsole, ReadsKeyFromPort) {
   const unique_fd before{::dup(STDIN_FILENO)};
   ::dup2(opened(O_RDWR).get(), STDIN_FILENO);
   type("k");
@@ -89,7 +84,7 @@ TEST_F(SimConsole, KeyIsTakenFromThePort) {
 
 // ------------------------------------------------------------------------------------------- sending
 
-TEST_F(SimSerialPort, WhatIsSentGoesToTheEndOfTheFile) {
+TEST_F(SimSerialPort, AppendsSentText) {
   const unique_fd both = opened(O_RDWR);
   const unique_fd writer = opened(O_WRONLY | O_TRUNC);
   EXPECT_EQ(::write(both.get(), "one\n", 4), 4);
@@ -99,7 +94,7 @@ TEST_F(SimSerialPort, WhatIsSentGoesToTheEndOfTheFile) {
   EXPECT_THAT(board_.events(), ElementsAre("ttyS0: one", "ttyS0: two", "ttyS0: three"));
 }
 
-TEST_F(SimSerialPort, PiecesAreSentTogether) {
+TEST_F(SimSerialPort, SendsPiecesTogether) {
   const unique_fd port = opened(O_RDWR);
   char one[] = "to", two[] = "gether";
   const iovec pieces[] = {{one, 2}, {two, 6}};
@@ -107,14 +102,14 @@ TEST_F(SimSerialPort, PiecesAreSentTogether) {
   EXPECT_THAT(board_.events(), ElementsAre("ttyS0: together"));
 }
 
-TEST_F(SimSerialPort, WhatIsSentDoesNotComeBack) {
+TEST_F(SimSerialPort, DoesNotEchoSentText) {
   const unique_fd port = opened(O_RDWR | O_NONBLOCK);
   EXPECT_EQ(::write(port.get(), "out", 3), 3);
   EXPECT_EQ(received(port), "nothing");
   EXPECT_EQ(errno, EAGAIN);
 }
 
-TEST_F(SimSerialPort, StreamSendsEachLineAtItsEnd) {
+TEST_F(SimSerialPort, SendsEachLineOfStream) {
   std::FILE *stream = std::fopen(port_path, "w");
   ASSERT_NE(stream, nullptr);
   std::fputs("line\nrest", stream);
@@ -123,7 +118,7 @@ TEST_F(SimSerialPort, StreamSendsEachLineAtItsEnd) {
   EXPECT_EQ(sent(), "line\nrest");
 }
 
-TEST_F(SimSerialPort, ReopenedStreamGoesOnAtTheEnd) {
+TEST_F(SimSerialPort, AppendsFromReopenedStream) {
   ::write(opened(O_WRONLY).get(), "first\n", 6);
   std::FILE *stream = std::freopen(port_path, "w", std::tmpfile());
   ASSERT_NE(stream, nullptr);
@@ -132,7 +127,7 @@ TEST_F(SimSerialPort, ReopenedStreamGoesOnAtTheEnd) {
   EXPECT_EQ(sent(), "first\nsecond\n");
 }
 
-TEST_F(SimSerialPort, ShellsSendToo) {
+TEST_F(SimSerialPort, SendsFromShells) {
   for (const char *shell : {"sh", "bash"})
     EXPECT_EQ(launch({"run", board_.path(), "--", shell, "-c", "echo $0 >/dev/ttyS0; ls -d /dev >/dev/ttyS0"})
                   .exit_status(),
@@ -140,7 +135,7 @@ TEST_F(SimSerialPort, ShellsSendToo) {
   EXPECT_EQ(sent(), "sh\r\n/dev\r\nbash\r\n/dev\r\n");
 }
 
-TEST_F(SimSerialPort, ChildrenSendByTheSameDescriptor) {
+TEST_F(SimSerialPort, SendsFromChildren) {
   const unique_fd port = opened(O_RDWR);
   const pid_t child = ::fork();
   if (child == 0)
@@ -153,7 +148,7 @@ TEST_F(SimSerialPort, ChildrenSendByTheSameDescriptor) {
 
 // ------------------------------------------------------------------------------------------- receiving
 
-TEST_F(SimSerialPort, WhatIsTypedIsReceived) {
+TEST_F(SimSerialPort, ReceivesTypedText) {
   const unique_fd port = opened(O_RDWR | O_NONBLOCK);
   EXPECT_EQ(received(port), "nothing");
   EXPECT_EQ(errno, EAGAIN);
@@ -174,7 +169,7 @@ TEST_F(SimSerialPort, HasNoEndWhenTheTypistLeaves) {
   EXPECT_EQ(::poll(&ready, 1, 0), 0);
 }
 
-TEST_F(SimSerialPort, FlushingDropsWhatIsNotReadYet) {
+TEST_F(SimSerialPort, DropsUnreadTextOnFlush) {
   const unique_fd port = opened(O_RDWR | O_NONBLOCK);
   type(std::string(1000, 'x'));
   EXPECT_EQ(::tcflush(port.get(), TCOFLUSH), 0);
@@ -190,7 +185,7 @@ TEST_F(SimSerialPort, FlushingDropsWhatIsNotReadYet) {
   EXPECT_EQ(received(port), "nothing");
 }
 
-TEST_F(SimSerialPort, FlushingAPortThatWaitsDoesNotWait) {
+TEST_F(SimSerialPort, FlushesBlockingPortWithoutBlocking) {
   const unique_fd port = opened(O_RDWR);
   EXPECT_EQ(::tcflush(port.get(), TCIOFLUSH), 0);
 }
@@ -214,7 +209,7 @@ TEST_F(SimSerialPort, IsATerminalInEachDirection) {
   EXPECT_EQ(::tcflush(file.get(), TCIFLUSH), -1);
 }
 
-TEST_F(SimSerialPort, SettingsStayForTheNextProgram) {
+TEST_F(SimSerialPort, KeepsSettingsForNextProgram) {
   termios settings;
   ASSERT_EQ(::tcgetattr(opened(O_RDWR).get(), &settings), 0);
   EXPECT_EQ(::cfgetospeed(&settings), speed_t{B9600});
@@ -224,7 +219,7 @@ TEST_F(SimSerialPort, SettingsStayForTheNextProgram) {
   ASSERT_EQ(::tcsetattr(opened(O_RDWR).get(), TCSANOW, &settings), 0);
   termios kept;
   ASSERT_EQ(::tcgetattr(opened(O_RDONLY).get(), &kept), 0);
-  EXPECT_TRUE(dravik::test::are_same(settings, kept));
+  EXPECT_TRUE(are_same(settings, kept));
   EXPECT_THAT(board_.events(), ElementsAre("ttyS0: 19200 bits per second"));
 }
 
@@ -238,7 +233,7 @@ TEST_F(SimSerialPort, IsSetUpByOtherPrograms) {
   EXPECT_THAT(stty("-a").output, testing::HasSubstr("speed 57600 baud; rows 0; columns 0;"));
 }
 
-TEST_F(SimSerialPort, RequestsThatAreNotKnownAreRefused) {
+TEST_F(SimSerialPort, RejectsUnknownRequests) {
   const unique_fd port = opened(O_RDWR);
   int lines;
   EXPECT_EQ(::ioctl(port.get(), TIOCMGET, &lines), -1);
@@ -278,7 +273,7 @@ TEST_F(SimSerialPort, ReadsAndWritesFailAsOrdered) {
   EXPECT_THAT(board_.events(), IsEmpty());
 }
 
-TEST_F(SimSerialPort, BoardWithoutTheFileHasNone) {
+TEST_F(SimSerialPort, IsMissingWithoutFile) {
   board_.remove("dev/ttyS0");
   for (const int flags : {O_RDONLY, O_WRONLY, O_RDWR}) {
     EXPECT_EQ(::open(port_path, flags), -1);
@@ -286,7 +281,7 @@ TEST_F(SimSerialPort, BoardWithoutTheFileHasNone) {
   }
 }
 
-TEST_F(SimSerialPort, WithoutThePipeItSendsAndReceivesNothing) {
+TEST_F(SimSerialPort, SendsAndReceivesNothingWithoutPipe) {
   board_.remove(input);
   const unique_fd port = opened(O_RDWR);
   EXPECT_EQ(::isatty(port.get()), 1);
@@ -294,7 +289,7 @@ TEST_F(SimSerialPort, WithoutThePipeItSendsAndReceivesNothing) {
   EXPECT_EQ(sent(), "out\n");
 }
 
-TEST_F(SimSerialPort, LinkToATerminalMakesThatThePort) {
+TEST_F(SimSerialPort, UsesLinkedTerminalAsPort) {
   const terminal_pair cable;
   board_.remove("dev/ttyS0");
   std::filesystem::create_symlink(cable.name(), board_.path("dev/ttyS0"));
@@ -303,7 +298,8 @@ TEST_F(SimSerialPort, LinkToATerminalMakesThatThePort) {
   EXPECT_EQ(cable.read(3), "far");
   termios settings;
   EXPECT_EQ(::tcgetattr(port.get(), &settings), 0);
-  EXPECT_TRUE(dravik::test::are_same(settings, cable.settings()));
+  EXPECT_TRUE(are_same(settings, cable.settings()));
 }
 
 } // namespace
+} // namespace dravik::test

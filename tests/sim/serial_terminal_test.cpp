@@ -14,18 +14,11 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+namespace dravik::test {
 namespace {
 
 namespace files = std::filesystem;
 
-using dravik::unique_fd;
-using dravik::test::application;
-using dravik::test::await_serial_keeper;
-using dravik::test::board;
-using dravik::test::follower;
-using dravik::test::launch;
-using dravik::test::outcome;
-using dravik::test::terminal_pair;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -83,7 +76,7 @@ TEST_F(SimSerialTerminal, EchoesWhatIsTyped) {
   EXPECT_EQ(text(), "ready\r\nstatus\r\n");
 }
 
-TEST_F(SimSerialTerminal, LinesAreEdited) {
+TEST_F(SimSerialTerminal, EditsLines) {
   application reader{board_, shell, {"-c", "stty -F /dev/ttyS0 -echo; echo; head -n1 </dev/ttyS0"}};
   reader.await_output("\n");
   type("stop\x7F\x7F");
@@ -93,7 +86,7 @@ TEST_F(SimSerialTerminal, LinesAreEdited) {
   EXPECT_EQ(text(), "");
 }
 
-TEST_F(SimSerialTerminal, RawModeHandsKeysOnAtOnceWithoutEcho) {
+TEST_F(SimSerialTerminal, PassesKeysInRawModeWithoutEcho) {
   application reader{board_, shell, {"-c", "stty -F /dev/ttyS0 raw -echo; echo; head -c3 </dev/ttyS0"}};
   reader.await_output("\n");
   type("\x03\x7Fk");
@@ -102,7 +95,7 @@ TEST_F(SimSerialTerminal, RawModeHandsKeysOnAtOnceWithoutEcho) {
   EXPECT_EQ(text(), "");
 }
 
-TEST_F(SimSerialTerminal, MoreIsTypedThanItHolds) {
+TEST_F(SimSerialTerminal, AcceptsMoreThanItHolds) {
   application reader{
       board_, shell, {"-c", "stty -F /dev/ttyS0 raw -echo; echo; head -c300000 </dev/ttyS0 | wc -c"}};
   reader.await_output("\n");
@@ -111,7 +104,7 @@ TEST_F(SimSerialTerminal, MoreIsTypedThanItHolds) {
   EXPECT_EQ(reader.output(), "\n300000\n");
 }
 
-TEST_F(SimSerialTerminal, SettingsFailAsOrdered) {
+TEST_F(SimSerialTerminal, FailsToSetIfInjected) {
   for (const char *request : {"tcgetattr", "tcsetattr"}) {
     board_.set_fault(request, "/dev/ttyS0", "EIO");
     EXPECT_THAT(run_shell("stty -F /dev/ttyS0 raw").errors, HasSubstr("Input/output error")) << request;
@@ -136,14 +129,14 @@ TEST_F(SimSerialTerminal, KeepsEachByte) {
   expect_rest();
 }
 
-TEST_F(SimSerialTerminal, EventsAreWholeLines) {
+TEST_F(SimSerialTerminal, ReportsWholeLinesAsEvents) {
   EXPECT_EQ(run_shell("exec 3>/dev/ttyS0; printf 'one\\ntw' >&3; printf 'o\\n\\nthr' >&3; printf ee >&3")
                 .exit_status(),
             0);
   EXPECT_THAT(board_.events(), ElementsAre("ttyS0: one", "ttyS0: two", "ttyS0: three"));
 }
 
-TEST_F(SimSerialTerminal, GoesOnAfterWhatWasSent) {
+TEST_F(SimSerialTerminal, AppendsToSentText) {
   board_.write(port, "first\n");
   run_shell("echo second >/dev/ttyS0");
   expect_rest();
@@ -154,7 +147,7 @@ TEST_F(SimSerialTerminal, GoesOnAfterWhatWasSent) {
   EXPECT_EQ(text(), "first\nsecond\r\nthird\nfourth\r\n");
 }
 
-TEST_F(SimSerialTerminal, TextThatIsRemovedMeanwhileBeginsAnew) {
+TEST_F(SimSerialTerminal, RestartsTextThatIsRemoved) {
   follower events{board_.path()};
   application sender{
       board_, shell, {"-c", "echo one >/dev/ttyS0; " + wait_here() + "; echo two >/dev/ttyS0"}};
@@ -170,7 +163,7 @@ TEST_F(SimSerialTerminal, TextThatIsRemovedMeanwhileBeginsAnew) {
 
 // ------------------------------------------------------------------------------------------- the application
 
-TEST_F(SimSerialTerminal, ApplicationHasItsStatusAndNoChildItDidNotMake) {
+TEST_F(SimSerialTerminal, LeavesStatusAndChildrenOfApplicationAlone) {
   const outcome result = launch({"run", board_.path(), "--", "perl", "-e", "print wait(); exit 9"});
   EXPECT_EQ(result.output, "-1");
   EXPECT_EQ(result.exit_status(), 9);
@@ -178,7 +171,7 @@ TEST_F(SimSerialTerminal, ApplicationHasItsStatusAndNoChildItDidNotMake) {
   expect_rest();
 }
 
-TEST_F(SimSerialTerminal, ApplicationHasNoDescriptorItDidNotOpen) {
+TEST_F(SimSerialTerminal, LeavesDescriptorsOfApplicationAlone) {
   EXPECT_THAT(run_shell("ls -l /proc/$$/fd").output,
               testing::Not(testing::AnyOf(HasSubstr("ptmx"), HasSubstr("pts"), HasSubstr("keeper"),
                                           HasSubstr("pidfd"))));
@@ -215,7 +208,7 @@ TEST_F(SimSerialTerminal, RecoversFromAKeeperThatWasKilled) {
   expect_rest();
 }
 
-TEST_F(SimSerialTerminal, KeeperThatWasKilledHasNotLeftSomeoneElsesTerminal) {
+TEST_F(SimSerialTerminal, ReplacesTerminalOfKilledKeeper) {
   const terminal_pair window;
   leave_behind(window.name());
   EXPECT_EQ(run_shell("echo text >/dev/ttyS0").exit_status(), 0);
@@ -223,7 +216,7 @@ TEST_F(SimSerialTerminal, KeeperThatWasKilledHasNotLeftSomeoneElsesTerminal) {
   EXPECT_EQ(window.read_all(), "");
 }
 
-TEST_F(SimSerialTerminal, LinkOfYourOwnStays) {
+TEST_F(SimSerialTerminal, KeepsLinkOfUser) {
   const terminal_pair cable;
   board_.remove(port);
   files::create_symlink(cable.name(), board_.path(port));
@@ -234,14 +227,14 @@ TEST_F(SimSerialTerminal, LinkOfYourOwnStays) {
   EXPECT_FALSE(board_.exists("console"));
 }
 
-TEST_F(SimSerialTerminal, BoardWithoutThePortHasNone) {
+TEST_F(SimSerialTerminal, IsMissingOnBoardWithoutPort) {
   board_.remove(port);
   EXPECT_NE(run_shell("echo none >/dev/ttyS0").exit_status(), 0);
   EXPECT_FALSE(board_.exists(port));
   EXPECT_FALSE(board_.exists(list));
 }
 
-TEST_F(SimSerialTerminal, PortRemovedMeanwhileStaysAway) {
+TEST_F(SimSerialTerminal, StaysRemoved) {
   run_shell("rm " + board_.path(port));
   EXPECT_FALSE(board_.exists(port));
   EXPECT_FALSE(board_.exists(list));
@@ -256,13 +249,13 @@ TEST_F(SimSerialTerminal, WorksWithoutThePipe) {
   EXPECT_THAT(text(), HasSubstr("more\r\n"));
 }
 
-TEST_F(SimSerialTerminal, PlainFileServesWhereThereCanBeNoTerminal) {
+TEST_F(SimSerialTerminal, UsesPlainFileWithoutTerminals) {
   board_.write("usr/local/dravik/text", "text\n");
   const std::string script = "exec 3>&- 4>&- 5>&- 6>&- 7>&- 8>&- 9>&-; exec prlimit --nofile=$0:$0 \"$@\" <" +
                              board_.path("usr/local/dravik/text");
   for (const char *descriptors : {"6", "7"}) {
-    const outcome result = dravik::test::run(
-        {shell, "-c", script, descriptors, LAUNCHER, "run", board_.path(), "--", "tee", "/dev/ttyS0"});
+    const outcome result =
+        run({shell, "-c", script, descriptors, LAUNCHER, "run", board_.path(), "--", "tee", "/dev/ttyS0"});
     EXPECT_EQ(result.exit_status(), 0) << descriptors;
     EXPECT_EQ(result.errors, "") << descriptors;
     EXPECT_FALSE(board_.exists(list)) << descriptors;
@@ -351,3 +344,4 @@ TEST_F(SimSerialTerminalLinks, PipeOutsideIsNotRead) {
 }
 
 } // namespace
+} // namespace dravik::test

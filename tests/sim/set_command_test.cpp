@@ -11,19 +11,15 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 
+namespace dravik::test {
 namespace {
 
-using dravik::unique_fd;
-using dravik::test::board;
-using dravik::test::launch;
-using dravik::test::outcome;
-using dravik::test::stderr_capture;
 using testing::ElementsAre;
 using testing::StartsWith;
 
 using four_codes = std::array<uint32_t, 4>;
 
-four_codes codes() {
+four_codes checked_codes() {
   four_codes read = {};
   EXPECT_EQ(read_adc(read.data()), 0);
   return read;
@@ -35,7 +31,7 @@ protected:
     words.insert(words.begin(), {"set", board_.path()});
     return launch(words);
   }
-  void set(const std::vector<std::string> &words) const {
+  void expect_set(const std::vector<std::string> &words) const {
     const outcome result = try_to_set(words);
     EXPECT_EQ(result.exit_status(), 0) << result.errors;
     EXPECT_EQ(result.output + result.errors, "");
@@ -54,17 +50,17 @@ protected:
   const board board_;
 };
 
-TEST_F(SimSet, FreshBoardReadsSensibleValues) {
-  EXPECT_EQ(codes(), (four_codes{0x200, 0x1CF, 0x200, 0x200}));
+TEST_F(SimSet, ReadsPlausibleValuesOfNewBoard) {
+  EXPECT_EQ(checked_codes(), (four_codes{0x200, 0x1CF, 0x200, 0x200}));
   for (int32_t channel = 0; channel < 4; ++channel)
-    EXPECT_EQ(read_adc_hex(channel), static_cast<int32_t>(codes()[static_cast<size_t>(channel)]));
+    EXPECT_EQ(read_adc_hex(channel), static_cast<int32_t>(checked_codes()[static_cast<size_t>(channel)]));
   EXPECT_EQ(read_temperature(), 30007); // code 463
   EXPECT_EQ(hdmi_detect(), 0);
 }
 
-TEST_F(SimSet, TemperatureIsTheNearestThatTheConverterCanTell) {
+TEST_F(SimSet, SetsNearestTemperatureOfConverter) {
   for (const char *wanted : {"41.5", "0", "-0.9", "25", "30.007", "85.3", "116.5"}) {
-    set({std::string{"temperature="} + wanted});
+    expect_set({std::string{"temperature="} + wanted});
     const double milli_degrees = std::atof(wanted) * 1000;
     double nearest = 1e9;
     for (const int32_t entry : adc_temp_table)
@@ -73,33 +69,33 @@ TEST_F(SimSet, TemperatureIsTheNearestThatTheConverterCanTell) {
   }
 }
 
-TEST_F(SimSet, TemperatureGoesToTheEndsOfTheScale) {
-  set({"temperature=117"});
+TEST_F(SimSet, AcceptsEndsOfTemperatureScale) {
+  expect_set({"temperature=117"});
   EXPECT_EQ(read_temperature(), 117000);
-  set({"temperature=-1"});
+  expect_set({"temperature=-1"});
   EXPECT_EQ(read_temperature(), -1000);
 }
 
-TEST_F(SimSet, CodesAreTakenInBothNotations) {
-  set({"adc.0=0x3ff", "adc.2=17", "adc.3=0"});
-  EXPECT_EQ(codes(), (four_codes{0x3FF, 0x1CF, 17, 0}));
+TEST_F(SimSet, AcceptsCodesInBothNotations) {
+  expect_set({"adc.0=0x3ff", "adc.2=17", "adc.3=0"});
+  EXPECT_EQ(checked_codes(), (four_codes{0x3FF, 0x1CF, 17, 0}));
   char line[31];
   EXPECT_EQ(read_adc_str(2, line), 0);
   EXPECT_STREQ(line, "adc2 = 0x011");
 }
 
-TEST_F(SimSet, LinesThatAreMissingAreAdded) {
+TEST_F(SimSet, AddsMissingLines) {
   board_.write("proc/ambarella/adc", "by hand");
-  set({"adc.2=5"});
+  expect_set({"adc.2=5"});
   EXPECT_EQ(board_.read("proc/ambarella/adc"), std::string("by hand\nadc1 = 0x000\0\nadc2 = 0x005\0\n", 36));
   board_.remove("proc/ambarella/adc");
-  set({"adc.0=6"});
+  expect_set({"adc.0=6"});
   EXPECT_EQ(board_.read("proc/ambarella/adc"), std::string("adc0 = 0x006\0\n", 14));
 }
 
-TEST_F(SimSet, GpioLineChangesUnderAnOpenDriver) {
+TEST_F(SimSet, ChangesGpioLineOfOpenDriver) {
   ASSERT_EQ(gpio_init(), 0);
-  set({"gpio.68=1", "gpio.200=1"});
+  expect_set({"gpio.68=1", "gpio.200=1"});
   EXPECT_EQ(gpio_get(68), 1);
   EXPECT_EQ(gpio_get(200), 1);
   EXPECT_EQ(gpio_set(68, 0), 0);
@@ -107,64 +103,64 @@ TEST_F(SimSet, GpioLineChangesUnderAnOpenDriver) {
   gpio_exit();
 }
 
-TEST_F(SimSet, AccelerometerMovesWhileItIsOpen) {
+TEST_F(SimSet, ChangesAccelerationOfOpenSensor) {
   const stderr_capture errors;
   ASSERT_EQ(gsensor_init(), 0);
-  set({"accel=-500,2500,1000"});
+  expect_set({"accel=-500,2500,1000"});
   std::array<int32_t, 3> now = {};
   gsensor_get_data(&now[0], &now[1], &now[2]);
   EXPECT_THAT(now, ElementsAre(-500, 2500, 1000));
   gsensor_exit();
 }
 
-TEST_F(SimSet, MovementLeavesTheOtherSettings) {
+TEST_F(SimSet, KeepsOtherSettingsOfSensor) {
   board_.set("xres", "320");
-  set({"accel=1,2,3"});
+  expect_set({"accel=1,2,3"});
   EXPECT_THAT(board_.read("board.conf"), testing::HasSubstr("\nxres=320\n"));
   EXPECT_THAT(board_.read("board.conf"), testing::EndsWith("\naccel=1,2,3\n"));
 }
 
-TEST_F(SimSet, MonitorComesAndGoes) {
-  set({"hdmi=on"});
+TEST_F(SimSet, AttachesAndDetachesMonitor) {
+  expect_set({"hdmi=on"});
   EXPECT_EQ(hdmi_detect(), 1);
-  set({"hdmi=off"});
+  expect_set({"hdmi=off"});
   EXPECT_EQ(hdmi_detect(), 0);
 }
 
-TEST_F(SimSet, LastOfSeveralValuesCounts) {
-  set({"adc.1=1", "temperature=0", "hdmi=on", "hdmi=off"});
+TEST_F(SimSet, UsesLastOfSeveralValues) {
+  expect_set({"adc.1=1", "temperature=0", "hdmi=on", "hdmi=off"});
   EXPECT_EQ(read_temperature(), -34); // nearer than 76
   EXPECT_EQ(hdmi_detect(), 0);
 }
 
-TEST_F(SimSet, OldTextStaysWholeForThoseWhoAreReadingIt) {
+TEST_F(SimSet, KeepsOldTextForCurrentReaders) {
   const unique_fd reader{::open(board_.path("proc/ambarella/adc").c_str(), O_RDONLY)};
   const std::string before = board_.read("proc/ambarella/adc");
-  set({"temperature=80"});
+  expect_set({"temperature=80"});
   std::string text(before.size() + 1, '\0');
   text.resize(static_cast<size_t>(::read(reader.get(), text.data(), text.size())));
   EXPECT_EQ(text, before);
 }
 
-TEST_F(SimSet, NothingChangesWhenOneIsWrong) {
+TEST_F(SimSet, ChangesNothingIfOneValueIsInvalid) {
   EXPECT_EQ(try_to_set({"hdmi=on", "gpio.1=1", "adc.4=0"}).exit_status(), 2);
   EXPECT_EQ(hdmi_detect(), 0);
   EXPECT_FALSE(board_.exists("gpio/1"));
 }
 
 TEST_F(SimSet, LeavesNoFilesBehind) {
-  set({"temperature=20", "accel=0,0,0"});
-  const outcome left = dravik::test::run({"find", board_.path(), "-name", "*.new*"});
+  expect_set({"temperature=20", "accel=0,0,0"});
+  const outcome left = run({"find", board_.path(), "-name", "*.new*"});
   EXPECT_EQ(left.output, "");
 }
 
-TEST_F(SimSet, InputsThatAreNoneAreRefused) {
+TEST_F(SimSet, RejectsUnknownInputs) {
   for (const char *word : {"", "=", "volume=3", "gpio=1", "gpio.=1", "gpio.x=1", "gpio.-1=1", "gpio.1x=1",
                            "adc=1", "hdmi", "temperature", "temperature.1=20", "accel.0=0,0,0", "HDMI=on"})
     expect_rejection(word, std::string{"unknown input '"} + word + "'; try 'dravik-sim set --help'");
 }
 
-TEST_F(SimSet, ValuesThatAreNoneAreRefused) {
+TEST_F(SimSet, RejectsInvalidValues) {
   for (const char *value : {"", "2", "on", "01", "-1"})
     expect_refusal(std::string{"gpio.68="} + value, "0 or 1, line 0 to 255");
   expect_refusal("gpio.256=1", "0 or 1, line 0 to 255");
@@ -179,7 +175,7 @@ TEST_F(SimSet, ValuesThatAreNoneAreRefused) {
     expect_refusal(std::string{"hdmi="} + value, "on or off");
 }
 
-TEST_F(SimSet, BoardAndInputHaveToBeNamed) {
+TEST_F(SimSet, RequiresBoardAndInput) {
   for (const std::vector<std::string> &words : {std::vector<std::string>{"set"}, {"set", board_.path()}}) {
     const outcome result = launch(words);
     EXPECT_EQ(result.exit_status(), 2);
@@ -192,7 +188,7 @@ TEST_F(SimSet, BoardAndInputHaveToBeNamed) {
   EXPECT_THAT(result.errors, StartsWith("dravik-sim: " + board_.path("dev") + ": not a board; "));
 }
 
-TEST_F(SimSet, FileThatCannotBeReadIsNotReplaced) {
+TEST_F(SimSet, KeepsUnreadableFile) {
   const std::string settings = board_.read("board.conf");
   board_.remove("proc/ambarella/adc");
   board_.write("proc/ambarella/adc/in the way", "");
@@ -202,7 +198,7 @@ TEST_F(SimSet, FileThatCannotBeReadIsNotReplaced) {
   EXPECT_EQ(board_.read("board.conf"), settings);
 }
 
-TEST_F(SimSet, BoardThatCannotBeWrittenIsTold) {
+TEST_F(SimSet, ReportsUnwritableBoard) {
   board_.remove("gpio");
   board_.write("gpio", "in the way");
   const outcome result = try_to_set({"gpio.1=1"});
@@ -219,33 +215,34 @@ protected:
   }
 };
 
-TEST_F(SimSetCard, GoesOutAndComesIn) {
+TEST_F(SimSetCard, RemovesAndInsertsCard) {
   EXPECT_EQ(sd_card_check_plugin(), 0);
-  set({"card=out"});
+  expect_set({"card=out"});
   EXPECT_EQ(sd_card_check_plugin(), -1);
-  set({"card=in"});
+  expect_set({"card=in"});
   EXPECT_EQ(sd_card_check_plugin(), 0);
 }
 
-TEST_F(SimSetCard, SwitchAtLockIsSeenOnItsLine) {
+TEST_F(SimSetCard, SetsSwitchLineOfLockedCard) {
   const stderr_capture messages;
   ASSERT_EQ(gpio_init(), 0);
   EXPECT_EQ(sd_card_check_lock(), 1);
-  set({"card=locked"});
+  expect_set({"card=locked"});
   EXPECT_EQ(sd_card_check_lock(), 0);
-  set({"card=in"});
+  expect_set({"card=in"});
   EXPECT_EQ(sd_card_check_lock(), 1);
   gpio_exit();
 }
 
-TEST_F(SimSet, CardThatIsNotThereCannotComeIn) {
+TEST_F(SimSet, RejectsInsertingMissingCard) {
   const outcome result = try_to_set({"card=in"});
   EXPECT_EQ(result.exit_status(), 1);
   EXPECT_THAT(result.errors, StartsWith("dravik-sim: "));
 }
 
-TEST_F(SimSet, CardIsInLockedOrOut) {
+TEST_F(SimSet, AcceptsInLockedAndOut) {
   expect_refusal("card=away", "in, locked or out");
 }
 
 } // namespace
+} // namespace dravik::test

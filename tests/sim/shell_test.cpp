@@ -14,9 +14,9 @@
 #include <thread>
 #include <unistd.h>
 
+namespace dravik::test {
 namespace {
 
-using dravik::test::board;
 using testing::ElementsAre;
 using testing::ExitedWithCode;
 using testing::HasSubstr;
@@ -39,7 +39,7 @@ protected:
 class SimShellRefuses : public SimShell, public testing::WithParamInterface<const char *> {};
 
 TEST_P(SimShellRefuses, WithStatus127AnEventAndAMessage) {
-  dravik::test::stderr_capture said;
+  stderr_capture said;
   EXPECT_EQ(run(GetParam()), 127);
   EXPECT_THAT(board_.events(), ElementsAre(std::string{"shell: "} + GetParam() + " refused"));
   EXPECT_EQ(said.take(),
@@ -54,8 +54,8 @@ INSTANTIATE_TEST_SUITE_P(
                     "amixer cset numid=1 $(true)", "amixer cset numid=1 `true`", "amixer cset 'numid=1' 5",
                     "amixer cset numid=1 5 2> /tmp/file", "sync & true", "reboots", "/bin/", "&"));
 
-TEST_F(SimShell, RefusesAnEmptyCommandAndOneThatIsTooLong) {
-  dravik::test::stderr_capture said;
+TEST_F(SimShell, RejectsAnEmptyCommandAndOneThatIsTooLong) {
+  stderr_capture said;
   EXPECT_EQ(run(""), 127);
   EXPECT_EQ(run("sync " + std::string(2000, ' ') + std::string(2000, 'x')), 127);
   EXPECT_EQ(run("reboot" +
@@ -69,7 +69,7 @@ TEST_F(SimShell, RefusesAnEmptyCommandAndOneThatIsTooLong) {
 }
 
 TEST_F(SimShell, RunsNothingOfTheHostUnlessTheSettingsSaySo) {
-  dravik::test::stderr_capture said;
+  stderr_capture said;
   const std::string command = "echo seen > " + witness() + "; exit 3";
   EXPECT_EQ(run(command), 127);
   EXPECT_FALSE(board_.exists("witness"));
@@ -80,18 +80,18 @@ TEST_F(SimShell, RunsNothingOfTheHostUnlessTheSettingsSaySo) {
   EXPECT_EQ(run(command), 127);
 }
 
-TEST_F(SimShell, ServesTheBoardsCommandsWhateverTheSettingsSay) {
+TEST_F(SimShell, RunsCommandsOfBoardWithAnySettings) {
   board_.set("shell", "host");
   EXPECT_EQ(run("/bin/sync"), 0);
   EXPECT_THAT(board_.events(), ElementsAre("shell: /bin/sync"));
 }
 
-TEST_F(SimShell, SaysThatThereIsAShell) {
+TEST_F(SimShell, ReportsThatThereIsAShell) {
   EXPECT_NE(std::system(nullptr), 0);
   EXPECT_THAT(board_.events(), IsEmpty());
 }
 
-TEST_F(SimShell, OrderedFaultMakesACommandFail) {
+TEST_F(SimShell, FailsIfInjected) {
   board_.set_fault("shell", "amixer", "EIO");
   EXPECT_EQ(run("amixer cset numid=1 5"), 1);
   EXPECT_EQ(run("sync"), 0);
@@ -101,7 +101,7 @@ TEST_F(SimShell, OrderedFaultMakesACommandFail) {
 
 // --- the mixer ---
 
-TEST_F(SimShell, MixerKeepsTheLastValueOfEachControl) {
+TEST_F(SimShell, KeepsLastValueOfEachMixerControl) {
   EXPECT_EQ(run("amixer cset numid=77 on"), 0);
   EXPECT_EQ(run("amixer cset numid=5 108"), 0);
   EXPECT_EQ(run("amixer cset numid=1 113 &"), 0);
@@ -111,7 +111,7 @@ TEST_F(SimShell, MixerKeepsTheLastValueOfEachControl) {
   EXPECT_EQ(board_.events().at(2), "shell: amixer cset numid=1 113 &");
 }
 
-TEST_F(SimShell, MixerTakesNoControlWithoutANumber) {
+TEST_F(SimShell, RejectsMixerControlWithoutNumber) {
   EXPECT_EQ(run("amixer cset name=Master 5"), 1);
   EXPECT_FALSE(board_.exists("sound/mixer"));
 }
@@ -120,20 +120,20 @@ TEST_F(SimShell, MixerTakesNoControlWithoutANumber) {
 
 constexpr const char *dump_command = "/usr/sbin/nanddump -l 2048 -f /tmp/ptb -o /dev/mtd1 >& /dev/null";
 
-TEST_F(SimShell, DumpOfTheFlashHoldsTheSplashLanguage) {
+TEST_F(SimShell, DumpsSplashLanguageFromFlash) {
   board_.set("splash_language", "ko");
   EXPECT_EQ(run(dump_command), 0);
   EXPECT_EQ(board_.read("tmp/ptb"), std::string(896, '\xFF') + "ko" + std::string(1150, '\xFF'));
   EXPECT_THAT(board_.events(), ElementsAre(std::string{"shell: "} + dump_command));
 }
 
-TEST_F(SimShell, DumpOfTheFlashIsEnglishUnlessTheSettingsSayOtherwise) {
+TEST_F(SimShell, DumpsEnglishByDefault) {
   EXPECT_EQ(run(dump_command), 0);
   EXPECT_EQ(board_.read("tmp/ptb").substr(896, 2), "en");
 }
 
-TEST_F(SimShell, DumpOfTheFlashGoesNowhereElseThanOnTheBoard) {
-  dravik::test::stderr_capture said;
+TEST_F(SimShell, DumpsOntoBoardOnly) {
+  stderr_capture said;
   EXPECT_EQ(run("nanddump -l 2048 -f " + witness() + " /dev/mtd1"), 1);
   EXPECT_EQ(run("nanddump -l 2048 /dev/mtd1"), 1);
   EXPECT_FALSE(board_.exists("witness"));
@@ -141,22 +141,22 @@ TEST_F(SimShell, DumpOfTheFlashGoesNowhereElseThanOnTheBoard) {
 
 // --- dd ---
 
-TEST_F(SimShell, DdWritesIntoTheCardAndDoesNotCutIt) {
+TEST_F(SimShell, WritesIntoCardWithoutTruncation) {
   board_.write("dev/mmcblk0", std::string(4096, 'c'));
   board_.write("tmp/mbr.img", std::string(512, 'm'));
   EXPECT_EQ(run("/bin/dd if=/tmp/mbr.img of=/dev/mmcblk0 2>/dev/null"), 0);
   EXPECT_EQ(board_.read("dev/mmcblk0"), std::string(512, 'm') + std::string(3584, 'c'));
 }
 
-TEST_F(SimShell, DdToldOfItsOutputSaysWhatItCopied) {
+TEST_F(SimShell, PrintsCopiedSizeOfDd) {
   board_.write("tmp/mbr.img", std::string(512, 'm'));
-  dravik::test::stderr_capture said;
+  stderr_capture said;
   EXPECT_EQ(run("dd if=/tmp/mbr.img of=/tmp/ptb"), 0);
   EXPECT_THAT(said.take(), HasSubstr("512 bytes"));
 }
 
-TEST_F(SimShell, DdTouchesNoFileOfTheHost) {
-  dravik::test::stderr_capture said;
+TEST_F(SimShell, TouchesNoFileOfHostWithDd) {
+  stderr_capture said;
   board_.write("tmp/mbr.img", "bytes");
   EXPECT_EQ(run("dd if=/tmp/mbr.img of=" + witness()), 1);
   EXPECT_EQ(run("dd if=/etc/passwd of=/tmp/ptb"), 1);
@@ -165,9 +165,9 @@ TEST_F(SimShell, DdTouchesNoFileOfTheHost) {
   EXPECT_FALSE(board_.exists("tmp/ptb"));
 }
 
-TEST_F(SimShell, DdTakesTheLastOfSeveralOutputs) {
+TEST_F(SimShell, UsesLastOutputOfDd) {
   board_.write("tmp/mbr.img", "bytes");
-  dravik::test::stderr_capture said;
+  stderr_capture said;
   EXPECT_EQ(run("dd of=/tmp/ptb if=/tmp/mbr.img of=" + witness()), 1);
   EXPECT_FALSE(board_.exists("witness"));
   EXPECT_FALSE(board_.exists("tmp/ptb"));
@@ -176,7 +176,7 @@ TEST_F(SimShell, DdTakesTheLastOfSeveralOutputs) {
   EXPECT_EQ(board_.read("tmp/ptb"), "bytes");
 }
 
-TEST_F(SimShell, DdCopiesBlocksFromAndToTheirPlaces) {
+TEST_F(SimShell, CopiesBlocksBetweenPositions) {
   board_.write("tmp/mbr.img", "0123456789abcdef");
   board_.write("tmp/ptb", "................");
   EXPECT_EQ(run("dd if=/tmp/mbr.img of=/tmp/ptb bs=2 skip=3 seek=1 count=2 conv=notrunc 2>/dev/null"), 0);
@@ -188,9 +188,9 @@ TEST_F(SimShell, DdCopiesBlocksFromAndToTheirPlaces) {
 }
 
 /// As GNU dd says it, but for the time and the rate.
-TEST_F(SimShell, DdCountsRecords) {
+TEST_F(SimShell, CountsRecordsOfDd) {
   board_.write("tmp/mbr.img", std::string(1300, 'm'));
-  dravik::test::stderr_capture said;
+  stderr_capture said;
   EXPECT_EQ(run("dd if=/tmp/mbr.img of=/tmp/ptb"), 0);
   EXPECT_THAT(said.take(),
               testing::StartsWith("2+1 records in\n2+1 records out\n1300 bytes (1.3 kB, 1.3 KiB) copied, "));
@@ -198,9 +198,9 @@ TEST_F(SimShell, DdCountsRecords) {
   EXPECT_EQ(said.take(), "1+0 records in\n1+0 records out\n");
 }
 
-TEST_F(SimShell, DdTellsWhatFails) {
+TEST_F(SimShell, ReportsFailuresOfDd) {
   board_.write("dev/mmcblk0", std::string(512, 'c'));
-  dravik::test::stderr_capture said;
+  stderr_capture said;
   EXPECT_EQ(run("dd if=/tmp/add/absent of=/tmp/ptb"), 1);
   EXPECT_EQ(said.take(), "dd: failed to open '/tmp/add/absent': No such file or directory\n");
   EXPECT_EQ(run("dd if=/dev/zero of=/dev/mmcblk0 count=2 status=none"), 1);
@@ -210,8 +210,8 @@ TEST_F(SimShell, DdTellsWhatFails) {
   EXPECT_FALSE(board_.exists("tmp/ptb"));
 }
 
-TEST_F(SimShell, DdLeavesALockedCardAlone) {
-  dravik::test::stderr_capture said;
+TEST_F(SimShell, LeavesLockedCardAlone) {
+  stderr_capture said;
   board_.write("dev/mmcblk0", std::string(1024, 'c'));
   board_.write("gpio/68", "1\n");
   EXPECT_EQ(run("/bin/dd if=/dev/zero of=/dev/mmcblk0 count=1"), 1);
@@ -220,7 +220,7 @@ TEST_F(SimShell, DdLeavesALockedCardAlone) {
 
 // --- the children of the simulator ---
 
-TEST_F(SimShell, ApplicationThatWaitsForItsOwnChildrenDoesNotTakeTheStatusAway) {
+TEST_F(SimShell, LeavesStatusOfOwnChildrenToApplication) {
   board_.write("tmp/mbr.img", "bytes");
   struct sigaction action = {};
   action.sa_handler = [](int) {
@@ -234,7 +234,7 @@ TEST_F(SimShell, ApplicationThatWaitsForItsOwnChildrenDoesNotTakeTheStatusAway) 
   EXPECT_EQ(::sigismember(&mask, SIGCHLD), 0) << "blocked for good";
 }
 
-TEST_F(SimShell, CommandsOfSeveralThreadsAreServedAtOnce) {
+TEST_F(SimShell, ServesSeveralThreadsAtTheSameTime) {
   board_.write("tmp/mbr.img", std::string(512, 'm'));
   const auto copy = [] {
     for (int i = 0; i < 5; ++i)
@@ -259,23 +259,23 @@ TEST_P(SimRestart, EndsTheApplicationWithStatus75AndANotice) {
 INSTANTIATE_TEST_SUITE_P(Commands, SimRestart,
                          testing::Values("/sbin/reboot", "reboot", "/sbin/reboot -f &"));
 
-TEST_F(SimShell, RestartByTheCallIsTheSame) {
+TEST_F(SimShell, RestartsByCallAsByCommand) {
   EXPECT_EXIT(::reboot(RB_AUTOBOOT), ExitedWithCode(75), "board reboots");
   EXPECT_EXIT(::reboot(RB_POWER_OFF), ExitedWithCode(75), "board reboots");
   EXPECT_THAT(board_.events(), ElementsAre("reboot: 0x1234567", "reboot: 0x4321fedc"));
 }
 
-TEST_F(SimShell, KeysForARestartAreAllowedAndForbiddenInPeace) {
+TEST_F(SimShell, AcceptsRestartKeysWithoutRestart) {
   EXPECT_EQ(::reboot(static_cast<int>(RB_ENABLE_CAD)), 0);
   EXPECT_EQ(::reboot(RB_DISABLE_CAD), 0);
 }
 
-TEST_F(SimShell, SyncIsRecorded) {
+TEST_F(SimShell, RecordsSync) {
   ::sync();
   EXPECT_THAT(board_.events(), ElementsAre("sync"));
 }
 
-TEST_F(SimShell, NothingOfTheHostIsMountedOrUnmounted) {
+TEST_F(SimShell, NeitherMountsNorUnmountsHost) {
   const auto expect_refusal = [](int result) {
     EXPECT_EQ(result, -1);
     EXPECT_EQ(errno, EPERM);
@@ -290,3 +290,4 @@ TEST_F(SimShell, NothingOfTheHostIsMountedOrUnmounted) {
 }
 
 } // namespace
+} // namespace dravik::test

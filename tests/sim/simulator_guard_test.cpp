@@ -11,9 +11,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+namespace dravik::test {
 namespace {
-
-using dravik::test::why_not_simulated;
 
 TEST(SimulatorGuard, HasTheFilterInForce) {
   EXPECT_EQ(::prctl(PR_GET_SECCOMP, 0, 0, 0, 0), 2);
@@ -21,11 +20,11 @@ TEST(SimulatorGuard, HasTheFilterInForce) {
 }
 
 TEST(SimulatorGuard, FindsTheSimulatorBehindHarmfulCalls) {
-  for (const char *call : dravik::test::harmful_calls)
+  for (const char *call : harmful_calls)
     EXPECT_EQ(why_not_simulated(call), "") << call;
 }
 
-TEST(SimulatorGuard, TellsWhoseCallItIs) {
+TEST(SimulatorGuard, ReportsWhoseCallItIs) {
   EXPECT_TRUE(why_not_simulated("getppid").starts_with("getppid() is not the simulator's but that of "));
   EXPECT_NE(why_not_simulated("no_such_call"), "");
 }
@@ -46,6 +45,7 @@ TEST_P(TakenCall, StopsTheProgram) {
       testing::ExitedWithCode(EXIT_FAILURE), testing::HasSubstr(message));
 }
 
-INSTANTIATE_TEST_SUITE_P(Calls, TakenCall, testing::ValuesIn(dravik::test::harmful_calls));
+INSTANTIATE_TEST_SUITE_P(Calls, TakenCall, testing::ValuesIn(harmful_calls));
 
 } // namespace
+} // namespace dravik::test

@@ -18,7 +18,7 @@ using testing::ElementsAre;
 
 // --- parameters ---
 
-TEST_F(SimSoundCard, GivesTheSizesThatAreAskedFor) {
+TEST_F(SimSoundCard, ReturnsTheSizesThatAreAskedFor) {
   sound_stream stream{{.period = 1024, .buffer = 4096}};
   snd_pcm_uframes_t period = 0;
   snd_pcm_uframes_t buffer = 0;
@@ -42,7 +42,7 @@ void PrintTo(const times &tested, std::ostream *to) {
 
 class SimSoundCardNear : public SimSoundCard, public testing::WithParamInterface<times> {};
 
-TEST_P(SimSoundCardNear, SettlesOnWhatItCanDo) {
+TEST_P(SimSoundCardNear, SelectsSupportedValue) {
   sound_stream stream;
   ASSERT_EQ(stream.open(), 0);
   times asked = GetParam();
@@ -90,7 +90,7 @@ TEST_F(SimSoundCard, HasTheFormatsOfACodec) {
   EXPECT_EQ(snd_pcm_hw_params_test_access(stream, hw, SND_PCM_ACCESS_MMAP_INTERLEAVED), -EINVAL);
 }
 
-TEST_F(SimSoundCard, RefusesWhatAlsaCannotSettle) {
+TEST_F(SimSoundCard, RejectsImpossibleSettings) {
   sound_stream stream;
   ASSERT_EQ(stream.open(), 0);
   snd_pcm_hw_params_t *hw;
@@ -109,7 +109,7 @@ TEST_F(SimSoundCard, HasNoMicrophone) {
 
 TEST_F(SimSoundCard, IsFoundByAlsaWithoutAWord) {
   stderr_capture said; // what ALSA does not find, it tells on standard error
-  sound_stream{{}}.play_to_the_end(noise(200));
+  sound_stream{{}}.expect_played(noise(200));
   board_.set_fault("open", "sound");
   EXPECT_EQ(sound_stream{}.open(), -EIO);
   EXPECT_EQ(said.take(), "");
@@ -122,7 +122,7 @@ TEST_F(SimSoundCard, IsNotThereWithoutABoard) {
   EXPECT_EQ(sound_stream{}.open(), -ENODEV);
 }
 
-TEST_F(SimSoundCard, BelongsToOneAtATime) {
+TEST_F(SimSoundCard, IsOpenedByOneAtATime) {
   sound_stream first{{}};
   EXPECT_EQ(sound_stream{}.open(), -EBUSY);
   first.close();
@@ -140,17 +140,17 @@ TEST_F(SimSoundCard, LeavesNoDescriptorsOpen) {
 
 // --- time ---
 
-TEST_F(SimSoundCard, TakesNoMoreThanItHasRoomFor) {
+TEST_F(SimSoundCard, AcceptsNoMoreThanItsBuffer) {
   sound_stream stream{{.period = 512, .buffer = 2048, .start_threshold = 1}};
   const double before = seconds();
-  stream.write_all(noise(2 * 8192));
+  stream.expect_written(noise(2 * 8192));
   EXPECT_GE(seconds() - before, (8192 - 2048) / frames_per_second);
 }
 
 TEST_F(SimSoundCard, DrainsForAsLongAsTheSoundLasts) {
   sound_stream stream{{}};
   const double before = seconds();
-  stream.play_to_the_end(noise(2 * 4000));
+  stream.expect_played(noise(2 * 4000));
   EXPECT_GE(seconds() - before, 4000 / frames_per_second);
   EXPECT_EQ(snd_pcm_state(stream), SND_PCM_STATE_SETUP);
 }
@@ -176,7 +176,7 @@ TEST_F(SimSoundCard, StartsAfreshWhenItIsPreparedWhileItPlays) {
   EXPECT_EQ(stream.write(noise(2 * 8192)), 8192);
   EXPECT_EQ(snd_pcm_prepare(stream), 0);
   EXPECT_EQ(snd_pcm_avail(stream), 8192);
-  stream.play_to_the_end(sound);
+  stream.expect_played(sound);
   stream.close();
   EXPECT_THAT(board_.events(), testing::Not(Contains("sound: underrun")));
   const samples heard = played();
@@ -184,7 +184,7 @@ TEST_F(SimSoundCard, StartsAfreshWhenItIsPreparedWhileItPlays) {
   EXPECT_EQ(heard.back(), sound.back());
 }
 
-TEST_F(SimSoundCard, TellsRoomAndDelayThatMakeUpTheBuffer) {
+TEST_F(SimSoundCard, ReportsSpaceAndDelayThatAddUpToBuffer) {
   sound_stream stream{
       {.rate_hz = 8000, .channels = 1, .period = 4096, .buffer = 32768, .start_threshold = 1}};
   EXPECT_EQ(stream.write(noise(16384)), 16384);
@@ -197,7 +197,7 @@ TEST_F(SimSoundCard, TellsRoomAndDelayThatMakeUpTheBuffer) {
   EXPECT_GT(delay, 0);
 }
 
-TEST_F(SimSoundCard, WakesWhoeverWaitsForRoom) {
+TEST_F(SimSoundCard, WakesProgramThatAwaitsSpace) {
   sound_stream stream{{}};
   EXPECT_EQ(stream.write(noise(2 * 8192)), 8192); // full, and started by it
   EXPECT_EQ(snd_pcm_wait(stream, 10000), 1);
@@ -210,7 +210,7 @@ TEST_F(SimSoundCard, PlaysForAThreadOfRealTimePriority) {
   std::thread player{[&sound] {
     const sched_param parameters = {90};
     EXPECT_EQ(::pthread_setschedparam(::pthread_self(), SCHED_FIFO, &parameters), 0);
-    sound_stream{{}}.play_to_the_end(sound);
+    sound_stream{{}}.expect_played(sound);
   }};
   player.join();
   EXPECT_EQ(played(), sound);
@@ -234,7 +234,7 @@ TEST_F(SimSoundCard, RunsOutOfFramesAndGoesOnWhenItIsPrepared) {
   EXPECT_EQ(stream.write(second), -EPIPE);
   EXPECT_EQ(snd_pcm_wait(stream, 10000), -EPIPE);
   EXPECT_EQ(snd_pcm_prepare(stream), 0);
-  stream.play_to_the_end(second);
+  stream.expect_played(second);
   EXPECT_EQ(played(), joined(first, second));
   stream.close();
   EXPECT_THAT(board_.events(), ElementsAre(testing::_, "sound: underrun", "sound: 600 frames played"));
@@ -249,7 +249,7 @@ TEST_F(SimSoundCard, RunsOutOfFramesAsOrderedOnce) {
   EXPECT_EQ(stream.write(second), -EPIPE);
   EXPECT_EQ(snd_pcm_state(stream), SND_PCM_STATE_XRUN);
   EXPECT_EQ(snd_pcm_prepare(stream), 0);
-  stream.play_to_the_end(second);
+  stream.expect_played(second);
   EXPECT_EQ(played(), joined(first, second));
   EXPECT_EQ(board_.read("faults"), "# orders\nopen /dev/fb0 EIO\n               \nwrite nothing EIO\n");
 }
@@ -297,7 +297,7 @@ TEST_F(SimSoundCard, FailsToWriteAsOrdered) {
   EXPECT_EQ(stream.write(noise(2 * 100)), 100);
 }
 
-TEST_F(SimSoundCard, RefusesTheExactRateAsOrdered) {
+TEST_F(SimSoundCard, RejectsTheExactRateAsOrdered) {
   board_.set_fault("rate", "sound");
   sound_stream stream;
   ASSERT_EQ(stream.open(), 0);
@@ -305,7 +305,7 @@ TEST_F(SimSoundCard, RefusesTheExactRateAsOrdered) {
   EXPECT_EQ(stream.configure({.rate_hz = 44100}), 0);
 }
 
-TEST_F(SimSoundCard, SettlesOnOnePeriodAsOrdered) {
+TEST_F(SimSoundCard, UsesOnePeriodIfInjected) {
   board_.set_fault("equal-periods", "sound");
   sound_stream stream;
   ASSERT_EQ(stream.open(), 0);
@@ -326,7 +326,7 @@ TEST_F(SimSoundCard, SettlesOnOnePeriodAsOrdered) {
 }
 
 /// The period and the buffer that ALSA settles on for times that are requested near, in frames.
-std::pair<snd_pcm_uframes_t, snd_pcm_uframes_t> settle(unsigned period_us, unsigned buffer_us) {
+std::pair<snd_pcm_uframes_t, snd_pcm_uframes_t> checked_settings(unsigned period_us, unsigned buffer_us) {
   sound_stream stream;
   EXPECT_EQ(stream.open(), 0);
   snd_pcm_hw_params_t *hw;
@@ -343,15 +343,15 @@ std::pair<snd_pcm_uframes_t, snd_pcm_uframes_t> settle(unsigned period_us, unsig
   return {period, buffer};
 }
 
-TEST_F(SimSoundCard, SettlesOnOnePeriodForLongSoundsWhereSet) {
+TEST_F(SimSoundCard, UsesOnePeriodForLongSoundsIfSet) {
   using sizes = std::pair<snd_pcm_uframes_t, snd_pcm_uframes_t>;
-  EXPECT_EQ(settle(1000000, 4000000), (sizes{8192, 16384}));
+  EXPECT_EQ(checked_settings(1000000, 4000000), (sizes{8192, 16384}));
   board_.set("sound_periods", "1");
-  EXPECT_EQ(settle(1000000, 4000000), (sizes{16384, 16384}));
-  EXPECT_EQ(settle(10000, 40000), (sizes{480, 1920}));
+  EXPECT_EQ(checked_settings(1000000, 4000000), (sizes{16384, 16384}));
+  EXPECT_EQ(checked_settings(10000, 40000), (sizes{480, 1920}));
   for (const char *otherwise : {"2", "0", "many", ""}) {
     board_.set("sound_periods", otherwise);
-    EXPECT_EQ(settle(1000000, 4000000), (sizes{8192, 16384})) << otherwise;
+    EXPECT_EQ(checked_settings(1000000, 4000000), (sizes{8192, 16384})) << otherwise;
   }
 }
 
@@ -365,7 +365,7 @@ TEST_F(SimSoundCard, HasASmallBufferWhenAsked) {
 
 // --- without a clock ---
 
-TEST_F(SimSoundCard, TakesEverythingAtOnceWithoutAClock) {
+TEST_F(SimSoundCard, AcceptsEverythingImmediatelyWithoutClock) {
   board_.set("sound_clock", "none");
   const samples sound = noise(2 * 30 * 48000);
   const double before = seconds();

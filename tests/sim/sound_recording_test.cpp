@@ -16,7 +16,7 @@ using SimSoundRecording = SimSoundCard;
 
 TEST_F(SimSoundRecording, RecordsWhatIsPlayed) {
   const samples sound = noise(2 * 3000);
-  sound_stream{{}}.play_to_the_end(sound);
+  sound_stream{{}}.expect_played(sound);
   EXPECT_EQ(played(), sound);
   EXPECT_THAT(board_.events(), ElementsAre("sound: open 48000 Hz 2 channels, period 1024, buffer 8192",
                                            "sound: 3000 frames played"));
@@ -24,7 +24,7 @@ TEST_F(SimSoundRecording, RecordsWhatIsPlayed) {
 
 TEST_F(SimSoundRecording, PlaysOneChannelOnBothSides) {
   const samples sound = noise(1000);
-  sound_stream{{.channels = 1}}.play_to_the_end(sound);
+  sound_stream{{.channels = 1}}.expect_played(sound);
   samples expected;
   for (const int16_t sample : sound)
     expected.insert(expected.end(), 2, sample);
@@ -32,30 +32,30 @@ TEST_F(SimSoundRecording, PlaysOneChannelOnBothSides) {
   EXPECT_THAT(board_.events(), Contains("sound: open 48000 Hz 1 channel, period 1024, buffer 8192"));
 }
 
-TEST_F(SimSoundRecording, HoldsTheFramesOfALowerRate) {
-  sound_stream{{.rate_hz = 16000}}.play_to_the_end({1, -1, 2, -2});
+TEST_F(SimSoundRecording, StoresFramesOfLowerRate) {
+  sound_stream{{.rate_hz = 16000}}.expect_played({1, -1, 2, -2});
   EXPECT_THAT(played(), ElementsAre(1, -1, 1, -1, 1, -1, 2, -2, 2, -2, 2, -2));
 }
 
 TEST_F(SimSoundRecording, KeepsTheLengthOfASoundOfAnOddRate) {
-  sound_stream{{.rate_hz = 44100}}.play_to_the_end(noise(2 * 4410));
+  sound_stream{{.rate_hz = 44100}}.expect_played(noise(2 * 4410));
   EXPECT_EQ(played().size(), 2U * 4800);
 }
 
-TEST_F(SimSoundRecording, GoesOnAtTheEndOfTheRecording) {
+TEST_F(SimSoundRecording, AppendsToRecording) {
   const samples first = noise(2 * 700);
   const samples second = noise(2 * 900);
-  sound_stream{{}}.play_to_the_end(first);
+  sound_stream{{}}.expect_played(first);
   EXPECT_EQ(played(), first);
-  sound_stream{{}}.play_to_the_end(second);
+  sound_stream{{}}.expect_played(second);
   EXPECT_EQ(played(), joined(first, second));
 }
 
-TEST_F(SimSoundRecording, BeginsANewRecordingWhereTheOldOneIsTakenAway) {
-  sound_stream{{}}.play_to_the_end(noise(2 * 500));
+TEST_F(SimSoundRecording, StartsNewRecordingIfOldOneIsRemoved) {
+  sound_stream{{}}.expect_played(noise(2 * 500));
   board_.remove("sound");
   const samples sound = noise(2 * 500);
-  sound_stream{{}}.play_to_the_end(sound);
+  sound_stream{{}}.expect_played(sound);
   EXPECT_EQ(played(), sound);
 }
 
@@ -64,7 +64,7 @@ TEST_F(SimSoundRecording, LeavesAWholeRecordingWhenTheApplicationIsKilled) {
   const pid_t child = ::fork();
   if (child == 0) {
     sound_stream stream{{.period = 256, .buffer = 1024, .start_threshold = 1}};
-    stream.write_all(sound);
+    stream.expect_written(sound);
     ::_exit(0);
   }
   ::waitpid(child, nullptr, 0);
@@ -115,7 +115,7 @@ TEST_F(SimSoundRecording, RecordsTheSilenceBeforeASoundWhenAsked) {
   board_.write("sound/timeline", "begin_s=" + std::to_string(static_cast<long>(begin)) + "\nbegin_ns=0\n");
   const double before = seconds();
   const samples sound = noise(2 * 100);
-  sound_stream{{}}.play_to_the_end(sound);
+  sound_stream{{}}.expect_played(sound);
   const double after = seconds();
   const samples heard = played();
   const auto silent = static_cast<double>(heard.size()) / 2 - 100;
@@ -125,13 +125,13 @@ TEST_F(SimSoundRecording, RecordsTheSilenceBeforeASoundWhenAsked) {
   EXPECT_TRUE(std::all_of(heard.begin(), heard.end() - 200, [](int16_t sample) { return sample == 0; }));
 }
 
-TEST_F(SimSoundRecording, BeginsTheTimeOfTheRecordingWithTheFirstSound) {
+TEST_F(SimSoundRecording, StartsTimeOfRecordingAtFirstSound) {
   board_.set("sound_gaps", "on");
   const double before = seconds();
   const samples first = noise(2 * 100);
   const samples second = noise(2 * 100);
-  sound_stream{{}}.play_to_the_end(first);
-  sound_stream{{}}.play_to_the_end(second);
+  sound_stream{{}}.expect_played(first);
+  sound_stream{{}}.expect_played(second);
   const double after = seconds();
   const samples heard = played();
   EXPECT_TRUE(std::equal(first.begin(), first.end(), heard.begin()));
@@ -144,20 +144,20 @@ TEST_F(SimSoundRecording, BeginsTheTimeOfTheRecordingWithTheFirstSound) {
 
 TEST_F(SimSoundRecording, PlaysAsLoudAsTheMixerSays) {
   board_.write("sound/mixer", "numid 77 = on\nnumid 5 = 108\nnumid 1 = 93\n"); // 20 dB less
-  sound_stream{{}}.play_to_the_end({10000, -10000, 14, -16});
+  sound_stream{{}}.expect_played({10000, -10000, 14, -16});
   EXPECT_THAT(played(), ElementsAre(1000, -1000, 1, -2));
 }
 
 TEST_F(SimSoundRecording, PlaysSilenceWhileItIsMuted) {
   board_.write("sound/mixer", "numid 1 = 0\n");
-  sound_stream{{}}.play_to_the_end({10000, -10000});
+  sound_stream{{}}.expect_played({10000, -10000});
   EXPECT_THAT(played(), ElementsAre(0, 0));
   EXPECT_THAT(board_.events(), Contains("sound: 1 frames played"));
 }
 
 TEST_F(SimSoundRecording, ClipsWhatIsTooLoud) {
   board_.write("sound/mixer", "numid 1 = 127\n"); // five times as loud
-  sound_stream{{}}.play_to_the_end({20000, -20000, 100, -100});
+  sound_stream{{}}.expect_played({20000, -20000, 100, -100});
   EXPECT_THAT(played(), ElementsAre(32767, -32768, 501, -501));
 }
 

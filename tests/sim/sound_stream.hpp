@@ -68,8 +68,8 @@ public:
     return snd_pcm_writei(pcm_, written.data(), written.size() / channels_);
   }
 
-  /// Writes all, however often the card runs out of frames while this process is kept waiting.
-  void write_all(const samples &written) {
+  /// Write all, however often the card runs out of frames while this process is kept waiting.
+  void expect_written(const samples &written) {
     const auto frames = static_cast<snd_pcm_sframes_t>(written.size() / channels_);
     for (snd_pcm_sframes_t done = 0; done < frames;) {
       const auto *const next = written.data() + static_cast<size_t>(done) * channels_;
@@ -81,8 +81,8 @@ public:
     }
   }
 
-  void play_to_the_end(const samples &written) {
-    write_all(written);
+  void expect_played(const samples &written) {
+    expect_written(written);
     EXPECT_EQ(snd_pcm_drain(pcm_), 0);
   }
 

@@ -1,6 +1,6 @@
-// Programs that an application starts: they are on its board, whatever it makes of its environment, and those
-// that are commands of the board act on the board alone. A filter of the kernel ends a process that comes
-// near the host.
+// Programs that an application starts: they are on its board, whatever it makes of its environment, and
+// those that are commands of the board act on the board alone. A filter of the kernel ends a process that
+// comes near the host.
 
 #include "sim/library_call.hpp"
 #include "support/board.hpp"
@@ -22,9 +22,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+namespace dravik::test {
 namespace {
 
-using dravik::test::board;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -39,7 +39,7 @@ int status_of(pid_t child) {
 int in_child(const std::function<void()> &work) {
   const pid_t child = ::fork();
   if (child == 0) {
-    if (!dravik::test::forbid_harm())
+    if (!forbid_harm())
       ::_exit(99);
     work();
     ::_exit(errno);
@@ -85,8 +85,7 @@ const way ways[] = {
                   words with) { ::execle(program, with[0], with[1], with[2], nullptr, no_variables); }},
     {"execveat",
      [](const char *program, words with) {
-       const auto call =
-           dravik::test::library_call<int(int, const char *, char **, char *const *, int)>("execveat");
+       const auto call = library_call<int(int, const char *, char **, char *const *, int)>("execveat");
        call(AT_FDCWD, program, list(with), no_variables, 0);
      }},
     {"posix_spawn",
@@ -119,7 +118,7 @@ TEST_P(SimStart, KeepsTheBoardForAProgramWithoutAnEnvironment) {
   EXPECT_EQ(start("/bin/sh", {"sh", "-c", "grep -q ^absent /proc/modules"}), 1);
 }
 
-TEST_P(SimStart, ServesACommandOfTheBoard) {
+TEST_P(SimStart, RunsCommandOfBoard) {
   EXPECT_EQ(start("/usr/bin/amixer", {"amixer", "cset", "numid=1 7"}), 127) << "no such command";
   EXPECT_EQ(start("/no/such/place/umount", {"umount", "-f", "/"}), 127);
   EXPECT_EQ(start("/bin/sync", {"sync", nullptr, nullptr}), 0);
@@ -127,14 +126,14 @@ TEST_P(SimStart, ServesACommandOfTheBoard) {
                                            "shell: /no/such/place/umount -f / refused", "shell: /bin/sync"));
 }
 
-TEST_P(SimStart, ServesACommandOfTheBoardThatAShellIsToRun) {
+TEST_P(SimStart, RunsCommandOfBoardThroughShell) {
   EXPECT_EQ(start("/bin/sh", {"sh", "-c", "amixer cset numid=1 7"}), 0);
   EXPECT_EQ(board_.read("sound/mixer"), "numid 1 = 7\n");
   EXPECT_EQ(start("/bin/sh", {"sh", "-c", "true; umount /; test $? -eq 127"}), 0);
   EXPECT_THAT(board_.events(), ElementsAre("shell: amixer cset numid=1 7", HasSubstr("umount / refused")));
 }
 
-TEST_P(SimStart, RefusesAStaticProgram) {
+TEST_P(SimStart, RejectsAStaticProgram) {
   EXPECT_EQ(start(LINKED_STATICALLY, {"static", nullptr, nullptr}), ENOEXEC);
   EXPECT_THAT(board_.events(), ElementsAre("exec: " LINKED_STATICALLY " refused"));
 }
@@ -142,7 +141,7 @@ TEST_P(SimStart, RefusesAStaticProgram) {
 INSTANTIATE_TEST_SUITE_P(By, SimStart, testing::ValuesIn(ways),
                          [](const auto &tested) { return tested.param.name; });
 
-TEST(SimStartOfDescriptor, ServesCommandsAndRefusesStaticPrograms) {
+TEST(SimStartOfDescriptor, RunsCommandsAndRejectsStaticPrograms) {
   const board board;
   const auto by_descriptor = [](const char *program) {
     return in_child([=] {
@@ -155,7 +154,7 @@ TEST(SimStartOfDescriptor, ServesCommandsAndRefusesStaticPrograms) {
   EXPECT_EQ(by_descriptor(LINKED_STATICALLY), ENOEXEC);
 }
 
-TEST(SimStart, RefusesAScriptOfAStaticProgram) {
+TEST(SimStart, RejectsAScriptOfAStaticProgram) {
   const board board;
   board.write("script", std::string{"#!"} + LINKED_STATICALLY + "\n");
   ASSERT_EQ(::chmod(board.path("script").c_str(), 0755), 0);
@@ -166,7 +165,7 @@ TEST(SimStart, RefusesAScriptOfAStaticProgram) {
   EXPECT_EQ(become(board.path("absent")), ENOENT);
 }
 
-TEST(SimStart, RestartOfAChildEndsTheApplicationWithStatus75) {
+TEST(SimStart, EndsApplicationWithStatus75OnRestartOfChild) {
   const board board;
   const int status = in_child([] {
     words with = {"reboot"};
@@ -179,7 +178,7 @@ TEST(SimStart, RestartOfAChildEndsTheApplicationWithStatus75) {
 
 // --- popen() ---
 
-std::string said_by(const char *command, int expected_status) {
+std::string checked_output(const char *command, int expected_status) {
   std::FILE *stream = ::popen(command, "r");
   EXPECT_NE(stream, nullptr);
   std::string text;
@@ -191,19 +190,19 @@ std::string said_by(const char *command, int expected_status) {
   return text;
 }
 
-TEST(SimPipe, ServesTheBoardsCommandsAndRefusesOthers) {
+TEST(SimPipe, RunsCommandsOfBoardAndRejectsOthers) {
   const board board;
-  EXPECT_EQ(said_by("amixer cset numid=1 9", 0), "");
-  EXPECT_EQ(said_by("echo host", 127), "");
+  EXPECT_EQ(checked_output("amixer cset numid=1 9", 0), "");
+  EXPECT_EQ(checked_output("echo host", 127), "");
   EXPECT_EQ(board.read("sound/mixer"), "numid 1 = 9\n");
   EXPECT_THAT(board.events(), ElementsAre("shell: amixer cset numid=1 9", "shell: echo host refused"));
 }
 
-TEST(SimPipe, HostsShellIsOnTheBoardWhereTheSettingsSaySo) {
+TEST(SimPipe, RunsShellOfHostIfSettingsSaySo) {
   const board board;
   board.set("shell", "host");
   board.write("proc/modules", "seen\n");
-  EXPECT_EQ(said_by("cat /proc/modules; sync", 0), "seen\n");
+  EXPECT_EQ(checked_output("cat /proc/modules; sync", 0), "seen\n");
   EXPECT_THAT(board.events(), ElementsAre(HasSubstr("sync")));
   std::FILE *stream = ::popen("cat >/tmp/ptb", "w");
   std::fputs("typed", stream);
@@ -211,14 +210,14 @@ TEST(SimPipe, HostsShellIsOnTheBoardWhereTheSettingsSaySo) {
   EXPECT_EQ(board.read("tmp/ptb"), "typed");
 }
 
-TEST(SimPipe, WantsOneDirection) {
+TEST(SimPipe, RequiresOneDirection) {
   const board board;
   EXPECT_EQ(::popen("sync", "x"), nullptr);
   EXPECT_EQ(errno, EINVAL);
   EXPECT_THAT(board.events(), IsEmpty());
 }
 
-TEST(SimShellOfHost, CommandsOfTheBoardStayTheBoardsInALine) {
+TEST(SimShellOfHost, KeepsBoardCommandsInLine) {
   const board board;
   board.set("shell", "host");
   const auto run = [](const char *command) {
@@ -292,3 +291,4 @@ INSTANTIATE_TEST_SUITE_P(Paths, SimPowerfulFile,
                                          "/proc/sys/kernel/hostname", "/sys/class/rtc/rtc0/wakealarm"));
 
 } // namespace
+} // namespace dravik::test

@@ -12,9 +12,8 @@
 #include <thread>
 #include <unistd.h>
 
+namespace dravik::test {
 namespace {
-
-using dravik::test::board;
 
 void blank_often(int times) {
   for (int i = 0; i < times; ++i) {
@@ -58,7 +57,7 @@ TEST(SimChildren, AreOnTheSameBoardThoughOtherThreadsWereAtWork) {
 
 int reached_in_handler = -1;
 
-TEST(SimSignals, HandlerMayOpenAndAsk) {
+TEST(SimSignals, MayOpenAndRequestInHandler) {
   const board board;
   struct sigaction action = {};
   action.sa_handler = [](int) {
@@ -75,3 +74,4 @@ TEST(SimSignals, HandlerMayOpenAndAsk) {
 }
 
 } // namespace
+} // namespace dravik::test

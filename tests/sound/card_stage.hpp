@@ -31,7 +31,8 @@ protected:
   /// A file with these bytes; its path.
   std::string file(const bytes &content) const;
 
-  /// What was recorded since the last call: 16 bits for the left side, 16 bits for the right one, and so on.
+  /// What was recorded since the last call: 16 bits for the left side, 16 bits for the right one, and
+  /// so on.
   bytes take_played() const;
 
   /// The event log since the last call.

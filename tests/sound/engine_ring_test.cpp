@@ -1,5 +1,5 @@
-// The ring of four requests: which of them play when several are queued before the thread takes the first
-// one.
+// The ring of four requests: which of them play when several are queued before the thread takes the
+// first one.
 
 #include "sound/engine_stage.hpp"
 #include "support/random.hpp"
@@ -18,7 +18,7 @@ class EngineRing : public engine_fixture {
 protected:
   EngineRing() { stage.wake_ups.close(); }
 
-  void restart() {
+  void expect_restart() {
     EXPECT_EQ(start(), 1);
     stage.idle.await(++idle_);
   }
@@ -28,16 +28,16 @@ protected:
     snd_exit();
   }
 
-  void queue(int number) {
+  void expect_queued(int number) {
     EXPECT_EQ(play(sound(number)), 1);
     ++waiting_;
   }
-  void queue(std::initializer_list<int> numbers) {
+  void expect_queued(std::initializer_list<int> numbers) {
     for (const int number : numbers)
-      queue(number);
+      expect_queued(number);
   }
 
-  /// Lets the thread deal with one request.
+  /// Let the thread deal with one request.
   void serve_one() {
     --waiting_;
     stage.wake_ups.admit(1);
@@ -58,33 +58,33 @@ private:
   int idle_ = 0;
 };
 
-TEST_F(EngineRing, UpToThreePlayInTheirOrder) {
-  restart();
-  queue({1});
+TEST_F(EngineRing, PlaysUpToThreeInOrder) {
+  expect_restart();
+  expect_queued({1});
   EXPECT_THAT(serve_all(), ElementsAre(1));
-  queue({2, 3});
+  expect_queued({2, 3});
   EXPECT_THAT(serve_all(), ElementsAre(2, 3));
-  queue({4, 5, 6});
+  expect_queued({4, 5, 6});
   EXPECT_THAT(serve_all(), ElementsAre(4, 5, 6));
 }
 
-TEST_F(EngineRing, OfFourTheFirstIsLost) {
-  restart();
-  queue({1, 2, 3, 4});
+TEST_F(EngineRing, LosesFirstOfFour) {
+  expect_restart();
+  expect_queued({1, 2, 3, 4});
   EXPECT_THAT(serve_all(), ElementsAre(2, 3, 4));
   EXPECT_EQ(stage.pauses_us.size(), 4U);
 }
 
-TEST_F(EngineRing, OfFiveTheLastPlaysTwice) {
-  restart();
-  queue({1, 2, 3, 4, 5});
+TEST_F(EngineRing, PlaysLastOfFiveTwice) {
+  expect_restart();
+  expect_queued({1, 2, 3, 4, 5});
   EXPECT_THAT(serve_all(), ElementsAre(5, 3, 4, 5));
   EXPECT_EQ(stage.pauses_us.size(), 5U);
 }
 
-TEST_F(EngineRing, StopAllDropsWhatIsQueuedButNotItsWakeUps) {
-  restart();
-  queue({1, 2, 3});
+TEST_F(EngineRing, DropsQueueButNotWakeUpsOnStopAll) {
+  expect_restart();
+  expect_queued({1, 2, 3});
   EXPECT_EQ(snd_stopall(), 0);
   // The first wake-up finds nothing and moves on; the others find slots, but a stopped player.
   EXPECT_THAT(serve_all(), IsEmpty());
@@ -93,22 +93,22 @@ TEST_F(EngineRing, StopAllDropsWhatIsQueuedButNotItsWakeUps) {
   EXPECT_EQ(alsa.count("close pcm"), 2U);
 }
 
-TEST_F(EngineRing, AfterStopAllARequestWaitsBehindTheDroppedOnes) {
-  restart();
-  queue({1, 2, 3});
+TEST_F(EngineRing, PlacesRequestAfterDroppedOnes) {
+  expect_restart();
+  expect_queued({1, 2, 3});
   serve_one();
   EXPECT_EQ(snd_stopall(), 0); // both indices at the second slot
   EXPECT_THAT(serve_all(), IsEmpty());
   EXPECT_EQ(alsa.count("open"), 2U); // the first, and the third with a stopped player
-  queue({4});                        // in the second slot; the read index stands at the fourth, never used
+  expect_queued({4});                // in the second slot; the read index stands at the fourth, never used
   EXPECT_THAT(serve_all(), IsEmpty());
   EXPECT_THAT(messages(), ElementsAre("stat failed: "));
 }
 
-TEST_F(EngineRing, ExitDropsWhatIsQueued) {
-  restart();
+TEST_F(EngineRing, DropsQueueOnExit) {
+  expect_restart();
   stage.writes.close();
-  queue({1, 2, 3});
+  expect_queued({1, 2, 3});
   stage.wake_ups.open();
   stage.writes.await(1);
   std::thread other{[] {
@@ -122,23 +122,23 @@ TEST_F(EngineRing, ExitDropsWhatIsQueued) {
   EXPECT_EQ(stage.pauses_us.size(), 1U);
 }
 
-TEST_F(EngineRing, IdleExitLeavesTheReadIndexOneAhead) {
-  restart();
+TEST_F(EngineRing, LeavesReadIndexOneAheadAfterIdleExit) {
+  expect_restart();
   end();
   EXPECT_EQ(stage.pauses_us.size(), 1U);
-  restart();
-  queue({1});
+  expect_restart();
+  expect_queued({1});
   EXPECT_THAT(serve_all(), IsEmpty());
-  queue({2});
+  expect_queued({2});
   EXPECT_THAT(serve_all(), IsEmpty());
-  queue({3, 4});
+  expect_queued({3, 4});
   EXPECT_THAT(serve_all(), ElementsAre(4));
-  queue({5, 6, 7});
+  expect_queued({5, 6, 7});
   EXPECT_THAT(serve_all(), ElementsAre(6, 7));
 }
 
-TEST_F(EngineRing, ExitDuringASoundLeavesTheIndicesEqual) {
-  restart();
+TEST_F(EngineRing, LeavesIndicesEqualAfterExitDuringPlayback) {
+  expect_restart();
   stage.wake_ups.open();
   stage.pauses.close();
   play(sound(1));
@@ -165,7 +165,7 @@ struct ring_model {
   size_t opened = 0;
   std::vector<int> heard;
 
-  void queue(int number) {
+  void expect_queued(int number) {
     numbers[write] = number;
     write = (write + 1) % 4;
     is_stopped = false;
@@ -194,7 +194,7 @@ struct ring_model {
 TEST_F(EngineRing, PlaysWhatAModelOfItPlays) {
   seeded_random random;
   ring_model model;
-  restart();
+  expect_restart();
   for (int step = 1; step <= 400; ++step) {
     switch (random.between(0, 9)) {
     case 0:
@@ -206,13 +206,13 @@ TEST_F(EngineRing, PlaysWhatAModelOfItPlays) {
         break;
       end();
       model.end();
-      restart();
+      expect_restart();
       break;
     case 2:
     case 3:
     case 4:
     case 5:
-      queue(1 + step % 100);
+      expect_queued(1 + step % 100);
       model.queue(1 + step % 100);
       break;
     default:

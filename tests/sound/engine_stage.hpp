@@ -22,9 +22,9 @@ class gate {
 public:
   void close();
   void open();
-  /// Lets so many through, now or later.
+  /// Let so many through, now or later.
   void admit(int count);
-  /// Waits until so many have come, since the beginning.
+  /// Wait until so many have come, since the beginning.
   void await(int arrivals);
   int arrivals();
 
@@ -79,7 +79,7 @@ protected:
     return snd_play_direct(path.c_str(), stop_current);
   }
 
-  /// Waits until the thread has dealt with so many requests since the engine was started for the first time,
+  /// Wait until the thread has dealt with so many requests since the engine was started for the first time,
   /// and waits for the next one.
   static void await_served(int count) { stage.idle.await(count + 1); }
 

@@ -25,7 +25,7 @@ TEST_F(Engine, StartsOneThreadOfRealTimePriority) {
   EXPECT_THAT(messages(), IsEmpty());
 }
 
-TEST_F(Engine, RefusedPriorityEndsTheThread) {
+TEST_F(Engine, StopsThreadIfPriorityIsRejected) {
   stage.refuses_priority = true;
   stage.granted_priority = 0;
   EXPECT_EQ(start(), -1);
@@ -44,7 +44,7 @@ TEST_F(Engine, RefusedPriorityEndsTheThread) {
   EXPECT_EQ(errors_.take(), "");
 }
 
-TEST_F(Engine, PriorityIsWhatIsReadBack) {
+TEST_F(Engine, ComparesPriorityThatIsReadBack) {
   stage.granted_priority = 89;
   EXPECT_EQ(start(), -1);
   EXPECT_EQ(errors_.take(), "");
@@ -57,7 +57,7 @@ TEST_F(Engine, PriorityIsWhatIsReadBack) {
   EXPECT_EQ(messages().size(), 1U);
 }
 
-TEST_F(Engine, WithoutAThreadNothingPlaysUntilItIsEnded) {
+TEST_F(Engine, PlaysNothingWithoutThread) {
   stage.has_no_threads = true;
   EXPECT_EQ(start(), -1);
   EXPECT_EQ(errors_.take(), "pthread_create play_snd_thread failed\n: Resource temporarily unavailable\n");
@@ -77,7 +77,7 @@ TEST_F(Engine, WithoutAThreadNothingPlaysUntilItIsEnded) {
   EXPECT_THAT(heard(), ElementsAre(2));
 }
 
-/// Calls without an engine: before it is started, after it was stopped, or after it could not be started.
+/// Call without an engine: before it is started, after it was stopped, or after it could not be started.
 class EngineAbsent : public engine_fixture {
 protected:
   using situation = std::pair<const char *, std::function<void()>>;
@@ -105,25 +105,25 @@ protected:
   }
 
   /// What a direct player plays now.
-  std::vector<int> heard_directly() const {
+  std::vector<int> checked_direct_playback() const {
     alsa.writes.clear();
     EXPECT_EQ(pcm_playback(sound(9, 2).c_str()), 1);
     return heard();
   }
 };
 
-TEST_F(EngineAbsent, StopAllStopsDirectPlayersUntilTheNextRequest) {
+TEST_F(EngineAbsent, StopsDirectPlayersUntilNextRequest) {
   for (const auto &[name, arrive] : situations()) {
     arrive();
-    EXPECT_THAT(heard_directly(), ElementsAre(9, 9)) << name;
+    EXPECT_THAT(checked_direct_playback(), ElementsAre(9, 9)) << name;
     EXPECT_EQ(snd_stopall(), 0) << name;
-    EXPECT_THAT(heard_directly(), IsEmpty()) << name;
+    EXPECT_THAT(checked_direct_playback(), IsEmpty()) << name;
     EXPECT_EQ(play(sound(1)), 1) << name;
-    EXPECT_THAT(heard_directly(), ElementsAre(9, 9)) << name;
+    EXPECT_THAT(checked_direct_playback(), ElementsAre(9, 9)) << name;
   }
 }
 
-TEST_F(EngineAbsent, StopAllStopsTheDirectPlayerInProgress) {
+TEST_F(EngineAbsent, StopsCurrentDirectPlayer) {
   alsa.on_write = [] {
     alsa.on_write = nullptr;
     EXPECT_EQ(snd_stopall(), 0);
@@ -132,26 +132,26 @@ TEST_F(EngineAbsent, StopAllStopsTheDirectPlayerInProgress) {
   EXPECT_THAT(heard(), ElementsAre(3));
 }
 
-TEST_F(EngineAbsent, GarbageIsDecodedToItsEndWithoutAStop) {
+TEST_F(EngineAbsent, DecodesGarbageToItsEndWithoutStop) {
   board_.write("garbage.mp3", std::string(1000, '\xFF'));
   EXPECT_EQ(mp3_playback(board_.path("garbage.mp3").c_str()), 0);
   EXPECT_GT(stage.errors.arrivals(), 100);
 }
 
-TEST_F(EngineAbsent, StoppingRequestStopsAndReleasesDirectPlayers) {
+TEST_F(EngineAbsent, ReleasesDirectPlayersOnStoppingRequest) {
   stage.callers.close();
   std::thread other{[this] {
     announce_lock();
     EXPECT_EQ(play(sound(1), 1), 1);
   }};
   stage.callers.await(1); // the flag is set, the mutex not yet taken
-  EXPECT_THAT(heard_directly(), IsEmpty());
+  EXPECT_THAT(checked_direct_playback(), IsEmpty());
   stage.callers.open();
   other.join();
-  EXPECT_THAT(heard_directly(), ElementsAre(9, 9));
+  EXPECT_THAT(checked_direct_playback(), ElementsAre(9, 9));
 }
 
-TEST_F(EngineAbsent, StopAllReturnsResultOfUnlocking) {
+TEST_F(EngineAbsent, ReturnsResultOfUnlocking) {
   int32_t result = 0;
   std::thread{[&result] {
     set_unlock_result(77);
@@ -160,7 +160,7 @@ TEST_F(EngineAbsent, StopAllReturnsResultOfUnlocking) {
   EXPECT_EQ(result, 77);
 }
 
-TEST_F(EngineAbsent, RequestsAreLoggedButNotQueued) {
+TEST_F(EngineAbsent, LogsRequestsWithoutQueueingThem) {
   const std::string path = sound(1);
   for (const auto &[name, arrive] : situations()) {
     arrive();
@@ -174,7 +174,7 @@ TEST_F(EngineAbsent, RequestsAreLoggedButNotQueued) {
   }
 }
 
-TEST_F(EngineAbsent, RequestsBeforeTheStartAreNotPlayedAfterIt) {
+TEST_F(EngineAbsent, PlaysNoRequestsFromBeforeInit) {
   play(sound(1));
   play(sound(2));
   EXPECT_EQ(start(), 1);
@@ -183,20 +183,20 @@ TEST_F(EngineAbsent, RequestsBeforeTheStartAreNotPlayedAfterIt) {
   EXPECT_THAT(heard(), ElementsAre(3));
 }
 
-TEST_F(EngineAbsent, TooLongPathIsRejectedWhole) {
+TEST_F(EngineAbsent, RejectsTooLongPath) {
   EXPECT_EQ(snd_stopall(), 0);
   EXPECT_EQ(play(std::string(256, 'x')), 1);
-  EXPECT_THAT(heard_directly(), IsEmpty()); // still stopped
+  EXPECT_THAT(checked_direct_playback(), IsEmpty()); // still stopped
   EXPECT_THAT(messages(), ElementsAre("snd_play_direct():path of 256 characters, at most 255 are possible"));
 }
 
-TEST_F(EngineAbsent, ExitDoesNothing) {
+TEST_F(EngineAbsent, DoesNothingOnExit) {
   snd_exit();
   EXPECT_THAT(stage.calls, IsEmpty());
-  EXPECT_THAT(heard_directly(), ElementsAre(9, 9));
+  EXPECT_THAT(checked_direct_playback(), ElementsAre(9, 9));
 }
 
-TEST_F(Engine, RequestIsToldAndPausedAfter) {
+TEST_F(Engine, LogsRequestAndPausesAfterIt) {
   start();
   const std::string path = sound(7, 3);
   EXPECT_EQ(play(path), 1);
@@ -207,7 +207,7 @@ TEST_F(Engine, RequestIsToldAndPausedAfter) {
   EXPECT_THAT(stage.pauses_us, ElementsAre(150000U));
 }
 
-TEST_F(Engine, SignalIsNoRequest) {
+TEST_F(Engine, IgnoresSignals) {
   stage.interruptions = 3;
   start();
   play(sound(1));
@@ -221,7 +221,7 @@ enum class outcome { mp3, without_header, with_header };
 
 class EngineKinds : public engine_fixture {
 protected:
-  outcome outcome_of(const std::string &name) {
+  outcome checked_outcome(const std::string &name) {
     board_.write(name, std::string(44, 'h') + std::string(20, 's'));
     alsa.calls.clear();
     alsa.writes.clear();
@@ -237,18 +237,18 @@ private:
   int served_ = 0;
 };
 
-TEST_F(EngineKinds, FollowFromTheNames) {
+TEST_F(EngineKinds, FollowFromNames) {
   start();
   for (const char *name : {"a.mp3", "a.mp3.wav", "a.wav.mp3", "a.pcm.mp3", "a.mp3x", "b.mp3/a.wav", ".mp3"})
-    EXPECT_EQ(outcome_of(name), outcome::mp3) << name;
+    EXPECT_EQ(checked_outcome(name), outcome::mp3) << name;
   for (const char *name : {"a.wav", "a.wave", "a.wav.bak", "c.wav/a", ".wav"})
-    EXPECT_EQ(outcome_of(name), outcome::without_header) << name;
+    EXPECT_EQ(checked_outcome(name), outcome::without_header) << name;
   for (const char *name :
        {"a.pcm", "a.wav.pcm", "a.pcm.wav", "a.WAV", "a.Mp3", "a.PCM", "a", "mp3", "a_wav", "a."})
-    EXPECT_EQ(outcome_of(name), outcome::with_header) << name;
+    EXPECT_EQ(checked_outcome(name), outcome::with_header) << name;
 }
 
-TEST_F(Engine, FilesThatCannotBePlayedAreToldAndPassedOver) {
+TEST_F(Engine, LogsAndSkipsUnplayableFiles) {
   start();
   const std::string wav = board_.path("none.wav");
   const std::string raw = board_.path("none");
@@ -264,7 +264,7 @@ TEST_F(Engine, FilesThatCannotBePlayedAreToldAndPassedOver) {
   EXPECT_EQ(stage.pauses_us.size(), 4U);
 }
 
-TEST_F(Engine, DeviceThatCannotBeSetUpIsClosedAndTheNextSoundPlays) {
+TEST_F(Engine, ClosesUnconfigurableDeviceAndPlaysNext) {
   start();
   alsa.results["hw_params"] = -1;
   play(sound(1));
@@ -277,7 +277,7 @@ TEST_F(Engine, DeviceThatCannotBeSetUpIsClosedAndTheNextSoundPlays) {
   EXPECT_THAT(heard(), ElementsAre(2));
 }
 
-TEST_F(Engine, LongestPathHas255Characters) {
+TEST_F(Engine, AcceptsPathOf255Characters) {
   start();
   const std::string folder = board_.path("") + '/' + std::string(100, 'd') + '/';
   const std::string name = folder.substr(board_.path("").size()) + std::string(255 - folder.size(), 'n');
@@ -295,7 +295,7 @@ TEST_F(Engine, LongestPathHas255Characters) {
 /// A sound of five reads, held in its first write, and a caller that waits for it.
 class EngineInProgress : public engine_fixture {
 protected:
-  void begin() {
+  void expect_begin() {
     start();
     stage.writes.close();
     stage.pauses.close();
@@ -305,7 +305,7 @@ protected:
     EXPECT_EQ(get_snd_thread_state(), 1U);
   }
 
-  /// Starts a caller that has to wait.
+  /// Start a caller that has to wait.
   template <class Call> void call(Call call) {
     caller_ = std::thread{[this, call] {
       announce_lock();
@@ -315,8 +315,8 @@ protected:
     stage.callers.await(1);
   }
 
-  /// Lets the sound go on to its end; the thread stands in its pause then, with the mutex.
-  void end_sound() {
+  /// Let the sound go on to its end; the thread stands in its pause then, with the mutex.
+  void expect_end() {
     stage.writes.open();
     stage.pauses.await(1);
     EXPECT_EQ(get_snd_thread_state(), 1U);
@@ -334,10 +334,10 @@ private:
   std::atomic<bool> has_returned_ = false;
 };
 
-TEST_F(EngineInProgress, NextRequestWaitsForTheEndAndThePause) {
-  begin();
+TEST_F(EngineInProgress, StartsNextAfterEndAndPause) {
+  expect_begin();
   call([this] { EXPECT_EQ(play(sound(2)), 1); });
-  end_sound();
+  expect_end();
   EXPECT_THAT(heard(), ElementsAre(1, 1, 1, 1, 1));
   end_pause();
   await_served(2);
@@ -345,10 +345,10 @@ TEST_F(EngineInProgress, NextRequestWaitsForTheEndAndThePause) {
   EXPECT_THAT(heard(), ElementsAre(1, 1, 1, 1, 1, 2));
 }
 
-TEST_F(EngineInProgress, StoppingRequestWaitsUntilThePlayerNotices) {
-  begin();
+TEST_F(EngineInProgress, WaitsUntilPlayerStops) {
+  expect_begin();
   call([this] { EXPECT_EQ(play(sound(2, 3), 1), 1); });
-  end_sound();
+  expect_end();
   EXPECT_THAT(heard(), ElementsAre(1));
   EXPECT_EQ(alsa.calls.back(), "close pcm");
   end_pause();
@@ -356,27 +356,27 @@ TEST_F(EngineInProgress, StoppingRequestWaitsUntilThePlayerNotices) {
   EXPECT_THAT(heard(), ElementsAre(1, 2, 2, 2));
 }
 
-TEST_F(EngineInProgress, OnlyOneStops) {
-  begin();
+TEST_F(EngineInProgress, StopsOnlyOnce) {
+  expect_begin();
   call([this] { EXPECT_EQ(play(sound(2), 2), 1); });
-  end_sound();
+  expect_end();
   EXPECT_THAT(heard(), ElementsAre(1, 1, 1, 1, 1));
   end_pause();
 }
 
-TEST_F(EngineInProgress, RefusedPathStopsNothing) {
-  begin();
+TEST_F(EngineInProgress, KeepsPlayingIfPathIsRejected) {
+  expect_begin();
   EXPECT_EQ(play(std::string(256, 'x'), 1), 1);
   call([] { EXPECT_EQ(snd_play_direct("/none", 0), 1); });
-  end_sound();
+  expect_end();
   EXPECT_THAT(heard(), ElementsAre(1, 1, 1, 1, 1));
   end_pause();
 }
 
-TEST_F(EngineInProgress, StopAllEndsTheSound) {
-  begin();
+TEST_F(EngineInProgress, StopsOnStopAll) {
+  expect_begin();
   call([] { EXPECT_EQ(snd_stopall(), 0); });
-  end_sound();
+  expect_end();
   EXPECT_THAT(heard(), ElementsAre(1));
   end_pause();
   await_served(1);
@@ -385,7 +385,7 @@ TEST_F(EngineInProgress, StopAllEndsTheSound) {
   EXPECT_THAT(heard(), ElementsAre(1, 2));
 }
 
-TEST_F(EngineInProgress, StopAllIsHeardAmongGarbage) {
+TEST_F(EngineInProgress, StopsInGarbageOnStopAll) {
   start();
   stage.errors.close();
   stage.pauses.close();
@@ -400,10 +400,10 @@ TEST_F(EngineInProgress, StopAllIsHeardAmongGarbage) {
   end_pause();
 }
 
-TEST_F(EngineInProgress, ExitLetsTheSoundEnd) {
-  begin();
+TEST_F(EngineInProgress, PlaysToEndOnExit) {
+  expect_begin();
   call([] { snd_exit(); });
-  end_sound();
+  expect_end();
   EXPECT_THAT(heard(), ElementsAre(1, 1, 1, 1, 1));
   end_pause();
   EXPECT_EQ(stage.calls.back(), "join");
@@ -411,7 +411,7 @@ TEST_F(EngineInProgress, ExitLetsTheSoundEnd) {
   EXPECT_EQ(stage.pauses_us.size(), 1U);
 }
 
-TEST_F(Engine, RequestThatComesTooLateIsNotQueued) {
+TEST_F(Engine, RejectsRequestThatComesTooLate) {
   start();
   stage.callers.close();
   std::thread late{[this] {
@@ -427,7 +427,7 @@ TEST_F(Engine, RequestThatComesTooLateIsNotQueued) {
   EXPECT_THAT(heard(), ElementsAre(2));
 }
 
-TEST_F(Engine, StopAllGivesTheResultOfUnlocking) {
+TEST_F(Engine, ReturnsResultOfUnlocking) {
   start();
   int32_t result = 0;
   std::thread{[&result] {

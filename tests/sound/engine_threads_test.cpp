@@ -12,7 +12,7 @@ constexpr int rounds = 25;
 
 class EngineThreads : public engine_fixture {
 protected:
-  /// Runs `call(thread, round)` for every thread and round, and `meanwhile()` on this one.
+  /// Run `call(thread, round)` for every thread and round, and `meanwhile()` on this one.
   template <class Call, class Meanwhile> static void call_together(Call call, Meanwhile meanwhile) {
     std::vector<std::thread> all;
     for (int thread = 0; thread < threads; ++thread)
@@ -32,7 +32,7 @@ protected:
   }
 };
 
-TEST_F(EngineThreads, RequestsAtOnceAreAllToldAndWaitedFor) {
+TEST_F(EngineThreads, LogAndAwaitRequestsOfSeveralThreads) {
   std::vector<std::string> paths;
   for (int thread = 0; thread < threads; ++thread)
     paths.push_back(sound(thread + 1, 3));

@@ -19,29 +19,29 @@ protected:
   }
 };
 
-TEST_F(Mixer, MicrophoneIsSwitchedInTheForeground) {
+TEST_F(Mixer, SwitchesMicrophoneInForeground) {
   EXPECT_EQ(mic_volume_unmute(), 256);
   EXPECT_EQ(mic_volume_mute(), 512);
   EXPECT_THAT(recorded_commands, ElementsAre("amixer cset numid=64 on", "amixer cset numid=64 off"));
 }
 
-TEST_F(Mixer, MutingTheSpeakerGivesTheSecondResult) {
+TEST_F(Mixer, ReturnsSecondResultOfMuting) {
   EXPECT_EQ(spk_volume_mute(), 512);
   EXPECT_THAT(recorded_commands, ElementsAre("amixer cset numid=1 0 &", "amixer cset numid=5 0 &"));
 }
 
-TEST_F(Mixer, NoVolumeIsMuting) {
+TEST_F(Mixer, MutesSpeakerForVolumeZero) {
   EXPECT_EQ(spk_volume_setup(0), 512);
   EXPECT_THAT(recorded_commands, ElementsAre("amixer cset numid=1 0 &", "amixer cset numid=5 0 &"));
 }
 
-TEST_F(Mixer, VolumeIsTheLastOfThreeCommandsAndItsResult) {
+TEST_F(Mixer, ReturnsResultOfLastOfThreeVolumeCommands) {
   EXPECT_EQ(spk_volume_setup(100), 768);
   EXPECT_THAT(recorded_commands,
               ElementsAre("amixer cset numid=77 on", "amixer cset numid=5 108", "amixer cset numid=1 113 &"));
 }
 
-TEST_F(Mixer, FiveStepsAreKnownAndEverythingElseIsSixty) {
+TEST_F(Mixer, TreatsOtherVolumesAsSixty) {
   const std::map<uint32_t, std::string> steps = {
       {20, "85"}, {40, "93"}, {60, "100"}, {80, "107"}, {100, "113"}};
   std::vector<uint32_t> percents = {255, 256, 256 + 20, 0x80000000, 0xFFFFFFFF};
@@ -58,7 +58,7 @@ TEST_F(Mixer, FiveStepsAreKnownAndEverythingElseIsSixty) {
   }
 }
 
-TEST_F(Mixer, FailedCommandsDoNotKeepTheNextOnesBack) {
+TEST_F(Mixer, RunsNextCommandAfterFailure) {
   command_result = [](const std::string &) { return -1; };
   EXPECT_EQ(spk_volume_setup(20), -1);
   EXPECT_EQ(recorded_commands.size(), 3U);

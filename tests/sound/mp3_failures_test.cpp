@@ -47,7 +47,7 @@ private:
   size_t descriptors_;
 };
 
-TEST_F(Mp3Failures, NoSuchFile) {
+TEST_F(Mp3Failures, FailsForMissingFile) {
   const std::string path = board_.path("none");
   EXPECT_EQ(mp3_playback(path.c_str()), 1);
   EXPECT_THAT(take_messages(), ElementsAre("open file " + path + " failed "));
@@ -55,7 +55,7 @@ TEST_F(Mp3Failures, NoSuchFile) {
   expect_all_closed();
 }
 
-TEST_F(Mp3Failures, AFileThatMayNotBeWritten) {
+TEST_F(Mp3Failures, FailsForReadOnlyFile) {
   const std::string path = file(silence(4));
   ::chmod(path.c_str(), 0444);
   board_.open_to_everyone();
@@ -68,14 +68,14 @@ TEST_F(Mp3Failures, AFileThatMayNotBeWritten) {
   expect_all_closed();
 }
 
-TEST_F(Mp3Failures, AFolder) {
+TEST_F(Mp3Failures, FailsForDirectory) {
   const std::string path = board_.path("tmp");
   EXPECT_EQ(mp3_playback(path.c_str()), 1);
   EXPECT_THAT(take_messages(), ElementsAre("open file " + path + " failed "));
   expect_all_closed();
 }
 
-TEST_F(Mp3Failures, AnEmptyFileStaysOpen) {
+TEST_F(Mp3Failures, LeavesEmptyFileOpen) {
   EXPECT_EQ(play({}), 2);
   EXPECT_THAT(take_messages(), ElementsAre("fstat failed:"));
   EXPECT_THAT(board_.events(), IsEmpty());
@@ -83,7 +83,7 @@ TEST_F(Mp3Failures, AnEmptyFileStaysOpen) {
   EXPECT_EQ(h_snd_playback, nullptr);
 }
 
-TEST_F(Mp3Failures, AFileWithoutStatusStaysOpen) {
+TEST_F(Mp3Failures, LeavesFileWithoutStatusOpen) {
   const std::string path = file(silence(4));
   told_status = {number_of(path), true, 0};
   EXPECT_EQ(mp3_playback(path.c_str()), 2);
@@ -92,7 +92,7 @@ TEST_F(Mp3Failures, AFileWithoutStatusStaysOpen) {
   EXPECT_EQ(h_snd_playback, nullptr);
 }
 
-TEST_F(Mp3Failures, WhatCannotBeReadIsSilence) {
+TEST_F(Mp3Failures, PlaysUnreadableFileAsSilence) {
   const bytes whole = encode();
   bytes expected = first_bytes(whole, whole.size() - 500);
   const std::string path = file(expected);
@@ -105,7 +105,7 @@ TEST_F(Mp3Failures, WhatCannotBeReadIsSilence) {
   expect_all_closed();
 }
 
-TEST_F(Mp3Failures, ShortOfMemory) {
+TEST_F(Mp3Failures, FailsWithoutMemory) {
   const std::string path = file(silence(4));
   refused_size = 4 * 384 + 1;
   const int32_t result = mp3_playback(path.c_str());
@@ -116,7 +116,7 @@ TEST_F(Mp3Failures, ShortOfMemory) {
   expect_all_closed();
 }
 
-TEST_F(Mp3Failures, WithoutADeviceTheFileAndItsMemoryAreKept) {
+TEST_F(Mp3Failures, KeepsFileAndMemoryWithoutDevice) {
   ::setenv("ALSA_CONFIG_PATH", "/dev/null", 1);
   const std::string path = file(silence(1000));
   const leak_on_purpose keeping;
@@ -130,7 +130,7 @@ TEST_F(Mp3Failures, WithoutADeviceTheFileAndItsMemoryAreKept) {
   expect_nothing_heard();
 }
 
-TEST_F(Mp3Failures, ADeviceThatCannotBeSetUpStaysOpen) {
+TEST_F(Mp3Failures, LeavesUnconfigurableDeviceOpen) {
   board_.set_fault("rate", "sound");
   const std::string path = file(silence(1000));
   const leak_on_purpose keeping;
@@ -150,7 +150,7 @@ TEST_F(Mp3Failures, ADeviceThatCannotBeSetUpStaysOpen) {
   EXPECT_EQ(left_open(), 1U);
 }
 
-TEST_F(Mp3Failures, ADeviceLeftOpenIsClosedByTheNextWav) {
+TEST_F(Mp3Failures, LeavesDeviceForNextWavToClose) {
   const leak_on_purpose keeping;
   board_.set_fault("rate", "sound");
   EXPECT_EQ(play(silence(4)), 1);
@@ -162,7 +162,7 @@ TEST_F(Mp3Failures, ADeviceLeftOpenIsClosedByTheNextWav) {
   EXPECT_TRUE(are_same(take_played(), bytes(2000)));
 }
 
-TEST_F(Mp3Failures, FailedWritesAreToldAndPassedOver) {
+TEST_F(Mp3Failures, ReportsAndSkipsFailedWrites) {
   board_.set_fault("write", "sound", "EINVAL");
   EXPECT_EQ(play(silence(3)), 0);
   EXPECT_THAT(take_messages(), ElementsAre("write error: Invalid argument", "-EINVAL error!",

@@ -57,7 +57,7 @@ INSTANTIATE_TEST_SUITE_P(All, Mp3Encodings,
                                          encoding{"Rate32kHz", 32000, 2, {"-b", "96"}}),
                          [](const auto &one) { return one.param.name; });
 
-TEST_F(Mp3Player, OtherLayers) {
+TEST_F(Mp3Player, PlaysOtherLayers) {
   // 48000 Hz, one channel: layer I of 128 kbit/s has 384 samples in 128 bytes, layer II of 64 kbit/s 1152 in
   // 192.
   const bytes layer1 = silent_frames({0xFF, 0xFF, 0x44, 0xC0}, 128, 5);
@@ -66,7 +66,7 @@ TEST_F(Mp3Player, OtherLayers) {
   EXPECT_THAT(expect_as_decoded(layer2).lengths, ElementsAre(1152U, 1152U, 1152U));
 }
 
-TEST_F(Mp3Player, LastFrameHasNothingBehindItAndIsPassedOver) {
+TEST_F(Mp3Player, SkipsLastFrameWithoutDataAfterIt) {
   EXPECT_EQ(play(silence(3)), 0);
   EXPECT_THAT(writes.offered, ElementsAre(1152UL, 1152UL));
   EXPECT_TRUE(are_same(take_played(), bytes(2 * 1152 * 4)));
@@ -74,7 +74,7 @@ TEST_F(Mp3Player, LastFrameHasNothingBehindItAndIsPassedOver) {
   expect_all_closed();
 }
 
-TEST_F(Mp3Player, TheToneThatWasEncoded) {
+TEST_F(Mp3Player, PlaysEncodedTone) {
   bytes tone;
   for (int i = 0; i < 48000 / 2; ++i) // a square wave of 1000 Hz
     tone.insert(tone.end(), {0, static_cast<uint8_t>(i / 24 % 2 == 0 ? 0x20 : 0xE0)});
@@ -109,7 +109,7 @@ int loudest(const bytes &samples) {
   return most;
 }
 
-TEST_F(Mp3Player, TheLeftChannelIsHeard) {
+TEST_F(Mp3Player, PlaysLeftChannel) {
   const words options = {"-m", "s", "-b", "192"};
   const bytes left = on_the_left(music(48000, 1, 200));
   EXPECT_EQ(play(encode(left, options, 48000, 2)), 0);
@@ -118,7 +118,7 @@ TEST_F(Mp3Player, TheLeftChannelIsHeard) {
   EXPECT_LT(loudest(take_played()), 100);
 }
 
-TEST_F(Mp3Player, LouderThanFullIsClipped) {
+TEST_F(Mp3Player, ClipsLouderThanFullScale) {
   bytes loud;
   for (int i = 0; i < 10000; ++i) // a square wave as high as can be
     loud.insert(loud.end(), {static_cast<uint8_t>(i / 50 % 2 == 0 ? 0xFF : 0x00),
@@ -134,7 +134,7 @@ TEST_F(Mp3Player, LouderThanFullIsClipped) {
   EXPECT_GT(has(0x00, 0x80), 100U);
 }
 
-TEST_F(Mp3Player, Tags) {
+TEST_F(Mp3Player, SkipsTags) {
   bytes cover = {0xFF, 0xD8, 0xFF, 0xE0, 0, 16, 'J', 'F', 'I', 'F', 0};
   std::mt19937 random{3};
   append(cover, random_bytes(random, 3000));
@@ -151,7 +151,7 @@ TEST_F(Mp3Player, Tags) {
   }
 }
 
-TEST_F(Mp3Player, AFrameWithoutItsHeader) {
+TEST_F(Mp3Player, SkipsFrameWithoutHeader) {
   bytes file = silence(8);
   std::fill_n(file.begin() + 3 * 384, 4, 0);
   const decoded_mp3 decoded = expect_as_decoded(file);
@@ -160,21 +160,21 @@ TEST_F(Mp3Player, AFrameWithoutItsHeader) {
   EXPECT_THAT(decoded.lengths, SizeIs(6));
 }
 
-TEST_F(Mp3Player, AFrameWithAWrongChecksum) {
+TEST_F(Mp3Player, SkipsFrameWithInvalidChecksum) {
   bytes file = encode({"-b", "64", "-p", "--nores", "-t"});
   file[5 * 192 + 10] ^= 0x10;
   EXPECT_THAT(expect_as_decoded(file).errors,
               ElementsAre("mad_flow error: decoding  0x0201 (CRC check failed) at byte offset 960"));
 }
 
-TEST_F(Mp3Player, ABeginningCutOff) {
+TEST_F(Mp3Player, PlaysFileWithoutItsBeginning) {
   bytes file = encode({"-b", "64", "-t"});
   file.erase(file.begin(), file.begin() + 5 * 192); // and with it what later frames have there
   EXPECT_THAT(expect_as_decoded(file).errors,
               Contains("mad_flow error: decoding  0x0235 (bad main_data_begin pointer) at byte offset 0"));
 }
 
-TEST_F(Mp3Player, AnEndCutOff) {
+TEST_F(Mp3Player, PlaysTruncatedFile) {
   const bytes whole = encode();
   for (size_t length = whole.size(); length > whole.size() - 400; length -= 7)
     expect_as_decoded(first_bytes(whole, length));
@@ -182,7 +182,7 @@ TEST_F(Mp3Player, AnEndCutOff) {
     expect_as_decoded(first_bytes(whole, length));
 }
 
-TEST_F(Mp3Player, DamagedAnywhere) {
+TEST_F(Mp3Player, PlaysFileDamagedAnywhere) {
   const std::vector<bytes> wholes = {encode(), encode({"-m", "j", "-b", "128", "-p"}, 44100, 2),
                                      encode({"-V", "4"}, 24000, 2)};
   std::mt19937 random{7};
@@ -194,7 +194,7 @@ TEST_F(Mp3Player, DamagedAnywhere) {
   }
 }
 
-TEST_F(Mp3Player, NotAnMp3File) {
+TEST_F(Mp3Player, PlaysNothingOfOtherFormats) {
   std::mt19937 random{11};
   const decoded_mp3 noise = expect_as_decoded(random_bytes(random, 20000));
   EXPECT_THAT(noise.errors,
@@ -203,7 +203,7 @@ TEST_F(Mp3Player, NotAnMp3File) {
   EXPECT_THAT(expect_as_decoded(bytes(1000, 0xFF)).lengths, IsEmpty());
 }
 
-TEST_F(Mp3Player, GarbageAround) {
+TEST_F(Mp3Player, SkipsGarbageAround) {
   std::mt19937 random{12};
   bytes file = random_bytes(random, 700);
   append(file, encode());

@@ -50,7 +50,7 @@ protected:
     }
   }
 
-  /// Makes a kind the one that set_snd_param() sets up.
+  /// Make a kind the one that set_snd_param() sets up.
   void choose(kind of) const {
     reset_alsa();
     play(of, std::string(60, '\0'));
@@ -85,7 +85,7 @@ constexpr const char *calls_for_1000_bytes[] = {"open default PLAYBACK 0",
                                                 "writei pcm 500",
                                                 "close pcm"};
 
-TEST_F(PcmSetUp, WavFileCallByCall) {
+TEST_F(PcmSetUp, ConfiguresWavFileCallByCall) {
   EXPECT_EQ(play(kind::wav, std::string(44 + 1000, 'w')), 1);
   EXPECT_THAT(alsa.calls, ElementsAreArray(calls_for_1000_bytes));
   EXPECT_EQ(h_snd_playback, nullptr);
@@ -93,13 +93,13 @@ TEST_F(PcmSetUp, WavFileCallByCall) {
   EXPECT_THAT(messages(), IsEmpty());
 }
 
-TEST_F(PcmSetUp, RawFileCallByCall) {
+TEST_F(PcmSetUp, ConfiguresRawFileCallByCall) {
   EXPECT_EQ(play(kind::raw, std::string(1000, 'r')), 1);
   EXPECT_THAT(alsa.calls, ElementsAreArray(calls_for_1000_bytes));
   EXPECT_EQ(h_snd_playback, nullptr);
 }
 
-TEST_F(PcmSetUp, Mp3FileCallByCall) {
+TEST_F(PcmSetUp, ConfiguresMp3FileCallByCall) {
   alsa.period_frames = 1000; // four of which fit
   // 4 * 384 bytes: 10 * 1536 - 40 microseconds, twice. The last frame has nothing behind it.
   EXPECT_EQ(play(kind::mp3, mp3_frame() + mp3_frame() + mp3_frame() + mp3_frame()), 0);
@@ -118,7 +118,7 @@ TEST_F(PcmSetUp, Mp3FileCallByCall) {
   EXPECT_EQ(errors_.take(), "");
 }
 
-TEST_F(PcmSetUp, StartThresholdOfMp3IsWholePeriods) {
+TEST_F(PcmSetUp, StartsMp3AtWholePeriods) {
   choose(kind::mp3);
   alsa.period_frames = 5000; // longer than the buffer
   EXPECT_EQ(set_snd_param(100), 0);
@@ -128,14 +128,14 @@ TEST_F(PcmSetUp, StartThresholdOfMp3IsWholePeriods) {
   EXPECT_THAT(alsa.calls, Contains("sw_params_set_start_threshold pcm sw 4096"));
 }
 
-TEST_F(PcmSetUp, DeviceWithoutPeriodsDividesNothingByThem) {
+TEST_F(PcmSetUp, AcceptsDeviceWithoutPeriods) {
   choose(kind::mp3);
   alsa.period_frames = 0;
   EXPECT_EQ(set_snd_param(100), 0);
   EXPECT_THAT(alsa.calls, Contains("sw_params_set_start_threshold pcm sw 0"));
 }
 
-TEST_F(PcmSetUp, ResultIsThePeriodOfWavesAndNoughtOfMp3) {
+TEST_F(PcmSetUp, ReturnsPeriodOfWavesAndZeroOfMp3) {
   choose(kind::raw);
   alsa.period_frames = 77;
   EXPECT_EQ(set_snd_param(100), 77);
@@ -147,7 +147,7 @@ TEST_F(PcmSetUp, ResultIsThePeriodOfWavesAndNoughtOfMp3) {
   EXPECT_EQ(set_snd_param(100), 0);
 }
 
-TEST_F(PcmSetUp, BitsOfAFrameAreThoseOfTheLastWave) {
+TEST_F(PcmSetUp, KeepsFrameSizeOfLastWave) {
   bits_per_frame = 7;
   EXPECT_EQ(play(kind::mp3, mp3_frame() + mp3_frame()), 0);
   EXPECT_EQ(bits_per_frame, 7U);
@@ -181,7 +181,7 @@ protected:
   }
 };
 
-TEST_F(PcmTimes, FollowFromTheFileSize) {
+TEST_F(PcmTimes, FollowFromFileSize) {
   const times_case cases[] = {
       {kind::raw, 0, "125000", "500000"}, //
       {kind::raw, 1, "0", "2"},
@@ -273,7 +273,7 @@ protected:
   }
 };
 
-TEST_F(PcmFailures, EachStepEndsTheSetUpAndLeavesTheDeviceOpen) {
+TEST_F(PcmFailures, LeaveDeviceOpenAtEachStep) {
   for (const kind of : {kind::raw, kind::wav, kind::mp3}) {
     choose(of);
     for (const failing_step &step : steps(of)) {
@@ -286,7 +286,7 @@ TEST_F(PcmFailures, EachStepEndsTheSetUpAndLeavesTheDeviceOpen) {
   }
 }
 
-TEST_F(PcmFailures, OfWavesCloseTheDevice) {
+TEST_F(PcmFailures, CloseDeviceOfWaves) {
   for (const kind of : {kind::raw, kind::wav})
     for (const failing_step &step : steps(of)) {
       begin(step);
@@ -298,7 +298,7 @@ TEST_F(PcmFailures, OfWavesCloseTheDevice) {
     }
 }
 
-TEST_F(PcmFailures, OfMp3LeaveTheDeviceOpen) {
+TEST_F(PcmFailures, LeaveDeviceOfMp3Open) {
   const leak_on_purpose of_the_file;
   for (const failing_step &step : steps(kind::mp3)) {
     begin(step);
@@ -310,7 +310,7 @@ TEST_F(PcmFailures, OfMp3LeaveTheDeviceOpen) {
   }
 }
 
-TEST_F(PcmFailures, NextSoundOpensItsOwnDevice) {
+TEST_F(PcmFailures, LetNextSoundOpenItsOwnDevice) {
   const leak_on_purpose of_the_file;
   begin({"hw_params", ""});
   EXPECT_EQ(play(kind::mp3, mp3_frame()), 1);
@@ -322,7 +322,7 @@ TEST_F(PcmFailures, NextSoundOpensItsOwnDevice) {
   EXPECT_EQ(h_snd_playback, nullptr);
 }
 
-TEST_F(PcmFailures, WithoutADeviceNothingIsClosed) {
+TEST_F(PcmFailures, CloseNothingWithoutDevice) {
   const leak_on_purpose of_the_file;
   const failing_step step = {"open", "open PCM device failed error!\n"};
   for (const kind of : {kind::raw, kind::wav, kind::mp3}) {
@@ -335,7 +335,7 @@ TEST_F(PcmFailures, WithoutADeviceNothingIsClosed) {
   }
 }
 
-TEST_F(PcmFailures, PeriodEqualToTheBufferIsRefused) {
+TEST_F(PcmFailures, RejectPeriodEqualToBuffer) {
   for (const kind of : {kind::raw, kind::wav, kind::mp3}) {
     choose(of);
     begin({"none", ""});
@@ -348,7 +348,7 @@ TEST_F(PcmFailures, PeriodEqualToTheBufferIsRefused) {
   }
 }
 
-TEST_F(PcmFailures, OfTheThresholdsAreNotLookedAt) {
+TEST_F(PcmFailures, IgnoreThresholds) {
   for (const char *call : {"sw_params_current", "sw_params_set_avail_min", "sw_params_set_start_threshold",
                            "sw_params_set_stop_threshold"}) {
     begin({call, ""});
@@ -359,7 +359,7 @@ TEST_F(PcmFailures, OfTheThresholdsAreNotLookedAt) {
   }
 }
 
-TEST_F(PcmSetUp, PositiveResultsAreNoFailures) {
+TEST_F(PcmSetUp, AcceptsPositiveResults) {
   for (const failing_step &step : steps_of_all)
     alsa.results[step.call] = 1;
   alsa.results["open"] = alsa.results["hw_params_get_buffer_time_max"] = 1;
@@ -367,7 +367,7 @@ TEST_F(PcmSetUp, PositiveResultsAreNoFailures) {
   EXPECT_EQ(alsa.count("writei pcm 4"), 1U);
 }
 
-TEST_F(PcmSetUp, WriteThatFailsDoesNotEndTheSound) {
+TEST_F(PcmSetUp, ContinuesAfterFailedWrite) {
   alsa.period_frames = 4; // 16 bytes a read, 8 frames
   alsa.write_results = {-EIO, 8, -EINVAL};
   EXPECT_EQ(play(kind::raw, std::string(16 * 4, 'x')), 1);
@@ -376,7 +376,7 @@ TEST_F(PcmSetUp, WriteThatFailsDoesNotEndTheSound) {
                                       "write error: Invalid argument", "-EINVAL error!"));
 }
 
-TEST_F(PcmSetUp, Mp3AdvancesByFramesOfOneChannel) {
+TEST_F(PcmSetUp, AdvancesMp3ByFramesOfOneChannel) {
   alsa.write_results = {1000};
   EXPECT_EQ(play(kind::mp3, mp3_frame() + mp3_frame()), 0);
   ASSERT_EQ(alsa.writes.size(), 2U);

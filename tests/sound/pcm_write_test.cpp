@@ -56,7 +56,7 @@ protected:
   bytes data_;
 };
 
-TEST_F(PcmWrite, NoFramesAreWrittenWithoutTheDevice) {
+TEST_F(PcmWrite, WritesNoFramesOnlyToDevice) {
   EXPECT_EQ(write(0), 0);
   EXPECT_EQ(pcm_write(0, nullptr), 0);
   h_snd_playback = nullptr;
@@ -64,18 +64,18 @@ TEST_F(PcmWrite, NoFramesAreWrittenWithoutTheDevice) {
   EXPECT_THAT(alsa.calls, IsEmpty());
 }
 
-TEST_F(PcmWrite, WithoutADeviceNothingIsWritten) {
+TEST_F(PcmWrite, WritesNothingWithoutDevice) {
   h_snd_playback = nullptr;
   EXPECT_EQ(write(5), -1);
   EXPECT_THAT(alsa.calls, IsEmpty());
 }
 
-TEST_F(PcmWrite, EverythingAtOnceNeedsNoWaiting) {
+TEST_F(PcmWrite, WritesEverythingWithoutWaiting) {
   EXPECT_EQ(write(5), 5);
   EXPECT_THAT(alsa.calls, ElementsAre("writei pcm 5"));
 }
 
-TEST_F(PcmWrite, ShortWritesGoOnAfterWaiting) {
+TEST_F(PcmWrite, ContinuesShortWritesAfterWaiting) {
   alsa.write_results = {3, 1};
   EXPECT_EQ(write(10), 10);
   EXPECT_THAT(alsa.calls,
@@ -102,7 +102,7 @@ TEST_F(PcmWrite, WavesAdvanceByTheBitsOfAFrame) {
   }
 }
 
-TEST_F(PcmWrite, NothingTakenIsOfferedAgainAfterWaiting) {
+TEST_F(PcmWrite, RetriesAfterWaitingIfNothingIsAccepted) {
   for (const long result : {0L, long{-EAGAIN}}) {
     alsa.calls.clear();
     alsa.writes.clear();
@@ -115,7 +115,7 @@ TEST_F(PcmWrite, NothingTakenIsOfferedAgainAfterWaiting) {
   EXPECT_THAT(messages(), IsEmpty());
 }
 
-TEST_F(PcmWrite, FailedWaitingIsNotLookedAt) {
+TEST_F(PcmWrite, IgnoresFailedWait) {
   alsa.write_results = {2};
   alsa.results["wait"] = -EPIPE;
   EXPECT_EQ(write(6), 6);
@@ -123,7 +123,7 @@ TEST_F(PcmWrite, FailedWaitingIsNotLookedAt) {
   EXPECT_THAT(pauses_us, IsEmpty()); // frames were taken
 }
 
-TEST_F(PcmWrite, UnderrunIsMendedAndTheSameFramesRepeated) {
+TEST_F(PcmWrite, RepeatsFramesAfterUnderrun) {
   alsa.write_results = {2, -EPIPE, -EPIPE};
   EXPECT_EQ(write(6), 6);
   EXPECT_THAT(alsa.calls,
@@ -134,14 +134,14 @@ TEST_F(PcmWrite, UnderrunIsMendedAndTheSameFramesRepeated) {
                                       "xrun: underrun!!"));
 }
 
-TEST_F(PcmWrite, UnderrunsAreRepeatedWithoutLimit) {
+TEST_F(PcmWrite, RepeatsUnderrunsWithoutLimit) {
   alsa.write_results.assign(500, -EPIPE);
   EXPECT_EQ(write(6), 6);
   EXPECT_EQ(alsa.count("writei pcm 6"), 501U);
   EXPECT_EQ(alsa.count("wait"), 0U);
 }
 
-TEST_F(PcmWrite, UnderrunWithoutAStatusIsRepeatedToo) {
+TEST_F(PcmWrite, RepeatsUnderrunWithoutStatus) {
   alsa.write_results = {-EPIPE};
   alsa.results["status"] = -ENODEV;
   EXPECT_EQ(write(6), 6);
@@ -149,7 +149,7 @@ TEST_F(PcmWrite, UnderrunWithoutAStatusIsRepeatedToo) {
   EXPECT_THAT(messages(), ElementsAre("pcm_write: -EPIPE!!", "status error: No such device"));
 }
 
-TEST_F(PcmWrite, UnderrunThatCannotBeMendedIsRepeatedToo) {
+TEST_F(PcmWrite, RepeatsUnderrunThatCannotBeRecovered) {
   alsa.write_results = {-EPIPE};
   alsa.results["prepare"] = -EBUSY;
   EXPECT_EQ(write(6), 6);
@@ -158,7 +158,7 @@ TEST_F(PcmWrite, UnderrunThatCannotBeMendedIsRepeatedToo) {
                                       "xrun: prepare error: Device or resource busy"));
 }
 
-TEST_F(PcmWrite, DrainingStreamIsNotPrepared) {
+TEST_F(PcmWrite, DoesNotPrepareDrainingStream) {
   alsa.write_results = {-EPIPE};
   alsa.state = SND_PCM_STATE_DRAINING;
   EXPECT_EQ(write(6), 6);
@@ -166,7 +166,7 @@ TEST_F(PcmWrite, DrainingStreamIsNotPrepared) {
   EXPECT_THAT(messages(), ElementsAre("pcm_write: -EPIPE!!", "draining!!!"));
 }
 
-TEST_F(PcmWrite, SuccessfulRecoveriesDoNotPause) {
+TEST_F(PcmWrite, DoesNotPauseAfterRecovery) {
   alsa.write_results = {2, -EPIPE, 0, -EAGAIN, -EPIPE};
   EXPECT_EQ(write(6), 6);
   EXPECT_THAT(pauses_us, IsEmpty());
@@ -232,7 +232,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, PcmWriteDeadDevice,
                                          dead_device{"NothingTakenNoWait", 0, "wait"}),
                          [](const auto &device) { return device.param.name; });
 
-TEST_F(PcmWrite, OtherFailuresEndTheWrite) {
+TEST_F(PcmWrite, StopsAtOtherFailures) {
   const struct {
     int error;
     const char *text;
@@ -254,7 +254,7 @@ TEST_F(PcmWrite, OtherFailuresEndTheWrite) {
   }
 }
 
-TEST_F(PcmWrite, FramesReachTheDeviceInTheirOrder) {
+TEST_F(PcmWrite, DeliversFramesInOrder) {
   for (size_t i = 0; i < data_.size(); ++i)
     data_[i] = static_cast<uint8_t>(i * 7 + i / 256);
   alsa.write_results = {1, 0, 300, -EPIPE, -EAGAIN, 22, 1};
@@ -271,7 +271,7 @@ TEST_F(PcmWrite, FramesReachTheDeviceInTheirOrder) {
 
 class XrunRecovery : public PcmWrite {};
 
-TEST_F(XrunRecovery, UnderrunIsPreparedForPlayingAndCapturing) {
+TEST_F(XrunRecovery, PreparesUnderrunOfPlaybackAndCapture) {
   for (const int32_t capture : {0, 1}) {
     alsa.calls.clear();
     EXPECT_EQ(xrun_recovery(capture), 1);
@@ -289,7 +289,7 @@ TEST_F(XrunRecovery, FailsWithTheStatusOrThePreparation) {
                                       "status error: Input/output error"));
 }
 
-TEST_F(XrunRecovery, DrainingIsPreparedOnlyForCapturing) {
+TEST_F(XrunRecovery, PreparesDrainingCaptureOnly) {
   alsa.state = SND_PCM_STATE_DRAINING;
   for (const int32_t capture : {0, 2, -1})
     EXPECT_EQ(xrun_recovery(capture), 1);
@@ -300,7 +300,7 @@ TEST_F(XrunRecovery, DrainingIsPreparedOnlyForCapturing) {
                                       "capture stream format change? attempting recover..."));
 }
 
-TEST_F(XrunRecovery, FailedPreparationOfADrainingStreamIsTold) {
+TEST_F(XrunRecovery, ReportsFailedPreparationOfDrainingStream) {
   alsa.state = SND_PCM_STATE_DRAINING;
   alsa.results["prepare"] = -EIO;
   EXPECT_EQ(xrun_recovery(1), -1);
@@ -308,7 +308,7 @@ TEST_F(XrunRecovery, FailedPreparationOfADrainingStreamIsTold) {
                                       "xrun(DRAINING): prepare error: Input/output error"));
 }
 
-TEST_F(XrunRecovery, OtherStatesCanGoOn) {
+TEST_F(XrunRecovery, AllowsRetryInOtherStates) {
   for (const int state :
        {SND_PCM_STATE_OPEN, SND_PCM_STATE_SETUP, SND_PCM_STATE_PREPARED, SND_PCM_STATE_RUNNING,
         SND_PCM_STATE_PAUSED, SND_PCM_STATE_SUSPENDED, SND_PCM_STATE_DISCONNECTED}) {

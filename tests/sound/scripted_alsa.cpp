@@ -64,7 +64,7 @@ template <std::integral Number> std::string name_of(Number number) {
   return std::to_string(number);
 }
 
-/// Writes down a call; gives its result.
+/// Write down a call; return its result.
 template <class... Arguments> int note(const char *call, Arguments... arguments) {
   std::string text = call;
   ((text += ' ' + name_of(arguments)), ...);

@@ -37,7 +37,7 @@ struct scripted_alsa {
 
 extern scripted_alsa alsa;
 
-/// Starts over: nothing is open, recorded or scripted.
+/// Start over: nothing is open, recorded or scripted.
 void reset_alsa();
 
 } // namespace dravik::test

@@ -1,5 +1,5 @@
-// A request to stop: how much more the card gets. On a card that keeps time, which takes a read's frames bit
-// by bit.
+// A request to stop: how much more the card gets. On a card that keeps time, which takes a read's frames
+// bit by bit.
 
 #include "sound/card_stage.hpp"
 #include "sound/mp3_files.hpp"
@@ -63,7 +63,7 @@ TEST_P(Stop, EndsWithTheFramesOfOneRead) {
   expect_all_closed();
 }
 
-TEST_P(Stop, BeforeTheBeginningNothingIsHeard) {
+TEST_P(Stop, PlaysNothingIfSetBefore) {
   snd_stopall();
   EXPECT_EQ(GetParam().playback(sound().c_str()), GetParam().result);
   EXPECT_THAT(writes.offered, IsEmpty());
@@ -71,7 +71,7 @@ TEST_P(Stop, BeforeTheBeginningNothingIsHeard) {
   expect_all_closed();
 }
 
-TEST_P(Stop, OfTheEngineEndsItsSound) {
+TEST_P(Stop, StopsCurrentPlaybackOfEngine) {
   std::promise<void> playing;
   writes.on_write = [&playing] {
     if (writes.count() == 1)

@@ -84,7 +84,7 @@ protected:
   std::mt19937 random_{44};
 };
 
-TEST_P(WavePlayers, EverySampleComesToBothSides) {
+TEST_P(WavePlayers, PlaysEverySampleOnBothSides) {
   const bytes content = samples(20000);
   EXPECT_EQ(play(sound(content)), 1);
   EXPECT_TRUE(are_same(take_played(), on_both_sides(content)));
@@ -93,7 +93,7 @@ TEST_P(WavePlayers, EverySampleComesToBothSides) {
   EXPECT_THAT(take_messages(), IsEmpty());
 }
 
-TEST_P(WavePlayers, LongerThanTheBuffer) {
+TEST_P(WavePlayers, PlaysMoreThanTheBuffer) {
   const bytes content = samples(300002); // the card holds 65536 bytes
   EXPECT_EQ(play(sound(content)), 1);
   EXPECT_TRUE(are_same(take_played(), on_both_sides(content)));
@@ -101,7 +101,7 @@ TEST_P(WavePlayers, LongerThanTheBuffer) {
   expect_all_closed();
 }
 
-TEST_P(WavePlayers, FewBytes) {
+TEST_P(WavePlayers, PlaysFewBytes) {
   for (size_t length = 0; length < 12; ++length) {
     SCOPED_TRACE(length);
     const bytes content = samples(length);
@@ -112,14 +112,14 @@ TEST_P(WavePlayers, FewBytes) {
   EXPECT_THAT(take_messages(), IsEmpty());
 }
 
-TEST_P(WavePlayers, OddLengthLosesItsLastByte) {
+TEST_P(WavePlayers, DropsLastByteOfOddLength) {
   const bytes content = samples(100001);
   EXPECT_EQ(play(sound(content)), 1);
   EXPECT_TRUE(are_same(take_played(), on_both_sides(first_bytes(content, 100000))));
   expect_all_closed();
 }
 
-TEST_P(WavePlayers, SoundsFollowEachOther) {
+TEST_P(WavePlayers, PlaysFilesInTurn) {
   const bytes content = samples(3000);
   const std::string path = sound(content);
   for (int i = 0; i < 20; ++i)
@@ -141,7 +141,7 @@ TEST_P(WavePlayers, ReadsOfOnePeriodBecomeTwo) {
     writes = {};
     EXPECT_EQ(decode(sound(content), static_cast<uint32_t>(period)), 1);
     EXPECT_TRUE(are_same(take_played(), on_both_sides(content)));
-    // A read gives 4 bytes a frame of the period, 2 of which are a sample.
+    // A read gives 4 bytes per frame of the period, 2 of which are a sample.
     if (more < 0)
       EXPECT_THAT(writes.offered, ElementsAre(2 * frames, 2 * frames - 1));
     else if (more < 2)
@@ -152,7 +152,7 @@ TEST_P(WavePlayers, ReadsOfOnePeriodBecomeTwo) {
   }
 }
 
-TEST_P(WavePlayers, APipeGivesWhatItHas) {
+TEST_P(WavePlayers, PlaysContentsOfPipe) {
   bytes expected;
   {
     pipe_with_path pipe;
@@ -170,7 +170,7 @@ TEST_P(WavePlayers, APipeGivesWhatItHas) {
   expect_all_closed();
 }
 
-TEST_P(WavePlayers, StopIsLookedAtAfterTheRead) {
+TEST_P(WavePlayers, ChecksForStopAfterRead) {
   ASSERT_EQ(snd_init(), 1);
   const bytes packet = samples(100);
   {
@@ -190,7 +190,7 @@ TEST_P(WavePlayers, StopIsLookedAtAfterTheRead) {
   expect_all_closed();
 }
 
-TEST_P(WavePlayers, StopIsLookedAtBeforeTheFirstRead) {
+TEST_P(WavePlayers, ChecksForStopBeforeFirstRead) {
   ASSERT_EQ(snd_init(), 1);
   snd_stopall();
   {
@@ -205,7 +205,7 @@ TEST_P(WavePlayers, StopIsLookedAtBeforeTheFirstRead) {
   expect_all_closed();
 }
 
-TEST_P(WavePlayers, NoSuchFile) {
+TEST_P(WavePlayers, FailsForMissingFile) {
   const std::string path = board_.path("none");
   EXPECT_EQ(play(path), -1);
   EXPECT_THAT(take_messages(), ElementsAre("stat failed: " + path));
@@ -213,7 +213,7 @@ TEST_P(WavePlayers, NoSuchFile) {
   expect_all_closed();
 }
 
-TEST_P(WavePlayers, DecodingNoSuchFileClosesTheDevice) {
+TEST_P(WavePlayers, ClosesDeviceIfFileToDecodeIsMissing) {
   const std::string path = board_.path("none");
   const int32_t period = set_snd_param(1000);
   ASSERT_GT(period, 0);
@@ -222,7 +222,7 @@ TEST_P(WavePlayers, DecodingNoSuchFileClosesTheDevice) {
   expect_all_closed();
 }
 
-TEST_P(WavePlayers, UnreadableFileIsPlayedAsNothing) {
+TEST_P(WavePlayers, PlaysNothingOfUnreadableFile) {
   const std::string path = sound(samples(1000));
   ::chmod(path.c_str(), 0);
   board_.open_to_everyone();
@@ -235,7 +235,7 @@ TEST_P(WavePlayers, UnreadableFileIsPlayedAsNothing) {
   expect_all_closed();
 }
 
-TEST_P(WavePlayers, AFolderCannotBeRead) {
+TEST_P(WavePlayers, FailsForDirectory) {
   const std::string path = board_.path("tmp");
   EXPECT_EQ(play(path), 1);
   EXPECT_THAT(take_messages(), ElementsAre("Read pcm data error(rd < 0)"));
@@ -248,7 +248,7 @@ TEST_P(WavePlayers, AFolderCannotBeRead) {
   expect_all_closed();
 }
 
-TEST_P(WavePlayers, ShortOfMemoryTheOtherBlockAndTheDeviceAreKept) {
+TEST_P(WavePlayers, KeepsOtherBlockAndDeviceWithoutMemory) {
   const std::string path = sound(samples(1000));
   for (const size_t given : {0U, 1U}) {
     SCOPED_TRACE(given);
@@ -272,7 +272,7 @@ TEST_P(WavePlayers, ShortOfMemoryTheOtherBlockAndTheDeviceAreKept) {
   }
 }
 
-TEST_P(WavePlayers, WithoutASetUpNothingIsHeard) {
+TEST_P(WavePlayers, PlaysNothingWithoutConfiguration) {
   const std::string path = sound(samples(1000));
   EXPECT_EQ(decode(path, 64), 1);
   bits_per_frame = 32;
@@ -283,7 +283,7 @@ TEST_P(WavePlayers, WithoutASetUpNothingIsHeard) {
   expect_all_closed();
 }
 
-TEST_P(WavePlayers, WithoutADevice) {
+TEST_P(WavePlayers, FailsWithoutDevice) {
   ::setenv("ALSA_CONFIG_PATH", "/dev/null", 1);
   EXPECT_EQ(play(sound(samples(1000))), 0);
   EXPECT_THAT(errors_.take(), EndsWith("open PCM device failed error!\n"));
@@ -292,7 +292,7 @@ TEST_P(WavePlayers, WithoutADevice) {
   expect_all_closed();
 }
 
-TEST_P(WavePlayers, ADeviceThatCannotBeSetUpIsClosed) {
+TEST_P(WavePlayers, ClosesUnconfigurableDevice) {
   board_.set_fault("rate", "sound");
   EXPECT_EQ(play(sound(samples(1000))), 0);
   EXPECT_EQ(errors_.take(), "snd_pcm_hw_params_set_rate_near error!\n");
@@ -306,7 +306,7 @@ TEST_P(WavePlayers, ADeviceThatCannotBeSetUpIsClosed) {
   expect_all_closed();
 }
 
-TEST_P(WavePlayers, FailedWritesAreToldAndPassedOver) {
+TEST_P(WavePlayers, ReportsAndSkipsFailedWrites) {
   const std::string path = sound(samples(200000));
   board_.set_fault("write", "sound", "EIO");
   EXPECT_EQ(play(path), 1);
@@ -323,7 +323,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, WavePlayers, testing::Values(wav_kind, raw_kind)
 
 class WavPlayer : public card_fixture {};
 
-TEST_F(WavPlayer, NothingOfTheHeaderIsHeardHoweverShortTheFileIs) {
+TEST_F(WavPlayer, SkipsHeaderOfAnyFile) {
   std::mt19937 random{44};
   for (const size_t length : {0U, 1U, 2U, 20U, 43U, 44U, 45U}) {
     SCOPED_TRACE(length);
@@ -336,7 +336,7 @@ TEST_F(WavPlayer, NothingOfTheHeaderIsHeardHoweverShortTheFileIs) {
   EXPECT_THAT(take_messages(), IsEmpty());
 }
 
-TEST_F(WavPlayer, TheHeaderIsNotRead) {
+TEST_F(WavPlayer, IgnoresContentsOfHeader) {
   // 8-bit samples, 8000 Hz, and a chunk before the data: all is taken for samples from byte 44 on.
   const bytes header = {'R', 'I', 'F', 'F', 68, 0, 0,   0,   'W', 'A', 'V', 'E', 'f', 'm', 't',
                         ' ', 16,  0,   0,   0,  1, 0,   1,   0,   64,  31,  0,   0,   64,  31,
@@ -352,14 +352,14 @@ TEST_F(WavPlayer, TheHeaderIsNotRead) {
 
 constexpr size_t bytes_per_second = 96000;
 
-TEST_F(WavPlayer, LongSoundPlaysOnACardThatSplitsItsBuffer) {
+TEST_F(WavPlayer, PlaysLongSoundOnCardThatSplitsBuffer) {
   EXPECT_EQ(wav_playback(file(bytes(44 + 21 * bytes_per_second)).c_str()), 1);
   EXPECT_EQ(take_played().size(), 2 * 21 * bytes_per_second);
   EXPECT_THAT(take_messages(), IsEmpty());
   expect_all_closed();
 }
 
-TEST_F(WavPlayer, LongSoundIsRejectedByACardThatDoesNotSplitItsBuffer) {
+TEST_F(WavPlayer, RejectsLongSoundOnCardThatDoesNotSplitBuffer) {
   board_.set("sound_periods", "1");
   EXPECT_EQ(wav_playback(file(bytes(44 + 21 * bytes_per_second)).c_str()), 0);
   EXPECT_THAT(take_messages(), ElementsAre("Can't use period equal to buffer size (16384 == 16384)"));

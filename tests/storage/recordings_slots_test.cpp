@@ -7,7 +7,7 @@ namespace {
 
 class RecordingSlots : public recordings_fixture {};
 
-TEST_F(RecordingSlots, EverySetOfSlotsWithEachOfThemOldest) {
+TEST_F(RecordingSlots, HaveOldestInEverySetOfSlots) {
   for (unsigned set = 1; set < 32; ++set)
     for (int oldest = 0; oldest < 5; ++oldest) {
       std::array<bool, 5> used = {};
@@ -24,7 +24,7 @@ TEST_F(RecordingSlots, EverySetOfSlotsWithEachOfThemOldest) {
     }
 }
 
-TEST_F(RecordingSlots, NextSlotFollowsTheOldest) {
+TEST_F(RecordingSlots, HaveNextAfterOldest) {
   add("EMA00001.TS", 300);
   add("EMB00001.TS", 100);
   add("EMD00001.TS", 200);
@@ -33,12 +33,12 @@ TEST_F(RecordingSlots, NextSlotFollowsTheOldest) {
   EXPECT_EQ(found(), (survey{0, -1, 0, 3, 3, 4}));
 }
 
-TEST_F(RecordingSlots, NextSlotGoesRound) {
+TEST_F(RecordingSlots, HaveNextCyclically) {
   add("EME00001.TS", 100);
   EXPECT_EQ(found(), (survey{0, -1, 0, 1, 4, 0}));
 }
 
-TEST_F(RecordingSlots, NoNextSlotWhenAllAreInUse) {
+TEST_F(RecordingSlots, HaveNoNextIfAllAreInUse) {
   for (int slot = 0; slot < 5; ++slot)
     add(event_name(slot, slot + 1), 100 + slot);
   EXPECT_EQ(found(), (survey{0, -1, 0, 5, 0, -1}));

@@ -60,13 +60,13 @@ protected:
   }
 
   /// The words of a call that gives `expected_result`; what was there before does not show.
-  static survey words_of_call(int expected_result) {
+  static survey checked_survey(int expected_result) {
     rec_file_list list = {77, 77, 77, 77, 77, 77};
     EXPECT_EQ(parse_rec_file_list(&list), expected_result);
     return {list.normal_count, list.normal_oldest, list.normal_size,
             list.event_count,  list.event_oldest,  list.event_next};
   }
-  static survey found() { return words_of_call(0); }
+  static survey found() { return checked_survey(0); }
 
   std::vector<std::string> log() const { return log_messages(board_.path("tmp/dravik.log")); }
 

@@ -14,7 +14,7 @@ namespace {
 
 class Recordings : public recordings_fixture {
 protected:
-  /// The names of the folder as the system lists them.
+  /// The names of the directory as the system lists them.
   std::vector<std::string> listed_names() const {
     std::vector<std::string> names;
     DIR *directory = ::opendir(folder_.c_str());
@@ -74,11 +74,11 @@ TEST(RecFileList, IsSixWordsInTheirOrder) {
   EXPECT_EQ(offsetof(rec_file_list, event_next), 20U);
 }
 
-TEST_F(Recordings, EmptyFolder) {
+TEST_F(Recordings, CountsNothingInEmptyDirectory) {
   EXPECT_EQ(found(), nothing);
 }
 
-TEST_F(Recordings, NormalAndEventRecordings) {
+TEST_F(Recordings, CountsNormalAndEventRecordings) {
   add("KVX00042.TS", 2000, 3 << 20);
   add("KVX00043.TS", 1999, 2 << 20);
   add("EMC00007.TS", 5, 9 << 20);
@@ -88,7 +88,7 @@ TEST_F(Recordings, NormalAndEventRecordings) {
 // --------------------------------------------------------------------------------------------------------
 // names
 
-TEST_F(Recordings, NormalNamesInAnyCase) {
+TEST_F(Recordings, AcceptsNormalNamesInAnyCase) {
   for (const char *name : {"KVX00010.TS", "kvx00010.ts", "KvX00010.tS", "kVx00010.Ts"}) {
     clear();
     add(name);
@@ -96,7 +96,7 @@ TEST_F(Recordings, NormalNamesInAnyCase) {
   }
 }
 
-TEST_F(Recordings, EventNamesInAnyCase) {
+TEST_F(Recordings, AcceptsEventNamesInAnyCase) {
   for (const char *name : {"EMD00010.TS", "emd00010.ts", "eMd99999.tS"}) {
     clear();
     add(name);
@@ -110,7 +110,7 @@ TEST_F(Recordings, NamesThatDifferInCaseAloneCountTwice) {
   EXPECT_EQ(found()[0], 2);
 }
 
-TEST_F(Recordings, NearMissesAreIgnored) {
+TEST_F(Recordings, IgnoresNearMisses) {
   for (const char *name : {"KVX0010.TS",
                            "KVX000010.TS",
                            "KVX00010.MP4",
@@ -161,7 +161,7 @@ TEST_F(Recordings, NearMissesAreIgnored) {
   }
 }
 
-TEST_F(Recordings, NumbersAreDecimal) {
+TEST_F(Recordings, AcceptsOnlyDecimalNumbers) {
   for (const auto &[name, number] : {std::pair{"KVX00000.TS", 0},
                                      {"KVX00010.TS", 10},
                                      {"KVX00089.TS", 89},
@@ -173,7 +173,7 @@ TEST_F(Recordings, NumbersAreDecimal) {
   }
 }
 
-TEST_F(Recordings, EventNumbersDoNotMatter) {
+TEST_F(Recordings, IgnoresEventNumbers) {
   add("EMB00000.TS");
   add("EMB99999.TS");
   EXPECT_EQ(found(), (survey{0, -1, 0, 1, 1, 2}));
@@ -182,24 +182,24 @@ TEST_F(Recordings, EventNumbersDoNotMatter) {
 // ----------------------------------------------------------------------------------------------- kinds of
 // file
 
-TEST_F(Recordings, FoldersAreNotRecordings) {
+TEST_F(Recordings, IgnoresDirectories) {
   std::filesystem::create_directory(path_of("KVX00001.TS"));
   std::filesystem::create_directory(path_of("EMA00001.TS"));
   EXPECT_EQ(found(), nothing);
 }
 
-TEST_F(Recordings, WhatIsInFoldersDoesNotCount) {
+TEST_F(Recordings, IgnoresContentsOfDirectories) {
   std::filesystem::create_directory(path_of("OLD"));
   add("OLD/KVX00001.TS");
   EXPECT_EQ(found(), nothing);
 }
 
-TEST_F(Recordings, PipesAreNotRecordings) {
+TEST_F(Recordings, IgnoresPipes) {
   ASSERT_EQ(::mkfifo(path_of("KVX00001.TS").c_str(), 0644), 0);
   EXPECT_EQ(found(), nothing);
 }
 
-TEST_F(Recordings, LinksCountAsWhatTheyLeadTo) {
+TEST_F(Recordings, FollowsLinks) {
   add("target", 1000, 1 << 20);
   std::filesystem::create_directory(path_of("folder"));
   std::filesystem::create_symlink("target", path_of("KVX00001.TS"));
@@ -211,7 +211,7 @@ TEST_F(Recordings, LinksCountAsWhatTheyLeadTo) {
 // --------------------------------------------------------------------------------------------------------
 // times
 
-TEST_F(Recordings, OldestIsTheEarliestByTimeNotByNumber) {
+TEST_F(Recordings, SelectsOldestByTimeNotByNumber) {
   add("KVX00001.TS", 3000);
   add("KVX00002.TS", 1000);
   add("KVX00003.TS", 2000);
@@ -220,13 +220,13 @@ TEST_F(Recordings, OldestIsTheEarliestByTimeNotByNumber) {
   EXPECT_EQ(found(), (survey{3, 2, 0, 2, 4, 1}));
 }
 
-TEST_F(Recordings, EventsAreNotMeasuredAgainstNormalOnes) {
+TEST_F(Recordings, ComparesEventsOnlyWithEvents) {
   add("KVX00001.TS", 1);
   add("EMC00001.TS", 1000000);
   EXPECT_EQ(found(), (survey{1, 1, 0, 1, 2, 3}));
 }
 
-TEST_F(Recordings, TiesGoToTheFirstInTheFolder) {
+TEST_F(Recordings, SelectsFirstInDirectoryAtTies) {
   for (int i = 0; i < 8; ++i)
     add("KVX0000" + std::to_string(i) + ".TS", 500);
   for (const char slot : {'E', 'B', 'D'})
@@ -234,7 +234,7 @@ TEST_F(Recordings, TiesGoToTheFirstInTheFolder) {
   EXPECT_EQ(found(), model());
 }
 
-TEST_F(Recordings, PartsOfASecondDoNotCount) {
+TEST_F(Recordings, IgnoresPartsOfSecond) {
   for (int i = 0; i < 8; ++i) {
     const std::string name = "KVX0000" + std::to_string(i) + ".TS";
     add(name);
@@ -244,14 +244,14 @@ TEST_F(Recordings, PartsOfASecondDoNotCount) {
   EXPECT_EQ(found(), model());
 }
 
-TEST_F(Recordings, TimesBefore1970AreEarlier) {
+TEST_F(Recordings, TreatsTimesBefore1970AsEarlier) {
   add("KVX00001.TS", 0);
   add("KVX00002.TS", -1000);
   add("KVX00003.TS", -1);
   EXPECT_EQ(found()[1], 2);
 }
 
-TEST_F(Recordings, LargestTimeOf32BitsOrLaterIsNeverOldest) {
+TEST_F(Recordings, IgnoresLargestTimeOf32BitsAndLater) {
   constexpr time_t largest = 0x7FFFFFFF;
   for (const time_t time : {largest, largest + 1, largest + 1000, time_t{0x1FFFFFFFF}}) {
     clear();
@@ -266,7 +266,7 @@ TEST_F(Recordings, LargestTimeOf32BitsOrLaterIsNeverOldest) {
   EXPECT_EQ(found()[1], 4);
 }
 
-TEST_F(Recordings, SlotsAreSearchedFromTheFirstWithoutAnOldestEvent) {
+TEST_F(Recordings, SearchesFromFirstSlotWithoutOldestEvent) {
   add("EMA00001.TS", 0x7FFFFFFF);
   add("EMB00001.TS", 0x7FFFFFFF);
   EXPECT_EQ(found(), (survey{0, -1, 0, 2, -1, 2}));
@@ -284,7 +284,7 @@ struct size_case {
   int32_t mebibytes;
 };
 
-TEST_F(Recordings, SizesAreSummedInSixteenths) {
+TEST_F(Recordings, SumsSizesInSixteenths) {
   const size_case cases[] = {
       {{mebibyte - 1}, 0},
       {{mebibyte}, 1},
@@ -303,7 +303,7 @@ TEST_F(Recordings, SizesAreSummedInSixteenths) {
   }
 }
 
-TEST_F(Recordings, SumGoesBeyondSixtyFourGibibytes) {
+TEST_F(Recordings, SumsBeyondSixtyFourGibibytes) {
   const size_case cases[] = {{{20 * gibibyte, 12 * gibibyte}, 32768},
                              {{20 * gibibyte, 20 * gibibyte}, 40960},
                              {{64 * gibibyte - 16}, 65535},
@@ -319,7 +319,7 @@ TEST_F(Recordings, SumGoesBeyondSixtyFourGibibytes) {
   }
 }
 
-TEST_F(Recordings, EventsDoNotAddToTheSize) {
+TEST_F(Recordings, IgnoresSizeOfEvents) {
   add("EMA00001.TS", 1000, 5 * mebibyte);
   EXPECT_EQ(found()[2], 0);
 }
@@ -327,7 +327,7 @@ TEST_F(Recordings, EventsDoNotAddToTheSize) {
 // ---------------------------------------------------------------------------------------------------- the
 // whole
 
-TEST_F(Recordings, FiveThousandFiles) {
+TEST_F(Recordings, CountsFiveThousandFiles) {
   seeded_random random;
   for (int i = 0; i < 5000; ++i) {
     char name[16];
@@ -339,7 +339,7 @@ TEST_F(Recordings, FiveThousandFiles) {
   EXPECT_EQ(found(), expected);
 }
 
-TEST_F(Recordings, RandomFoldersAgreeWithTheModel) {
+TEST_F(Recordings, AgreesWithModelOfRandomDirectories) {
   seeded_random random;
   for (int round = 0; round < 40; ++round) {
     clear();
@@ -358,7 +358,7 @@ TEST_F(Recordings, RandomFoldersAgreeWithTheModel) {
   }
 }
 
-TEST_F(Recordings, SurveyKeepsNothingForTheNext) {
+TEST_F(Recordings, KeepsNothingForNextSurvey) {
   add("KVX00001.TS", 1, mebibyte);
   add("EMC00001.TS", 1);
   found();

@@ -32,14 +32,14 @@ class SdCardCheckFs : public SdCardRepair {};
 class SdCardCreatePart : public SdCardRepair {};
 class SdCardFormat : public SdCardRepair {};
 
-TEST_F(SdCardCheckFs, CommandsInTheirOrder) {
+TEST_F(SdCardCheckFs, RunsCommandsInOrder) {
   EXPECT_EQ(sd_card_check_fs(), 0);
   EXPECT_EQ(recorded_commands,
             (commands{"/bin/umount /dev/mmcblk0p1", "/usr/local/bin/dosfsck -a /dev/mmcblk0p1",
                       "mount /dev/mmcblk0p1 /tmp/mmcblk0p1"}));
 }
 
-TEST_F(SdCardCheckFs, StatusesAreWrittenDownAsTheyAre) {
+TEST_F(SdCardCheckFs, RecordsExitStatuses) {
   command_result = [](const std::string &) {
     return std::array{0, 256, -1}.at(recorded_commands.size() - 1);
   };
@@ -47,14 +47,14 @@ TEST_F(SdCardCheckFs, StatusesAreWrittenDownAsTheyAre) {
   EXPECT_EQ(board_.read("tmp/debugfs"), "ret : 0\nret : 256\nret : -1\n");
 }
 
-TEST_F(SdCardCheckFs, FailuresDoNotStopIt) {
+TEST_F(SdCardCheckFs, ContinuesAfterFailures) {
   every_command_gives(32512);
   EXPECT_EQ(sd_card_check_fs(), 0);
   EXPECT_EQ(recorded_commands.size(), 3U);
   EXPECT_EQ(board_.read("tmp/debugfs"), "ret : 32512\nret : 32512\nret : 32512\n");
 }
 
-TEST_F(SdCardCheckFs, OldRecordIsGoneBeforeTheFirstCommand) {
+TEST_F(SdCardCheckFs, RemovesOldRecordBeforeFirstCommand) {
   board_.write("tmp/debugfs", std::string(1000, 'x'));
   command_result = [this](const std::string &) {
     EXPECT_EQ(board_.read("tmp/debugfs").find('x'), std::string::npos);
@@ -90,13 +90,13 @@ bytes boot_record(uint32_t partition_sectors) {
   return record;
 }
 
-TEST_F(SdCardCreatePart, CommandsInTheirOrder) {
+TEST_F(SdCardCreatePart, RunsCommandsInOrder) {
   EXPECT_EQ(sd_card_create_part(15523840), 1);
   EXPECT_EQ(recorded_commands,
             (commands{"/bin/dd if=/tmp/mbr.img of=/dev/mmcblk0", "(sync)", "/sbin/reboot"}));
 }
 
-TEST_F(SdCardCreatePart, BootRecordByteForByte) {
+TEST_F(SdCardCreatePart, WritesBootRecordByteForByte) {
   const std::pair<uint32_t, uint32_t> cases[] = {{15523840, 15523808},
                                                  {62333952, 62333920},
                                                  {2048, 2016},
@@ -113,14 +113,14 @@ TEST_F(SdCardCreatePart, BootRecordByteForByte) {
   }
 }
 
-TEST_F(SdCardCreatePart, PartitionLengthIsLeastSignificantByteFirst) {
+TEST_F(SdCardCreatePart, WritesPartitionLengthInLittleEndian) {
   sd_card_create_part(15523840);
   const std::string image = board_.read("tmp/mbr.img");
   ASSERT_EQ(image.size(), 512U);
   EXPECT_EQ(image.substr(454, 8), std::string_view("\x20\0\0\0\xE0\xDF\xEC\0", 8));
 }
 
-TEST_F(SdCardCreatePart, ImageIsCompleteBeforeTheFirstCommand) {
+TEST_F(SdCardCreatePart, CompletesImageBeforeFirstCommand) {
   board_.write("tmp/mbr.img", std::string(5000, 'x'));
   command_result = [this](const std::string &) {
     EXPECT_EQ(read_file(board_.path("tmp/mbr.img")), boot_record(2016));
@@ -130,19 +130,19 @@ TEST_F(SdCardCreatePart, ImageIsCompleteBeforeTheFirstCommand) {
   EXPECT_EQ(recorded_commands.size(), 3U);
 }
 
-TEST_F(SdCardCreatePart, CardItselfIsLeftToTheCommand) {
+TEST_F(SdCardCreatePart, LeavesCardToCommand) {
   board_.write("dev/mmcblk0", "card");
   sd_card_create_part(2048);
   EXPECT_EQ(board_.read("dev/mmcblk0"), "card");
 }
 
-TEST_F(SdCardCreatePart, FailuresDoNotStopIt) {
+TEST_F(SdCardCreatePart, ContinuesAfterFailures) {
   every_command_gives(256);
   EXPECT_EQ(sd_card_create_part(2048), 1);
   EXPECT_EQ(recorded_commands.size(), 3U);
 }
 
-TEST_F(SdCardCreatePart, WithoutAnImageNothingIsRun) {
+TEST_F(SdCardCreatePart, RunsNothingWithoutImage) {
   board_.set_fault("open", "/tmp/mbr.img", "ENOSPC");
   EXPECT_EQ(sd_card_create_part(2048), -1);
   EXPECT_EQ(recorded_commands, commands{});
@@ -158,13 +158,13 @@ TEST_F(SdCardCreatePart, LeavesNoDescriptorOpen) {
   EXPECT_EQ(open_descriptors(), before);
 }
 
-TEST_F(SdCardFormat, CommandsInTheirOrder) {
+TEST_F(SdCardFormat, RunsCommandsInOrder) {
   EXPECT_EQ(sd_card_format(), 1);
   EXPECT_EQ(recorded_commands,
             (commands{"/bin/umount /dev/mmcblk0p1", "/sbin/mkfs.vfat /dev/mmcblk0p1", "/sbin/reboot"}));
 }
 
-TEST_F(SdCardFormat, FailuresDoNotStopIt) {
+TEST_F(SdCardFormat, ContinuesAfterFailures) {
   every_command_gives(-1);
   EXPECT_EQ(sd_card_format(), 1);
   EXPECT_EQ(recorded_commands.size(), 3U);

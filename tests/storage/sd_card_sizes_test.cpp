@@ -69,27 +69,27 @@ protected:
 
 using raw_size = std::pair<int32_t, uint32_t>;
 
-TEST_F(RawSize, OfAnEightGigabyteCard) {
+TEST_F(RawSize, ReportsEightGigabyteCard) {
   EXPECT_EQ(of("15523840\n"), raw_size(7580, 15523840));
 }
 
-TEST_F(RawSize, PartsOfAMebibyteAreCutOff) {
+TEST_F(RawSize, TruncatesPartsOfMebibyte) {
   EXPECT_EQ(of("2047\n"), raw_size(0, 2047));
   EXPECT_EQ(of("2048\n"), raw_size(1, 2048));
   EXPECT_EQ(of("4095\n"), raw_size(1, 4095));
 }
 
-TEST_F(RawSize, MissingFileIsZero) {
+TEST_F(RawSize, ReturnsZeroForMissingFile) {
   EXPECT_EQ(size(), raw_size(0, 0));
 }
 
-TEST_F(RawSize, FileThatMayNotBeOpenedIsZero) {
+TEST_F(RawSize, ReturnsZeroIfFileMayNotBeOpened) {
   board_.write("sys/block/mmcblk0/size", "15523840\n");
   board_.set_fault("open", "/sys/block/mmcblk0/size", "EACCES");
   EXPECT_EQ(size(), raw_size(0, 0));
 }
 
-TEST_F(RawSize, TextsThatAreNoNumber) {
+TEST_F(RawSize, ReturnsZeroForOtherText) {
   EXPECT_EQ(of(""), raw_size(0, 0));
   EXPECT_EQ(of("\n"), raw_size(0, 0));
   EXPECT_EQ(of("\n4096\n"), raw_size(0, 0));
@@ -97,19 +97,19 @@ TEST_F(RawSize, TextsThatAreNoNumber) {
   EXPECT_EQ(of("0x1000"), raw_size(0, 0));
 }
 
-TEST_F(RawSize, NumberEndsAtTheFirstOtherCharacter) {
+TEST_F(RawSize, StopsAtFirstOtherCharacter) {
   EXPECT_EQ(of("4096 sectors"), raw_size(2, 4096));
   EXPECT_EQ(of("  4096"), raw_size(2, 4096));
   EXPECT_EQ(of("4096\n8192\n"), raw_size(2, 4096));
   EXPECT_EQ(of("010000"), raw_size(4, 10000));
 }
 
-TEST_F(RawSize, ThirtyCharactersCount) {
+TEST_F(RawSize, UsesThirtyCharacters) {
   EXPECT_EQ(of(std::string(25, '0') + "20480\n"), raw_size(10, 20480));
   EXPECT_EQ(of(std::string(26, '0') + "20480\n"), raw_size(1, 2048));
 }
 
-TEST_F(RawSize, MebibytesAreSigned) {
+TEST_F(RawSize, ReturnsSignedMebibytes) {
   EXPECT_EQ(of("2147483647"), raw_size(1048575, 0x7FFFFFFF));
   EXPECT_EQ(of("-1"), raw_size(-1, 0xFFFFFFFF));
   EXPECT_EQ(of("-2049"), raw_size(-2, 0xFFFFF7FF));
@@ -162,14 +162,14 @@ int64_t model(long block_size, uint64_t blocks) {
   return floor_divided(wrapped(wrapped(static_cast<int64_t>(blocks)) * units), 4096);
 }
 
-TEST_F(FileSystemSize, OfACard) {
+TEST_F(FileSystemSize, ReportsCard) {
   EXPECT_EQ(part_size(4096, 1940000), 7578); // 1940000 * 16 = 31040000, by 4096
   EXPECT_EQ(part_size(32768, 242496), 7578); // 242496 * 128 = 31039488
   EXPECT_EQ(part_size(512, 15523808), 7579); // 15523808 * 2 = 31047616; 7579.98 of them
   EXPECT_EQ(free_space(32768, 100), 3);      // 12800
 }
 
-TEST_F(FileSystemSize, PartsOfAMebibyteAreCutOff) {
+TEST_F(FileSystemSize, TruncatesPartsOfMebibyte) {
   EXPECT_EQ(part_size(4096, 255), 0);
   EXPECT_EQ(part_size(4096, 256), 1);
   EXPECT_EQ(part_size(4096, 511), 1);
@@ -177,19 +177,19 @@ TEST_F(FileSystemSize, PartsOfAMebibyteAreCutOff) {
   EXPECT_EQ(free_space(4096, 256), 1);
 }
 
-TEST_F(FileSystemSize, BlockSizeIsTakenInUnitsOf256) {
+TEST_F(FileSystemSize, CountsBlocksInUnitsOf256) {
   EXPECT_EQ(part_size(255, 1000000), 0);
   EXPECT_EQ(part_size(256, 1000000), 244);
   EXPECT_EQ(part_size(511, 1000000), 244);
   EXPECT_EQ(part_size(0, 1000000), 0);
 }
 
-TEST_F(FileSystemSize, HundredsOfGibibytesFit) {
+TEST_F(FileSystemSize, ReportsHundredsOfGibibytes) {
   EXPECT_EQ(part_size(32768, 16000000), 500000); // 2048000000 units
   EXPECT_EQ(part_size(32768, 16777215), 524287); // 2147483520 units: the last that fit
 }
 
-TEST_F(FileSystemSize, MoreOverflowsToTheBit) {
+TEST_F(FileSystemSize, WrapsLargerSizes) {
   EXPECT_EQ(part_size(32768, 16777216), -524288); // 2147483648 units are -2147483648
   EXPECT_EQ(part_size(32768, 33554431), -1);      // 4294967168 units are -128
   EXPECT_EQ(part_size(32768, 33554432), 0);
@@ -198,7 +198,7 @@ TEST_F(FileSystemSize, MoreOverflowsToTheBit) {
   EXPECT_EQ(free_space(32768, 16777216), -524288);
 }
 
-TEST_F(FileSystemSize, RandomSizesAgreeWithTheModel) {
+TEST_F(FileSystemSize, AgreesWithModelOfRandomSizes) {
   seeded_random random;
   for (int i = 0; i < 5000; ++i) {
     const long block_size =
@@ -215,14 +215,14 @@ TEST_F(FileSystemSize, IsThatOfTheMountPoint) {
   EXPECT_EQ(asked_paths, (std::vector<std::string>{"/tmp/mmcblk0p1", "/tmp/mmcblk0p1"}));
 }
 
-TEST_F(FileSystemSize, WithoutACardIsThatOfWhatHoldsTheMountPoint) {
+TEST_F(FileSystemSize, ReportsHostBelowMountPointWithoutCard) {
   const board on;
   struct statfs host;
   ASSERT_EQ(statfs(on.path("tmp/mmcblk0p1").c_str(), &host), 0);
   EXPECT_EQ(sd_card_get_part_size(), model(static_cast<long>(host.f_bsize), host.f_blocks));
 }
 
-TEST_F(FileSystemSize, IsZeroWhenItCannotBeTold) {
+TEST_F(FileSystemSize, ReturnsZeroIfUnavailable) {
   statfs_fails = true;
   EXPECT_EQ(sd_card_get_part_size(), 0);
   EXPECT_EQ(sd_card_get_free_space(), 0);

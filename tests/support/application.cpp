@@ -1,4 +1,4 @@
-// Programs run on the board of a test, and what they leave on its screen.
+// Programs run on the board of a test, and their contents on its screen.
 
 #include "support/application.hpp"
 #include "support/leave_board.hpp"
@@ -23,7 +23,7 @@ pipe_ends make_pipe() {
   return {ends[0], ends[1]};
 }
 
-/// Appends what comes next; false at the end.
+/// Append what comes next; false at the end.
 bool read_more(int from, std::string &text) {
   std::array<char, 4096> block;
   const ssize_t length = ::read(from, block.data(), block.size());

@@ -1,4 +1,4 @@
-// Programs run on the board of a test, as people run them, and what they leave on its screen.
+// Programs run on the board of a test, as users run them, and their contents on its screen.
 #pragma once
 
 #include "support/board.hpp"
@@ -20,12 +20,12 @@ public:
   application(const application &) = delete;
   application &operator=(const application &) = delete;
 
-  /// Waits until its standard error has said this. The test fails when it ends without.
+  /// Wait until its standard error has said this. The test fails when it ends without.
   void await_error(std::string_view text);
   /// The same of its standard output.
   void await_output(std::string_view text);
   void send(int signal) const;
-  /// Waits for its end. Gives its exit status; that of one ended by a signal is the signal's number + 128.
+  /// Wait for its end. Return its exit status; that of one ended by a signal is the signal's number + 128.
   int finish();
 
   /// What it wrote, complete after finish().

@@ -8,7 +8,7 @@
 
 namespace dravik::test {
 
-/// One image: a level from 0 to 15 a pixel, top row first.
+/// One image: a level from 0 to 15 per pixel, top row first.
 struct art_image {
   uint32_t width, height;
   bytes levels;

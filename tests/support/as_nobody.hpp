@@ -1,4 +1,4 @@
-// What root may do, this user may not.
+// A user without root's permissions.
 #pragma once
 
 #include <cstdlib>
@@ -6,7 +6,7 @@
 
 namespace dravik::test {
 
-/// Root is nobody while it lives; others stay who they are.
+/// Run as user nobody while an object lives, if the user is root.
 class as_nobody {
 public:
   as_nobody() : before_(::geteuid()) {

@@ -7,7 +7,7 @@
 
 namespace dravik::test {
 
-/// A BMP file as its fields say; what is not given follows from the rest.
+/// A BMP file of these fields; unset fields follow from the rest.
 struct bmp_maker {
   uint32_t width = 0, height = 0;
   uint16_t bits = 24;
@@ -24,7 +24,7 @@ struct bmp_maker {
     return *this;
   }
 
-  /// `pixel(x, y)` of a 16-bit picture, y counted from the top.
+  /// `pixel(x, y)` of a 16-bit image, y counted from the top.
   bmp_maker &set16(uint32_t x, uint32_t y, uint16_t colour) {
     pixels.resize(row_size() * height);
     put_u16(pixels, (height - 1 - y) * row_size() + size_t{x} * 2, colour);

@@ -1,5 +1,5 @@
-// A stand-in for a device: the calls that reach it come to the test instead. Include it in one file of a
-// program; its calls take the C library's place there.
+// A fake of a device: the calls that reach it are forwarded to the test instead. Include it in one file of
+// a program; its calls replace the C library's there.
 //
 //   struct watched_driver : call_watcher {
 //     int open(const char *path, int flags, mode_t mode) override { ... }
@@ -16,7 +16,7 @@
 
 namespace dravik::test {
 
-/// Hands every call on to the C library; a stand-in overrides what concerns it.
+/// Forward every call to the C library; a stand-in overrides what concerns it.
 class call_watcher {
 public:
   call_watcher() = default;
@@ -46,7 +46,7 @@ public:
   }
 };
 
-/// The stand-in in charge, if any.
+/// The fake in use, if any.
 inline constinit call_watcher *watcher = nullptr;
 
 /// Whose call it is: the stand-in's or, as before any is made, the C library's.

@@ -1,4 +1,4 @@
-// Counts what a call allocates. Include it in one file of a program: its malloc(), calloc() and realloc()
+// Count what a call allocates. Include it in one file of a program: its malloc(), calloc() and realloc()
 // take the place of those of the C library there.
 #pragma once
 

@@ -12,7 +12,7 @@ namespace dravik::test {
 /// The size that is guarded; 0 for none.
 inline size_t guarded_size = 0;
 
-/// One block at a time, at the end of its memory; what it held stays there when it is freed.
+/// One block at a time, at the end of its memory; its contents stay there when it is freed.
 class guarded_block {
 public:
   void *allocate(size_t size) noexcept {

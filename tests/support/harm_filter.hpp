@@ -19,7 +19,7 @@ inline constexpr std::array harmful_calls = {
     SYS_fsopen,       SYS_move_mount,
 };
 
-/// False when the kernel does not take it; then nothing is to be tried.
+/// Return false if the kernel rejects it; then nothing may be tried.
 [[nodiscard]] inline bool forbid_harm() {
   std::array<sock_filter, 2 * harmful_calls.size() + 2> program;
   size_t end = 0;

@@ -1,13 +1,13 @@
-// The calls of the C library that can act on the whole machine, by themselves or by the programs that they
-// start.
+// The calls of the C library that can act on the whole machine, by themselves or by the programs that
+// they start.
 #pragma once
 
 namespace dravik::test {
 
-/// Calls that the simulator must answer.
+/// Call that the simulator must answer.
 constexpr const char *harmful_calls[] = {"mount", "reboot", "system", "umount", "umount2"};
 
-/// Calls that it must answer if it knows them at all; the boundary alone keeps the others from harm.
+/// Call that it must answer if it knows them at all; the boundary alone keeps the others from harm.
 constexpr const char *other_harmful_calls[] = {
     "clock_settime", "settimeofday", "popen",   "execl",   "execle",      "execlp",       "execv",
     "execve",        "execvp",       "execvpe", "fexecve", "posix_spawn", "posix_spawnp",

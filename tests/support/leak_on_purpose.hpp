@@ -1,4 +1,4 @@
-// What is allocated while an object lives may be kept for good: a search for leaks passes over it.
+// Memory that is allocated while an object lives may stay allocated: LeakSanitizer ignores it.
 #pragma once
 
 extern "C" {

@@ -1,4 +1,4 @@
-// Runs the tests of a program inside the boundary, with the simulator in charge.
+// Run the tests of a program inside the boundary, with the simulator in charge.
 
 #include "support/simulator_guard.hpp"
 

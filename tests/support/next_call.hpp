@@ -1,4 +1,4 @@
-// The definition of a C library's call behind the one that a test program has of its own.
+// The C library's definition of a call that a test program interposes.
 #pragma once
 
 #include <dlfcn.h>

@@ -1,4 +1,4 @@
-// What the simulated sound card of a board has recorded.
+// The recording of the simulated sound card of a board.
 #pragma once
 
 #include "support/board.hpp"
@@ -13,7 +13,7 @@ namespace dravik::test {
 
 /// The samples of a WAV file of 16 bits, two channels and 48 kHz, left and right in turn.
 /// The test fails when its header says anything else, or another length.
-inline std::vector<int16_t> samples_of_recording(const std::string &file) {
+inline std::vector<int16_t> checked_samples(const std::string &file) {
   const auto number = [&file](size_t at) {
     uint32_t value = 0;
     std::memcpy(&value, file.data() + at, sizeof value);
@@ -30,7 +30,7 @@ inline std::vector<int16_t> samples_of_recording(const std::string &file) {
   EXPECT_EQ(number(20), 0x00020001U); // plain samples, two channels
   EXPECT_EQ(number(24), 48000U);
   EXPECT_EQ(number(28), 192000U);
-  EXPECT_EQ(number(32), 0x00100004U); // 4 bytes a frame, 16 bits a sample
+  EXPECT_EQ(number(32), 0x00100004U); // 4 bytes per frame, 16 bits a sample
   EXPECT_EQ(file.substr(36, 4), "data");
   EXPECT_EQ(number(40), file.size() - 44);
   std::vector<int16_t> recorded((file.size() - 44) / 2);
@@ -41,7 +41,7 @@ inline std::vector<int16_t> samples_of_recording(const std::string &file) {
 
 /// All that the board's speaker has played, oldest first.
 inline std::vector<int16_t> played_samples(const board &board) {
-  return samples_of_recording(board.read("sound/played.wav"));
+  return checked_samples(board.read("sound/played.wav"));
 }
 
 } // namespace dravik::test

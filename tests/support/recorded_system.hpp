@@ -1,5 +1,5 @@
 // A system() and a sync() that only write down what they were asked, so that no command of the library runs
-// on the host. Include it in one file of a program: they take the C library's place there. Every test that
+// on the host. Include it in one file of a program: they replaces the C library's there. Every test that
 // can come near such a command calls require_recorder() first.
 #pragma once
 
@@ -37,8 +37,8 @@ template <class Function> bool is_first_definition(const char *name, Function *o
   return ::dlsym(RTLD_DEFAULT, name) == reinterpret_cast<void *>(ours);
 }
 
-/// Ends the program unless the library's commands come to the recorder: by the loader's order of definitions,
-/// then by the one command of the library that harms nobody. Begins a new record.
+/// End the program unless the library's commands come to the recorder: by the loader's order of
+/// definitions, then by the one command of the library that harms nobody. Begins a new record.
 inline void require_recorder() {
   command_result = nullptr;
   bool in_charge = is_first_definition("system", &::system) && is_first_definition("sync", &::sync);

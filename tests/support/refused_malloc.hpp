@@ -1,5 +1,5 @@
-// A malloc() that refuses one size. Include it in one file of a program: it takes the C library's place
-// there.
+// A malloc() that rejects one size. Include it in one file of a program: it takes the C library's
+// place there.
 #pragma once
 
 #include <cstddef>
@@ -7,9 +7,9 @@
 
 namespace dravik::test {
 
-/// The size that is refused; 0 for none. Odd ones disturb nobody else.
+/// The size that is rejected; 0 for none. Odd sizes are not used elsewhere.
 inline size_t refused_size = 0;
-/// So many blocks of that size are given all the same.
+/// So many blocks of that size are specified all the same.
 inline size_t given_before_refusing = 0;
 
 inline bool is_refused(size_t size) noexcept {

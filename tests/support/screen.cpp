@@ -1,4 +1,4 @@
-// A screen in plain memory for drawing tests, beside a model of it.
+// A screen in plain memory for drawing tests, next to a model of it.
 
 #include "support/screen.hpp"
 #include "png/png_file.hpp"
@@ -13,7 +13,7 @@
 namespace dravik::test {
 namespace {
 
-/// Differs from its neighbours on all sides, and is none of the named colours nor of the dark shading.
+/// Differs from its neighbours on all sides, and is none of the named colours nor of the gradient.
 uint16_t marker(size_t pixel) noexcept {
   return static_cast<uint16_t>(((pixel * 0x9E37 >> 3 & 0xFFFF) | 0x8421) & ~size_t{2});
 }

@@ -1,12 +1,12 @@
-// A screen in plain memory for drawing tests, beside a model of it.
+// A screen in plain memory for drawing tests, next to a model of it.
 //
 //   fake_screen screen{{.xres = 32, .yres = 24, .padding = 6}};
 //   fb_put_pixel(3, 4, 0xF800);
 //   screen.model().put(3, 4, 0xF800);
 //   EXPECT_TRUE(screen.same());
 //
-// The memory has guard bands before and after the lines, and every pixel of it starts as a marker of its own,
-// so that whatever is written astray shows. Pictures of small figures are compared as text: see drawing().
+// The memory has guard bands before and after the lines, and every pixel of it starts as a marker of its
+// own, so that tests detect stray writes. Images of small figures are compared as text: see drawing().
 #pragma once
 
 #include "dravik.h"
@@ -38,7 +38,7 @@ public:
   model_plane(std::vector<uint8_t> &memory, size_t origin, uint32_t line_length) noexcept
       : memory_(&memory), origin_(origin), line_length_(line_length) {}
 
-  /// Stores a pixel anywhere, in the guards too; ends the program for one beyond them.
+  /// Store a pixel anywhere, in the guards too; end the program for one beyond them.
   void put(int64_t x, int64_t y, uint16_t colour) const noexcept;
   uint16_t get(int64_t x, int64_t y) const noexcept;
 
@@ -52,27 +52,27 @@ private:
 
 class fake_screen {
 public:
-  /// Makes the screen and lets the library draw on it.
+  /// Make the screen and let the library draw on it.
   explicit fake_screen(const screen_shape &shape = {});
   fake_screen(uint32_t xres, uint32_t yres) : fake_screen(screen_shape{.xres = xres, .yres = yres}) {}
   ~fake_screen();
   fake_screen(const fake_screen &) = delete;
   fake_screen &operator=(const fake_screen &) = delete;
 
-  /// Sets the exported address and record to this screen: for tests that have several.
+  /// Set the exported address and record to this screen: for tests that have several.
   void use() const noexcept;
-  /// Fills screen and model with the markers again.
+  /// Fill screen and model with the markers again.
   void reset() noexcept;
 
   uint32_t line_length() const noexcept { return line_length_; }
   /// The model to draw on with the expected pixels.
   model_plane model() noexcept { return {model_, origin_, line_length_}; }
-  /// What the library drew, read only by custom.
+  /// The library's screen; do not write to it.
   model_plane drawn() noexcept { return {drawn_, origin_, line_length_}; }
 
-  /// Whether screen and model are the same byte by byte, guards and padding included. If not, tells of the
-  /// first differences, leaves pictures of the screen and of what differs, and makes the model the same
-  /// again.
+  /// Whether screen and model are the same byte by byte, guards and padding included. If not, tells of
+  /// the first differences, leaves images of the screen and of what differs, and makes the model the
+  /// same again.
   testing::AssertionResult same();
 
   /// The visible part as text, a line each: '.' for a marker, '#' for `colour`, '?' for anything else. The

@@ -8,7 +8,7 @@
 
 namespace dravik::test {
 
-/// Waits until no application is on a board and its serial port is at rest: the keeper holds a lock as long
+/// Wait until no application is on a board and its serial port is at rest: the keeper holds a lock as long
 /// as it lives.
 inline void await_serial_keeper(const std::string &board) {
   const int list = ::open((board + "/dev/ttyS0.keeper").c_str(), O_RDONLY | O_CLOEXEC);

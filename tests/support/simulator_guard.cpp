@@ -1,4 +1,4 @@
-// What keeps a test program off the machine that it runs on.
+// Protection of the host against test programs.
 
 #include "support/simulator_guard.hpp"
 #include "board/board_table.hpp"

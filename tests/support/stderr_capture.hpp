@@ -1,4 +1,4 @@
-// What is written to standard error while an object lives.
+// Captures standard error while an object lives.
 #pragma once
 
 #include <cstdio>
@@ -25,7 +25,7 @@ public:
   stderr_capture(const stderr_capture &) = delete;
   stderr_capture &operator=(const stderr_capture &) = delete;
 
-  /// What was written since the last call.
+  /// The output since the last call.
   std::string take() {
     std::fflush(stderr);
     std::string text;

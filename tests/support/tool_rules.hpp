@@ -32,7 +32,7 @@ inline std::vector<std::string> commands_of(const std::string &overview) {
   return names;
 }
 
-/// Expects lines of at most 80 columns, the parts in their order, and the exit status last.
+/// Expect lines of at most 80 columns, the parts in their order, and the exit status last.
 inline void expect_help_form(const std::string &help, const std::string &usage) {
   EXPECT_TRUE(help.starts_with("Usage: " + usage)) << help;
   EXPECT_TRUE(std::regex_search(help, std::regex{R"(^(.*\n)+?\n[A-Z][^\n]*\.\n)"}))
@@ -49,7 +49,7 @@ inline void expect_help_form(const std::string &help, const std::string &usage) 
   }
 }
 
-/// Expects the common form of the help of a tool and of all its commands. `output` runs the tool.
+/// Expect the common form of the help of a tool and of all its commands. `output` runs the tool.
 inline void expect_help_of_tool(const std::string &tool,
                                 const std::function<std::string(const std::vector<std::string> &)> &output) {
   const std::string overview = output({"--help"});
@@ -63,11 +63,11 @@ inline void expect_help_of_tool(const std::string &tool,
   }
 }
 
-/// Where the commands of a tool are declared, built, documented and tested.
+/// Where the commands of a tool are declared, built, documented and tested; paths are relative
+/// to DRAVIK_SOURCE.
 struct places_of_commands {
   std::string overview;    ///< output of --help
-  std::string sources;     ///< directory of the files that declare commands
-  std::string table;       ///< the file that lists them, for messages
+  std::string sources;     ///< directory of the files that declare commands, and of their list
   std::string build_file;  ///< lists the source files
   std::string page;        ///< documentation
   std::string in_page;     ///< precedes a command's name in it
@@ -75,32 +75,49 @@ struct places_of_commands {
   std::string test_prefix; ///< of their file names
 };
 
+inline std::string source_path(const std::string &relative) {
+  return DRAVIK_SOURCE "/" + relative;
+}
+
 inline bool mentions(const std::string &text, const std::string &before, const std::string &name) {
   return std::regex_search(
       text, std::regex{std::regex_replace(before, std::regex{R"([|`])"}, R"(\$&)") + name + "([^a-z]|$)"});
 }
 
-/// Expects each command in all its places; a failure names the place that was forgotten.
-inline void expect_places_of_commands(const places_of_commands &in) {
-  const std::vector<std::string> listed = commands_of(in.overview);
-  const std::string build_file = text_of_file(in.build_file), page = text_of_file(in.page);
-  for (const auto &entry : std::filesystem::directory_iterator{in.sources}) {
+/// The text of all C++ files of a directory whose names start with `prefix`.
+inline std::string text_of_sources(const std::string &directory, const std::string &prefix) {
+  std::string text;
+  for (const auto &entry : std::filesystem::directory_iterator{source_path(directory)})
+    if (entry.path().filename().string().starts_with(prefix) && entry.path().extension() == ".cpp")
+      text += text_of_file(entry.path());
+  return text;
+}
+
+inline void expect_sources_are_built(const places_of_commands &in) {
+  const std::string build_file = text_of_file(source_path(in.build_file));
+  for (const auto &entry : std::filesystem::directory_iterator{source_path(in.sources)}) {
     const std::string source = entry.path().filename().string();
-    if (!source.ends_with(".cpp"))
-      continue;
-    EXPECT_NE(build_file.find(source), std::string::npos) << source << " is missing in " << in.build_file;
-    const std::string text = text_of_file(entry.path());
-    const std::regex declaration{R"(command \w+_command = \{\s*\.name = "(\w+)\")"};
-    for (std::sregex_iterator found{text.begin(), text.end(), declaration}; found != std::sregex_iterator{};
-         ++found)
-      EXPECT_EQ(std::ranges::count(listed, (*found)[1].str()), 1)
-          << "command '" << (*found)[1] << "' of " << source << " is missing in " << in.table;
+    const bool is_built = build_file.find(source) != std::string::npos;
+    EXPECT_TRUE(is_built || !source.ends_with(".cpp")) << source << " is missing in " << in.build_file;
   }
-  std::string tests;
-  for (const auto &entry : std::filesystem::directory_iterator{in.tests})
-    if (entry.path().filename().string().starts_with(in.test_prefix) && entry.path().extension() == ".cpp")
-      tests += text_of_file(entry.path());
-  for (const std::string &name : listed) {
+}
+
+inline void expect_declared_commands_are_listed(const places_of_commands &in) {
+  const std::vector<std::string> listed = commands_of(in.overview);
+  const std::string sources = text_of_sources(in.sources, "");
+  const std::regex declaration{R"(command \w+_command = \{\s*\.name = "(\w+)\")"};
+  for (std::sregex_iterator found{sources.begin(), sources.end(), declaration}, end; found != end; ++found)
+    EXPECT_EQ(std::ranges::count(listed, (*found)[1].str()), 1)
+        << "command '" << (*found)[1] << "' is missing in " << in.sources << "/commands.cpp";
+}
+
+/// Expect each command in all its places; a failure names the place that was forgotten.
+inline void expect_places_of_commands(const places_of_commands &in) {
+  expect_sources_are_built(in);
+  expect_declared_commands_are_listed(in);
+  const std::string page = text_of_file(source_path(in.page));
+  const std::string tests = text_of_sources(in.tests, in.test_prefix);
+  for (const std::string &name : commands_of(in.overview)) {
     EXPECT_TRUE(mentions(page, in.in_page, name)) << "command '" << name << "' is missing in " << in.page;
     EXPECT_NE(tests.find("{\"" + name + "\""), std::string::npos)
         << "command '" << name << "' has no test in " << in.tests;

@@ -21,12 +21,12 @@ using ArtList = ArtTool;
 
 } // namespace
 
-TEST_F(ArtCheck, SaysNothingOfASoundArchive) {
+TEST_F(ArtCheck, ReportsNothingOfASoundArchive) {
   write_bytes(at("a.q7"), sound_archive());
   expect_quiet_success({"check", "a.q7"});
 }
 
-TEST_F(ArtCheck, PixelsMayStandInAnyOrderAndWithGaps) {
+TEST_F(ArtCheck, AcceptsPixelsInAnyOrderAndWithGaps) {
   const bytes archive = archive_bytes{}
                             .text("KORVEXQ7")
                             .words({2, 60})
@@ -36,19 +36,19 @@ TEST_F(ArtCheck, PixelsMayStandInAnyOrderAndWithGaps) {
   expect_quiet_success({"check", "a.q7"});
 }
 
-TEST_F(ArtCheck, TooShortForAHeader) {
+TEST_F(ArtCheck, ReportsFileTooShortForHeader) {
   expect_findings({}, "truncated header: 0 bytes; must be at least 16\n");
   expect_findings(archive_bytes{}.text("KORVEXQ7").words({1}),
                   "truncated header: 12 bytes; must be at least 16\n");
 }
 
-TEST_F(ArtCheck, NotAnArchive) {
+TEST_F(ArtCheck, ReportsOtherFormat) {
   bytes archive = sound_archive();
   archive[7] = '8';
   expect_findings(archive, "not an archive; must start with KORVEXQ7\n");
 }
 
-TEST_F(ArtCheck, WrongLengthInTheHeader) {
+TEST_F(ArtCheck, ReportsInvalidLengthInHeader) {
   bytes archive = sound_archive();
   archive[12] = 54;
   expect_findings(archive, "invalid length 54 in the header; the file has 53 bytes\n");
@@ -57,11 +57,11 @@ TEST_F(ArtCheck, WrongLengthInTheHeader) {
   expect_findings(archive, "invalid length 53 in the header; the file has 54 bytes\n");
 }
 
-TEST_F(ArtCheck, NoImage) {
+TEST_F(ArtCheck, ReportsArchiveWithoutImages) {
   expect_findings(archive_bytes{}.text("KORVEXQ7").words({0, 16}), "contains no image\n");
 }
 
-TEST_F(ArtCheck, TableBeyondTheEnd) {
+TEST_F(ArtCheck, ReportsTableBeyondEnd) {
   bytes archive = sound_archive();
   put_word(archive, 8, 3); // the table would end at byte 64
   expect_findings(archive, "truncated table of 3 images\n");
@@ -69,31 +69,31 @@ TEST_F(ArtCheck, TableBeyondTheEnd) {
   expect_findings(archive, "truncated table of 4294967295 images\n");
 }
 
-TEST_F(ArtCheck, ReservedWord) {
+TEST_F(ArtCheck, ReportsReservedWord) {
   bytes archive = sound_archive();
   put_word(archive, 28, 7);
   expect_findings(archive, "image 0: last word of the record is 7; must be 0\n");
 }
 
-TEST_F(ArtCheck, ImagesWithoutPixels) {
+TEST_F(ArtCheck, ReportsImagesWithoutPixels) {
   bytes archive = sound_archive();
   put_word(archive, 16, 0);
   put_word(archive, 36, 0);
   expect_findings(archive, "image 0: no pixels: 0 x 2\nimage 1: no pixels: 2 x 0\n");
 }
 
-TEST_F(ArtCheck, PixelsBeyondTheEnd) {
+TEST_F(ArtCheck, ReportsPixelsBeyondEnd) {
   bytes archive = sound_archive();
   put_word(archive, 40, 53);
   expect_findings(archive, "image 1: pixels end at byte 54; the file has 53 bytes\n");
   put_word(archive, 32, 0xFFFFFFFF);
   put_word(archive, 36, 0xFFFFFFFF);
   put_word(archive, 40, 0xFFFFFFFF);
-  // 2^31 bytes a row, 2^32 - 1 rows, from 2^32 - 1 on.
+  // 2^31 bytes per row, 2^32 - 1 rows, from 2^32 - 1 on.
   expect_findings(archive, "image 1: pixels end at byte 9223372039002259455; the file has 53 bytes\n");
 }
 
-TEST_F(ArtCheck, PixelsWithinTheTable) {
+TEST_F(ArtCheck, ReportsPixelsWithinTable) {
   bytes archive = sound_archive();
   put_word(archive, 40, 47);
   expect_findings(archive, "image 1: pixels start at byte 47, inside the header or the table\n");
@@ -101,14 +101,14 @@ TEST_F(ArtCheck, PixelsWithinTheTable) {
   expect_findings(archive, "image 1: pixels start at byte 0, inside the header or the table\n");
 }
 
-TEST_F(ArtCheck, SetBitsInTheUnusedHalfByte) {
+TEST_F(ArtCheck, ReportsSetBitsInUnusedHalfByte) {
   bytes archive = sound_archive();
   archive[49] = 0x31;
   archive[51] = 0xFF;
   expect_findings(archive, "image 0: bits set in the unused half of the last byte of 2 rows\n");
 }
 
-TEST_F(ArtCheck, SharedPixels) {
+TEST_F(ArtCheck, ReportsSharedPixels) {
   bytes archive = sound_archive();
   put_word(archive, 40, 51);
   expect_findings(archive, "image 1: pixels overlap those of image 0\n");
@@ -116,7 +116,7 @@ TEST_F(ArtCheck, SharedPixels) {
   expect_findings(archive, "image 1: pixels overlap those of image 0\n");
 }
 
-TEST_F(ArtCheck, ALongImageOverlapsMoreThanItsNeighbour) {
+TEST_F(ArtCheck, ReportsOverlapOfLongImage) {
   // Image 1 covers bytes 64 to 73; image 0 is byte 65, image 2 byte 70.
   const bytes archive = archive_bytes{}
                             .text("KORVEXQ7")
@@ -127,7 +127,7 @@ TEST_F(ArtCheck, ALongImageOverlapsMoreThanItsNeighbour) {
                            "image 2: pixels overlap those of image 1\n");
 }
 
-TEST_F(ArtCheck, SeveralFindingsOfOneArchive) {
+TEST_F(ArtCheck, ReportsSeveralFindings) {
   bytes archive = sound_archive();
   put_word(archive, 12, 1);
   put_word(archive, 28, 1);
@@ -137,7 +137,7 @@ TEST_F(ArtCheck, SeveralFindingsOfOneArchive) {
                            "image 1: pixels end at byte 61; the file has 53 bytes\n");
 }
 
-TEST_F(ArtCheck, AnEndlessListIsCutShort) {
+TEST_F(ArtCheck, LimitsLongListOfFindings) {
   bytes archive = archive_bytes{}.text("KORVEXQ7").words({101, 16 * 102});
   archive.resize(16 * 102); // 101 records of zeros
   std::string lines;
@@ -146,13 +146,13 @@ TEST_F(ArtCheck, AnEndlessListIsCutShort) {
   expect_findings(archive, lines + "more than 100 findings; the rest is omitted\n");
 }
 
-TEST_F(ArtCheck, RefusesWhatCannotBeRead) {
+TEST_F(ArtCheck, RejectsUnreadableFile) {
   expect_refusal({"check", "none.q7"}, 1, "none.q7: No such file or directory");
   expect_refusal({"check", "."}, 1, ".: not a regular file");
   expect_refusal({"check", "/dev/zero"}, 1, "/dev/zero: not a regular file");
 }
 
-TEST_F(ArtCheck, RefusesAFileLongerThan32Bits) {
+TEST_F(ArtCheck, RejectsAFileLongerThan32Bits) {
   write_bytes(at("long.q7"), sound_archive());
   std::filesystem::resize_file(at("long.q7"), 0x100000000);
   const run_result result = run({"check", "long.q7"});
@@ -160,7 +160,7 @@ TEST_F(ArtCheck, RefusesAFileLongerThan32Bits) {
   EXPECT_EQ(result.err, "dravik-art: long.q7: larger than 4 GiB\n");
 }
 
-TEST_F(ArtList, IndexSizeStartAndBytes) {
+TEST_F(ArtList, PrintsIndexSizeStartAndBytes) {
   write_bytes(at("a.q7"), sound_archive());
   const run_result result = run({"list", "a.q7"});
   EXPECT_EQ(result.status, 0);
@@ -182,7 +182,7 @@ TEST_F(ArtList, ShowsRecordsThatPointAnywhere) {
       << result.out;
 }
 
-TEST_F(ArtList, RefusesWhatTheLibraryWouldNotLoad) {
+TEST_F(ArtList, RejectsArchiveThatLibraryRejects) {
   bytes archive = sound_archive();
   put_word(archive, 12, 52);
   write_bytes(at("a.q7"), archive);
@@ -191,7 +191,7 @@ TEST_F(ArtList, RefusesWhatTheLibraryWouldNotLoad) {
   expect_refusal({"list", "b.q7"}, 1, "b.q7: not an archive; must start with KORVEXQ7");
 }
 
-TEST_F(ArtList, SaysWhenItsOutputIsLost) {
+TEST_F(ArtList, ReportsWhenItsOutputIsLost) {
   write_bytes(at("a.q7"), sound_archive());
   const run_result result = run_program({DRAVIK_ART, "list", "a.q7"}, "/dev/full");
   EXPECT_EQ(result.status, 1);

@@ -10,7 +10,7 @@ namespace {
 
 class ArtCommandLine : public ArtTool {
 protected:
-  std::string output(const std::vector<std::string> &arguments) const {
+  std::string checked_output(const std::vector<std::string> &arguments) const {
     const run_result result = run(arguments);
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.err, "");
@@ -21,28 +21,28 @@ protected:
 } // namespace
 
 TEST_F(ArtCommandLine, PrintsTheVersionOfTheProject) {
-  EXPECT_EQ(output({"--version"}), "dravik-art " DRAVIK_VERSION "\n");
+  EXPECT_EQ(checked_output({"--version"}), "dravik-art " DRAVIK_VERSION "\n");
 }
 
-TEST_F(ArtCommandLine, HelpHasTheCommonForm) {
-  test::expect_help_of_tool("dravik-art", [this](const auto &arguments) { return output(arguments); });
+TEST_F(ArtCommandLine, PrintsHelpOfCommonForm) {
+  test::expect_help_of_tool("dravik-art",
+                            [this](const auto &arguments) { return checked_output(arguments); });
 }
 
-TEST_F(ArtCommandLine, EveryCommandHasAllItsPlaces) {
-  test::expect_places_of_commands({.overview = output({"--help"}),
-                                   .sources = DRAVIK_SOURCE "/tools/dravik-art",
-                                   .table = "tools/dravik-art/commands.cpp",
-                                   .build_file = DRAVIK_SOURCE "/tools/dravik-art/CMakeLists.txt",
-                                   .page = DRAVIK_SOURCE "/docs/artwork.md",
+TEST_F(ArtCommandLine, HasEveryCommandInAllPlaces) {
+  test::expect_places_of_commands({.overview = checked_output({"--help"}),
+                                   .sources = "tools/dravik-art",
+                                   .build_file = "tools/dravik-art/CMakeLists.txt",
+                                   .page = "docs/artwork.md",
                                    .in_page = "dravik-art ",
-                                   .tests = DRAVIK_SOURCE "/tests/tools",
+                                   .tests = "tests/tools",
                                    .test_prefix = "art_"});
 }
 
 TEST_F(ArtCommandLine, PrintsHelpAmongOtherArguments) {
-  EXPECT_EQ(output({"check", "a", "--help", "--frob"}), output({"check", "--help"}));
-  EXPECT_EQ(output({"check", "-h"}), output({"check", "--help"}));
-  EXPECT_EQ(output({"-h"}), output({"--help"}));
+  EXPECT_EQ(checked_output({"check", "a", "--help", "--frob"}), checked_output({"check", "--help"}));
+  EXPECT_EQ(checked_output({"check", "-h"}), checked_output({"check", "--help"}));
+  EXPECT_EQ(checked_output({"-h"}), checked_output({"--help"}));
 }
 
 TEST_F(ArtCommandLine, RejectsInvalidArguments) {
@@ -68,11 +68,11 @@ TEST_F(ArtCommandLine, NamesThatBeginWithAHyphenFollowTwoHyphens) {
   expect_quiet_success({"check", "-"});
 }
 
-TEST_F(ArtCommandLine, AComplaintIsOneLineWhateverTheName) {
+TEST_F(ArtCommandLine, PrintsErrorsOnOneLine) {
   expect_refusal({"list", "a\nb\x1B[31m\x7F"}, 1, "a?b?[31m?: No such file or directory");
 }
 
-TEST_F(ArtCommandLine, LostOutputOfHelpIsAFailure) {
+TEST_F(ArtCommandLine, FailsIfHelpCannotBeWritten) {
   const run_result result = run_program({DRAVIK_ART, "--help"}, "/dev/full");
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.err, "dravik-art: standard output: No space left on device\n");

@@ -1,4 +1,4 @@
-// A folder of its own for each test of the artwork tool, and the tool run in it as a child process.
+// A directory of its own for each test of the artwork tool, and the tool run in it as a child process.
 #pragma once
 
 #include "png/png_file.hpp"
@@ -6,12 +6,14 @@
 #include <array>
 #include <cstdint>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <map>
+#include <spawn.h>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -106,7 +108,7 @@ protected:
   }
   void TearDown() override { std::filesystem::remove_all(folder_); }
 
-  /// A file of the folder that the tool runs in.
+  /// A file of the directory that the tool runs in.
   std::filesystem::path at(const std::string &name) const { return folder_ / "work" / name; }
 
   run_result run(std::vector<std::string> words) const {
@@ -121,22 +123,22 @@ protected:
     for (std::string &word : words)
       arguments.push_back(word.data());
     arguments.push_back(nullptr);
-    const pid_t child = ::fork();
-    if (child == 0) {
-      const bool is_ready = ::chdir(at("").c_str()) == 0 &&
-                            std::freopen(out_path.c_str(), "w", stdout) != nullptr &&
-                            std::freopen(err_path.c_str(), "w", stderr) != nullptr;
-      if (is_ready)
-        ::execvp(arguments[0], arguments.data());
-      ::_exit(127);
-    }
+    posix_spawn_file_actions_t actions;
+    constexpr int flags = O_WRONLY | O_CREAT | O_TRUNC;
+    ::posix_spawn_file_actions_init(&actions);
+    ::posix_spawn_file_actions_addchdir_np(&actions, at("").c_str());
+    ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, out_path.c_str(), flags, 0666);
+    ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, err_path.c_str(), flags, 0666);
+    pid_t child = -1; // a fork would copy the page tables of a sanitizer, for hundreds of runs
+    EXPECT_EQ(::posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ), 0);
+    ::posix_spawn_file_actions_destroy(&actions);
     int status = 0;
     EXPECT_EQ(::waitpid(child, &status, 0), child);
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, out.empty() ? read_text(out_path) : "",
             read_text(err_path)};
   }
 
-  /// Runs the tool where no file may grow beyond 512 bytes.
+  /// Run the tool where no file may grow beyond 512 bytes.
   run_result run_with_full_disk(const std::string &words) const {
     return run_program({"sh", "-c", "trap '' XFSZ; ulimit -f 1; exec \"$0\" " + words, DRAVIK_ART});
   }
@@ -148,7 +150,7 @@ protected:
     EXPECT_EQ(result.err, "");
   }
 
-  /// Runs the tool, expects exactly one line and that nothing in the folder is new, gone or changed.
+  /// Run the tool, expect exactly one line and that nothing in the directory is new, gone or changed.
   void expect_refusal(const std::vector<std::string> &words, int status, const std::string &line) const {
     const auto before = contents();
     const run_result result = run(words);
@@ -170,14 +172,14 @@ protected:
     return read;
   }
 
-  /// Runs ImageMagick, which is another reader and writer of pictures.
+  /// Run ImageMagick, which is another reader and writer of images.
   void convert(std::vector<std::string> words) const {
     words.insert(words.begin(), "convert");
     const run_result result = run_program(std::move(words));
     ASSERT_EQ(result.status, 0) << result.err;
   }
 
-  /// Every file below the working folder with its bytes; folders end with a slash.
+  /// Every file below the working directory with its bytes; directories end with a slash.
   std::map<std::string, std::string> contents() const {
     std::map<std::string, std::string> all;
     for (const auto &entry : std::filesystem::recursive_directory_iterator(at("")))

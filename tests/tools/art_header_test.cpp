@@ -65,7 +65,7 @@ TEST_F(ArtHeader, NamesThatAreNoIdentifiersGetABeginning) {
   }
 }
 
-TEST_F(ArtHeader, TwoImagesOfOneNameAreRefused) {
+TEST_F(ArtHeader, RejectsTwoImagesOfOneName) {
   std::filesystem::create_directory(at("other"));
   write_dots({"a b.png", "other/a_b.png", "count.png", "h.png"});
   expect_refusal({"pack", "out.q7", "a b.png", "other/a_b.png", "--header", "ui.h"}, 1,
@@ -87,7 +87,7 @@ TEST_F(ArtHeader, ReplacesOnlyAHeaderOfItsOwn) {
                  "main.h: exists in another format; not replaced");
 }
 
-TEST_F(ArtHeader, NeitherFileChangesWhenOneCannotBeWritten) {
+TEST_F(ArtHeader, ChangesNeitherFileIfOneCannotBeWritten) {
   write_dots({"a.png"});
   write_bytes(at("out.q7"), sound_archive());
   expect_refusal({"pack", "out.q7", "a.png", "--header", "no/ui.h"}, 1, "no/ui.h: No such file or directory");

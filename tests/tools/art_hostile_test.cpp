@@ -1,4 +1,4 @@
-// Archives that mean harm: the tool stays calm, and what it calls sound the library draws.
+// Malicious archives: the tool reports them, and the library draws what the tool accepts.
 
 #include "art_fixture.hpp"
 
@@ -17,7 +17,7 @@ namespace {
 
 class ArtHostile : public ArtTool {
 protected:
-  /// Runs every command that reads an archive: each ends by itself, and complains in one line or not at all.
+  /// Run every command that reads an archive: each ends by itself, and complains in one line or not at all.
   void expect_calm(const bytes &archive) const {
     write_bytes(at("a.q7"), archive);
     const std::vector<std::vector<std::string>> all = {{"list", "a.q7"},
@@ -45,7 +45,7 @@ public:
     fbinfo[FBINFO_LINE_LENGTH] = side * 2;
     fbinfo[FBINFO_XRES] = fbinfo[FBINFO_YRES] = side;
     fbinfo[FBINFO_SCREEN_SIZE] = side * side * 2;
-    set_theme_color(0x0B77);
+    set_theme_color(DRAVIK_DEFAULT_THEME);
   }
 
 private:
@@ -54,7 +54,7 @@ private:
   static_assert(side * side * 2 % test::guarded_memory::page_bytes == 0);
 };
 
-/// Whether the library takes the bytes for an archive, and draws each image of it.
+/// Whether the library loads the bytes as an archive, and draws each image of it.
 bool library_draws(const bytes &archive) {
   static const test::guarded_memory memory{4096}; // the archive ends at a protected page
   uint32_t count = 0, size = 0;
@@ -68,12 +68,12 @@ bool library_draws(const bytes &archive) {
   q7bmp_ptr_num = 1;
   bool is_drawn = true;
   for (uint32_t i = 0; i < count && is_drawn; ++i)
-    is_drawn = fb_q7bmp_show(0, 0, 0, static_cast<int32_t>(i), 0xFFFF, 0x0821, 0) == 0;
+    is_drawn = fb_q7bmp_show(0, 0, 0, static_cast<int32_t>(i), DRAVIK_WHITE, DRAVIK_BLACK, 0) == 0;
   q7bmp_ptr[0] = nullptr;
   return is_drawn;
 }
 
-/// A sound archive with a few of its words and bytes changed, or its end.
+/// A valid archive with a few of its words and bytes changed, or its end.
 bytes spoilt(std::mt19937 &random) {
   static constexpr uint32_t words[] = {0,  1,  2,  3,  5,  15,         16,         47,
                                        48, 49, 52, 53, 54, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF};
@@ -98,7 +98,7 @@ bytes spoilt(std::mt19937 &random) {
 
 } // namespace
 
-TEST_F(ArtHostile, AnArchiveCutShortAtAnyByteIsFoundOut) {
+TEST_F(ArtHostile, DetectsArchiveCutAtAnyByte) {
   const bytes whole = sound_archive();
   for (size_t length = 0; length < whole.size(); ++length) {
     write_bytes(at("a.q7"), bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(length)));
@@ -109,7 +109,7 @@ TEST_F(ArtHostile, AnArchiveCutShortAtAnyByteIsFoundOut) {
   }
 }
 
-TEST_F(ArtHostile, AnArchiveCutShortAtAnyByteIsRefusedByAll) {
+TEST_F(ArtHostile, RejectsArchiveCutAtAnyByteInAllCommands) {
   const bytes whole = sound_archive();
   for (size_t length = 0; length < whole.size(); ++length)
     expect_calm(bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(length)));
@@ -125,7 +125,7 @@ TEST_F(ArtHostile, RecordsThatPointAnywhereDoNoHarm) {
     }
 }
 
-TEST_F(ArtHostile, WhatHasNoFindingTheLibraryDraws) {
+TEST_F(ArtHostile, DrawsArchivesWithoutFindings) {
   const test_screen screen;
   ASSERT_TRUE(library_draws(sound_archive()));
   const unsigned seed = std::random_device{}();
@@ -142,7 +142,7 @@ TEST_F(ArtHostile, WhatHasNoFindingTheLibraryDraws) {
   EXPECT_GT(unsound, 10000);
 }
 
-TEST_F(ArtHostile, TheCheckerEndsOnAnyBytes) {
+TEST_F(ArtHostile, TerminatesOnAnyBytes) {
   const unsigned seed = std::random_device{}();
   SCOPED_TRACE("seed " + std::to_string(seed));
   std::mt19937 random{seed};

@@ -1,4 +1,4 @@
-// Packing: the bytes of archives, the rule of levels, and what is refused.
+// Packing: the bytes of archives, the rule of levels, and what is rejected.
 
 #include "art_fixture.hpp"
 
@@ -18,7 +18,7 @@ constexpr rgba opaque(uint8_t grey) {
   return {grey, grey, grey, 255};
 }
 
-/// The levels that packing a picture gives, one a pixel.
+/// The levels that packing an image gives, one per pixel.
 std::vector<int> levels_of(const bytes &archive, uint32_t width, uint32_t height) {
   std::vector<int> levels;
   const size_t row_bytes = (width + 1) / 2;
@@ -58,7 +58,7 @@ bytes claim(uint32_t width, uint32_t height) {
 
 } // namespace
 
-TEST_F(ArtPack, OneImageOfOddWidthByHand) {
+TEST_F(ArtPack, PacksImageOfOddWidthByHand) {
   // Levels 0 1 2 / 13 14 15: the nearest greys, 17 a level.
   const uint8_t greys[2][3] = {{0, 17, 34}, {221, 238, 255}};
   write_picture("a.png", make_picture(3, 2, [&](uint32_t x, uint32_t y) { return opaque(greys[y][x]); }));
@@ -68,7 +68,7 @@ TEST_F(ArtPack, OneImageOfOddWidthByHand) {
   EXPECT_EQ(read_bytes(at("out.q7")), expected);
 }
 
-TEST_F(ArtPack, PicturesOfImageMagickInTheOrderOfTheArguments) {
+TEST_F(ArtPack, PacksImagesInOrderOfArguments) {
   convert({"-size", "2x1", "xc:white", "b.png"});
   convert({"-size", "1x3", "xc:black", "a.png"});
   convert({"-size", "4x1", "xc:#333333", "-depth", "16", "c.png"}); // 51 of 255: level 3
@@ -81,7 +81,7 @@ TEST_F(ArtPack, PicturesOfImageMagickInTheOrderOfTheArguments) {
   EXPECT_EQ(read_bytes(at("out.q7")), expected);
 }
 
-TEST_F(ArtPack, ReadsPalettesBitmapsSixteenBitsAndInterlacedPictures) {
+TEST_F(ArtPack, ReadsPalettesBitmapsSixteenBitsAndInterlacedImages) {
   convert({"-size", "2x1", "xc:white", "-type", "bilevel", "PNG8:palette.png"});
   convert({"-size", "2x1", "xc:white", "-type", "bilevel", "-define", "png:bit-depth=1", "bit.png"});
   convert(
@@ -93,7 +93,7 @@ TEST_F(ArtPack, ReadsPalettesBitmapsSixteenBitsAndInterlacedPictures) {
   EXPECT_EQ(bytes(packed.begin() + 80, packed.end()), (bytes{0xFF, 0xFF, 0x88, 0xFF}));
 }
 
-TEST_F(ArtPack, ListNamesStandRelativeToItsFolder) {
+TEST_F(ArtPack, ResolvesListNamesFromItsDirectory) {
   std::filesystem::create_directory(at("art"));
   write_picture("art/w.png", make_picture(1, 1, [](uint32_t, uint32_t) { return opaque(255); }));
   write_picture("art/k.png", make_picture(1, 1, [](uint32_t, uint32_t) { return opaque(0); }));
@@ -120,19 +120,19 @@ TEST_F(ArtPack, AcceptsAnEmptyFileAsItsPlace) {
   EXPECT_EQ(read_bytes(at("out.q7")).size(), 33u);
 }
 
-TEST_F(ArtPack, NeverReplacesADrawing) {
+TEST_F(ArtPack, KeepsExistingDrawing) {
   write_picture("a.png", make_picture(1, 1, [](uint32_t, uint32_t) { return opaque(255); }));
   write_picture("b.png", make_picture(1, 1, [](uint32_t, uint32_t) { return opaque(255); }));
   expect_refusal({"pack", "a.png", "b.png"}, 1, "a.png: exists in another format; not replaced");
 }
 
-TEST_F(ArtPack, RefusesAFolderAsItsPlace) {
+TEST_F(ArtPack, RejectsADirectoryAsItsPlace) {
   write_picture("a.png", make_picture(1, 1, [](uint32_t, uint32_t) { return opaque(255); }));
   std::filesystem::create_directory(at("out"));
   expect_refusal({"pack", "out", "a.png"}, 1, "out: not a regular file; not replaced");
 }
 
-TEST_F(ArtPack, RejectsPicturesThatAreNotRegularFiles) {
+TEST_F(ArtPack, RejectsImagesThatAreNotRegularFiles) {
   ASSERT_EQ(::mkfifo(at("pipe.png").c_str(), 0600), 0);
   std::filesystem::create_directory(at("folder.png"));
   const std::string message = ": not a regular file"; // and neither waits for a writer of the pipe
@@ -154,7 +154,7 @@ TEST_F(ArtPack, RejectsAPipeAsItsPlace) {
   EXPECT_EQ(result.err, "dravik-art: pipe: not a regular file; not replaced\n");
 }
 
-TEST_F(ArtPack, FilesHavePermissionsByTheUmask) {
+TEST_F(ArtPack, SetsPermissionsByUmask) {
   write_picture("a.png", make_picture(1, 1, [](uint32_t, uint32_t) { return opaque(255); }));
   const auto mode_under = [&](const std::string &mask) {
     std::filesystem::remove(at("out.q7"));
@@ -166,7 +166,7 @@ TEST_F(ArtPack, FilesHavePermissionsByTheUmask) {
   EXPECT_EQ(mode_under("027"), 0640U);
 }
 
-TEST_F(ArtPack, RefusesAPlaceInAMissingFolder) {
+TEST_F(ArtPack, RejectsAPlaceInAMissingDirectory) {
   write_picture("a.png", make_picture(1, 1, [](uint32_t, uint32_t) { return opaque(255); }));
   expect_refusal({"pack", "no/out.q7", "a.png"}, 1, "no/out.q7: No such file or directory");
 }
@@ -181,18 +181,18 @@ TEST_F(ArtPack, KeepsTheOldArchiveWhenTheDiskIsFull) {
   EXPECT_TRUE(contents() == before);
 }
 
-TEST_F(ArtPack, RefusesAMissingPictureAndKeepsTheOldArchive) {
+TEST_F(ArtPack, RejectsAMissingImageAndKeepsTheOldArchive) {
   write_picture("a.png", make_picture(1, 1, [](uint32_t, uint32_t) { return opaque(255); }));
   write_bytes(at("out.q7"), sound_archive());
   expect_refusal({"pack", "out.q7", "a.png", "b.png"}, 1, "b.png: No such file or directory");
 }
 
-TEST_F(ArtPack, RefusesWhatIsNoPng) {
+TEST_F(ArtPack, RejectsOtherFormats) {
   write_text(at("a.png"), "GIF89a and so on");
   expect_refusal({"pack", "out.q7", "a.png"}, 1, "a.png: Not a PNG file");
 }
 
-TEST_F(ArtPack, RefusesAPictureThatEndsEarlyAtEveryLength) {
+TEST_F(ArtPack, RejectsAImageThatEndsEarlyAtEveryLength) {
   write_picture("whole.png",
                 make_picture(9, 9, [](uint32_t x, uint32_t y) { return opaque(uint8_t(x * y)); }));
   write_bytes(at("out.q7"), sound_archive());
@@ -209,7 +209,7 @@ TEST_F(ArtPack, RefusesAPictureThatEndsEarlyAtEveryLength) {
   EXPECT_EQ(contents().size(), 3u);
 }
 
-TEST_F(ArtPack, SurvivesAPictureWithAnyByteWrong) {
+TEST_F(ArtPack, SurvivesAImageWithAnyByteWrong) {
   convert({"-size", "9x9", "gradient:black-white", "whole.png"});
   const bytes whole = read_bytes(at("whole.png"));
   for (size_t i = 0; i < whole.size(); ++i) {
@@ -222,7 +222,7 @@ TEST_F(ArtPack, SurvivesAPictureWithAnyByteWrong) {
   }
 }
 
-TEST_F(ArtPack, RefusesAPictureThatClaimsMorePixelsThanAnyScreenNeeds) {
+TEST_F(ArtPack, RejectsImageOfTooManyPixels) {
   write_bytes(at("a.png"), claim(8192, 8193));
   expect_refusal({"pack", "out.q7", "a.png"}, 1,
                  "a.png: too large: 8192 x 8193 pixels; must be at most 67108864 pixels");
@@ -231,7 +231,7 @@ TEST_F(ArtPack, RefusesAPictureThatClaimsMorePixelsThanAnyScreenNeeds) {
                  "a.png: too large: 1000000 x 1000000 pixels; must be at most 67108864 pixels");
 }
 
-TEST_F(ArtPack, RefusesAnArchiveLongerThan32BitsCanGive) {
+TEST_F(ArtPack, RejectsAnArchiveLongerThan32BitsCanGive) {
   // 8192 x 8192 pixels take 2^25 bytes; 128 times that is 2^32, without header and table.
   write_bytes(at("a.png"), claim(8192, 8192));
   std::vector<std::string> words(130, "a.png");
@@ -240,7 +240,7 @@ TEST_F(ArtPack, RefusesAnArchiveLongerThan32BitsCanGive) {
   expect_refusal(words, 1, "output too large: 4294969360 bytes; must be less than 4 GiB");
 }
 
-TEST_F(ArtPack, RefusesWrongUse) {
+TEST_F(ArtPack, RejectsInvalidUsage) {
   write_picture("a.png", make_picture(1, 1, [](uint32_t, uint32_t) { return opaque(255); }));
   write_text(at("empty.txt"), "# nothing\n\n");
   expect_refusal({"pack"}, 2, "pack: missing OUT; try 'dravik-art pack --help'");
@@ -255,7 +255,7 @@ TEST_F(ArtPack, RefusesWrongUse) {
                  "pack: invalid --header './out.q7'; must not be the archive");
 }
 
-TEST_F(ArtLevels, EveryGreyBecomesTheNearestLevel) {
+TEST_F(ArtLevels, ConvertsEveryGreyToNearestLevel) {
   write_picture("a.png", make_picture(256, 1, [](uint32_t x, uint32_t) { return opaque(uint8_t(x)); }));
   expect_quiet_success({"pack", "out.q7", "a.png"});
   const auto levels = levels_of(read_bytes(at("out.q7")), 256, 1);
@@ -263,7 +263,7 @@ TEST_F(ArtLevels, EveryGreyBecomesTheNearestLevel) {
     EXPECT_EQ(levels[static_cast<size_t>(grey)], std::lround(grey * 15 / 255.0)) << grey;
 }
 
-TEST_F(ArtLevels, AlphaAloneCountsWhereAPictureHasTransparency) {
+TEST_F(ArtLevels, UsesOnlyAlphaOfTransparentImage) {
   write_picture("a.png", make_picture(256, 1, [](uint32_t x, uint32_t) {
                   return rgba{0, 0, 0, uint8_t(x)};
                 }));
@@ -273,7 +273,7 @@ TEST_F(ArtLevels, AlphaAloneCountsWhereAPictureHasTransparency) {
     EXPECT_EQ(levels[static_cast<size_t>(alpha)], std::lround(alpha * 15 / 255.0)) << alpha;
 }
 
-TEST_F(ArtLevels, AnAlphaChannelThatIsOpaqueThroughoutCountsForNothing) {
+TEST_F(ArtLevels, IgnoresOpaqueAlphaChannel) {
   write_picture("a.png", make_picture(2, 1, [](uint32_t x, uint32_t) { return opaque(x == 0 ? 0 : 255); }));
   expect_quiet_success({"pack", "out.q7", "a.png"});
   EXPECT_EQ(levels_of(read_bytes(at("out.q7")), 2, 1), (std::vector{0, 15}));
@@ -281,7 +281,7 @@ TEST_F(ArtLevels, AnAlphaChannelThatIsOpaqueThroughoutCountsForNothing) {
   EXPECT_EQ(levels_of(read_bytes(at("out.q7")), 2, 1), (std::vector{15, 15}));
 }
 
-TEST_F(ArtLevels, OneSeeThroughPixelIsTransparency) {
+TEST_F(ArtLevels, TreatsOneTransparentPixelAsTransparency) {
   write_picture("a.png", make_picture(3, 1, [](uint32_t x, uint32_t) {
                   return rgba{255, 0, 0, uint8_t(x == 2 ? 254 : 255)};
                 }));
@@ -289,7 +289,7 @@ TEST_F(ArtLevels, OneSeeThroughPixelIsTransparency) {
   EXPECT_EQ(levels_of(read_bytes(at("out.q7")), 3, 1), (std::vector{15, 15, 15}));
 }
 
-TEST_F(ArtLevels, GreyAndInvertedWeighTheColoursAndTheAlpha) {
+TEST_F(ArtLevels, WeighsColoursAndAlpha) {
   // 16 x 16 colours of all kinds, with all kinds of alpha.
   const auto colour = [](uint32_t x, uint32_t y) {
     return rgba{uint8_t(x * 17), uint8_t(y * 17), uint8_t((x * 7 + y * 5) % 256),
@@ -304,13 +304,13 @@ TEST_F(ArtLevels, GreyAndInvertedWeighTheColoursAndTheAlpha) {
     const rgba c = colour(i % 16, i / 16);
     const double bright = (0.299 * c[0] + 0.587 * c[1] + 0.114 * c[2]) / 255;
     const double alpha = c[3] / 255.0;
-    // The pictures hold no colour that lies exactly between two levels but for zero alpha.
+    // The images hold no colour that lies exactly between two levels but for zero alpha.
     EXPECT_EQ(grey[i], std::lround(bright * alpha * 15)) << i;
     EXPECT_EQ(inverted[i], std::lround((1 - bright) * alpha * 15)) << i;
   }
 }
 
-TEST_F(ArtLevels, PlainColoursHaveTheBrightnessOfTheirWeights) {
+TEST_F(ArtLevels, WeighsBrightnessOfPlainColours) {
   convert({"xc:red", "xc:lime", "xc:blue", "xc:white", "+append", "a.png"});
   expect_quiet_success({"pack", "out.q7", "a.png"});
   EXPECT_EQ(levels_of(read_bytes(at("out.q7")), 4, 1), (std::vector{4, 9, 2, 15})); // of 4.485, 8.805, 1.71

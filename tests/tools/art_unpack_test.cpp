@@ -50,7 +50,7 @@ bytes random_archive(std::mt19937 &random, uint32_t count) {
 
 } // namespace
 
-TEST_F(ArtUnpack, LevelsAreGreysOfOpaquePictures) {
+TEST_F(ArtUnpack, WritesLevelsAsOpaqueGreys) {
   write_bytes(at("a.q7"), sound_archive());
   expect_quiet_success({"unpack", "a.q7", "pictures"});
   const png::picture first = read_picture("pictures/000.png"), second = read_picture("pictures/001.png");
@@ -61,10 +61,10 @@ TEST_F(ArtUnpack, LevelsAreGreysOfOpaquePictures) {
     expected.insert(expected.end(), {uint8_t(level * 17), uint8_t(level * 17), uint8_t(level * 17), 255});
   EXPECT_EQ(first.rgba, expected);
   EXPECT_EQ(second.rgba, (bytes{0, 0, 0, 255, 255, 255, 255, 255}));
-  EXPECT_EQ(contents().size(), 4u); // the archive, the folder and its two files
+  EXPECT_EQ(contents().size(), 4u); // the archive, the directory and its two files
 }
 
-TEST_F(ArtUnpack, PackedAgainGivesTheSameBytes) {
+TEST_F(ArtUnpack, RestoresBytesIfPackedAgain) {
   expect_round_trip(sound_archive());
   const unsigned seed = std::random_device{}();
   SCOPED_TRACE("seed " + std::to_string(seed));
@@ -82,7 +82,7 @@ TEST_F(ArtUnpack, NamesSortByNumberBeyondAThousand) {
   EXPECT_TRUE(std::filesystem::exists(at("pictures/1000.png")));
 }
 
-TEST_F(ArtUnpack, ColoursOfARamp) {
+TEST_F(ArtUnpack, PaintsThroughRamp) {
   write_bytes(at("a.q7"), sound_archive());
   expect_quiet_success({"unpack", "a.q7", "red", "--ramp", "black,red"});
   EXPECT_EQ(read_picture("red/001.png").rgba, (bytes{8, 0, 0, 255, 255, 0, 0, 255})); // red 1 and red 31
@@ -92,7 +92,7 @@ TEST_F(ArtUnpack, ColoursOfARamp) {
   EXPECT_EQ(read_picture("theme/001.png").rgba, (bytes{0, 0, 255, 255, 255, 255, 255, 255}));
 }
 
-TEST_F(ArtUnpack, TakesAnEmptyFolder) {
+TEST_F(ArtUnpack, AcceptsEmptyDirectory) {
   write_bytes(at("a.q7"), sound_archive());
   std::filesystem::create_directory(at("pictures"));
   expect_quiet_success({"unpack", "a.q7", "pictures"});
@@ -108,14 +108,14 @@ TEST_F(ArtUnpack, LeavesNamesAloneThatAreTaken) {
   expect_refusal({"unpack", "a.q7", "none/pictures"}, 1, "none/pictures: No such file or directory");
 }
 
-TEST_F(ArtUnpack, RefusesAnImageWithoutPixels) {
+TEST_F(ArtUnpack, RejectsAnImageWithoutPixels) {
   bytes archive = sound_archive();
   put_word(archive, 36, 0);
   write_bytes(at("a.q7"), archive);
   expect_refusal({"unpack", "a.q7", "pictures"}, 1, "a.q7: image 1: no pixels: 2 x 0");
 }
 
-TEST_F(ArtUnpack, RefusesManyPicturesOfTheSameBytes) {
+TEST_F(ArtUnpack, RejectsManyImagesOfTheSameBytes) {
   // Ten images that all claim the same hundred bytes of a file of 276.
   bytes archive = archive_bytes{}.text("KORVEXQ7").words({10, 276});
   for (int i = 0; i < 10; ++i) {
@@ -127,7 +127,7 @@ TEST_F(ArtUnpack, RefusesManyPicturesOfTheSameBytes) {
   expect_refusal({"unpack", "a.q7", "pictures"}, 1, "images share pixels; try 'dravik-art check'");
 }
 
-TEST_F(ArtUnpack, ClearsAwayWhatItBeganWhenAPictureCannotBeWritten) {
+TEST_F(ArtUnpack, ClearsAwayWhatItBeganWhenAImageCannotBeWritten) {
   // A PNG is at most a million pixels wide; the image before it is fine.
   bytes archive = archive_bytes{}.text("KORVEXQ7").words({2, 49 + 500001});
   const bytes records = archive_bytes{}.words({1, 1, 48, 0, 1000001, 1, 49, 0});
@@ -156,7 +156,7 @@ TEST_F(ArtUnpack, LeavesNothingWhenTheDiskIsFull) {
   EXPECT_TRUE(contents() == before);
 }
 
-TEST_F(ArtUnpack, RefusesWrongUse) {
+TEST_F(ArtUnpack, RejectsInvalidUsage) {
   write_bytes(at("a.q7"), sound_archive());
   const std::string colours = "; must be a name, 0x and RGB565, or # and RGB";
   const std::string hint = "; try 'dravik-art unpack --help'";

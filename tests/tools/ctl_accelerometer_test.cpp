@@ -13,7 +13,7 @@ class CtlAccel : public CtlTool {
 protected:
   void SetUp() override { board_.set("accel", "250,-500,1000"); }
 
-  /// The last thing that the sensor was told belongs to its low-power mode.
+  /// The last transfer to the sensor belongs to its low-power mode.
   void expect_low_power() const {
     const std::vector<std::string> events = board_.events();
     ASSERT_FALSE(events.empty());
@@ -22,15 +22,15 @@ protected:
 };
 
 TEST_F(CtlAccel, ReadsOnce) {
-  EXPECT_EQ(told({"accel"}), "x: 250\ny: -500\nz: 1000\n");
+  EXPECT_EQ(checked_output({"accel"}), "x: 250\ny: -500\nz: 1000\n");
   expect_low_power();
   EXPECT_EQ(asked({"accel"}, "."), R"({"x":250,"y":-500,"z":1000})");
 }
 
 TEST_F(CtlAccel, WatchesAsOftenAsTold) {
-  EXPECT_EQ(told({"accel", "--watch", "--count", "3", "--interval", "10"}),
+  EXPECT_EQ(checked_output({"accel", "--watch", "--count", "3", "--interval", "10"}),
             "     250    -500    1000\n     250    -500    1000\n     250    -500    1000\n");
-  EXPECT_EQ(told({"accel", "--watch", "--count", "2", "--json"}),
+  EXPECT_EQ(checked_output({"accel", "--watch", "--count", "2", "--json"}),
             "{\"x\": 250, \"y\": -500, \"z\": 1000}\n{\"x\": 250, \"y\": -500, \"z\": 1000}\n");
   expect_low_power();
 }
@@ -49,7 +49,7 @@ TEST_F(CtlAccel, WatchesUntilInterrupted) {
   }
 }
 
-TEST_F(CtlAccel, AnInterruptionDoesNotWaitForTheInterval) {
+TEST_F(CtlAccel, StopsImmediatelyOnInterrupt) {
   application tool{board_, DRAVIK_CTL, {"accel", "--watch", "--interval", "60000"}};
   tool.await_output("\n");
   tool.send(SIGINT);
@@ -69,20 +69,20 @@ TEST_F(CtlAccel, EndsWhenItsReaderHasGone) {
   expect_low_power();
 }
 
-TEST_F(CtlAccel, SaysWhenItIsAnotherSensor) {
+TEST_F(CtlAccel, ReportsWhenItIsAnotherSensor) {
   std::string registers = board_.read("i2c/0x18");
   registers[0x0F] = 0x32;
   board_.write("i2c/0x18", registers);
   expect_refusal({"accel"}, 1, "accelerometer: unexpected answer (error G-Sensor ID : 32)");
 }
 
-TEST_F(CtlAccel, SaysWhenItDoesNotAnswer) {
+TEST_F(CtlAccel, ReportsWhenItDoesNotAnswer) {
   board_.remove("i2c/0x18");
   expect_refusal({"accel"}, 1,
                  "accelerometer: unexpected answer (I2C write error: No such device or address)");
 }
 
-TEST_F(CtlAccel, SaysWhenItStopsAnswering) {
+TEST_F(CtlAccel, ReportsWhenItStopsAnswering) {
   application tool{board_, DRAVIK_CTL, {"accel", "--watch", "--interval", "10"}};
   tool.await_output("1000\n");
   board_.set_fault("read", "/dev/i2c-0");
@@ -91,7 +91,7 @@ TEST_F(CtlAccel, SaysWhenItStopsAnswering) {
             "dravik-ctl: accelerometer: cannot be read (unable to read I2C bus: Input/output error)\n");
 }
 
-TEST_F(CtlAccel, VerboseShowsTheRegisters) {
+TEST_F(CtlAccel, PrintsRegistersIfVerbose) {
   const run_result result = run({"accel", "--verbose"});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.out, "x: 250\ny: -500\nz: 1000\n");
@@ -99,14 +99,14 @@ TEST_F(CtlAccel, VerboseShowsTheRegisters) {
               testing::StartsWith("gsensor_open() : done!\ngsensor_hw_init()+\nG-Sensor ID : 33\n"));
 }
 
-TEST_F(CtlAccel, SaysWhenThereIsNoBus) {
+TEST_F(CtlAccel, ReportsWhenThereIsNoBus) {
   board_.remove("dev/i2c-0");
   expect_refusal(
       {"accel"}, 1,
       "accelerometer: bus cannot be opened (I2C open error : I2C_BUS_CH: No such file or directory)");
 }
 
-TEST_F(CtlAccel, RefusesWordsThatMakeNoSense) {
+TEST_F(CtlAccel, RejectsInvalidArguments) {
   expect_misuse({"accel", "--count", "3"}, "accel: missing --watch; --count and --interval require it");
   expect_misuse({"accel", "--interval", "50"}, "accel: missing --watch; --count and --interval require it");
   for (const std::string count : {"0", "x", "-1"})

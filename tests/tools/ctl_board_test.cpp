@@ -14,7 +14,7 @@ using testing::MatchesRegex;
 
 using CtlInfo = CtlTool;
 
-TEST_F(CtlInfo, TellsTheScreen) {
+TEST_F(CtlInfo, ReportsTheScreen) {
   EXPECT_EQ(asked({"info"}, ".screen"),
             R"({"width":640,"height":480,"bits_per_pixel":16,"line_length":1280,"buffers":1})");
   board_.set("xres", "320");
@@ -26,7 +26,7 @@ TEST_F(CtlInfo, TellsTheScreen) {
             R"({"width":320,"height":240,"bits_per_pixel":16,"line_length":704,"buffers":2})");
 }
 
-TEST_F(CtlInfo, TellsVersionKernelAndTime) {
+TEST_F(CtlInfo, ReportsVersionKernelAndTime) {
   utsname names;
   ASSERT_EQ(::uname(&names), 0);
   EXPECT_EQ(asked({"info"}, ".version"), DRAVIK_VERSION);
@@ -37,12 +37,12 @@ TEST_F(CtlInfo, TellsVersionKernelAndTime) {
   EXPECT_EQ(asked({"info"}, ".uptime_seconds > 0"), "true");
 }
 
-TEST_F(CtlInfo, GoesOnWithoutAScreen) {
+TEST_F(CtlInfo, ContinuesWithoutScreen) {
   board_.remove("dev/fb0");
   EXPECT_EQ(asked({"info"}, ".screen, .devices.screen, .devices.adc"), "null\nfalse\ntrue");
 }
 
-TEST_F(CtlInfo, GoesOnWithAScreenThatRefuses) {
+TEST_F(CtlInfo, ContinuesIfScreenFails) {
   for (const char *request : {"fscreeninfo", "vscreeninfo", "mmap", "descriptor-0"}) {
     board_.clear_faults();
     board_.set_fault(request, "/dev/fb0");
@@ -50,7 +50,7 @@ TEST_F(CtlInfo, GoesOnWithAScreenThatRefuses) {
   }
 }
 
-TEST_F(CtlInfo, TellsWhichDevicesAnswer) {
+TEST_F(CtlInfo, ReportsWhichDevicesAnswer) {
   EXPECT_EQ(asked({"info"}, ".devices"),
             R"({"screen":true,"gpio":true,"adc":true,"backlight":true,)"
             R"("accelerometer_bus":true,"serial_port":true,"hdmi":true,"card":false})");
@@ -73,16 +73,16 @@ TEST_F(CtlInfo, ChangesNothingOnTheBoard) {
     EXPECT_THAT(event, Not(HasSubstr("blank")));
 }
 
-TEST_F(CtlInfo, TellsTheRegion) {
+TEST_F(CtlInfo, ReportsTheRegion) {
   EXPECT_EQ(asked({"info"}, ".region"), "null");
   board_.write("tmp/add/areacode.bin", std::string("\x74\x48\x8c\x3e", 4));
   EXPECT_EQ(asked({"info"}, ".region"), "null") << "a value of no region";
-  told({"region", "write", "US", "/tmp/add/areacode.bin"});
+  checked_output({"region", "write", "US", "/tmp/add/areacode.bin"});
   EXPECT_EQ(asked({"info"}, ".region"), R"({"number":1,"code":"US"})");
 }
 
-TEST_F(CtlInfo, TextHasTheSameNames) {
-  const std::string text = told({"info"});
+TEST_F(CtlInfo, PrintsSameNamesAsText) {
+  const std::string text = checked_output({"info"});
   EXPECT_THAT(text, testing::StartsWith("version: " DRAVIK_VERSION "\nkernel: "));
   EXPECT_THAT(text, HasSubstr("\nscreen:\n  width: 640\n  height: 480\n  bits per pixel: 16\n"));
   EXPECT_THAT(text, HasSubstr("\nregion: -\n"));
@@ -91,12 +91,12 @@ TEST_F(CtlInfo, TextHasTheSameNames) {
 
 using CtlNet = CtlTool;
 
-TEST_F(CtlNet, TellsTheLoopback) {
-  EXPECT_EQ(told({"net", "lo"}), "name: lo\nmac: -\nip: 127.0.0.1\n");
+TEST_F(CtlNet, ReportsTheLoopback) {
+  EXPECT_EQ(checked_output({"net", "lo"}), "name: lo\nmac: -\nip: 127.0.0.1\n");
   EXPECT_EQ(asked({"net", "lo"}, "."), R"({"name":"lo","mac":null,"ip":"127.0.0.1"})");
 }
 
-TEST_F(CtlNet, TellsEveryInterfaceWithItsHardwareAddress) {
+TEST_F(CtlNet, ReportsEveryInterfaceWithItsHardwareAddress) {
   size_t count = 0;
   for (const auto &entry : std::filesystem::directory_iterator{"/sys/class/net"}) {
     const std::string name = entry.path().filename().string();
@@ -112,7 +112,7 @@ TEST_F(CtlNet, TellsEveryInterfaceWithItsHardwareAddress) {
   EXPECT_GE(count, 1U);
 }
 
-TEST_F(CtlNet, SaysWhenThereIsNoSuchInterface) {
+TEST_F(CtlNet, ReportsWhenThereIsNoSuchInterface) {
   expect_refusal({"net", "none0"}, 1, "net: no interface 'none0'");
   expect_refusal({"net", "a-name-of-sixteen"}, 1, "net: no interface 'a-name-of-sixteen'");
   expect_usage_error({"net", "lo", "eth0"}, "extra argument 'eth0'");

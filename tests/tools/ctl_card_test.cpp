@@ -35,13 +35,13 @@ protected:
   }
 };
 
-TEST_F(CtlCard, TellsThatThereIsNone) {
+TEST_F(CtlCard, ReportsThatThereIsNone) {
   EXPECT_EQ(asked({"card"}, ".present, .partitioned, .mounted, .healthy, .sectors, .size_mib"),
             "false\nfalse\nfalse\nfalse\n0\n0");
   EXPECT_EQ(asked({"card"}, ".file_system_mib, .free_mib"), "null\nnull");
 }
 
-TEST_F(CtlCard, TellsSizes) {
+TEST_F(CtlCard, ReportsSizes) {
   plug_in();
   struct statfs of_folder;
   ASSERT_EQ(::statfs(board_.path("tmp/mmcblk0p1").c_str(), &of_folder), 0);
@@ -52,7 +52,7 @@ TEST_F(CtlCard, TellsSizes) {
   EXPECT_EQ(asked({"card"}, ".file_system_mib"), std::to_string(mib(of_folder.f_blocks)));
 }
 
-TEST_F(CtlCard, TellsEachFinding) {
+TEST_F(CtlCard, ReportsEachFinding) {
   plug_in();
   EXPECT_EQ(asked({"card"}, "[.present, .partitioned, .mounted, .fat32, .writable]"),
             "[true,true,true,true,true]");
@@ -66,21 +66,21 @@ TEST_F(CtlCard, TellsEachFinding) {
   EXPECT_EQ(asked({"card"}, "[.present, .partitioned]"), "[true,false]");
 }
 
-TEST_F(CtlCard, TellsWhetherItIsLocked) {
+TEST_F(CtlCard, ReportsWhetherItIsLocked) {
   plug_in();
   EXPECT_EQ(asked({"card"}, "[.locked, .healthy, .status]"), "[false,true,188]");
   board_.write("gpio/68", "1\n");
   EXPECT_EQ(asked({"card"}, "[.locked, .healthy, .status]"), "[true,false,252]");
 }
 
-TEST_F(CtlCard, WithoutTheDriverTheLockIsUnknown) {
+TEST_F(CtlCard, ReportsUnknownLockWithoutDriver) {
   plug_in();
   board_.remove("proc/modules");
   EXPECT_EQ(asked({"card"}, "[.locked, .healthy, .status]"), "[null,false,252]");
-  EXPECT_THAT(told({"card"}), HasSubstr("\nlocked: -\n"));
+  EXPECT_THAT(checked_output({"card"}), HasSubstr("\nlocked: -\n"));
 }
 
-TEST_F(CtlCard, CheckSaysWhatIsWrong) {
+TEST_F(CtlCard, ReportsProblemsOnCheck) {
   const auto complaint = [this] {
     const run_result result = run({"card", "check"});
     EXPECT_EQ(result.status, 1);
@@ -108,7 +108,7 @@ TEST_F(CtlCard, WatchesTheState) {
   const std::string line =
       "present: yes, locked: no, partitioned: yes, mounted: yes, fat32: yes, writable: yes, "
       "healthy: yes, status: 188, ";
-  EXPECT_THAT(told({"card", "--watch", "--count", "1"}), testing::StartsWith(line));
+  EXPECT_THAT(checked_output({"card", "--watch", "--count", "1"}), testing::StartsWith(line));
   test::application tool{board_, DRAVIK_CTL, {"card", "--watch", "--interval", "10", "--json"}};
   tool.await_output("\"locked\": false");
   board_.write("gpio/68", "1\n");
@@ -119,7 +119,7 @@ TEST_F(CtlCard, WatchesTheState) {
   expect_misuse({"card", "check", "--watch"}, "card: extra --watch; must be without 'check'");
 }
 
-TEST_F(CtlCard, CheckIsContentWithAHealthyCard) {
+TEST_F(CtlCard, AcceptsHealthyCardOnCheck) {
   plug_in();
   EXPECT_EQ(asked({"card", "check"}, ".healthy"), "true");
 }
@@ -137,7 +137,7 @@ TEST_F(CtlCard, ChangesNothingWhereThereIsNoCard) {
     expect_refusal({"card", how, "--yes"}, 1, "card: not inserted");
 }
 
-TEST_F(CtlCard, RefusesWordsThatMakeNoSense) {
+TEST_F(CtlCard, RejectsInvalidArguments) {
   expect_misuse({"card", "erase"},
                 "card: invalid action 'erase'; must be check, repair, partition or format");
   expect_misuse({"card", "erase", "--yes"},
@@ -155,7 +155,7 @@ protected:
   void SetUp() override {
     std::string error;
     ASSERT_TRUE(sim::make_card(board_.path(), sim::smallest_card_mebibytes, error)) << error;
-    told({"mic", "off"});
+    checked_output({"mic", "off"});
     ASSERT_THAT(board_.events(), ElementsAre("shell: amixer cset numid=64 off"));
     board_.clear_events();
   }
@@ -167,9 +167,9 @@ protected:
   }
 };
 
-TEST_F(CtlCardRepair, RepairUnmountsChecksAndMounts) {
+TEST_F(CtlCardRepair, UnmountsChecksAndMountsOnRepair) {
   board_.write("tmp/mmcblk0p1/REC/KVX00001.TS", "film");
-  EXPECT_EQ(told({"card", "repair", "--yes"}), "unmount: 0\ncheck: 0\nmount: 0\n");
+  EXPECT_EQ(checked_output({"card", "repair", "--yes"}), "unmount: 0\ncheck: 0\nmount: 0\n");
   EXPECT_THAT(board_.events(), ElementsAre("umount: /tmp/mmcblk0p1", "shell: /bin/umount /dev/mmcblk0p1",
                                            "shell: /usr/local/bin/dosfsck -a /dev/mmcblk0p1",
                                            "shell: mount /dev/mmcblk0p1 /tmp/mmcblk0p1"));
@@ -177,14 +177,14 @@ TEST_F(CtlCardRepair, RepairUnmountsChecksAndMounts) {
   EXPECT_EQ(asked({"card", "repair", "--yes"}, "."), R"({"unmount":0,"check":0,"mount":0})");
 }
 
-TEST_F(CtlCardRepair, VerboseShowsWhatTheCommandsSay) {
+TEST_F(CtlCardRepair, PrintsOutputOfCommandsIfVerbose) {
   const run_result result = run({"card", "repair", "--yes", "--verbose", "--json"});
   EXPECT_EQ(result.status, 0);
-  EXPECT_EQ(found(result.out, ".check"), "0");
+  EXPECT_EQ(checked_find(result.out, ".check"), "0");
   EXPECT_THAT(result.err, HasSubstr("fsck.fat "));
 }
 
-TEST_F(CtlCardRepair, SaysWhenTheCardIsNotMountedAfterwards) {
+TEST_F(CtlCardRepair, ReportsWhenTheCardIsNotMountedAfterwards) {
   board_.set_fault("shell", "mount");
   const run_result result = run({"card", "repair", "--yes"});
   EXPECT_EQ(result.status, 1);
@@ -202,12 +202,12 @@ TEST_F(CtlCardRepair, ReportsAFailedCheck) {
 
 TEST_F(CtlCardRepair, RepairsErrors) {
   board_.set_fault("shell", "dosfsck"); // exits with status 1, as after a repair
-  EXPECT_EQ(told({"card", "repair", "--yes"}), "unmount: 0\ncheck: 1\nmount: 0\n");
+  EXPECT_EQ(checked_output({"card", "repair", "--yes"}), "unmount: 0\ncheck: 1\nmount: 0\n");
 }
 
 TEST_F(CtlCardRepair, RepairsACardThatIsNotMounted) {
   ASSERT_EQ(std::system("/bin/umount /dev/mmcblk0p1"), 0);
-  EXPECT_THAT(told({"card", "repair", "--yes"}), testing::EndsWith("check: 0\nmount: 0\n"));
+  EXPECT_THAT(checked_output({"card", "repair", "--yes"}), testing::EndsWith("check: 0\nmount: 0\n"));
   EXPECT_EQ(asked({"card", "check"}, ".healthy"), "true");
 }
 
@@ -228,7 +228,7 @@ TEST_F(CtlCardRepair, RejectsABusyCardAndNamesItsUser) {
   EXPECT_EQ(board_.read("tmp/mmcblk0p1/film"), "film");
 }
 
-TEST_F(CtlCardRepair, FormatEmptiesTheCardAndRestarts) {
+TEST_F(CtlCardRepair, FormatsCardAndRestarts) {
   board_.write("tmp/mmcblk0p1/REC/KVX00001.TS", "film");
   run({"card", "format", "--yes"});
   EXPECT_THAT(board_.events(), ElementsAre("umount: /tmp/mmcblk0p1", "shell: /bin/umount /dev/mmcblk0p1",
@@ -237,7 +237,7 @@ TEST_F(CtlCardRepair, FormatEmptiesTheCardAndRestarts) {
   EXPECT_EQ(asked({"card", "check"}, ".healthy"), "true");
 }
 
-TEST_F(CtlCardRepair, PartitionWritesTheTableForTheWholeCard) {
+TEST_F(CtlCardRepair, PartitionsWholeCard) {
   run({"card", "partition", "--yes"});
   EXPECT_THAT(board_.events(),
               ElementsAre("shell: /bin/dd if=/tmp/mbr.img of=/dev/mmcblk0", "sync", "shell: /sbin/reboot"));
@@ -247,19 +247,19 @@ TEST_F(CtlCardRepair, PartitionWritesTheTableForTheWholeCard) {
       << "sectors 32 to 131071";
 }
 
-TEST_F(CtlCardRepair, PartitionRefusesACardOfAFewSectors) {
+TEST_F(CtlCardRepair, RejectsPartitionOfTinyCard) {
   board_.write("sys/block/mmcblk0/size", "2047\n");
   expect_refusal({"card", "partition", "--yes"}, 1, "card: too small: 2047 sectors; must be at least 2048");
   EXPECT_TRUE(board_.events().empty());
 }
 
-TEST_F(CtlCardRepair, NothingRunsUnlessItIsMeant) {
+TEST_F(CtlCardRepair, RunsNothingWithoutYes) {
   for (const char *how : {"repair", "partition", "format"})
     EXPECT_EQ(run({"card", how}).status, 2);
   EXPECT_TRUE(board_.events().empty());
 }
 
-TEST_F(CtlCardRepair, NothingRunsOnALockedCard) {
+TEST_F(CtlCardRepair, RunsNothingOnLockedCard) {
   put_in_again(sim::card_lock::on);
   board_.clear_events();
   for (const char *how : {"repair", "partition", "format"})
@@ -280,16 +280,17 @@ TEST_F(CtlCardRepair, RejectsAMachineThatIsNotABoard) {
 
 TEST_F(CtlCardRepair, AcceptsABoardWithOneOfItsTwoMarks) {
   std::filesystem::remove_all(board_.path("proc/ambarella"));
-  EXPECT_EQ(told({"card", "repair", "--yes"}), "unmount: 0\ncheck: 0\nmount: 0\n");
+  EXPECT_EQ(checked_output({"card", "repair", "--yes"}), "unmount: 0\ncheck: 0\nmount: 0\n");
 }
 
-TEST_F(CtlCardRepair, ForceRunsOnAMachineThatIsNotABoard) {
+TEST_F(CtlCardRepair, RunsWithForceOutsideBoard) {
   board_.remove("dev/ambad");
   std::filesystem::remove_all(board_.path("proc/ambarella"));
-  EXPECT_EQ(told({"card", "repair", "--yes", "--force-not-a-board"}), "unmount: 0\ncheck: 0\nmount: 0\n");
+  EXPECT_EQ(checked_output({"card", "repair", "--yes", "--force-not-a-board"}),
+            "unmount: 0\ncheck: 0\nmount: 0\n");
 }
 
-TEST_F(CtlCardRepair, ForceStillRequiresYes) {
+TEST_F(CtlCardRepair, RequiresYesWithForce) {
   EXPECT_EQ(run({"card", "format", "--force-not-a-board"}).status, 2);
   EXPECT_TRUE(board_.events().empty());
 }
@@ -302,7 +303,7 @@ TEST_F(CtlCardRepair, TreatsAnUnknownLockAsLocked) {
   EXPECT_TRUE(board_.events().empty());
 }
 
-TEST_F(CtlCardRepair, ForceDoesNotOverrideALock) {
+TEST_F(CtlCardRepair, RejectsLockedCardWithForce) {
   put_in_again(sim::card_lock::on);
   board_.clear_events();
   for (const char *how : {"repair", "partition", "format"})
@@ -310,7 +311,7 @@ TEST_F(CtlCardRepair, ForceDoesNotOverrideALock) {
   EXPECT_TRUE(board_.events().empty());
 }
 
-TEST_F(CtlCardRepair, WithoutAPartitionThereIsNothingToRepair) {
+TEST_F(CtlCardRepair, RejectsRepairWithoutPartition) {
   board_.write("proc/partitions", "major minor  #blocks  name\n\n 179        0      65536 mmcblk0\n");
   for (const char *how : {"repair", "format"})
     expect_refusal({"card", how, "--yes"}, 1, "card: no partition");
@@ -328,31 +329,31 @@ protected:
   }
 };
 
-TEST_F(CtlRecordings, TellsWhatIsThere) {
+TEST_F(CtlRecordings, ReportsRecordings) {
   add("KVX00007.TS", 2000, 3 << 20);
   add("KVX00042.TS", 1000, 2 << 20);
   add("EMB00001.TS", 1000, 0);
   add("EMD00002.TS", 3000, 0);
   EXPECT_EQ(asked({"recordings"}, "."),
             R"({"normal":{"count":2,"oldest":42,"size_mib":5},"event":{"count":2,"oldest":"B","next":"C"}})");
-  EXPECT_EQ(told({"recordings"}), "normal:\n  count: 2\n  oldest: 42\n  size mib: 5\n"
-                                  "event:\n  count: 2\n  oldest: B\n  next: C\n");
+  EXPECT_EQ(checked_output({"recordings"}), "normal:\n  count: 2\n  oldest: 42\n  size mib: 5\n"
+                                            "event:\n  count: 2\n  oldest: B\n  next: C\n");
 }
 
-TEST_F(CtlRecordings, TellsOfAnEmptyFolder) {
+TEST_F(CtlRecordings, ReportsOfAnEmptyDirectory) {
   add("other.txt", 1, 1);
   EXPECT_EQ(
       asked({"recordings"}, "."),
       R"({"normal":{"count":0,"oldest":null,"size_mib":0},"event":{"count":0,"oldest":null,"next":"A"}})");
 }
 
-TEST_F(CtlRecordings, TellsWhenAllSlotsAreUsed) {
+TEST_F(CtlRecordings, ReportsWhenAllSlotsAreUsed) {
   for (const char slot : {'A', 'B', 'C', 'D', 'E'})
     add(std::string{"EM"} + slot + "00001.TS", 5000 - slot, 0);
   EXPECT_EQ(asked({"recordings"}, ".event"), R"({"count":5,"oldest":"E","next":null})");
 }
 
-TEST_F(CtlRecordings, SaysWhenThereIsNoFolder) {
+TEST_F(CtlRecordings, ReportsWhenThereIsNoDirectory) {
   expect_refusal({"recordings"}, 1, "recordings: /tmp/mmcblk0p1/REC cannot be read");
 }
 

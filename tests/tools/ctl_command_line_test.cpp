@@ -13,26 +13,26 @@ using testing::HasSubstr;
 using CtlCommandLine = CtlTool;
 
 TEST_F(CtlCommandLine, PrintsTheVersionOfTheProject) {
-  EXPECT_EQ(told({"--version"}), "dravik-ctl " DRAVIK_VERSION "\n");
+  EXPECT_EQ(checked_output({"--version"}), "dravik-ctl " DRAVIK_VERSION "\n");
 }
 
-TEST_F(CtlCommandLine, HelpHasTheCommonForm) {
-  test::expect_help_of_tool("dravik-ctl", [this](const words &arguments) { return told(arguments); });
+TEST_F(CtlCommandLine, PrintsHelpOfCommonForm) {
+  test::expect_help_of_tool("dravik-ctl",
+                            [this](const words &arguments) { return checked_output(arguments); });
 }
 
-TEST_F(CtlCommandLine, EveryHelpDescribesTheOutput) {
-  for (const std::string &command : test::commands_of(told({"--help"})))
-    EXPECT_THAT(told({command, "--help"}), HasSubstr("\nOutput:")) << command;
+TEST_F(CtlCommandLine, DescribesOutputInEveryHelp) {
+  for (const std::string &command : test::commands_of(checked_output({"--help"})))
+    EXPECT_THAT(checked_output({command, "--help"}), HasSubstr("\nOutput:")) << command;
 }
 
-TEST_F(CtlCommandLine, EveryCommandHasAllItsPlaces) {
-  test::expect_places_of_commands({.overview = told({"--help"}),
-                                   .sources = DRAVIK_SOURCE "/tools/dravik-ctl",
-                                   .table = "tools/dravik-ctl/commands.cpp",
-                                   .build_file = DRAVIK_SOURCE "/tools/dravik-ctl/CMakeLists.txt",
-                                   .page = DRAVIK_SOURCE "/docs/board-tool.md",
+TEST_F(CtlCommandLine, HasEveryCommandInAllPlaces) {
+  test::expect_places_of_commands({.overview = checked_output({"--help"}),
+                                   .sources = "tools/dravik-ctl",
+                                   .build_file = "tools/dravik-ctl/CMakeLists.txt",
+                                   .page = "docs/board-tool.md",
                                    .in_page = "| `",
-                                   .tests = DRAVIK_SOURCE "/tests/tools",
+                                   .tests = "tests/tools",
                                    .test_prefix = "ctl_"});
 }
 
@@ -53,16 +53,16 @@ TEST_F(CtlCommandLine, RejectsInvalidArguments) {
   expect_usage_error({"play"}, "missing FILE");
 }
 
-TEST_F(CtlCommandLine, AComplaintIsOneLineWhateverTheName) {
+TEST_F(CtlCommandLine, PrintsErrorsOnOneLine) {
   expect_refusal({"show", "a\nb\x1B[31m"}, 1, "a?b?[31m: No such file or directory");
 }
 
-TEST_F(CtlCommandLine, WithJsonAFailureLeavesStandardOutputEmpty) {
+TEST_F(CtlCommandLine, LeavesStandardOutputEmptyOnFailureWithJson) {
   expect_refusal({"net", "nonesuch", "--json"}, 1, "net: no interface 'nonesuch'");
 }
 
-/// What each command leaves on standard output when it fails: nothing, but for these three.
-TEST_F(CtlCommandLine, FailuresPrintNothingButFindings) {
+/// On failure, standard output is empty, except for three commands.
+TEST_F(CtlCommandLine, PrintsOnlyFindingsOnFailure) {
   board_.remove("proc/ambarella/adc");
   board_.remove("proc/ambarella/hdmi_edid");
   board_.remove("dev/i2c-0");
@@ -94,8 +94,8 @@ TEST_F(CtlCommandLine, FailuresPrintNothingButFindings) {
   EXPECT_EQ(run({"card", "check"}).out.substr(0, 12), "present: no\n");
 }
 
-/// A summary succeeds whatever is missing; a value that cannot be read is null in it.
-TEST_F(CtlCommandLine, ASummaryReportsMissingValuesAsNull) {
+/// A summary succeeds if values are missing; a value that cannot be read is null.
+TEST_F(CtlCommandLine, ReportsMissingValuesAsNull) {
   board_.remove("proc/ambarella/adc");
   board_.remove("dev/fb0");
   board_.remove("proc/modules");
@@ -108,7 +108,7 @@ TEST_F(CtlCommandLine, ASummaryReportsMissingValuesAsNull) {
                  "backlight: files in /sys/class/backlight/pwm-backlight.0/ contain no number");
 }
 
-TEST_F(CtlCommandLine, LostOutputIsAFailure) {
+TEST_F(CtlCommandLine, FailsIfOutputCannotBeWritten) {
   const run_result result = {0, "", ""};
   test::application tool{board_, "/bin/sh", {"-c", "exec " DRAVIK_CTL " adc > /dev/full"}};
   EXPECT_EQ(tool.finish(), 1);

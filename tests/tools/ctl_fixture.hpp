@@ -32,21 +32,21 @@ protected:
     return {status, tool.output(), tool.errors()};
   }
 
-  /// What a command tells as text, when it does not fail.
-  std::string told(const words &given) const {
+  /// The output of a command, which must succeed.
+  std::string checked_output(const words &given) const {
     const run_result result = run(given);
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.err, "");
     return result.out;
   }
 
-  /// What jq finds in what a command tells as JSON, which is one object in a line.
+  /// The result of jq for the JSON output of a command, one object on one line.
   std::string asked(words given, const std::string &filter) const {
     given.emplace_back("--json");
-    return found(told(given), filter);
+    return checked_find(checked_output(given), filter);
   }
 
-  std::string found(const std::string &json, const std::string &filter) const {
+  std::string checked_find(const std::string &json, const std::string &filter) const {
     EXPECT_EQ(std::ranges::count(json, '\n'), 1) << json;
     EXPECT_TRUE(json.starts_with('{') && json.ends_with("}\n")) << json;
     board_.write("answer.json", json);
@@ -57,7 +57,7 @@ protected:
     return answer;
   }
 
-  /// Expects one line of complaint and nothing else.
+  /// Expect one line of complaint and nothing else.
   void expect_refusal(const words &given, int status, const std::string &line) const {
     const run_result result = run(given);
     EXPECT_EQ(result.status, status);
@@ -66,12 +66,12 @@ protected:
   }
   void expect_misuse(const words &given, const std::string &line) const { expect_refusal(given, 2, line); }
 
-  /// Expects a line that ends with the hint at the command's help.
+  /// Expect a line that ends with the hint at the command's help.
   void expect_usage_error(const words &given, const std::string &line) const {
     expect_misuse(given, given[0] + ": " + line + "; try 'dravik-ctl " + given[0] + " --help'");
   }
 
-  /// Puts a file on the board, and gives the name by which programs find it there.
+  /// Put a file on the board, and gives the name by which programs find it there.
   std::string put(const std::string &name, const std::string &content) const {
     board_.write("usr/local/dravik/" + name, content);
     return "/usr/local/dravik/" + name;

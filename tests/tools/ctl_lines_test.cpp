@@ -11,19 +11,19 @@ using testing::StartsWith;
 using CtlGpio = CtlTool;
 
 TEST_F(CtlGpio, ReadsALine) {
-  EXPECT_EQ(told({"gpio", "get", "68"}), "line: 68\nlevel: 0\n");
+  EXPECT_EQ(checked_output({"gpio", "get", "68"}), "line: 68\nlevel: 0\n");
   board_.write("gpio/68", "1\n");
   EXPECT_EQ(asked({"gpio", "get", "68"}, "."), R"({"line":68,"level":1})");
   EXPECT_TRUE(board_.events().empty());
 }
 
 TEST_F(CtlGpio, DrivesALine) {
-  EXPECT_EQ(told({"gpio", "set", "17", "1"}), "line: 17\nlevel: 1\n");
+  EXPECT_EQ(checked_output({"gpio", "set", "17", "1"}), "line: 17\nlevel: 1\n");
   EXPECT_EQ(asked({"gpio", "set", "18", "0"}, "."), R"({"line":18,"level":0})");
   EXPECT_THAT(board_.events(), ElementsAre("gpio: 17 = 1", "gpio: 18 = 0"));
 }
 
-TEST_F(CtlGpio, SaysWhenTheDriverRefuses) {
+TEST_F(CtlGpio, ReportsWhenTheDriverRefuses) {
   expect_refusal({"gpio", "get", "256"}, 1,
                  "gpio: line 256 cannot be read (AMBA_DEBUG_IOC_GET_GPIO: Invalid argument)");
   board_.set_fault("set", "/dev/ambad");
@@ -32,7 +32,7 @@ TEST_F(CtlGpio, SaysWhenTheDriverRefuses) {
   expect_refusal({"led", "red"}, 1, "led: cannot be set (AMBA_DEBUG_IOC_SET_GPIO: Input/output error)");
 }
 
-TEST_F(CtlGpio, SaysWhenTheDriverIsNotLoaded) {
+TEST_F(CtlGpio, ReportsWhenTheDriverIsNotLoaded) {
   board_.write("proc/modules", "other 5238 0 - Live 0x00000000\n");
   for (const words &given :
        {words{"gpio", "get", "68"}, words{"gpio", "set", "82", "1"}, words{"led", "red"}}) {
@@ -45,7 +45,7 @@ TEST_F(CtlGpio, SaysWhenTheDriverIsNotLoaded) {
   }
 }
 
-TEST_F(CtlGpio, RefusesWordsThatMakeNoSense) {
+TEST_F(CtlGpio, RejectsInvalidArguments) {
   expect_misuse({"gpio", "read", "68"}, "gpio: invalid action 'read'; must be get or set");
   expect_misuse({"gpio", "get", "x"}, "gpio: invalid LINE 'x'; must be a number");
   expect_misuse({"gpio", "get", "4294967296"}, "gpio: invalid LINE '4294967296'; must be a number");
@@ -60,13 +60,13 @@ TEST_F(CtlLed, ShowsEveryColour) {
   const std::pair<const char *, const char *> colours[] = {
       {"red", "1\n0\n"}, {"green", "0\n1\n"}, {"orange", "1\n1\n"}, {"off", "0\n0\n"}};
   for (const auto &[colour, levels] : colours) {
-    EXPECT_EQ(told({"led", colour}), std::string{"led: "} + colour + "\n");
+    EXPECT_EQ(checked_output({"led", colour}), std::string{"led: "} + colour + "\n");
     EXPECT_EQ(board_.read("gpio/82") + board_.read("gpio/83"), levels) << colour;
   }
   EXPECT_EQ(asked({"led", "green"}, ".led"), "green");
 }
 
-TEST_F(CtlLed, RefusesWhatIsNoColour) {
+TEST_F(CtlLed, RejectsInvalidColour) {
   for (const std::string word : {"blue", "RED", ""})
     expect_misuse({"led", word}, "led: invalid colour '" + word + "'; must be off, red, green or orange");
 }

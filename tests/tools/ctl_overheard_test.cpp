@@ -1,4 +1,4 @@
-// Words kept from the terminal during a call.
+// Output captured during a call.
 
 #include "dravik-ctl/overheard.hpp"
 #include "support/descriptors.hpp"
@@ -28,7 +28,7 @@ TEST(CtlOverheard, FindsLines) {
   EXPECT_FALSE(said.said_nothing());
 }
 
-TEST(CtlOverheard, TakesBothOutputs) {
+TEST(CtlOverheard, CapturesBothOutputs) {
   testing::internal::CaptureStdout();
   const overheard said{[] {
     std::puts("from stdio");
@@ -50,7 +50,7 @@ TEST(CtlOverheard, LeavesWhatWasWrittenBefore) {
   EXPECT_EQ(said.last_line(), "");
 }
 
-TEST(CtlOverheard, TakesALineWithoutAnEnd) {
+TEST(CtlOverheard, CapturesLineWithoutEnd) {
   const overheard said{[] { std::fputs("no end", stderr); }};
   EXPECT_EQ(said.first_line(), "no end");
   EXPECT_EQ(said.last_line(), "no end");
@@ -73,7 +73,7 @@ TEST(CtlOverheard, LetsThroughOnWish) {
   EXPECT_EQ(said.last_line(), "third of stderr");
 }
 
-TEST(CtlOverheard, AReasonStandsInBrackets) {
+TEST(CtlOverheard, PrintsReasonInBrackets) {
   EXPECT_EQ(because("it failed", "the reason"), "it failed (the reason)");
   EXPECT_EQ(because("it failed", ""), "it failed");
 }

@@ -1,6 +1,7 @@
-// "show": pictures of every kind on the screen.
+// "show": images of every format on the screen.
 
 #include "ctl_fixture.hpp"
+#include "dravik.h"
 #include "support/archive_maker.hpp"
 #include "support/bmp_maker.hpp"
 
@@ -14,9 +15,9 @@ using test::shot;
 using testing::ElementsAre;
 using testing::StartsWith;
 
-constexpr uint16_t red = 0xF800, green = 0x07E0, blue = 0x001F, black = 0x0821, white = 0xFFFF, untouched = 0;
+constexpr uint16_t untouched = 0;
 
-/// A picture of 24 bits in one colour, which RGB565 holds without loss.
+/// An image of 24 bits in one colour, which RGB565 holds without loss.
 bmp_maker plain_bmp(uint32_t width, uint32_t height, uint8_t r, uint8_t g, uint8_t b) {
   bmp_maker made{.width = width, .height = height};
   made.pixels.resize(made.row_size() * height);
@@ -34,7 +35,7 @@ class CtlShow : public CtlTool {
 protected:
   shot seen() const { return {board_, {}}; }
 
-  /// Expects a rectangle of one colour, and that the pixels around its corners are of another.
+  /// Expect a rectangle of one colour, and that the pixels around its corners are of another.
   void expect_rectangle(uint32_t x, uint32_t y, uint32_t width, uint32_t height, uint16_t colour,
                         uint16_t around = untouched) const {
     const shot now = seen();
@@ -62,19 +63,20 @@ protected:
 
 TEST_F(CtlShow, DrawsABmpInTheMiddle) {
   const std::string path = put("a.bmp", plain_bmp(40, 20, 255, 0, 0).file());
-  EXPECT_EQ(told({"show", path}), "picture: /usr/local/dravik/a.bmp\nkind: bmp\nwidth: 40\nheight: 20\n");
-  expect_rectangle(300, 230, 40, 20, red);
+  EXPECT_EQ(checked_output({"show", path}),
+            "picture: /usr/local/dravik/a.bmp\nkind: bmp\nwidth: 40\nheight: 20\n");
+  expect_rectangle(300, 230, 40, 20, DRAVIK_RED);
 }
 
 TEST_F(CtlShow, DrawsAtAPlaceOnAPaintedScreen) {
   const std::string path = put("a.bmp", plain_bmp(40, 20, 255, 0, 0).file());
   EXPECT_EQ(asked({"show", path, "--at", "7,9", "--clear", "blue"}, "."),
             R"({"picture":"/usr/local/dravik/a.bmp","kind":"bmp","width":40,"height":20})");
-  expect_rectangle(7, 9, 40, 20, red, blue);
-  EXPECT_EQ(seen().at(639, 479), blue);
+  expect_rectangle(7, 9, 40, 20, DRAVIK_RED, DRAVIK_BLUE);
+  EXPECT_EQ(seen().at(639, 479), DRAVIK_BLUE);
 }
 
-TEST_F(CtlShow, DrawsAJpegFromAnyFolder) {
+TEST_F(CtlShow, DrawsAJpegFromAnyDirectory) {
   const std::string path = put_jpeg("photo");
   EXPECT_EQ(asked({"show", path, "--at", "100,50"}, "[.kind, .width, .height]"), R"(["jpeg",64,32])");
   const shot now = seen();
@@ -91,7 +93,7 @@ TEST_F(CtlShow, DrawsAJpegByTheNameThatTheApplicationUses) {
 }
 
 TEST_F(CtlShow, CutsAJpegOffAtTheEdge) {
-  told({"show", put_jpeg("photo"), "--at", "620,470"});
+  checked_output({"show", put_jpeg("photo"), "--at", "620,470"});
   EXPECT_GE(seen().at(639, 479) >> 11, 30);
 }
 
@@ -99,12 +101,12 @@ TEST_F(CtlShow, DrawsAnImageOfAnArchive) {
   const std::string path = put_archive();
   EXPECT_EQ(asked({"show", path, "0", "--fg", "green", "--at", "632,476"}, "[.kind, .width, .height]"),
             R"(["archive",8,4])");
-  EXPECT_THAT(seen().colours(632, 476, 8, 4), ElementsAre(green));
-  told({"show", path, "1", "--bg", "white"});
-  expect_rectangle(317, 237, 6, 6, white);
+  EXPECT_THAT(seen().colours(632, 476, 8, 4), ElementsAre(DRAVIK_GREEN));
+  checked_output({"show", path, "1", "--bg", "white"});
+  expect_rectangle(317, 237, 6, 6, DRAVIK_WHITE);
 }
 
-TEST_F(CtlShow, RefusesAnImageThatDoesNotLieOnTheScreen) {
+TEST_F(CtlShow, RejectsAnImageThatDoesNotLieOnTheScreen) {
   const std::string path = put_archive();
   expect_refusal({"show", path, "0", "--at", "633,476"}, 1,
                  path + ": image 0 of 8 x 4 pixels does not fit on the screen there");
@@ -117,7 +119,7 @@ TEST_F(CtlShow, RefusesAnImageThatDoesNotLieOnTheScreen) {
   EXPECT_THAT(seen().colours(0, 0, 640, 480), ElementsAre(untouched));
 }
 
-TEST_F(CtlShow, RefusesImagesThatAreNotThere) {
+TEST_F(CtlShow, RejectsImagesThatAreNotThere) {
   const std::string path = put_archive();
   expect_refusal({"show", path, "2"}, 1, path + ": invalid image 2; must be less than 2");
   expect_misuse({"show", path}, "show: missing INDEX; an archive requires one");
@@ -126,12 +128,12 @@ TEST_F(CtlShow, RefusesImagesThatAreNotThere) {
                 "show: extra INDEX; only an archive accepts one");
 }
 
-TEST_F(CtlShow, RefusesAnArchiveThatIsCutOff) {
+TEST_F(CtlShow, RejectsAnArchiveThatIsCutOff) {
   const std::string path = put("cut.q7", std::string{"KORVEXQ7\1\0\0\0\xFF", 13});
   expect_refusal({"show", path, "0"}, 1, path + ": invalid archive; try 'dravik-art check'");
 }
 
-TEST_F(CtlShow, SaysWhatTheLibrarySays) {
+TEST_F(CtlShow, ReportsOutputOfLibrary) {
   const std::string large = put("large.bmp", plain_bmp(641, 2, 0, 0, 0).file());
   expect_refusal({"show", large}, 1, large + ": cannot be drawn (BMP image is out of range!)");
   const std::string jpeg = put("cut.jpg", std::string{"\xFF\xD8\xFF\xDA"});
@@ -141,7 +143,7 @@ TEST_F(CtlShow, SaysWhatTheLibrarySays) {
   EXPECT_EQ(std::ranges::count(result.err, '\n'), 1) << result.err;
 }
 
-TEST_F(CtlShow, RefusesADepthThatIsNotDrawn) {
+TEST_F(CtlShow, RejectsADepthThatIsNotDrawn) {
   bmp_maker made = plain_bmp(4, 4, 0, 0, 0);
   made.bits = 2;
   const std::string path = put("odd.bmp", made.file());
@@ -149,7 +151,7 @@ TEST_F(CtlShow, RefusesADepthThatIsNotDrawn) {
                  path + ": unsupported depth 2; must be 1, 4, 8, 16, 24 or 32 bits per pixel");
 }
 
-TEST_F(CtlShow, RefusesFilesOfOtherKinds) {
+TEST_F(CtlShow, RejectsFilesOfOtherKinds) {
   expect_refusal({"show", "none.bmp"}, 1, "none.bmp: No such file or directory");
   for (const std::string &content : {std::string{}, std::string{"B"}, std::string{"notes"}}) {
     const std::string path = put("notes", content);
@@ -157,7 +159,7 @@ TEST_F(CtlShow, RefusesFilesOfOtherKinds) {
   }
 }
 
-TEST_F(CtlShow, RefusesWordsThatMakeNoSense) {
+TEST_F(CtlShow, RejectsInvalidArguments) {
   const std::string path = put("a.bmp", plain_bmp(4, 4, 0, 0, 0).file());
   for (const std::string place : {"7", "7,", ",7", "7,x", "-1,0", "1,2,3"})
     expect_misuse({"show", path, "--at=" + place}, "show: invalid --at '" + place + "'; must be X,Y");
@@ -171,7 +173,7 @@ TEST_F(CtlShow, RefusesWordsThatMakeNoSense) {
   expect_refusal({"show", path, "--at", "0,480"}, 1, "show: --at is off the screen");
 }
 
-TEST_F(CtlShow, SaysWhenTheScreenCannotBeDrawnOn) {
+TEST_F(CtlShow, ReportsWhenTheScreenCannotBeDrawnOn) {
   const std::string path = put("a.bmp", plain_bmp(4, 4, 0, 0, 0).file());
   board_.set_fault("vscreeninfo", "/dev/fb0");
   expect_refusal({"show", path}, 1, "screen: cannot be opened (error reading var info)");

@@ -28,30 +28,30 @@ const std::string region_44 = value_of({0x2D, 0x60, 0xC1, 0x0A}); // 43 << 22 | 
 
 using CtlRegion = CtlTool;
 
-TEST_F(CtlRegion, TellsThatOfTheDevice) {
+TEST_F(CtlRegion, ReportsThatOfTheDevice) {
   board_.write(region_file, region_86);
-  EXPECT_EQ(told({"region"}), "number: 86\ncode: CN\n");
+  EXPECT_EQ(checked_output({"region"}), "number: 86\ncode: CN\n");
   EXPECT_EQ(asked({"region"}, "."), R"({"number":86,"code":"CN"})");
 }
 
-TEST_F(CtlRegion, TellsWhatTheApplicationSeesOfAnUnknownOne) {
+TEST_F(CtlRegion, ReportsDefaultOfUnknownRegion) {
   board_.write(region_file, region_44);
-  EXPECT_EQ(told({"region"}), "number: 44\ncode: tw\n");
+  EXPECT_EQ(checked_output({"region"}), "number: 44\ncode: tw\n");
 }
 
-TEST_F(CtlRegion, SaysWhenTheDeviceHasNone) {
+TEST_F(CtlRegion, ReportsWhenTheDeviceHasNone) {
   expect_refusal({"region"}, 1, "/tmp/add/areacode.bin: cannot be opened");
   board_.write(region_file, "abcd");
   expect_refusal({"region"}, 1, "/tmp/add/areacode.bin: not a region");
 }
 
-TEST_F(CtlRegion, TellsThatOfAFile) {
-  EXPECT_EQ(told({"region", put("a.bin", region_886)}), "number: 886\ncode: TW\n");
+TEST_F(CtlRegion, ReportsThatOfAFile) {
+  EXPECT_EQ(checked_output({"region", put("a.bin", region_886)}), "number: 886\ncode: TW\n");
   EXPECT_EQ(asked({"region", put("b.bin", region_44)}, "."), R"({"number":44,"code":null})");
-  EXPECT_EQ(told({"region", put("c.bin", region_1 + "more")}), "number: 1\ncode: US\n");
+  EXPECT_EQ(checked_output({"region", put("c.bin", region_1 + "more")}), "number: 1\ncode: US\n");
 }
 
-TEST_F(CtlRegion, SaysWhenAFileIsNone) {
+TEST_F(CtlRegion, ReportsWhenAFileIsNone) {
   expect_refusal({"region", "/tmp/add/none"}, 1, "/tmp/add/none: No such file or directory");
   expect_refusal({"region", "/tmp/add"}, 1, "/tmp/add: not a regular file");
   expect_refusal({"region", put("a.bin", std::string{"abcd"})}, 1, "/usr/local/dravik/a.bin: not a region");
@@ -69,12 +69,12 @@ TEST_F(CtlRegion, WritesEveryKindOfNumber) {
 }
 
 TEST_F(CtlRegion, WritesByLetters) {
-  EXPECT_EQ(told({"region", "write", "TW", region_file}),
+  EXPECT_EQ(checked_output({"region", "write", "TW", region_file}),
             "number: 886\ncode: TW\nfile: /tmp/add/areacode.bin\n");
   EXPECT_EQ(board_.read(region_file), region_886);
 }
 
-TEST_F(CtlRegion, RefusesWhatIsNoRegion) {
+TEST_F(CtlRegion, RejectsInvalidRegion) {
   for (const std::string word : {"1024", "tw", "XX", "", "0x1"})
     expect_misuse({"region", "write", word, region_file},
                   "region: invalid REGION '" + word +
@@ -82,7 +82,7 @@ TEST_F(CtlRegion, RefusesWhatIsNoRegion) {
   EXPECT_FALSE(board_.exists(region_file));
 }
 
-TEST_F(CtlRegion, RefusesWordsThatMakeNoSense) {
+TEST_F(CtlRegion, RejectsInvalidArguments) {
   for (const words &given : {words{"write"}, words{"write", "86"}, words{"read", "86", "x"}})
     expect_misuse(
         [&] {
@@ -100,7 +100,7 @@ TEST_F(CtlRegion, KeepsFilesOfAnotherKind) {
   EXPECT_EQ(board_.read(path), "notes");
 }
 
-TEST_F(CtlRegion, SaysWhenAFileCannotBeWritten) {
+TEST_F(CtlRegion, ReportsWhenAFileCannotBeWritten) {
   expect_refusal({"region", "write", "86", "/tmp/add/none/a.bin"}, 1,
                  "/tmp/add/none/a.bin: No such file or directory");
 }

@@ -18,37 +18,37 @@ constexpr const char *no_adc = " (open /proc/ambarella/adc error!)";
 
 class CtlAdc : public CtlTool {
 protected:
-  /// A line end is a place of the value too, and repeats the digit before it; a line of 13 characters repeats
-  /// the code before it.
+  /// A line end is a digit of the value too, and repeats the digit before it; a line of 13 characters
+  /// repeats the code before it.
   void SetUp() override { board_.write(adc_file, "adc[0] = 7\nadc[1] = 12\nadc[2] = 3ff\nadc[3] = 3ff"); }
 };
 
-TEST_F(CtlAdc, TellsAllCodesAndLines) {
-  EXPECT_EQ(told({"adc"}), "codes: 119, 290, 290, 1023\n"
-                           "lines: adc[0] = 7, adc[1] = 12, adc[2] = 3ff, adc[3] = 3ff\n");
+TEST_F(CtlAdc, ReportsAllCodesAndLines) {
+  EXPECT_EQ(checked_output({"adc"}), "codes: 119, 290, 290, 1023\n"
+                                     "lines: adc[0] = 7, adc[1] = 12, adc[2] = 3ff, adc[3] = 3ff\n");
   EXPECT_EQ(asked({"adc"}, ".codes, .lines"),
             "[119,290,290,1023]\n"
             R"(["adc[0] = 7","adc[1] = 12","adc[2] = 3ff","adc[3] = 3ff"])");
 }
 
-TEST_F(CtlAdc, TellsOneChannel) {
-  EXPECT_EQ(told({"adc", "1"}), "channel: 1\ncode: 290\nline: adc[1] = 12\n");
+TEST_F(CtlAdc, ReportsOneChannel) {
+  EXPECT_EQ(checked_output({"adc", "1"}), "channel: 1\ncode: 290\nline: adc[1] = 12\n");
   EXPECT_EQ(asked({"adc", "3"}, "."), R"({"channel":3,"code":1023,"line":"adc[3] = 3ff"})");
 }
 
-TEST_F(CtlAdc, RefusesWhatIsNoChannel) {
+TEST_F(CtlAdc, RejectsInvalidChannel) {
   for (const std::string word : {"4", "-", "1x", "", "0x1"})
     expect_misuse({"adc", word}, "adc: invalid CHANNEL '" + word + "'; must be 0 to 3");
   expect_usage_error({"adc", "1", "2"}, "extra argument '2'");
 }
 
-TEST_F(CtlAdc, SaysWhenThereIsNone) {
+TEST_F(CtlAdc, ReportsWhenThereIsNone) {
   board_.remove(adc_file);
   expect_refusal({"adc"}, 1, std::string{"adc: cannot be read"} + no_adc);
   expect_refusal({"adc", "2", "--json"}, 1, std::string{"adc: cannot be read"} + no_adc);
 }
 
-TEST_F(CtlAdc, VerboseLetsTheLibrarySpeak) {
+TEST_F(CtlAdc, PrintsOutputOfLibraryIfVerbose) {
   board_.remove(adc_file);
   const run_result result = run({"adc", "--verbose"});
   EXPECT_EQ(result.status, 1);
@@ -60,30 +60,30 @@ TEST_F(CtlAdc, VerboseLetsTheLibrarySpeak) {
 
 using CtlTemperature = CtlTool;
 
-TEST_F(CtlTemperature, TellsDegrees) {
+TEST_F(CtlTemperature, ReportsDegrees) {
   board_.write(adc_file, "adc[0] = 0\nadc[1] = 2f7\n"); // code 759: -0.034 degrees
-  EXPECT_EQ(told({"temperature"}), "celsius: -0.034\nbeyond range: no\n");
+  EXPECT_EQ(checked_output({"temperature"}), "celsius: -0.034\nbeyond range: no\n");
   board_.write(adc_file, "adc[0] = 0\nadc[1] = 050\n"); // code 80
   EXPECT_EQ(asked({"temperature"}, "."), R"({"celsius":106.257,"beyond_range":false})");
   board_.write(adc_file, "adc0 = 0x200\nadc1 = 0x1cf\n"); // the manual's example
-  EXPECT_EQ(told({"temperature"}), "celsius: 30.007\nbeyond range: no\n");
+  EXPECT_EQ(checked_output({"temperature"}), "celsius: 30.007\nbeyond range: no\n");
 }
 
-TEST_F(CtlTemperature, TellsWhenTheInputIsBeyondRange) {
+TEST_F(CtlTemperature, ReportsWhenTheInputIsBeyondRange) {
   board_.write(adc_file, "adc[0] = 0\nadc[1] = 03f\n");
-  EXPECT_EQ(told({"temperature"}), "celsius: 117.000\nbeyond range: yes\n");
+  EXPECT_EQ(checked_output({"temperature"}), "celsius: 117.000\nbeyond range: yes\n");
   board_.write(adc_file, "adc[0] = 0\nadc[1] = 300\n");
-  EXPECT_EQ(told({"temperature"}), "celsius: -1.000\nbeyond range: yes\n");
+  EXPECT_EQ(checked_output({"temperature"}), "celsius: -1.000\nbeyond range: yes\n");
 }
 
-TEST_F(CtlTemperature, SaysWhenThereIsNone) {
+TEST_F(CtlTemperature, ReportsWhenThereIsNone) {
   board_.remove(adc_file);
   expect_refusal({"temperature"}, 1, std::string{"temperature: cannot be read"} + no_adc);
 }
 
 TEST_F(CtlTemperature, Watches) {
   board_.write(adc_file, "adc[0] = 0\nadc[1] = 050\n");
-  EXPECT_EQ(told({"temperature", "--watch", "--count", "2", "--interval", "10"}),
+  EXPECT_EQ(checked_output({"temperature", "--watch", "--count", "2", "--interval", "10"}),
             " 106.257      no\n 106.257      no\n");
   test::application tool{board_, DRAVIK_CTL, {"temperature", "--watch", "--interval", "10", "--json"}};
   tool.await_output("106.257");
@@ -106,15 +106,15 @@ TEST_F(CtlTemperature, StopsWatchingWhenItCannotBeRead) {
 
 using CtlHdmi = CtlTool;
 
-TEST_F(CtlHdmi, TellsWhetherThereIsAMonitor) {
+TEST_F(CtlHdmi, ReportsWhetherThereIsAMonitor) {
   board_.write(edid_report, "Basic EDID\nand more\n");
-  EXPECT_EQ(told({"hdmi"}), "monitor: yes\n");
+  EXPECT_EQ(checked_output({"hdmi"}), "monitor: yes\n");
   EXPECT_EQ(asked({"hdmi"}, ".monitor"), "true");
   board_.write(edid_report, "No HDMI\n");
-  EXPECT_EQ(told({"hdmi"}), "monitor: no\n");
+  EXPECT_EQ(checked_output({"hdmi"}), "monitor: no\n");
 }
 
-TEST_F(CtlHdmi, SaysWhenTheDriverSaysNeither) {
+TEST_F(CtlHdmi, ReportsWhenTheDriverSaysNeither) {
   const std::string neither = "hdmi: driver report missing or invalid";
   board_.write(edid_report, "EDID\n");
   expect_refusal({"hdmi"}, 1, neither);
@@ -127,15 +127,15 @@ protected:
   bool was_asked(const std::string &event) const { return std::ranges::count(board_.events(), event) != 0; }
 };
 
-TEST_F(CtlBacklight, TellsHowItIsSet) {
-  EXPECT_EQ(told({"backlight"}), "power: on\nbrightness: 500\n");
+TEST_F(CtlBacklight, ReportsHowItIsSet) {
+  EXPECT_EQ(checked_output({"backlight"}), "power: on\nbrightness: 500\n");
   board_.write(power_file, "1\n");
   EXPECT_EQ(asked({"backlight"}, "."), R"({"power":"off","brightness":500})");
   EXPECT_FALSE(was_asked("fb0: blank 0") || was_asked("fb0: blank 1"));
 }
 
 TEST_F(CtlBacklight, SetsItsBrightness) {
-  EXPECT_EQ(told({"backlight", "0"}), "power: on\nbrightness: 0\n");
+  EXPECT_EQ(checked_output({"backlight", "0"}), "power: on\nbrightness: 0\n");
   EXPECT_EQ(asked({"backlight", "1000"}, ".brightness"), "1000");
   EXPECT_THAT(board_.read(brightness_file), testing::StartsWith("1000"));
   EXPECT_FALSE(was_asked("fb0: blank 0")) << "only on and off are for the panel";
@@ -149,41 +149,41 @@ TEST_F(CtlBacklight, ReadsAttributesThatAreShorterThanReported) {
   test::application size{board_, "/usr/bin/perl", {"-MPOSIX", "-e", script, brightness_file}};
   EXPECT_EQ(size.finish(), 0);
   EXPECT_EQ(size.output(), "4096") << "the library is not preloaded";
-  EXPECT_EQ(told({"backlight"}), "power: on\nbrightness: 500\n");
-  EXPECT_EQ(told({"backlight", "700"}), "power: on\nbrightness: 700\n");
-  EXPECT_EQ(told({"backlight", "off"}), "power: off\nbrightness: 700\n");
+  EXPECT_EQ(checked_output({"backlight"}), "power: on\nbrightness: 500\n");
+  EXPECT_EQ(checked_output({"backlight", "700"}), "power: on\nbrightness: 700\n");
+  EXPECT_EQ(checked_output({"backlight", "off"}), "power: off\nbrightness: 700\n");
   ::unsetenv("LD_PRELOAD");
 }
 
 TEST_F(CtlBacklight, SwitchesThePanelWithIt) {
-  EXPECT_EQ(told({"backlight", "off"}), "power: off\nbrightness: 500\n");
+  EXPECT_EQ(checked_output({"backlight", "off"}), "power: off\nbrightness: 500\n");
   EXPECT_TRUE(was_asked("fb0: blank 1"));
-  EXPECT_EQ(told({"backlight", "on"}), "power: on\nbrightness: 500\n");
+  EXPECT_EQ(checked_output({"backlight", "on"}), "power: on\nbrightness: 500\n");
   EXPECT_TRUE(was_asked("fb0: blank 0"));
 }
 
 TEST_F(CtlBacklight, SwitchesWithoutAScreen) {
   board_.remove("dev/fb0");
-  EXPECT_EQ(told({"backlight", "off"}), "power: off\nbrightness: 500\n");
+  EXPECT_EQ(checked_output({"backlight", "off"}), "power: off\nbrightness: 500\n");
 }
 
-TEST_F(CtlBacklight, RefusesWhatIsNoLevel) {
+TEST_F(CtlBacklight, RejectsInvalidLevel) {
   for (const std::string word : {"1001", "1.5", "dim", "ON"})
     expect_misuse({"backlight", word},
                   "backlight: invalid setting '" + word + "'; must be on, off or 0 to 1000");
   EXPECT_EQ(board_.read(brightness_file), "500\n");
 }
 
-TEST_F(CtlBacklight, SaysWhenTheDriverDoesNotTakeIt) {
+TEST_F(CtlBacklight, ReportsWhenTheDriverDoesNotTakeIt) {
   board_.set_fault("write", brightness_file);
   expect_refusal({"backlight", "700"}, 1, "backlight: setting not accepted by the driver");
   board_.clear_faults();
   board_.set_fault("write", power_file);
   expect_refusal({"backlight", "off"}, 1, "backlight: setting not accepted by the driver");
-  EXPECT_EQ(told({"backlight", "700"}), "power: on\nbrightness: 700\n");
+  EXPECT_EQ(checked_output({"backlight", "700"}), "power: on\nbrightness: 700\n");
 }
 
-TEST_F(CtlBacklight, SaysWhenThereIsNone) {
+TEST_F(CtlBacklight, ReportsWhenThereIsNone) {
   board_.remove(power_file);
   expect_refusal({"backlight", "700"}, 1,
                  "backlight: files in /sys/class/backlight/pwm-backlight.0/ cannot be opened");

@@ -32,23 +32,23 @@ TEST_F(CtlPlay, PlaysAFileToItsEnd) {
   EXPECT_EQ(std::ranges::count(played, 0x1234), 2 * samples) << "each on both sides";
 }
 
-TEST_F(CtlPlay, SaysWhenThereIsNoCard) {
+TEST_F(CtlPlay, ReportsWhenThereIsNoCard) {
   board_.set_fault("open", "sound", "ENODEV");
   expect_refusal({"play", put_wave()}, 1, "play: sound device failed (open PCM device failed error!)");
   EXPECT_FALSE(board_.exists("sound/played.wav"));
 }
 
-TEST_F(CtlPlay, SaysWhenThePriorityIsRefused) {
+TEST_F(CtlPlay, ReportsWhenThePriorityIsRefused) {
   board_.set("realtime", "refused");
   expect_refusal({"play", put_wave()}, 1, "play: real-time priority 90 not permitted; try as root");
 }
 
-TEST_F(CtlPlay, SaysWhenThereIsNoFile) {
+TEST_F(CtlPlay, ReportsWhenThereIsNoFile) {
   expect_refusal({"play", "/usr/local/dravik/none.wav"}, 1,
                  "/usr/local/dravik/none.wav: No such file or directory");
 }
 
-TEST_F(CtlPlay, RefusesAPathThatTheLibraryDoesNotTake) {
+TEST_F(CtlPlay, RejectsAPathThatTheLibraryDoesNotTake) {
   const std::string path(256, 'x');
   expect_refusal({"play", path}, 1, path + ": path too long; must be at most 255 characters");
 }
@@ -57,7 +57,7 @@ using CtlMixer = CtlTool;
 using testing::ElementsAre;
 
 TEST_F(CtlMixer, SetsTheSpeaker) {
-  EXPECT_EQ(told({"volume", "80"}), "percent: 80\n");
+  EXPECT_EQ(checked_output({"volume", "80"}), "percent: 80\n");
   EXPECT_THAT(board_.events(), ElementsAre("shell: amixer cset numid=77 on", "shell: amixer cset numid=5 108",
                                            "shell: amixer cset numid=1 107 &"));
   EXPECT_EQ(asked({"volume", "20"}, "."), R"({"percent":20})");
@@ -66,20 +66,20 @@ TEST_F(CtlMixer, SetsTheSpeaker) {
 TEST_F(CtlMixer, MutesTheSpeaker) {
   for (const char *word : {"mute", "0"}) {
     board_.clear_events();
-    EXPECT_EQ(told({"volume", word}), "percent: 0\n");
+    EXPECT_EQ(checked_output({"volume", word}), "percent: 0\n");
     EXPECT_THAT(board_.events(),
                 ElementsAre("shell: amixer cset numid=1 0 &", "shell: amixer cset numid=5 0 &"));
   }
 }
 
 TEST_F(CtlMixer, SwitchesTheMicrophone) {
-  EXPECT_EQ(told({"mic", "off"}), "microphone: off\n");
+  EXPECT_EQ(checked_output({"mic", "off"}), "microphone: off\n");
   EXPECT_EQ(asked({"mic", "on"}, "."), R"({"microphone":"on"})");
   EXPECT_THAT(board_.events(),
               ElementsAre("shell: amixer cset numid=64 off", "shell: amixer cset numid=64 on"));
 }
 
-TEST_F(CtlMixer, SaysWhenTheMixerRefuses) {
+TEST_F(CtlMixer, ReportsWhenTheMixerRefuses) {
   board_.set_fault("shell", "amixer");
   for (const words &given : {words{"mic", "on"}, words{"volume", "60"}}) {
     const run_result result = run(given);
@@ -89,13 +89,13 @@ TEST_F(CtlMixer, SaysWhenTheMixerRefuses) {
   }
 }
 
-TEST_F(CtlMixer, RefusesWhatIsNoVolume) {
+TEST_F(CtlMixer, RejectsInvalidVolume) {
   for (const std::string word : {"50", "120", "loud", "", "+20"})
     expect_misuse({"volume", word},
                   "volume: invalid PERCENT '" + word + "'; must be mute, 0, 20, 40, 60, 80 or 100");
 }
 
-TEST_F(CtlMixer, RefusesWhatIsNoSwitch) {
+TEST_F(CtlMixer, RejectsInvalidSwitch) {
   expect_misuse({"mic", "mute"}, "mic: invalid switch 'mute'; must be on or off");
   expect_usage_error({"mic"}, "missing on|off");
 }

@@ -1,6 +1,7 @@
-// "text": bitmap fonts and smooth text.
+// "text": bitmap fonts and anti-aliased text.
 
 #include "ctl_fixture.hpp"
+#include "dravik.h"
 #include "support/psf_maker.hpp"
 
 namespace dravik::ctl_test {
@@ -12,7 +13,7 @@ using testing::ElementsAre;
 using testing::StartsWith;
 using testing::UnorderedElementsAre;
 
-constexpr uint16_t red = 0xF800, yellow = 0xFFE0, black = 0x0821, white = 0xFFFF, untouched = 0;
+constexpr uint16_t untouched = 0;
 constexpr const char *start_font = "usr/local/dravik/font/Uni2-Fixed16.psf";
 
 /// Glyphs of 8 x 4 pixels: glyph n has the rows n, ~n, n, ~n.
@@ -30,7 +31,7 @@ protected:
 
   shot seen() const { return {board_, {}}; }
 
-  /// Puts the host's fonts on the board where the library looks for them.
+  /// Put the host's fonts on the board where the library looks for them.
   void add_smooth_fonts() const {
     add_font("liberation/LiberationSans-Regular.ttf", "arial.ttf");
     add_font("droid/DroidSansFallbackFull.ttf", "DroidSansFallback.ttf");
@@ -42,7 +43,7 @@ protected:
               0);
   }
 
-  /// Expects the glyphs of a text in the striped font.
+  /// Expect the glyphs of a text in the striped font.
   void expect_glyphs(const std::string &text, uint32_t x, uint32_t y, uint16_t fg, uint16_t bg) const {
     const shot now = seen();
     for (uint32_t i = 0; i < text.size() * 8; ++i)
@@ -54,27 +55,27 @@ protected:
 };
 
 TEST_F(CtlText, DrawsPlainTextInABitmapFont) {
-  EXPECT_EQ(told({"text", "20", "30", "Ab"}),
+  EXPECT_EQ(checked_output({"text", "20", "30", "Ab"}),
             "font: /usr/local/dravik/font/Uni2-Fixed16.psf\nx: 20\ny: 30\nwidth: 16\nheight: 4\n");
-  expect_glyphs("Ab", 20, 30, white, black);
+  expect_glyphs("Ab", 20, 30, DRAVIK_WHITE, DRAVIK_BLACK);
   EXPECT_EQ(seen().at(36, 30), untouched);
 }
 
 TEST_F(CtlText, DrawsSignsThatFormatsHaveAUseFor) {
-  told({"text", "0", "0", R"(100%d \n\)", "--fg", "red", "--bg", "none"});
-  expect_glyphs(R"(100%d \n\)", 0, 0, red, untouched);
+  checked_output({"text", "0", "0", R"(100%d \n\)", "--fg", "red", "--bg", "none"});
+  expect_glyphs(R"(100%d \n\)", 0, 0, DRAVIK_RED, untouched);
 }
 
-TEST_F(CtlText, TakesAnotherBitmapFont) {
+TEST_F(CtlText, AcceptsOtherBitmapFont) {
   const std::string path = put("other.psf", striped_font());
   EXPECT_EQ(asked({"text", "0", "0", "Z", "--font", path, "--fg", "yellow", "--bg", "0xF800"}, ".font"),
             path);
-  expect_glyphs("Z", 0, 0, yellow, red);
+  expect_glyphs("Z", 0, 0, DRAVIK_YELLOW, DRAVIK_RED);
 }
 
 TEST_F(CtlText, FillsTheScreenUpToItsCorner) {
-  told({"text", "632", "476", "x"});
-  expect_glyphs("x", 632, 476, white, black);
+  checked_output({"text", "632", "476", "x"});
+  expect_glyphs("x", 632, 476, DRAVIK_WHITE, DRAVIK_BLACK);
 }
 
 TEST_F(CtlText, DrawsNothingThatDoesNotLieOnTheScreen) {
@@ -87,7 +88,7 @@ TEST_F(CtlText, DrawsNothingThatDoesNotLieOnTheScreen) {
   EXPECT_THAT(seen().colours(0, 0, 640, 480), ElementsAre(untouched));
 }
 
-TEST_F(CtlText, SaysWhenThereIsNoFont) {
+TEST_F(CtlText, ReportsWhenThereIsNoFont) {
   expect_refusal({"text", "0", "0", "x", "--font", "none.psf"}, 1, "none.psf: No such file or directory");
   const std::string path = put("bad.psf", std::string{"notes"});
   expect_refusal({"text", "0", "0", "x", "--font", path}, 1, path + ": invalid font; see /tmp/dravik.log");
@@ -99,12 +100,13 @@ TEST_F(CtlText, DrawsSmoothWithASize) {
             R"(["/usr/local/dravik/font/arial.ttf",50,60])");
   const shot now = seen();
   EXPECT_THAT(now.colours(50, 60, 80, 20), testing::SizeIs(testing::Gt(4))) << "soft edges";
-  EXPECT_THAT(now.colours(50, 60, 80, 20), testing::AllOf(Contains(testing::Gt(0xF700)), Contains(black)));
+  EXPECT_THAT(now.colours(50, 60, 80, 20),
+              testing::AllOf(Contains(testing::Gt(0xF700)), Contains(DRAVIK_BLACK)));
   EXPECT_THAT(now.colours(0, 0, 50, 480), ElementsAre(untouched));
   EXPECT_THAT(now.colours(0, 0, 640, 60), ElementsAre(untouched));
 }
 
-TEST_F(CtlText, ALargerSizeIsLarger) {
+TEST_F(CtlText, DrawsLargerSizeLarger) {
   add_smooth_fonts();
   const auto height = [this](const std::string &size) {
     return std::stoi(asked({"text", "0", "0", "H", "--size", size}, ".height"));
@@ -112,7 +114,7 @@ TEST_F(CtlText, ALargerSizeIsLarger) {
   EXPECT_GT(height("60"), height("30") + 20);
 }
 
-TEST_F(CtlText, TakesTheFontThatHasTheCharacters) {
+TEST_F(CtlText, SelectsFontThatHasCharacters) {
   add_smooth_fonts();
   EXPECT_EQ(asked({"text", "0", "0", "größer"}, ".font"), "/usr/local/dravik/font/arial.ttf");
   EXPECT_EQ(asked({"text", "0", "0", "日本"}, ".font"), "/usr/local/dravik/font/DroidSansFallback.ttf");
@@ -121,11 +123,11 @@ TEST_F(CtlText, TakesTheFontThatHasTheCharacters) {
       "/usr/local/dravik/font/DroidSansFallback.ttf");
 }
 
-TEST_F(CtlText, SmoothTextDrawsNothingThatDoesNotLieOnTheScreen) {
+TEST_F(CtlText, DrawsNoAntiAliasedTextOffTheScreen) {
   add_smooth_fonts();
   const std::string width = asked({"text", "0", "0", "größer"}, ".width");
   const uint32_t last = 640 - static_cast<uint32_t>(std::stoul(width));
-  told({"text", std::to_string(last), "100", "größer"});
+  checked_output({"text", std::to_string(last), "100", "größer"});
   const std::vector<uint16_t> before = board_.pixels();
   const run_result result = run({"text", std::to_string(last + 1), "200", "größer"});
   EXPECT_EQ(result.status, 1);
@@ -133,7 +135,7 @@ TEST_F(CtlText, SmoothTextDrawsNothingThatDoesNotLieOnTheScreen) {
   EXPECT_EQ(board_.pixels(), before);
 }
 
-TEST_F(CtlText, SaysWhenNoSmoothFontHasTheCharacters) {
+TEST_F(CtlText, ReportsWhenNoSmoothFontHasTheCharacters) {
   add_smooth_fonts();
   expect_refusal(
       {"text", "0", "0", "\uE123"}, 1,
@@ -148,7 +150,7 @@ TEST_F(CtlText, DropsSpacesAtTheEnd) {
   expect_misuse({"text", "0", "0", ""}, "text: empty STRING; must contain text");
 }
 
-TEST_F(CtlText, RefusesTextsThatTheLibraryDoesNotDraw) {
+TEST_F(CtlText, RejectsTextsThatTheLibraryDoesNotDraw) {
   expect_misuse({"text", "0", "0", "a\xFC"}, "text: invalid STRING; must be UTF-8");
   expect_misuse({"text", "0", "0", "a\nb"}, "text: invalid STRING; must not contain control characters");
   expect_misuse({"text", "0", "0", "\U0001F697"},
@@ -157,7 +159,7 @@ TEST_F(CtlText, RefusesTextsThatTheLibraryDoesNotDraw) {
                 "text: STRING too long; must be at most 128 characters");
 }
 
-TEST_F(CtlText, RefusesWordsThatMakeNoSense) {
+TEST_F(CtlText, RejectsInvalidArguments) {
   expect_usage_error({"text", "0", "0"}, "missing STRING");
   expect_misuse({"text", "a", "0", "x"}, "text: invalid X or Y; must be numbers of pixels");
   expect_misuse({"text", "0", "1.5", "x"}, "text: invalid X or Y; must be numbers of pixels");
@@ -172,7 +174,7 @@ TEST_F(CtlText, RefusesWordsThatMakeNoSense) {
                 "text: invalid --font; bitmap fonts have one size and ASCII characters only");
 }
 
-TEST_F(CtlText, SaysWhenThereIsNoScreen) {
+TEST_F(CtlText, ReportsWhenThereIsNoScreen) {
   board_.remove("dev/fb0");
   expect_refusal(
       {"text", "0", "0", "x"}, 1,

@@ -9,7 +9,7 @@ namespace {
 
 using test::run_program;
 
-TEST(CtlValue, JsonOfPlainValues) {
+TEST(CtlValue, PrintsPlainValuesAsJson) {
   EXPECT_EQ(value{nullptr}.json(), "null");
   EXPECT_EQ(value{true}.json(), "true");
   EXPECT_EQ(value{false}.json(), "false");
@@ -18,7 +18,7 @@ TEST(CtlValue, JsonOfPlainValues) {
   EXPECT_EQ(value{"text"}.json(), "\"text\"");
 }
 
-TEST(CtlValue, ThousandthsHaveThreeDecimals) {
+TEST(CtlValue, PrintsThreeDecimalsOfThousandths) {
   EXPECT_EQ(value{thousandths{38250}}.json(), "38.250");
   EXPECT_EQ(value{thousandths{-926}}.json(), "-0.926");
   EXPECT_EQ(value{thousandths{-1000}}.json(), "-1.000");
@@ -26,20 +26,20 @@ TEST(CtlValue, ThousandthsHaveThreeDecimals) {
   EXPECT_EQ(value{thousandths{4294967295}}.text(), "4294967.295\n");
 }
 
-TEST(CtlValue, JsonOfValuesWithinValues) {
+TEST(CtlValue, PrintsNestedValuesAsJson) {
   const value whole = value::fields{{"list", value::list{1, 2}},
                                     {"empty", value::list{}},
                                     {"inner", value::fields{{"a", nullptr}, {"b", value::list{"x"}}}}};
   EXPECT_EQ(whole.json(), R"({"list": [1, 2], "empty": [], "inner": {"a": null, "b": ["x"]}})");
 }
 
-TEST(CtlValue, JsonEscapesWhatItMust) {
+TEST(CtlValue, EscapesJson) {
   EXPECT_EQ(value{"say \"a\\b\""}.json(), R"("say \"a\\b\"")");
   EXPECT_EQ(value{"\n\t\x1B\x7F"}.json(), R"("\u000a\u0009\u001b\u007f")");
   EXPECT_EQ(value{"größe 日本"}.json(), "\"größe 日本\"");
 }
 
-TEST(CtlValue, JsonReplacesWhatIsNotUtf8) {
+TEST(CtlValue, ReplacesInvalidUtf8InJson) {
   EXPECT_EQ(value{"a\xFC"
                   "b"}
                 .json(),
@@ -47,7 +47,7 @@ TEST(CtlValue, JsonReplacesWhatIsNotUtf8) {
   EXPECT_EQ(value{"\xC3"}.json(), R"("\ufffd")");
 }
 
-TEST(CtlValue, AnotherReaderReadsEveryByte) {
+TEST(CtlValue, PrintsJsonThatOtherReaderAccepts) {
   test::board board;
   std::string all;
   for (int byte = 1; byte < 128; ++byte)
@@ -57,7 +57,7 @@ TEST(CtlValue, AnotherReaderReadsEveryByte) {
   EXPECT_EQ(board.read("all"), all);
 }
 
-TEST(CtlValue, TextHasALineAValue) {
+TEST(CtlValue, PrintsOneLinePerValueAsText) {
   const value whole = value::fields{{"size_mib", 7580},
                                     {"locked", nullptr},
                                     {"healthy", true},
@@ -67,7 +67,7 @@ TEST(CtlValue, TextHasALineAValue) {
   EXPECT_EQ(whole.text(), "size mib: 7580\nlocked: -\nhealthy: yes\nwritable: no\ncodes: 1, 2, 3\nnone: \n");
 }
 
-TEST(CtlValue, TextIndentsValuesWithinValues) {
+TEST(CtlValue, IndentsNestedValuesAsText) {
   const value::fields first = {{"name", "a"}, {"ip", "1.2.3.4"}}, second = {{"name", "b"}, {"ip", nullptr}};
   const value whole =
       value::fields{{"network", value::list{first, second}}, {"screen", value::fields{{"width", 640}}}};
@@ -80,7 +80,7 @@ TEST(CtlValue, TextIndentsValuesWithinValues) {
                           "  width: 640\n");
 }
 
-TEST(CtlValue, TextKeepsTheTerminalSafe) {
+TEST(CtlValue, PrintsNoControlCharactersAsText) {
   EXPECT_EQ(value{"a\x1B[2J\nb"}.text(), "a?[2J?b\n");
 }
 
@@ -102,7 +102,7 @@ void expect_character(std::string_view text, size_t length, uint32_t code) {
   EXPECT_EQ(first.left, text.size() - length);
 }
 
-TEST(CtlUtf8, TakesCharactersOfEveryLength) {
+TEST(CtlUtf8, ReadsCharactersOfEveryLength) {
   expect_character("A!", 1, 'A');
   expect_character("\x7F", 1, 0x7F);
   expect_character("\xC2\x80", 2, 0x80);
@@ -113,7 +113,7 @@ TEST(CtlUtf8, TakesCharactersOfEveryLength) {
   expect_character("\xF4\x8F\xBF\xBF!", 4, 0x10FFFF);
 }
 
-TEST(CtlUtf8, TakesOneByteOfWhatIsNone) {
+TEST(CtlUtf8, SkipsOneByteOfInvalidText) {
   for (const std::string_view wrong :
        {"\x80!", "\xC1\xBF!", "\xC3!", "\xE0\x9F\xBF!", "\xED\xA0\x80!", "\xED\xBF\xBF!", "\xE2\x82!",
         "\xF0\x8F\xBF\xBF!", "\xF4\x90\x80\x80!", "\xFF!"}) {

@@ -1,4 +1,4 @@
-// Writing of PNG files: complete or not at all, whoever else writes there.
+// Writing of PNG files: complete or not at all, with several writers.
 
 #include "png/png_file.hpp"
 
@@ -53,7 +53,7 @@ TEST_F(PngFile, KeepsAFileOfTheFormerTemporaryName) {
   EXPECT_EQ(count_files(), 2U);
 }
 
-TEST_F(PngFile, TwoWritersLeaveOneCompletePicture) {
+TEST_F(PngFile, KeepsOneCompleteImageOfTwoWriters) {
   constexpr int rounds = 50;
   const pid_t child = ::fork();
   std::string error;

@@ -1,4 +1,4 @@
-// Checksums of blocks and files beside zlib's.
+// Checksums of blocks and files next to zlib's.
 
 #include "dravik.h"
 #include "support/board.hpp"
@@ -11,7 +11,7 @@
 #include <unistd.h>
 #include <zlib.h>
 
-// The length of a directory is a request for memory that AddressSanitizer is to refuse as malloc() does.
+// The length of a directory is a request for memory that AddressSanitizer must reject as malloc() does.
 extern "C" const char *__asan_default_options(); // NOLINT(bugprone-reserved-identifier)
 extern "C" const char *__asan_default_options() {
   return "allocator_may_return_null=1";
@@ -20,7 +20,7 @@ extern "C" const char *__asan_default_options() {
 namespace dravik::test {
 namespace {
 
-constexpr uint32_t failed = 0xFFFFFFFF;
+constexpr uint32_t failed = DRAVIK_NONE;
 constexpr const char *file_name = "/tmp/mmcblk0p1/file";
 
 uint32_t zlib_crc(const bytes &block) {
@@ -35,16 +35,16 @@ bytes bytes_of(std::string_view text) {
   return {text.begin(), text.end()};
 }
 
-TEST(DataCrc, CheckValue) {
+TEST(DataCrc, ReturnsCheckValue) {
   EXPECT_EQ(get_data_crc("123456789", 9), 0xCBF43926U);
 }
 
-TEST(DataCrc, SingleBytesGiveTheTable) {
+TEST(DataCrc, ReturnsTableForSingleBytes) {
   for (uint32_t byte = 0; byte < 256; ++byte)
     EXPECT_EQ(data_crc({static_cast<uint8_t>(byte)}), zlib_crc({static_cast<uint8_t>(byte)})) << byte;
 }
 
-TEST(DataCrc, EveryLengthUpToAHundredAtEveryAlignment) {
+TEST(DataCrc, HandlesEveryLengthUpTo100AtEveryAlignment) {
   std::mt19937 random(20); // NOLINT(cert-msc51-cpp): the same bytes every time
   const bytes block = random_bytes(random, 108);
   for (size_t start = 0; start < 8; ++start)
@@ -53,7 +53,7 @@ TEST(DataCrc, EveryLengthUpToAHundredAtEveryAlignment) {
           << length << " bytes from " << start;
 }
 
-TEST(DataCrc, BytesAroundTheBlockDoNotCount) {
+TEST(DataCrc, IgnoresBytesAroundBlock) {
   bytes block(64, 0x5A);
   const uint32_t before = get_data_crc(block.data() + 13, 21);
   block[12] ^= 0xFF;
@@ -69,18 +69,18 @@ TEST(DataCrc, RunsOfZerosAndOnesDifferByLength) {
       EXPECT_EQ(data_crc(bytes(length, byte)), zlib_crc(bytes(length, byte))) << length;
 }
 
-TEST(DataCrc, SeveralMebibytes) {
+TEST(DataCrc, HandlesSeveralMebibytes) {
   std::mt19937 random(21); // NOLINT(cert-msc51-cpp)
   const bytes block = random_bytes(random, (size_t{5} << 20) + 3);
   EXPECT_EQ(data_crc(block), zlib_crc(block));
 }
 
-TEST(DataCrc, LengthZeroIsZero) {
+TEST(DataCrc, ReturnsZeroForLengthZero) {
   EXPECT_EQ(get_data_crc("x", 0), 0U);
   EXPECT_EQ(get_data_crc(nullptr, 0), 0U);
 }
 
-TEST(DataCrc, LengthsThatAreNegativeGiveZeroWithoutALookAtTheData) {
+TEST(DataCrc, ReturnsZeroForNegativeLengthsWithoutReading) {
   for (const uint32_t length : {0x80000000U, 0x80000001U, 0xFFFFFFF7U, 0xFFFFFFFFU})
     EXPECT_EQ(get_data_crc(nullptr, length), 0U) << length;
 }
@@ -95,7 +95,7 @@ protected:
   }
 };
 
-TEST_F(FileCrc, CheckValue) {
+TEST_F(FileCrc, ReturnsCheckValue) {
   EXPECT_EQ(crc_of(bytes_of("123456789")), 0xCBF43926U);
 }
 
@@ -107,12 +107,12 @@ TEST_F(FileCrc, IsThatOfTheContents) {
   }
 }
 
-TEST_F(FileCrc, ContentsAreTakenByteForByte) {
+TEST_F(FileCrc, ReadsContentsByteForByte) {
   const bytes content = bytes_of(std::string_view{"a\r\n\0\x1A\n\xFF", 7});
   EXPECT_EQ(crc_of(content), zlib_crc(content));
 }
 
-TEST_F(FileCrc, BigFile) {
+TEST_F(FileCrc, ReadsLargeFile) {
   write_file(board_.path(file_name), bytes_of("start"));
   constexpr size_t size = (size_t{48} << 20) + 1;
   ASSERT_EQ(::truncate(board_.path(file_name).c_str(), size), 0);
@@ -121,26 +121,26 @@ TEST_F(FileCrc, BigFile) {
   EXPECT_EQ(get_file_crc(file_name), zlib_crc(content));
 }
 
-TEST_F(FileCrc, EmptyFileIsZero) {
+TEST_F(FileCrc, ReturnsZeroForEmptyFile) {
   EXPECT_EQ(crc_of({}), 0U);
 }
 
-TEST_F(FileCrc, MissingFile) {
+TEST_F(FileCrc, FailsForMissingFile) {
   EXPECT_EQ(get_file_crc("/tmp/mmcblk0p1/missing"), failed);
   EXPECT_EQ(get_file_crc(""), failed);
 }
 
-TEST_F(FileCrc, FileThatMayNotBeOpened) {
+TEST_F(FileCrc, FailsIfFileMayNotBeOpened) {
   crc_of(bytes_of("content"));
   board_.set_fault("open", file_name, "EACCES");
   EXPECT_EQ(get_file_crc(file_name), failed);
 }
 
-TEST_F(FileCrc, DirectoryIsLongerThanAllMemory) {
+TEST_F(FileCrc, FailsForDirectory) {
   EXPECT_EQ(get_file_crc("/tmp/mmcblk0p1"), failed);
 }
 
-TEST_F(FileCrc, ShortOfMemory) {
+TEST_F(FileCrc, FailsWithoutMemory) {
   const bytes content(123457, 'm');
   const uint32_t crc = crc_of(content);
   EXPECT_EQ(crc, zlib_crc(content));
@@ -151,7 +151,7 @@ TEST_F(FileCrc, ShortOfMemory) {
   EXPECT_EQ(get_file_crc(file_name), crc);
 }
 
-TEST_F(FileCrc, FileWhoseChecksumIsTheFailureValueCannotBeTold) {
+TEST_F(FileCrc, ReturnsFailureValueAsChecksumToo) {
   EXPECT_EQ(zlib_crc(bytes(4, 0xFF)), failed);
   EXPECT_EQ(crc_of(bytes(4, 0xFF)), failed);
 }

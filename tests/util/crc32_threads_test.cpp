@@ -16,7 +16,8 @@ namespace {
 constexpr size_t threads = 8;
 constexpr int rounds = 200;
 
-/// What goes wrong when each thread runs `is_right(thread, round)` for all rounds; the threads begin at once.
+/// The number of failures if each thread runs `is_right(thread, round)` for all rounds. The threads start
+/// at the same time.
 template <class IsRight> size_t failures_together(IsRight is_right) {
   std::barrier start(threads);
   std::array<size_t, threads> failures = {};
@@ -35,7 +36,7 @@ template <class IsRight> size_t failures_together(IsRight is_right) {
   return sum;
 }
 
-TEST(CrcThreads, BlocksOfManyThreads) {
+TEST(CrcThreads, ComputeBlocksInManyThreads) {
   std::array<bytes, threads> blocks;
   std::array<uint32_t, threads> crcs = {};
   std::mt19937 random(30); // NOLINT(cert-msc51-cpp): the same bytes every time

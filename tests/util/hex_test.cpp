@@ -19,7 +19,7 @@ void expect_all(std::initializer_list<text_case> cases) {
     EXPECT_EQ(atohex(one.text), one.number) << '"' << one.text << '"';
 }
 
-TEST(Atohex, Digits) {
+TEST(Atohex, ConvertsDigits) {
   expect_all({{"0", 0},
               {"7", 7},
               {"9", 9},
@@ -33,32 +33,32 @@ TEST(Atohex, Digits) {
               {"89ABCDEF", 0x89ABCDEF}});
 }
 
-TEST(Atohex, EmptyTextIsZero) {
+TEST(Atohex, ReturnsZeroForEmptyText) {
   EXPECT_EQ(atohex(""), 0U);
 }
 
-TEST(Atohex, OtherCharacterRepeatsTheDigitBeforeIt) {
+TEST(Atohex, RepeatsDigitForOtherCharacter) {
   expect_all({{"1g", 0x11}, {"12 3", 0x1223}, {"f--", 0xFFF}, {"3f\n", 0x3FF}, {"a\xE9", 0xAA}});
 }
 
-TEST(Atohex, OtherCharacterAtTheStartIsZero) {
+TEST(Atohex, StartsWithZeroForOtherCharacter) {
   expect_all({{"g1", 1}, {"g", 0}, {"  5", 5}, {"-1", 1}, {"+f", 15}, {"xyz", 0}});
 }
 
-TEST(Atohex, PrefixIsTwoPlacesOfZero) {
+TEST(Atohex, ReadsPrefixAsTwoZeros) {
   expect_all({{"0x10", 0x10}, {"0x1F", 0x1F}, {"0X1f", 0x1F}, {"0x", 0}, {"0x12345678", 0x12345678}});
 }
 
-TEST(Atohex, OnlyTheLastEightPlacesCount) {
+TEST(Atohex, UsesLastEightDigits) {
   expect_all(
       {{"123456789", 0x23456789}, {"ffffffff0", 0xFFFFFFF0}, {"f00000000", 0}, {"1zzzzzzzz", 0x11111111}});
 }
 
-TEST(Atohex, NeighboursOfTheDigitsAreNotDigits) {
+TEST(Atohex, RejectsNeighboursOfDigits) {
   expect_all({{"5/", 0x55}, {"5:", 0x55}, {"5@", 0x55}, {"5G", 0x55}, {"5`", 0x55}, {"5g", 0x55}});
 }
 
-TEST(Atohex, RandomTextsAgreeWithTheModel) {
+TEST(Atohex, AgreesWithModelOfRandomTexts) {
   seeded_random random;
   for (int i = 0; i < 20000; ++i) {
     std::string text(static_cast<size_t>(random.between(0, 24)), ' ');

@@ -1,4 +1,4 @@
-// The region: numbers, the checksums that stand for them, and the files that hold those.
+// The region: numbers, the checksums that represent them, and their files.
 
 #include "dravik.h"
 #include "support/board.hpp"
@@ -15,12 +15,12 @@
 namespace dravik::test {
 namespace {
 
-constexpr uint32_t none = 0xFFFFFFFF;
-constexpr uint32_t numbers = 1024;
+constexpr uint32_t none = DRAVIK_NONE;
+constexpr uint32_t numbers = DRAVIK_REGION_NUMBERS;
 constexpr const char *region_file = "/tmp/add/areacode.bin";
 
 /// Bit by bit: the number above in bits 0 to 9, the number in 11 to 20, the number below in 22 to 31. The
-/// first and the last number stand for their neighbours too.
+/// first and the last number represent their neighbours too.
 bytes word_of(uint32_t number) {
   const bool is_end = number == 0 || number == 1023;
   const uint32_t fields[3] = {is_end ? number : number + 1, number, is_end ? number : number - 1};
@@ -58,7 +58,7 @@ uint32_t number_of(uint32_t value) {
   return found != all.end() ? found->second : none;
 }
 
-TEST(RegionModel, WordsOfTheWorkedExamples) {
+TEST(RegionModel, MatchesWorkedExamples) {
   EXPECT_EQ(word_of(86), (bytes{0x57, 0xB0, 0x42, 0x15}));
   EXPECT_EQ(word_of(886), (bytes{0x77, 0xB3, 0x5B, 0xDD}));
   EXPECT_EQ(word_of(1), (bytes{0x02, 0x08, 0x00, 0x00}));
@@ -66,7 +66,7 @@ TEST(RegionModel, WordsOfTheWorkedExamples) {
   EXPECT_EQ(word_of(1023), (bytes{0xFF, 0xFB, 0xDF, 0xFF}));
 }
 
-TEST(RegionModel, NoTwoNumbersShareAValue) {
+TEST(RegionModel, HasDifferentValuesForAllNumbers) {
   for (uint32_t number = 0; number < numbers; ++number)
     ASSERT_EQ(number_of(value_of_number(number)), number);
 }
@@ -91,14 +91,14 @@ TEST(AreaCodeList, RecordsByteForByte) {
   }
 }
 
-TEST(AreaCodeList, FieldsLieWhereApplicationsReadThem) {
+TEST(AreaCodeList, HasFieldsOfApplications) {
   EXPECT_EQ(offsetof(area_code, index), 0U);
   EXPECT_EQ(offsetof(area_code, upper), 1U);
   EXPECT_EQ(offsetof(area_code, lower), 5U);
   EXPECT_EQ(offsetof(area_code, dialling_code), 12U);
 }
 
-TEST(AreaId, EveryNumberIsFoundByItsValue) {
+TEST(AreaId, FindsEveryNumberByItsValue) {
   for (uint32_t number = 0; number < numbers; ++number)
     EXPECT_EQ(get_area_id(value_of_number(number)), number);
 }
@@ -108,7 +108,7 @@ TEST(AreaId, EndsDoNotWrap) {
   EXPECT_EQ(get_area_id(value_of({0x00, 0xF8, 0x9F, 0xFF})), none); // 1023 between 0 and 1022
 }
 
-TEST(AreaId, WordsThatAreNearlyRightStandForNothing) {
+TEST(AreaId, RejectsWordsThatAreNearlyRight) {
   for (const uint32_t number : {1U, 86U, 886U, 1022U})
     for (size_t bit = 0; bit < 32; ++bit) {
       bytes word = word_of(number);
@@ -117,7 +117,7 @@ TEST(AreaId, WordsThatAreNearlyRightStandForNothing) {
     }
 }
 
-TEST(AreaId, RandomValuesStandForNothing) {
+TEST(AreaId, RejectsRandomValues) {
   seeded_random random;
   for (int i = 0; i < 500; ++i) {
     const uint32_t value = random.word();
@@ -134,7 +134,7 @@ protected:
   /// The device's region, number and code, for a file.
   std::pair<uint32_t, std::string> region_of(std::string_view file) const {
     write_region(file);
-    return region();
+    return checked_region();
   }
 
   /// As a new file: cutting an old one waits for the disk.
@@ -143,7 +143,7 @@ protected:
     board_.write(region_file, file);
   }
 
-  static std::pair<uint32_t, std::string> region() {
+  static std::pair<uint32_t, std::string> checked_region() {
     char code[4] = {'z', 'z', 'z', '!'};
     const uint32_t number = get_area_code(code);
     EXPECT_EQ(code[3], '!') << "more than three bytes";
@@ -155,14 +155,14 @@ std::pair<uint32_t, std::string> is(uint32_t number, const char *code) {
   return {number, code};
 }
 
-TEST_F(Region, EveryNumberByFile) {
+TEST_F(Region, ReadsEveryNumberFromFile) {
   for (uint32_t number = 0; number < numbers; ++number) {
     write_region(file_of(value_of_number(number)));
     EXPECT_EQ(get_area_id_file(region_file), number);
   }
 }
 
-TEST_F(Region, EveryNumberGivesItsCodeOrTheDefault) {
+TEST_F(Region, ReturnsCodeOfEveryNumberOrDefault) {
   const std::map<uint32_t, const char *> codes = {{886, "TW"}, {86, "CN"}, {852, "HK"}, {1, "US"},
                                                   {81, "JP"},  {7, "RU"},  {60, "MY"},  {62, "ID"},
                                                   {66, "TH"},  {52, "MX"}};
@@ -173,44 +173,44 @@ TEST_F(Region, EveryNumberGivesItsCodeOrTheDefault) {
   }
 }
 
-TEST_F(Region, MexicoIsNotItsLowerCaseField) {
+TEST_F(Region, ReturnsUpperCaseFieldOfMexico) {
   EXPECT_EQ(region_of(file_of(value_of_number(52))), is(52, "MX"));
 }
 
-TEST_F(Region, NumberInNoRecordIsTheDefault) {
+TEST_F(Region, ReturnsDefaultForUnlistedNumber) {
   EXPECT_EQ(region_of(file_of(value_of_number(44))), is(44, "tw"));
 }
 
-TEST_F(Region, ValueOfNoNumberIsTheDefaultAndFails) {
+TEST_F(Region, FailsWithDefaultForInvalidValue) {
   EXPECT_EQ(region_of("\xDE\xAD\xBE\xEF"), is(none, "tw"));
   EXPECT_EQ(get_area_id_file(region_file), none);
 }
 
-TEST_F(Region, ValueIsLeastSignificantByteFirst) {
+TEST_F(Region, ReadsValueInLittleEndian) {
   bytes four(4);
   put_u32(four, 0, value_of_number(86));
   EXPECT_EQ(region_of(std::string{four.rbegin(), four.rend()}), is(none, "tw"));
 }
 
-TEST_F(Region, RestOfTheFileDoesNotCount) {
+TEST_F(Region, IgnoresRestOfFile) {
   EXPECT_EQ(region_of(file_of(value_of_number(86), "\nTW and more")), is(86, "CN"));
   EXPECT_EQ(get_area_id_file(region_file), 86U);
   EXPECT_EQ(region_of(file_of(value_of_number(86), std::string(100000, '\0'))), is(86, "CN"));
 }
 
-TEST_F(Region, MissingFileLeavesAnEmptyCode) {
-  EXPECT_EQ(region(), is(none, ""));
+TEST_F(Region, ReturnsEmptyCodeForMissingFile) {
+  EXPECT_EQ(checked_region(), is(none, ""));
   EXPECT_EQ(get_area_id_file(region_file), none);
 }
 
-TEST_F(Region, FileThatMayNotBeOpenedLeavesAnEmptyCode) {
+TEST_F(Region, ReturnsEmptyCodeIfFileMayNotBeOpened) {
   board_.write(region_file, file_of(value_of_number(86)));
   board_.set_fault("open", region_file, "EACCES");
-  EXPECT_EQ(region(), is(none, ""));
+  EXPECT_EQ(checked_region(), is(none, ""));
   EXPECT_EQ(get_area_id_file(region_file), none);
 }
 
-TEST_F(Region, WhatAShortFileLacksIsZero) {
+TEST_F(Region, ReadsZerosAfterShortFile) {
   const std::string whole = file_of(value_of_number(86));
   for (size_t length = 0; length < 4; ++length) {
     bytes four(4);
@@ -221,7 +221,7 @@ TEST_F(Region, WhatAShortFileLacksIsZero) {
   }
 }
 
-TEST_F(Region, ValueThatEndsInZeroNeedsNoFourthByte) {
+TEST_F(Region, ReadsValueWithoutFourthByteZero) {
   int found = 0;
   for (uint32_t number = 0; number < numbers; ++number) {
     const uint32_t value = value_of_number(number);
@@ -234,11 +234,11 @@ TEST_F(Region, ValueThatEndsInZeroNeedsNoFourthByte) {
   EXPECT_GT(found, 0);
 }
 
-TEST_F(Region, DirectoryReadsAsZero) {
+TEST_F(Region, ReadsDirectoryAsZero) {
   EXPECT_EQ(get_area_id_file("/tmp/add"), number_of(0));
 }
 
-TEST_F(Region, RandomFiles) {
+TEST_F(Region, AgreesWithModelOfRandomFiles) {
   seeded_random random;
   for (int i = 0; i < 100; ++i) {
     bytes file(static_cast<size_t>(random.between(4, 64)));
@@ -252,7 +252,7 @@ TEST_F(Region, RandomFiles) {
 
 TEST_F(Region, LeavesNoDescriptorOpen) {
   const size_t before = open_descriptors();
-  region();
+  checked_region();
   region_of("1234");
   get_area_id_file(region_file);
   EXPECT_EQ(open_descriptors(), before);
