@@ -12,6 +12,7 @@
 #include <memory>
 #include <net/if.h>
 #include <netdb.h>
+#include <span>
 #include <string_view>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
@@ -79,6 +80,11 @@ int32_t read_ip(const char *ifname, char *ip) noexcept {
   return result;
 }
 
+/// Not std::string_view::starts_with(), which needs the C++ library in builds without optimisation.
+bool starts_with(std::span<const char> text, std::string_view prefix) noexcept {
+  return text.size() >= prefix.size() && std::memcmp(text.data(), prefix.data(), prefix.size()) == 0;
+}
+
 } // namespace
 } // namespace dravik::board
 
@@ -89,10 +95,9 @@ using namespace dravik::board;
 int32_t hdmi_detect() noexcept {
   std::array<char, 1024> report;
   read_start(edid_report, report);
-  const std::string_view text{report.data(), report.size()};
-  if (text.starts_with("No HDMI"))
+  if (starts_with(report, "No HDMI"))
     return 0;
-  return text.starts_with("Basic EDID") ? 1 : -1;
+  return starts_with(report, "Basic EDID") ? 1 : -1;
 }
 
 int32_t get_splash_lang(char *lang) noexcept {
