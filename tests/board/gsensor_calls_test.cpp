@@ -1,4 +1,5 @@
-// The system calls of a reading of the accelerometer. Here the bus is a device that accepts and returns any byte.
+// The system calls of a reading of the accelerometer. Here the bus is a device that accepts and returns
+// any byte.
 
 #include "dravik.h"
 #include "support/board.hpp"

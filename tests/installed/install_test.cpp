@@ -1,4 +1,5 @@
-// `cmake --install`: what it lays down, moved to another directory, and a program built and run against that.
+// `cmake --install`: what it lays down, moved to another directory, and a program built and run
+// against that.
 
 #include "first_program.hpp"
 
@@ -120,13 +121,13 @@ TEST_F(Installation, RejectsAnotherVersionInCMake) {
   }
 }
 
-TEST_F(Installation, ToolsFindTheirLibraryAndSayTheirVersion) {
+TEST_F(Installation, RunsToolsWithTheirLibraryAndVersion) {
   for (const std::string tool : {"dravik-ctl", "dravik-art", "dravik-sim"})
     EXPECT_EQ(expect_success("env -u LD_LIBRARY_PATH " + prefix() + "/bin/" + tool + " --version"),
               tool + " 0.1.0\n");
 }
 
-TEST_F(Installation, SimulatorPlaysSoundFromWhereItIs) {
+TEST_F(Installation, PlaysSoundOfSimulatorWhereInstalled) {
   expect_success(prefix() + "/bin/dravik-sim new " + at("desk") + " --card 0");
   std::ofstream{at("beep.pcm"), std::ios::binary} << std::string(48000, '\x11');
   expect_success(prefix() + "/bin/dravik-sim run " + at("desk") + " -- " + prefix() +
@@ -134,7 +135,7 @@ TEST_F(Installation, SimulatorPlaysSoundFromWhereItIs) {
   EXPECT_THAT(text_of(at("desk/sound/played.wav")), HasSubstr("\x11\x11\x11\x11"));
 }
 
-TEST_F(Installation, ManPagesDescribeEveryCommand) {
+TEST_F(Installation, DescribesEveryCommandInManPages) {
   for (const std::string tool : {"dravik-ctl", "dravik-art", "dravik-sim"}) {
     const std::string page = text_of(prefix() + "/share/man/man1/" + tool + ".1");
     EXPECT_THAT(page, StartsWith(".TH")) << tool;
@@ -190,7 +191,7 @@ TEST(Install, CanBeStaged) {
 }
 
 // The library is copied, not built: a build of the library alone takes half a minute.
-TEST(Install, OfTheLibraryAloneLeavesTheRestOut) {
+TEST(Install, OmitsRestForLibraryOnly) {
   const scratch_directory scratch;
   const std::string build = scratch.at("build"), prefix = scratch.at("usr");
   expect_success(CMAKE " -S " SOURCE " -B " + build + " -DDRAVIK_TESTS=OFF -DDRAVIK_EXAMPLES=OFF");

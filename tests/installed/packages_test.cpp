@@ -1,5 +1,5 @@
-// The Debian packages in a directory, unpacked, installed, upgraded and removed in a tree of their own. PACKAGES is the
-// directory, in the environment.
+// The Debian packages in a directory, unpacked, installed, upgraded and removed in a tree of their own.
+// PACKAGES is the directory, in the environment.
 
 #include "first_program.hpp"
 

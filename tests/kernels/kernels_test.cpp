@@ -1,5 +1,5 @@
-// The inner loops of every machine that this processor can be, pixel by pixel against a model: all widths up to
-// 130, odd starts, sources that end at a protected page, and guard bands around what is drawn.
+// The inner loops of every machine that this processor can be, pixel by pixel against a model: all widths
+// up to 130, odd starts, sources that end at a protected page, and guard bands around what is drawn.
 
 #include "kernels/kernels.hpp"
 #include "support/guarded_memory.hpp"
@@ -57,8 +57,8 @@ protected:
       GTEST_SKIP() << GetParam()->name << ": not this processor";
   }
 
-  /// Draw sources of all widths that end at the protected page and compare. `row_bytes` tells the bytes of a
-  /// row; a byte of the source is `value()`.
+  /// Draw sources of all widths that end at the protected page and compare. `row_bytes` tells the bytes of
+  /// a row; a byte of the source is `value()`.
   void draw_and_compare(const std::function<size_t(size_t width)> &row_bytes,
                         const std::function<uint8_t()> &value, const loop &draw, const pixel_model &model) {
     for (size_t width = 0; width <= widest; ++width)

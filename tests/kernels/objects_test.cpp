@@ -1,4 +1,5 @@
-// Objects that are compiled for one machine: what they define must not stand in for code of another machine.
+// Objects that are compiled for one machine: what they define must not stand in for code of
+// another machine.
 
 #include <array>
 #include <cstdio>

@@ -37,34 +37,34 @@ protected:
   }
 };
 
-TEST_F(FileCalls, TracerSeesACall) {
+TEST_F(FileCalls, SeeCallsOfTracedProgram) {
   const kernel_calls expected = {{SYS_fsync, 77, 5}};
   EXPECT_EQ(calls_of([] { ::syscall(SYS_fsync, 77, 0, 5); }), expected);
 }
 
-TEST_F(FileCalls, SmallPictureTakesFive) {
+TEST_F(FileCalls, ReadSmallImageWithFive) {
   for (const uint16_t bits : {uint16_t{24}, uint16_t{32}})
     EXPECT_THAT(calls_of_picture(bits, DRAVIK_BMP_COPY),
                 ElementsAre(SYS_openat, SYS_pread64, SYS_lseek, SYS_pread64, SYS_close))
         << bits;
 }
 
-TEST_F(FileCalls, PaletteTakesOneMore) {
+TEST_F(FileCalls, ReadPaletteWithOneMore) {
   EXPECT_THAT(calls_of_picture(8, DRAVIK_BMP_COPY),
               ElementsAre(SYS_openat, SYS_pread64, SYS_lseek, SYS_pread64, SYS_pread64, SYS_close));
 }
 
-TEST_F(FileCalls, CopyOf16BitsReadsIntoTheScreen) {
+TEST_F(FileCalls, ReadCopyOf16BitsIntoScreen) {
   EXPECT_THAT(calls_of_picture(16, DRAVIK_BMP_COPY),
               ElementsAre(SYS_openat, SYS_pread64, SYS_lseek, SYS_preadv, SYS_close));
 }
 
-TEST_F(FileCalls, KeyedPictureEndsWithItsFile) {
+TEST_F(FileCalls, StopKeyedImageAtEndOfFile) {
   EXPECT_THAT(calls_of_picture(16, DRAVIK_BMP_KEYED),
               ElementsAre(SYS_openat, SYS_pread64, SYS_lseek, SYS_pread64, SYS_close));
 }
 
-TEST_F(FileCalls, LargePictureIsReadInLargePieces) {
+TEST_F(FileCalls, ReadLargeImageInLargePieces) {
   write_file(path_, bmp_maker{.width = 320, .height = 240, .bits = 24}.with_random_pixels(random_).file());
   const kernel_calls calls = calls_of([&] { fb_put_bmp_file(0, 0, path_.c_str(), DRAVIK_BMP_COPY, 0); });
   // 34 rows of 960 bytes are 32640 bytes: seven pieces, and the last two rows.
@@ -72,14 +72,14 @@ TEST_F(FileCalls, LargePictureIsReadInLargePieces) {
   EXPECT_EQ(calls.size(), 1 + 1 + 1 + 8 + 1);
 }
 
-TEST_F(FileCalls, SlotTakesFive) {
+TEST_F(FileCalls, LoadSlotWithFive) {
   write_file(path_, bmp_maker{.width = 16, .height = 12, .bits = 16}.with_random_pixels(random_).file());
   const char *const names[] = {"file"};
   EXPECT_THAT(numbers_of(calls_of([&] { bmp_mem_alloc(1, board_.path("").c_str(), names); })),
               ElementsAre(SYS_openat, SYS_lseek, SYS_lseek, SYS_read, SYS_close));
 }
 
-TEST_F(FileCalls, ChecksumTakesFive) {
+TEST_F(FileCalls, ComputeChecksumWithFive) {
   write_file(path_, random_bytes(random_, 4096));
   EXPECT_THAT(numbers_of(calls_of([&] { get_file_crc(path_.c_str()); })),
               ElementsAre(SYS_openat, SYS_lseek, SYS_lseek, SYS_read, SYS_close));

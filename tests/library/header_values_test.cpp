@@ -161,10 +161,11 @@ constexpr constant constants[] = {
     VALUE(DRAVIK_NONE, 0xFFFFFFFF),
 };
 
-/// The names of the macros with a value and of all enumerators, each on a line of its own.
+/// The names of the macros with a value, without the version, and of all enumerators; each is on its
+/// own line.
 std::vector<std::string> declared_names() {
   static const std::regex declaration{
-      R"(#define (DRAVIK_\w+) (?:[0-9]|UINT32_C).*|  ((?:DRAVIK|[A-Z]+INFO)_\w+)(?:,| =| +/\*).*)"};
+      R"(#define (DRAVIK_(?!VERSION)\w+) (?:[0-9]|UINT32_C).*|  ((?:DRAVIK|[A-Z]+INFO)_\w+)(?:,| =| +/\*).*)"};
   std::vector<std::string> names;
   std::ifstream header{HEADER};
   std::smatch found;

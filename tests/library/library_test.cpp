@@ -105,7 +105,7 @@ TEST(Library, IsCalledByItsVersion) {
 }
 
 // A release with the same ABI keeps the soname, which then has an older patch number.
-TEST(Library, VersionOfTheHeaderIsThatOfTheSoname) {
+TEST(Library, HasVersionOfSoname) {
   const std::vector<std::string> soname = dynamic_entries("SONAME");
   int major = -1, minor = -1, patch = -1;
   ASSERT_EQ(std::sscanf(soname.at(0).c_str(), "libdravik.so.%d.%d.%d", &major, &minor, &patch), 3);
@@ -114,7 +114,7 @@ TEST(Library, VersionOfTheHeaderIsThatOfTheSoname) {
   EXPECT_GE(DRAVIK_VERSION_PATCH, patch);
 }
 
-TEST(Library, VersionOfTheHeaderIsTheSameAsTextAndOfTheProject) {
+TEST(Library, HasVersionOfProject) {
   const std::string numbers = std::to_string(DRAVIK_VERSION_MAJOR) + "." +
                               std::to_string(DRAVIK_VERSION_MINOR) + "." +
                               std::to_string(DRAVIK_VERSION_PATCH);

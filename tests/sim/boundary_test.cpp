@@ -242,7 +242,7 @@ TEST_F(Boundary, AppliesToOrdinaryUser) {
   EXPECT_EQ(run(command).output, "umount2 EPERM\n");
 }
 
-// --- what is told ---
+// --- explanation ---
 
 TEST_F(Boundary, ExplainsEachPart) {
   const std::string text = checked_explanation({"--writable", at("named")});

@@ -154,9 +154,9 @@ private:
     EXPECT_TRUE(std::ranges::none_of(stops, maps_file_for_writing)) << "files change without a system call";
   }
 
-  /// The numbers of the calls before which the board is not as it was before the previous one: a call that failed,
-  /// wrote what was there already (mkfs.vfat clears the tables sector by sector) or went to a pipe left the same.
-  /// Times are no part of the state: utimensat() always counts as a change of it.
+  /// The numbers of the calls before which the board is not as it was before the previous one: a call that
+  /// failed, wrote what was there already (mkfs.vfat clears the tables sector by sector) or went to a pipe
+  /// left the same. Times are no part of the state: utimensat() always counts as a change of it.
   std::vector<kill_point> points_to_kill_at(const words &action) {
     copy_board();
     std::vector<kill_point> points;
@@ -226,8 +226,8 @@ private:
     expect_repair(action, round);
   }
 
-  /// The next action is the same one, which succeeds or is done already, or any other. A restart and taking the
-  /// card out always succeed.
+  /// The next action is the same one, which succeeds or is done already, or any other. A restart and taking
+  /// the card out always succeed.
   void expect_repair(const words &action, size_t round) {
     static const std::vector<words> next = {{"umount"}, {"mount"}, {"in"}, {"check", "-a"}, {"out"}};
     if (round % 2 == 0)

@@ -18,7 +18,7 @@ class SimCardInUse : public SimCard {
 protected:
   SimCardInUse() : SimCard(600) {}
 
-  /// Without the switch on the card's side, which is told by a GPIO line.
+  /// Without the write-protect switch, which is a GPIO line.
   static int status() {
     uint8_t status = 0;
     sd_card_check(&status);

@@ -46,7 +46,7 @@ protected:
     return board_.path(board_.exists("dev/mmcblk0") ? "dev/mmcblk0" : "card/mmcblk0");
   }
 
-  /// What a program of the host says of the card.
+  /// The output of a program of the host for the card.
   std::string checked_output(const words &command, int expected_status = 0) const {
     const std::string output = board_.path("said");
     EXPECT_EQ(run_program(command, output), expected_status) << command.front();
@@ -60,11 +60,11 @@ protected:
   }
   /// Every file and directory on the card: "::/REC/", "::/REC/KVX00001.TS".
   std::string files_on_card() const { return said_by_mtools("mdir", {"-/", "-a", "-b", "::"}); }
-  /// Of a card without any, mdir -/ says that it found no file.
+  /// For a card without any, mdir -/ reports that it found no file.
   void expect_no_files_on_card() const { EXPECT_EQ(said_by_mtools("mdir", {"-a", "-b", "::"}), ""); }
   std::string file_on_card(const std::string &name) const { return said_by_mtools("mtype", {"::/" + name}); }
 
-  /// What fsck.fat says of the file system at sector 32, of which it only looks at a copy: of the first 8
+  /// The output of fsck.fat for the file system at sector 32. It checks a copy only: of the first 8
   /// MiB, where all is that matters, and of nothing as far as the card goes.
   std::string checked_output_of_fsck(int expected_status = 0) const {
     const std::string partition = board_.path("partition");

@@ -583,7 +583,7 @@ TEST_F(SimCard, IsHandledWhereTheApplicationIgnoresItsChildren) {
 
 // --- room ---
 
-/// What fsck.fat counts: "... files, USED/ALL clusters".
+/// The clusters in the output of fsck.fat: "... files, USED/ALL clusters".
 std::pair<uint64_t, uint64_t> clusters_in(const std::string &report) {
   const size_t slash = report.rfind('/');
   const size_t used = report.rfind(' ', slash);

@@ -218,7 +218,7 @@ TEST(Capabilities, LetRootBecomeOtherUser) {
 
 // --- files and devices ---
 
-/// Two directories, of which one is given to write in.
+/// Two directories, one of them writable.
 class FileAccess : public testing::Test {
 protected:
   FileAccess() {

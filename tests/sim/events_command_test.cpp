@@ -1,4 +1,4 @@
-// What the board's devices leave among its events, and dravik-sim events, which shows it.
+// The events of the board's devices, and dravik-sim events, which prints them.
 
 #include "dravik.h"
 #include "sim/follower.hpp"

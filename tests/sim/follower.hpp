@@ -51,7 +51,7 @@ public:
 
   void stop_reading() { output_.reset(); }
 
-  /// Its status, as waitpid() gives it; sends it a signal before.
+  /// Send a signal and return the status of waitpid().
   int end(int signal = 0) {
     if (signal != 0)
       ::kill(child_, signal);

@@ -1,12 +1,13 @@
 // System calls that change nothing outside the process that makes them.
 //
-// What a killed process leaves behind is what was outside it: files, and what other processes have received. It
-// changes only at a system call, or by a store to shared memory. A kill before a call of this list, or after it,
-// leaves the same as a kill before the next call that is not in it. So a process killed before each of its
-// other calls was killed at every call; the last of them is exit_group(), after all changes.
+// What a killed process leaves behind is what was outside it: files, and what other processes have
+// received. It changes only at a system call, or by a store to shared memory. A kill before a call of
+// this list, or after it, leaves the same as a kill before the next call that is not in it. So a process
+// killed before each of its other calls was killed at every call; the last of them is exit_group(), after
+// all changes.
 //
-// Harmless too are mmap() without MAP_SHARED, mprotect() without PROT_WRITE, and openat() without O_CREAT and
-// O_TRUNC. Any other call is taken to change something.
+// Harmless too are mmap() without MAP_SHARED, mprotect() without PROT_WRITE, and openat() without O_CREAT
+// and O_TRUNC. Any other call is taken to change something.
 #pragma once
 
 #include <algorithm>
@@ -68,8 +69,8 @@ constexpr auto harmless_calls = std::to_array<long>({
     SYS_lstat,
     SYS_readlink,
 #endif
-    // A read changes the time of access, which nothing here uses, or empties a pipe between processes that are
-    // killed together.
+    // A read changes the time of access, which nothing here uses, or empties a pipe between processes that
+    // are killed together.
     SYS_read,
     SYS_pread64,
     // Descriptors are closed by the kernel, and locks end with them.

@@ -227,7 +227,7 @@ TEST_F(SimI2c, RejectsOtherAddress) {
   EXPECT_EQ(errno, ENXIO);
   board_.write("i2c/0x19", "\x2A");
   EXPECT_EQ(get(0x00), bytes{0x2A});
-  EXPECT_EQ(get(0x28), bytes{0}); // nobody's movement
+  EXPECT_EQ(get(0x28), bytes{0}); // no acceleration
 }
 
 TEST_F(SimI2c, AddressesThatAreNoneAreRefused) {

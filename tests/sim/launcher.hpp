@@ -16,7 +16,7 @@
 namespace dravik::test {
 
 struct outcome {
-  int status = -1; ///< as waitpid() gives it
+  int status = -1; ///< of waitpid()
   std::string output;
   std::string errors;
 

@@ -23,7 +23,7 @@ using reopen_function = FILE *(const char *, const char *, FILE *);
 
 constexpr const char *path = "/usr/local/dravik/font/letters";
 
-/// A way of the C library to open a file; gives a descriptor, for writing if asked.
+/// A way of the C library to open a file; returns a descriptor, for writing if requested.
 struct way {
   const char *name;
   int (*open)(const char *name, const char *path, bool for_writing);

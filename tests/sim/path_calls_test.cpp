@@ -128,7 +128,7 @@ INSTANTIATE_TEST_SUITE_P(By, SimFileSystemStatus,
                          testing::Values("statfs", "statfs64", "statvfs", "statvfs64"),
                          [](const auto &tested) { return std::string{tested.param}; });
 
-// --- calls that take one path and tell 0 from -1 ---
+// --- calls with one path that return 0 or -1 ---
 
 struct plain_call {
   const char *name;

@@ -43,7 +43,7 @@ schedule checked_schedule(pthread_t thread) {
 
 constexpr schedule ordinary = {SCHED_OTHER, 0};
 
-/// What the kernel says of the calling thread.
+/// The scheduling of the calling thread, from the kernel.
 int policy_of_host() {
   return static_cast<int>(::syscall(SYS_sched_getscheduler, 0));
 }
@@ -115,7 +115,7 @@ TEST_F(SimRealTimeSimulated, IsThatOfOneThread) {
 }
 
 TEST_F(SimRealTimeSimulated, EndsWithTheThread) {
-  for (int i = 0; i < 200; ++i) // the C library gives their names out again
+  for (int i = 0; i < 200; ++i) // the C library reuses their identifiers
     std::thread{[] {
       EXPECT_EQ(checked_schedule(::pthread_self()), ordinary);
       EXPECT_EQ(set(::pthread_self(), SCHED_FIFO, 90), 0);

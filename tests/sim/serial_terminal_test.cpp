@@ -293,7 +293,7 @@ protected:
   }
 };
 
-TEST_F(SimSerialTerminalLinks, ListIsNotWrittenOutside) {
+TEST_F(SimSerialTerminalLinks, KeepListOffTheHost) {
   for (const char *target : {"secret", "new"}) {
     link(target, list);
     EXPECT_EQ(send_a_line(), 0);
@@ -301,7 +301,7 @@ TEST_F(SimSerialTerminalLinks, ListIsNotWrittenOutside) {
   }
 }
 
-TEST_F(SimSerialTerminalLinks, TextIsNotWrittenOutside) {
+TEST_F(SimSerialTerminalLinks, KeepTextOffTheHost) {
   link("secret", "console");
   EXPECT_EQ(send_a_line(), 0);
   expect_outside_unchanged();
@@ -309,7 +309,7 @@ TEST_F(SimSerialTerminalLinks, TextIsNotWrittenOutside) {
   expect_rest();
 }
 
-TEST_F(SimSerialTerminalLinks, TextOfAKilledKeeperIsNotMadeOutside) {
+TEST_F(SimSerialTerminalLinks, KeepTextOfKilledKeeperOffTheHost) {
   leave_behind("/dev/pts/999999");
   link("new", "console");
   send_a_line();
@@ -318,7 +318,7 @@ TEST_F(SimSerialTerminalLinks, TextOfAKilledKeeperIsNotMadeOutside) {
                files::read_symlink(board_.path(port)) == outside("new"));
 }
 
-TEST_F(SimSerialTerminalLinks, DirectoryOutsideIsNotUsed) {
+TEST_F(SimSerialTerminalLinks, IgnoreDirectoryOutside) {
   files::remove(outside("secret"));
   files::rename(board_.path("dev"), outside("dev"));
   link("dev", "dev");
@@ -328,7 +328,7 @@ TEST_F(SimSerialTerminalLinks, DirectoryOutsideIsNotUsed) {
   EXPECT_FALSE(board_.exists("console"));
 }
 
-TEST_F(SimSerialTerminalLinks, PipeOutsideIsNotRead) {
+TEST_F(SimSerialTerminalLinks, IgnorePipeOutside) {
   ASSERT_EQ(::mkfifo(outside("pipe").c_str(), 0600), 0);
   const unique_fd pipe{::open(outside("pipe").c_str(), O_RDWR | O_NONBLOCK)};
   ASSERT_EQ(::write(pipe.get(), "typed\n", 6), 6);

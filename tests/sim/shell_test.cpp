@@ -187,7 +187,7 @@ TEST_F(SimShell, CopiesBlocksBetweenPositions) {
   EXPECT_EQ(board_.read("tmp/ptb"), std::string(4096, '\0'));
 }
 
-/// As GNU dd says it, but for the time and the rate.
+/// The report of GNU dd, without the time and the rate.
 TEST_F(SimShell, CountsRecordsOfDd) {
   board_.write("tmp/mbr.img", std::string(1300, 'm'));
   stderr_capture said;

@@ -62,8 +62,8 @@ TEST_P(SimSoundCardNear, SelectsSupportedValue) {
   EXPECT_EQ(buffer, GetParam().buffer);
 }
 
-// 256 to 32768 bytes a period, and to 65536 bytes a buffer, of two periods at least. ALSA takes whole
-// periods.
+// Periods have 256 to 32768 bytes; buffers up to 65536 bytes and at least two periods. ALSA takes
+// whole periods.
 INSTANTIATE_TEST_SUITE_P(Times, SimSoundCardNear,
                          testing::Values(times{2, 10000, 40000, 480, 1920}, times{1, 10000, 40000, 480, 1920},
                                          times{2, 1, 4, 64, 128}, times{1, 1, 4, 128, 256},
@@ -108,7 +108,7 @@ TEST_F(SimSoundCard, HasNoMicrophone) {
 }
 
 TEST_F(SimSoundCard, IsFoundByAlsaWithoutAWord) {
-  stderr_capture said; // what ALSA does not find, it tells on standard error
+  stderr_capture said; // ALSA reports missing devices on standard error
   sound_stream{{}}.expect_played(noise(200));
   board_.set_fault("open", "sound");
   EXPECT_EQ(sound_stream{}.open(), -EIO);

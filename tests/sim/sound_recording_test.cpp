@@ -1,4 +1,4 @@
-// What the simulated sound card records, and how loud.
+// The recording of the simulated sound card, and its volume.
 
 #include "sim/sound_stream.hpp"
 

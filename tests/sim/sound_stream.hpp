@@ -1,4 +1,4 @@
-// What tests of the simulated sound card share: a playback stream on the card `default`, in few words.
+// Shared by tests of the simulated sound card: a playback stream on the ALSA card `default`.
 #pragma once
 
 #include "support/board.hpp"
@@ -21,7 +21,7 @@ struct stream_wishes {
   unsigned channels = 2;
   snd_pcm_uframes_t period = 1024;
   snd_pcm_uframes_t buffer = 8192;
-  /// As it stands, a sound that fits into the buffer starts with the drain: it cannot run out before.
+  /// By default, a sound that fits into the buffer starts with the drain: it cannot run out before.
   snd_pcm_uframes_t start_threshold = 8192;
 };
 
@@ -63,7 +63,7 @@ public:
     return result < 0 ? result : set_thresholds(wishes);
   }
 
-  /// What snd_pcm_writei() gives, in frames.
+  /// The result of snd_pcm_writei(), in frames.
   snd_pcm_sframes_t write(const samples &written) {
     return snd_pcm_writei(pcm_, written.data(), written.size() / channels_);
   }

@@ -35,7 +35,7 @@ int status_of(pid_t child) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-/// A child that does something under the filter; gives its exit status, errno in the place of a failure.
+/// A child that does something under the filter; return its exit status, or errno on failure.
 int in_child(const std::function<void()> &work) {
   const pid_t child = ::fork();
   if (child == 0) {

@@ -23,7 +23,7 @@ struct watched_writes {
 };
 extern watched_writes writes;
 
-/// Has a board whose card takes everything at once and records each sample as it was written.
+/// Has a board whose card accepts everything immediately and records each sample unchanged.
 class card_fixture : public testing::Test {
 protected:
   card_fixture();
@@ -31,7 +31,7 @@ protected:
   /// A file with these bytes; its path.
   std::string file(const bytes &content) const;
 
-  /// What was recorded since the last call: 16 bits for the left side, 16 bits for the right one, and
+  /// The recording since the last call: 16 bits for the left side, 16 bits for the right one, and
   /// so on.
   bytes take_played() const;
 

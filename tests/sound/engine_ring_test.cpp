@@ -44,7 +44,7 @@ protected:
     stage.idle.await(++idle_);
   }
 
-  /// What is heard of all requests that wait.
+  /// The playback of all queued requests.
   std::vector<int> serve_all() {
     alsa.writes.clear();
     while (waiting_ > 0)
@@ -100,7 +100,7 @@ TEST_F(EngineRing, PlacesRequestAfterDroppedOnes) {
   EXPECT_EQ(snd_stopall(), 0); // both indices at the second slot
   EXPECT_THAT(serve_all(), IsEmpty());
   EXPECT_EQ(alsa.count("open"), 2U); // the first, and the third with a stopped player
-  expect_queued({4});                // in the second slot; the read index stands at the fourth, never used
+  expect_queued({4});                // in the second slot; the read index is the fourth, which is never used
   EXPECT_THAT(serve_all(), IsEmpty());
   EXPECT_THAT(messages(), ElementsAre("stat failed: "));
 }
@@ -156,7 +156,7 @@ TEST_F(EngineRing, LeavesIndicesEqualAfterExitDuringPlayback) {
   EXPECT_THAT(heard(), ElementsAre(1, 2));
 }
 
-/// The ring as it is told in one breath: four places, two indices, and no count of what is in it.
+/// A model of the ring: four slots, two indices, and no count of its requests.
 struct ring_model {
   std::array<int, 4> numbers = {}; ///< 0: a place never used
   size_t write = 0;

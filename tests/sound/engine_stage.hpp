@@ -1,5 +1,6 @@
-// The engine on a stage: what it asks of threads and time comes to the test, and its thread can be held at
-// every step. No device is opened (scripted_alsa.hpp), no real-time priority is needed, no time passes.
+// The engine on a stage: its calls for threads and time are forwarded to the test, and its thread can
+// be held at every step. No device is opened (scripted_alsa.hpp), no real-time priority is needed, no
+// time passes.
 #pragma once
 
 #include "dravik.h"
@@ -44,7 +45,7 @@ struct engine_stage {
   gate writes;   ///< frames on their way to the device
   gate errors;   ///< of the MP3 decoder, one for each corrupt frame
   gate pauses;
-  gate callers; ///< about to take the mutex, when they said so before
+  gate callers; ///< about to lock the mutex, if announced
 
   std::vector<unsigned> pauses_us;
   int interruptions = 0; ///< so many times a signal comes instead of a request
@@ -55,14 +56,14 @@ struct engine_stage {
   int granted_priority = 90;
   std::vector<std::string> calls; ///< about threads
   pthread_t thread = {};
-  pthread_mutex_t *mutex = nullptr; ///< the one that the last of these callers takes
+  pthread_mutex_t *mutex = nullptr; ///< the one that the last of these callers locks
 };
 
 extern engine_stage stage;
 
-/// This thread comes by the gate `callers` before it takes its next mutex.
+/// This thread passes the gate `callers` before it locks its next mutex.
 void announce_lock();
-/// What each unlocking of a mutex gives in this thread.
+/// The result of each unlocking of a mutex in this thread.
 void set_unlock_result(int result);
 
 class engine_fixture : public testing::Test {
@@ -86,7 +87,7 @@ protected:
   /// The numbers of the sounds, one for each write.
   static std::vector<int> heard();
 
-  /// The log, without what snd_play_direct() tells of each request.
+  /// The log, without the lines of snd_play_direct().
   std::vector<std::string> messages() const;
 
   board board_;

@@ -104,7 +104,7 @@ protected:
     return all;
   }
 
-  /// What a direct player plays now.
+  /// The playback of a direct player.
   std::vector<int> checked_direct_playback() const {
     alsa.writes.clear();
     EXPECT_EQ(pcm_playback(sound(9, 2).c_str()), 1);
@@ -216,7 +216,7 @@ TEST_F(Engine, IgnoresSignals) {
   EXPECT_EQ(stage.pauses_us.size(), 1U);
 }
 
-/// What becomes of a file whose first 44 bytes are 'h'.
+/// The playback of a file whose first 44 bytes are 'h'.
 enum class outcome { mp3, without_header, with_header };
 
 class EngineKinds : public engine_fixture {
@@ -315,7 +315,7 @@ protected:
     stage.callers.await(1);
   }
 
-  /// Let the sound go on to its end; the thread stands in its pause then, with the mutex.
+  /// Let the playback end; the thread is then in its pause, with the mutex locked.
   void expect_end() {
     stage.writes.open();
     stage.pauses.await(1);

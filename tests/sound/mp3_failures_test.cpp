@@ -18,7 +18,7 @@ using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
 
-/// What fstat() answers for a file.
+/// The result of fstat() for a file.
 struct {
   ino_t file = 0;
   bool fails = false;

@@ -7,10 +7,10 @@
 
 namespace dravik::test {
 
-/// What a decoder makes of a file.
+/// The output of a decoder for a file.
 struct decoded_mp3 {
   bytes samples;                   ///< of the first channel, 16 bits each
-  std::vector<std::string> errors; ///< as they are told in the event log
+  std::vector<std::string> errors; ///< as written to the event log
   std::vector<size_t> lengths;     ///< of the frames, in samples
 };
 

@@ -1,4 +1,4 @@
-// MP3 files: each sample that the card gets and each error that is told, compared with a decoding by hand.
+// MP3 files: each sample on the card and each logged error, compared with a decoding by hand.
 
 #include "sound/mp3_stage.hpp"
 
@@ -29,7 +29,7 @@ class Mp3Encodings : public Mp3Player, public testing::WithParamInterface<encodi
 TEST_P(Mp3Encodings, AreHeardAsDecoded) {
   const encoding &one = GetParam();
   const decoded_mp3 decoded = expect_as_decoded(encode(one.options, one.rate_hz, one.channels));
-  // A quarter of a second, but for the last frame, which has nothing behind it.
+  // A quarter of a second, but for the last frame, which has no data after it.
   EXPECT_GE(decoded.samples.size() / 2, one.rate_hz / 4 - 1152);
 }
 

@@ -20,7 +20,7 @@ protected:
 
   int32_t play(const bytes &content) const { return mp3_playback(file(content).c_str()); }
 
-  /// Play a file, and compares what is heard and told with its decoding, which is given back.
+  /// Play a file, compare the recording and the log with its decoding, and return that.
   decoded_mp3 expect_as_decoded(const bytes &content) {
     decoded_mp3 expected = decode_mp3(content);
     writes = {};

@@ -1,4 +1,4 @@
-// What is asked of ALSA to set up the device, call by call, for each kind of sound.
+// The calls of ALSA that configure the device, for each format of sound.
 
 #include "dravik.h"
 #include "sound/scripted_alsa.hpp"
@@ -101,7 +101,7 @@ TEST_F(PcmSetUp, ConfiguresRawFileCallByCall) {
 
 TEST_F(PcmSetUp, ConfiguresMp3FileCallByCall) {
   alsa.period_frames = 1000; // four of which fit
-  // 4 * 384 bytes: 10 * 1536 - 40 microseconds, twice. The last frame has nothing behind it.
+  // 4 * 384 bytes: 10 * 1536 - 40 microseconds, twice. The last frame has no data after it.
   EXPECT_EQ(play(kind::mp3, mp3_frame() + mp3_frame() + mp3_frame() + mp3_frame()), 0);
   EXPECT_THAT(alsa.calls,
               ElementsAre("open default PLAYBACK 0", "hw_params_any pcm hw",
@@ -204,7 +204,8 @@ TEST_F(PcmTimes, FollowFromFileSize) {
   }
 }
 
-// What no file of a test can have. Products wrap at 2^32, and from 2^31 on a size counts as below 10000.
+// Sizes that no file of a test can have. Products wrap at 2^32, and from 2^31 on a size is treated as
+// below 10000.
 TEST_F(PcmTimes, WrapAt32Bits) {
   const times_case cases[] = {
       {kind::wav, 0x3FFFFFFF, "536870911", "2147483646"},
@@ -263,7 +264,7 @@ protected:
     alsa.results[step.call] = -EINVAL;
   }
 
-  /// The message stands on its own channel, and `more` in the log behind it.
+  /// The message is on its own channel, and `more` after it in the log.
   void expect_told(const failing_step &step, std::vector<std::string> more = {}) {
     const bool is_logged = !std::string_view{step.message}.ends_with('\n');
     if (is_logged)

@@ -84,14 +84,14 @@ TEST_F(PcmWrite, ContinuesShortWritesAfterWaiting) {
   EXPECT_THAT(messages(), IsEmpty());
 }
 
-TEST_F(PcmWrite, Mp3AdvancesTwoBytesAFrame) {
+TEST_F(PcmWrite, AdvancesMp3ByTwoBytesPerFrame) {
   sound::snd_file_type = sound_format::mp3;
   alsa.write_results = {3, 1};
   EXPECT_EQ(write(10), 10);
   EXPECT_THAT(positions(), ElementsAre(0, 6, 8));
 }
 
-TEST_F(PcmWrite, WavesAdvanceByTheBitsOfAFrame) {
+TEST_F(PcmWrite, AdvancesWavesByFrameSize) {
   for (const sound_format format : {sound_format::raw_pcm, sound_format::wav}) {
     alsa.writes.clear();
     sound::snd_file_type = format;
@@ -172,7 +172,7 @@ TEST_F(PcmWrite, DoesNotPauseAfterRecovery) {
   EXPECT_THAT(pauses_us, IsEmpty());
 }
 
-/// A device that takes nothing, and whose recovery fails.
+/// A device that accepts nothing, and whose recovery fails.
 struct dead_device {
   const char *name;
   long write_result;

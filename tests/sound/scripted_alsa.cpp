@@ -149,7 +149,7 @@ int snd_pcm_hw_params_get_buffer_time_max(const snd_pcm_hw_params_t *hw, unsigne
   return note("hw_params_get_buffer_time_max", hw, direction);
 }
 
-// What is near is never what was asked for.
+// The nearest value is never the requested one.
 int snd_pcm_hw_params_set_period_time_near(snd_pcm_t *pcm, snd_pcm_hw_params_t *hw, unsigned *time,
                                            int *direction) {
   const int result = note("hw_params_set_period_time_near", pcm, hw, *time, direction);

@@ -1,5 +1,5 @@
-// ALSA by script. A program that compiles scripted_alsa.cpp answers itself what the library asks of ALSA:
-// there is no device, each call is written down with its arguments, and the script says what it gives.
+// ALSA by script. A program that compiles scripted_alsa.cpp interposes the library's calls of ALSA:
+// there is no device, each call is recorded with its arguments, and the script determines its result.
 #pragma once
 
 #include "support/bytes.hpp"

@@ -36,7 +36,7 @@ void PrintTo(const wave_kind &kind, std::ostream *stream) {
   *stream << kind.name;
 }
 
-/// A pipe where each write is given to a read of its own, by a path.
+/// A pipe with a path, whose writes are read one by one.
 struct pipe_with_path {
   int ends[2] = {-1, -1};
   std::string path;
@@ -69,7 +69,7 @@ protected:
 
   bytes samples(size_t count_bytes) { return random_bytes(random_, count_bytes); }
 
-  /// A file of this kind. A header says nothing that counts.
+  /// A file of this format. The contents of its header are not used.
   std::string sound(const bytes &content) {
     bytes whole = samples(GetParam().header_bytes);
     append(whole, content);
@@ -141,7 +141,7 @@ TEST_P(WavePlayers, ReadsOfOnePeriodBecomeTwo) {
     writes = {};
     EXPECT_EQ(decode(sound(content), static_cast<uint32_t>(period)), 1);
     EXPECT_TRUE(are_same(take_played(), on_both_sides(content)));
-    // A read gives 4 bytes per frame of the period, 2 of which are a sample.
+    // A read returns 4 bytes per frame of the period, 2 of which are a sample.
     if (more < 0)
       EXPECT_THAT(writes.offered, ElementsAre(2 * frames, 2 * frames - 1));
     else if (more < 2)

@@ -1,4 +1,4 @@
-// A card in the slot of a board: what the system says of it, piece by piece.
+// A card in the slot of a board, and the system's files about it.
 #pragma once
 
 #include "support/board.hpp"

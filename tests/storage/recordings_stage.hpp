@@ -59,7 +59,7 @@ protected:
       std::filesystem::remove_all(entry.path());
   }
 
-  /// The words of a call that gives `expected_result`; what was there before does not show.
+  /// The values of a call with `expected_result`; values from before do not remain.
   static survey checked_survey(int expected_result) {
     rec_file_list list = {77, 77, 77, 77, 77, 77};
     EXPECT_EQ(parse_rec_file_list(&list), expected_result);

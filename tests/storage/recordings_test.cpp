@@ -1,4 +1,4 @@
-// What is found in the recordings directory: names, times, sizes and slots.
+// Surveys of the recordings directory: names, times, sizes and slots.
 
 #include "storage/recordings_stage.hpp"
 #include "support/descriptors.hpp"

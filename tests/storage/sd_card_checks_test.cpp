@@ -1,4 +1,4 @@
-// What the checks make of the card, bit by bit.
+// The checks of the card, bit by bit.
 
 #include "dravik.h"
 #include "storage/card_stage.hpp"
@@ -130,7 +130,7 @@ TEST_F(SdCard, ClearsByteBeforeAllChecks) {
   EXPECT_EQ(checked_status(), 0x00);
 }
 
-/// One thing that the system says of the card, and the bits that it is worth.
+/// A line of the system about the card, and the bits that it sets.
 struct piece {
   const char *text;
   uint8_t set;

@@ -16,7 +16,7 @@
 
 namespace {
 
-/// What statfs() tells instead of the truth.
+/// The faked result of statfs().
 struct told_file_system {
   long block_size;
   uint64_t blocks, free, available;
@@ -55,7 +55,7 @@ class RawSize : public testing::Test {
 protected:
   board board_;
 
-  /// The MiB given and the sectors stored.
+  /// The MiB returned and the sectors stored.
   std::pair<int32_t, uint32_t> of(std::string_view text) const {
     board_.write("sys/block/mmcblk0/size", text);
     return size();

@@ -28,7 +28,7 @@ protected:
 TEST_F(CtlPlay, PlaysAFileToItsEnd) {
   const std::string path = put_wave();
   EXPECT_EQ(asked({"play", path}, ".file, (.milliseconds | type)"), path + "\nnumber");
-  const std::vector<int16_t> played = test::samples_of_recording(board_.read("sound/played.wav"));
+  const std::vector<int16_t> played = test::checked_samples(board_.read("sound/played.wav"));
   EXPECT_EQ(std::ranges::count(played, 0x1234), 2 * samples) << "each on both sides";
 }
 
