@@ -356,7 +356,7 @@ TEST_F(Boundary, WarnsAnOrdinaryUserOnceWhereItIsMissing) {
 TEST_F(Boundary, ExplainsWhatIsMissing) {
   const outcome result = run_without(no_landlock, {LAUNCHER, "run", "--explain", at("desk")});
   EXPECT_THAT(result.output, AllOf(HasSubstr("devices, files  not confined"),
-                                   HasSubstr("system calls    refused"), Not(HasSubstr("sys_ptrace"))));
+                                   HasSubstr("system calls    rejected"), Not(HasSubstr("sys_ptrace"))));
   EXPECT_THAT(run_without(no_boundary, {LAUNCHER, "run", "--explain", at("desk")}).output,
               AllOf(HasSubstr("devices, files  not confined"), HasSubstr("system calls    not confined")));
 }
