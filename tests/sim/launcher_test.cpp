@@ -227,7 +227,7 @@ std::string checked_output(const std::vector<std::string> &arguments) {
 }
 
 TEST_F(SimLauncher, PrintsHelpOfCommonForm) {
-  expect_help_of_tool("dravik-sim", output_of);
+  expect_help_of_tool("dravik-sim", checked_output);
 }
 
 TEST_F(SimLauncher, PrintsTheVersionOfTheProject) {
