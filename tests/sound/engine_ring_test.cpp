@@ -165,7 +165,7 @@ struct ring_model {
   size_t opened = 0;
   std::vector<int> heard;
 
-  void expect_queued(int number) {
+  void queue(int number) {
     numbers[write] = number;
     write = (write + 1) % 4;
     is_stopped = false;
