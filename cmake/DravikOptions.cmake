@@ -43,6 +43,11 @@ set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 
+# 32-bit machines: files of 2 GiB and more, and times from 2038 on.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
+endif()
+
 # Every target of the project links this: the warnings, and the sanitizers of a checked build.
 add_library(dravik_warnings INTERFACE)
 target_compile_options(dravik_warnings INTERFACE
@@ -50,6 +55,10 @@ target_compile_options(dravik_warnings INTERFACE
   $<$<COMPILE_LANGUAGE:CXX>:-Wmissing-declarations>
   $<$<COMPILE_LANGUAGE:C>:-Wmissing-prototypes>
   $<$<BOOL:${DRAVIK_WERROR}>:-Werror>)
+if(CMAKE_SYSTEM_PROCESSOR MATCHES arm)
+  # Notes about compilers before GCC 7; overlaps that GCC 12 reports inside std::string.
+  target_compile_options(dravik_warnings INTERFACE -Wno-psabi $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
+endif()
 
 if(DRAVIK_SANITIZE)
   # What sanitizers add makes the compiler see variables used before they are set.

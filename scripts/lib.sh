@@ -113,7 +113,10 @@ debian_release() {
 library_packages="g++ cmake make libjpeg62-turbo-dev libasound2-dev libmad0-dev libfreetype-dev"
 demo_packages="$library_packages libpng-dev zlib1g-dev librsvg2-bin imagemagick console-setup-linux gzip
   fonts-liberation fonts-droid-fallback sox espeak-ng lame dosfstools mtools"
-arm_packages="$library_packages g++-arm-linux-gnueabihf qemu-user-static debian-archive-keyring"
+cross_packages="$library_packages debian-archive-keyring"
+sysroot_packages="libc6-dev libjpeg62-turbo-dev libasound2-dev libmad0-dev libfreetype-dev libpng-dev zlib1g-dev
+  libgtest-dev libgmock-dev libstdc++6 libgcc-s1"
+arm_packages="$cross_packages g++-arm-linux-gnueabihf g++-arm-linux-gnueabi qemu-user-static"
 test_packages="$demo_packages libgtest-dev libgmock-dev binutils clang-format clang-tidy doxygen fdisk file
   fonts-dejavu-core iproute2 jq libjpeg-turbo-progs netpbm pkg-config"
 bench_packages="$library_packages pkg-config libbenchmark-dev libpixman-1-dev libsdl2-dev libsdl2-gfx-dev libagg-dev
