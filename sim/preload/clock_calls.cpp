@@ -5,8 +5,7 @@
 #include "preload/next.hpp"
 
 #include <cerrno>
-#include <ctime>
-#include <sys/time.h>
+#include <cstddef>
 #include <sys/timex.h>
 
 namespace dravik::sim {
@@ -21,8 +20,9 @@ template <typename Next> int unless_set(const char *name, bool sets, Next next) 
   return -1;
 }
 
-bool sets(const timex *times) noexcept {
-  return times != nullptr && times->modes != 0 && times->modes != ADJ_OFFSET_SS_READ;
+/// Every layout of the record begins with the word that selects what is set.
+bool sets(const unsigned *modes) noexcept {
+  return modes != nullptr && *modes != 0 && *modes != ADJ_OFFSET_SS_READ;
 }
 
 } // namespace
@@ -30,31 +30,26 @@ bool sets(const timex *times) noexcept {
 
 using dravik::sim::sets;
 using dravik::sim::unless_set;
+using timestamp = const void *; ///< of any layout
 
-SIM_DEFINE(int, clock_settime, (clockid_t clock, const timespec *time)) {
-  return unless_set("clock_settime", true, [=] { return SIM_NEXT(clock_settime)(clock, time); });
-}
+static_assert(offsetof(timex, modes) == 0);
 
-SIM_DEFINE(int, settimeofday, (const timeval *time, const void *zone)) {
-  return unless_set("settimeofday", true, [=] { return SIM_NEXT(settimeofday)(time, zone); });
-}
+#define SIM_SET(name, parameters, is_set, arguments)                                                         \
+  SIM_DEFINE(int, name, parameters) {                                                                        \
+    return unless_set(#name, is_set, [=] { return SIM_NEXT(name) arguments; });                              \
+  }
 
-SIM_DEFINE(int, stime, (const time_t *time)) {
-  return unless_set("stime", true, [=] { return SIM_NEXT(stime)(time); });
-}
+SIM_SET(clock_settime, (clockid_t clock, timestamp time), true, (clock, time))
+SIM_SET(settimeofday, (timestamp time, const void *zone), true, (time, zone))
+SIM_SET(stime, (timestamp time), true, (time))
+SIM_SET(adjtime, (timestamp change, void *left), change != nullptr, (change, left))
+SIM_SET(adjtimex, (unsigned *times), sets(times), (times))
+SIM_SET(clock_adjtime, (clockid_t clock, unsigned *times), sets(times), (clock, times))
+SIM_SET(ntp_adjtime, (unsigned *times), sets(times), (times))
 
-SIM_DEFINE(int, adjtime, (const timeval *change, timeval *left)) {
-  return unless_set("adjtime", change != nullptr, [=] { return SIM_NEXT(adjtime)(change, left); });
-}
-
-SIM_DEFINE(int, adjtimex, (timex * times)) {
-  return unless_set("adjtimex", sets(times), [=] { return SIM_NEXT(adjtimex)(times); });
-}
-
-SIM_DEFINE(int, clock_adjtime, (clockid_t clock, timex *times)) {
-  return unless_set("clock_adjtime", sets(times), [=] { return SIM_NEXT(clock_adjtime)(clock, times); });
-}
-
-SIM_DEFINE(int, ntp_adjtime, (timex * times)) {
-  return unless_set("ntp_adjtime", sets(times), [=] { return SIM_NEXT(ntp_adjtime)(times); });
-}
+// The same with 64-bit times, on 32-bit machines.
+SIM_SET(__clock_settime64, (clockid_t clock, timestamp time), true, (clock, time))
+SIM_SET(__settimeofday64, (timestamp time, const void *zone), true, (time, zone))
+SIM_SET(__adjtime64, (timestamp change, void *left), change != nullptr, (change, left))
+SIM_SET(___adjtimex64, (unsigned *times), sets(times), (times))
+SIM_SET(__clock_adjtime64, (clockid_t clock, unsigned *times), sets(times), (clock, times))

@@ -60,19 +60,25 @@ const device *device_behind(int descriptor) noexcept {
 
 } // namespace dravik::sim
 
+using dravik::sim::answer;
+using dravik::sim::as_told;
 using dravik::sim::device;
+using dravik::sim::device_behind;
+using dravik::sim::short_offset;
 
-// The optional argument is always read and forwarded. If the caller passed none,
-// it is unspecified and not used.
-SIM_DEFINE(int, ioctl, (int descriptor, unsigned long request, uintptr_t argument)) {
-  const device *asked = dravik::sim::device_behind(descriptor);
-  if (asked == nullptr)
-    return SIM_NEXT(ioctl)(descriptor, request, argument);
-  return static_cast<int>(dravik::sim::as_told(dravik::sim::answer(*asked, descriptor, request, argument)));
-}
+// The optional argument is always read and forwarded. If the caller passed none, it is unspecified and not used.
+#define SIM_IOCTL(name)                                                                                      \
+  SIM_DEFINE(int, name, (int descriptor, unsigned long request, uintptr_t argument)) {                       \
+    const device *asked = device_behind(descriptor);                                                         \
+    return asked != nullptr ? static_cast<int>(as_told(answer(*asked, descriptor, request, argument)))       \
+                            : SIM_NEXT(name)(descriptor, request, argument);                                 \
+  }
+
+SIM_IOCTL(ioctl)
+SIM_IOCTL(__ioctl_time64)
 
 SIM_DEFINE(void *, mmap,
-           (void *address, size_t length, int protection, int flags, int descriptor, off_t offset)) {
+           (void *address, size_t length, int protection, int flags, int descriptor, short_offset offset)) {
   return dravik::sim::may_map(descriptor, flags, length, static_cast<uint64_t>(offset))
              ? SIM_NEXT(mmap)(address, length, protection, flags, descriptor, offset)
              : MAP_FAILED;

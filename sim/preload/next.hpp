@@ -6,6 +6,9 @@
 
 namespace dravik::sim {
 
+/// off_t of the calls without "64" in their names.
+using short_offset = long;
+
 /// An interposed function of the C library. All are looked up when the library is loaded, so that no later
 /// call, in a signal handler or after a fork, takes the loader's lock.
 struct next_symbol {

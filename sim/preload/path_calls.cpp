@@ -46,6 +46,7 @@ using dravik::sim::last_link;
 using dravik::sim::link_at;
 using dravik::sim::may_truncate;
 using dravik::sim::seen_at;
+using dravik::sim::short_offset;
 using timestamps = const void *;
 
 // Status of files.
@@ -70,6 +71,13 @@ SIM_PASS(int, __fxstatat, (int layout, int from, const char *path, void *status,
 SIM_PASS(int, __fxstatat64, (int layout, int from, const char *path, void *status, int flags),
          (layout, from, seen_at{path, from, by_flags(flags)}, status, flags))
 SIM_PASS(long, pathconf, (const char *path, int name), (seen_at{path}, name))
+
+// The same with 64-bit times, on 32-bit machines.
+SIM_PASS(int, __stat64_time64, (const char *path, void *status), (seen_at{path}, status))
+SIM_PASS(int, __lstat64_time64, (const char *path, void *status),
+         (seen_at{path, AT_FDCWD, last_link::kept}, status))
+SIM_PASS(int, __fstatat64_time64, (int from, const char *path, void *status, int flags),
+         (from, seen_at{path, from, by_flags(flags)}, status, flags))
 
 // Permission.
 SIM_PASS(int, access, (const char *path, int mode), (seen_at{path}, mode))
@@ -129,6 +137,13 @@ SIM_PASS(int, lutimes, (const char *path, timestamps times), (link_at{path}, tim
 SIM_PASS(int, utimensat, (int from, const char *path, timestamps times, int flags),
          (from, at{path, from, by_flags(flags)}, times, flags))
 
+// The same with 64-bit times, on 32-bit machines.
+SIM_PASS(int, __utime64, (const char *path, timestamps times), (at{path}, times))
+SIM_PASS(int, __utimes64, (const char *path, timestamps times), (at{path}, times))
+SIM_PASS(int, __lutimes64, (const char *path, timestamps times), (link_at{path}, times))
+SIM_PASS(int, __utimensat64, (int from, const char *path, timestamps times, int flags),
+         (from, at{path, from, by_flags(flags)}, times, flags))
+
 // Directories.
 SIM_PASS(int, chdir, (const char *path), (seen_at{path}))
 SIM_PASS(void *, opendir, (const char *path), (seen_at{path}))
@@ -140,11 +155,15 @@ SIM_PASS(int, nftw, (const char *path, void *visit, int descriptors, int flags),
          (seen_at{path}, visit, descriptors, flags))
 SIM_PASS(int, nftw64, (const char *path, void *visit, int descriptors, int flags),
          (seen_at{path}, visit, descriptors, flags))
+SIM_PASS(int, __nftw64_time64, (const char *path, void *visit, int descriptors, int flags),
+         (seen_at{path}, visit, descriptors, flags))
 SIM_PASS(int, ftw, (const char *path, void *visit, int descriptors), (seen_at{path}, visit, descriptors))
 SIM_PASS(int, ftw64, (const char *path, void *visit, int descriptors), (seen_at{path}, visit, descriptors))
+SIM_PASS(int, __ftw64_time64, (const char *path, void *visit, int descriptors),
+         (seen_at{path}, visit, descriptors))
 
 // Length. That of a device cannot be set.
-SIM_DEFINE(int, truncate, (const char *path, off_t length)) {
+SIM_DEFINE(int, truncate, (const char *path, short_offset length)) {
   const at mapped{path};
   return may_truncate(mapped) ? SIM_NEXT(truncate)(mapped, length) : -1;
 }

@@ -103,7 +103,7 @@ SIM_DEFINE(ssize_t, writev, (int descriptor, const iovec *pieces, int count)) {
              : SIM_NEXT(writev)(descriptor, pieces, count);
 }
 
-SIM_DEFINE(ssize_t, pwrite, (int descriptor, const void *data, size_t size, off_t offset)) {
+SIM_DEFINE(ssize_t, pwrite, (int descriptor, const void *data, size_t size, short_offset offset)) {
   const file_kind kind = kind_behind(descriptor);
   return has_own_manner(kind) ? write_at(kind, descriptor, data, size, offset)
                               : SIM_NEXT(pwrite)(descriptor, data, size, offset);
@@ -115,7 +115,7 @@ SIM_DEFINE(ssize_t, pwrite64, (int descriptor, const void *data, size_t size, of
                               : SIM_NEXT(pwrite64)(descriptor, data, size, offset);
 }
 
-SIM_DEFINE(int, ftruncate, (int descriptor, off_t length)) {
+SIM_DEFINE(int, ftruncate, (int descriptor, short_offset length)) {
   return may_set_length(descriptor) ? SIM_NEXT(ftruncate)(descriptor, length) : -1;
 }
 

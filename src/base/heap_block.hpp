@@ -13,9 +13,11 @@ struct free_block {
 
 using heap_block = std::unique_ptr<uint8_t, free_block>;
 
-/// Allocate an uninitialised block of `size` bytes. Return an empty owner if memory is exhausted.
-inline heap_block allocate_block(size_t size) noexcept {
-  return heap_block{static_cast<uint8_t *>(std::malloc(size))};
+/// Allocate an uninitialised block of `size` bytes. Return an empty owner if memory is exhausted. Sizes are those of
+/// files, which may exceed the address space.
+inline heap_block allocate_block(uint64_t size) noexcept {
+  return size <= SIZE_MAX ? heap_block{static_cast<uint8_t *>(std::malloc(static_cast<size_t>(size)))}
+                          : heap_block{};
 }
 
 } // namespace dravik

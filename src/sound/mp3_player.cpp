@@ -96,7 +96,7 @@ int32_t play_mp3(const char *path) noexcept {
     return 2;
   }
   const uint32_t size = static_cast<uint32_t>(status.st_size);
-  heap_block block = allocate_block(size_t{size} + 1);
+  heap_block block = allocate_block(uint64_t{size} + 1);
   if (block == nullptr) {
     log_printf("not enough memory");
     return 1;

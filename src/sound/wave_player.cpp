@@ -23,7 +23,8 @@ public:
   /// A block holds two periods: each period of mono samples read becomes two of stereo.
   explicit wave_stream(uint32_t period_frames) noexcept
       : frame_bits_(bits_per_frame), read_bytes_(frame_bits_ * period_frames / 8),
-        mono_(allocate_block(size_t{2} * read_bytes_)), stereo_(allocate_block(size_t{2} * read_bytes_)) {}
+        mono_(allocate_block(uint64_t{2} * read_bytes_)), stereo_(allocate_block(uint64_t{2} * read_bytes_)) {
+  }
 
   /// Return whether both blocks were allocated. Intentional: if one is missing, the other one is not freed.
   bool has_room() noexcept {

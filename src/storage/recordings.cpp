@@ -13,6 +13,8 @@
 #include <unistd.h>
 
 static_assert(sizeof(rec_file_list) == 24, "applications read the result as six words");
+static_assert(sizeof(off_t) == 8 && sizeof(time_t) == 8,
+              "recordings of 2 GiB and more, or dated 2038 and later, exist on 32-bit machines too");
 
 namespace dravik::storage {
 namespace {

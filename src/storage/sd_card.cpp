@@ -141,7 +141,7 @@ uint32_t read_sectors() noexcept {
   std::array<char, 31> line = {};
   if (std::fgets(line.data(), static_cast<int>(line.size()), file.get()) == nullptr)
     return 0;
-  return static_cast<uint32_t>(std::strtol(line.data(), nullptr, 10));
+  return static_cast<uint32_t>(std::strtoll(line.data(), nullptr, 10));
 }
 
 /// Return the MiB of a number of blocks. Intentional: in 32-bit arithmetic, which may wrap.

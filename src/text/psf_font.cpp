@@ -112,7 +112,7 @@ int load(const char *path, psf_font &slot) noexcept {
   if (block == nullptr)
     return -1;
   const auto size = static_cast<size_t>(slot.length) * static_cast<size_t>(slot.charsize);
-  const bool found = std::fseek(file.get(), static_cast<long>(glyphs_at), SEEK_SET) == 0;
+  const bool found = ::fseeko(file.get(), off_t{glyphs_at}, SEEK_SET) == 0;
   const size_t got = found ? std::fread(block.get(), 1, size, file.get()) : 0;
   std::memset(block.get() + got, 0, size - got); // missing glyphs are blank
   slot.ptr = block.release();

@@ -3,13 +3,13 @@
 #include "dravik.h"
 #include "support/bytes.hpp"
 #include "support/descriptors.hpp"
+#include "support/next_call.hpp"
 #include "support/program.hpp"
 
 #include <arpa/inet.h>
 #include <array>
 #include <cstring>
 #include <deque>
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <ifaddrs.h>
 #include <linux/capability.h>
@@ -28,10 +28,6 @@ struct {
   std::vector<std::array<size_t, 4>> renderings; ///< lengths and flags of the calls
 } network;
 
-template <class Function> Function *next_definition(const char *name) {
-  return reinterpret_cast<Function *>(::dlsym(RTLD_NEXT, name));
-}
-
 } // namespace
 
 extern "C" {
@@ -40,7 +36,7 @@ int getifaddrs(struct ifaddrs **list) noexcept {
   if (network.list_fails)
     return -1;
   if (!network.lists_are_made_up)
-    return next_definition<int(ifaddrs **)>("getifaddrs")(list);
+    return dravik::test::next_call<int(ifaddrs **)>("getifaddrs")(list);
   *list = network.list;
   return 0;
 }
@@ -48,14 +44,14 @@ int getifaddrs(struct ifaddrs **list) noexcept {
 void freeifaddrs(struct ifaddrs *list) noexcept {
   ++network.frees;
   if (!network.lists_are_made_up)
-    next_definition<void(ifaddrs *)>("freeifaddrs")(list);
+    dravik::test::next_call<void(ifaddrs *)>("freeifaddrs")(list);
 }
 
 int getnameinfo(const struct sockaddr *address, socklen_t length, char *host, socklen_t host_size,
                 char *service, socklen_t service_size, int flags) {
   network.renderings.push_back({length, host_size, service_size, static_cast<size_t>(flags)});
   const int result =
-      next_definition<int(const sockaddr *, socklen_t, char *, socklen_t, char *, socklen_t, int)>(
+      dravik::test::next_call<int(const sockaddr *, socklen_t, char *, socklen_t, char *, socklen_t, int)>(
           "getnameinfo")(address, length, host, host_size, service, service_size, flags);
   return result == 0 && host == network.unrenderable ? EAI_AGAIN : result;
 }

@@ -3,11 +3,11 @@
 #include "dravik.h"
 #include "support/board.hpp"
 #include "support/descriptors.hpp"
+#include "support/next_call.hpp"
 #include "support/recorded_system.hpp"
 #include "support/stderr_capture.hpp"
 
 #include <ctime>
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <optional>
 
@@ -23,8 +23,7 @@ extern "C" int clock_gettime(clockid_t clock, struct timespec *now) noexcept {
     *now = *clock_reading;
     return 0;
   }
-  static const auto next =
-      reinterpret_cast<int (*)(clockid_t, timespec *)>(::dlsym(RTLD_NEXT, "clock_gettime"));
+  static const auto next = dravik::test::next_call<int(clockid_t, timespec *)>("clock_gettime");
   return next(clock, now);
 }
 

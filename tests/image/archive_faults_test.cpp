@@ -1,6 +1,7 @@
 // Archives when system calls fail.
 
 #include "image/archive_stage.hpp"
+#include "support/next_call.hpp"
 #include "support/refused_malloc.hpp"
 
 #include <filesystem>
@@ -11,23 +12,20 @@ namespace {
 const char *short_path = nullptr;
 std::FILE *short_stream = nullptr;
 
-template <class Function> Function *next_definition(const char *name) {
-  return reinterpret_cast<Function *>(::dlsym(RTLD_NEXT, name));
-}
-
 } // namespace
 
 extern "C" {
 
 FILE *fopen(const char *__restrict path, const char *__restrict mode) {
-  std::FILE *file = next_definition<FILE *(const char *, const char *)>("fopen")(path, mode);
+  std::FILE *file = dravik::test::next_call<FILE *(const char *, const char *)>("fopen")(path, mode);
   if (short_path != nullptr && std::strcmp(path, short_path) == 0)
     short_stream = file;
   return file;
 }
 
 size_t fread(void *__restrict to, size_t size, size_t count, FILE *__restrict from) {
-  const size_t got = next_definition<size_t(void *, size_t, size_t, FILE *)>("fread")(to, size, count, from);
+  const size_t got =
+      dravik::test::next_call<size_t(void *, size_t, size_t, FILE *)>("fread")(to, size, count, from);
   return from == short_stream && got > 0 ? got - 1 : got;
 }
 

@@ -4,12 +4,12 @@
 #include "dravik.h"
 #include "support/board.hpp"
 #include "support/log_lines.hpp"
+#include "support/next_call.hpp"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <dlfcn.h>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -25,10 +25,6 @@ struct {
   std::string modes;
   bool disk_is_full = false;
 } system_calls;
-
-template <class Function> Function *next_definition(const char *name) {
-  return reinterpret_cast<Function *>(::dlsym(RTLD_NEXT, name));
-}
 
 bool is_log(const char *path) {
   return std::strcmp(path, log_path) == 0;
@@ -54,20 +50,20 @@ extern "C" {
 int gettimeofday(struct timeval *__restrict to, void *__restrict zone) noexcept {
   const size_t n = system_calls.clock_reads++;
   if (n >= system_calls.clock.size())
-    return next_definition<int(timeval *, void *)>("gettimeofday")(to, zone);
+    return dravik::test::next_call<int(timeval *, void *)>("gettimeofday")(to, zone);
   *to = system_calls.clock[n];
   return 0;
 }
 
 int stat(const char *__restrict path, struct stat *__restrict to) noexcept {
   system_calls.stats += is_log(path);
-  return next_definition<int(const char *, struct stat *)>("stat")(path, to);
+  return dravik::test::next_call<int(const char *, struct stat *)>("stat")(path, to);
 }
 
 FILE *fopen(const char *__restrict path, const char *__restrict mode) {
   std::FILE *file = is_log(path) && system_calls.disk_is_full
                         ? open_on_full_disk()
-                        : next_definition<FILE *(const char *, const char *)>("fopen")(path, mode);
+                        : dravik::test::next_call<FILE *(const char *, const char *)>("fopen")(path, mode);
   if (is_log(path)) {
     ++system_calls.opens;
     system_calls.modes += mode;
@@ -81,7 +77,7 @@ int fclose(FILE *file) {
     ++system_calls.closes;
     log_stream = nullptr;
   }
-  return next_definition<int(FILE *)>("fclose")(file);
+  return dravik::test::next_call<int(FILE *)>("fclose")(file);
 }
 
 } // extern "C"

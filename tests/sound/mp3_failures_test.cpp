@@ -8,6 +8,7 @@
 #include "support/refused_malloc.hpp"
 
 #include <alsa/asoundlib.h>
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
@@ -81,6 +82,14 @@ TEST_F(Mp3Failures, LeavesEmptyFileOpen) {
   EXPECT_THAT(board_.events(), IsEmpty());
   EXPECT_EQ(left_open(), 1U);
   EXPECT_EQ(h_snd_playback, nullptr);
+}
+
+TEST_F(Mp3Failures, LengthIsThatOfItsLow32Bits) {
+  const std::string path = file(silence(4));
+  std::filesystem::resize_file(path, uintmax_t{1} << 32);
+  EXPECT_EQ(mp3_playback(path.c_str()), 0);
+  EXPECT_THAT(take_messages(), IsEmpty());
+  expect_all_closed();
 }
 
 TEST_F(Mp3Failures, LeavesFileWithoutStatusOpen) {

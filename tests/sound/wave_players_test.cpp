@@ -7,6 +7,7 @@
 #include "support/refused_malloc.hpp"
 
 #include <fcntl.h>
+#include <filesystem>
 #include <future>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -290,6 +291,15 @@ TEST_P(WavePlayers, FailsWithoutDevice) {
   EXPECT_THAT(take_messages(), IsEmpty());
   EXPECT_EQ(writes.count(), 0U);
   expect_all_closed();
+}
+
+TEST_P(WavePlayers, OpensTheDeviceForAFileOf2GiBAndMore) {
+  const std::string path = sound(samples(2));
+  std::filesystem::resize_file(path, uintmax_t{5} << 30);
+  ::setenv("ALSA_CONFIG_PATH", "/dev/null", 1);
+  EXPECT_EQ(play(path), 0);
+  EXPECT_THAT(errors_.take(), EndsWith("open PCM device failed error!\n"));
+  EXPECT_THAT(take_messages(), IsEmpty());
 }
 
 TEST_P(WavePlayers, ClosesUnconfigurableDevice) {

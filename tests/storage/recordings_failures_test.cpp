@@ -2,10 +2,10 @@
 
 #include "storage/recordings_stage.hpp"
 #include "support/descriptors.hpp"
+#include "support/next_call.hpp"
 
 #include <cerrno>
 #include <dirent.h>
-#include <dlfcn.h>
 
 namespace {
 
@@ -20,7 +20,7 @@ extern "C" DIR *opendir(const char *path) {
     errno = ENOMEM;
     return nullptr;
   }
-  static const auto next = reinterpret_cast<DIR *(*)(const char *)>(::dlsym(RTLD_NEXT, "opendir"));
+  static const auto next = dravik::test::next_call<DIR *(const char *)>("opendir");
   return next(path);
 }
 

@@ -244,6 +244,14 @@ TEST_F(Recordings, IgnoresPartsOfSecond) {
   EXPECT_EQ(found(), model());
 }
 
+TEST_F(Recordings, CountsFilesOf2GiBAndMore) {
+  constexpr off_t gibibyte = off_t{1} << 30;
+  add("KVX00001.TS", 1000, 2 * gibibyte);
+  add("KVX00002.TS", 1001, 5 * gibibyte);
+  add("EMC00001.TS", 1002, 2 * gibibyte);
+  EXPECT_EQ(found(), (survey{2, 1, 7 * 1024, 1, 2, 3}));
+}
+
 TEST_F(Recordings, TreatsTimesBefore1970AsEarlier) {
   add("KVX00001.TS", 0);
   add("KVX00002.TS", -1000);

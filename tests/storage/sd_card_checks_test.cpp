@@ -3,6 +3,7 @@
 #include "dravik.h"
 #include "storage/card_stage.hpp"
 #include "support/descriptors.hpp"
+#include "support/next_call.hpp"
 #include "support/recorded_system.hpp"
 #include "support/stderr_capture.hpp"
 
@@ -44,7 +45,7 @@ extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept {
   va_end(arguments);
   if (request == 0x800464CB)
     return answer_gpio(*static_cast<gpio_record *>(argument));
-  static const auto next = reinterpret_cast<int (*)(int, unsigned long, void *)>(::dlsym(RTLD_NEXT, "ioctl"));
+  static const auto next = dravik::test::next_call<int(int, unsigned long, void *)>("ioctl");
   return next(descriptor, request, argument);
 }
 

@@ -9,8 +9,21 @@ constexpr const char *harmful_calls[] = {"mount", "reboot", "system", "umount", 
 
 /// Call that it must answer if it knows them at all; the boundary alone keeps the others from harm.
 constexpr const char *other_harmful_calls[] = {
-    "clock_settime", "settimeofday", "popen",   "execl",   "execle",      "execlp",       "execv",
-    "execve",        "execvp",       "execvpe", "fexecve", "posix_spawn", "posix_spawnp",
+    "__clock_settime64",
+    "__settimeofday64",
+    "clock_settime",
+    "settimeofday",
+    "popen",
+    "execl",
+    "execle",
+    "execlp",
+    "execv",
+    "execve",
+    "execvp",
+    "execvpe",
+    "fexecve",
+    "posix_spawn",
+    "posix_spawnp",
 };
 
 } // namespace dravik::test
