@@ -69,7 +69,9 @@ bool name_board_file(const char *inside, char (&path)[longest_path]) noexcept {
 int open_board_file(const char *inside, int flags) noexcept {
   char path[longest_path];
   const bool is_found = name_board_file(inside, path) && ((flags & O_PATH) != 0 || !is_host_device(path));
-  return is_found ? static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags | O_CLOEXEC, 0644)) : -1;
+  return is_found
+             ? static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags | O_CLOEXEC | O_LARGEFILE, 0644))
+             : -1;
 }
 
 void make_board_directory(const char *inside) noexcept {
@@ -120,7 +122,7 @@ void append_to_board_file(const char *inside, std::string_view text) noexcept {
 
 bool set_board_file_length(const char *inside, off_t length) noexcept {
   const unique_fd file{open_board_file(inside, O_WRONLY)};
-  return file && ::syscall(SYS_ftruncate, file.get(), length) == 0;
+  return file && ::syscall(SYS_ftruncate, file.get(), static_cast<long>(length)) == 0;
 }
 
 int injected_fault(request_name request, std::string_view path) noexcept {
@@ -144,7 +146,8 @@ bool take_injected_fault(request_name request, std::string_view path) noexcept {
   char nothing[longest_order];
   std::memset(nothing, ' ', sizeof nothing);
   const auto place = static_cast<off_t>(order.data() - std::string_view{faults}.data());
-  return ::syscall(SYS_pwrite64, file.get(), nothing, std::min(order.size(), sizeof nothing), place) > 0;
+  return ::lseek(file.get(), place, SEEK_SET) == place &&
+         write_plainly(file.get(), nothing, std::min(order.size(), sizeof nothing)) > 0;
 }
 
 void record_event(const char *format, ...) noexcept {

@@ -195,7 +195,8 @@ bool read_in_board(const std::string &board, std::string_view inside, uint64_t m
     errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
     ok = false;
   }
-  bytes.assign(ok ? std::min(most_bytes, static_cast<uint64_t>(status.st_size)) : 0, '\0');
+  bytes.assign(ok ? static_cast<size_t>(std::min(most_bytes, static_cast<uint64_t>(status.st_size))) : 0,
+               '\0');
   for (size_t done = 0; ok && done < bytes.size();) {
     const ssize_t count = ::read(file.get(), bytes.data() + done, bytes.size() - done);
     ok = count >= 0;

@@ -81,7 +81,7 @@ std::string read_board(const std::string &board, screen &shown, panel &state, st
       uint64_t{state.yoffset} + shown.yres > shown.yres_virtual)
     return board + "/panel: beyond frame buffer memory";
   // The settings may have been edited since the memory was made: what is missing is dark.
-  memory.resize(std::max<size_t>(memory.size(), shown.memory_bytes()));
+  memory.resize(std::max(memory.size(), static_cast<size_t>(shown.memory_bytes())));
   return {};
 }
 

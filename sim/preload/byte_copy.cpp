@@ -231,17 +231,18 @@ size_t read_block(int descriptor, uint8_t *data, size_t size, bool &failed) noex
 
 int copy_blocks(const copy_orders &orders, int from, int to, uint8_t *block, copy_counts &counts,
                 const speaker &speaker) noexcept {
+  const auto whole = static_cast<size_t>(orders.read_size()); // that of the block
   for (uint64_t i = 0; i < orders.count; ++i) {
     bool failed = false;
-    size_t size = read_block(from, block, orders.read_size(), failed);
+    size_t size = read_block(from, block, whole, failed);
     if (failed)
       return speaker.fail("error reading", orders.from);
     if (size == 0)
       break;
-    ++(size == orders.read_size() ? counts.read_whole : counts.read_part);
+    ++(size == whole ? counts.read_whole : counts.read_part);
     if ((orders.conversions & pads_blocks) != 0) {
-      std::memset(block + size, 0, orders.read_size() - size);
-      size = orders.read_size();
+      std::memset(block + size, 0, whole - size);
+      size = whole;
     }
     if (!write_block(to, block, size, counts.bytes))
       return speaker.fail("error writing", orders.to);

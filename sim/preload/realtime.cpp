@@ -6,6 +6,7 @@
 #include "preload/next.hpp"
 #include "preload/path_map.hpp"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -16,20 +17,24 @@
 namespace dravik::sim {
 namespace {
 
-/// The number of a thread's clock identifies it for its lifetime; a pthread_t is reused. 0 means none.
-using thread_number = clockid_t;
+/// The kernel's number of a thread, at most 22 bits; a pthread_t is given out again after it. 0 is none.
+using thread_number = uint32_t;
+constexpr thread_number largest_thread_number = (1U << 22) - 1;
 
+/// The number is part of that of the thread's clock.
 thread_number number_of_thread(pthread_t thread) noexcept {
   clockid_t clock = 0;
-  return ::pthread_getcpuclockid(thread, &clock) == 0 ? clock : 0;
+  return ::pthread_getcpuclockid(thread, &clock) == 0
+             ? ~(static_cast<uint32_t>(clock) >> 3) & largest_thread_number
+             : 0;
 }
 
-struct alignas(8) granted { // a word, so that every compiler treats it as one
-  thread_number thread;
-  uint16_t policy;
-  uint16_t priority;
+struct granted { // 32 bits: what every machine replaces as a whole
+  uint32_t thread : 22;
+  uint32_t policy : 2;
+  uint32_t priority : 8;
 };
-static_assert(sizeof(granted) == 8);
+static_assert(sizeof(granted) == 4 && std::max(SCHED_FIFO, SCHED_RR) < 4);
 
 /// Stores the last threads that were granted a priority. Takes no lock, since
 /// a fork may happen at any time.
@@ -85,8 +90,8 @@ int set_real_time(pthread_t thread, int policy, const sched_param &parameters, N
   }
   if (answer != EPERM)
     return answer;
-  priorities.remember(
-      {number_of_thread(thread), static_cast<uint16_t>(policy), static_cast<uint16_t>(priority)});
+  priorities.remember({number_of_thread(thread) & largest_thread_number, static_cast<uint32_t>(policy) & 3,
+                       static_cast<uint32_t>(priority) & 0xFF});
   record_event("thread: real-time priority %d, simulated", priority);
   return 0;
 }
@@ -110,7 +115,7 @@ SIM_DEFINE(int, pthread_getschedparam, (pthread_t thread, int *policy, sched_par
   const granted known = priorities.find(number_of_thread(thread));
   if (known.thread == 0)
     return SIM_NEXT(pthread_getschedparam)(thread, policy, parameters);
-  *policy = known.policy;
-  parameters->sched_priority = known.priority;
+  *policy = static_cast<int>(known.policy);
+  parameters->sched_priority = static_cast<int>(known.priority);
   return 0;
 }

@@ -17,7 +17,7 @@ namespace {
 constexpr int64_t second_ns = 1'000'000'000;
 
 timespec to_timespec(int64_t time_ns) noexcept {
-  return {time_ns / second_ns, time_ns % second_ns};
+  return {static_cast<time_t>(time_ns / second_ns), static_cast<long>(time_ns % second_ns)};
 }
 
 bool is_on_board() noexcept {
@@ -153,7 +153,7 @@ void sound_card::read_period_timer() const noexcept {
 void sound_card::store(const int16_t *samples, size_t frames) noexcept {
   for (size_t left = frames; left > 0;) {
     const uint64_t place = taken_ % buffer_frames_;
-    const size_t run = std::min<size_t>(left, buffer_frames_ - place);
+    const auto run = static_cast<size_t>(std::min<uint64_t>(left, buffer_frames_ - place));
     std::copy_n(samples, run * format_.channels, buffer_ + place * format_.channels);
     samples += run * format_.channels;
     taken_ += run;
@@ -168,7 +168,7 @@ void sound_card::keep_heard() noexcept {
   const double gain = settings_.records_speaker ? speaker_gain(board_text{"sound/mixer"}) : 0;
   while (kept_ < heard_) {
     const uint64_t place = kept_ % buffer_frames_;
-    const uint64_t run = std::min(heard_ - kept_, buffer_frames_ - place);
+    const auto run = static_cast<size_t>(std::min(heard_ - kept_, buffer_frames_ - place));
     if (settings_.records_speaker)
       recording_.add({buffer_ + place * format_.channels, run * format_.channels}, gain);
     kept_ += run;

@@ -440,8 +440,8 @@ TEST_F(ArchiveDraw, DrawsOrRejectsRandomRecords) {
     put_u32(content, 24, offset);
     std::free(q7bmp_ptr[0]);
     load(1, {file("art", content)});
-    const uint64_t row_bytes = (width + 1) / 2;
-    const bool fits = height == 0 || offset + row_bytes * height <= content.size();
+    const size_t row_bytes = (width + 1) / 2;
+    const bool fits = height == 0 || offset + uint64_t{row_bytes} * height <= content.size();
     if (fits) {
       art_image image = {width, height, {}};
       for (uint32_t y = 0; y < height; ++y)

@@ -106,7 +106,8 @@ void check_unused_bits(std::span<const uint8_t> pixels, const image_record &reco
   if (record.width % 2 == 0)
     return;
   uint32_t rows = 0;
-  for (size_t last = record.row_bytes() - 1; last < pixels.size(); last += record.row_bytes())
+  const auto row_bytes = static_cast<size_t>(record.row_bytes());
+  for (size_t last = row_bytes - 1; last < pixels.size(); last += row_bytes)
     rows += (pixels[last] & 0x0F) != 0 ? 1 : 0;
   if (rows != 0)
     found.add(index, "bits set in the unused half of the last byte of " + to_string(rows) + " rows");
@@ -122,7 +123,7 @@ void check_image(std::span<const uint8_t> file, uint32_t index, finding_list &fo
   }
   if (record.start < archive_size(read_header(file).count, 0))
     found.add(index, "pixels start at byte " + to_string(record.start) + ", inside the header or the table");
-  check_unused_bits(file.subspan(record.start, record.bytes()), record, index, found);
+  check_unused_bits(file.subspan(record.start, static_cast<size_t>(record.bytes())), record, index, found);
 }
 
 /// Report images that share bytes, each with the one before it that reaches furthest.
@@ -165,7 +166,7 @@ bool build(std::span<const packed_image> images, std::vector<uint8_t> &archive, 
   if (!fits_archive(size, error))
     return false;
 
-  archive.reserve(size);
+  archive.reserve(static_cast<size_t>(size));
   archive.assign(tools::archive_magic.begin(), tools::archive_magic.end());
   put_word(archive, images.size());
   put_word(archive, size);

@@ -54,7 +54,7 @@ public:
   [[nodiscard]] bool has_pixels(uint32_t index, std::string &error) const;
   /// The rows of an image that has its pixels.
   std::span<const uint8_t> pixels(const image_record &of) const noexcept {
-    return bytes().subspan(of.start, of.bytes());
+    return bytes().subspan(of.start, static_cast<size_t>(of.bytes()));
   }
 
 private:

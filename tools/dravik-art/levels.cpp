@@ -78,8 +78,9 @@ packed_image to_levels(const png::picture &from, level_rule rule) {
 png::picture to_grey(const image_record &record, std::span<const uint8_t> pixels) {
   png::picture into{record.width, record.height, {}};
   into.rgba.reserve(size_t{record.width} * record.height * 4);
+  const auto row_bytes = static_cast<size_t>(record.row_bytes());
   for (uint32_t y = 0; y < record.height; ++y) {
-    const auto row = pixels.subspan(y * record.row_bytes(), record.row_bytes());
+    const auto row = pixels.subspan(y * row_bytes, row_bytes);
     for (uint32_t x = 0; x < record.width; ++x) {
       const int level = x % 2 == 0 ? row[x / 2] >> 4 : row[x / 2] & 15;
       const auto grey = static_cast<uint8_t>(level * 17);

@@ -124,17 +124,18 @@ sheet::sheet(uint64_t cells, uint32_t widest, uint32_t highest, uint32_t columns
 
 png::picture sheet::blank(uint64_t width, uint64_t height) {
   return {static_cast<uint32_t>(width), static_cast<uint32_t>(height),
-          std::vector<uint8_t>(width * height * 4)};
+          std::vector<uint8_t>(static_cast<size_t>(width * height * 4))};
 }
 
 void sheet::place(uint64_t cell, const png::picture &what, std::array<uint8_t, 4> background) noexcept {
-  const size_t origin = cell / columns_ * cell_height_ * width() + cell % columns_ * cell_width_;
+  const uint64_t origin = cell / columns_ * cell_height_ * width() + cell % columns_ * cell_width_;
   for (uint64_t y = 0; y < cell_height_; ++y)
     for (uint64_t x = 0; x < cell_width_; ++x)
-      put(picture_, origin + y * width() + x, background);
+      put(picture_, static_cast<size_t>(origin + y * width() + x), background);
   const uint64_t left = (cell_width_ - what.width) / 2, top = (cell_height_ - what.height) / 2;
   for (size_t i = 0; i < what.rgba.size() / 4; ++i)
-    put(picture_, origin + (top + i / what.width) * width() + left + i % what.width, pixel_of(what, i));
+    put(picture_, static_cast<size_t>(origin + (top + i / what.width) * width() + left + i % what.width),
+        pixel_of(what, i));
 }
 
 png::picture enlarged(const png::picture &from, uint32_t factor) {
