@@ -39,8 +39,13 @@ public:
   /// Draw the first `count` bits, up to 8.
   void put(pixel *at, uint8_t bits, uint32_t count) const noexcept {
     uint32_t rest = bits;
+    if (splits_word(at) && count != 0) {
+      *at++ = (rest & 0x80) != 0 ? set_ : clear_;
+      rest <<= 1;
+      --count;
+    }
     for (; count >= 2; count -= 2, at += 2, rest <<= 2)
-      store(at, pairs_[rest >> 6 & 3]);
+      store_pair(at, pairs_[rest >> 6 & 3]);
     if (count != 0)
       *at = (rest & 0x80) != 0 ? set_ : clear_;
   }

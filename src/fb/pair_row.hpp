@@ -22,18 +22,39 @@ template <class Colour> constexpr void make_pairs(pair_table &pairs, Colour colo
     pairs[byte] = pixel_pair(colour_of_level(byte >> 4), colour_of_level(byte & 15));
 }
 
-inline void put_pair_row(pixel *to, const uint8_t *from, size_t width, const pair_table &pairs) noexcept {
-  size_t bytes; // loaded a word at a time
-  constexpr size_t pixels = 2 * sizeof bytes;
-  for (; width >= pixels; width -= pixels, to += pixels, from += sizeof bytes) {
-    std::memcpy(&bytes, from, sizeof bytes);
+/// Draw a row that splits words: each stored word has the right pixel of one byte and the left one of the next.
+inline void put_split_pair_row(pixel *to, const uint8_t *from, size_t width,
+                               const pair_table &pairs) noexcept {
+  uint32_t pair = pairs[*from++];
+  *to++ = static_cast<uint16_t>(pair);
+  for (--width; width >= 2; width -= 2, to += 2) {
+    const uint32_t next = pairs[*from++];
+    store_pair(to, pair >> 16 | next << 16);
+    pair = next;
+  }
+  if (width != 0)
+    *to = static_cast<uint16_t>(pair >> 16);
+}
+
+/// Draw another row, byte by byte on machines without wide registers.
+inline void put_whole_pair_row(pixel *to, const uint8_t *from, size_t width,
+                               const pair_table &pairs) noexcept {
+  constexpr size_t pixels = 2 * sizeof(uint64_t);
+  for (; has_wide_registers && width >= pixels; width -= pixels, to += pixels, from += sizeof(uint64_t)) {
+    auto bytes = load<uint64_t>(from);
     for (size_t i = 0; i < pixels; i += 4, bytes >>= 16)
       store(to + i, uint64_t{pairs[bytes >> 8 & 0xFF]} << 32 | pairs[bytes & 0xFF]);
   }
   for (; width >= 2; width -= 2, to += 2)
-    store(to, pairs[*from++]);
+    store_pair(to, pairs[*from++]);
   if (width != 0)
     *to = static_cast<uint16_t>(pairs[*from]);
+}
+
+inline void put_pair_row(pixel *to, const uint8_t *from, size_t width, const pair_table &pairs) noexcept {
+  if (splits_word(to) && width != 0)
+    return put_split_pair_row(to, from, width, pairs);
+  put_whole_pair_row(to, from, width, pairs);
 }
 
 } // namespace dravik::fb

@@ -1,6 +1,7 @@
 // BMP files kept in memory slots and drawn from there. Only 16-bit files can be drawn.
 
 #include "base/heap_block.hpp"
+#include "base/unaligned.hpp"
 #include "base/unique_file.hpp"
 #include "fb/fill.hpp"
 #include "fb/vectors.hpp"
@@ -117,18 +118,42 @@ bool is_drawable(const bmp_header &header, int32_t mode) noexcept {
   return header.bits == 16 && mode >= DRAVIK_BMP_COPY && mode <= DRAVIK_BMP_SILHOUETTE;
 }
 
+/// Copy pixel pairs from any address that is a multiple of `Alignment` to aligned words.
+template <size_t Alignment> void copy_pairs(pixel *to, const uint8_t *from, size_t count) noexcept {
+#pragma GCC unroll 4
+  for (; count >= 2; count -= 2, to += 2, from += sizeof(uint32_t))
+    fb::store_pair(to, load<uint32_t, Alignment>(from));
+  if (count != 0)
+    *to = load<uint16_t, Alignment>(from);
+}
+
+/// The C library's copy may store words that are not aligned, which memory of a device need not accept.
+void copy_to_words(pixel *to, const uint8_t *from, size_t count) noexcept {
+  if (fb::splits_word(to) && count != 0) {
+    *to++ = load<uint16_t>(from);
+    from += sizeof(uint16_t);
+    --count;
+  }
+  if (const auto address = reinterpret_cast<uintptr_t>(from); address % 4 == 0)
+    copy_pairs<4>(to, from, count);
+  else if (address % 2 == 0)
+    copy_pairs<2>(to, from, count);
+  else
+    copy_pairs<1>(to, from, count);
+}
+
 /// Copy a row of whole words. Short rows do not justify a call.
 void copy_row(pixel *to, const uint8_t *from, size_t size) noexcept {
   using quad = fb::vector_of_4;
   constexpr size_t worth_a_call = 64;
-  if (size < sizeof(quad) || size > worth_a_call || !fb::has_wide_registers) {
+  if (!fb::has_wide_registers)
+    return copy_to_words(to, from, size / sizeof(pixel));
+  if (size < sizeof(quad) || size > worth_a_call) {
     std::memcpy(to, from, size);
     return;
   }
   const auto copy_quad = [=](size_t at) {
-    quad pixels;
-    std::memcpy(&pixels, from + at, sizeof pixels);
-    fb::store(fb::step(to, static_cast<ptrdiff_t>(at)), pixels);
+    fb::store(fb::step(to, static_cast<ptrdiff_t>(at)), load<quad>(from + at));
   };
   const size_t last = size - sizeof(quad);
   for (size_t at = 0; at < last; at += sizeof(quad))

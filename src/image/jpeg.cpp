@@ -1,5 +1,6 @@
 // JPEG images through libjpeg, row by row to the screen.
 
+#include "base/unaligned.hpp"
 #include "base/unique_file.hpp"
 #include "fb/clip.hpp"
 #include "fb/colours.hpp"
@@ -11,7 +12,6 @@
 #include <climits>
 #include <csetjmp>
 #include <cstdio>
-#include <cstring>
 #include <jpeglib.h>
 
 extern "C" {
@@ -74,12 +74,8 @@ using lanes = fb::vector_of_8;
 
 /// Load four words that start at the first, third, fifth and seventh pixel.
 words every_second_pixel(const uint8_t *from) noexcept {
-  const auto word_at = [from](size_t position) {
-    uint32_t word;
-    std::memcpy(&word, from + position, sizeof word);
-    return word;
-  };
-  return words{word_at(0), word_at(6), word_at(12), word_at(18)};
+  return words{load<uint32_t>(from), load<uint32_t>(from + 6), load<uint32_t>(from + 12),
+               load<uint32_t>(from + 18)};
 }
 
 words rgb565_of(words channels) noexcept {

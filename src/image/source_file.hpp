@@ -83,7 +83,7 @@ public:
 
 private:
   /// Call when all records read have been returned: a chunk holds whole records, up to the last in the file.
-  void refill() noexcept {
+  [[gnu::noinline]] void refill() noexcept {
     keep();
     const auto size =
         static_cast<size_t>(std::min<uint64_t>(chunk_size / record_size_ * record_size_, left_));
@@ -94,14 +94,14 @@ private:
   }
 
   /// The file ends within a record: its start overwrites the previous record.
-  const uint8_t *take_rest() noexcept {
+  [[gnu::noinline]] const uint8_t *take_rest() noexcept {
     keep();
     std::memcpy(last_, chunk_.data() + taken_, filled_ - taken_);
     taken_ = filled_;
     return last_;
   }
 
-  void keep() noexcept {
+  [[gnu::noinline]] void keep() noexcept {
     if (current_ != nullptr)
       std::memcpy(last_, current_, record_size_);
     current_ = nullptr;

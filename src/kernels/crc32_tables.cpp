@@ -1,9 +1,9 @@
 // CRC-32 by tables, for any machine. The tables are constants, so any number of threads may use them.
 
+#include "base/unaligned.hpp"
 #include "kernels/kernels.hpp"
 
 #include <array>
-#include <cstring>
 
 namespace dravik::kernels {
 namespace {
@@ -30,15 +30,13 @@ constexpr std::array<byte_table, step> tables = [] {
 }();
 static_assert(tables[0][1] == 0x77073096 && tables[0][128] == 0xEDB88320 && tables[0][255] == 0x2D02EF8D);
 
-uint32_t word_at(const uint8_t *bytes) noexcept {
-  uint32_t word;
-  std::memcpy(&word, bytes, sizeof word);
-  return word;
+inline uint32_t take_byte(uint32_t value, uint8_t byte) noexcept {
+  return tables[0][(value ^ byte) & 0xFF] ^ value >> 8;
 }
 
-/// Return the register after four bytes that `followers` bytes follow, without the effect of those.
+/// Return the register after four aligned bytes that `followers` bytes follow, without the effect of those.
 inline uint32_t take_word(uint32_t value, const uint8_t *bytes, size_t followers) noexcept {
-  value ^= word_at(bytes);
+  value ^= load<uint32_t, alignof(uint32_t)>(bytes);
   return tables[followers + 3][value & 0xFF] ^ tables[followers + 2][value >> 8 & 0xFF] ^
          tables[followers + 1][value >> 16 & 0xFF] ^ tables[followers][value >> 24];
 }
@@ -54,12 +52,14 @@ inline uint32_t take_step(uint32_t value, const uint8_t *bytes) noexcept {
 } // namespace
 
 uint32_t crc32_by_tables(uint32_t value, const uint8_t *bytes, size_t size) noexcept {
+  for (; size > 0 && reinterpret_cast<uintptr_t>(bytes) % alignof(uint32_t) != 0; --size)
+    value = take_byte(value, *bytes++);
   for (; size >= step; size -= step, bytes += step)
     value = take_step(value, bytes);
   for (; size >= 4; size -= 4, bytes += 4)
     value = take_word(value, bytes, 0);
   for (; size > 0; --size)
-    value = tables[0][(value ^ *bytes++) & 0xFF] ^ value >> 8;
+    value = take_byte(value, *bytes++);
   return value;
 }
 

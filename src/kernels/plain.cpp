@@ -1,5 +1,6 @@
 // Loops for any machine: words, and the compiler's vectors on machines with 16-byte registers.
 
+#include "base/unaligned.hpp"
 #include "fb/colour_table.hpp"
 #include "fb/colours.hpp"
 #include "fb/pair_row.hpp"
@@ -9,7 +10,6 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cstring>
 
 namespace dravik::kernels {
 namespace {
@@ -31,7 +31,7 @@ struct ramp_pairs {
 
 /// Return the pixel pairs of a ramp, cached until the colours of the ramp change. A new cache is valid for a
 /// ramp of zeros.
-const ramp_pairs &pairs_of(const ramp &in) noexcept {
+[[gnu::noinline]] const ramp_pairs &pairs_of(const ramp &in) noexcept {
   static constinit std::array<ramp_pairs, DRAVIK_RAMPS> tables = {};
   ramp_pairs &table = tables[in.number];
   if (std::equal(table.colours.begin(), table.colours.end(), in.colours))
@@ -67,8 +67,7 @@ void put_present(pixel *to, levels_word word, levels_word present, const ramp_pa
 /// Draw a row; level 0 leaves its pixel unchanged. Most words of artwork are empty or full.
 void put_levels_over(pixel *to, const uint8_t *from, size_t width, const ramp_pairs &table) noexcept {
   for (; width >= levels_a_word; width -= levels_a_word, to += levels_a_word, from += sizeof(levels_word)) {
-    levels_word word;
-    std::memcpy(&word, from, sizeof word);
+    const auto word = load<levels_word>(from);
     const levels_word present = present_in(word);
     if (present == lowest_of_levels) {
       fb::put_pair_row(to, from, levels_a_word, table.pairs);
@@ -114,21 +113,17 @@ template <bool WithoutBlack> struct key_colour {
 };
 
 /// Draw the pixels of a row that `key` does not make transparent, in the colours of `paint`. Machines with
-/// 16-byte registers examine eight pixels at a time.
-template <class Key, class Paint>
+/// 16-byte registers examine eight pixels at a time. `from` is a multiple of `Alignment`.
+template <size_t Alignment, class Key, class Paint>
 void put_keyed_row(pixel *to, const uint8_t *from, size_t width, Key key, Paint paint) noexcept {
   const auto put_some = [=](size_t first, size_t last) {
-    for (size_t i = first; i < last; ++i) {
-      uint16_t colour;
-      std::memcpy(&colour, from + i * 2, sizeof colour);
-      if (!key.leaves_out(colour))
+    for (size_t i = first; i < last; ++i)
+      if (const auto colour = load<uint16_t, Alignment>(from + i * 2); !key.leaves_out(colour))
         to[i] = paint(colour);
-    }
   };
   size_t done = 0;
   for (; fb::has_wide_registers && width - done >= 8; done += 8) {
-    fb::vector_of_8 colours;
-    std::memcpy(&colours, from + done * 2, sizeof colours);
+    const auto colours = load<fb::vector_of_8, Alignment>(from + done * 2);
     const auto left_out = reinterpret_cast<fb::vector_of_2>(key.leaves_out(colours));
     if ((left_out[0] | left_out[1]) == 0) {
       fb::store(to + done, paint(colours));
@@ -140,8 +135,11 @@ void put_keyed_row(pixel *to, const uint8_t *from, size_t width, Key key, Paint 
 }
 
 template <class Key, class Paint> void put_keyed(const picture &what, Key key, Paint paint) noexcept {
-  each_row(what,
-           [=](pixel *to, const uint8_t *from, size_t width) { put_keyed_row(to, from, width, key, paint); });
+  each_row(what, [=](pixel *to, const uint8_t *from, size_t width) {
+    if (fb::has_wide_registers || reinterpret_cast<uintptr_t>(from) % alignof(pixel) != 0)
+      return put_keyed_row<1>(to, from, width, key, paint);
+    put_keyed_row<alignof(pixel)>(to, from, width, key, paint);
+  });
 }
 
 void keyed(const picture &what, uint16_t key) noexcept {
@@ -164,17 +162,9 @@ template <class Words> constexpr Words rgb565_of(Words pixels) noexcept {
   return fb::truncated_rgb565<fb::channel_order::bgr>(pixels);
 }
 
-uint32_t word_at(const uint8_t *bytes) noexcept {
-  uint32_t word;
-  std::memcpy(&word, bytes, sizeof word);
-  return word;
-}
-
-/// Return the last pixel of a row, without reading past it.
-template <size_t PixelSize> uint32_t last_at(const uint8_t *bytes) noexcept {
-  uint32_t word = 0;
-  std::memcpy(&word, bytes, PixelSize);
-  return word;
+/// Return a pixel of a row, without reading past it.
+uint32_t rgb565_at(const uint8_t *bytes) noexcept {
+  return fb::truncated_rgb565(bytes[2], bytes[1], bytes[0]);
 }
 
 /// Store two pixels, or as many pairs as the vectors have words: the left pixels of the pairs come from the
@@ -187,16 +177,24 @@ template <class Words> void put_pairs(pixel *to, Words left, Words right) noexce
 template <size_t PixelSize> void put_true_colour_row(pixel *to, const uint8_t *from, size_t width) noexcept {
   constexpr size_t pair = 2 * PixelSize, reads_ahead = PixelSize == 3 ? 1 : 0;
   [[maybe_unused]] constexpr auto every_other = [](const uint8_t *row) {
-    return fb::vector_of_4{word_at(row), word_at(row + pair), word_at(row + 2 * pair),
-                           word_at(row + 3 * pair)};
+    return fb::vector_of_4{load<uint32_t>(row), load<uint32_t>(row + pair), load<uint32_t>(row + 2 * pair),
+                           load<uint32_t>(row + 3 * pair)};
   };
-  if constexpr (fb::has_wide_registers)
+  if constexpr (fb::has_wide_registers) {
     for (; width >= 8 + reads_ahead; width -= 8, to += 8, from += 4 * pair)
       put_pairs(to, every_other(from), every_other(from + PixelSize));
-  for (; width >= 2 + reads_ahead; width -= 2, to += 2, from += pair)
-    put_pairs(to, word_at(from), word_at(from + PixelSize));
-  for (; width != 0; --width, from += PixelSize)
-    *to++ = static_cast<uint16_t>(rgb565_of(last_at<PixelSize>(from)));
+    for (; width >= 2 + reads_ahead; width -= 2, to += 2, from += pair)
+      put_pairs(to, load<uint32_t>(from), load<uint32_t>(from + PixelSize));
+  }
+  if (fb::splits_word(to) && width != 0) {
+    *to++ = static_cast<uint16_t>(rgb565_at(from));
+    from += PixelSize;
+    --width;
+  }
+  for (; width >= 2; width -= 2, to += 2, from += pair)
+    fb::store_pair(to, rgb565_at(from + PixelSize) << 16 | rgb565_at(from));
+  if (width != 0)
+    *to = static_cast<uint16_t>(rgb565_at(from));
 }
 
 void bgr24(const picture &what) noexcept {
@@ -209,8 +207,12 @@ void bgr32(const picture &what) noexcept {
 
 void indexed(const picture &what, const uint16_t *palette) noexcept {
   each_row(what, [palette](pixel *to, const uint8_t *from, size_t width) {
+    if (fb::splits_word(to) && width != 0) {
+      *to++ = palette[*from++];
+      --width;
+    }
     for (; width >= 2; width -= 2, to += 2, from += 2)
-      fb::store(to, fb::pixel_pair(palette[from[0]], palette[from[1]]));
+      fb::store_pair(to, fb::pixel_pair(palette[from[0]], palette[from[1]]));
     if (width != 0)
       *to = palette[*from];
   });

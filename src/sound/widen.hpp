@@ -1,9 +1,10 @@
 // Mono to stereo.
 #pragma once
 
+#include "base/unaligned.hpp"
+
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 namespace dravik::sound {
 
@@ -11,10 +12,9 @@ namespace dravik::sound {
 /// overlap. Two stores: compilers make one interleaved vector store of them, but not of a product.
 inline void widen(const uint8_t *__restrict mono, size_t samples, uint8_t *__restrict stereo) noexcept {
   for (size_t i = 0; i < samples; ++i) {
-    uint16_t sample;
-    std::memcpy(&sample, mono + 2 * i, sizeof sample);
-    std::memcpy(stereo + 4 * i, &sample, sizeof sample);
-    std::memcpy(stereo + 4 * i + 2, &sample, sizeof sample);
+    const auto sample = load<uint16_t, alignof(uint16_t)>(mono + 2 * i);
+    store<alignof(uint16_t)>(stereo + 4 * i, sample);
+    store<alignof(uint16_t)>(stereo + 4 * i + 2, sample);
   }
 }
 

@@ -2,6 +2,7 @@
 // around the text is copied to the screen through a ramp of the colour table.
 
 #include "base/byte_reader.hpp"
+#include "base/unaligned.hpp"
 #include "fb/colour_table.hpp"
 #include "fb/ramps.hpp"
 #include "fb/surface.hpp"
@@ -281,9 +282,8 @@ template <bool Transparent> struct level_painter {
   /// Around letters and inside strokes, levels are equal: eight equal levels are drawn as one fill.
   void copy(pixel *to, int64_t count, const uint8_t *cells) const noexcept {
     int64_t c = 0;
-    for (uint64_t eight; c + 8 <= count; c += 8) {
-      std::memcpy(&eight, cells + c, sizeof eight);
-      if (eight == cells[c] * uint64_t{0x0101010101010101}) {
+    for (; c + 8 <= count; c += 8) {
+      if (load<uint64_t>(cells + c) == cells[c] * uint64_t{0x0101010101010101}) {
         fill(to + c, 8, cells[c]);
       } else {
         for (int64_t i = c; i < c + 8; ++i)
