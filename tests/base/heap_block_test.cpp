@@ -25,7 +25,12 @@ TEST(HeapBlock, HasRequestedSize) {
 }
 
 TEST(HeapBlock, IsEmptyWhenMemoryIsShort) {
-  volatile size_t size = SIZE_MAX / 2;
+  volatile size_t size = SIZE_MAX - 4096;
+  EXPECT_EQ(allocate_block(size), nullptr);
+}
+
+TEST(HeapBlock, IsEmptyForAFileBeyondTheAddressSpace) {
+  volatile uint64_t size = UINT64_MAX - 0xFFFF;
   EXPECT_EQ(allocate_block(size), nullptr);
 }
 
