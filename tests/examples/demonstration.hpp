@@ -31,7 +31,7 @@ class prepared_board : public board {
 public:
   explicit prepared_board(const sim::screen &shown = sim::screen::of_size(640, 480)) : board(shown) {
     add_demonstration_files(*this);
-    write("dev/fb0", std::string(shown.memory_bytes(), '\xA5'));
+    write("dev/fb0", std::string(static_cast<size_t>(shown.memory_bytes()), '\xA5'));
   }
 };
 

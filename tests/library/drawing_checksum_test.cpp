@@ -153,8 +153,8 @@ void show_bmp_slot(arguments &next, const pictures &) {
 void print_text(arguments &next, const pictures &) {
   const point at = {next.between(0, 30), next.between(0, 50)};
   const uint16_t fg = next.colour(), bg = next.one_of(named);
-  fb_printf(static_cast<uint32_t>(at.x), static_cast<uint32_t>(at.y), fg, bg, next.between(0, 1), "\1\2%d",
-            next.between(0, 9));
+  const int32_t font = next.between(0, 1), digit = next.between(0, 9);
+  fb_printf(static_cast<uint32_t>(at.x), static_cast<uint32_t>(at.y), fg, bg, font, "\1\2%d", digit);
 }
 
 struct kind {
@@ -205,7 +205,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, DrawingChecksum,
                                          kind{"Artwork", show_artwork, 2000, 0x85F70161FA221C63},
                                          kind{"BmpFiles", draw_bmp_file, 1000, 0xAE02B430A37097B7},
                                          kind{"BmpSlots", show_bmp_slot, 2000, 0x6ECF7FCC08FB6E86},
-                                         kind{"Text", print_text, 2000, 0xF29ACBD319DECAA2}),
+                                         kind{"Text", print_text, 2000, 0xDB3D88F195BC33E2}),
                          [](const auto &tested) { return std::string{tested.param.name}; });
 
 } // namespace
