@@ -8,24 +8,18 @@
 
 #include <stdio.h>
 
-static const struct {
-  uint8_t bit;
-  const char *name;
-} states[] = {{DRAVIK_CARD_PRESENT, "present"},
-              {DRAVIK_CARD_LOCKED, "write-protected"},
-              {DRAVIK_CARD_PARTITIONED, "partitioned"},
-              {DRAVIK_CARD_MOUNTED, "mounted"},
-              {DRAVIK_CARD_FAT32, "FAT32"},
-              {DRAVIK_CARD_WRITABLE, "writable"}};
+static const char *if_set(uint8_t status, enum dravik_card_status bit, const char *name) {
+  return (status & bit) != 0 ? name : "";
+}
 
 static int print_state(void) {
   uint8_t status;
   const int result = sd_card_check(&status);
-  printf("memory card:");
-  for (size_t i = 0; i < sizeof states / sizeof *states; ++i)
-    if ((status & states[i].bit) != 0)
-      printf(" %s", states[i].name);
-  putchar('\n');
+  printf("memory card:%s%s%s%s%s%s\n", if_set(status, DRAVIK_CARD_PRESENT, " present"),
+         if_set(status, DRAVIK_CARD_LOCKED, " write-protected"),
+         if_set(status, DRAVIK_CARD_PARTITIONED, " partitioned"),
+         if_set(status, DRAVIK_CARD_MOUNTED, " mounted"), if_set(status, DRAVIK_CARD_FAT32, " FAT32"),
+         if_set(status, DRAVIK_CARD_WRITABLE, " writable"));
   return result;
 }
 
