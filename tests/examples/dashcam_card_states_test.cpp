@@ -1,5 +1,6 @@
 // What the demonstration makes of the card at each look, while the kernel reports it piece by piece.
 
+#include "dravik.h"
 #include "support/board.hpp"
 
 #pragma GCC diagnostic push
@@ -69,7 +70,7 @@ protected:
 
 TEST_F(DashcamCardStates, HealthyCardIsUsable) {
   insert_and_mount();
-  EXPECT_EQ(look().status, CARD_HEALTHY);
+  EXPECT_EQ(look().status, DRAVIK_CARD_HEALTHY);
   EXPECT_TRUE(look().is_usable);
   EXPECT_THAT(on_.events(), Not(Contains("umount: /tmp/mmcblk0p1")));
 }
@@ -80,14 +81,14 @@ TEST_F(DashcamCardStates, PartitionAndMountAreAwaited) {
   find_partition();
   EXPECT_EQ(look().status, 0);
   mount();
-  EXPECT_EQ(look().status, CARD_HEALTHY);
+  EXPECT_EQ(look().status, DRAVIK_CARD_HEALTHY);
 }
 
 TEST_F(DashcamCardStates, CardWithoutAPartitionIsReportedAtTheThirdLook) {
   insert_disk();
   EXPECT_EQ(look().status, 0);
   EXPECT_EQ(look().status, 0);
-  EXPECT_EQ(look().status, CARD_PRESENT);
+  EXPECT_EQ(look().status, DRAVIK_CARD_PRESENT);
   EXPECT_FALSE(look().is_usable);
 }
 
@@ -95,7 +96,7 @@ TEST_F(DashcamCardStates, UnmountedCardIsReportedImmediately) {
   insert_and_mount();
   look();
   on_.write("proc/mounts", "rootfs / rootfs rw 0 0\n");
-  EXPECT_EQ(look().status, CARD_PRESENT | CARD_PARTITIONED);
+  EXPECT_EQ(look().status, DRAVIK_CARD_PRESENT | DRAVIK_CARD_PARTITIONED);
 }
 
 TEST_F(DashcamCardStates, MountOfARemovedCardIsDetached) {
@@ -122,14 +123,14 @@ TEST_F(DashcamCardStates, MountOfAnExchangedCardIsDetached) {
 TEST_F(DashcamCardStates, CardWithoutASizeIsNotUsable) {
   insert_and_mount();
   on_.write("sys/block/mmcblk0/size", "0\n");
-  EXPECT_EQ(look().status, CARD_HEALTHY);
+  EXPECT_EQ(look().status, DRAVIK_CARD_HEALTHY);
   EXPECT_FALSE(look().is_usable);
 }
 
 TEST_F(DashcamCardStates, CardThatCannotBeSurveyedIsNotUsable) {
   insert_and_mount();
   on_.set_fault("open", "/tmp/mmcblk0p1", "EIO");
-  EXPECT_EQ(look().status, CARD_HEALTHY);
+  EXPECT_EQ(look().status, DRAVIK_CARD_HEALTHY);
   EXPECT_FALSE(look().is_usable);
   on_.clear_faults();
   EXPECT_TRUE(look().is_usable);

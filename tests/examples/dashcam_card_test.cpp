@@ -203,7 +203,7 @@ TEST_F(DashcamCard, WithoutASizeIsAnError) {
   on_.write("sys/block/mmcblk0/size", "0\n");
   living_dashcam dashcam{on_, {"--screen", "card", "--stay"}};
   dashcam.await_line("state: card error");
-  dashcam.end();
+  dashcam.expect_end();
 }
 
 TEST_F(DashcamCard, IsLeftAloneByAKeyThatSaysNo) {
