@@ -52,6 +52,6 @@ int save_screen(void) {
   if (fbinfo[FBINFO_XRES] != WIDTH || fbinfo[FBINFO_YRES] != HEIGHT)
     return report(-1, "requires a panel of 640 by 480");
   if (save_or_remove(visible_pixels()) != 0)
-    return report(-1, "cannot be saved; insert a memory card");
+    return report(-1, "cannot be saved; requires a memory card with free space");
   return report(0, "saved on the memory card");
 }

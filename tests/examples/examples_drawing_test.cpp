@@ -242,7 +242,7 @@ TEST(SlotsExample, ShowsTheFilesSideBySide) {
                                         .pixels = {static_cast<uint8_t>(low), static_cast<uint8_t>(high),
                                                    static_cast<uint8_t>(low), static_cast<uint8_t>(high)}}
                                   .file());
-  EXPECT_EQ(expect_success(on, "slots", {on.path(), "DRAVIK_RED.bmp", "DRAVIK_GREEN.bmp"}), "");
+  EXPECT_EQ(expect_success(on, "slots", {on.path(), "red.bmp", "green.bmp"}), "");
   const shot seen{on, {}};
   EXPECT_EQ(seen.area(0, 0, 5, 1),
             (std::vector<uint16_t>{DRAVIK_RED, DRAVIK_RED, DRAVIK_GREEN, DRAVIK_GREEN, DRAVIK_BLACK}));

@@ -85,7 +85,7 @@ inline void expect_first_program_runs(const std::string &simulator, const std::s
   EXPECT_EQ(pixel(memory, 41, 41), 0xFFFFU);             // the rectangle
   EXPECT_EQ(pixel(memory, 80, 80), 0xF800U);             // the disc
   EXPECT_NE(memory.find("\x21\x08"), std::string::npos); // the text
-  EXPECT_NE(text_of(board + "/tmp/dravik.log").find("first picture drawn"), std::string::npos);
+  EXPECT_NE(text_of(board + "/tmp/dravik.log").find("first screen drawn"), std::string::npos);
 }
 
 } // namespace dravik::test

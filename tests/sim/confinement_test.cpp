@@ -100,6 +100,10 @@ int set_clock() {
   return ::clock_settime(no_clock, &time);
 }
 
+int set_time_of_day() {
+  return static_cast<int>(::syscall(SYS_settimeofday, 1, 1));
+}
+
 /// How each call is made; those that start a program start one that calls the kernel's reboot.
 const std::map<std::string, std::function<int()>> ways = {
     {"mount", [] { return ::mount(nowhere, nowhere, nowhere, 0, nullptr); }},
@@ -107,7 +111,9 @@ const std::map<std::string, std::function<int()>> ways = {
     {"umount2", [] { return ::umount2(nowhere, 0); }},
     {"reboot", [] { return ::reboot(0x5A5A5A5A); }}, // no such request
     {"clock_settime", set_clock},
-    {"settimeofday", [] { return static_cast<int>(::syscall(SYS_settimeofday, 1, 1)); }},
+    {"__clock_settime64", set_clock}, // its name on 32-bit machines
+    {"settimeofday", set_time_of_day},
+    {"__settimeofday64", set_time_of_day},
     {"system", [] { return end_of_shell(std::system(command)); }},
     {"popen", [] { return end_of_shell(::pclose(::popen(command, "r"))); }},
     {"execl", [] { return ::execl(CALLS_THE_HOST, CALLS_THE_HOST, "reboot", nullptr); }},
