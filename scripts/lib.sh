@@ -110,6 +110,31 @@ debian_release() {
   . /etc/os-release && echo "$VERSION_CODENAME"
 }
 
+# use_apt_root DIRECTORY ARCHITECTURE: makes a directory for apt with lists of its own, without any package installed,
+# and lets apt use it from now on. Downloads need no root; nothing else on the host is changed.
+use_apt_root() {
+  rm -rf "$1"
+  mkdir -p "$1/etc/apt/apt.conf.d" "$1/etc/apt/preferences.d" "$1/var/lib/apt/lists/partial" \
+    "$1/var/cache/apt/archives/partial" "$1/var/lib/dpkg"
+  : >"$1/var/lib/dpkg/status"
+  keyring=/usr/share/keyrings/debian-archive-keyring.gpg
+  echo "deb [signed-by=$keyring] $(debian_mirror) $(debian_release) main" >"$1/etc/apt/sources.list"
+  cat >"$1/apt.conf" <<SETTINGS
+Dir "$1";
+Dir::State::status "$1/var/lib/dpkg/status";
+Dir::Bin::methods "/usr/lib/apt/methods";
+APT::Architecture "$2";
+APT::Architectures { "$2"; };
+APT::Install-Recommends "false";
+APT::Sandbox::User "root";
+Acquire::Languages "none";
+Debug::NoLocking "true";
+SETTINGS
+  apt_network_settings >>"$1/apt.conf"
+  export APT_CONFIG="$1/apt.conf"
+  apt-get -qq update
+}
+
 library_packages="g++ cmake make libjpeg62-turbo-dev libasound2-dev libmad0-dev libfreetype-dev"
 demo_packages="$library_packages libpng-dev zlib1g-dev librsvg2-bin imagemagick console-setup-linux gzip
   fonts-liberation fonts-droid-fallback sox espeak-ng lame dosfstools mtools"
@@ -119,6 +144,9 @@ sysroot_packages="libc6-dev libjpeg62-turbo-dev libasound2-dev libmad0-dev libfr
 arm_packages="$cross_packages g++-arm-linux-gnueabihf g++-arm-linux-gnueabi qemu-user-static"
 test_packages="$demo_packages libgtest-dev libgmock-dev binutils clang-format clang-tidy doxygen fdisk file
   fonts-dejavu-core iproute2 jq libjpeg-turbo-progs netpbm pkg-config"
+vm_packages="debian-archive-keyring gcc make libelf1 python3-minimal qemu-system-x86 busybox-static dosfstools fdisk
+  mtools alsa-utils mtd-utils"
+vm_arm_packages="gcc-arm-linux-gnueabihf qemu-system-arm"
 bench_packages="$library_packages pkg-config libbenchmark-dev libpixman-1-dev libsdl2-dev libsdl2-gfx-dev libagg-dev
   libturbojpeg0-dev libdeflate-dev libpng-dev zlib1g-dev lame sox fonts-liberation fonts-droid-fallback"
 fuzz_packages="$library_packages libpng-dev clang libclang-rt-14-dev"
