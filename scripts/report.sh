@@ -97,6 +97,30 @@ record_tests() {
   done <"$logs/left-out"
 }
 
+# record_results NAME LOG RESULTS: adds a file of results to the report. A line is a result and a test, "passed", "failed"
+# or "skipped"; lines that begin with a space show more of the test above them.
+record_results() {
+  if [ ! -s "$3" ]; then
+    failed=$((failed + 1))
+    done_with 'FAILED: no test ran'
+    tail -n 20 "$2" | record_failure "$1: no test ran (log: ${2#"$root"/})"
+    return 0
+  fi
+  good=$(grep -c '^passed ' "$3" || true)
+  bad=$(grep -c '^failed ' "$3" || true)
+  left_out=$(grep -c '^skipped ' "$3" || true)
+  passed=$((passed + good))
+  failed=$((failed + bad))
+  skipped=$((skipped + left_out))
+  done_with "$good passed, $bad failed, $left_out skipped"
+  for test in $(sed -n 's/^failed //p' "$3"); do
+    awk -v test="failed $test" '/^[^ ]/ { inside = $0 == test } inside && /^ / { print substr($0, 3) }' "$3" |
+      record_failure "$1: $test"
+  done
+  awk -v name="$1" '/^skipped / { test = $2; next } /^[^ ]/ { test = "" }
+    test && /^ / { print name ": " test ":" $0; test = "" }' "$3" >>"$logs/skipped"
+}
+
 # end_report: prints the summary. Fails if a check failed, or if none ran.
 end_report() {
   printf '%-16s %6s\n' total "$(minutes $(($(date +%s) - began)))" >>"$logs/times"

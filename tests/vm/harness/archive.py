@@ -9,10 +9,9 @@ Path = pathlib.Path
 
 
 class Tree:
-    """Files of the guest. `root` is where the libraries and programs of its architecture are on the host."""
+    """Files of the guest. `library_directories` are where libraries of its architecture are on the host."""
 
-    def __init__(self, root: Path, library_directories: list[str]) -> None:
-        self.root = root
+    def __init__(self, library_directories: list[Path]) -> None:
         self.library_directories = library_directories
         self.entries: dict[str, tuple[int, bytes]] = {}
 
@@ -53,10 +52,10 @@ class Tree:
 
     def find_library(self, library: str) -> Path:
         for directory in self.library_directories:
-            path = self.root / directory / library
+            path = directory / library
             if path.exists():
                 return path
-        raise FileNotFoundError(f"{library}: not in {self.library_directories} below {self.root}")
+        raise FileNotFoundError(f"{library}: not in {self.library_directories}")
 
     def write(self, target: Path) -> None:
         with target.open("wb") as archive:

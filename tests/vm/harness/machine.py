@@ -24,6 +24,8 @@ SERIAL_PORTS = {
     "amd64": ["-serial", "chardev:library", "-serial", "chardev:console"],
     "armhf": ["-serial", "chardev:console", "-device", "pci-serial,chardev=library"],
 }
+# Where the emulated adapter scans out what the kernel's driver puts into its memory.
+SCANNED_OUT = {"amd64"}
 CONSOLES = {"amd64": "ttyS1", "armhf": "ttyAMA0"}
 
 
@@ -41,6 +43,7 @@ class Machine:
         # Without a fixed tick the guest may lose its timer for seconds while the host is busy.
         console = f"console={CONSOLES[architecture]} panic=-1 loglevel=1 nohz=off video=640x480-16"
         command += ["-kernel", str(kernel), "-initrd", str(archive), "-append", f"{console} {settings}"]
+        self.is_scanned_out = architecture in SCANNED_OUT
         self.card = card
         self.process = subprocess.Popen(command, stdin=subprocess.DEVNULL)
         connections = {name: accept(listener, self.process) for name, listener in listeners.items()}

@@ -49,45 +49,44 @@ CHAINS = [
 
 
 @dataclasses.dataclass
-class Target:
-    """Where the programs of an architecture are on the host."""
+class Origin:
+    """Where the programs and the libraries of an architecture are on the host."""
 
-    root: Path
-    library_directories: list[str]
-    loader: str
+    programs: Path
+    libraries: list[Path]
 
 
-def target_of(architecture: str) -> Target:
-    if architecture == "amd64":
-        directories = ["lib/x86_64-linux-gnu", "usr/lib/x86_64-linux-gnu"]
-        return Target(Path("/"), directories, "x86_64-linux-gnu")
-    return Target(PROJECT / "build/vm/armhf/root", ["lib/arm-linux-gnueabihf", "usr/lib/arm-linux-gnueabihf", "lib"],
-                  "arm-linux-gnueabihf")
+ORIGINS = {
+    "amd64": Origin(Path("/"), [Path("/lib/x86_64-linux-gnu"), Path("/usr/lib/x86_64-linux-gnu")]),
+    "armhf": Origin(PROJECT / "build/vm/armhf/programs",
+                    [PROJECT / "build/sysroot-armhf" / directory / "arm-linux-gnueabihf"
+                     for directory in ("lib", "usr/lib")]),
+}
 
 
 PROGRAMS = {
     "usr/bin/amixer": "usr/bin/amixer",
     "usr/bin/arecord": "usr/bin/arecord",
-    "usr/local/bin/dosfsck": "usr/sbin/fsck.fat",
-    "sbin/mkfs.vfat": "usr/sbin/mkfs.fat",
+    "usr/local/bin/dosfsck": "sbin/fsck.fat",
+    "sbin/mkfs.vfat": "sbin/mkfs.fat",
     "usr/sbin/nanddump": "usr/sbin/nanddump",
     "usr/sbin/nandwrite": "usr/sbin/nandwrite",
 }
 
 
 def build_tree(architecture: str, build: Path) -> archive.Tree:
-    target = target_of(architecture)
+    origin = ORIGINS[architecture]
     kernel = PROJECT / "build/vm" / architecture / "kernel"
-    tree = archive.Tree(target.root, [str(build / "lib"), *target.library_directories])
+    tree = archive.Tree([build / "lib", *origin.libraries])
     for directory in ("dev", "proc", "sys", "tmp"):
         tree.add(directory, archive.stat.S_IFDIR | 0o755, b"")
     for name in applets():
         tree.link(name, "/bin/busybox")
-    tree.file("bin/busybox", target.root / "bin/busybox")
+    tree.file("bin/busybox", origin.programs / "bin/busybox")
     for name, source in PROGRAMS.items():
         tree.entries.pop(name, None)
-        tree.program(name, target.root / source)
-    tree.directory("usr/share/alsa", target.root / "usr/share/alsa", skip=("ucm", "ucm2", "topology"))
+        tree.program(name, origin.programs / source)
+    tree.directory("usr/share/alsa", origin.programs / "usr/share/alsa", skip=("ucm", "ucm2", "topology"))
     tree.directory("lib/modules", kernel / "lib/modules")
     tree.text("etc/group", "root:x:0:\naudio:x:29:\n")
     tree.text("etc/passwd", "root:x:0:0::/:/bin/sh\n")
@@ -112,10 +111,11 @@ def run_boot(architecture: str, boot: Boot, base: Path, card: Path, pictures: Pa
     kernel = PROJECT / "build/vm" / architecture / "kernel/image"
     guest = machine.Machine(architecture, kernel, base, card, directory, f"tests={','.join(boot.suites)}",
                             boot.exact_time)
-    running = session.Session(directory, pictures, guest)
+    running = session.Session(boot.suites, directory, pictures, guest)
     try:
         running.run()
     finally:
+        running.keep_text()
         guest.cut_power()
     return running
 
