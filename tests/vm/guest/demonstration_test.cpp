@@ -11,7 +11,7 @@ using namespace dravik::vm;
 class Demonstration : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(Demonstration, ShowsSameAsSimulatedBoard) {
-  run("mountpoint -q /tmp/mmcblk0p1 || mount /dev/mmcblk0p1 /tmp/mmcblk0p1");
+  run("grep -q mmcblk0p1 /proc/mounts || mount /dev/mmcblk0p1 /tmp/mmcblk0p1");
   EXPECT_EQ(run("dashcam --screen " + GetParam() + " --time 14:32:08 2>/tmp/dashcam.log"), 0)
       << read_text("/tmp/dashcam.log");
   EXPECT_EQ(ask("picture " + GetParam()), "ok");

@@ -40,8 +40,9 @@ class Machine:
         command += SERIAL_PORTS[architecture] + ["-mon", "chardev=monitor,mode=control"]
         command += ["-device", "cirrus-vga", "-device", "sdhci-pci", "-device", "sd-card,id=card,drive=card"]
         command += ["-drive", f"if=none,id=card,format=raw,cache=unsafe,file={card}"]
-        # Without a fixed tick the guest may lose its timer for seconds while the host is busy.
-        console = f"console={CONSOLES[architecture]} panic=-1 loglevel=1 nohz=off video=640x480-16"
+        # On a busy host, the kernel's check of its timer may fail, and the guest lose the timer for seconds without a
+        # fixed tick.
+        console = f"console={CONSOLES[architecture]} panic=-1 loglevel=1 no_timer_check nohz=off video=640x480-16"
         command += ["-kernel", str(kernel), "-initrd", str(archive), "-append", f"{console} {settings}"]
         self.is_scanned_out = architecture in SCANNED_OUT
         self.card = card
@@ -56,6 +57,10 @@ class Machine:
         self.monitor.command("screendump", filename=str(target))
         magic, size, _, pixels = target.read_bytes().split(b"\n", 3)
         return rgb565(pixels)
+
+    def picture(self, target: Path) -> None:
+        """Write what the panel shows to a file as a PNG image."""
+        self.monitor.command("screendump", filename=str(target), format="png")
 
     def remove_card(self) -> None:
         self.monitor.command("eject", id="card", force=True)

@@ -36,7 +36,7 @@ class Boot:
 
 CHAINS = [
     [
-        Boot("devices", ["Demonstration", "Panel", "Geometry", "GeometryOfOneScreen", "Board", "Log", "Console", "Mixer"]),
+        Boot("devices", ["Demonstration", "Probe", "Panel", "Geometry", "GeometryOfOneScreen", "Board", "Log", "Console", "Mixer"]),
     ],
     [
         Boot("card", ["Card", "Recordings", "Partition"]),
@@ -46,6 +46,10 @@ CHAINS = [
     ],
     [Boot("sound", ["Sound", "LoopedSound"], exact_time=True)],
 ]
+
+
+# The demonstration is not built for ARM, and its adapter is not scanned out there.
+NOT_ON = {"armhf": ("Demonstration",)}
 
 
 @dataclasses.dataclass
@@ -94,7 +98,7 @@ def build_tree(architecture: str, build: Path) -> archive.Tree:
     # A plain reboot of BusyBox only sends a signal to the first process.
     tree.add("sbin/reboot", archive.stat.S_IFREG | 0o755, b"#!/bin/sh\nexec /bin/busybox reboot -f\n")
     tree.program("usr/bin/vm_test", build / "bin/vm_test")
-    for name in ("dravik-ctl", "dashcam"):
+    for name in ("dravik-ctl", "board_probe", "dashcam"):
         if (build / "bin" / name).exists():
             tree.program(f"usr/bin/{name}", build / "bin" / name)
     return tree
@@ -105,13 +109,13 @@ def applets() -> list[str]:
     return listed.split()
 
 
-def run_boot(architecture: str, boot: Boot, base: Path, card: Path, pictures: Path, run: Path) -> session.Session:
+def run_boot(architecture: str, boot: Boot, base: Path, card: Path, expected: Path, run: Path) -> session.Session:
     directory = run / boot.name
     directory.mkdir(parents=True)
     kernel = PROJECT / "build/vm" / architecture / "kernel/image"
     guest = machine.Machine(architecture, kernel, base, card, directory, f"tests={','.join(boot.suites)}",
                             boot.exact_time)
-    running = session.Session(boot.suites, directory, pictures, guest)
+    running = session.Session(boot.suites, directory, expected, guest)
     try:
         running.run()
     finally:
@@ -120,21 +124,21 @@ def run_boot(architecture: str, boot: Boot, base: Path, card: Path, pictures: Pa
     return running
 
 
-def run_chain(architecture: str, chain: list[Boot], base: Path, card: Path, pictures: Path,
+def run_chain(architecture: str, chain: list[Boot], base: Path, card: Path, expected: Path,
               run: Path) -> list[session.Session]:
     mine = run / f"{chain[0].name}.img"
     subprocess.run(["cp", "--sparse=always", card, mine], check=True)
     sessions = []
     for boot in chain:
-        sessions.append(run_boot(architecture, boot, base, mine, pictures, run))
+        sessions.append(run_boot(architecture, boot, base, mine, expected, run))
     return sessions
 
 
-def chosen(suites: list[str]) -> list[list[Boot]]:
+def chosen(architecture: str, suites: list[str]) -> list[list[Boot]]:
     """Return the boots that run these suites; all of them if none is named."""
-    if not suites:
-        return CHAINS
-    chains = [[dataclasses.replace(boot, suites=[s for s in boot.suites if s in suites]) for boot in chain]
+    def is_chosen(suite: str) -> bool:
+        return suite not in NOT_ON.get(architecture, ()) and (not suites or suite in suites)
+    chains = [[dataclasses.replace(boot, suites=list(filter(is_chosen, boot.suites))) for boot in chain]
               for chain in CHAINS]
     return [kept for chain in chains if (kept := [boot for boot in chain if boot.suites])]
 
@@ -153,14 +157,15 @@ def main(architecture: str, build_name: str, run_name: str, *suites: str) -> Non
     build, run = Path(build_name).resolve(), Path(run_name).resolve()
     shutil.rmtree(run, ignore_errors=True)
     run.mkdir(parents=True)
-    card, pictures = simulated.record_screens(build if architecture == "amd64" else None, run)
+    host_build = PROJECT / "build/release"
+    card, expected = simulated.record_board(host_build, run)
     tree = build_tree(architecture, build)
-    simulated.add_files(tree, pictures, build)
+    simulated.add_files(tree, expected, host_build)
     base = run / "base.cpio"
     tree.write(base)
-    chains = chosen(list(suites))
+    chains = chosen(architecture, list(suites))
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as executor:
-        waiting = [executor.submit(run_chain, architecture, chain, base, card, pictures, run) for chain in chains]
+        waiting = [executor.submit(run_chain, architecture, chain, base, card, expected, run) for chain in chains]
         sessions = [finished for future in waiting for finished in future.result()]
     write_results(sessions, run / "results")
     print((run / "results").read_text(), end="")

@@ -5,16 +5,19 @@ A test asks the host by a line that starts with "@@" and waits for one line of a
 
 import pathlib
 import re
-import shutil
 import time
 import zlib
 
 import machine
+import simulated
 
 Path = pathlib.Path
 
 SETTLE_SECONDS = 10  # for the panel, which follows the frame buffer, and for text on a serial port
 SILENCE_SECONDS = 90  # without a line on the console: the guest hangs
+
+PAGE = Path(__file__).resolve().parents[3] / "docs/simulated-board.md"
+PROBE = "probe: "
 
 NO_RESULT = "no result"
 ORDERLY_END = "guest-shutdown"
@@ -22,16 +25,17 @@ RESULT = re.compile(r"\[ +(RUN|OK|FAILED|SKIPPED) +\] (\w+(?:/\w+)?\.\w+(?:/\w+)
 
 
 class Session:
-    """The suites of one boot. `directory` receives what it shows and prints, `pictures` are expected screens."""
+    """The suites of one boot. `directory` receives what it shows and prints, `expected` has the answers and screens of
+    the simulated board."""
 
-    def __init__(self, suites: list[str], directory: Path, pictures: Path, guest: machine.Machine) -> None:
+    def __init__(self, suites: list[str], directory: Path, expected: Path, guest: machine.Machine) -> None:
         self.suites = suites
         self.directory = directory
-        self.pictures = pictures
+        self.expected = expected
         self.guest = guest
         self.results: dict[str, str] = {}
         self.notes: dict[str, list[str]] = {}
-        self.current = ""
+        self.current = directory.name  # what is printed before the first test
         self.expected_end = ORDERLY_END
 
     def run(self) -> None:
@@ -68,14 +72,14 @@ class Session:
         self.notes.setdefault(self.current, []).append(line)
 
     def keep_panel(self, name: str) -> None:
-        self.guest.panel(self.directory / (name.replace("/", "-") + ".ppm"))
+        self.guest.picture(self.directory / (name.replace("/", "-") + ".png"))
 
     def end(self, reason: str) -> None:
         """A test that ends the machine as it announced has passed."""
         is_expected = reason == self.expected_end
         if not is_expected:
             self.note(f"the machine ended by '{reason}', not by '{self.expected_end}'")
-            self.results[self.current or self.directory.name] = "failed"
+            self.results[self.current] = "failed"
         for test, result in self.results.items():
             if result == NO_RESULT:
                 ends_machine = is_expected and reason != ORDERLY_END and test == self.current
@@ -94,7 +98,7 @@ class Session:
         if request in ("started", "finished"):
             return
         served = {"panel": self.panel, "picture": self.picture, "remove": self.remove, "insert": self.insert,
-                  "await": self.await_text, "reboot": self.reboot, "cut": self.cut}.get(request)
+                  "compare": self.compare, "await": self.await_text, "reboot": self.reboot, "cut": self.cut}.get(request)
         answer = served(*arguments) if served else f"unknown request '{request}'"
         if answer is not None:
             self.guest.console.send(answer)
@@ -115,10 +119,17 @@ class Session:
 
     def picture(self, name: str) -> str:
         """The panel has to show a screen of the simulated board."""
-        expected = (self.pictures / f"{name}.raw").read_bytes()
+        expected = (self.expected / f"{name}.raw").read_bytes()
         is_same = self.matches(lambda shown: shown == expected)
-        shutil.copy(self.directory / "panel.ppm", self.directory / f"{name}.ppm")
+        self.guest.picture(self.directory / f"{name}.png")
         return "ok" if is_same else f"the panel differs from the simulated board: {name}"
+
+    def compare(self) -> str:
+        """The answers of the probe have to be those of the simulated board, but for the documented differences."""
+        answers = [note.removeprefix(PROBE) for note in self.notes.get(self.current, []) if note.startswith(PROBE)]
+        simulated_answers = (self.expected / "probe.txt").read_text().splitlines()
+        listed = simulated.listed_differences(PAGE.read_text())
+        return "; ".join(simulated.compare(simulated_answers, answers, listed)) or "ok"
 
     def remove(self) -> str:
         self.guest.remove_card()

@@ -1,7 +1,8 @@
-"""What the simulated board shows of the demonstration: the screens that the panel of a virtual machine has to show."""
+"""What the simulated board shows and answers, for comparison with a virtual machine."""
 
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 
@@ -11,17 +12,15 @@ Path = pathlib.Path
 
 CARD_MIB = 64
 RECORDING_BYTES = 1000000
+HEADING = "\n## Differences from a kernel\n"
 UNLIKE = {"system"}  # shows the kernel and the network addresses
 
 
-def record_screens(build: Path | None, run: Path) -> tuple[Path, Path]:
-    """Return the image of a card with recordings, and the directory of the screens as raw pixels."""
-    card, pictures = run / "recorded.img", run / "screens"
-    pictures.mkdir()
-    if build is None or not (build / "bin/dashcam").exists():
-        with card.open("wb") as image:
-            image.truncate(CARD_MIB << 20)
-        return card, pictures
+def record_board(build: Path, run: Path) -> tuple[Path, Path]:
+    """Return the image of a card with recordings, and the directory with what the simulated board shows and answers:
+    `SCREEN.raw` for each screen of the demonstration, and `probe.txt`. `build` is a build for the host."""
+    card, expected = run / "recorded.img", run / "expected"
+    expected.mkdir()
     board = run / "simulated"
     simulator = str(build / "bin/dravik-sim")
     call(simulator, "new", str(board), "--card", str(CARD_MIB))
@@ -29,10 +28,13 @@ def record_screens(build: Path | None, run: Path) -> tuple[Path, Path]:
     record(board / "tmp/mmcblk0p1/REC")
     for screen in screens(build):
         call(simulator, "run", str(board), "--", str(build / "bin/dashcam"), *options(screen))
-        shutil.copy(board / "dev/fb0", pictures / f"{screen}.raw")
+        shutil.copy(board / "dev/fb0", expected / f"{screen}.raw")
     call(simulator, "card", str(board), "umount")
     subprocess.run(["cp", "--sparse=always", board / "dev/mmcblk0", card], check=True)
-    return card, pictures
+    call(simulator, "card", str(board), "in")
+    answers = call(simulator, "run", str(board), "--", str(build / "bin/board_probe"))
+    (expected / "probe.txt").write_text(answers)
+    return card, expected
 
 
 def call(*command: str) -> str:
@@ -61,9 +63,25 @@ def options(screen: str) -> list[str]:
     return ["--screen", screen, "--time", "14:32:08"]
 
 
-def add_files(tree: archive.Tree, pictures: Path, build: Path) -> None:
+def add_files(tree: archive.Tree, expected: Path, build: Path) -> None:
     """Give the guest the demonstration's files, and the list of its screens."""
-    names = sorted(path.stem for path in pictures.glob("*.raw"))
-    tree.text("etc/screens", "".join(f"{name}\n" for name in names))
-    if names:
-        tree.directory("usr/local/dravik", build / "share/dashcam/usr/local/dravik")
+    tree.text("etc/screens", "".join(f"{path.stem}\n" for path in sorted(expected.glob("*.raw"))))
+    tree.directory("usr/local/dravik", build / "share/dashcam/usr/local/dravik")
+
+
+def listed_differences(page: str) -> set[str]:
+    """Return the answers that a page of the documentation lists as different from a kernel's."""
+    section = page.partition(HEADING)[2].partition("\n## ")[0]
+    return set(re.findall(r"^\| `([^`]+)` \|", section, re.MULTILINE))
+
+
+def compare(simulated: list[str], kernel: list[str], listed: set[str]) -> list[str]:
+    """Return the answers that differ without being listed, and those that are listed without being different."""
+    ours, theirs = answers_of(simulated), answers_of(kernel)
+    different = {name for name in ours.keys() | theirs.keys() if ours.get(name) != theirs.get(name)}
+    return [f"{name} (simulated board: {ours.get(name)}; kernel: {theirs.get(name)}; "
+            f"{'listed' if name in listed else 'not listed'})" for name in sorted(different ^ listed)]
+
+
+def answers_of(lines: list[str]) -> dict[str, str]:
+    return dict(line.split(": ", 1) for line in lines)
