@@ -21,8 +21,9 @@ constexpr uint32_t card_sectors = 131072; ///< 64 MiB
 inline bool is_inserted() {
   return exists("/sys/block/mmcblk0");
 }
+/// Some time after the card; the device node of a removed card that is still mounted may remain.
 inline bool has_partition() {
-  return exists("/dev/mmcblk0p1");
+  return read_text("/proc/partitions").find("mmcblk0p1") != std::string::npos;
 }
 
 inline bool insert_card() {
