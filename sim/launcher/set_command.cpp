@@ -181,7 +181,8 @@ constexpr std::string_view before_keys =
 Set input values of a simulated board.
 
 A change takes effect at the application's next read. If any value is
-invalid, nothing is changed.
+invalid, nothing is changed. If the memory card cannot be moved, the other
+values are changed nevertheless.
 
 Keys:
 )";
