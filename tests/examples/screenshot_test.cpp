@@ -63,7 +63,8 @@ TEST(DashcamScreenshotKey, FailsWhenTheCardIsOut) {
   std::filesystem::remove(on.path("tmp/mmcblk0p1"));
   application dashcam{on, DASHCAM, {"--screen", "menu", "--screenshot"}};
   EXPECT_EQ(dashcam.finish(), 1);
-  EXPECT_THAT(dashcam.errors(), HasSubstr("dashcam: screenshot: cannot be saved; requires a memory card with free space\n"));
+  EXPECT_THAT(dashcam.errors(),
+              HasSubstr("dashcam: screenshot: cannot be saved; requires a memory card with free space\n"));
 }
 
 TEST(DashcamScreenshotKey, LeavesNoCutFileOnAFullCard) {
@@ -74,7 +75,8 @@ TEST(DashcamScreenshotKey, LeavesNoCutFileOnAFullCard) {
   const char *script = "trap '' XFSZ; ulimit -f 100; exec \"$0\" --screenshot --screen menu";
   application dashcam{on, "/bin/sh", {"-c", script, DASHCAM}};
   EXPECT_EQ(dashcam.finish(), 1);
-  EXPECT_THAT(dashcam.errors(), HasSubstr("dashcam: screenshot: cannot be saved; requires a memory card with free space\n"));
+  EXPECT_THAT(dashcam.errors(),
+              HasSubstr("dashcam: screenshot: cannot be saved; requires a memory card with free space\n"));
   EXPECT_THAT(card_of(on), testing::ElementsAre("kept"));
 }
 
