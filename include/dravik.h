@@ -37,7 +37,7 @@
 /** @{ */
 #define DRAVIK_VERSION_MAJOR 0        /**< changes if programs must be changed */
 #define DRAVIK_VERSION_MINOR 1        /**< changes if programs must be rebuilt */
-#define DRAVIK_VERSION_PATCH 0        /**< changes with every other release */
+#define DRAVIK_VERSION_PATCH 0        /**< changes with all other releases */
 #define DRAVIK_VERSION_STRING "0.1.0" /**< the three numbers as text */
 /** @} */
 
@@ -179,7 +179,7 @@ DRAVIK_API void get_fb_buffer(uint32_t a, uint32_t b, uint8_t *dst) DRAVIK_NOEXC
 
 /**
  * Set one pixel. Arguments are not checked.
- * @param x,y     position in pixels; must be less than `xres` and `yres`
+ * @param x,y     position in pixels; x must be less than `xres`, y less than `yres`
  * @param colour  RGB565
  */
 DRAVIK_API void fb_put_pixel(uint32_t x, uint32_t y, uint16_t colour) DRAVIK_NOEXCEPT;
@@ -554,7 +554,10 @@ DRAVIK_API int bmp_mem_alloc(int32_t count, const char *dir, const char *const *
 DRAVIK_API int bmp_mem_show(uint32_t x, uint32_t y, int32_t slot, int32_t mode,
                             uint8_t align) DRAVIK_NOEXCEPT;
 
-/** Free the files of all slots. ::bmp_mem_ptr and ::bmp_mem_num keep their values. */
+/**
+ * Free the files of all slots.
+ * @note ::bmp_mem_ptr and ::bmp_mem_num keep their values; do not use the pointers.
+ */
 DRAVIK_API void bmp_mem_free(void) DRAVIK_NOEXCEPT;
 
 /** @} */
@@ -657,7 +660,7 @@ DRAVIK_API void q7bmp_free(void) DRAVIK_NOEXCEPT;
  * @param fg,bg  foreground and background, RGB565
  * @param align  a ::dravik_align, ::DRAVIK_TOP_LEFT to ::DRAVIK_CENTRE or ::DRAVIK_QUARTER_1 to
  *               ::DRAVIK_QUARTER_4; x is used if the image is wider than these columns
- * @return 0 on success, also if the image has no rows; -1 on failure, after a line in the event log: "q7bmp
+ * @return 0 on success, also if the image has no pixels; -1 on failure, after a line in the event log: "q7bmp
  *         ptr is NULL" (the slot is empty), "q7bmp num error! num_q7bmp = %d" (the archive contains no
  *         images), or another if the slot is out of range, the index is negative, or the record or the
  *         pixel data are not completely in the archive
@@ -788,6 +791,9 @@ DRAVIK_API int fb_printf(uint32_t x, uint32_t y, uint32_t fg, uint32_t bg, int32
  * Text in the scripts of the Basic Multilingual Plane, from TrueType fonts through FreeType, with 16 levels
  * from a ramp of ::gc. It is composed in ::image_buffer and laid out for a screen of 640 by 480 pixels.
  *
+ * Each UTF-16 unit draws one glyph, from left to right. There are no surrogate pairs, no kerning, no ligatures
+ * or contextual forms, and no right-to-left order.
+ *
  * `sx`, `sy`, `ex` and `ey` are short names for globals: do not reuse them.
  * @{
  */
@@ -851,7 +857,7 @@ DRAVIK_API int32_t ascii_to_unicode_string(const char *src, void *dst) DRAVIK_NO
  * drawn on its edge.
  * @param x,y        position of the box in pixels; see `align`
  * @param text       UTF-16 little-endian units, with any alignment; used during the call only
- * @param font_size  points at 80 dots per inch, up to ::DRAVIK_LARGEST_FONT. A larger size writes "font_size
+ * @param font_size  points at 80 dots per inch, 1 to ::DRAVIK_LARGEST_FONT. A larger size writes "font_size
  *                   error : %d!" to standard error and terminates the process with exit status 0
  * @param font       entry of ::ttf_font_file; only bit 0 is used
  * @param fg,bg      foreground and background, RGB565
@@ -874,11 +880,13 @@ DRAVIK_API int put_unicode_string(uint32_t x, uint32_t y, const void *text, uint
  * raw PCM if it contains ".pcm", else WAV if it contains ".wav" (all lower case), else raw PCM. The device
  * always runs at 48000 Hz with signed 16-bit samples, and **no file is converted**: an MP3 of another rate
  * plays too slowly or too fast, and only the left channel of a stereo MP3 is played. WAV and raw PCM files
- * must hold mono samples at 48000 Hz. The first 44 bytes of a WAV file are skipped without being parsed.
+ * must contain mono samples at 48000 Hz, 16 bits, little-endian. The first 44 bytes of a WAV file are skipped
+ * without being parsed. The device is opened with one channel for MP3, otherwise with two channels that receive
+ * the same samples.
  *
  * Closing the device drops the samples left in its buffer: end files with one buffer length of silence. An
- * MP3 starts when the device buffer is full, and the requested buffer grows with the file size: if the device
- * grants it, a short file with a high bit rate may end before it starts.
+ * MP3 starts when the device buffer is full, and the requested buffer grows with the file size. If the device
+ * grants one that is longer than the sound, as it may for a short file with a high bit rate, nothing is played.
  *
  * mp3_playback() and the functions after it are direct players: they play on the calling thread, with or
  * without an engine. Do not call them while the engine plays: there is only one PCM stream.
@@ -949,7 +957,8 @@ DRAVIK_API int32_t snd_stopall(void) DRAVIK_NOEXCEPT;
 DRAVIK_API uint32_t get_snd_thread_state(void) DRAVIK_NOEXCEPT;
 
 /**
- * Stop the engine after the current playback; drop the queue. Does nothing if the engine is not running.
+ * Stop the engine; drop the queue. Blocks until the current playback has ended and the thread has finished.
+ * Does nothing if the engine is not running.
  * After snd_init() could not create the thread, only lets snd_init() start the engine again.
  * @note Intentional: the queue indices are not reset, so start the engine only once. An engine that is
  * stopped while idle and started again loses the first file of each queued pair and every file queued alone.
@@ -1138,8 +1147,9 @@ extern DRAVIK_API int32_t __console_io_canceled_write; /* NOLINT(bugprone-reserv
 /**
  * Open the port, make it raw and start the sending thread. Call it once per process.
  * @note Intentional: after console_exit(), a thread started again finishes immediately.
- * @return 0 on success, and also if the thread cannot be started; -1 if the settings of the port cannot be
- *         read or written, after perror("Can't get port settings") or perror("Can't set port settings")
+ * @return 0 on success, and also if the thread cannot be started (without a message); -1 if the settings of
+ *         the port cannot be read or written, after perror("Can't get port settings") or perror("Can't set
+ *         port settings"). A port that was opened stays open then
  */
 DRAVIK_API int console_init(void) DRAVIK_NOEXCEPT;
 
@@ -1203,7 +1213,8 @@ extern DRAVIK_API const int32_t adc_temp_table[DRAVIK_ADC_TEMP_CODES];
  * Read the line of a channel.
  * @param channel   ADC channel; only bits 1:0 are used
  * @param[out] dst  caller's buffer of at least ::DRAVIK_ADC_LINE_SIZE bytes; receives the line with its
- *                  newline, at most 30 characters, and a NUL; unchanged on failure
+ *                  newline, at most 30 characters, and a NUL; empty if the file has no such line; unchanged
+ *                  on failure
  * @return 0 on success, -1 on failure
  */
 DRAVIK_API int32_t read_adc_str(int32_t channel, char *dst) DRAVIK_NOEXCEPT;
@@ -1226,7 +1237,7 @@ DRAVIK_API int32_t read_adc_hex(int32_t channel) DRAVIK_NOEXCEPT;
 DRAVIK_API int32_t read_adc(uint32_t *codes) DRAVIK_NOEXCEPT;
 
 /**
- * Read the board temperature from channel 1.
+ * Read the board temperature from channel 1. A missing line is read as code 0, ::DRAVIK_TEMPERATURE_MAX.
  * @return thousandths of a degree Celsius, ::DRAVIK_TEMPERATURE_MIN to ::DRAVIK_TEMPERATURE_MAX; -1, which
  *         is no entry of the table, if the file cannot be opened
  */
@@ -1258,7 +1269,8 @@ DRAVIK_API int32_t lcd_bl_init(void) DRAVIK_NOEXCEPT;
 /**
  * Set the brightness. Writes nothing if the file is not open.
  * @param level  brightness, ::DRAVIK_BACKLIGHT_MIN to ::DRAVIK_BACKLIGHT_HIGH; other values are clamped.
- *               Values without a name in ::dravik_backlight are logged as "??", and so is the minimum
+ *               Values without a name in ::dravik_backlight are logged as "??", and so are the minimum and
+ *               values that were clamped
  * @return result of the last log_printf()
  */
 DRAVIK_API int32_t lcd_bl_set(int32_t level) DRAVIK_NOEXCEPT;
@@ -1410,10 +1422,11 @@ enum dravik_address {
 DRAVIK_API int32_t hdmi_detect(void) DRAVIK_NOEXCEPT;
 
 /**
- * Read the language of the splash screen from flash.
- * @param[out] lang  caller's buffer of at least 3 bytes; receives two letters and a NUL, or an empty string
- *                   on failure
- * @return 0 on success; -1 if the dump of the flash, "/tmp/ptb", cannot be opened
+ * Read the language of the splash screen from flash: bytes 896 and 897 of "/dev/mtd1", which the command
+ * "nanddump" copies to "/tmp/ptb". If the command fails, an older copy is read.
+ * @param[out] lang  caller's buffer of at least 3 bytes; receives two letters, which are not checked, and a
+ *                   NUL, or an empty string on failure
+ * @return 0 on success; -1 if the copy cannot be opened
  */
 DRAVIK_API int32_t get_splash_lang(char *lang) DRAVIK_NOEXCEPT;
 
@@ -1431,7 +1444,8 @@ DRAVIK_API int32_t get_netdev_mac(const char *ifname, uint8_t *mac) DRAVIK_NOEXC
  * @param ifname   interface name
  * @param[out] ip  caller's buffer of at least ::DRAVIK_IP_TEXT_SIZE bytes; receives the address as text and a
  *                 NUL; undefined unless 0 is returned
- * @return 0 on success; 1 if the interface has no IPv4 address; -1 if it does not exist or has no address
+ * @return 0 on success; 1 if the interface has addresses, but no IPv4 address; -1 if it does not exist or has
+ *         no address
  */
 DRAVIK_API int32_t get_netdev_ip(const char *ifname, char *ip) DRAVIK_NOEXCEPT;
 
@@ -1447,8 +1461,10 @@ DRAVIK_API uint32_t get_tick_count(void) DRAVIK_NOEXCEPT;
  * @defgroup sd_card SD card
  * The memory card is "/dev/mmcblk0" with one partition, mounted on "/tmp/mmcblk0p1".
  *
- * The checks collect their results in one status byte, see ::dravik_card_status. Each check changes only its
- * own bits.
+ * The checks collect their results in one status byte, see ::dravik_card_status. Each check changes only the
+ * bits that it determines; sd_card_check_part() also sets ::DRAVIK_CARD_PRESENT.
+ * @note Intentional: sd_card_check_part() and sd_card_check_mount() do not clear bits of a partition or mount
+ * that is gone. After the card was removed, they succeed until sd_card_check() clears the status byte.
  * @{
  */
 
@@ -1503,20 +1519,21 @@ DRAVIK_API int32_t sd_card_check(uint8_t *status) DRAVIK_NOEXCEPT;
 /**
  * Read the size of the card.
  * @param[out] sectors  size in sectors of 512 bytes; 0 if it cannot be read
- * @return size in MiB
+ * @return size in MiB; negative from 1 TiB on
  */
 DRAVIK_API int32_t sd_card_get_raw_size(uint32_t *sectors) DRAVIK_NOEXCEPT;
 
 /**
  * Read the size of the card's file system.
  * @note If the card is not mounted, this is the size of the file system that contains the mount point.
+ * @note Intentional: computed in 32 bits. From 512 GiB on, the result is wrong or negative.
  * @return size in MiB
  */
 DRAVIK_API int32_t sd_card_get_part_size(void) DRAVIK_NOEXCEPT;
 
 /**
  * Read the free space of the card's file system that is available to ordinary users.
- * @note If the card is not mounted, as sd_card_get_part_size().
+ * @note As sd_card_get_part_size(), if the card is not mounted and from 512 GiB on.
  * @return free space in MiB
  */
 DRAVIK_API int32_t sd_card_get_free_space(void) DRAVIK_NOEXCEPT;
@@ -1569,6 +1586,8 @@ struct rec_file_list {
  *   all words are 0
  * - "parse_rec_file_list() : stat/chdir err! : %s": all words are -1
  * - "parse_rec_file_list() : opendir err! : %s": all words are 0, and the working directory stays "REC"
+ *
+ * The messages contain the working directory before the call.
  * @note Intentional: a file dated 0x7FFFFFFF seconds since 1970 (January 2038) or later is counted, but is
  * never the oldest.
  * @param[out] list  result
