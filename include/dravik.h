@@ -1052,26 +1052,26 @@ enum dravik_volume {
 
 /**
  * Switch the microphone on.
- * @return result of system()
+ * @return result of system(): 0 on success; 256 times the exit status of the command on failure
  */
 DRAVIK_API int32_t mic_volume_unmute(void) DRAVIK_NOEXCEPT;
 
 /**
  * Switch the microphone off.
- * @return result of system()
+ * @return as mic_volume_unmute()
  */
 DRAVIK_API int32_t mic_volume_mute(void) DRAVIK_NOEXCEPT;
 
 /**
  * Set the speaker volume.
  * @param percent  one of ::dravik_volume; other values are treated as ::DRAVIK_VOLUME_MEDIUM
- * @return result of system() for the last command
+ * @return result of system() for the last command, which runs in the background: 0 even if it fails
  */
 DRAVIK_API int32_t spk_volume_setup(uint32_t percent) DRAVIK_NOEXCEPT;
 
 /**
  * Mute the speaker.
- * @return result of system() for the last command
+ * @return as spk_volume_setup()
  */
 DRAVIK_API int32_t spk_volume_mute(void) DRAVIK_NOEXCEPT;
 
@@ -1541,7 +1541,8 @@ DRAVIK_API int32_t sd_card_get_free_space(void) DRAVIK_NOEXCEPT;
 /**
  * Unmount, repair and mount the card's file system. Stop recording first.
  *
- * All three commands run, even if one fails. Their exit statuses are written to "/tmp/debugfs".
+ * All three commands run, even if one fails. The results of system(), 256 times the exit status, are written to
+ * "/tmp/debugfs", one line "ret : %d" for each command.
  * @return 0
  */
 DRAVIK_API int32_t sd_card_check_fs(void) DRAVIK_NOEXCEPT;
