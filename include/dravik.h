@@ -1463,8 +1463,6 @@ DRAVIK_API uint32_t get_tick_count(void) DRAVIK_NOEXCEPT;
  *
  * The checks collect their results in one status byte, see ::dravik_card_status. Each check changes only the
  * bits that it determines; sd_card_check_part() also sets ::DRAVIK_CARD_PRESENT.
- * @note Intentional: sd_card_check_part() and sd_card_check_mount() do not clear bits of a partition or mount
- * that is gone. After the card was removed, they succeed until sd_card_check() clears the status byte.
  * @{
  */
 
@@ -1498,6 +1496,8 @@ DRAVIK_API int32_t sd_card_check_lock(void) DRAVIK_NOEXCEPT;
 
 /**
  * Check whether partition 1 exists. Reports a missing "/proc/partitions" by perror("fopen").
+ * @note Intentional: the bits of a partition that is gone are not cleared. After the card was removed, this
+ * succeeds until sd_card_check() clears the status byte.
  * @return 0 if so, else 1
  */
 DRAVIK_API int32_t sd_card_check_part(void) DRAVIK_NOEXCEPT;
@@ -1505,6 +1505,7 @@ DRAVIK_API int32_t sd_card_check_part(void) DRAVIK_NOEXCEPT;
 /**
  * Check whether partition 1 is mounted as writable FAT32. Reports a missing "/proc/mounts" as
  * sd_card_check_part() does.
+ * @note Intentional: as for sd_card_check_part(), bits of a mount that is gone are not cleared.
  * @return 0 if so, else 1
  */
 DRAVIK_API int32_t sd_card_check_mount(void) DRAVIK_NOEXCEPT;
