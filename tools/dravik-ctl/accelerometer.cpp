@@ -21,7 +21,7 @@ Options:
   --count N      stop after N readings
   --interval MS  time between readings in ms, 10 to 60000 (default: 100)
 
-Output: x, y and z in counts, -4096 to 4094
+Output: x, y and z in mg, -4096 to 4094
 
 Examples:
   dravik-ctl accel
