@@ -136,6 +136,71 @@ TEST(Places, EveryDrawingCallHasRowsInThePerformancePage) {
   }
 }
 
+TEST(Places, EveryDrawingCallIsInTheTableOfClipping) {
+  const std::string page = text_of(source / "docs/using.md");
+  const size_t start = page.find("\n## What is clipped\n");
+  ASSERT_NE(start, std::string::npos);
+  const std::string table = page.substr(start, page.find("\n## ", start + 1) - start);
+  for (const call &each : drawing_calls())
+    EXPECT_TRUE(names(table, each.name)) << each.name << "() is not in 'What is clipped' of docs/using.md";
+}
+
+/// Calls that draw an image file have none: the picture would be that of the file.
+TEST(Places, EveryDrawingCallHasAPicture) {
+  const std::vector<std::string> of_files = {"bmp", "bmp_slots", "jpeg", "artwork"};
+  const std::string pictures = text_of(source / "docs/manual/pictures.c");
+  for (const call &each : drawing_calls()) {
+    const bool is_shown = pictures.find("{\"" + each.name + "\",") != std::string::npos;
+    EXPECT_TRUE(is_shown || std::ranges::count(of_files, each.group) != 0)
+        << each.name << "() has no picture in docs/manual/pictures.c";
+  }
+}
+
+/// Whether a build file names a source of tests, completely or without "_test.cpp".
+bool builds_test(const std::string &build_file, const std::string &stem) {
+  return names(build_file, stem) || names(build_file, stem.substr(0, stem.rfind("_test")));
+}
+
+TEST(Places, EveryTestIsBuilt) {
+  size_t tests = 0;
+  for (const auto &directory : fs::directory_iterator{source / "tests"}) {
+    if (!fs::exists(directory.path() / "CMakeLists.txt"))
+      continue;
+    const std::string build_file = text_of(directory.path() / "CMakeLists.txt");
+    for (const auto &entry : fs::directory_iterator{directory}) {
+      if (!entry.path().filename().string().ends_with("_test.cpp"))
+        continue;
+      ++tests;
+      EXPECT_TRUE(builds_test(build_file, entry.path().stem().string()))
+          << entry.path() << " is missing in the CMakeLists.txt next to it";
+    }
+  }
+  EXPECT_GT(tests, 100U);
+}
+
+/// The files of fuzz/ with an input each; the others are shared.
+std::vector<std::string> fuzz_targets() {
+  std::vector<std::string> targets;
+  for (const auto &entry : fs::directory_iterator{source / "fuzz"})
+    if (entry.path().extension() == ".cpp" && names(text_of(entry.path()), "LLVMFuzzerTestOneInput") &&
+        entry.path().stem() != "replay")
+      targets.push_back(entry.path().stem());
+  return targets;
+}
+
+TEST(Places, EveryFuzzTargetIsInAllPlaces) {
+  const std::string build_file = text_of(source / "fuzz/CMakeLists.txt");
+  const std::string script = text_of(source / "scripts/fuzz"), page = text_of(source / "docs/fuzzing.md");
+  const std::vector<std::string> targets = fuzz_targets();
+  EXPECT_GT(targets.size(), 10U);
+  for (const std::string &name : targets) {
+    EXPECT_TRUE(names(build_file, name)) << name << " is missing in fuzz/CMakeLists.txt";
+    EXPECT_TRUE(names(script, name)) << name << " is missing in scripts/fuzz";
+    EXPECT_NE(page.find("| `" + name + "` |"), std::string::npos) << name << " is missing in docs/fuzzing.md";
+    EXPECT_TRUE(fs::is_directory(source / "fuzz/seeds" / name)) << name << " has no seeds in fuzz/seeds";
+  }
+}
+
 /// What the first paragraphs of README.md call each group.
 const std::map<std::string, std::string> words_in_readme = {
     {"screen", "frame buffer"},
