@@ -37,7 +37,7 @@ BOARD/sound/played.wav. The serial port /dev/ttyS0 is a terminal: its output
 is appended to BOARD/console; its input is what is written to
 BOARD/dev/ttyS0.in.
 
-The kernel confines APP and its children, also for root: they cannot restart
+The kernel confines APP and its children, also for root: they cannot reboot
 the host, mount, set its clock, open its devices, or write outside BOARD, the
 working directory and the directories named.
 

@@ -172,4 +172,7 @@ def main(architecture: str, build_name: str, run_name: str, *suites: str) -> Non
 
 
 if __name__ == "__main__":
+    if len(sys.argv) < 4:
+        print(__doc__, end="")
+        sys.exit(0 if sys.argv[1:] in (["-h"], ["--help"]) else 2)
     main(*sys.argv[1:])
