@@ -10,7 +10,7 @@
 namespace dravik::test {
 namespace {
 
-constexpr unsigned patience_s = 60;
+constexpr unsigned patience_s = 300;
 
 class TrueTypeHostileFont : public testing::Test {
 protected:

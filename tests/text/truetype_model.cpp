@@ -138,25 +138,30 @@ void text_model::store(FT_Library library, const FT_GlyphSlotRec &glyph, const F
 }
 
 /// A box that exceeds the plane is drawn up to the end of the mapping.
-bool text_model::is_drawn(int64_t at) const {
+int64_t text_model::end_of_drawing() const {
   const bool is_within_plane =
       measured.left >= 0 && measured.right < columns && measured.top >= 0 && measured.bottom < rows;
-  return at >= 0 && (is_within_plane || at < fbinfo[FBINFO_SCREEN_SIZE]);
+  return is_within_plane ? INT64_MAX : int64_t{fbinfo[FBINFO_SCREEN_SIZE]};
 }
 
 void text_model::copy(int64_t x, int64_t y, const text_call &call, const model_plane &screen) {
   const bool is_transparent = call.bg == DRAVIK_TRANSPARENT;
   const uint16_t *const ramp =
       gc + (is_transparent ? DRAVIK_BLACK_ON_WHITE * DRAVIK_RAMP_STEPS : first_entry(call.bg, call.fg));
-  for (int64_t row = measured.top; row <= measured.bottom; ++row)
+  const int64_t end = end_of_drawing();
+  for (int64_t row = measured.top; row <= measured.bottom; ++row) {
+    const int64_t to_y = y + row - measured.top, line = to_y * fbinfo[FBINFO_LINE_LENGTH];
+    if (line + x * 2 >= end || line + (x + measured.right - measured.left) * 2 < 0)
+      continue; // boxes of hostile fonts are huge
     for (int64_t column = measured.left; column <= measured.right; ++column) {
-      const int64_t to_x = x + column - measured.left, to_y = y + row - measured.top;
+      const int64_t to_x = x + column - measured.left, at = line + to_x * 2;
       const uint8_t level = cell(column, row);
-      if (!is_drawn(to_y * fbinfo[FBINFO_LINE_LENGTH] + to_x * 2) || (is_transparent && level == 0))
+      if (at < 0 || at >= end || (is_transparent && level == 0))
         continue;
       screen.put(to_x, to_y, ramp[level]);
       ++pixels;
     }
+  }
 }
 
 } // namespace dravik::test

@@ -46,7 +46,7 @@ private:
   void measure(const FT_GlyphSlotRec &glyph, const FT_Vector &pen, size_t index);
   void store(FT_Library library, const FT_GlyphSlotRec &glyph, const FT_Vector &pen);
   uint8_t &cell(int64_t column, int64_t row);
-  bool is_drawn(int64_t at) const;
+  int64_t end_of_drawing() const;
   void copy(int64_t x, int64_t y, const text_call &call, const model_plane &screen);
 };
 
