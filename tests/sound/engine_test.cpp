@@ -422,7 +422,7 @@ TEST_F(Engine, RejectsRequestThatComesTooLate) {
   snd_exit();
   stage.callers.open();
   late.join();
-  EXPECT_EQ(stage.pauses_us.size(), 1U);        // of the end alone
+  EXPECT_LE(stage.pauses_us.size(), 1U);        // that of the end, unless the thread had not begun yet
   EXPECT_EQ(pcm_playback(sound(2).c_str()), 1); // the player was not left stopped
   EXPECT_THAT(heard(), ElementsAre(2));
 }
