@@ -77,11 +77,12 @@ TEST_F(Sound, RecoversFromUnderrun) {
   const pid_t player = ::fork();
   if (player == 0)
     ::_exit(wav_playback("/tmp/tone.wav") == 1 ? 0 : 1);
-  ::usleep(500000);
+  const auto is_in_state = [](const char *state) {
+    return output_of("cat /proc/asound/card*/pcm0p/sub0/status").find(state) != std::string::npos;
+  };
+  ASSERT_TRUE(wait_until([&] { return is_in_state("RUNNING"); }));
   ASSERT_EQ(::kill(player, SIGSTOP), 0);
-  ASSERT_TRUE(wait_until([] {
-    return output_of("cat /proc/asound/card*/pcm0p/sub0/status").find("XRUN") != std::string::npos;
-  }));
+  ASSERT_TRUE(wait_until([&] { return is_in_state("XRUN"); }));
   ASSERT_EQ(::kill(player, SIGCONT), 0);
   int status = -1;
   ASSERT_EQ(::waitpid(player, &status, 0), player);
