@@ -4,19 +4,25 @@
 # found and the build is for this machine; set an option to ON to insist on it.
 
 find_package(PNG QUIET)
+find_package(Boost 1.74 QUIET) # headers, for the simulator's live board
 find_package(GTest QUIET)
 if(PNG_FOUND AND NOT CMAKE_CROSSCOMPILING)
   set(host_tools ON)
 else()
   set(host_tools OFF)
 endif()
-if(host_tools AND GTest_FOUND)
+if(host_tools AND Boost_FOUND)
+  set(host_simulator ON)
+else()
+  set(host_simulator OFF)
+endif()
+if(host_simulator AND GTest_FOUND)
   set(host_tests ON)
 else()
   set(host_tests OFF)
 endif()
 
-option(DRAVIK_SIM "Build the simulated board" ${host_tools})
+option(DRAVIK_SIM "Build the simulated board" ${host_simulator})
 option(DRAVIK_CTL "Build the board tool" ON)
 option(DRAVIK_TOOLS "Build the artwork tool" ${host_tools})
 option(DRAVIK_EXAMPLES "Build the examples and the demonstration" ${host_tools})

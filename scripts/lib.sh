@@ -136,17 +136,18 @@ SETTINGS
 }
 
 library_packages="g++ cmake make libjpeg62-turbo-dev libasound2-dev libmad0-dev libfreetype-dev"
-demo_packages="$library_packages libpng-dev zlib1g-dev librsvg2-bin imagemagick console-setup-linux gzip
+demo_packages="$library_packages libboost-dev libpng-dev zlib1g-dev librsvg2-bin imagemagick console-setup-linux gzip
   fonts-liberation fonts-droid-fallback sox espeak-ng lame dosfstools mtools"
 cross_packages="$library_packages debian-archive-keyring"
-sysroot_packages="libc6-dev libjpeg62-turbo-dev libasound2-dev libmad0-dev libfreetype-dev libpng-dev zlib1g-dev
-  libgtest-dev libgmock-dev libstdc++6 libgcc-s1"
+sysroot_packages="libc6-dev libjpeg62-turbo-dev libasound2-dev libmad0-dev libfreetype-dev libboost-dev libpng-dev
+  zlib1g-dev libgtest-dev libgmock-dev libstdc++6 libgcc-s1"
 arm_packages="$cross_packages g++-arm-linux-gnueabihf g++-arm-linux-gnueabi qemu-user-static"
-test_packages="$demo_packages libgtest-dev libgmock-dev binutils clang-format clang-tidy doxygen fdisk file
-  fonts-dejavu-core iproute2 jq libjpeg-turbo-progs netpbm pkg-config"
+test_packages="$demo_packages libgtest-dev libgmock-dev binutils chromium chromium-driver clang-format clang-tidy doxygen
+  fdisk file fonts-dejavu-core iproute2 jq libjpeg-turbo-progs netpbm pkg-config procps python3 python3-selenium"
 vm_packages="debian-archive-keyring gcc make libelf1 python3-minimal qemu-system-x86 busybox-static dosfstools fdisk
   mtools alsa-utils mtd-utils"
 vm_arm_packages="gcc-arm-linux-gnueabihf qemu-system-arm"
-bench_packages="$library_packages pkg-config libbenchmark-dev libpixman-1-dev libsdl2-dev libsdl2-gfx-dev libagg-dev
-  libturbojpeg0-dev libdeflate-dev libpng-dev zlib1g-dev lame sox fonts-liberation fonts-droid-fallback"
-fuzz_packages="$library_packages libpng-dev clang libclang-rt-14-dev"
+bench_packages="$library_packages libboost-dev pkg-config libbenchmark-dev libpixman-1-dev libsdl2-dev libsdl2-gfx-dev
+  libagg-dev libturbojpeg0-dev libdeflate-dev libpng-dev zlib1g-dev lame sox fonts-liberation fonts-droid-fallback"
+live_bench_packages="$test_packages"
+fuzz_packages="$library_packages libboost-dev libpng-dev clang libclang-rt-14-dev"

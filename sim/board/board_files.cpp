@@ -4,6 +4,7 @@
 #include "base/unique_fd.hpp"
 #include "board/board_links.hpp"
 #include "board/chosen_board.hpp"
+#include "board/fault_errors.hpp"
 #include "board/preserve_errno.hpp"
 #include "board/settings_text.hpp"
 
@@ -18,20 +19,8 @@ namespace {
 
 constexpr size_t longest_order = 256; ///< in bytes, of a line that is removed
 
-struct named_error {
-  std::string_view name;
-  int number;
-};
-
-constexpr named_error known_errors[] = {
-    {"EACCES", EACCES}, {"EBUSY", EBUSY},   {"EFAULT", EFAULT},       {"EINTR", EINTR},
-    {"EINVAL", EINVAL}, {"EIO", EIO},       {"EMFILE", EMFILE},       {"ENODEV", ENODEV},
-    {"ENOENT", ENOENT}, {"ENOMEM", ENOMEM}, {"ENOSPC", ENOSPC},       {"ENOTTY", ENOTTY},
-    {"ENXIO", ENXIO},   {"EPERM", EPERM},   {"EREMOTEIO", EREMOTEIO}, {"EROFS", EROFS},
-};
-
 int error_number(std::string_view name) noexcept {
-  for (const named_error &error : known_errors)
+  for (const fault_error &error : fault_errors)
     if (error.name == name)
       return error.number;
   return EIO;

@@ -36,6 +36,8 @@ struct panel {
   uint32_t xoffset = 0;
   uint32_t yoffset = 0;
   uint32_t blank = 0;
+
+  bool operator==(const panel &) const = default;
 };
 
 /// Parse `board.conf`. Missing sizes follow from the others. Values are not checked, so that a

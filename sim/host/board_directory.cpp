@@ -186,27 +186,55 @@ int open_in_board(const std::string &board, std::string_view inside, int flags) 
   return ::open(path.c_str(), flags | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0644);
 }
 
+namespace {
+
+bool open_regular(const std::string &board, std::string_view inside, unique_fd &file, struct stat &status) {
+  file.reset(open_in_board(board, inside, O_RDONLY));
+  if (!file || ::fstat(file.get(), &status) != 0)
+    return false;
+  errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+  return S_ISREG(status.st_mode);
+}
+
+bool read_at(int file, uint64_t position, std::span<uint8_t> bytes, size_t &count) {
+  for (count = 0; count < bytes.size();) {
+    const auto rest = bytes.subspan(count);
+    const ssize_t got = ::pread(file, rest.data(), rest.size(), static_cast<off_t>(position + count));
+    if (got <= 0)
+      return got == 0;
+    count += static_cast<size_t>(got);
+  }
+  return true;
+}
+
+bool not_read(const std::string &board, std::string_view inside, std::string &error) {
+  error = board + "/" + std::string{inside} + ": " + reason();
+  return false;
+}
+
+} // namespace
+
+bool read_part_in_board(const std::string &board, std::string_view inside, uint64_t position,
+                        std::span<uint8_t> bytes, size_t &count, std::string &error) {
+  unique_fd file;
+  struct stat status;
+  return (open_regular(board, inside, file, status) && read_at(file.get(), position, bytes, count)) ||
+         not_read(board, inside, error);
+}
+
 bool read_in_board(const std::string &board, std::string_view inside, uint64_t most_bytes, std::string &bytes,
                    std::string &error) {
-  const unique_fd file{open_in_board(board, inside, O_RDONLY)};
-  struct stat status = {};
-  bool ok = file && ::fstat(file.get(), &status) == 0;
-  if (ok && !S_ISREG(status.st_mode)) {
-    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
-    ok = false;
-  }
-  bytes.assign(ok ? static_cast<size_t>(std::min(most_bytes, static_cast<uint64_t>(status.st_size))) : 0,
-               '\0');
-  for (size_t done = 0; ok && done < bytes.size();) {
-    const ssize_t count = ::read(file.get(), bytes.data() + done, bytes.size() - done);
-    ok = count >= 0;
-    done += static_cast<size_t>(std::max<ssize_t>(count, 0));
-    if (count == 0)
-      bytes.resize(done);
-  }
-  if (!ok)
-    error = board + "/" + std::string{inside} + ": " + reason();
-  return ok;
+  unique_fd file;
+  struct stat status;
+  bytes.clear();
+  if (!open_regular(board, inside, file, status))
+    return not_read(board, inside, error);
+  bytes.resize(static_cast<size_t>(std::min(most_bytes, static_cast<uint64_t>(status.st_size))));
+  size_t count = 0;
+  const bool is_read =
+      read_at(file.get(), 0, {reinterpret_cast<uint8_t *>(bytes.data()), bytes.size()}, count);
+  bytes.resize(count);
+  return is_read || not_read(board, inside, error);
 }
 
 bool read_text_in_board(const std::string &board, std::string_view inside, std::string &text,

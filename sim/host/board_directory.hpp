@@ -3,6 +3,9 @@
 
 #include "board/screen.hpp"
 
+#include <cstddef>
+#include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -28,6 +31,9 @@ constexpr uint64_t longest_text = 1 << 20; ///< maximum size in bytes of a board
 /// Read the first bytes of a regular file of a board, at most as many. A text must not be longer.
 [[nodiscard]] bool read_in_board(const std::string &board, std::string_view inside, uint64_t most_bytes,
                                  std::string &bytes, std::string &error);
+/// Read bytes of a regular file of a board from a position on, as many as fit and are there.
+[[nodiscard]] bool read_part_in_board(const std::string &board, std::string_view inside, uint64_t position,
+                                      std::span<uint8_t> bytes, size_t &count, std::string &error);
 [[nodiscard]] bool read_text_in_board(const std::string &board, std::string_view inside, std::string &text,
                                       std::string &error);
 

@@ -48,15 +48,6 @@ std::vector<char *> pointers_to(std::vector<std::string> &texts) {
   return pointers;
 }
 
-/// Tools inherit neither ignored nor blocked signals.
-void set_default_signals() {
-  for (int signal = 1; signal < NSIG; ++signal)
-    ::signal(signal, SIG_DFL);
-  sigset_t none;
-  ::sigemptyset(&none);
-  ::sigprocmask(SIG_SETMASK, &none, nullptr);
-}
-
 /// The child leaves the board, if its program is simulated.
 [[noreturn]] void become(const std::string &path, char *const *words, char *const *variables, int output) {
   const int input = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
@@ -90,6 +81,14 @@ void read_all(int from, std::string &text) {
 }
 
 } // namespace
+
+void set_default_signals() {
+  for (int signal = 1; signal < NSIG; ++signal)
+    ::signal(signal, SIG_DFL);
+  sigset_t none;
+  ::sigemptyset(&none);
+  ::sigprocmask(SIG_SETMASK, &none, nullptr);
+}
 
 int run_tool(const std::vector<std::string> &words, std::string *said) {
   const std::string path = find_tool(words.front());

@@ -11,6 +11,9 @@ namespace dravik::sim {
 /// null.
 int run_tool(const std::vector<std::string> &words, std::string *said = nullptr);
 
+/// Set what a child process that becomes another program inherits: neither ignored nor blocked signals.
+void set_default_signals();
+
 /// Return the missing tools for cards, with their packages; empty if there are none.
 std::string lacking_card_tools();
 

@@ -30,4 +30,16 @@ std::string with_adc_code(std::string_view report, uint32_t channel, uint32_t co
   return changed;
 }
 
+uint32_t adc_code(std::string_view report, uint32_t channel) noexcept {
+  for (uint32_t line = 0; line < channel; ++line)
+    take_until(report, '\n');
+  std::string_view text = take_until(report, '\n');
+  take_until(text, '=');
+  text = trimmed(text.substr(0, text.find('\0')));
+  uint32_t code = 0;
+  if (!text.starts_with("0x") || !read_number(text.substr(2), code, 16))
+    return 0;
+  return code & largest_code;
+}
+
 } // namespace dravik::sim::reports

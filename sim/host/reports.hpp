@@ -17,6 +17,9 @@ constexpr uint32_t temperature_channel = 1;
 /// space for the line end, so a NUL precedes it.
 std::string with_adc_code(std::string_view report, uint32_t channel, uint32_t code);
 
+/// Return the code of a channel in a report; 0 if there is none.
+uint32_t adc_code(std::string_view report, uint32_t channel) noexcept;
+
 constexpr const char *monitor = "Basic EDID\nManufacturer: simulated\nPreferred timing: 1280x720\n";
 
 } // namespace dravik::sim::reports

@@ -1,19 +1,16 @@
 // "events": requests to the devices of a board, as they happen.
 
 #include "base/unique_fd.hpp"
-#include "host/board_directory.hpp"
+#include "host/followed_file.hpp"
 #include "host/printable_text.hpp"
 #include "launcher/commands.hpp"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/inotify.h>
-#include <sys/stat.h>
 
 namespace dravik::sim {
 namespace {
@@ -40,33 +37,23 @@ constexpr option_rule events_options[] = {{"--once", false}};
 /// Copies what the file of events gains to standard output.
 class gain {
 public:
-  explicit gain(std::string board) : board_(std::move(board)) {}
+  explicit gain(const std::string &board) : events_(board, "events", most_at_start) {}
 
-  /// False when standard output takes no more. A file that got shorter was emptied, and is shown from its
-  /// start.
+  /// False when standard output takes no more.
   bool show() {
-    const unique_fd file{open_in_board(board_, "events", O_RDONLY)};
-    struct stat status;
-    if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
-      return true;
-    shown_ = status.st_size < shown_ ? 0 : shown_;
-    shown_ = std::max(shown_, status.st_size - most_shown);
-    std::array<char, 65536> block;
-    ssize_t count;
-    while ((count = ::pread(file.get(), block.data(), block.size(), shown_)) > 0) {
-      const std::string text = printable({block.data(), static_cast<size_t>(count)});
+    for (std::string bytes; !(bytes = events_.next(block_bytes)).empty();) {
+      const std::string text = printable(bytes);
       if (std::fwrite(text.data(), text.size(), 1, stdout) != 1)
         return false;
-      shown_ += count;
     }
     return std::fflush(stdout) == 0;
   }
 
 private:
-  static constexpr off_t most_shown = 16 << 20; ///< of what is there at the start, its end
+  static constexpr uint64_t most_at_start = 16 << 20;
+  static constexpr size_t block_bytes = 65536;
 
-  std::string board_;
-  off_t shown_ = 0;
+  followed_file events_;
 };
 
 enum class happening { change, end_of_reader, end_of_board };

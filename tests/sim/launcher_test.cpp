@@ -215,6 +215,7 @@ TEST_F(SimLauncher, RejectsInvalidArguments) {
   expect_misuse({"run"}, "run: missing BOARD" + hint("run "));
   expect_misuse({"run", at("a"), "--"}, "run: missing APP" + hint("run "));
   expect_misuse({"shot", at("a")}, "shot: missing FILE.png" + hint("shot "));
+  expect_misuse({"panel"}, "panel: missing BOARD" + hint("panel "));
   expect_misuse({"card"}, "card: missing BOARD" + hint("card "));
   EXPECT_FALSE(std::filesystem::exists(at("a")));
 }
@@ -469,6 +470,16 @@ INSTANTIATE_TEST_SUITE_P(
                     depth{"24", "102030", {16, 32, 48, 255}}, depth{"32", "00ff8001", {255, 128, 1, 255}}),
     [](const auto &tested) { return std::string{"of"} + tested.param.bits + "_" + tested.param.pixel; });
 
+TEST_F(SimLauncher, RejectsAddressesOfPanelThatAreNone) {
+  launch({"new", at("desk"), "--card", "0"});
+  for (const std::string address : {"localhost", "", "127.0.0.1:", "127.0.0.1:0", "127.0.0.1:65536", "1.2.3",
+                                    "[::1", "::1:8080:x", "127.0.0.1:80 "})
+    expect_error(launch({"panel", at("desk"), "--listen", address}), 2,
+                 "panel: invalid --listen '" + address + "'; must be an IP address, or IP:PORT\n");
+  expect_error(launch({"panel", at("desk"), "--listen", "192.0.2.1"}), 1, "192.0.2.1:0: ");
+  EXPECT_FALSE(std::filesystem::exists(at("desk/panel.access")));
+}
+
 TEST_F(SimLauncher, ShowsBlackWhilePanelIsBlanked) {
   launch({"new", at("desk"), "--size", "10x10", "--virtual", "10x20"});
   launch({"run", at("desk"), "--", DRAWS_A_PIXEL, "0", "10", "ffff"});
@@ -483,6 +494,28 @@ TEST_F(SimLauncher, ShowsBlackWhilePanelIsBlanked) {
   EXPECT_EQ(first_byte("yoffset=0\n"), 0);
   EXPECT_EQ(first_byte("yoffset=10\n"), 255);
   EXPECT_EQ(first_byte("yoffset=10\nblank=1\n"), 0);
+}
+
+TEST_F(SimLauncher, ShowsVisiblePartOfPaddedScreen) {
+  launch({"new", at("desk"), "--size", "4x3", "--virtual", "10x6"});
+  launch({"run", at("desk"), "--", DRAWS_A_PIXEL, "7", "4", "ffff"});
+  write("desk/panel", "xoffset=5\nyoffset=2\n", 0644);
+  EXPECT_EQ(launch({"shot", at("desk"), at("shot.png")}).exit_status(), 0);
+  png::picture picture;
+  std::string error;
+  ASSERT_TRUE(png::read(at("shot.png"), picture, error)) << error;
+  ASSERT_EQ(picture.rgba.size(), 4U * 3 * 4);
+  for (size_t pixel = 0; pixel < 12; ++pixel)
+    EXPECT_EQ(picture.rgba[pixel * 4], pixel == 2 * 4 + 2 ? 255 : 0) << pixel;
+}
+
+TEST_F(SimLauncher, WritesShotToStandardOutput) {
+  launch({"new", at("desk"), "--size", "10x10"});
+  ASSERT_EQ(launch({"shot", at("desk"), at("shot.png")}).exit_status(), 0);
+  const outcome piped = launch({"shot", at("desk"), "-"});
+  EXPECT_EQ(piped.exit_status(), 0) << piped.errors;
+  EXPECT_EQ(piped.output, text_of_file(at("shot.png")));
+  expect_error(run({"sh", "-c", LAUNCHER " shot \"$0\" - >/dev/full", at("desk")}), 1, "standard output: ");
 }
 
 TEST_F(SimLauncher, ReportsProblemsOfShot) {

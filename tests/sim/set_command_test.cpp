@@ -7,9 +7,11 @@
 #include "support/board.hpp"
 #include "support/stderr_capture.hpp"
 
+#include <atomic>
 #include <cstdlib>
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <thread>
 
 namespace dravik::test {
 namespace {
@@ -101,6 +103,48 @@ TEST_F(SimSet, ChangesGpioLineOfOpenDriver) {
   EXPECT_EQ(gpio_set(68, 0), 0);
   EXPECT_EQ(board_.read("gpio/68"), "0\n");
   gpio_exit();
+}
+
+class SimPress : public SimSet {
+protected:
+  outcome press(std::vector<std::string> words) const {
+    words.insert(words.begin(), {"press", board_.path()});
+    return launch(words);
+  }
+};
+
+TEST_F(SimPress, HoldsLineHighWhileKeyIsPressed) {
+  ASSERT_EQ(gpio_init(), 0);
+  std::atomic<bool> is_pressing = true;
+  std::thread pressing{[&] {
+    EXPECT_EQ(press({"--hold", "300", "next", "200"}).exit_status(), 0);
+    is_pressing = false;
+  }};
+  bool next_was_high = false;
+  bool other_was_high = false;
+  while (is_pressing) {
+    next_was_high |= gpio_get(61) == 1;
+    other_was_high |= gpio_get(200) == 1;
+    EXPECT_FALSE(gpio_get(61) == 1 && gpio_get(200) == 1);
+  }
+  pressing.join();
+  EXPECT_TRUE(next_was_high && other_was_high);
+  EXPECT_EQ(gpio_get(61) + gpio_get(200), 0);
+  gpio_exit();
+}
+
+TEST_F(SimPress, RejectsOtherKeysAndTimes) {
+  const auto expect_misuse = [&](const std::vector<std::string> &words, const std::string &message) {
+    const outcome result = press(words);
+    EXPECT_EQ(result.exit_status(), 2);
+    EXPECT_EQ(result.errors, "dravik-sim: press: " + message + "\n");
+  };
+  for (const std::string key : {"menu", "256", "6x", ""})
+    expect_misuse({"next", key}, "invalid key '" + key + "'; must be next, ok or 0 to 255");
+  for (const std::string hold : {"0", "60001", "long", ""})
+    expect_misuse({"--hold", hold, "ok"}, "invalid --hold '" + hold + "'; must be 1 to 60000");
+  expect_misuse({}, "missing KEY; try 'dravik-sim press --help'");
+  EXPECT_FALSE(board_.exists("gpio/61"));
 }
 
 TEST_F(SimSet, ChangesAccelerationOfOpenSensor) {

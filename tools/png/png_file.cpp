@@ -58,20 +58,23 @@ bool read(const std::string &path, picture &into, std::string &error) {
   return true;
 }
 
-bool write(const std::string &path, const picture &from, std::string &error) {
+bool write(std::FILE *stream, const char *name, const picture &from, std::string &error) {
   png_image image = {};
   image.version = PNG_IMAGE_VERSION;
   image.width = from.width;
   image.height = from.height;
   image.format = PNG_FORMAT_RGBA;
+  if (png_image_write_to_stdio(&image, stream, 0, from.rgba.data(), 0, nullptr) == 0)
+    error = std::string{name} + ": " + image.message;
+  else if (std::fflush(stream) != 0)
+    error = tools::system_error(name);
+  return error.empty();
+}
+
+bool write(const std::string &path, const picture &from, std::string &error) {
   tools::pending_file file{path};
-  if (!file.open(error))
-    return false;
-  if (png_image_write_to_stdio(&image, file.stream(), 0, from.rgba.data(), 0, nullptr) == 0) {
-    error = path + ": " + image.message;
-    return false;
-  }
-  return file.close(error) && file.commit(error);
+  return file.open(error) && write(file.stream(), path.c_str(), from, error) && file.close(error) &&
+         file.commit(error);
 }
 
 } // namespace dravik::png

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -34,5 +35,7 @@ constexpr bool is_bearable(uint64_t width, uint64_t height) noexcept {
 
 /// Write a PNG completely or not at all: on failure an existing file of that name is unchanged.
 [[nodiscard]] bool write(const std::string &path, const picture &from, std::string &error);
+/// Write a PNG to a stream and flush it; `name` is for messages.
+[[nodiscard]] bool write(std::FILE *stream, const char *name, const picture &from, std::string &error);
 
 } // namespace dravik::png

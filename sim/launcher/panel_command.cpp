@@ -1,0 +1,85 @@
+// "panel": a board as a page in the browser.
+
+#include "launcher/commands.hpp"
+#include "panel/request_rules.hpp"
+#include "panel/serve_panel.hpp"
+
+#include <filesystem>
+
+namespace dravik::sim {
+namespace {
+
+constexpr std::string_view panel_help =
+    R"(Usage: dravik-sim panel BOARD [OPTION ...] [-- APP [ARGUMENT ...]]
+
+Serve a simulated board as a page for the browser, and run an application.
+
+The page shows the screen as it changes, plays the sound, follows the console,
+the log and the events, and has the keys, the sensors and the faults of the
+board. APP is run as 'dravik-sim run' does, and again after each reboot. Ctrl-C
+ends APP, then the page.
+
+The first line of output is the address. Whoever has it can change the board:
+the address contains a secret, which the board keeps in BOARD/panel.access.
+
+Options:
+  --listen ADDRESS  listen on an IP address of this machine, with a port if
+                    ADDRESS is IP:PORT (default: 127.0.0.1, and the port of the
+                    last time)
+  --open            start the browser
+  --writable DIR, --local-sockets, --trust
+                    as for 'dravik-sim run'
+
+Examples:
+  dravik-sim panel desk
+  dravik-sim panel desk --open -- ./first
+  dravik-sim panel desk --listen 127.0.0.1:8080 -- ./first
+
+Exit status: 0 on success; 1 on failure; 2 on a usage error
+)";
+
+constexpr option_rule panel_options[] = {{"--listen", true},
+                                         {"--open", false},
+                                         {"--writable", true, true},
+                                         {"--local-sockets", false},
+                                         {"--trust", false}};
+
+std::vector<std::string> run_arguments(const command_line &given) {
+  const auto &operands = given.operands();
+  std::vector<std::string> arguments = {"dravik-sim", "run", operands[0]};
+  for (const std::string &directory : given.values("--writable"))
+    arguments.insert(arguments.end(), {"--writable", directory});
+  for (const char *option : {"--local-sockets", "--trust"})
+    if (given.has(option))
+      arguments.emplace_back(option);
+  arguments.emplace_back("--");
+  arguments.insert(arguments.end(), operands.begin() + 1, operands.end());
+  return arguments;
+}
+
+outcome serve(const std::string &board, const command_line &given, std::string &error) {
+  panel_request request;
+  request.board = board;
+  const std::string listen = given.value("--listen", request.ip);
+  if (!parse_address(listen, request.ip, request.port))
+    return misused(error, "invalid --listen '" + listen + "'; must be an IP address, or IP:PORT");
+  request.opens_browser = given.has("--open");
+  if (given.operands().size() > 1) {
+    request.run_arguments = run_arguments(given);
+    request.application = std::filesystem::path{given.operands()[1]}.filename();
+  }
+  return serve_panel(request, error) ? outcome::done : outcome::failed;
+}
+
+} // namespace
+
+extern constinit const command panel_command = {.name = "panel",
+                                                .summary = "serve a board as a page for the browser",
+                                                .help = panel_help,
+                                                .options = panel_options,
+                                                .operands = "BOARD",
+                                                .optional_operands = tools::any_number,
+                                                .run = on_board<serve>,
+                                                .own_operands = 1};
+
+} // namespace dravik::sim
