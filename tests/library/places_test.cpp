@@ -90,9 +90,10 @@ TEST(Places, FindsCallsAndGroups) {
 
 TEST(Places, EveryCallIsTested) {
   std::string tests;
-  for (const auto &entry : fs::directory_iterator{source / "tests"})
-    if (entry.is_directory() && entry.path().filename() != "library")
-      tests += text_below(entry.path(), {".cpp", ".hpp"});
+  for (const auto &entry : fs::recursive_directory_iterator{source / "tests"})
+    if ((entry.path().extension() == ".cpp" || entry.path().extension() == ".hpp") &&
+        entry.path().parent_path().filename() != "library")
+      tests += text_of(entry.path());
   for (const call &each : declared_calls())
     EXPECT_TRUE(names(tests, each.name)) << each.name << "() is called by no test below tests/";
 }
