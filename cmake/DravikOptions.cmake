@@ -70,6 +70,6 @@ endif()
 if(DRAVIK_SANITIZE)
   # What sanitizers add makes the compiler see variables used before they are set.
   target_compile_options(dravik_warnings INTERFACE -Wno-maybe-uninitialized)
-  add_compile_options(-fsanitize=${DRAVIK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+  add_compile_options(-fsanitize=${DRAVIK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
   add_link_options(-fsanitize=${DRAVIK_SANITIZE})
 endif()
