@@ -44,19 +44,19 @@ DRAVIK_PRINTF(1, 2) int format_alone(const char *format, ...) {
 }
 
 /// Pass the message with this number to a printing function.
-template <class Print> int say(Print print, int number) {
+template <class Print> int print_message(Print print, int number) {
   return print(message, "Card", number, 1024, 15160, "KVX01234.TS", 41);
 }
 
 void add_console() {
   lead("/dev/ttyS0", terminal_name());
-  if (console_init() != 0 || say(format_alone, 9000) != message_length) {
+  if (console_init() != 0 || print_message(format_alone, 9000) != message_length) {
     std::fputs("console: no terminal, or a message of another length\n", stderr);
     std::exit(EXIT_FAILURE);
   }
   row<int>("console message of 80 characters", {0, 1.3}, {9000, 9001, 9998, 9999})
-      .library([](int number) { say(console_printf, number); })
-      .floor([](int number) { say(format_alone, number); });
+      .library([](int number) { print_message(console_printf, number); })
+      .floor([](int number) { print_message(format_alone, number); });
 }
 
 /// Standard error goes nowhere as long as this lives.

@@ -57,7 +57,7 @@ struct targets {
 
 enum class role { library, peer, floor };
 
-/// A contender as the table knows it.
+/// The library, a reference library or the lower bound in a row.
 struct contender {
   std::string name;
   role part;

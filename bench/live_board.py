@@ -93,12 +93,12 @@ def drawing_ratio():
         for turn in range(2 * TURNS):
             with board.page() as page:
                 page.await_text(CONSOLE, "guest ready")
-                asked = board.read("console").count("drawn in")
+                drawn = board.read("console").count("drawn in")
                 page.send("type time\r")
                 if turn % 2 == 0:
-                    while board.read("console").count("drawn in") == asked:
+                    while board.read("console").count("drawn in") == drawn:
                         page.receive()
-            await_that(lambda: board.read("console").count("drawn in") > asked, "the end of the drawing")
+            await_that(lambda: board.read("console").count("drawn in") > drawn, "the end of the drawing")
             times[turn % 2 == 0].append(int(board.read("console").rsplit("drawn in ", 1)[1].split()[0]))
     finally:
         board.close()

@@ -108,9 +108,9 @@ void await_idle_engine() {
 double microseconds_to_first_frame(const char *path) {
   await_idle_engine();
   await_first_frame();
-  const auto asked = steady::now();
+  const auto started = steady::now();
   snd_play_direct(path, 0);
-  return std::chrono::duration<double, std::micro>(first_frame() - asked).count();
+  return std::chrono::duration<double, std::micro>(first_frame() - started).count();
 }
 
 /// Start the engine once, since stopping it costs the next sound.

@@ -29,11 +29,11 @@ struct board_entry {
   std::string_view path;
   file_kind kind = file_kind::none;
   first_state first = first_state::absent;
+  bool is_family = false;         ///< all paths that begin with it belong to it: a disk and its partitions
   std::string_view text = {};     ///< of the first file
   const char *event = "";         ///< prefix of its events; an entry with a path and a prefix has a `device`
   std::string_view requests = {}; ///< its own, by which `faults` names them; spaces between
   std::string_view inputs = {};   ///< keys of `dravik-sim set` that change it; a number follows a dot
-  bool is_family = false;         ///< all paths that begin with it belong to it: a disk and its partitions
 };
 
 inline constexpr std::string_view no_monitor = "No HDMI\n";
@@ -62,7 +62,7 @@ inline constexpr board_entry board_table[] = {
      .event = "i2c-0",
      .requests = "slave tenbit",
      .inputs = "accel"},
-    {.path = "/dev/mmcblk0", .kind = file_kind::device, .inputs = "card", .is_family = true},
+    {.path = "/dev/mmcblk0", .kind = file_kind::device, .is_family = true, .inputs = "card"},
     {.path = "/proc/ambarella/adc",
      .kind = file_kind::report,
      .first = first_state::made,

@@ -15,13 +15,12 @@
 namespace dravik::sim {
 namespace {
 
-// ------------------------------------------------------------------------------------------- the kernel's
-// interface
+// ---------------------------------------------------------------------------------- interface of the kernel
 
 constexpr long call_create_ruleset = 444; // the same on every machine
 constexpr long call_add_rule = 445;
 constexpr long call_restrict_self = 446;
-constexpr unsigned ask_for_version = 1;
+constexpr unsigned query_version = 1;
 constexpr int rule_for_path = 1;
 
 struct ruleset_attributes {
@@ -35,17 +34,16 @@ struct [[gnu::packed]] path_attributes {
   int32_t parent;
 };
 
-enum right : uint64_t {
-  execute = 1U << 0,
-  write_file = 1U << 1,
-  read_file = 1U << 2,
-  read_directory = 1U << 3,
-  make_character_device = 1U << 6,
-  make_block_device = 1U << 11,
-  move_between_directories = 1U << 13,
-  truncate_file = 1U << 14,
-  control_device = 1U << 15,
-};
+// Rights, as the kernel numbers them.
+constexpr uint64_t execute = 1U << 0;
+constexpr uint64_t write_file = 1U << 1;
+constexpr uint64_t read_file = 1U << 2;
+constexpr uint64_t read_directory = 1U << 3;
+constexpr uint64_t make_character_device = 1U << 6;
+constexpr uint64_t make_block_device = 1U << 11;
+constexpr uint64_t move_between_directories = 1U << 13;
+constexpr uint64_t truncate_file = 1U << 14;
+constexpr uint64_t control_device = 1U << 15;
 
 constexpr uint64_t rights_until(uint64_t last) {
   return last | (last - 1);
@@ -54,8 +52,7 @@ constexpr uint64_t rights_until(uint64_t last) {
 constexpr uint64_t everything = rights_until(control_device);
 constexpr uint64_t rights_to_files = execute | write_file | read_file | truncate_file | control_device;
 constexpr uint64_t looking = execute | read_file | read_directory;
-constexpr uint64_t writing =
-    everything & ~uint64_t{make_character_device | make_block_device | control_device};
+constexpr uint64_t writing = everything & ~(make_character_device | make_block_device | control_device);
 constexpr uint64_t using_device = read_file | write_file | truncate_file | control_device;
 
 /// The first level does not let anyone move files between directories, not even inside the board.
@@ -91,7 +88,7 @@ public:
     ::syscall(call_add_rule, descriptor_.get(), rule_for_path, &attributes, 0);
   }
 
-  /// What does not exist needs no right.
+  /// A path that does not exist needs no right.
   void allow(const char *path, uint64_t rights, int directory = AT_FDCWD) const {
     const unique_fd file{::openat(directory, path, O_PATH | O_CLOEXEC)};
     if (file)
@@ -125,8 +122,7 @@ bool allow_looking(const ruleset &rules) {
   return true;
 }
 
-/// To be opened again, as /dev/stdout is: the file that the output goes to, or a terminal that is not below
-/// /dev/pts.
+/// For programs that open /dev/stdout and its like: the file of the output, or a terminal outside /dev/pts.
 void allow_standard_files(const ruleset &rules) {
   for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     struct stat status;
@@ -140,7 +136,7 @@ void allow_standard_files(const ruleset &rules) {
 }
 
 int level_of_kernel() {
-  return static_cast<int>(::syscall(call_create_ruleset, nullptr, 0, ask_for_version));
+  return static_cast<int>(::syscall(call_create_ruleset, nullptr, 0, query_version));
 }
 
 } // namespace

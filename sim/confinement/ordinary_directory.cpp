@@ -67,7 +67,7 @@ std::string why_never_writable(const std::string &directory) {
   return mounts.kernel_mount_inside.empty() ? "" : "contains " + mounts.kernel_mount_inside;
 }
 
-std::string why_not_writable_unasked(const std::string &directory) {
+std::string why_not_writable_by_default(const std::string &directory) {
   const bool is_of_system =
       std::ranges::count(system_directories, directory) != 0 ||
       std::ranges::any_of(system_trees, [&](std::string_view tree) { return is_in(directory, tree); });

@@ -11,6 +11,6 @@ namespace dravik::sim {
 
 /// The same for a directory that was not named, such as the working directory:
 /// not directories of the system either.
-[[nodiscard]] std::string why_not_writable_unasked(const std::string &directory);
+[[nodiscard]] std::string why_not_writable_by_default(const std::string &directory);
 
 } // namespace dravik::sim

@@ -34,20 +34,18 @@ constexpr uint32_t own_architecture = 0; // no filter
 /// On x86-64, numbers from here on are of the ABI with 32-bit pointers.
 constexpr uint32_t first_foreign_call = 0x40000000;
 
-/// The same on every machine; headers may be older than the kernel.
-enum newer_calls : uint32_t {
-  call_pidfd_open = 434,
-  call_io_uring_setup = 425,
-  call_open_tree = 428,
-  call_move_mount = 429,
-  call_fsopen = 430,
-  call_fsconfig = 431,
-  call_fsmount = 432,
-  call_fspick = 433,
-  call_mount_setattr = 442,
-  call_quotactl_fd = 443,
-  call_open_tree_attr = 467,
-};
+// The same on every machine; headers may be older than the kernel.
+constexpr uint32_t call_pidfd_open = 434;
+constexpr uint32_t call_io_uring_setup = 425;
+constexpr uint32_t call_open_tree = 428;
+constexpr uint32_t call_move_mount = 429;
+constexpr uint32_t call_fsopen = 430;
+constexpr uint32_t call_fsconfig = 431;
+constexpr uint32_t call_fsmount = 432;
+constexpr uint32_t call_fspick = 433;
+constexpr uint32_t call_mount_setattr = 442;
+constexpr uint32_t call_quotactl_fd = 443;
+constexpr uint32_t call_open_tree_attr = 467;
 
 /// Calls that act on the whole machine, whatever their arguments. adjtimex() is not among them, since it also
 /// only reads: setting needs CAP_SYS_TIME.

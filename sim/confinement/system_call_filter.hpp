@@ -8,8 +8,7 @@ enum class forbidden_call { fails, kills };
 
 enum class local_sockets : bool { refused, allowed };
 
-/// Install the filter; it cannot be removed. Requires no_new_privs. Return whether the kernel has it in
-/// force.
+/// Install the filter, permanently. Requires no_new_privs. Return whether the kernel enforces it.
 bool filter_system_calls(forbidden_call reaction, local_sockets sockets);
 
 } // namespace dravik::sim

@@ -61,7 +61,7 @@ std::string settings_of(const screen &shown) {
                      "accel=0,0,1000\n");
 }
 
-/// A comment with the requests that each device knows.
+/// A comment with the requests of each device.
 std::string first_faults() {
   std::string text =
       "# Faults to inject, one per line: request, path, error. Effective from the next request on.\n"

@@ -1,4 +1,4 @@
-// A new image of a board's memory card, written beside the old one and renamed over it.
+// A new image of a board's memory card, written next to the old one and renamed over it.
 #pragma once
 
 #include "base/unique_fd.hpp"

@@ -6,9 +6,8 @@
 //
 //   mount     card/mounting is filled from the image; the record is renamed into place; the contents of the
 //             mount point become card/below; card/mounting becomes the mount point
-//   unmount   card/mmcblk0.new is written and renamed over the image; the mount point becomes
-//             card/unmounted; the record is removed; card/below becomes the mount point; card/unmounted is
-//             removed
+//   unmount   card/mmcblk0.new is written and renamed over the image; the mount point becomes card/unmounted;
+//             the record is removed; card/below becomes the mount point; card/unmounted is removed
 //
 // card/mounting and card/unmounted show how far a killed process came: with the record, card/mounting is
 // completed; without it, it is a partial copy. card/unmounted exists only while the image has every file.

@@ -45,7 +45,7 @@ std::string stamp_of_image(const std::string &path) {
 bool save_record(const std::string &path, const mount_record &record, std::string &error) {
   std::string text = (record.is_writable ? "rw " : "ro ") + record.image + "\n";
   for (const auto &[name, stamp] : record.files)
-    text += stamp + "\t" + name + "\n";
+    text.append(stamp).append("\t").append(name).append("\n");
   return replace_file(path, text, error);
 }
 

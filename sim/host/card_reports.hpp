@@ -35,7 +35,7 @@ struct card_files {
 /// false and set `error` on failure.
 [[nodiscard]] bool report_card(const std::string &board, std::string &error);
 
-/// The partition that the kernel knows; of length 0 if there is none.
+/// The partition in the kernel's list; of length 0 if there is none.
 partition known_partition(const std::string &board);
 
 mount_state read_mount_state(const std::string &board);

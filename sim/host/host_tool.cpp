@@ -10,7 +10,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-extern "C" [[gnu::weak]] void dravik_sim_use_board(const char *directory);
+// Null in programs that are not on a board.
+#pragma weak dravik_sim_use_board
 
 namespace dravik::sim {
 namespace {
@@ -28,7 +29,7 @@ constexpr std::array<std::pair<const char *, const char *>, 5> card_tools = {{
 std::string find_tool(const std::string &name) {
   for (const char *directory :
        {"/usr/local/sbin/", "/usr/local/bin/", "/usr/sbin/", "/usr/bin/", "/sbin/", "/bin/"})
-    if (const std::string candidate = directory + name; ::access(candidate.c_str(), X_OK) == 0)
+    if (std::string candidate = directory + name; ::access(candidate.c_str(), X_OK) == 0)
       return candidate;
   return {};
 }
@@ -42,6 +43,7 @@ std::vector<std::string> tool_environment() {
 
 std::vector<char *> pointers_to(std::vector<std::string> &texts) {
   std::vector<char *> pointers;
+  pointers.reserve(texts.size() + 1);
   for (std::string &text : texts)
     pointers.push_back(text.data());
   pointers.push_back(nullptr);
@@ -90,17 +92,17 @@ void set_default_signals() {
   ::sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
-int run_tool(const std::vector<std::string> &words, std::string *said) {
+int run_tool(const std::vector<std::string> &words, std::string *output) {
   const std::string path = find_tool(words.front());
   std::array<int, 2> ends = {-1, -1};
-  if (path.empty() || (said != nullptr && ::pipe2(ends.data(), O_CLOEXEC) != 0))
+  if (path.empty() || (output != nullptr && ::pipe2(ends.data(), O_CLOEXEC) != 0))
     return -1;
   const unique_fd from{ends[0]};
   unique_fd to{ends[1]};
   const pid_t child = start(path, words, to.get());
   to.reset();
-  if (said != nullptr)
-    read_all(from.get(), *said);
+  if (output != nullptr)
+    read_all(from.get(), *output);
   int status = -1;
   return child > 0 && ::waitpid(child, &status, 0) == child ? status : -1;
 }

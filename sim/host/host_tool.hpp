@@ -6,10 +6,9 @@
 
 namespace dravik::sim {
 
-/// Run a tool of the host from the system's own directories, with an environment of its own. Returns its
-/// status as waitpid() reports it, -1 if there is no such tool. Its output is stored in `said` if that is not
-/// null.
-int run_tool(const std::vector<std::string> &words, std::string *said = nullptr);
+/// Run a tool of the host from the system's own directories, with an environment of its own. Return its
+/// status as waitpid() reports it, -1 if there is no such tool. Store its output in `output`, unless null.
+int run_tool(const std::vector<std::string> &words, std::string *output = nullptr);
 
 /// Set what a child process that becomes another program inherits: neither ignored nor blocked signals.
 void set_default_signals();

@@ -19,7 +19,7 @@
 namespace dravik::sim {
 namespace {
 
-/// Moves the memory card; on failure gives false and says why.
+/// Insert or remove the memory card. Return false and set `error` on failure.
 using card_move = bool (*)(const std::string &board, std::string &error);
 
 /// The board's files as the changes leave them, until all changes are understood.
@@ -39,7 +39,7 @@ public:
   /// The files first: a card's lock is one of them.
   void then(card_move move) { card_move_ = move; }
 
-  /// On failure gives false and says why in `error`.
+  /// Return false and set `error` on failure.
   bool save(std::string &error) const {
     error = unreadable_;
     if (!error.empty())
@@ -115,7 +115,7 @@ bool set_monitor(uint32_t, std::string_view value, changed_files &files) {
   return true;
 }
 
-/// The code of the nearest temperature that the converter can tell.
+/// The code of the nearest temperature that the ADC can report.
 uint32_t code_of(double degrees) {
   const auto distance = [=](uint32_t code) {
     return std::abs(board::temperature_of_code(code) - degrees * 1000);
@@ -147,6 +147,14 @@ constexpr setter setters[] = {
     {"gpio.", set_level},    {"hdmi", set_monitor}, {"temperature", set_temperature},
 };
 
+constexpr bool all_are_inputs(const board_entry &entry) {
+  for (std::string_view rest = entry.inputs; !rest.empty();)
+    if (std::ranges::find(inputs, take_until(rest, ' '), &input::key) == std::end(inputs))
+      return false;
+  return true;
+}
+
+static_assert(std::ranges::all_of(board_table, all_are_inputs), "each input of board_table is in inputs");
 static_assert(std::ranges::equal(setters, inputs, {}, &setter::key, &input::key),
               "each input has its function in setters");
 

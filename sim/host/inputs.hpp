@@ -52,8 +52,7 @@ int32_t temperature_of_adc_code(uint32_t code) noexcept;
 
 enum class inputs_result : uint8_t { done, failed, invalid };
 
-/// Set inputs by texts such as "gpio.68=1". If one of them is invalid, nothing is changed. Sets `error` unless
-/// done.
+/// Set inputs by texts such as "gpio.68=1". If one is invalid, nothing is changed. Set `error` unless done.
 [[nodiscard]] inputs_result set_inputs(const std::string &board, std::span<const std::string> changes,
                                        std::string &error);
 

@@ -71,7 +71,7 @@ bool has_option(const options &given, char letter) {
 }
 
 /// -r, -o ro and -o remount,ro,... make the mount read-only; -t and the other options make no difference.
-bool asks_for_read_only(const options &given) {
+bool requests_read_only(const options &given) {
   return std::ranges::any_of(given, [](const std::string &word) {
     return word == "-r" || ("," + word + ",").find(",ro,") != std::string::npos;
   });
@@ -90,7 +90,7 @@ int take_out(const std::string &board, const options &, std::string &error) {
 }
 
 int mount(const std::string &board, const options &given, std::string &error) {
-  const bool done = mount_card(board, asks_for_read_only(given), error);
+  const bool done = mount_card(board, requests_read_only(given), error);
   return report_as_by("mount: /dev/mmcblk0p1", done, error);
 }
 

@@ -39,7 +39,7 @@ class gain {
 public:
   explicit gain(const std::string &board) : events_(board, "events", most_at_start) {}
 
-  /// False when standard output takes no more.
+  /// Return false if standard output is closed.
   bool show() {
     for (std::string bytes; !(bytes = events_.next(block_bytes)).empty();) {
       const std::string text = printable(bytes);

@@ -50,7 +50,7 @@ bool add_named(const std::vector<std::string> &names, std::vector<std::string> &
 void add_working_directory(run_directories &directories) {
   if (!resolve_directory(".", directories.working, directories.why_not_working))
     return;
-  directories.why_not_working = why_not_writable_unasked(directories.working);
+  directories.why_not_working = why_not_writable_by_default(directories.working);
   if (directories.why_not_working.empty())
     directories.of_host.insert(directories.of_host.begin(), directories.working);
 }
@@ -118,7 +118,7 @@ std::string run_directories::list_of_host() const {
 bool find_directories(const run_request &request, run_directories &directories, std::string &error) {
   if (!resolve_directory(request.board, directories.board, error))
     return false;
-  const std::string reason = why_not_writable_unasked(directories.board);
+  const std::string reason = why_not_writable_by_default(directories.board);
   if (!reason.empty()) {
     error = request.board + ": cannot be a board: " + reason;
     return false;

@@ -91,7 +91,7 @@ private:
   std::string fresh_; ///< what is to replace one of them
 };
 
-/// What the list of a keeper says.
+/// The list of a keeper.
 struct keeper_list {
   std::string terminal;
   std::vector<pid_t> processes;
@@ -225,7 +225,7 @@ private:
                     count * std::chrono::nanoseconds{std::chrono::seconds{1}} / bytes_per_second;
   }
 
-  /// Gives the number of bytes; 0 when there are none.
+  /// Return the number of bytes; 0 if there are none.
   size_t take_sent(size_t most) {
     std::array<char, longest_block> block;
     const ssize_t count = ::read(pair_.far_end.get(), block.data(), most);

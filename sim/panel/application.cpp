@@ -1,6 +1,7 @@
 // The application of a live board: a child process that `dravik-sim run` becomes.
 
 #include "panel/application.hpp"
+#include "board/reboot_status.hpp"
 #include "host/host_tool.hpp"
 #include "panel/message.hpp"
 
@@ -17,7 +18,6 @@
 namespace dravik::sim {
 namespace {
 
-constexpr int reboot_status = 75;
 constexpr int signal_status = 128;
 
 /// Nothing of the server stays open: the keeper of the serial port, which outlives the application, would keep

@@ -17,7 +17,7 @@
 
 namespace dravik::sim {
 
-/// A page, as the board knows it.
+/// A connected page.
 class board_page {
 public:
   virtual void offer() = 0; ///< something may have changed

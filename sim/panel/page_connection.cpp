@@ -141,7 +141,7 @@ bool page_connection::send_frame() {
   return true;
 }
 
-/// The second byte tells a page that the file began again.
+/// The second byte is 1 if the file began again.
 bool page_connection::send_followed(followed_text &text) {
   const std::string part = text.file.next(part_bytes);
   const bool has_restarted = std::exchange(text.restarts, text.file.restarts()) != text.file.restarts();
@@ -151,7 +151,7 @@ bool page_connection::send_followed(followed_text &text) {
   return true;
 }
 
-/// Long silence is not sent: a recording with gaps has minutes of it at once.
+/// Long silence is not sent: a recording may contain minutes of it.
 bool page_connection::send_sound() {
   for (int i = 0; i < most_silent_parts; ++i) {
     std::string part = sound_.next(part_bytes);

@@ -60,7 +60,7 @@ public:
   }
 
 private:
-  /// The port of the last time, unless another program has it now.
+  /// The port of the previous run, unless another program uses it now.
   bool listen(std::string &error) {
     if (!load_access(request_.board, access_, error))
       return false;

@@ -79,24 +79,25 @@ private:
       answer_file();
   }
 
-  refusal check(const request &asked) const {
-    const std::string_view host = view(asked[http::field::host]);
-    if (asked.count(http::field::host) != 1 || !address_.is_host(host))
+  refusal check(const request &received) const {
+    const std::string_view host = view(received[http::field::host]);
+    if (received.count(http::field::host) != 1 || !address_.is_host(host))
       return {http::status::misdirected_request, "Host is not the address of this page"};
-    if (asked.count(http::field::origin) > 1 || !address_.is_origin(view(asked[http::field::origin]), host))
+    if (received.count(http::field::origin) > 1 ||
+        !address_.is_origin(view(received[http::field::origin]), host))
       return {http::status::forbidden, "Origin is not this page"};
-    if (asked.method() != http::verb::get)
+    if (received.method() != http::verb::get)
       return {http::status::method_not_allowed, "only GET is served"};
-    return check_target(asked);
+    return check_target(received);
   }
 
-  refusal check_target(const request &asked) const {
-    const std::string_view target = view(asked.target());
+  refusal check_target(const request &received) const {
+    const std::string_view target = view(received.target());
     const std::string_view path = target.substr(0, target.find('?'));
     const bool is_file = std::ranges::find(page_files(), path, &page_file::path) != page_files().end();
     if (!is_file && path != live_path)
       return {http::status::not_found, "no such page"};
-    if (beast::websocket::is_upgrade(asked) != (path == live_path))
+    if (beast::websocket::is_upgrade(received) != (path == live_path))
       return {http::status::bad_request, "only /live is a web socket"};
     if (path == live_path && !is_same_secret(parameter_of(target, "token"), token_))
       return {http::status::forbidden, "missing or invalid token; use the address that dravik-sim printed"};
@@ -152,7 +153,7 @@ private:
                       });
   }
 
-  /// What the client still sends is dropped for a moment: closing at once would reset the connection, and the
+  /// Later input of the client is dropped for a moment: closing immediately would reset the connection, and the
   /// client might lose the answer.
   void end() {
     beast::error_code ignored;

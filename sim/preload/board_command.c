@@ -1,5 +1,5 @@
 /* Runs a command of the board in a process of its own, for a program that starts it as it would start the
-   program of that name. The preload library, which comes with its environment, knows the commands. */
+   program of that name. The preload library, which comes with its environment, runs the commands. */
 
 int dravik_sim_serve_command(int count, char **words) __attribute__((weak));
 

@@ -23,13 +23,12 @@ namespace {
 constexpr uint64_t longest_block = uint64_t{64} << 20;
 constexpr uint64_t no_limit = std::numeric_limits<uint64_t>::max();
 
-enum conversion : uint8_t {
-  keeps_length = 1,
-  pads_blocks = 2,
-  must_exist = 4,
-  must_be_new = 8,
-  flushes = 16
-};
+// Conversions (conv=), as bits.
+constexpr unsigned keeps_length = 1;
+constexpr unsigned pads_blocks = 2;
+constexpr unsigned must_exist = 4;
+constexpr unsigned must_be_new = 8;
+constexpr unsigned flushes = 16;
 
 struct copy_orders {
   const char *from = nullptr;
@@ -42,31 +41,31 @@ struct copy_orders {
   uint64_t seek = 0;
   unsigned conversions = 0;
   bool is_quiet = false; ///< status=none
-  bool tells_rate = true;
+  bool prints_rate = true;
 
   uint64_t read_size() const noexcept { return block != 0 ? block : input_block; }
   uint64_t write_size() const noexcept { return block != 0 ? block : output_block; }
 };
 
 /// Messages of dd.
-class speaker {
+class messages {
 public:
-  explicit speaker(const shell_words &command) noexcept : is_heard_(!command.drops_errors()) {}
-  [[gnu::format(printf, 2, 3)]] void say(const char *format, ...) const noexcept {
+  explicit messages(const shell_words &command) noexcept : is_printed_(!command.drops_errors()) {}
+  [[gnu::format(printf, 2, 3)]] void print(const char *format, ...) const noexcept {
     va_list arguments;
     va_start(arguments, format);
-    if (is_heard_)
+    if (is_printed_)
       ::vdprintf(STDERR_FILENO, format, arguments);
     va_end(arguments);
   }
   /// Report a failure, with the reason in errno.
   int fail(const char *what, const char *name) const noexcept {
-    say("dd: %s '%s': %s\n", what, name, std::strerror(errno));
+    print("dd: %s '%s': %s\n", what, name, std::strerror(errno));
     return 1;
   }
 
 private:
-  bool is_heard_;
+  bool is_printed_;
 };
 
 // --------------------------------------------------------------------------------------------- operands
@@ -117,7 +116,7 @@ constexpr number_operand number_operands[] = {
 
 struct named_conversion {
   std::string_view name;
-  conversion bit;
+  unsigned bit;
 };
 constexpr named_conversion conversions[] = {
     {"notrunc", keeps_length}, {"sync", pads_blocks}, {"nocreat", must_exist},
@@ -136,7 +135,7 @@ bool read_conversions(std::string_view list, unsigned &bits) noexcept {
 
 bool read_status(std::string_view level, copy_orders &orders) noexcept {
   orders.is_quiet = level == "none";
-  orders.tells_rate = level != "noxfer";
+  orders.prints_rate = level != "noxfer";
   return level == "none" || level == "noxfer" || level == "progress";
 }
 
@@ -230,13 +229,13 @@ size_t read_block(int descriptor, uint8_t *data, size_t size, bool &failed) noex
 }
 
 int copy_blocks(const copy_orders &orders, int from, int to, uint8_t *block, copy_counts &counts,
-                const speaker &speaker) noexcept {
+                const messages &messages) noexcept {
   const auto whole = static_cast<size_t>(orders.read_size()); // that of the block
   for (uint64_t i = 0; i < orders.count; ++i) {
     bool failed = false;
     size_t size = read_block(from, block, whole, failed);
     if (failed)
-      return speaker.fail("error reading", orders.from);
+      return messages.fail("error reading", orders.from);
     if (size == 0)
       break;
     ++(size == whole ? counts.read_whole : counts.read_part);
@@ -245,7 +244,7 @@ int copy_blocks(const copy_orders &orders, int from, int to, uint8_t *block, cop
       size = whole;
     }
     if (!write_block(to, block, size, counts.bytes))
-      return speaker.fail("error writing", orders.to);
+      return messages.fail("error writing", orders.to);
   }
   return 0;
 }
@@ -272,72 +271,72 @@ double seconds_now() noexcept {
   return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
-void tell_bytes(uint64_t bytes, double seconds, const speaker &speaker) noexcept {
+void print_rate(uint64_t bytes, double seconds, const messages &messages) noexcept {
   const auto number = static_cast<double>(bytes);
   const short_size decimal{number, 1000, decimal_names};
   const short_size binary{number, 1024, binary_names};
   const auto count = static_cast<unsigned long long>(bytes);
   if (bytes >= 1024)
-    speaker.say("%llu bytes (%s, %s) copied", count, decimal.text, binary.text);
+    messages.print("%llu bytes (%s, %s) copied", count, decimal.text, binary.text);
   else if (bytes >= 1000)
-    speaker.say("%llu bytes (%s) copied", count, decimal.text);
+    messages.print("%llu bytes (%s) copied", count, decimal.text);
   else
-    speaker.say(bytes == 1 ? "%llu byte copied" : "%llu bytes copied", count);
+    messages.print(bytes == 1 ? "%llu byte copied" : "%llu bytes copied", count);
   const short_size rate{number / std::max(seconds, 1e-9), 1000, decimal_names};
-  speaker.say(", %g s, %s/s\n", seconds, rate.text);
+  messages.print(", %g s, %s/s\n", seconds, rate.text);
 }
 
 void report(const copy_orders &orders, const copy_counts &counts, double seconds,
-            const speaker &speaker) noexcept {
+            const messages &messages) noexcept {
   if (orders.is_quiet)
     return;
   const auto number = [](uint64_t value) { return static_cast<unsigned long long>(value); };
-  speaker.say("%llu+%llu records in\n%llu+%llu records out\n", number(counts.read_whole),
-              number(counts.read_part), number(counts.bytes / orders.write_size()),
-              number(counts.bytes % orders.write_size() != 0 ? 1 : 0));
-  if (orders.tells_rate)
-    tell_bytes(counts.bytes, seconds, speaker);
+  messages.print("%llu+%llu records in\n%llu+%llu records out\n", number(counts.read_whole),
+                 number(counts.read_part), number(counts.bytes / orders.write_size()),
+                 number(counts.bytes % orders.write_size() != 0 ? 1 : 0));
+  if (orders.prints_rate)
+    print_rate(counts.bytes, seconds, messages);
 }
 
-int copy(const copy_orders &orders, const speaker &speaker) noexcept {
+int copy(const copy_orders &orders, const messages &messages) noexcept {
   const double start = seconds_now();
   const unique_fd from{::open(orders.from, O_RDONLY | O_CLOEXEC)};
   if (!from)
-    return speaker.fail("failed to open", orders.from);
+    return messages.fail("failed to open", orders.from);
   const unique_fd to{::open(orders.to, flags_for_output(orders), 0666)};
   if (!to)
-    return speaker.fail("failed to open", orders.to);
+    return messages.fail("failed to open", orders.to);
   const heap_block block = allocate_block(orders.read_size());
   if (block == nullptr || !go_to(from.get(), orders.skip, orders.read_size()))
-    return speaker.fail("cannot skip in", orders.from);
+    return messages.fail("cannot skip in", orders.from);
   if (!go_to(to.get(), orders.seek, orders.write_size()))
-    return speaker.fail("cannot seek in", orders.to);
+    return messages.fail("cannot seek in", orders.to);
   cut_behind(to.get(), orders);
   copy_counts counts;
-  const int status = copy_blocks(orders, from.get(), to.get(), block.get(), counts, speaker);
-  report(orders, counts, seconds_now() - start, speaker);
+  const int status = copy_blocks(orders, from.get(), to.get(), block.get(), counts, messages);
+  report(orders, counts, seconds_now() - start, messages);
   return status;
 }
 
 } // namespace
 
 int copy_bytes(const shell_words &command, std::span<const char *const> operands) noexcept {
-  const speaker speaker{command};
+  const messages messages{command};
   copy_orders orders;
   for (const char *word : operands)
     if (!read_operand(word, orders)) {
-      speaker.say("dd: invalid operand '%s'\n", word);
+      messages.print("dd: invalid operand '%s'\n", word);
       return 1;
     }
   if (!stays_on_board(orders)) {
-    speaker.say("dravik-sim: dd: if=FILE and of=FILE must be files of the board\n");
+    messages.print("dravik-sim: dd: if=FILE and of=FILE must be files of the board\n");
     return 1;
   }
   if (card_is_locked() && std::string_view{orders.to}.starts_with("/dev/mmcblk0")) {
     errno = EROFS;
-    return speaker.fail("failed to open", orders.to);
+    return messages.fail("failed to open", orders.to);
   }
-  return copy(orders, speaker);
+  return copy(orders, messages);
 }
 
 } // namespace dravik::sim

@@ -35,7 +35,7 @@ uint64_t used_clusters(uint32_t cluster_bytes) noexcept {
 
 } // namespace
 
-card_room read_card_room() noexcept {
+card_space read_card_space() noexcept {
   const preserve_errno unchanged;
   const partition known = known_partition();
   const unique_fd card = open_card();

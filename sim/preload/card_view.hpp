@@ -6,12 +6,12 @@
 namespace dravik::sim {
 
 /// The mounted file system; no clusters if none is mounted.
-struct card_room {
+struct card_space {
   uint32_t cluster_bytes = 0;
   uint32_t clusters = 0;
   uint32_t free_clusters = 0;
 };
-card_room read_card_room() noexcept;
+card_space read_card_space() noexcept;
 
 /// Whether a path of an application is on the memory card.
 bool is_on_card(const char *name) noexcept;

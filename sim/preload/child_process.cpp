@@ -95,7 +95,7 @@ int run_card_action(const char *action, const shell_words &command,
   if (*launcher() == '\0' || !find_board(board)) {
     ::dprintf(STDERR_FILENO,
               *launcher() == '\0'
-                  ? "libdravik-sim.so: dravik-sim, which looks after the card, is not beside it\n"
+                  ? "libdravik-sim.so: missing dravik-sim next to it, which manages the memory card\n"
                   : "libdravik-sim.so: the board's directory has been moved\n");
     return ended_with(not_found);
   }

@@ -55,10 +55,10 @@ const device *device_named(const char *path) noexcept;
 const device *device_behind(int descriptor) noexcept;
 
 /// Return the result of a device as the C library does: -1 with errno for an error.
-template <typename Result> Result as_told(Result answer) noexcept {
-  if (answer >= 0)
-    return answer;
-  errno = static_cast<int>(-answer);
+template <typename Result> Result as_c_result(Result result) noexcept {
+  if (result >= 0)
+    return result;
+  errno = static_cast<int>(-result);
   return -1;
 }
 

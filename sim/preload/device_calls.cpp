@@ -20,16 +20,17 @@ static_assert(std::ssize(devices) == std::ranges::count_if(board_table, has_devi
               "each entry of board_table with a path and a prefix of events has a device here");
 
 /// The kernel uses 32 bits of a request's number.
-long answer(const device &asked, int descriptor, unsigned long request, uintptr_t argument) noexcept {
-  const auto known = std::ranges::find(asked.requests, static_cast<uint32_t>(request), &request_kind::number);
-  if (known == asked.requests.end()) {
-    record_event("%s: request 0x%lx refused", asked.entry.event, request & UINT32_MAX);
+long serve_request(const device &target, int descriptor, unsigned long request, uintptr_t argument) noexcept {
+  const auto known =
+      std::ranges::find(target.requests, static_cast<uint32_t>(request), &request_kind::number);
+  if (known == target.requests.end()) {
+    record_event("%s: request 0x%lx refused", target.entry.event, request & UINT32_MAX);
     return -ENOTTY;
   }
-  const int fault = injected_fault(known->name, asked.entry.path);
+  const int fault = injected_fault(known->name, target.entry.path);
   if (fault == 0)
     return known->serve(descriptor, argument);
-  record_event("%s: %s fails (injected)", asked.entry.event, known->name.text);
+  record_event("%s: %s fails (injected)", target.entry.event, known->name.text);
   return -fault;
 }
 
@@ -42,7 +43,7 @@ bool may_map(int descriptor, int flags, size_t length, uint64_t offset) noexcept
     return true;
   const int fault = injected_fault("mmap", mapped->entry.path);
   const int error = fault != 0 ? -fault : mapped->map != nullptr ? mapped->map(length, offset) : -ENODEV;
-  return as_told(error) == 0;
+  return as_c_result(error) == 0;
 }
 
 } // namespace
@@ -60,18 +61,19 @@ const device *device_behind(int descriptor) noexcept {
 
 } // namespace dravik::sim
 
-using dravik::sim::answer;
-using dravik::sim::as_told;
+using dravik::sim::as_c_result;
 using dravik::sim::device;
 using dravik::sim::device_behind;
+using dravik::sim::serve_request;
 using dravik::sim::short_offset;
 
 // The optional argument is always read and forwarded. If the caller passed none, it is unspecified and not used.
 #define SIM_IOCTL(name)                                                                                      \
   SIM_DEFINE(int, name, (int descriptor, unsigned long request, uintptr_t argument)) {                       \
-    const device *asked = device_behind(descriptor);                                                         \
-    return asked != nullptr ? static_cast<int>(as_told(answer(*asked, descriptor, request, argument)))       \
-                            : SIM_NEXT(name)(descriptor, request, argument);                                 \
+    const device *target = device_behind(descriptor);                                                        \
+    return target != nullptr                                                                                 \
+               ? static_cast<int>(as_c_result(serve_request(*target, descriptor, request, argument)))        \
+               : SIM_NEXT(name)(descriptor, request, argument);                                              \
   }
 
 SIM_IOCTL(ioctl)

@@ -204,8 +204,7 @@ SIM_DEFINE(int, execle, (const char *path, const char *first, ...)) {
   return sim_execve(path, words, variables);
 }
 
-// ---------------------------------------------------------------------------------------- beside this
-// process
+// ----------------------------------------------------------------------------------------- posix_spawn()
 
 using file_actions = const posix_spawn_file_actions_t *;
 using spawn_attributes = const posix_spawnattr_t *;
@@ -214,9 +213,9 @@ namespace dravik::sim {
 namespace {
 
 /// A command that reboots the board does not return, and terminates the application.
-void restart_if_asked(const char *path) noexcept {
+void reboot_if_requested(const char *path) noexcept {
   const char *words[] = {path};
-  if (is_restart(words))
+  if (is_reboot(words))
     run_board_program(words);
 }
 
@@ -227,7 +226,7 @@ SIM_DEFINE(int, posix_spawn,
            (pid_t * child, const char *path, file_actions actions, spawn_attributes attributes,
             word_vector words, word_vector variables)) {
   const auto next = SIM_NEXT(posix_spawn);
-  restart_if_asked(path);
+  reboot_if_requested(path);
   return start_program(path, seen_path{path}, words, variables,
                        [=](const char *program, word_vector with, word_vector in) {
                          return next(child, program, actions, attributes, with, in);

@@ -13,33 +13,33 @@ namespace {
 
 constexpr int longest_fat_name = 1530; ///< in bytes, as in the kernel
 
-void tell_kind(struct statfs &status) noexcept {
+void set_fat_fields(struct statfs &status) noexcept {
   status.f_type = MSDOS_SUPER_MAGIC;
   status.f_namelen = longest_fat_name;
 }
-void tell_kind(struct statfs64 &status) noexcept {
+void set_fat_fields(struct statfs64 &status) noexcept {
   status.f_type = MSDOS_SUPER_MAGIC;
   status.f_namelen = longest_fat_name;
 }
-void tell_kind(struct statvfs &status) noexcept {
+void set_fat_fields(struct statvfs &status) noexcept {
   status.f_favail = 0;
   status.f_namemax = longest_fat_name;
 }
-void tell_kind(struct statvfs64 &status) noexcept {
+void set_fat_fields(struct statvfs64 &status) noexcept {
   status.f_favail = 0;
   status.f_namemax = longest_fat_name;
 }
 
 /// Replace the figures of the host by those of the card if `name` is on a mounted card.
-template <typename Status> int tell_of_card(const char *name, int result, Status *status) noexcept {
-  const card_room room = result == 0 && is_on_card(name) ? read_card_room() : card_room{};
-  if (room.clusters == 0)
+template <typename Status> int report_card_space(const char *name, int result, Status *status) noexcept {
+  const card_space space = result == 0 && is_on_card(name) ? read_card_space() : card_space{};
+  if (space.clusters == 0)
     return result;
-  status->f_bsize = status->f_frsize = room.cluster_bytes;
-  status->f_blocks = room.clusters;
-  status->f_bfree = status->f_bavail = room.free_clusters;
+  status->f_bsize = status->f_frsize = space.cluster_bytes;
+  status->f_blocks = space.clusters;
+  status->f_bfree = status->f_bavail = space.free_clusters;
   status->f_files = status->f_ffree = 0;
-  tell_kind(*status);
+  set_fat_fields(*status);
   return result;
 }
 
@@ -47,18 +47,18 @@ template <typename Status> int tell_of_card(const char *name, int result, Status
 } // namespace dravik::sim
 
 using dravik::sim::descriptor_name;
+using dravik::sim::report_card_space;
 using dravik::sim::seen_path;
-using dravik::sim::tell_of_card;
 
 #define SIM_OF_PATH(call, record)                                                                            \
   SIM_DEFINE(int, call, (const char *path, struct record *status)) {                                         \
     const seen_path mapped{path};                                                                            \
-    return tell_of_card(mapped.name(), SIM_NEXT(call)(mapped, status), status);                              \
+    return report_card_space(mapped.name(), SIM_NEXT(call)(mapped, status), status);                         \
   }
 
 #define SIM_OF_DESCRIPTOR(call, record)                                                                      \
   SIM_DEFINE(int, call, (int descriptor, struct record *status)) {                                           \
-    return tell_of_card(descriptor_name{descriptor}, SIM_NEXT(call)(descriptor, status), status);            \
+    return report_card_space(descriptor_name{descriptor}, SIM_NEXT(call)(descriptor, status), status);       \
   }
 
 SIM_OF_PATH(statfs, statfs)

@@ -39,11 +39,11 @@ int grow_to_full_memory(int descriptor, int) noexcept {
   const uint64_t bytes = current_screen().memory_bytes();
   const auto size = static_cast<off_t>(std::min(bytes, largest_memory));
   if (bytes > largest_memory)
-    record_event("fb0: its memory is cut off at %llu bytes", static_cast<unsigned long long>(largest_memory));
+    record_event("fb0: memory limited to %llu bytes", static_cast<unsigned long long>(largest_memory));
   if (::fstat(descriptor, &status) != 0 || status.st_size >= size)
     return descriptor;
   if (!set_board_file_length("dev/fb0", size))
-    record_event("fb0: its memory cannot grow to %lld bytes", static_cast<long long>(size));
+    record_event("fb0: memory cannot grow to %lld bytes", static_cast<long long>(size));
   return descriptor;
 }
 
@@ -91,7 +91,7 @@ fb_var_screeninfo variable_information() noexcept {
   return variable;
 }
 
-template <typename Record> long answer(uintptr_t argument, const Record &record) noexcept {
+template <typename Record> long copy_record(uintptr_t argument, const Record &record) noexcept {
   if (argument == 0)
     return -EFAULT;
   *reinterpret_cast<Record *>(argument) = record;
@@ -125,9 +125,9 @@ long blank(int, uintptr_t level) noexcept {
 
 constexpr request_kind requests[] = {
     {FBIOGET_FSCREENINFO, "fscreeninfo",
-     [](int, uintptr_t into) { return answer(into, fixed_information()); }},
+     [](int, uintptr_t into) { return copy_record(into, fixed_information()); }},
     {FBIOGET_VSCREENINFO, "vscreeninfo",
-     [](int, uintptr_t into) { return answer(into, variable_information()); }},
+     [](int, uintptr_t into) { return copy_record(into, variable_information()); }},
     {FBIOPAN_DISPLAY, "pan", pan},
     {FBIOBLANK, "blank", blank},
 };
@@ -136,8 +136,8 @@ constexpr request_kind requests[] = {
 int check_mapping(uint64_t length, uint64_t offset) noexcept {
   const auto page = static_cast<uint64_t>(::sysconf(_SC_PAGESIZE));
   const uint64_t end = (current_screen().memory_bytes() + page - 1) / page * page;
-  const uint64_t pages_wanted = (length + page - 1) / page * page;
-  return offset > end || pages_wanted > end - offset ? -EINVAL : 0;
+  const uint64_t pages_mapped = (length + page - 1) / page * page;
+  return offset > end || pages_mapped > end - offset ? -EINVAL : 0;
 }
 
 } // namespace

@@ -48,7 +48,7 @@ int kernel_flags(file_kind kind, int flags) noexcept {
   return flags;
 }
 
-int as_it_stands(int descriptor, int flags) noexcept {
+int snapshot_of(int descriptor, int flags) noexcept {
   if ((flags & (O_ACCMODE | O_PATH | O_DIRECTORY)) != O_RDONLY || !is_plain_file(descriptor))
     return descriptor;
   unique_fd file{descriptor};

@@ -10,9 +10,9 @@ namespace dravik::sim {
 /// Return the flags of an open as the kernel interprets them for a kind of file.
 int kernel_flags(file_kind kind, int flags) noexcept;
 
-/// Replace a descriptor of a file below /proc that was opened read-only by one of a copy,
-/// which later changes do not reach.
-int as_it_stands(int descriptor, int flags) noexcept;
+/// Replace the descriptor of a file below /proc that was opened read-only by that of a copy, which does not
+/// change later.
+int snapshot_of(int descriptor, int flags) noexcept;
 
 /// Return the kind of an open file or named pipe of the board; none for anything else.
 file_kind kind_behind(int descriptor) noexcept;

@@ -16,7 +16,7 @@
 namespace dravik::sim {
 namespace {
 
-bool wants_to_write(int flags) noexcept {
+bool opens_for_writing(int flags) noexcept {
   return (flags & O_ACCMODE) != O_RDONLY || (flags & (O_CREAT | O_TRUNC)) != 0;
 }
 
@@ -25,7 +25,7 @@ bool may_open(const board_path &path, int flags) noexcept {
   if (path.kind() == file_kind::none)
     return true;
   int fault = injected_fault("open", path.name());
-  if (fault == 0 && wants_to_write(flags) && is_on_card(path.name()) && card_is_read_only())
+  if (fault == 0 && opens_for_writing(flags) && is_on_card(path.name()) && card_is_read_only())
     fault = EROFS;
   if (fault == 0 && is_host_device(path))
     fault = EACCES; // a device node in the board's directory
@@ -44,7 +44,7 @@ int finish_open(const board_path &path, int flags, int descriptor) noexcept {
   if (descriptor < 0)
     return descriptor;
   if (path.kind() == file_kind::report)
-    return as_it_stands(descriptor, flags);
+    return snapshot_of(descriptor, flags);
   if (path.kind() == file_kind::device && path.name() == card_partition)
     return open_partition(descriptor, flags);
   const device *opened = path.kind() == file_kind::device ? device_named(path.name()) : nullptr;
@@ -65,8 +65,8 @@ bool follows_link(int flags) noexcept {
 
 template <typename Next> int open_mapped(const char *name, int directory, int flags, Next next) noexcept {
   const last_link last = follows_link(flags) ? last_link::followed : last_link::kept;
-  return wants_to_write(flags) ? open_path(board_path{name, directory, last}, flags, next)
-                               : open_path(seen_path{name, directory, last}, flags, next);
+  return opens_for_writing(flags) ? open_path(board_path{name, directory, last}, flags, next)
+                                  : open_path(seen_path{name, directory, last}, flags, next);
 }
 
 } // namespace
@@ -132,8 +132,8 @@ std::FILE *open_mapped_stream(const char *path, const board_path &mapped, const 
 }
 
 template <typename Next> std::FILE *open_stream(const char *path, const char *mode, Next next) noexcept {
-  return wants_to_write(flags_of_mode(mode)) ? open_mapped_stream(path, board_path{path}, mode, next)
-                                             : open_mapped_stream(path, seen_path{path}, mode, next);
+  return opens_for_writing(flags_of_mode(mode)) ? open_mapped_stream(path, board_path{path}, mode, next)
+                                                : open_mapped_stream(path, seen_path{path}, mode, next);
 }
 
 /// Reopening does not truncate a device, and output to a port continues after the previous output.

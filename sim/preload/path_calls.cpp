@@ -22,7 +22,7 @@ constexpr last_link by_flags(int flags) noexcept {
 }
 
 /// Translate a path that the C library returns to the application's name.
-char *as_known(char *path) noexcept {
+char *as_board_path(char *path) noexcept {
   const char *name = path != nullptr ? name_on_board(path) : nullptr;
   if (name != nullptr)
     std::memmove(path, name, std::strlen(name) + 1);
@@ -39,7 +39,7 @@ bool may_truncate(const board_path &path) noexcept {
 } // namespace
 } // namespace dravik::sim
 
-using dravik::sim::as_known;
+using dravik::sim::as_board_path;
 using dravik::sim::at;
 using dravik::sim::by_flags;
 using dravik::sim::last_link;
@@ -184,25 +184,25 @@ SIM_PASS(ssize_t, __readlinkat_chk, (int from, const char *path, char *text, siz
          (from, seen_at{path, from, last_link::kept}, text, size, room))
 
 SIM_DEFINE(char *, realpath, (const char *path, char *resolved)) {
-  return as_known(SIM_NEXT(realpath)(seen_at{path}, resolved));
+  return as_board_path(SIM_NEXT(realpath)(seen_at{path}, resolved));
 }
 
 SIM_DEFINE(char *, __realpath_chk, (const char *path, char *resolved, size_t room)) {
-  return as_known(SIM_NEXT(__realpath_chk)(seen_at{path}, resolved, room));
+  return as_board_path(SIM_NEXT(__realpath_chk)(seen_at{path}, resolved, room));
 }
 
 SIM_DEFINE(char *, canonicalize_file_name, (const char *path)) {
-  return as_known(SIM_NEXT(canonicalize_file_name)(seen_at{path}));
+  return as_board_path(SIM_NEXT(canonicalize_file_name)(seen_at{path}));
 }
 
 SIM_DEFINE(char *, getcwd, (char *text, size_t size)) {
-  return as_known(SIM_NEXT(getcwd)(text, size));
+  return as_board_path(SIM_NEXT(getcwd)(text, size));
 }
 
 SIM_DEFINE(char *, __getcwd_chk, (char *text, size_t size, size_t room)) {
-  return as_known(SIM_NEXT(__getcwd_chk)(text, size, room));
+  return as_board_path(SIM_NEXT(__getcwd_chk)(text, size, room));
 }
 
 SIM_DEFINE(char *, get_current_dir_name, ()) {
-  return as_known(SIM_NEXT(get_current_dir_name)());
+  return as_board_path(SIM_NEXT(get_current_dir_name)());
 }

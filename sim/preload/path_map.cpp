@@ -18,7 +18,7 @@
 namespace dravik::sim {
 namespace {
 
-/// Input of the serial port; applications know it by the port's name.
+/// Input of the serial port; applications open it by the port's name.
 constexpr std::string_view serial_input = entry_of("/dev/ttyS0.in").path;
 constexpr size_t serial_port_length = entry_of("/dev/ttyS0").path.size();
 

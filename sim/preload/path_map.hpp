@@ -53,7 +53,7 @@ public:
       : board_path(path, directory, last_link::kept) {}
 };
 
-/// The same for a call that changes nothing: it sees files that exist only in the host's /tmp.
+/// The same for a call that changes nothing: files that exist only in the host's /tmp are visible to it.
 class seen_path : public board_path {
 public:
   explicit seen_path(const char *path, int directory = AT_FDCWD,

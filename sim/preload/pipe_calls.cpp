@@ -99,7 +99,7 @@ SIM_DEFINE(std::FILE *, popen, (const char *command, const char *mode)) {
   if (board_directory() == nullptr)
     return SIM_NEXT(popen)(command, mode);
   int status = 0;
-  if (is_restart(command))
+  if (is_reboot(command))
     run_on_board(command, status); // also terminates the application
   return open_command(command, pipe_mode{mode});
 }

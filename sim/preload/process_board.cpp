@@ -4,6 +4,7 @@
 #include "preload/process_board.hpp"
 #include "base/unique_fd.hpp"
 #include "board/preserve_errno.hpp"
+#include "board/reboot_status.hpp"
 #include "board/settings_text.hpp"
 #include "board/use_board.h"
 #include "preload/shell_commands.hpp"
@@ -186,19 +187,19 @@ void name_application(const char *given) noexcept {
   self.application.set({"DRAVIK_APPLICATION=", own});
 }
 
-int restart_signal() noexcept {
+int reboot_signal() noexcept {
   return SIGRTMAX - 3;
 }
 
-[[noreturn]] void end_by_restart(int) noexcept {
-  ::_exit(restart_status);
+[[noreturn]] void end_by_reboot(int) noexcept {
+  ::_exit(reboot_status);
 }
 
 /// Wait for a child that reboots the board.
-void await_restart() noexcept {
+void await_reboot() noexcept {
   struct sigaction action = {};
-  action.sa_handler = end_by_restart;
-  ::sigaction(restart_signal(), &action, nullptr);
+  action.sa_handler = end_by_reboot;
+  ::sigaction(reboot_signal(), &action, nullptr);
 }
 
 // ------------------------------------------------------------------------------------------ the start
@@ -219,7 +220,7 @@ void set_board(const char *directory) noexcept {
   self.is_on_board = directory != nullptr && *directory != '\0';
   if (!self.is_on_board)
     return;
-  await_restart();
+  await_reboot();
   const bool is_usable = *directory == '/' && std::strlen(directory) < longest_path;
   self.board.set({"DRAVIK_BOARD=", is_usable ? directory : "/dev/null"});
   const unique_fd board{open_board_directory()};
@@ -253,7 +254,7 @@ const process &known_process() noexcept {
   known_process();
 }
 
-bool lies_in(std::string_view path, std::string_view directory) noexcept {
+bool is_inside(std::string_view path, std::string_view directory) noexcept {
   while (directory.ends_with('/'))
     directory.remove_suffix(1);
   return !directory.empty() && path.starts_with(directory) &&
@@ -278,11 +279,11 @@ const char *board_directory() noexcept {
 
 bool is_left_to_host(std::string_view path) noexcept {
   const process &known = known_process();
-  if (is_below_tmp(known.first_directory) && lies_in(path, known.first_directory))
+  if (is_below_tmp(known.first_directory) && is_inside(path, known.first_directory))
     return true;
   std::string_view directories = known.host_directories.value();
   while (!directories.empty())
-    if (lies_in(path, take_until(directories, ':')))
+    if (is_inside(path, take_until(directories, ':')))
       return true;
   return false;
 }
@@ -350,7 +351,7 @@ void end_application() noexcept {
   const unique_fd process{static_cast<int>(::syscall(SYS_pidfd_open, application.number, 0))};
   if (!process || start_of(application.number) != application.start)
     return;
-  ::syscall(SYS_pidfd_send_signal, process.get(), restart_signal(), nullptr, 0);
+  ::syscall(SYS_pidfd_send_signal, process.get(), reboot_signal(), nullptr, 0);
   pollfd end = {process.get(), POLLIN, 0};
   if (::poll(&end, 1, pause_before_kill_ms) == 0) // it has the signal blocked, or handles it itself
     ::syscall(SYS_pidfd_send_signal, process.get(), SIGKILL, nullptr, 0);

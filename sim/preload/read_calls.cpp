@@ -14,9 +14,9 @@ template <typename Next> ssize_t read_from(int descriptor, void *data, size_t si
     return next();
   const descriptor_name name{descriptor};
   if (const int fault = injected_fault("read", name))
-    return as_told(ssize_t{-fault});
+    return as_c_result(ssize_t{-fault});
   const device *source = device_named(name);
-  return source != nullptr && source->read != nullptr ? as_told(source->read(descriptor, data, size))
+  return source != nullptr && source->read != nullptr ? as_c_result(source->read(descriptor, data, size))
                                                       : next();
 }
 

@@ -70,7 +70,7 @@ long count_input(int descriptor, uintptr_t into) noexcept {
 }
 
 /// The size of the terminal at the other end is unknown.
-long tell_size(int, uintptr_t into) noexcept {
+long report_window_size(int, uintptr_t into) noexcept {
   if (into == 0)
     return -EFAULT;
   *reinterpret_cast<winsize *>(into) = {};
@@ -79,7 +79,7 @@ long tell_size(int, uintptr_t into) noexcept {
 
 constexpr request_kind requests[] = {
     {FIONREAD, "count", count_input},
-    {TIOCGWINSZ, "size", tell_size},
+    {TIOCGWINSZ, "size", report_window_size},
 };
 
 } // namespace
@@ -93,11 +93,11 @@ bool is_serial_port(int descriptor) noexcept {
 
 bool is_serial_terminal(int descriptor) noexcept {
   const preserve_errno unchanged;
-  struct stat asked, port;
-  if (board_directory() == nullptr || ::fstat(descriptor, &asked) != 0 || !S_ISCHR(asked.st_mode))
+  struct stat opened, port;
+  if (board_directory() == nullptr || ::fstat(descriptor, &opened) != 0 || !S_ISCHR(opened.st_mode))
     return false;
   const unique_fd link{open_board_file(sent_file, O_PATH)};
-  return link && ::fstat(link.get(), &port) == 0 && S_ISCHR(port.st_mode) && port.st_rdev == asked.st_rdev;
+  return link && ::fstat(link.get(), &port) == 0 && S_ISCHR(port.st_mode) && port.st_rdev == opened.st_rdev;
 }
 
 int read_line_settings(termios &settings) noexcept {

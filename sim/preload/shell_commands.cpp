@@ -2,6 +2,7 @@
 
 #include "preload/shell_commands.hpp"
 #include "board/board_files.hpp"
+#include "board/reboot_status.hpp"
 #include "board/settings_text.hpp"
 #include "preload/byte_copy.hpp"
 #include "preload/child_process.hpp"
@@ -34,7 +35,7 @@ int format(const shell_words &command, word_list options) noexcept {
   return run_card_action("format", command, options);
 }
 int restart(const shell_words &command, word_list) noexcept {
-  restart_board(command.words()[0]);
+  reboot_board(command.words()[0]);
 }
 int copy(const shell_words &command, word_list operands) noexcept {
   return ended_with(copy_bytes(command, operands));
@@ -88,7 +89,7 @@ int dump_flash(const shell_words &, word_list options) noexcept {
 
 constexpr const char *mixer_file = "sound/mixer";
 
-/// The controls but one, with room for a line more.
+/// The controls but one, with space for another line.
 /// The operand that begins so, without its beginning; null when there is none.
 const char *operand(word_list words, std::string_view beginning) noexcept {
   for (const char *word : words)
@@ -236,12 +237,12 @@ int run_host_shell(const char *command) noexcept {
   return run_child("/bin/sh", words, environ, shell_words{""});
 }
 
-bool is_restart(word_list words) noexcept {
+bool is_reboot(word_list words) noexcept {
   return !words.empty() && without_directory(words[0]) == "reboot" && injected_fault("shell", "reboot") == 0;
 }
 
-bool is_restart(const char *command) noexcept {
-  return is_restart(shell_words{command}.words());
+bool is_reboot(const char *command) noexcept {
+  return is_reboot(shell_words{command}.words());
 }
 
 bool run_on_board(const char *command, int &status) noexcept {
@@ -253,13 +254,13 @@ bool run_on_board(const char *command, int &status) noexcept {
   return true;
 }
 
-void restart_board(const char *asked_by) noexcept {
-  run_card_action("restart", shell_words{asked_by});
+void reboot_board(const char *requested_by) noexcept {
+  run_card_action("restart", shell_words{requested_by});
   ::dprintf(STDERR_FILENO, "dravik-sim: %s: board reboots; application terminated with exit status %d\n",
-            asked_by, restart_status);
+            requested_by, reboot_status);
   if (serves_another_process)
     end_application();
-  ::_exit(restart_status);
+  ::_exit(reboot_status);
 }
 
 } // namespace dravik::sim

@@ -6,9 +6,6 @@
 
 namespace dravik::sim {
 
-/// Exit status of an application that reboots the board.
-constexpr int restart_status = 75;
-
 /// Run a command on the board, or reject it. Return false if board.conf leaves it to the host's shell.
 bool run_on_board(const char *command, int &status) noexcept;
 
@@ -28,10 +25,10 @@ int run_board_program(std::span<const char *const> words) noexcept;
 int run_host_shell(const char *command) noexcept;
 
 /// Whether a command reboots the board and does nothing else.
-bool is_restart(std::span<const char *const> words) noexcept;
-bool is_restart(const char *command) noexcept;
+bool is_reboot(std::span<const char *const> words) noexcept;
+bool is_reboot(const char *command) noexcept;
 
 /// Terminate the application as a reboot of the board does.
-[[noreturn]] void restart_board(const char *asked_by) noexcept;
+[[noreturn]] void reboot_board(const char *requested_by) noexcept;
 
 } // namespace dravik::sim

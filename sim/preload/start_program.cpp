@@ -43,46 +43,46 @@ bool is_shell_for_command(const char *name, char *const *words) noexcept {
 }
 
 bool is_launcher(const char *path) noexcept {
-  struct statx asked = {}, own = {};
+  struct statx program = {}, own = {};
   return without_directory(path) == "dravik-sim" &&
-         ::syscall(SYS_statx, AT_FDCWD, path, 0, STATX_INO, &asked) == 0 &&
+         ::syscall(SYS_statx, AT_FDCWD, path, 0, STATX_INO, &program) == 0 &&
          ::syscall(SYS_statx, AT_FDCWD, launcher(), 0, STATX_INO, &own) == 0 &&
-         asked.stx_ino == own.stx_ino && asked.stx_dev_major == own.stx_dev_major &&
-         asked.stx_dev_minor == own.stx_dev_minor;
+         program.stx_ino == own.stx_ino && program.stx_dev_major == own.stx_dev_major &&
+         program.stx_dev_minor == own.stx_dev_minor;
 }
 
-void say(const char *program, const char *reason) noexcept {
+void report(const char *program, const char *reason) noexcept {
   char line[longest_path];
   const int length = std::snprintf(line, sizeof line, "dravik-sim: %s: %s\n", program, reason);
-  const size_t said = std::min(static_cast<size_t>(std::max(length, 0)), sizeof line - 1);
-  if (::syscall(SYS_write, STDERR_FILENO, line, said) < 0)
+  const size_t size = std::min(static_cast<size_t>(std::max(length, 0)), sizeof line - 1);
+  if (::syscall(SYS_write, STDERR_FILENO, line, size) < 0)
     return; // there is no output
 }
 
-start_plan refuse(const char *program, int error, const char *reason) noexcept {
+start_plan reject(const char *program, int error, const char *reason) noexcept {
   record_event("exec: %s refused", program);
-  say(program, reason);
+  report(program, reason);
   return {start_plan::way::refused, error};
 }
 
 } // namespace
 
-start_plan plan_start(const char *asked_for, const board_path &path, char *const *words) noexcept {
+start_plan plan_start(const char *requested, const board_path &path, char *const *words) noexcept {
   const preserve_errno unchanged;
   if (is_launcher(path))
     return {start_plan::way::on_host};
   if (!can_be_preloaded())
-    return refuse(
-        asked_for, EACCES,
-        "cannot be run on the board: the loader takes no path of libdravik-sim.so with a blank or a colon");
-  if (const int place = command_among(asked_for, words); place >= 0)
+    return reject(
+        requested, EACCES,
+        "cannot be run on the board: the loader accepts no path of libdravik-sim.so with a space or a colon");
+  if (const int place = command_among(requested, words); place >= 0)
     return {start_plan::way::command, 0, static_cast<size_t>(place)};
-  if (is_shell_for_command(asked_for, words))
+  if (is_shell_for_command(requested, words))
     return {start_plan::way::shell_command};
   const program_judgement judgement = judge_program(path);
   return judgement.error == 0 || judgement.is_the_kernels
              ? start_plan{start_plan::way::on_board}
-             : refuse(asked_for, judgement.error, judgement.reason);
+             : reject(requested, judgement.error, judgement.reason);
 }
 
 } // namespace dravik::sim

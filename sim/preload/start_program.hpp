@@ -24,7 +24,7 @@ struct start_plan {
 
 /// Decide by the path to be started. Records and prints a rejection. Allocates nothing and takes no lock:
 /// the child of a vfork() may call it.
-start_plan plan_start(const char *asked_for, const board_path &path, char *const *words) noexcept;
+start_plan plan_start(const char *requested, const board_path &path, char *const *words) noexcept;
 
 /// Start a program by `next`, which requires a path, words and variables and returns an error number.
 /// Return that, or the error number of a rejection. The lists are on the stack.

@@ -55,10 +55,10 @@ int unmount_on_board(const char *target, int flags) noexcept {
   return -1;
 }
 
-int restart_on_board(unsigned request) noexcept {
+int reboot_on_board(unsigned request) noexcept {
   record_event("reboot: 0x%x", request);
   if (request != RB_ENABLE_CAD && request != RB_DISABLE_CAD)
-    restart_board("reboot()");
+    reboot_board("reboot()");
   return 0;
 }
 
@@ -98,5 +98,5 @@ SIM_DEFINE(int, umount2, (const char *target, int flags)) {
 
 SIM_DEFINE(int, reboot, (int request)) {
   return board_directory() == nullptr ? SIM_NEXT(reboot)(request)
-                                      : restart_on_board(static_cast<unsigned>(request));
+                                      : reboot_on_board(static_cast<unsigned>(request));
 }

@@ -14,8 +14,8 @@ SIM_DEFINE(int, isatty, (int descriptor)) {
 
 SIM_DEFINE(int, tcgetattr, (int descriptor, termios *settings)) {
   if (is_serial_port(descriptor))
-    return as_told(read_line_settings(*settings));
-  if (is_serial_terminal(descriptor) && as_told(read_line_settings(*settings)) != 0)
+    return as_c_result(read_line_settings(*settings));
+  if (is_serial_terminal(descriptor) && as_c_result(read_line_settings(*settings)) != 0)
     return -1;
   return SIM_NEXT(tcgetattr)(descriptor, settings);
 }
@@ -24,9 +24,9 @@ SIM_DEFINE(int, tcsetattr, (int descriptor, int when, const termios *settings)) 
   if (is_serial_port(descriptor)) {
     if (when == TCSAFLUSH)
       discard_input(descriptor);
-    return as_told(change_line_settings(*settings));
+    return as_c_result(change_line_settings(*settings));
   }
-  if (is_serial_terminal(descriptor) && as_told(change_line_settings(*settings)) != 0)
+  if (is_serial_terminal(descriptor) && as_c_result(change_line_settings(*settings)) != 0)
     return -1;
   return SIM_NEXT(tcsetattr)(descriptor, when, settings);
 }

@@ -37,9 +37,9 @@ const device *taker_of(const char *name) noexcept {
 ssize_t write_on(file_kind kind, int descriptor, const void *data, size_t size) noexcept {
   const descriptor_name name{descriptor};
   if (const int fault = injected_fault("write", name))
-    return as_told(ssize_t{-fault});
+    return as_c_result(ssize_t{-fault});
   if (const device *taker = taker_of(name))
-    return as_told(taker->write(descriptor, data, size));
+    return as_c_result(taker->write(descriptor, data, size));
   const off64_t position = ::lseek64(descriptor, 0, SEEK_CUR);
   const ssize_t count = write_in_manner(kind, descriptor, data, size, position);
   if (count > 0)
@@ -51,7 +51,7 @@ ssize_t write_at(file_kind kind, int descriptor, const void *data, size_t size, 
   const descriptor_name name{descriptor};
   const int fault = injected_fault("write", name);
   const int error = fault != 0 ? fault : taker_of(name) != nullptr ? ESPIPE : 0;
-  return error != 0 ? as_told(ssize_t{-error}) : write_in_manner(kind, descriptor, data, size, offset);
+  return error != 0 ? as_c_result(ssize_t{-error}) : write_in_manner(kind, descriptor, data, size, offset);
 }
 
 ssize_t write_plainly(int descriptor, const char *data, size_t size) noexcept {
@@ -60,7 +60,7 @@ ssize_t write_plainly(int descriptor, const char *data, size_t size) noexcept {
 }
 
 ssize_t send_to_terminal(int descriptor, const void *data, size_t size) noexcept {
-  return as_told(send_at_pace(descriptor, static_cast<const char *>(data), size, write_plainly));
+  return as_c_result(send_at_pace(descriptor, static_cast<const char *>(data), size, write_plainly));
 }
 
 /// Write the pieces as one, limited to the size of an attribute: the caller continues with the rest.

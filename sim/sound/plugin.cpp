@@ -45,7 +45,7 @@ snd_pcm_sframes_t transfer(snd_pcm_ioplug_t *plug, const snd_pcm_channel_area_t 
   const auto *first =
       static_cast<const char *>(areas[0].addr) + (areas[0].first + areas[0].step * offset) / 8;
   return static_cast<snd_pcm_sframes_t>(
-      device_of(plug).take(static_cast<const int16_t *>(static_cast<const void *>(first)), size));
+      device_of(plug).write(static_cast<const int16_t *>(static_cast<const void *>(first)), size));
 }
 
 int close(snd_pcm_ioplug_t *plug) noexcept {
@@ -92,7 +92,7 @@ int limit_parameters(snd_pcm_ioplug_t *plug, const sound_settings &settings) noe
   static constexpr unsigned access[] = {SND_PCM_ACCESS_RW_INTERLEAVED};
   static constexpr unsigned formats[] = {SND_PCM_FORMAT_S16_LE};
   static constexpr unsigned rates[] = {8000, 11025, 12000, 16000, 22050, 24000, 32000, 44100, 48000};
-  const auto rate_count = static_cast<unsigned>(std::size(rates)) - (settings.refuses_48000 ? 1 : 0);
+  const auto rate_count = static_cast<unsigned>(std::size(rates)) - (settings.rejects_48000 ? 1 : 0);
   const unsigned buffer = settings.buffer_bytes;
   const unsigned least_periods = settings.has_one_period ? 1 : settings.least_periods;
   const int results[] = {

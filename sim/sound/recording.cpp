@@ -69,11 +69,11 @@ void recording::add(std::span<const int16_t> samples, double gain) noexcept {
   std::array<frame, 1024> block;
   size_t used = 0;
   for (size_t i = 0; i + format_.channels <= samples.size(); i += format_.channels) {
-    const frame heard = {amplified(samples[i], gain), amplified(samples[i + format_.channels - 1], gain)};
-    uint64_t copies = end_of_taken();
-    ++taken_;
-    for (copies = end_of_taken() - copies; copies > 0; --copies) {
-      block[used++] = heard;
+    const frame played = {amplified(samples[i], gain), amplified(samples[i + format_.channels - 1], gain)};
+    uint64_t copies = end_of_written();
+    ++written_;
+    for (copies = end_of_written() - copies; copies > 0; --copies) {
+      block[used++] = played;
       if (used == block.size()) {
         append(block);
         used = 0;

@@ -36,14 +36,14 @@ private:
   struct frame {
     int16_t left, right;
   };
-  uint64_t end_of_taken() const noexcept { return taken_ * recorded_rate_hz / format_.rate_hz; }
+  uint64_t end_of_written() const noexcept { return written_ * recorded_rate_hz / format_.rate_hz; }
   void append(std::span<const frame> frames) noexcept;
   void write_header() noexcept;
 
   unique_fd file_;
   sound_format format_;
-  uint64_t taken_ = 0;  ///< frames since the open
-  uint64_t length_ = 0; ///< frames in the file
+  uint64_t written_ = 0; ///< frames since the open
+  uint64_t length_ = 0;  ///< frames in the file
 };
 
 } // namespace dravik::sim

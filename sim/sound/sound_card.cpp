@@ -47,7 +47,7 @@ void sound_card::close() noexcept {
   stop();
   if (buffer_frames_ == 0)
     return;
-  record_event("sound: %" PRIu64 " frames played", all_heard_);
+  record_event("sound: %" PRIu64 " frames played", all_played_);
   if (all_dropped_ != 0)
     record_event("sound: %" PRIu64 " frames dropped", all_dropped_);
 }
@@ -71,7 +71,7 @@ int sound_card::configure(const sound_format &format, uint64_t period_frames,
 
 int sound_card::prepare() noexcept {
   stop();
-  taken_ = heard_ = kept_ = 0;
+  written_ = played_ = recorded_ = 0;
   return ordered("prepare");
 }
 
@@ -94,46 +94,46 @@ void sound_card::stop() noexcept {
   running_ = false;
   starved_ = false;
   set_timer(0, 0);
-  keep_heard();
-  all_dropped_ += taken_ - heard_;
-  taken_ = heard_;
+  record_played();
+  all_dropped_ += written_ - played_;
+  written_ = played_;
 }
 
-int64_t sound_card::take(const int16_t *samples, size_t frames) noexcept {
+int64_t sound_card::write(const int16_t *samples, size_t frames) noexcept {
   if (const int fault = ordered("write"); fault != 0)
     return fault;
   starved_ = starved_ || take_injected_fault("underrun", sound_card_name);
   if (!settings_.records_speaker)
     recording_.add({samples, frames * format_.channels}, 1);
-  keep_heard();
+  record_played();
   store(samples, frames);
   return static_cast<int64_t>(frames);
 }
 
 int64_t sound_card::position(bool draining) noexcept {
   if (!running_)
-    return static_cast<int64_t>(heard_);
+    return static_cast<int64_t>(played_);
   const uint64_t due = due_frames();
-  if (!draining && (starved_ || (due >= taken_ && settings_.keeps_time))) {
+  if (!draining && (starved_ || (due >= written_ && settings_.keeps_time))) {
     end_by_underrun();
     return -EPIPE;
   }
-  heard_ = std::min(due, taken_);
-  return static_cast<int64_t>(heard_);
+  played_ = std::min(due, written_);
+  return static_cast<int64_t>(played_);
 }
 
 /// The timer continues, to wake up those who wait for space.
 void sound_card::end_by_underrun() noexcept {
-  heard_ = taken_;
+  played_ = written_;
   running_ = false;
-  keep_heard();
+  record_played();
   record_event("sound: underrun");
 }
 
 /// Return the number of frames due by the clock.
 uint64_t sound_card::due_frames() const noexcept {
   if (!settings_.keeps_time)
-    return taken_;
+    return written_;
   const int64_t passed_ns = monotonic_ns() - start_ns_;
   const int64_t rate = format_.rate_hz;
   return static_cast<uint64_t>(passed_ns / second_ns * rate + passed_ns % second_ns * rate / second_ns);
@@ -152,26 +152,26 @@ void sound_card::read_period_timer() const noexcept {
 
 void sound_card::store(const int16_t *samples, size_t frames) noexcept {
   for (size_t left = frames; left > 0;) {
-    const uint64_t place = taken_ % buffer_frames_;
+    const uint64_t place = written_ % buffer_frames_;
     const auto run = static_cast<size_t>(std::min<uint64_t>(left, buffer_frames_ - place));
     std::copy_n(samples, run * format_.channels, buffer_ + place * format_.channels);
     samples += run * format_.channels;
-    taken_ += run;
+    written_ += run;
     left -= run;
   }
 }
 
-void sound_card::keep_heard() noexcept {
-  if (kept_ == heard_)
+void sound_card::record_played() noexcept {
+  if (recorded_ == played_)
     return;
-  all_heard_ += heard_ - kept_;
+  all_played_ += played_ - recorded_;
   const double gain = settings_.records_speaker ? speaker_gain(board_text{"sound/mixer"}) : 0;
-  while (kept_ < heard_) {
-    const uint64_t place = kept_ % buffer_frames_;
-    const auto run = static_cast<size_t>(std::min(heard_ - kept_, buffer_frames_ - place));
+  while (recorded_ < played_) {
+    const uint64_t place = recorded_ % buffer_frames_;
+    const auto run = static_cast<size_t>(std::min(played_ - recorded_, buffer_frames_ - place));
     if (settings_.records_speaker)
       recording_.add({buffer_ + place * format_.channels, run * format_.channels}, gain);
-    kept_ += run;
+    recorded_ += run;
   }
 }
 

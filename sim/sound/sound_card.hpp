@@ -1,7 +1,7 @@
 // The sound card: a buffer that is played in real time.
 //
-// Frames are counted from the last prepare on: `taken_` from the application, `heard_` played, `kept_`
-// recorded. Results are counts or negative error numbers, as in the kernel.
+// Frames are counted from the last prepare on: `written_` by the application, `played_`, and
+// `recorded_` in the file. Results are counts or negative error numbers, as in the kernel.
 #pragma once
 
 #include "base/unique_fd.hpp"
@@ -35,7 +35,7 @@ public:
   void stop() noexcept;
 
   /// Add frames to the buffer. They must fit: the application keeps to position().
-  int64_t take(const int16_t *samples, size_t frames) noexcept;
+  int64_t write(const int16_t *samples, size_t frames) noexcept;
 
   /// Return the number of frames played, -EPIPE after an underrun. While
   /// `draining`, the buffer may run empty.
@@ -46,7 +46,7 @@ private:
   uint64_t due_frames() const noexcept;
   void end_by_underrun() noexcept;
   void store(const int16_t *samples, size_t frames) noexcept;
-  void keep_heard() noexcept;
+  void record_played() noexcept;
   int ordered(request_name request) const noexcept;
 
   sound_settings settings_;
@@ -58,10 +58,10 @@ private:
   bool running_ = false;
   bool starved_ = false; ///< injected
   int64_t start_ns_ = 0;
-  uint64_t taken_ = 0;
-  uint64_t heard_ = 0;
-  uint64_t kept_ = 0;
-  uint64_t all_heard_ = 0; ///< since the open
+  uint64_t written_ = 0;
+  uint64_t played_ = 0;
+  uint64_t recorded_ = 0;
+  uint64_t all_played_ = 0; ///< since the open
   uint64_t all_dropped_ = 0;
   int16_t buffer_[longest_buffer_samples];
 };

@@ -22,7 +22,7 @@ sound_settings read_card_settings() noexcept {
   settings.buffer_bytes = std::clamp(number_of(text, "sound_buffer", longest_buffer_bytes),
                                      shortest_buffer_bytes, longest_buffer_bytes);
   settings.least_periods = value_of(text, "sound_periods") == "1" ? 1 : 2;
-  settings.refuses_48000 = injected_fault("rate", sound_card_name) != 0;
+  settings.rejects_48000 = injected_fault("rate", sound_card_name) != 0;
   settings.has_one_period = injected_fault("equal-periods", sound_card_name) != 0;
   return settings;
 }

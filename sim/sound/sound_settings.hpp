@@ -12,7 +12,7 @@ struct sound_settings {
   bool keeps_time = true;        ///< or plays immediately
   bool records_speaker = true;   ///< or every sample written, unchanged
   uint32_t buffer_bytes = 65536; ///< maximum
-  bool refuses_48000 = false;
+  bool rejects_48000 = false;
   uint32_t least_periods = 2;  ///< per buffer
   bool has_one_period = false; ///< as long as the buffer, regardless of the request
 };

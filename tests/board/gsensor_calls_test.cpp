@@ -36,7 +36,7 @@ TEST(GsensorCalls, ReadsWithTwelveSystemCalls) {
   const board any;
   watcher = &bus;
   {
-    stderr_capture told;
+    stderr_capture reported;
     ASSERT_EQ(gsensor_init(), 0);
   }
   const kernel_call select = {SYS_write, static_cast<uint64_t>(bus.descriptor), 1};

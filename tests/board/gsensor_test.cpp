@@ -119,13 +119,13 @@ lines without_reasons(const std::string &text) {
   lines all;
   std::istringstream rest{text};
   for (std::string line; std::getline(rest, line);) {
-    for (const char *told :
+    for (const char *reported :
          {"I2C write error", "unable to read I2C bus", "gsensor_hw_init err", "update ODR write error!",
           "gsensor_update_odr err", "update g read error", "low power mode write error",
           "normal mode write error!", "open device failed", "I2C open error : I2C_BUS_CH",
           "I2C ioctl error : I2C_TENBIT", "I2C ioctl error : I2C_SLAVE"})
-      if (line.starts_with(std::string{told} + ": "))
-        line = std::string{told} + ": ...";
+      if (line.starts_with(std::string{reported} + ": "))
+        line = std::string{reported} + ": ...";
     all.push_back(line);
   }
   return all;

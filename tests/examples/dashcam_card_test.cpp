@@ -14,7 +14,7 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::SizeIs;
 
-constexpr int restart_status = 75; ///< of an application that has the board restarted
+constexpr int reboot_status = 75; ///< of an application that has the board restarted
 
 void take_out(const board &of) {
   std::string error;
@@ -51,7 +51,7 @@ protected:
 // ---------------------------------------------------------------------------------------- the questions
 
 TEST_F(DashcamCard, IsFormattedAfterYes) {
-  EXPECT_EQ(press("next,ok,next,ok"), restart_status);
+  EXPECT_EQ(press("next,ok,next,ok"), reboot_status);
   EXPECT_THAT(commands_of(on_), Contains("/sbin/mkfs.vfat /dev/mmcblk0p1"));
   EXPECT_FALSE(on_.exists(recording_));
 }

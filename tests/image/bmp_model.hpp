@@ -240,7 +240,7 @@ private:
       const int64_t to = column(i / 2);
       const uint16_t before = on_->get(to, line), byte = (*file_)[position_++];
       const int after = i % 2 == 0 ? (before & 0xFF00) | byte : (before & 0x00FF) | byte << 8;
-      if (lies_in_memory(to, line))
+      if (is_in_memory(to, line))
         on_->put(to, line, static_cast<uint16_t>(after));
     }
   }
@@ -263,7 +263,7 @@ private:
   /// A silhouette from a slot leaves 0 transparent, too.
   void put_of_slot(int64_t x, int64_t line, uint16_t colour, int32_t mode) const {
     const bool is_key = colour == DRAVIK_MAGENTA_KEY;
-    if (mode == DRAVIK_BMP_COPY ? lies_in_memory(x, line) : mode == DRAVIK_BMP_KEYED && !is_key)
+    if (mode == DRAVIK_BMP_COPY ? is_in_memory(x, line) : mode == DRAVIK_BMP_KEYED && !is_key)
       on_->put(x, line, colour);
     else if (mode == DRAVIK_BMP_SILHOUETTE && !is_key && colour != 0)
       on_->put(x, line, silhouette_colour);

@@ -32,9 +32,9 @@ protected:
 
 TEST_F(SimCardInUse, IsHealthyAndOfItsSize) {
   EXPECT_EQ(status(), DRAVIK_CARD_HEALTHY);
-  uint32_t told = 0;
-  EXPECT_EQ(sd_card_get_raw_size(&told), 600);
-  EXPECT_EQ(told, sectors);
+  uint32_t reported = 0;
+  EXPECT_EQ(sd_card_get_raw_size(&reported), 600);
+  EXPECT_EQ(reported, sectors);
   // 600 MiB without 16 KiB before the partition and two tables of 4 bytes for each cluster of 4 KiB: 598.8
   EXPECT_EQ(sd_card_get_part_size(), 598);
   EXPECT_EQ(sd_card_get_free_space(), 598);
@@ -50,9 +50,9 @@ TEST_F(SimCardInUse, ReportsRemovalInEveryScan) {
   EXPECT_EQ(sd_card_check_plugin(), -1);
   EXPECT_EQ(sd_card_check_part(), 1);
   EXPECT_EQ(sd_card_check_mount(), 1);
-  uint32_t told = 1;
-  EXPECT_EQ(sd_card_get_raw_size(&told), 0);
-  EXPECT_EQ(told, 0U);
+  uint32_t reported = 1;
+  EXPECT_EQ(sd_card_get_raw_size(&reported), 0);
+  EXPECT_EQ(reported, 0U);
   rec_file_list list;
   EXPECT_EQ(parse_rec_file_list(&list), -1);
   put_in();

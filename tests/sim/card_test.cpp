@@ -598,17 +598,17 @@ TEST_F(SimCard, HasSpaceOfFileSystem) {
     board_.write("tmp/mmcblk0p1/short/KVX000" + std::to_string(i) + ".TS", "");
   }
   board_.write("tmp/mmcblk0p1/REC/KVX00001.TS", std::string(100001, 'x'));
-  struct statfs told;
-  ASSERT_EQ(::statfs("/tmp/mmcblk0p1", &told), 0);
+  struct statfs reported;
+  ASSERT_EQ(::statfs("/tmp/mmcblk0p1", &reported), 0);
   unmount();
   const auto [used, all] = clusters_in(checked_output_of_fsck());
   const auto cluster_bytes = static_cast<uint8_t>(bytes_of_image(16384 + 13, 1)[0]) * 512;
-  EXPECT_EQ(told.f_bsize, cluster_bytes);
-  EXPECT_EQ(told.f_frsize, cluster_bytes);
-  EXPECT_EQ(told.f_blocks, all);
-  EXPECT_EQ(told.f_bfree, all - used);
-  EXPECT_EQ(told.f_bavail, all - used);
-  EXPECT_EQ(told.f_type, 0x4D44);
+  EXPECT_EQ(reported.f_bsize, cluster_bytes);
+  EXPECT_EQ(reported.f_frsize, cluster_bytes);
+  EXPECT_EQ(reported.f_blocks, all);
+  EXPECT_EQ(reported.f_bfree, all - used);
+  EXPECT_EQ(reported.f_bavail, all - used);
+  EXPECT_EQ(reported.f_type, 0x4D44);
 }
 
 TEST_F(SimCard, ReportsSameSpaceInEveryCall) {
@@ -638,20 +638,20 @@ TEST_F(SimCard, ReportsSameSpaceInEveryCall) {
 
 TEST_F(SimCard, HasSpaceOfHostWithoutCard) {
   struct statfs host;
-  struct statfs told;
+  struct statfs reported;
   ASSERT_EQ(::statfs(board_.path("proc").c_str(), &host), 0);
   take_out();
-  ASSERT_EQ(::statfs("/tmp/mmcblk0p1", &told), 0);
-  EXPECT_EQ(told.f_blocks, host.f_blocks);
-  EXPECT_EQ(::statfs("/tmp/mmcblk0p1/absent", &told), -1);
+  ASSERT_EQ(::statfs("/tmp/mmcblk0p1", &reported), 0);
+  EXPECT_EQ(reported.f_blocks, host.f_blocks);
+  EXPECT_EQ(::statfs("/tmp/mmcblk0p1/absent", &reported), -1);
 }
 
 TEST_F(SimCard, HasNoSpaceIfOverfull) {
   board_.write("tmp/mmcblk0p1/large", "");
   std::filesystem::resize_file(board_.path("tmp/mmcblk0p1/large"), 65 << 20);
-  struct statfs told;
-  ASSERT_EQ(::statfs("/tmp/mmcblk0p1", &told), 0);
-  EXPECT_EQ(told.f_bavail, 0U);
+  struct statfs reported;
+  ASSERT_EQ(::statfs("/tmp/mmcblk0p1", &reported), 0);
+  EXPECT_EQ(reported.f_bavail, 0U);
 }
 
 // --- the partition as a device ---

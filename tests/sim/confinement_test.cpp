@@ -348,10 +348,10 @@ TEST(OrdinaryDirectory, IsNothingOfTheKernel) {
 TEST(OrdinaryDirectory, IsNothingOfTheSystemUnlessNamed) {
   for (const char *directory :
        {"/", "/dev", "/etc", "/etc/init.d", "/usr", "/usr/lib", "/home", "/var", "/boot"})
-    EXPECT_NE(dravik::sim::why_not_writable_unasked(directory), "") << directory;
+    EXPECT_NE(dravik::sim::why_not_writable_by_default(directory), "") << directory;
   for (const char *directory :
        {"/tmp", "/home/me", "/root/work", "/usr/local/src/me", "/var/tmp/me", "/library"})
-    EXPECT_EQ(dravik::sim::why_not_writable_unasked(directory), "") << directory;
+    EXPECT_EQ(dravik::sim::why_not_writable_by_default(directory), "") << directory;
 }
 
 } // namespace

@@ -24,7 +24,7 @@ struct {
   ino_t file = 0;
   bool fails = false;
   off_t more_bytes = 0; ///< than the file has
-} told_status;
+} reported_status;
 
 ino_t number_of(const std::string &path) {
   struct stat status = {};
@@ -35,7 +35,7 @@ ino_t number_of(const std::string &path) {
 class Mp3Failures : public Mp3Player {
 protected:
   Mp3Failures() : descriptors_(open_descriptors()) {}
-  ~Mp3Failures() override { told_status = {}; }
+  ~Mp3Failures() override { reported_status = {}; }
 
   size_t left_open() const { return open_descriptors() - descriptors_; }
 
@@ -94,7 +94,7 @@ TEST_F(Mp3Failures, LengthIsThatOfItsLow32Bits) {
 
 TEST_F(Mp3Failures, LeavesFileWithoutStatusOpen) {
   const std::string path = file(silence(4));
-  told_status = {number_of(path), true, 0};
+  reported_status = {number_of(path), true, 0};
   EXPECT_EQ(mp3_playback(path.c_str()), 2);
   EXPECT_THAT(take_messages(), ElementsAre("fstat failed:"));
   EXPECT_EQ(left_open(), 1U);
@@ -107,7 +107,7 @@ TEST_F(Mp3Failures, PlaysUnreadableFileAsSilence) {
   const std::string path = file(expected);
   expected.resize(whole.size());
   const decoded_mp3 decoded = decode_mp3(expected);
-  told_status = {number_of(path), false, 500};
+  reported_status = {number_of(path), false, 500};
   EXPECT_EQ(mp3_playback(path.c_str()), 0);
   EXPECT_TRUE(are_same(take_played(), on_both_sides(decoded.samples)));
   EXPECT_EQ(take_messages(), decoded.errors);
@@ -184,10 +184,10 @@ TEST_F(Mp3Failures, ReportsAndSkipsFailedWrites) {
 
 extern "C" int fstat(int descriptor, struct stat *status) noexcept {
   static const auto next = dravik::test::next_call<int(int, struct stat *)>("fstat");
-  const auto &told = dravik::test::told_status;
+  const auto &reported = dravik::test::reported_status;
   const int result = next(descriptor, status);
-  if (result != 0 || told.file != status->st_ino)
+  if (result != 0 || reported.file != status->st_ino)
     return result;
-  status->st_size += told.more_bytes;
-  return told.fails ? -1 : 0;
+  status->st_size += reported.more_bytes;
+  return reported.fails ? -1 : 0;
 }

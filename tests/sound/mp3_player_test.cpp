@@ -58,8 +58,8 @@ INSTANTIATE_TEST_SUITE_P(All, Mp3Encodings,
                          [](const auto &one) { return one.param.name; });
 
 TEST_F(Mp3Player, PlaysOtherLayers) {
-  // 48000 Hz, one channel: layer I of 128 kbit/s has 384 samples in 128 bytes, layer II of 64 kbit/s 1152 in
-  // 192.
+  // 48000 Hz, one channel: layer I of 128 kbit/s has 384 samples in 128 bytes,
+  // layer II of 64 kbit/s has 1152 in 192.
   const bytes layer1 = silent_frames({0xFF, 0xFF, 0x44, 0xC0}, 128, 5);
   EXPECT_THAT(expect_as_decoded(layer1).lengths, ElementsAre(384U, 384U, 384U, 384U));
   const bytes layer2 = silent_frames({0xFF, 0xFD, 0x44, 0xC0}, 192, 4);

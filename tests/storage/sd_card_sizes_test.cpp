@@ -17,11 +17,11 @@
 namespace {
 
 /// The faked result of statfs().
-struct told_file_system {
+struct reported_file_system {
   long block_size;
   uint64_t blocks, free, available;
 };
-std::optional<told_file_system> told;
+std::optional<reported_file_system> reported;
 bool statfs_fails = false;
 std::vector<std::string> asked_paths;
 
@@ -33,15 +33,15 @@ extern "C" int statfs(const char *path, struct statfs *status) noexcept {
     errno = EIO;
     return -1;
   }
-  if (!told) {
+  if (!reported) {
     static const auto next = dravik::test::next_call<int(const char *, struct statfs *)>("statfs");
     return next(path, status);
   }
   std::memset(status, 0xA5, sizeof *status);
-  status->f_bsize = told->block_size;
-  status->f_blocks = told->blocks;
-  status->f_bfree = told->free;
-  status->f_bavail = told->available;
+  status->f_bsize = reported->block_size;
+  status->f_blocks = reported->blocks;
+  status->f_bfree = reported->free;
+  status->f_bavail = reported->available;
   return 0;
 }
 
@@ -128,19 +128,19 @@ TEST_F(RawSize, LeavesNoDescriptorOpen) {
 class FileSystemSize : public testing::Test {
 protected:
   ~FileSystemSize() override {
-    told.reset();
+    reported.reset();
     statfs_fails = false;
     asked_paths.clear();
   }
 };
 
 int32_t part_size(long block_size, uint64_t blocks) {
-  told = {block_size, blocks, 1, 2};
+  reported = {block_size, blocks, 1, 2};
   return sd_card_get_part_size();
 }
 
 int32_t free_space(long block_size, uint64_t available) {
-  told = {block_size, 1, 2, available};
+  reported = {block_size, 1, 2, available};
   return sd_card_get_free_space();
 }
 

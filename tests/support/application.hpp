@@ -20,7 +20,7 @@ public:
   application(const application &) = delete;
   application &operator=(const application &) = delete;
 
-  /// Wait until its standard error has said this. The test fails when it ends without.
+  /// Wait until its standard error contains this text. The test fails if it ends without.
   void await_error(std::string_view text);
   /// The same of its standard output.
   void await_output(std::string_view text);

@@ -11,7 +11,7 @@ namespace dravik::test {
 struct bmp_maker {
   uint32_t width = 0, height = 0;
   uint16_t bits = 24;
-  bytes palette = {}; ///< stands at byte 54
+  bytes palette = {}; ///< at byte 54
   bytes pixels = {};  ///< rows as in the file, the bottom row first
   uint32_t info_size = 40, important_colours = 0, data_size = 0;
   std::optional<uint32_t> data_offset = {}, file_size = {};
@@ -53,7 +53,7 @@ struct bmp_maker {
   }
 };
 
-/// A palette entry as it stands in a file.
+/// A palette entry as stored in a file.
 inline void add_colour(bytes &palette, uint8_t red, uint8_t green, uint8_t blue) {
   append(palette, {blue, green, red, 0});
 }

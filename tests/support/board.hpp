@@ -38,9 +38,9 @@ public:
   std::string path(std::string_view inside = "") const;
 
   bool exists(std::string_view inside) const;
-  /// The whole of a file, bytes and all. The test fails when there is none.
+  /// The contents of a file. The test fails if it does not exist.
   std::string read(std::string_view inside) const;
-  /// Write a file anew, with the directories above it.
+  /// Replace a file; create missing directories above it.
   void write(std::string_view inside, std::string_view contents) const;
   void remove(std::string_view inside) const;
 
@@ -54,7 +54,7 @@ public:
   std::vector<std::string> events() const;
   void clear_events() const;
 
-  /// Orders a request to fail: set_fault("open", "/tmp/dravik.log", "ENOSPC"). docs/simulated-board.md
+  /// Inject a fault into a request: set_fault("open", "/tmp/dravik.log", "ENOSPC"). docs/simulated-board.md
   /// lists the requests of each device.
   void set_fault(std::string_view request, std::string_view path, std::string_view error = "EIO") const;
   void clear_faults() const;

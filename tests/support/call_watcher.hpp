@@ -16,7 +16,7 @@
 
 namespace dravik::test {
 
-/// Forward every call to the C library; a stand-in overrides what concerns it.
+/// Forward every call to the C library; a fake overrides the calls that it watches.
 class call_watcher {
 public:
   call_watcher() = default;
@@ -49,7 +49,7 @@ public:
 /// The fake in use, if any.
 inline constinit call_watcher *watcher = nullptr;
 
-/// Whose call it is: the stand-in's or, as before any is made, the C library's.
+/// Whose call it is: the fake's or, before any exists, the C library's.
 inline call_watcher &watcher_in_charge() {
   static call_watcher none;
   return watcher != nullptr ? *watcher : none;

@@ -1,5 +1,5 @@
 // Count what a call allocates. Include it in one file of a program: its malloc(), calloc() and realloc()
-// take the place of those of the C library there.
+// replace those of the C library.
 #pragma once
 
 #include "support/next_call.hpp"

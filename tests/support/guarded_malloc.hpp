@@ -1,6 +1,5 @@
-// A malloc() that returns one block of guarded memory. Include it in one file of a program: it takes the C
-// library's place there, except under a sanitizer: that has an allocator of its own, and AddressSanitizer
-// guards every block.
+// A malloc() that returns one block of guarded memory. Include it in one file of a program: it replaces that
+// of the C library, except under a sanitizer, which has its own; AddressSanitizer guards all blocks.
 #pragma once
 
 #include "support/guarded_memory.hpp"

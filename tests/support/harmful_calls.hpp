@@ -4,10 +4,10 @@
 
 namespace dravik::test {
 
-/// Call that the simulator must answer.
+/// Calls that the simulator must serve.
 constexpr const char *harmful_calls[] = {"mount", "reboot", "system", "umount", "umount2"};
 
-/// Call that it must answer if it knows them at all; the boundary alone keeps the others from harm.
+/// Calls that it must serve if it interposes them at all; only the boundary makes the others harmless.
 constexpr const char *other_harmful_calls[] = {
     "__clock_settime64",
     "__settimeofday64",

@@ -12,7 +12,7 @@
 namespace dravik::test {
 
 /// The samples of a WAV file of 16 bits, two channels and 48 kHz, left and right in turn.
-/// The test fails when its header says anything else, or another length.
+/// The test fails if its header has other values, or another length.
 inline std::vector<int16_t> checked_samples(const std::string &file) {
   const auto number = [&file](size_t at) {
     uint32_t value = 0;

@@ -13,8 +13,8 @@ namespace dravik::test {
 
 using words = std::vector<std::string>;
 
-/// Run a program, which says nothing on the terminal, to its end: its exit status; 127 when there is no
-/// such program, -1 when it was killed.
+/// Run a program to its end, with its output in a file. Return its exit status; 127 if the program does not
+/// exist, -1 if it was killed.
 inline int run_program(const words &command, const std::string &output = "/dev/null") {
   std::vector<char *> arguments;
   for (const std::string &word : command)

@@ -1,6 +1,6 @@
-// A system() and a sync() that only write down what they were asked, so that no command of the library runs
-// on the host. Include it in one file of a program: they replaces the C library's there. Every test that
-// can come near such a command calls require_recorder() first.
+// A system() and a sync() that only record their calls, so that no command of the library runs on the host.
+// Include it in one file of a program, where they replace those of the C library. A test that may run such
+// a command calls require_recorder() first.
 #pragma once
 
 #include "dravik.h"
@@ -15,9 +15,9 @@
 
 namespace dravik::test {
 
-/// What was asked for, oldest first; "(sync)" stands for sync().
+/// The commands, oldest first; "(sync)" represents sync().
 inline std::vector<std::string> recorded_commands;
-/// What each system() gives, and what it does to the board meanwhile.
+/// Return the result of a system() after changing the board as the command would.
 inline std::function<int(const std::string &)> command_result;
 
 } // namespace dravik::test

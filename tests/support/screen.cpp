@@ -119,12 +119,12 @@ std::string fake_screen::place_of(size_t pixel) const {
 testing::AssertionResult fake_screen::same() {
   if (drawn_ == model_)
     return testing::AssertionSuccess();
-  constexpr size_t told = 8;
+  constexpr size_t most_listed = 8;
   std::ostringstream text;
   size_t count = 0;
   for (size_t i = 0; i < drawn_.size() / 2; ++i) {
     const uint16_t is = pixel_of(drawn_, i), should_be = pixel_of(model_, i);
-    if (is == should_be || ++count > told)
+    if (is == should_be || ++count > most_listed)
       continue;
     char line[80];
     std::snprintf(line, sizeof line, " is 0x%04X%s, should be 0x%04X%s\n", is,

@@ -26,8 +26,8 @@ struct screen_shape {
   uint32_t guard_lines = 8;  ///< lines of guard before the screen, and as many after it
 };
 
-/// Whether a position at or after the first pixel lies before the end of the last line.
-inline bool lies_in_memory(int64_t x, int64_t y) noexcept {
+/// Whether a position at or after the first pixel is before the end of the last line.
+inline bool is_in_memory(int64_t x, int64_t y) noexcept {
   const int64_t line_length = fbinfo[FBINFO_LINE_LENGTH];
   return y * line_length + x * 2 < line_length * fbinfo[FBINFO_YRES];
 }
@@ -70,9 +70,8 @@ public:
   /// The library's screen; do not write to it.
   model_plane drawn() noexcept { return {drawn_, origin_, line_length_}; }
 
-  /// Whether screen and model are the same byte by byte, guards and padding included. If not, tells of
-  /// the first differences, leaves images of the screen and of what differs, and makes the model the
-  /// same again.
+  /// Whether screen and model are the same byte by byte, guards and padding included. If not, reports the
+  /// first differences, saves images of the screen and the differences, and copies the screen to the model.
   testing::AssertionResult same();
 
   /// The visible part as text, a line each: '.' for a marker, '#' for `colour`, '?' for anything else. The

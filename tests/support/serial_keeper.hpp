@@ -1,4 +1,4 @@
-// The end of what `dravik-sim run` leaves behind for a moment.
+// The end of the process that `dravik-sim run` leaves running for a moment.
 #pragma once
 
 #include <fcntl.h>

@@ -48,7 +48,7 @@ std::vector<std::string> directories_of_tests() {
 
 // ------------------------------------------------------------------------------------------- the loader
 
-/// The object that defines a name, as the loader knows it by its address.
+/// The object that defines a name, by the loader and the address.
 struct definition {
   void *base = nullptr;
   std::string object;

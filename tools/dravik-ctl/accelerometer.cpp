@@ -1,7 +1,7 @@
 // "accel": the accelerometer.
 
+#include "dravik-ctl/captured_output.hpp"
 #include "dravik-ctl/commands.hpp"
-#include "dravik-ctl/overheard.hpp"
 #include "dravik-ctl/readings.hpp"
 #include "dravik.h"
 
@@ -33,14 +33,14 @@ Exit status: 0 on success; 1 on failure; 2 on a usage error
 
 bool read_axes(value::fields &axes, std::string &error) {
   int32_t x = 0, y = 0, z = 0;
-  const overheard said{[&] {
+  const captured_output output{[&] {
     gsensor_check_data_ready();
     gsensor_get_data(&x, &y, &z);
   }};
   axes = {{"x", x}, {"y", y}, {"z", z}};
-  if (!said.said_nothing())
-    error = because("accelerometer: cannot be read", said.first_line());
-  return said.said_nothing();
+  if (!output.is_empty())
+    error = because("accelerometer: cannot be read", output.first_line());
+  return output.is_empty();
 }
 
 outcome accel(const command_line &given, value::fields &report, std::string &error) {
@@ -49,16 +49,16 @@ outcome accel(const command_line &given, value::fields &report, std::string &err
     return outcome::misused;
   const held_signals until_the_sensor_is_stopped;
   int32_t started = -1;
-  const overheard said{[&] { started = gsensor_init(); }};
+  const captured_output output{[&] { started = gsensor_init(); }};
   if (started != 0)
-    return failed(error, because("accelerometer: bus cannot be opened", said.first_line()));
-  const std::string refusal = said.first_line("error");
+    return failed(error, because("accelerometer: bus cannot be opened", output.first_line()));
+  const std::string unexpected = output.first_line("error");
   outcome ended = outcome::failed;
-  if (refusal.empty())
+  if (unexpected.empty())
     ended = report_readings(given, request, read_axes, line_form::columns, report, error);
   else
-    error = because("accelerometer: unexpected answer", refusal);
-  const overheard parting{[] { gsensor_exit(); }};
+    error = because("accelerometer: unexpected answer", unexpected);
+  const captured_output stop_output{[] { gsensor_exit(); }};
   return ended;
 }
 

@@ -52,7 +52,7 @@ value::fields report_of(const light &shown) {
 
 /// lcd_bl_on() and lcd_bl_off() also switch the panel of an open screen.
 void switch_light(bool on) {
-  const bool has_screen = ask_screen().opens;
+  const bool has_screen = query_screen().opens;
   if (has_screen)
     fb_init();
   else

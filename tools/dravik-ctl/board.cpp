@@ -1,8 +1,8 @@
 // "info" and "hdmi": a summary of the board.
 
+#include "dravik-ctl/captured_output.hpp"
 #include "dravik-ctl/commands.hpp"
 #include "dravik-ctl/devices.hpp"
-#include "dravik-ctl/overheard.hpp"
 #include "dravik-ctl/reports.hpp"
 
 #include <ctime>
@@ -67,20 +67,20 @@ std::string kernel() {
   return std::string{names.sysname} + " " + names.release + " " + names.machine;
 }
 
-value screen_of(const screen_answer &answer) {
-  if (!answer.opens)
+value screen_of(const screen_state &state) {
+  if (!state.opens)
     return nullptr;
-  return value::fields{{"width", answer.record[FBINFO_XRES]},
-                       {"height", answer.record[FBINFO_YRES]},
-                       {"bits_per_pixel", answer.record[FBINFO_BITS_PER_PIXEL]},
-                       {"line_length", answer.record[FBINFO_LINE_LENGTH]},
-                       {"buffers", answer.record[FBINFO_BUFFER_COUNT]}};
+  return value::fields{{"width", state.record[FBINFO_XRES]},
+                       {"height", state.record[FBINFO_YRES]},
+                       {"bits_per_pixel", state.record[FBINFO_BITS_PER_PIXEL]},
+                       {"line_length", state.record[FBINFO_LINE_LENGTH]},
+                       {"buffers", state.record[FBINFO_BUFFER_COUNT]}};
 }
 
 /// The result of a call, without its output.
 template <class Call> auto quietly(Call call) {
   decltype(call()) result{};
-  const overheard said{[&] { result = call(); }};
+  const captured_output output{[&] { result = call(); }};
   return result;
 }
 
@@ -102,9 +102,9 @@ bool can_open(const char *path) {
   return ::access(path, R_OK | W_OK) == 0;
 }
 
-value devices_of(const screen_answer &answer) {
+value devices_of(const screen_state &state) {
   uint32_t codes[4];
-  return value::fields{{"screen", answer.opens},
+  return value::fields{{"screen", state.opens},
                        {"gpio", has_gpio()},
                        {"adc", quietly([&] { return read_adc(codes); }) == 0},
                        {"backlight", has_backlight()},
@@ -115,17 +115,17 @@ value devices_of(const screen_answer &answer) {
 }
 
 outcome info(const command_line &, value::fields &report, std::string &) {
-  const screen_answer answer = ask_screen();
+  const screen_state state = query_screen();
   std::string no_region;
   const value::fields region = region_of_board(no_region);
   report = {{"version", std::string{tools::version()}},
             {"kernel", kernel()},
             {"time", local_time()},
             {"uptime_seconds", thousandths{get_tick_count()}},
-            {"screen", screen_of(answer)},
+            {"screen", screen_of(state)},
             {"region", no_region.empty() ? value{region} : value{nullptr}},
             {"network", all_interfaces()},
-            {"devices", devices_of(answer)}};
+            {"devices", devices_of(state)}};
   return outcome::done;
 }
 

@@ -1,15 +1,18 @@
 // "card": state, check, repair and formatting of the memory card.
 
 #include "base/unique_file.hpp"
+#include "dravik-ctl/captured_output.hpp"
 #include "dravik-ctl/card_mount.hpp"
 #include "dravik-ctl/commands.hpp"
 #include "dravik-ctl/devices.hpp"
-#include "dravik-ctl/overheard.hpp"
 #include "dravik-ctl/readings.hpp"
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstdio>
+#include <optional>
+#include <string_view>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -78,7 +81,7 @@ constexpr uint32_t smallest_card_sectors = 2048;
 struct card_state {
   uint8_t status = 0;
   bool is_healthy = false;
-  bool knows_lock = false; ///< without the GPIO driver the library reports a card as locked
+  bool has_switch_state = false; ///< without the GPIO driver the library reports a card as locked
   uint32_t sectors = 0;
   int32_t size_mib = 0;
 
@@ -88,8 +91,8 @@ struct card_state {
 card_state look_at_card() {
   card_state card;
   std::string no_driver;
-  card.knows_lock = open_gpio(no_driver);
-  const overheard said{[&] {
+  card.has_switch_state = open_gpio(no_driver);
+  const captured_output output{[&] {
     card.is_healthy = sd_card_check(&card.status) == 0;
     card.size_mib = sd_card_get_raw_size(&card.sectors);
   }};
@@ -100,7 +103,7 @@ card_state look_at_card() {
 value::fields report_of(const card_state &card) {
   const bool is_mounted = card.has(DRAVIK_CARD_MOUNTED);
   return {{"present", card.has(DRAVIK_CARD_PRESENT)},
-          {"locked", card.knows_lock ? value{card.has(DRAVIK_CARD_LOCKED)} : value{nullptr}},
+          {"locked", card.has_switch_state ? value{card.has(DRAVIK_CARD_LOCKED)} : value{nullptr}},
           {"partitioned", card.has(DRAVIK_CARD_PARTITIONED)},
           {"mounted", is_mounted},
           {"fat32", card.has(DRAVIK_CARD_FAT32)},
@@ -117,8 +120,8 @@ const char *what_is_wrong(const card_state &card) {
   if (!card.has(DRAVIK_CARD_PRESENT))
     return "card: not inserted";
   if (card.has(DRAVIK_CARD_LOCKED))
-    return card.knows_lock ? "card: write-protected"
-                           : "card: write-protect switch cannot be read without the GPIO driver";
+    return card.has_switch_state ? "card: write-protected"
+                                 : "card: write-protect switch cannot be read without the GPIO driver";
   if (!card.has(DRAVIK_CARD_PARTITIONED))
     return "card: no partition";
   if (!card.has(DRAVIK_CARD_MOUNTED))
@@ -134,14 +137,27 @@ struct repair_steps {
 };
 constexpr int errors_repaired = 1; ///< highest exit status of dosfsck for a sound file system
 
-/// Read the record of a repair.
+/// Read a line of the record of a repair: "ret : 256".
+std::optional<int> read_status(std::FILE *record) {
+  constexpr std::string_view prefix = "ret : ";
+  std::array<char, 32> line;
+  if (std::fgets(line.data(), line.size(), record) == nullptr)
+    return {};
+  const std::string_view text{line.data()};
+  int status = 0;
+  const bool is_status =
+      text.starts_with(prefix) &&
+      std::from_chars(text.data() + prefix.size(), text.data() + text.size(), status).ec == std::errc{};
+  return is_status ? std::optional{status} : std::nullopt;
+}
+
 bool read_steps(repair_steps &steps) {
   const unique_file record = open_file(repair_record, "r");
   for (int *step : {&steps.unmount, &steps.check, &steps.mount}) {
-    int status;
-    if (record == nullptr || std::fscanf(record.get(), "ret : %d ", &status) != 1)
+    const std::optional<int> status = record != nullptr ? read_status(record.get()) : std::nullopt;
+    if (!status)
       return false;
-    *step = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    *step = WIFEXITED(*status) ? WEXITSTATUS(*status) : -1;
   }
   return true;
 }
@@ -159,7 +175,7 @@ std::string what_failed(const repair_steps &steps) {
 outcome repair(const card_state &card, value::fields &report, std::string &error) {
   if (card.has(DRAVIK_CARD_MOUNTED) && !unmount_card(error))
     return outcome::failed;
-  const overheard said{[] { sd_card_check_fs(); }};
+  const captured_output output{[] { sd_card_check_fs(); }};
   repair_steps steps;
   if (!read_steps(steps))
     return failed(error, std::string{repair_record} + ": not written by the repair");
@@ -167,7 +183,7 @@ outcome repair(const card_state &card, value::fields &report, std::string &error
     steps.unmount = 0; // the library found it unmounted
   report = {{"unmount", steps.unmount}, {"check", steps.check}, {"mount", steps.mount}};
   const std::string failure = what_failed(steps);
-  return failure.empty() ? outcome::done : failed(error, because(failure, said.last_line()));
+  return failure.empty() ? outcome::done : failed(error, because(failure, output.last_line()));
 }
 
 outcome partition(const card_state &card, value::fields &report, std::string &error) {
@@ -175,7 +191,7 @@ outcome partition(const card_state &card, value::fields &report, std::string &er
     return failed(error, "card: too small: " + std::to_string(card.sectors) + " sectors; must be at least " +
                              std::to_string(smallest_card_sectors));
   int32_t written = -1;
-  const overheard said{[&] { written = sd_card_create_part(card.sectors); }};
+  const captured_output output{[&] { written = sd_card_create_part(card.sectors); }};
   if (written < 0)
     return failed(error, "/tmp/mbr.img: cannot be created");
   report = {{"partitioned_sectors", card.sectors}, {"reboots", true}};
@@ -185,7 +201,7 @@ outcome partition(const card_state &card, value::fields &report, std::string &er
 outcome format(const card_state &card, value::fields &report, std::string &error) {
   if (card.has(DRAVIK_CARD_MOUNTED) && !unmount_card(error))
     return outcome::failed;
-  const overheard said{[] { sd_card_format(); }};
+  const captured_output output{[] { sd_card_format(); }};
   report = {{"formatted", true}, {"reboots", true}};
   return outcome::done;
 }
@@ -197,7 +213,8 @@ bool is_board() {
 
 /// A card whose switch cannot be read may be locked; only a machine that is not a board has no switch.
 bool may_write(const card_state &card, bool is_forced) {
-  return card.has(DRAVIK_CARD_PRESENT) && (!card.has(DRAVIK_CARD_LOCKED) || (is_forced && !card.knows_lock));
+  return card.has(DRAVIK_CARD_PRESENT) &&
+         (!card.has(DRAVIK_CARD_LOCKED) || (is_forced && !card.has_switch_state));
 }
 
 /// Change the card: only if that is meant, on a board, and if there is a card that can be written.

@@ -3,7 +3,7 @@
 #include "dravik-ctl/devices.hpp"
 
 #include "base/unique_fd.hpp"
-#include "dravik-ctl/overheard.hpp"
+#include "dravik-ctl/captured_output.hpp"
 
 #include <cerrno>
 #include <cstring>
@@ -43,14 +43,14 @@ bool holds_all_lines(const std::array<uint32_t, FBINFO_WORDS> &record) {
 
 bool open_gpio(std::string &error) {
   int32_t opened = -1;
-  const overheard said{[&] { opened = gpio_init(); }};
+  const captured_output output{[&] { opened = gpio_init(); }};
   if (opened != 0)
-    error = because("gpio: driver cannot be opened", said.first_line()) + "; try 'modprobe ambad'";
+    error = because("gpio: driver cannot be opened", output.first_line()) + "; try 'modprobe ambad'";
   return opened == 0;
 }
 
 // The library terminates the process if the screen cannot be opened: a child calls it.
-screen_answer ask_screen() {
+screen_state query_screen() {
   std::array<int, 2> ends;
   if (::pipe(ends.data()) != 0)
     return {false, {}, std::strerror(errno)};
@@ -64,20 +64,20 @@ screen_answer ask_screen() {
   int status = -1;
   if (child < 0 || ::waitpid(child, &status, 0) != child || status != 0 || sent.size() != sizeof fbinfo)
     return {false, {}, sent.substr(0, sent.find('\n'))};
-  screen_answer answer{true, {}, {}};
-  std::memcpy(answer.record.data(), sent.data(), sent.size());
-  return answer;
+  screen_state state{true, {}, {}};
+  std::memcpy(state.record.data(), sent.data(), sent.size());
+  return state;
 }
 
 bool open_screen(std::string &error) {
-  const screen_answer answer = ask_screen();
-  if (!answer.opens)
-    error = because("screen: cannot be opened", answer.reason) +
+  const screen_state state = query_screen();
+  if (!state.opens)
+    error = because("screen: cannot be opened", state.reason) +
             (::access("/dev/fb0", F_OK) != 0 ? "; no /dev/fb0: run it on a board, or under dravik-sim" : "");
-  else if (answer.record[FBINFO_BITS_PER_PIXEL] != drawn_depth)
-    error = "screen: unsupported depth " + std::to_string(answer.record[FBINFO_BITS_PER_PIXEL]) +
+  else if (state.record[FBINFO_BITS_PER_PIXEL] != drawn_depth)
+    error = "screen: unsupported depth " + std::to_string(state.record[FBINFO_BITS_PER_PIXEL]) +
             "; must be 16 bits per pixel";
-  else if (!holds_all_lines(answer.record))
+  else if (!holds_all_lines(state.record))
     error = "screen: mapping ends before the last line";
   else
     fb_init();

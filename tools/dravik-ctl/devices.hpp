@@ -12,14 +12,14 @@ namespace dravik::ctl {
 /// Open the GPIO driver. On failure returns false and set `error`.
 [[nodiscard]] bool open_gpio(std::string &error);
 
-struct screen_answer {
+struct screen_state {
   bool opens;
   std::array<uint32_t, FBINFO_WORDS> record; ///< as ::fbinfo
   std::string reason;                        ///< if it does not open
 };
 
 /// Query the screen information.
-screen_answer ask_screen();
+screen_state query_screen();
 
 /// Open the screen to draw on it. On failure returns false and set `error`.
 [[nodiscard]] bool open_screen(std::string &error);

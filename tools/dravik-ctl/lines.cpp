@@ -1,9 +1,9 @@
 // "gpio" and "led": GPIO lines.
 
 #include "common/numbers.hpp"
+#include "dravik-ctl/captured_output.hpp"
 #include "dravik-ctl/commands.hpp"
 #include "dravik-ctl/devices.hpp"
-#include "dravik-ctl/overheard.hpp"
 
 #include <algorithm>
 
@@ -42,14 +42,14 @@ Exit status: 0 on success; 1 on failure; 2 on a usage error
 
 /// Call the driver and report the level that it returns.
 template <class Call>
-outcome ask_line(uint32_t line, const char *failure, Call call, value::fields &report, std::string &error) {
+outcome query_line(uint32_t line, const char *failure, Call call, value::fields &report, std::string &error) {
   if (!open_gpio(error))
     return outcome::failed;
   int32_t level = -1;
-  const overheard said{[&] { level = call(); }};
+  const captured_output output{[&] { level = call(); }};
   gpio_exit();
   if (level < 0)
-    return failed(error, because("gpio: line " + std::to_string(line) + failure, said.first_line()));
+    return failed(error, because("gpio: line " + std::to_string(line) + failure, output.first_line()));
   report = {{"line", line}, {"level", level}};
   return outcome::done;
 }
@@ -66,9 +66,9 @@ outcome gpio(const command_line &given, value::fields &report, std::string &erro
     return misused(error, words[0] == "get" ? "extra LEVEL; must be 'get LINE'"
                                             : "missing or invalid LEVEL; must be 0 or 1");
   if (words[0] == "get")
-    return ask_line(
+    return query_line(
         *line, " cannot be read", [&] { return gpio_get(*line); }, report, error);
-  return ask_line(
+  return query_line(
       *line, " cannot be driven", [&] { return gpio_set(*line, *level); }, report, error);
 }
 
@@ -87,10 +87,10 @@ outcome led(const command_line &given, value::fields &report, std::string &error
   if (!open_gpio(error))
     return outcome::failed;
   int32_t shown = -1;
-  const overheard said{[&] { shown = chosen->show(); }};
+  const captured_output output{[&] { shown = chosen->show(); }};
   gpio_exit();
-  if (shown < 0 || !said.said_nothing())
-    return failed(error, because("led: cannot be set", said.first_line()));
+  if (shown < 0 || !output.is_empty())
+    return failed(error, because("led: cannot be set", output.first_line()));
   report = {{"led", name}};
   return outcome::done;
 }

@@ -5,9 +5,9 @@
 #include "common/colours.hpp"
 #include "common/magics.hpp"
 #include "common/numbers.hpp"
+#include "dravik-ctl/captured_output.hpp"
 #include "dravik-ctl/commands.hpp"
 #include "dravik-ctl/devices.hpp"
-#include "dravik-ctl/overheard.hpp"
 
 #include <cerrno>
 #include <cstdlib>
@@ -93,7 +93,7 @@ bool read_order(const command_line &given, order &what, std::string &error) {
 
 /// The path of an image, relative or in the application's directory; empty, with errno, if there is none.
 std::string find_picture(const std::string &name) {
-  const std::string own = std::string{jpeg_folder} + "/" + name;
+  std::string own = std::string{jpeg_folder} + "/" + name;
   if (::access(name.c_str(), R_OK) == 0)
     return name;
   const int reason = errno;
@@ -117,13 +117,13 @@ place place_or_middle(const order &what) {
 bool show_bmp(const order &what, size &drawn, std::string &error) {
   const place at = place_or_middle(what);
   int result = -1;
-  const overheard said{[&] {
+  const captured_output output{[&] {
     result = fb_put_bmp_file(at.x, at.y, what.path.c_str(), DRAVIK_BMP_COPY, static_cast<uint8_t>(at.align));
   }};
   drawn = {bmpinfo[BMPINFO_WIDTH], bmpinfo[BMPINFO_HEIGHT]};
   const uint32_t bits = bmpinfo[BMPINFO_BITS_PER_PIXEL];
   if (result != 0)
-    error = because(what.path + ": cannot be drawn", said.first_line());
+    error = because(what.path + ": cannot be drawn", output.first_line());
   else if (bits != 1 && bits != 4 && bits != 8 && bits != 16 && bits != 24 && bits != 32)
     error = what.path + ": " + "unsupported depth " + std::to_string(bits) +
             "; must be 1, 4, 8, 16, 24 or 32 bits per pixel";
@@ -146,10 +146,10 @@ bool show_jpeg(const order &what, size &drawn, std::string &error) {
     return false;
   const place at = place_or_middle(what);
   int result = -1;
-  const overheard said{[&] { result = fb_put_jpeg_file(at.x, at.y, name.c_str(), at.align); }};
+  const captured_output output{[&] { result = fb_put_jpeg_file(at.x, at.y, name.c_str(), at.align); }};
   drawn = {jpeginfo[JPEGINFO_WIDTH], jpeginfo[JPEGINFO_HEIGHT]};
   if (result != 0)
-    error = because(what.path + ": cannot be drawn", said.last_line());
+    error = because(what.path + ": cannot be drawn", output.last_line());
   return result == 0;
 }
 
@@ -162,7 +162,7 @@ size size_of_image(uint32_t index) {
   return {width, reader.u32le()};
 }
 
-bool lies_on_screen(uint64_t x, uint64_t y, const size &picture) {
+bool is_on_screen(uint64_t x, uint64_t y, const size &picture) {
   return x + picture.width <= fbinfo[FBINFO_XRES] && y + picture.height <= fbinfo[FBINFO_YRES];
 }
 
@@ -171,7 +171,7 @@ bool draw_image(const order &what, size &drawn, std::string &error) {
   drawn = size_of_image(index);
   const uint32_t x = what.at ? what.at->x : (fbinfo[FBINFO_XRES] - drawn.width) / 2;
   const uint32_t y = what.at ? what.at->y : (fbinfo[FBINFO_YRES] - drawn.height) / 2;
-  if (!lies_on_screen(0, 0, drawn) || !lies_on_screen(x, y, drawn))
+  if (!is_on_screen(0, 0, drawn) || !is_on_screen(x, y, drawn))
     error = what.path + ": image " + std::to_string(index) + " of " + std::to_string(drawn.width) + " x " +
             std::to_string(drawn.height) + " pixels does not fit on the screen there";
   else if (fb_q7bmp_show(static_cast<int32_t>(x), static_cast<int32_t>(y), 0, static_cast<int32_t>(index),
@@ -182,7 +182,7 @@ bool draw_image(const order &what, size &drawn, std::string &error) {
 
 bool show_image(const order &what, size &drawn, std::string &error) {
   const char *const paths[] = {what.path.c_str()};
-  const overheard said{[&] { q7bmp_alloc(1, paths); }};
+  const captured_output output{[&] { q7bmp_alloc(1, paths); }};
   if (q7bmp_ptr[0] == nullptr) {
     error = what.path + ": invalid archive; try 'dravik-art check'";
     return false;

@@ -1,7 +1,7 @@
 // Printing of reports.
 
+#include "dravik-ctl/captured_output.hpp"
 #include "dravik-ctl/commands.hpp"
-#include "dravik-ctl/overheard.hpp"
 
 #include <cstdio>
 
@@ -13,7 +13,7 @@ void print_report(const command_line &given, const value::fields &report) {
 }
 
 outcome run_and_print(reporter *does, const command_line &given, std::string &error) {
-  overheard::let_through(given.has("--verbose"));
+  captured_output::print_to_stderr(given.has("--verbose"));
   value::fields report;
   const outcome ended = does(given, report, error);
   if (!report.empty())

@@ -1,8 +1,8 @@
 // "adc" and "temperature".
 
 #include "common/numbers.hpp"
+#include "dravik-ctl/captured_output.hpp"
 #include "dravik-ctl/commands.hpp"
-#include "dravik-ctl/overheard.hpp"
 #include "dravik-ctl/readings.hpp"
 #include "dravik.h"
 
@@ -54,7 +54,7 @@ Exit status: 0 on success; 1 on failure; 2 on a usage error
 /// The driver's text of a channel, without its line end.
 std::string line_of(size_t channel) {
   std::array<char, DRAVIK_ADC_LINE_SIZE> line = {};
-  const overheard said{[&] { read_adc_str(static_cast<int32_t>(channel), line.data()); }};
+  const captured_output output{[&] { read_adc_str(static_cast<int32_t>(channel), line.data()); }};
   const std::string_view text = line.data();
   return std::string{text.substr(0, text.find('\n'))};
 }
@@ -66,9 +66,9 @@ outcome adc(const command_line &given, value::fields &report, std::string &error
     return misused(error, "invalid CHANNEL '" + given.operands()[0] + "'; must be 0 to 3");
   std::array<uint32_t, DRAVIK_ADC_CHANNELS> codes;
   int32_t result = -1;
-  const overheard said{[&] { result = read_adc(codes.data()); }};
+  const captured_output output{[&] { result = read_adc(codes.data()); }};
   if (result != 0)
-    return failed(error, because("adc: cannot be read", said.first_line()));
+    return failed(error, because("adc: cannot be read", output.first_line()));
   if (!given.operands().empty()) {
     report = {{"channel", *channel}, {"code", codes[*channel]}, {"line", line_of(*channel)}};
     return outcome::done;
@@ -82,12 +82,12 @@ outcome adc(const command_line &given, value::fields &report, std::string &error
 
 bool read_degrees(value::fields &reading, std::string &error) {
   int32_t read = -1;
-  const overheard said{[&] { read = read_temperature(); }};
+  const captured_output output{[&] { read = read_temperature(); }};
   reading = {{"celsius", thousandths{read}},
              {"beyond_range", read == DRAVIK_TEMPERATURE_MAX || read == DRAVIK_TEMPERATURE_MIN}};
-  if (!said.said_nothing())
-    error = because("temperature: cannot be read", said.first_line());
-  return said.said_nothing();
+  if (!output.is_empty())
+    error = because("temperature: cannot be read", output.first_line());
+  return output.is_empty();
 }
 
 outcome temperature(const command_line &given, value::fields &report, std::string &error) {

@@ -1,8 +1,8 @@
 // "play", "volume" and "mic".
 
 #include "common/numbers.hpp"
+#include "dravik-ctl/captured_output.hpp"
 #include "dravik-ctl/commands.hpp"
-#include "dravik-ctl/overheard.hpp"
 #include "dravik.h"
 
 #include <cerrno>
@@ -84,28 +84,28 @@ outcome play(const command_line &given, value::fields &report, std::string &erro
   if (!is_playable(path, error))
     return outcome::failed;
   int32_t started = -1;
-  const overheard starting{[&] { started = snd_init(); }};
+  const captured_output start_output{[&] { started = snd_init(); }};
   if (started != 1)
     return failed(error, "play: real-time priority 90 not permitted; try as root");
   const uint32_t before = get_tick_count();
-  const overheard said{[&] {
+  const captured_output output{[&] {
     snd_play_direct(path.c_str(), 0);
     wait_until_taken();
     snd_exit();
   }};
-  if (!said.said_nothing())
-    return failed(error, because("play: sound device failed", said.last_line()));
+  if (!output.is_empty())
+    return failed(error, because("play: sound device failed", output.last_line()));
   report = {{"file", path}, {"milliseconds", get_tick_count() - before}};
   return outcome::done;
 }
 
 /// Call a function that runs the mixer program. Some of its failures appear only in its output.
-template <class Call> bool ask_mixer(Call call, std::string &error) {
+template <class Call> bool call_mixer(Call call, std::string &error) {
   int32_t status = -1;
-  const overheard said{[&] { status = call(); }};
-  const std::string complaint = said.first_line("amixer:");
-  if (status != 0 || !complaint.empty())
-    error = because("mixer: setting failed", complaint);
+  const captured_output output{[&] { status = call(); }};
+  const std::string mixer_error = output.first_line("amixer:");
+  if (status != 0 || !mixer_error.empty())
+    error = because("mixer: setting failed", mixer_error);
   return error.empty();
 }
 
@@ -114,7 +114,7 @@ outcome volume(const command_line &given, value::fields &report, std::string &er
   const auto percent = word == "mute" ? 0 : tools::number_of(word, 0, DRAVIK_VOLUME_FULL);
   if (!percent || *percent % volume_step != 0)
     return misused(error, "invalid PERCENT '" + word + "'; must be mute, 0, 20, 40, 60, 80 or 100");
-  if (!ask_mixer([&] { return spk_volume_setup(*percent); }, error))
+  if (!call_mixer([&] { return spk_volume_setup(*percent); }, error))
     return outcome::failed;
   report = {{"percent", *percent}};
   return outcome::done;
@@ -124,7 +124,7 @@ outcome mic(const command_line &given, value::fields &report, std::string &error
   const std::string &word = given.operands()[0];
   if (word != "on" && word != "off")
     return misused(error, "invalid switch '" + word + "'; must be on or off");
-  if (!ask_mixer([&] { return word == "on" ? mic_volume_unmute() : mic_volume_mute(); }, error))
+  if (!call_mixer([&] { return word == "on" ? mic_volume_unmute() : mic_volume_mute(); }, error))
     return outcome::failed;
   report = {{"microphone", word}};
   return outcome::done;

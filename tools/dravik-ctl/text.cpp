@@ -2,9 +2,9 @@
 
 #include "common/colours.hpp"
 #include "common/numbers.hpp"
+#include "dravik-ctl/captured_output.hpp"
 #include "dravik-ctl/commands.hpp"
 #include "dravik-ctl/devices.hpp"
-#include "dravik-ctl/overheard.hpp"
 #include "dravik-ctl/utf8.hpp"
 
 #include <algorithm>
@@ -103,9 +103,9 @@ bool read_order(const command_line &given, order &what, std::string &error) {
   if (!error.empty() || !read_text(words[2], what.text, error))
     return false;
   what.font = given.value("--font");
-  const bool wants_smooth = given.has("--size") || !is_ascii(what.text);
-  what.is_smooth = wants_smooth || (given.has("--font") && !what.font.ends_with(bitmap_ending));
-  if (wants_smooth && what.font.ends_with(bitmap_ending))
+  const bool requires_anti_aliasing = given.has("--size") || !is_ascii(what.text);
+  what.is_smooth = requires_anti_aliasing || (given.has("--font") && !what.font.ends_with(bitmap_ending));
+  if (requires_anti_aliasing && what.font.ends_with(bitmap_ending))
     error = "invalid --font; bitmap fonts have one size and ASCII characters only";
   return error.empty();
 }
@@ -148,11 +148,11 @@ std::string put_smooth(const order &what, uint32_t font) {
   std::string bytes;
   for (const char16_t unit : what.text + u'\0')
     bytes += {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
-  const overheard said{[&] {
+  const captured_output output{[&] {
     put_unicode_string(what.x, what.y, bytes.data(), what.size, font, what.foreground, what.background,
                        DRAVIK_TOP_LEFT);
   }};
-  return said.first_line();
+  return output.first_line();
 }
 
 /// Draw on private memory, which sets ::str_width and ::str_height.
@@ -162,20 +162,20 @@ std::string rehearse(const order &what, uint32_t font) {
   fbp = memory.data();
   order in_the_corner = what;
   in_the_corner.x = in_the_corner.y = 0;
-  std::string complaint = put_smooth(in_the_corner, font);
+  std::string mixer_error = put_smooth(in_the_corner, font);
   fbp = screen;
-  return complaint;
+  return mixer_error;
 }
 
 outcome draw_smooth(const order &what, value::fields &report, std::string &error) {
   if (!what.font.empty())
     ttf_font_file[0] = ttf_font_file[1] = what.font.c_str();
   uint32_t font = 0;
-  std::string complaint = rehearse(what, font);
-  if (!complaint.empty() && what.font.empty())
-    complaint = rehearse(what, ++font);
-  if (!complaint.empty())
-    return failed(error, because(std::string{ttf_font_file[font]} + ": text cannot be drawn", complaint));
+  std::string mixer_error = rehearse(what, font);
+  if (!mixer_error.empty() && what.font.empty())
+    mixer_error = rehearse(what, ++font);
+  if (!mixer_error.empty())
+    return failed(error, because(std::string{ttf_font_file[font]} + ": text cannot be drawn", mixer_error));
   if (!fits(what, static_cast<uint32_t>(str_width), static_cast<uint32_t>(str_height), error))
     return outcome::failed;
   put_smooth(what, font);

@@ -1,6 +1,6 @@
-// Standard output and standard error led into a file for the time of a call.
+// Standard output and standard error redirected to a file during a call.
 
-#include "dravik-ctl/overheard.hpp"
+#include "dravik-ctl/captured_output.hpp"
 
 #include "base/unique_file.hpp"
 
@@ -23,7 +23,7 @@ int open_collector() {
   return file != nullptr ? ::fcntl(::fileno(file.get()), F_DUPFD_CLOEXEC, 3) : -1;
 }
 
-void put_back(int kept, int as) {
+void restore(int kept, int as) {
   ::dup2(kept, as);
   ::close(kept);
 }
@@ -45,7 +45,7 @@ std::string_view without_end(std::string_view lines) {
 
 } // namespace
 
-void overheard::begin() {
+void captured_output::begin() {
   std::fflush(stdout);
   file_ = open_collector();
   if (file_ < 0)
@@ -56,29 +56,29 @@ void overheard::begin() {
   ::dup2(file_, STDERR_FILENO);
 }
 
-void overheard::end() {
+void captured_output::end() {
   if (file_ < 0)
     return;
   std::fflush(stdout);
-  put_back(output_, STDOUT_FILENO);
-  put_back(errors_, STDERR_FILENO);
-  words_ = contents_of(file_);
+  restore(output_, STDOUT_FILENO);
+  restore(errors_, STDERR_FILENO);
+  text_ = contents_of(file_);
   ::close(file_);
-  if (let_through_)
-    std::fwrite(words_.data(), 1, words_.size(), stderr);
+  if (prints_to_stderr_)
+    std::fwrite(text_.data(), 1, text_.size(), stderr);
 }
 
-std::string overheard::first_line(std::string_view part) const {
-  const size_t found = words_.find(part);
-  if (found == std::string::npos || words_.empty())
+std::string captured_output::first_line(std::string_view part) const {
+  const size_t found = text_.find(part);
+  if (found == std::string::npos || text_.empty())
     return {};
-  const size_t before = words_.rfind('\n', found);
+  const size_t before = text_.rfind('\n', found);
   const size_t start = before == std::string::npos || found == 0 ? 0 : before + 1;
-  return words_.substr(start, words_.find('\n', found) - start);
+  return text_.substr(start, text_.find('\n', found) - start);
 }
 
-std::string overheard::last_line() const {
-  const std::string_view lines = without_end(words_);
+std::string captured_output::last_line() const {
+  const std::string_view lines = without_end(text_);
   return std::string{lines.substr(lines.rfind('\n') + 1)};
 }
 
