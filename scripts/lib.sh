@@ -13,7 +13,7 @@ fail() {
 
 # need_build_directory NAME: creates build/. Fails while another run of that name is active in this checkout.
 need_build_directory() {
-  mkdir -p "$root/build" 2>/dev/null && [ -w "$root/build" ] || fail "build/: not writable; was it made by another user?"
+  mkdir -p "$root/build" 2>/dev/null && [ -w "$root/build" ] || fail "build/: not writable; check its owner"
   exec 9>"$root/build/.$1.lock"
   flock -n 9 || fail "another run is in progress in this checkout"
 }

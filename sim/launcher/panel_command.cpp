@@ -17,18 +17,17 @@ Serve a simulated board as a page for the browser, and run an application.
 The page shows the screen as it changes, plays the sound, follows the console,
 the log and the events, and has the keys, the sensors and the faults of the
 board. APP is run as 'dravik-sim run' does, and again after each reboot. Ctrl-C
-ends APP, then the page.
+stops APP, then the server.
 
-The first line of output is the address. Whoever has it can change the board:
-the address contains a secret, which the board keeps in BOARD/panel.access.
+The first line of output is the address of the page. It contains a secret, which
+is stored in BOARD/panel.access: anyone who has the address can change the board.
 
 Options:
-  --listen ADDRESS  listen on an IP address of this machine, with a port if
-                    ADDRESS is IP:PORT (default: 127.0.0.1, and the port of the
-                    last time)
-  --open            start the browser
+  --listen IP[:PORT]  listen on an IP address of this machine (default:
+                      127.0.0.1, and the port of the previous run or a free one)
+  --open              open the page in the browser
   --writable DIR, --local-sockets, --trust
-                    as for 'dravik-sim run'
+                      as for 'dravik-sim run'
 
 Examples:
   dravik-sim panel desk

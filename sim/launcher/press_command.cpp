@@ -18,7 +18,7 @@ constexpr std::string_view press_help =
 
 Press keys of a simulated board, one after the other.
 
-The GPIO line of each key goes high and low again.
+The GPIO line of each key is high for the hold time, then low for as long.
 
 Keys:
   next  line 61
@@ -26,8 +26,7 @@ Keys:
   LINE  any other GPIO line, 0 to 255
 
 Options:
-  --hold MS  hold each key for MS milliseconds, 1 to 60000 (default: 150); keys
-             are as far apart
+  --hold MS  hold each key for MS milliseconds, 1 to 60000 (default: 150)
 
 Examples:
   dravik-sim press desk next next ok

@@ -29,9 +29,9 @@ constexpr std::string_view check_help =
 
 Check an archive.
 
-Reports everything that the library would reject, and more: images without
+Report everything that the library would reject, and more: images without
 pixels, pixels inside the table, shared between images or beyond the end of
-the file, and bits set in unused places.
+the file, and reserved bits that are set.
 
 Output: one line per finding; none for a valid archive
 

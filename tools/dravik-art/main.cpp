@@ -7,8 +7,9 @@ namespace {
 constexpr std::string_view about =
     R"(Pack, check and show interface artwork for libdravik.
 
-Artwork is stored in archives of images with 16 levels, which the library draws
-through colour ramps. A file is written completely or not at all.
+Artwork is stored in archives of images with 16 levels. The library draws level
+0 in a background colour, level 15 in a foreground colour, and other levels in
+the colours of a ramp between them. A file is written completely or not at all.
 )";
 
 constexpr std::string_view details =

@@ -23,7 +23,7 @@ Write a PNG file of each image of an archive.
 
 The files are DIRECTORY/000.png, DIRECTORY/001.png and so on. DIRECTORY must
 not exist or be empty. The images are grey, from black (level 0) to white
-(level 15); packed again, they are the same archive images.
+(level 15); packing them again makes the same archive images.
 
 Options:
   --ramp BG,FG     draw through a colour ramp (see 'preview')
