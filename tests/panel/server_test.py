@@ -7,7 +7,7 @@ import struct
 import subprocess
 import unittest
 
-from live_board import CONSOLE, EVENTS, FRAME, GUEST, LOG, SOUND, LiveBoard, await_that
+from live_board import CONSOLE, EVENTS, FRAME, GUEST, LOG, PATIENCE_S, SOUND, LiveBoard, await_that, launch
 
 
 def pixels_of(frame):
@@ -303,6 +303,46 @@ class Files(ServerTest):
                 pass
             page.send("type green\r")
             page.await_text(EVENTS, "led: green")
+
+
+class Inputs(unittest.TestCase):
+    VALUES = {"accel": "accel=10,20,30", "adc": "adc.2=0x100", "card": "card=out", "gpio": "gpio.7=1", "hdmi": "hdmi=on",
+              "temperature": "temperature=20"}
+
+    def setUp(self):
+        self.board = LiveBoard(size="64x48", card="64")
+        self.addCleanup(self.board.close)
+        self.board.start()
+
+    def state_at_rest(self, page, mark):
+        """The state after the server has seen that no file was changed lately: then it reads none again without a change
+        of those that it watches. A fault marks that state."""
+        for directory, _, names in os.walk(self.board.path):
+            for name in [".", *names]:
+                os.utime(os.path.join(directory, name), (1, 1), follow_symlinks=False)
+        self.board.write("faults.new", f"open {mark} EIO\n")
+        os.utime(self.board.file("faults.new"), (1, 1))
+        os.replace(self.board.file("faults.new"), self.board.file("faults"))
+        while True:
+            state = page.await_kind("state")
+            if state["faults"] == [["open", mark, "EIO"]]:
+                return state
+
+    def test_every_input_changes_its_member_of_the_state(self):
+        help_text = launch("set", "--help").decode()
+        inputs = re.findall(r"^  ([a-z]+)[.=]", help_text, re.MULTILINE)
+        self.assertEqual(sorted(inputs), sorted(self.VALUES), "each input has a value in this test")
+        for name in inputs:
+            with self.board.page() as page:
+                page.socket.settimeout(PATIENCE_S)
+                before = self.state_at_rest(page, name)
+                self.assertIn(name, before, "missing in sim/panel/board_state.cpp")
+                launch("set", self.board.path, self.VALUES[name])
+                try:
+                    while page.await_kind("state")[name] == before[name]:
+                        pass
+                except TimeoutError:
+                    self.fail(f"'{name}': its file is missing in 'watched' of sim/panel/board_state.cpp")
 
 
 class Load(ServerTest):

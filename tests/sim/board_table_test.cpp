@@ -121,6 +121,29 @@ TEST(SimBoardTable, EveryInputIsInTheHelpAndOnThePageAndHasATest) {
     }
 }
 
+std::string text_of_scripts() {
+  std::string text;
+  for (const auto &entry : files::directory_iterator{source("sim/panel/page")})
+    if (entry.path().extension() == ".js")
+      text += text_of_file(entry.path());
+  return text;
+}
+
+/// `watched` of board_state.cpp is checked by tests/panel/server_test.py.
+TEST(SimBoardTable, EveryInputIsOnTheLiveBoard) {
+  const std::string state = text_of_file(source("sim/panel/board_state.cpp")), scripts = text_of_scripts();
+  for (const board_entry &entry : board_table)
+    for (const std::string &key : words(entry.inputs)) {
+      const std::string name = key.substr(0, key.find('.'));
+      EXPECT_TRUE(contains(state, "member(\"" + name + "\","))
+          << name << " is missing in sim/panel/board_state.cpp";
+      EXPECT_TRUE(contains(scripts, "detail." + name)) << name << " is shown by no script of sim/panel/page";
+      EXPECT_TRUE(contains(scripts, "set(\"" + name) || contains(scripts, "set(`" + name) ||
+                  contains(scripts, "set " + name))
+          << name << " is set by no script of sim/panel/page";
+    }
+}
+
 TEST(SimBoardTable, NewBoardHasEveryFile) {
   const board board;
   for (const board_entry &entry : board_table)
