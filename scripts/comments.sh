@@ -1,4 +1,4 @@
-# Checks of comments for scripts/test: the manual by Doxygen, and the layout of comments. Sourced after lib.sh.
+# Checks of sources for scripts/test: the manual by Doxygen, the layout of comments, and enums. Sourced after lib.sh.
 
 manual=$root/build/manual
 
@@ -28,6 +28,16 @@ manual() {
   [ ! -s "$manual/errors" ] || { cat "$manual/errors" && return 1; }
   [ "$(exported | wc -l)" -gt 0 ] || { echo 'error: no exported name found' && return 1; }
   echo "checked: $(exported | wc -l) exported names"
+}
+
+# plain_enums FILE...: reports enums that are not classes.
+plain_enums() {
+  awk '
+    /^[ \t]*((typedef|static|const|constexpr|extern)[ \t]+)*enum([ \t:{]|$)/ && !/enum (class|struct) / {
+      print FILENAME ":" FNR ": error: enum without class; write an enum class, or constexpr values for numbers"
+      bad = 1
+    }
+    END { exit bad }' "$@"
 }
 
 # comment_layout FILE...: reports comments that end in a line of one word, continuation lines of @param and @return
