@@ -8,24 +8,23 @@
 #include <dravik.h>
 
 #include <stdio.h>
+#include <unistd.h>
 
 enum { CELL = 80, COLUMNS = 4, WAYS = 4 };
 
 /* The library centres an image in a quarter of 320 columns; the application needs no image sizes. */
 static const int quarters[COLUMNS] = {DRAVIK_QUARTER_1, DRAVIK_QUARTER_2, DRAVIK_QUARTER_3, DRAVIK_QUARTER_4};
 
-static const struct {
-  uint16_t foreground, background;
-} ways[WAYS] = {{DRAVIK_WHITE, DRAVIK_BLACK},
-                {DRAVIK_CYAN, DRAVIK_BLACK},
-                {DRAVIK_RED, DRAVIK_WHITE},
-                {DRAVIK_WHITE, DRAVIK_THEME}};
+static const uint16_t ways[WAYS][2] = {{DRAVIK_WHITE, DRAVIK_BLACK},
+                                       {DRAVIK_CYAN, DRAVIK_BLACK},
+                                       {DRAVIK_RED, DRAVIK_WHITE},
+                                       {DRAVIK_WHITE, DRAVIK_THEME}};
 
 static void show_row(int row, int first, int count) {
-  const uint16_t foreground = ways[row % WAYS].foreground, background = ways[row % WAYS].background;
-  const uint16_t ground = background == DRAVIK_THEME ? get_theme_color() : background;
+  const uint16_t foreground = ways[row % WAYS][0], background = ways[row % WAYS][1];
   const int y = row * CELL;
-  fb_put_rect_fill(0, y, COLUMNS * CELL - 1, y + CELL - 1, ground);
+  fb_put_rect_fill(0, y, COLUMNS * CELL - 1, y + CELL - 1,
+                   background == DRAVIK_THEME ? get_theme_color() : background);
   for (int column = 0; column < COLUMNS && column < count; ++column)
     fb_q7bmp_show(0, y, 0, first + column, foreground, background, quarters[column]);
 }
@@ -49,6 +48,8 @@ int main(int argc, char **argv) {
     fprintf(stderr, "usage: %s ARCHIVE.q7\n", argv[0]);
     return 2;
   }
+  if (access("/dev/fb0", F_OK) != 0)
+    fprintf(stderr, "artwork: no /dev/fb0; run it on a board, or under dravik-sim\n");
   fb_init(); /* terminates the program if there is no screen */
   const int is_wide = fbinfo[FBINFO_XRES] >= COLUMNS * CELL && fbinfo[FBINFO_BITS_PER_PIXEL] == 16;
   if (!is_wide)

@@ -7,6 +7,7 @@
 #include <dravik.h>
 
 #include <stdio.h>
+#include <unistd.h>
 
 static int show(const char *path) {
   fb_clear_screen(DRAVIK_BLACK);
@@ -23,6 +24,8 @@ int main(int argc, char **argv) {
     fprintf(stderr, "usage: %s FILE.bmp\n", argv[0]);
     return 2;
   }
+  if (access("/dev/fb0", F_OK) != 0)
+    fprintf(stderr, "bmp: no /dev/fb0; run it on a board, or under dravik-sim\n");
   fb_init(); /* terminates the program if there is no screen */
   const int status = show(argv[1]);
   return fb_exit() == 0 ? status : 1;

@@ -8,6 +8,7 @@
 
 #include <stdio.h>
 #include <string.h>
+#include <unistd.h>
 
 enum { WIDTH = 640, HEIGHT = 480 }; /* fb_get_bmp_file() saves this size only */
 
@@ -36,6 +37,8 @@ static int save(void) {
 int main(int argc, char **argv) {
   (void)argc;
   (void)argv;
+  if (access("/dev/fb0", F_OK) != 0)
+    fprintf(stderr, "screenshot: no /dev/fb0; run it on a board, or under dravik-sim\n");
   fb_init(); /* terminates the program if there is no screen; leaves its pixels as they are */
   const int status = save();
   return fb_exit() == 0 ? status : 1;

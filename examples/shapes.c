@@ -7,6 +7,7 @@
 #include <dravik.h>
 
 #include <stdio.h>
+#include <unistd.h>
 
 enum { WIDTH = 320, HEIGHT = 240 }; /* lines and circles are not clipped: the screen must have these pixels */
 
@@ -32,6 +33,8 @@ static void draw_ramp(int x, int y) {
 int main(int argc, char **argv) {
   (void)argc;
   (void)argv;
+  if (access("/dev/fb0", F_OK) != 0)
+    fprintf(stderr, "shapes: no /dev/fb0; run it on a board, or under dravik-sim\n");
   fb_init(); /* terminates the program if there is no screen */
   const int xres = (int)fbinfo[FBINFO_XRES], yres = (int)fbinfo[FBINFO_YRES];
   if (xres < WIDTH || yres < HEIGHT || fbinfo[FBINFO_BITS_PER_PIXEL] != 16) {

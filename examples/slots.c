@@ -7,6 +7,7 @@
 #include <dravik.h>
 
 #include <stdio.h>
+#include <unistd.h>
 
 static int show_all(int count) {
   uint32_t x = 0;
@@ -25,6 +26,8 @@ int main(int argc, char **argv) {
     fprintf(stderr, "usage: %s DIRECTORY FILE.bmp ...\n", argv[0]);
     return 2;
   }
+  if (access("/dev/fb0", F_OK) != 0)
+    fprintf(stderr, "slots: no /dev/fb0; run it on a board, or under dravik-sim\n");
   fb_init(); /* terminates the program if there is no screen */
   fb_clear_screen(DRAVIK_BLACK);
   bmp_mem_alloc(argc - 2, argv[1], (const char *const *)argv + 2);

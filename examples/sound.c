@@ -38,11 +38,13 @@ int main(int argc, char **argv) {
   if (!is_readable(argv[1]))
     return fail(argv[1], "cannot be read");
   if (snd_init() != 1)
-    return fail(argv[1], "engine not started; see /tmp/dravik.log");
+    return fail(argv[1], "engine not started; run it on a board as root, or under dravik-sim");
   spk_volume_setup(DRAVIK_VOLUME_HIGH);
   snd_play_direct(argv[1], KEEP_CURRENT);
   await_start();
   printf("playing %s\n", argv[1]); /* the program is free to do other work */
   snd_exit();                      /* waits for the end of the file */
-  return bits_per_frame != 0 ? 0 : fail(argv[1], "not played; the PCM device could not be configured");
+  return bits_per_frame != 0
+             ? 0
+             : fail(argv[1], "not played; run it on a board with a sound card, or under dravik-sim");
 }

@@ -1,14 +1,14 @@
 /* Text in bitmap fonts (PSF) of three sizes.
  *
  * Build:  cc -std=c99 text.c -o text -ldravik
- * Fonts:  gunzip some of /usr/share/consolefonts (package console-setup-linux) into /usr/local/dravik/font;
- *         a new simulated board has them there
+ * Fonts:  console fonts (package console-setup-linux), unpacked in /usr/local/dravik/font; a new simulated board has them
  * Run:    ./text on the device, or on a simulated board:
  *         dravik-sim new board
  *         dravik-sim run board -- ./text && dravik-sim shot board text.png */
 #include <dravik.h>
 
 #include <stdio.h>
+#include <unistd.h>
 
 #define FONTS "/usr/local/dravik/font/"
 
@@ -42,8 +42,9 @@ static void show(void) {
 }
 
 int main(int argc, char **argv) {
-  (void)argc;
-  (void)argv;
+  (void)argc, (void)argv;
+  if (access("/dev/fb0", F_OK) != 0)
+    fprintf(stderr, "text: no /dev/fb0; run it on a board, or under dravik-sim\n");
   fb_init(); /* terminates the program if there is no screen */
   const int fits =
       fbinfo[FBINFO_XRES] >= WIDTH && fbinfo[FBINFO_YRES] >= HEIGHT && fbinfo[FBINFO_BITS_PER_PIXEL] == 16;

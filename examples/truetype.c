@@ -8,6 +8,7 @@
 #include <dravik.h>
 
 #include <stdio.h>
+#include <unistd.h>
 
 enum { LATIN_FONT = 0, ASIAN_FONT = 1 }; /* entries of ttf_font_file */
 /* Anti-aliased text is laid out for a screen of this size. */
@@ -42,6 +43,8 @@ static int show(const char *greeting) {
 }
 
 int main(int argc, char **argv) {
+  if (access("/dev/fb0", F_OK) != 0)
+    fprintf(stderr, "truetype: no /dev/fb0; run it on a board, or under dravik-sim\n");
   fb_init(); /* terminates the program if there is no screen */
   const int fits =
       fbinfo[FBINFO_XRES] >= WIDTH && fbinfo[FBINFO_YRES] >= HEIGHT && fbinfo[FBINFO_BITS_PER_PIXEL] == 16;

@@ -60,12 +60,15 @@ TEST_F(SoundExample, FailsWithoutTheFile) {
 
 TEST_F(SoundExample, FailsWithoutRealTimePriority) {
   on_.set("realtime", "refused");
-  expect_failure(on_, "sound", {path_}, "sound: " + path_ + ": engine not started; see /tmp/dravik.log\n");
+  expect_failure(on_, "sound", {path_},
+                 "sound: " + path_ +
+                     ": engine not started; run it on a board as root, or under dravik-sim\n");
 }
 
 TEST_F(SoundExample, FailsWithoutASoundCard) {
   on_.set_fault("open", "sound", "ENODEV");
-  expect_failure(on_, "sound", {path_}, ": not played; the PCM device could not be configured\n");
+  expect_failure(on_, "sound", {path_},
+                 ": not played; run it on a board with a sound card, or under dravik-sim\n");
 }
 
 // --------------------------------------------------------------------------------------- the board

@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <map>
 #include <sstream>
 
 namespace dravik::test {
@@ -75,20 +76,30 @@ TEST(Examples, AreListedInTheReadme) {
   EXPECT_EQ(listed, example_names());
 }
 
+/// What the others need is not of the board: they run anywhere.
+TEST(Examples, ReportThatThereIsNoBoard) {
+  const std::vector<std::string> run_anywhere = {"checksums", "log", "system"};
+  for (const std::string &name : example_names())
+    EXPECT_EQ(text_of(name + ".c").find("or under dravik-sim") == std::string::npos,
+              std::ranges::count(run_anywhere, name) == 1)
+        << name;
+}
+
 class DrawingExample : public testing::TestWithParam<const char *> {};
 
 TEST_P(DrawingExample, FailsWithoutAScreen) {
   const board on;
   on.remove("dev/fb0");
-  const words arguments = GetParam() == std::string{"artwork"} || GetParam() == std::string{"bmp"} ||
-                                  GetParam() == std::string{"jpeg"}
-                              ? words{"file"}
-                              : words{};
-  expect_failure(on, GetParam(), arguments, "error reading fixed info");
+  const std::string name = GetParam();
+  const std::map<std::string, words> arguments = {
+      {"artwork", {"file"}}, {"bmp", {"file"}}, {"jpeg", {"file"}}, {"slots", {"directory", "file"}}};
+  const auto given = arguments.find(name);
+  expect_failure(on, name, given == arguments.end() ? words{} : given->second,
+                 name + ": no /dev/fb0; run it on a board, or under dravik-sim\nerror reading fixed info");
 }
 
 INSTANTIATE_TEST_SUITE_P(All, DrawingExample,
-                         testing::Values("artwork", "bmp", "jpeg", "screenshot", "shapes", "text",
+                         testing::Values("artwork", "bmp", "jpeg", "screenshot", "shapes", "slots", "text",
                                          "truetype"),
                          [](const auto &one) { return std::string{one.param}; });
 
