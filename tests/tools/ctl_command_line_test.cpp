@@ -94,6 +94,29 @@ TEST_F(CtlCommandLine, PrintsOnlyFindingsOnFailure) {
   EXPECT_EQ(run({"card", "check"}).out.substr(0, 12), "present: no\n");
 }
 
+TEST_F(CtlCommandLine, ReportsAMachineThatIsNotABoard) {
+  for (const char *part : {"dev", "proc", "sys", "tmp"})
+    std::filesystem::remove_all(board_.path(part));
+  board_.set_fault("open", "sound", "ENODEV");
+  board_.write("beep.pcm", std::string(4800, '\x11'));
+  const words failing[] = {{"adc"},
+                           {"temperature"},
+                           {"accel"},
+                           {"hdmi"},
+                           {"backlight"},
+                           {"gpio", "get", "1"},
+                           {"led", "red"},
+                           {"region"},
+                           {"recordings"},
+                           {"play", board_.path("beep.pcm")},
+                           {"text", "0", "0", "x"}};
+  for (const words &given : failing) {
+    const run_result result = run(given);
+    EXPECT_EQ(result.status, 1) << given[0];
+    EXPECT_THAT(result.err, testing::EndsWith(": run it on a board, or under dravik-sim\n"));
+  }
+}
+
 /// A summary succeeds if values are missing; a value that cannot be read is null.
 TEST_F(CtlCommandLine, ReportsMissingValuesAsNull) {
   board_.remove("proc/ambarella/adc");

@@ -2,6 +2,7 @@
 
 #include "dravik-ctl/captured_output.hpp"
 #include "dravik-ctl/commands.hpp"
+#include "dravik-ctl/devices.hpp"
 #include "dravik-ctl/readings.hpp"
 #include "dravik.h"
 
@@ -51,7 +52,7 @@ outcome accel(const command_line &given, value::fields &report, std::string &err
   int32_t started = -1;
   const captured_output output{[&] { started = gsensor_init(); }};
   if (started != 0)
-    return failed(error, because("accelerometer: bus cannot be opened", output.first_line()));
+    return failed(error, device_failure(because("accelerometer: bus cannot be opened", output.first_line())));
   const std::string unexpected = output.first_line("error");
   outcome ended = outcome::failed;
   if (unexpected.empty())

@@ -69,7 +69,7 @@ outcome backlight(const command_line &given, value::fields &report, std::string 
   if (!word.empty() && !is_switch && !level)
     return misused(error, "invalid setting '" + word + "'; must be on, off or 0 to 1000");
   if (lcd_bl_init() != 1)
-    return failed(error, std::string{"backlight: files in "} + folder + " cannot be opened");
+    return failed(error, device_failure(std::string{"backlight: files in "} + folder + " cannot be opened"));
   if (level)
     lcd_bl_set(static_cast<int32_t>(*level));
   else if (is_switch)

@@ -132,7 +132,7 @@ outcome info(const command_line &, value::fields &report, std::string &) {
 outcome hdmi(const command_line &, value::fields &report, std::string &error) {
   const int32_t monitor = hdmi_detect();
   if (monitor < 0)
-    return failed(error, "hdmi: driver report missing or invalid");
+    return failed(error, device_failure("hdmi: driver report missing or invalid"));
   report = {{"monitor", monitor == 1}};
   return outcome::done;
 }

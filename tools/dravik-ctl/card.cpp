@@ -14,7 +14,6 @@
 #include <optional>
 #include <string_view>
 #include <sys/wait.h>
-#include <unistd.h>
 
 namespace dravik::ctl {
 namespace {
@@ -206,11 +205,6 @@ outcome format(const card_state &card, value::fields &report, std::string &error
   return outcome::done;
 }
 
-/// On another machine /dev/mmcblk0 is that machine's own disk.
-bool is_board() {
-  return ::access("/dev/ambad", F_OK) == 0 || ::access("/proc/ambarella", F_OK) == 0;
-}
-
 /// A card whose switch cannot be read may be locked; only a machine that is not a board has no switch.
 bool may_write(const card_state &card, bool is_forced) {
   return card.has(DRAVIK_CARD_PRESENT) &&
@@ -224,7 +218,7 @@ outcome change(const std::string &how, const command_line &given, value::fields 
     return misused(error,
                    "missing --yes; " + how +
                        (how == "repair" ? " unmounts the card" : " destroys the contents of the card"));
-  if (!is_forced && !is_board())
+  if (!is_forced && !is_board()) // /dev/mmcblk0 is that machine's own disk
     return failed(error, "card: not a board, /dev/ambad and /proc/ambarella are missing; nothing changed; "
                          "try --force-not-a-board");
   const card_state card = look_at_card();

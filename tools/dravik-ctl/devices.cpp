@@ -41,11 +41,20 @@ bool holds_all_lines(const std::array<uint32_t, FBINFO_WORDS> &record) {
 
 } // namespace
 
+bool is_board() {
+  return ::access("/dev/ambad", F_OK) == 0 || ::access("/proc/ambarella", F_OK) == 0;
+}
+
+std::string device_failure(std::string message) {
+  return is_board() ? message : message + "; not a board: run it on a board, or under dravik-sim";
+}
+
 bool open_gpio(std::string &error) {
   int32_t opened = -1;
   const captured_output output{[&] { opened = gpio_init(); }};
   if (opened != 0)
-    error = because("gpio: driver cannot be opened", output.first_line()) + "; try 'modprobe ambad'";
+    error = device_failure(because("gpio: driver cannot be opened", output.first_line()) +
+                           (is_board() ? "; try 'modprobe ambad'" : ""));
   return opened == 0;
 }
 

@@ -9,6 +9,12 @@
 
 namespace dravik::ctl {
 
+/// Whether this machine has a driver that only boards have.
+bool is_board();
+
+/// A failure of a device, with what to do on a machine that is not a board.
+std::string device_failure(std::string message);
+
 /// Open the GPIO driver. On failure returns false and set `error`.
 [[nodiscard]] bool open_gpio(std::string &error);
 

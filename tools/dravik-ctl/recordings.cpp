@@ -1,6 +1,7 @@
 // "recordings": a survey of the recordings.
 
 #include "dravik-ctl/commands.hpp"
+#include "dravik-ctl/devices.hpp"
 #include "dravik.h"
 
 namespace dravik::ctl {
@@ -30,7 +31,7 @@ value slot(int32_t number) {
 outcome recordings(const command_line &, value::fields &report, std::string &error) {
   rec_file_list found;
   if (parse_rec_file_list(&found) != 0)
-    return failed(error, "recordings: /tmp/mmcblk0p1/REC cannot be read");
+    return failed(error, device_failure("recordings: /tmp/mmcblk0p1/REC cannot be read"));
   report = {{"normal", value::fields{{"count", found.normal_count},
                                      {"oldest", known(found.normal_oldest)},
                                      {"size_mib", found.normal_size}}},

@@ -3,6 +3,7 @@
 #include "common/files.hpp"
 #include "common/numbers.hpp"
 #include "dravik-ctl/commands.hpp"
+#include "dravik-ctl/devices.hpp"
 #include "dravik-ctl/reports.hpp"
 #include "dravik.h"
 #include "util/region_word.hpp"
@@ -112,7 +113,8 @@ value::fields region_of_board(std::string &error) {
   const uint32_t number = get_area_code(code);
   if (number != no_number)
     return {{"number", number}, {"code", code}};
-  error = *code == '\0' ? "/tmp/add/areacode.bin: cannot be opened" : "/tmp/add/areacode.bin: not a region";
+  error = *code == '\0' ? device_failure("/tmp/add/areacode.bin: cannot be opened")
+                        : "/tmp/add/areacode.bin: not a region";
   return {};
 }
 

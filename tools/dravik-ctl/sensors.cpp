@@ -3,6 +3,7 @@
 #include "common/numbers.hpp"
 #include "dravik-ctl/captured_output.hpp"
 #include "dravik-ctl/commands.hpp"
+#include "dravik-ctl/devices.hpp"
 #include "dravik-ctl/readings.hpp"
 #include "dravik.h"
 
@@ -68,7 +69,7 @@ outcome adc(const command_line &given, value::fields &report, std::string &error
   int32_t result = -1;
   const captured_output output{[&] { result = read_adc(codes.data()); }};
   if (result != 0)
-    return failed(error, because("adc: cannot be read", output.first_line()));
+    return failed(error, device_failure(because("adc: cannot be read", output.first_line())));
   if (!given.operands().empty()) {
     report = {{"channel", *channel}, {"code", codes[*channel]}, {"line", line_of(*channel)}};
     return outcome::done;
@@ -86,7 +87,7 @@ bool read_degrees(value::fields &reading, std::string &error) {
   reading = {{"celsius", thousandths{read}},
              {"beyond_range", read == DRAVIK_TEMPERATURE_MAX || read == DRAVIK_TEMPERATURE_MIN}};
   if (!output.is_empty())
-    error = because("temperature: cannot be read", output.first_line());
+    error = device_failure(because("temperature: cannot be read", output.first_line()));
   return output.is_empty();
 }
 

@@ -3,6 +3,7 @@
 #include "common/numbers.hpp"
 #include "dravik-ctl/captured_output.hpp"
 #include "dravik-ctl/commands.hpp"
+#include "dravik-ctl/devices.hpp"
 #include "dravik.h"
 
 #include <cerrno>
@@ -86,7 +87,7 @@ outcome play(const command_line &given, value::fields &report, std::string &erro
   int32_t started = -1;
   const captured_output start_output{[&] { started = snd_init(); }};
   if (started != 1)
-    return failed(error, "play: real-time priority 90 not permitted; try as root");
+    return failed(error, device_failure("play: real-time priority 90 not permitted; try as root"));
   const uint32_t before = get_tick_count();
   const captured_output output{[&] {
     snd_play_direct(path.c_str(), 0);
@@ -94,7 +95,7 @@ outcome play(const command_line &given, value::fields &report, std::string &erro
     snd_exit();
   }};
   if (!output.is_empty())
-    return failed(error, because("play: sound device failed", output.last_line()));
+    return failed(error, device_failure(because("play: sound device failed", output.last_line())));
   report = {{"file", path}, {"milliseconds", get_tick_count() - before}};
   return outcome::done;
 }
@@ -105,7 +106,7 @@ template <class Call> bool call_mixer(Call call, std::string &error) {
   const captured_output output{[&] { status = call(); }};
   const std::string mixer_error = output.first_line("amixer:");
   if (status != 0 || !mixer_error.empty())
-    error = because("mixer: setting failed", mixer_error);
+    error = device_failure(because("mixer: setting failed", mixer_error));
   return error.empty();
 }
 
