@@ -30,6 +30,7 @@ option(DRAVIK_TESTS "Build the tests" ${host_tests})
 option(DRAVIK_VM_TESTS "Build the tests of virtual machines" ${host_tests})
 option(DRAVIK_BENCH "Build the benchmarks" OFF)
 option(DRAVIK_FUZZ "Build the fuzz targets for libFuzzer; needs clang" OFF)
+option(DRAVIK_DEBUG_INFORMATION "Add debug information to the library, in optimised builds too" OFF)
 option(DRAVIK_WERROR "Treat warnings as errors" ON)
 set(DRAVIK_SANITIZE "" CACHE STRING "Sanitizers to build with: address,undefined or thread")
 

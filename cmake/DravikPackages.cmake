@@ -7,7 +7,7 @@ set(CPACK_PACKAGE_NAME libdravik)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "display, sound and board support for car dash cameras")
 set(CPACK_PACKAGE_CONTACT "libdravik developers <libdravik@localhost>")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_STRIP_FILES ON)
+set(CPACK_STRIP_FILES ON) # of the debug information that scripts/abi reads
 set(CPACK_COMPONENTS_ALL runtime development)
 if(DRAVIK_CTL)
   list(APPEND CPACK_COMPONENTS_ALL tools)
@@ -37,11 +37,11 @@ get_target_property(abi_version dravik SOVERSION)
 set(runtime libdravik${abi_version})
 describe_package(runtime ${runtime} libs "the library.")
 describe_package(development libdravik-dev libdevel
-  "what is needed to build applications: the\nheader, pkg-config and CMake packages, the examples and the manual.")
+  "what is needed to build applications: the\nheader, pkg-config and CMake packages, the examples, the guides and the manual.")
 describe_package(tools libdravik-tools utils
   "dravik-ctl, which queries and controls a board, and\non some machines dravik-art, which packs artwork.")
 describe_package(simulator libdravik-simulator devel
-  "dravik-sim, which runs applications on a simulated\nboard.")
+  "dravik-sim, which runs applications on a simulated\nboard and shows it live in the browser.")
 
 # scripts/package adds what each program links.
 set(same_version "${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE}")
@@ -50,6 +50,8 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "alsa-utils")
 set(CPACK_DEBIAN_SIMULATOR_PACKAGE_RECOMMENDS
   "console-setup-linux, fonts-liberation, fonts-droid-fallback, dosfstools, mtools")
+
+set(CPACK_DEBIAN_SIMULATOR_PACKAGE_SUGGESTS "xdg-utils") # dravik-sim panel --open
 
 file(WRITE ${PROJECT_BINARY_DIR}/debian/shlibs "libdravik ${abi_version} ${runtime} (>= ${PROJECT_VERSION})\n")
 file(WRITE ${PROJECT_BINARY_DIR}/debian/triggers "activate-noawait ldconfig\n")

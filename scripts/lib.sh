@@ -136,7 +136,8 @@ SETTINGS
 }
 
 library_packages="g++ cmake make libjpeg62-turbo-dev libasound2-dev libmad0-dev libfreetype-dev"
-demo_packages="$library_packages libboost-dev libpng-dev zlib1g-dev librsvg2-bin imagemagick console-setup-linux gzip
+simulator_packages="$library_packages libboost-dev libpng-dev zlib1g-dev"
+demo_packages="$simulator_packages librsvg2-bin imagemagick console-setup-linux gzip
   fonts-liberation fonts-droid-fallback sox espeak-ng lame dosfstools mtools"
 cross_packages="$library_packages debian-archive-keyring"
 sysroot_packages="libc6-dev libjpeg62-turbo-dev libasound2-dev libmad0-dev libfreetype-dev libboost-dev libpng-dev

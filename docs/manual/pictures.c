@@ -1,10 +1,13 @@
 /* Pictures for the manual: draws what one call draws, on a screen of 240 by 120 pixels.
  *
- * Run: dravik-sim run board -- ./pictures CALL; without an argument it lists the calls. scripts/docs makes them all. */
+ * Run: dravik-sim run board -- ./pictures CALL; without an argument it lists the calls. scripts/docs makes them all, and
+ * the images in FILES that some of the calls draw. */
 #include <dravik.h>
 
 #include <stdio.h>
 #include <string.h>
+
+#define FILES "/usr/local/dravik/"
 
 enum { WHITE = 0xFFFF, RED = 0xF800, BLUE = 0x001F, GREEN = 0x07E0, YELLOW = 0xFFE0 };
 
@@ -79,6 +82,30 @@ static void smooth_text(void) {
   put_unicode_string(20, 70, text, 24, 0, DRAVIK_ORANGE, DRAVIK_BLACK, DRAVIK_TOP_LEFT);
 }
 
+static void bmp_file(void) {
+  fb_put_bmp_file(120, 60, FILES "bmp/alps.bmp", DRAVIK_BMP_COPY, DRAVIK_CENTRE);
+}
+
+static void bmp_slots(void) {
+  const char *names[] = {"alps_72.bmp", "city_72.bmp", "coast_72.bmp"};
+  bmp_mem_alloc(3, FILES "bmp", names);
+  for (int32_t slot = 0; slot < 3; ++slot)
+    bmp_mem_show(8 + 76 * (uint32_t)slot, 35, slot, DRAVIK_BMP_COPY, DRAVIK_TOP_LEFT);
+}
+
+static void jpeg_file(void) {
+  fb_put_jpeg_file(120, 60, "coast.jpg", DRAVIK_CENTRE);
+}
+
+static void artwork(void) {
+  const char *archives[] = {FILES "art/icons.q7"};
+  q7bmp_alloc(1, archives);
+  for (int32_t icon = 0; icon < 4; ++icon) { /* each in two ramps */
+    fb_q7bmp_show(8 + 60 * icon, 8, 0, icon, DRAVIK_WHITE, DRAVIK_BLACK, DRAVIK_TOP_LEFT);
+    fb_q7bmp_show(8 + 60 * icon, 64, 0, icon, DRAVIK_CYAN, DRAVIK_BLACK, DRAVIK_TOP_LEFT);
+  }
+}
+
 static const struct {
   const char *call;
   void (*draw)(void);
@@ -97,7 +124,20 @@ static const struct {
     {"fb_printf", bitmap_text},
     {"fb_putc", glyph},
     {"put_unicode_string", smooth_text},
+    {"fb_put_bmp_file", bmp_file},
+    {"bmp_mem_show", bmp_slots},
+    {"fb_put_jpeg_file", jpeg_file},
+    {"fb_q7bmp_show", artwork},
 };
+
+/* Whether a pixel differs from the black that the call has drawn on: a missing file draws nothing. */
+static int is_drawn(void) {
+  for (uint32_t y = 0; y < fbinfo[FBINFO_YRES]; ++y)
+    for (uint32_t x = 0; x < fbinfo[FBINFO_XRES]; ++x)
+      if (((const uint16_t *)(fbp + y * fbinfo[FBINFO_LINE_LENGTH]))[x] != 0)
+        return 1;
+  return 0;
+}
 
 int main(int argc, char **argv) {
   for (size_t i = 0; i < sizeof pictures / sizeof *pictures; ++i) {
@@ -108,7 +148,10 @@ int main(int argc, char **argv) {
     fb_init();
     fb_clear_screen(DRAVIK_BLACK);
     pictures[i].draw();
-    return fb_exit();
+    const int result = is_drawn() ? 0 : 1;
+    if (result != 0)
+      fprintf(stderr, "pictures: error: %s() has drawn nothing\n", argv[1]);
+    return fb_exit() == 0 ? result : 1;
   }
   return argc == 1 ? 0 : 2;
 }
