@@ -66,6 +66,20 @@ inline std::string first_program() {
   return readme.substr(start, readme.find("\n```\n", start) + 1 - start);
 }
 
+/// Write a project of CMake that builds the program as "first". Return the command that configures it for an
+/// installation below `prefix`, in the directory "build" of the project.
+inline std::string project_of_first_program(const std::string &directory, const std::string &version,
+                                            const std::string &prefix) {
+  files::create_directories(directory);
+  files::remove_all(directory + "/build");
+  std::ofstream{directory + "/first.c"} << first_program();
+  std::ofstream{directory + "/CMakeLists.txt"}
+      << "cmake_minimum_required(VERSION 3.25)\nproject(first LANGUAGES C)\n"
+      << "find_package(dravik " << version << " CONFIG REQUIRED)\n"
+      << "add_executable(first first.c)\ntarget_link_libraries(first PRIVATE dravik::dravik)\n";
+  return CMAKE " -S " + directory + " -B " + directory + "/build -DCMAKE_PREFIX_PATH=" + prefix;
+}
+
 /// The value of a pixel of a simulated board's screen, 640 pixels wide.
 inline unsigned pixel(const std::string &memory, size_t x, size_t y) {
   const size_t at = (y * 640 + x) * 2;

@@ -5,6 +5,9 @@
 
 #include <algorithm>
 #include <gmock/gmock.h>
+#include <iterator>
+#include <regex>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,6 +16,7 @@ namespace {
 using dravik::test::expect_first_program_runs;
 using dravik::test::expect_success;
 using dravik::test::first_program;
+using dravik::test::project_of_first_program;
 using dravik::test::scratch_directory;
 using dravik::test::shell;
 using dravik::test::text_of;
@@ -61,16 +65,18 @@ protected:
                           "pkg-config " +
                           arguments);
   }
-  /// A project of CMake that finds the package.
   static std::string configure(const std::string &version) {
-    files::create_directories(at("project"));
-    files::copy_file(at("first.c"), at("project/first.c"), files::copy_options::overwrite_existing);
-    std::ofstream{at("project/CMakeLists.txt")}
-        << "cmake_minimum_required(VERSION 3.25)\nproject(first LANGUAGES C)\n"
-        << "find_package(dravik " << version << " CONFIG REQUIRED)\n"
-        << "add_executable(first first.c)\ntarget_link_libraries(first PRIVATE dravik::dravik)\n";
-    files::remove_all(at("project/build"));
-    return CMAKE " -S " + at("project") + " -B " + at("project/build") + " -DCMAKE_PREFIX_PATH=" + prefix();
+    return project_of_first_program(at("project"), version, prefix());
+  }
+
+  /// The first word of each line between "Commands:" and an empty line of the help.
+  static std::vector<std::string> commands_of(const std::string &tool) {
+    const std::string help = expect_success(prefix() + "/bin/" + tool + " --help");
+    std::istringstream lines{help.substr(help.find("\nCommands:\n") + 11)};
+    std::vector<std::string> names;
+    for (std::string line; std::getline(lines, line) && !line.empty();)
+      names.push_back(line.substr(2, line.find(' ', 2) - 2));
+    return names;
   }
 
   static scratch_directory *scratch;
@@ -78,15 +84,29 @@ protected:
 scratch_directory *Installation::scratch = nullptr;
 
 TEST_F(Installation, HasAllThatUsersNeed) {
-  EXPECT_THAT(files_below(prefix()),
-              IsSupersetOf({library_path, LIBRARY_DIRECTORY "/libdravik.so", "include/dravik.h",
-                            LIBRARY_DIRECTORY "/pkgconfig/dravik.pc",
-                            LIBRARY_DIRECTORY "/cmake/dravik/dravik-config.cmake", "bin/dravik-ctl",
-                            "bin/dravik-art", "bin/dravik-sim", "share/man/man1/dravik-ctl.1",
-                            "share/man/man1/dravik-art.1", "share/man/man1/dravik-sim.1",
-                            "share/bash-completion/completions/dravik-ctl", "share/doc/dravik/LICENSE",
-                            "share/doc/dravik/NEWS.md", "share/doc/dravik/examples/shapes.c"}));
+  EXPECT_THAT(
+      files_below(prefix()),
+      IsSupersetOf({library_path, LIBRARY_DIRECTORY "/libdravik.so", "include/dravik.h",
+                    LIBRARY_DIRECTORY "/pkgconfig/dravik.pc",
+                    LIBRARY_DIRECTORY "/cmake/dravik/dravik-config.cmake", "bin/dravik-ctl", "bin/dravik-art",
+                    "bin/dravik-sim", "share/man/man1/dravik-ctl.1", "share/man/man1/dravik-art.1",
+                    "share/man/man1/dravik-sim.1", "share/bash-completion/completions/dravik-ctl",
+                    "share/doc/dravik/LICENSE", "share/doc/dravik/NEWS.md",
+                    "share/doc/dravik/examples/shapes.c", "share/doc/dravik/docs/live-board.md"}));
   EXPECT_EQ(files::read_symlink(libraries() + "/libdravik.so"), "libdravik.so.0.1.0");
+}
+
+/// The guides refer to each other, to their images, to the examples and to the news.
+TEST_F(Installation, HasWhatItsGuidesReferTo) {
+  const std::string directory = prefix() + "/share/doc/dravik/docs";
+  const std::regex link{R"(\]\(([^)#:]+)[^):]*\))"};
+  size_t count = 0;
+  for (const auto &entry : files::directory_iterator{directory}) {
+    const std::string text = entry.is_regular_file() ? text_of(entry.path()) : "";
+    for (std::sregex_iterator at{text.begin(), text.end(), link}; at != std::sregex_iterator{}; ++at, ++count)
+      EXPECT_TRUE(files::exists(directory + "/" + (*at)[1].str())) << entry.path() << ": " << (*at)[1];
+  }
+  EXPECT_GT(count, 10U);
 }
 
 TEST_F(Installation, NamesNoPlaceOfTheBuild) {
@@ -139,10 +159,7 @@ TEST_F(Installation, DescribesEveryCommandInManPages) {
   for (const std::string tool : {"dravik-ctl", "dravik-art", "dravik-sim"}) {
     const std::string page = text_of(prefix() + "/share/man/man1/" + tool + ".1");
     EXPECT_THAT(page, StartsWith(".TH")) << tool;
-    std::string commands = expect_success(prefix() + "/bin/" + tool +
-                                          " --help | sed -n '/^Commands:$/,/^$/s/^  \\([a-z]*\\) .*/\\1/p'");
-    std::istringstream names{commands};
-    for (std::string name; names >> name;)
+    for (const std::string &name : commands_of(tool))
       EXPECT_THAT(page, HasSubstr("\n.SS " + name + "\n")) << tool;
     EXPECT_EQ(shell("command -v man >/dev/null || exit 0; man --warnings -l -Tutf8 -Z " + prefix() +
                     "/share/man/man1/" + tool + ".1 >/dev/null")
@@ -151,22 +168,38 @@ TEST_F(Installation, DescribesEveryCommandInManPages) {
   }
 }
 
-/// What bash offers for a word; the words before it are complete.
-std::string completions(const std::string &tools, const std::string &file, const std::string &words,
-                        int word) {
-  return expect_success("PATH=" + tools + ":$PATH bash -c '. " + file + "; COMP_WORDS=(" + words +
-                        "); COMP_CWORD=" + std::to_string(word) +
-                        "; _dravik_tool dravik-ctl \"${COMP_WORDS[" + std::to_string(word) +
-                        "]}\"; echo \"${COMPREPLY[*]}\"'");
+/// What bash offers for the last of the words on a command line, by the completion that the tool has installed.
+std::vector<std::string> completions(const std::string &prefix, const std::vector<std::string> &words) {
+  std::string quoted;
+  for (const std::string &word : words)
+    quoted += "\"" + word + "\" ";
+  const std::string file = prefix + "/share/bash-completion/completions/" + words[0];
+  const std::string offered =
+      expect_success("PATH=" + prefix + "/bin:$PATH bash -c '. " + file + "; COMP_WORDS=(" + quoted +
+                     "); COMP_CWORD=" + std::to_string(words.size() - 1) + "; $(complete -p " + words[0] +
+                     " | sed \"s/.*-F \\([a-z_]*\\) .*/\\1/\") " + words[0] + " \"" + words.back() +
+                     "\"; printf \"%s\\n\" \"${COMPREPLY[@]}\"'");
+  std::istringstream lines{offered};
+  return {std::istream_iterator<std::string>{lines}, {}};
 }
 
-TEST_F(Installation, CompletesCommandsAndOptions) {
-  const std::string file = prefix() + "/share/bash-completion/completions/dravik-ctl",
-                    tools = prefix() + "/bin";
-  EXPECT_EQ(completions(tools, file, "dravik-ctl ba", 1), "backlight\n");
-  EXPECT_EQ(completions(tools, file, "dravik-ctl --v", 1), "--version\n");
-  EXPECT_EQ(completions(tools, file, "dravik-ctl accel --w", 2), "--watch\n");
-  EXPECT_EQ(completions(tools, file, "dravik-ctl show logo", 2), "\n");
+TEST_F(Installation, CompletesEveryCommand) {
+  for (const std::string tool : {"dravik-ctl", "dravik-art", "dravik-sim"}) {
+    std::vector<std::string> expected = commands_of(tool);
+    EXPECT_GT(expected.size(), 4U);
+    expected.insert(expected.end(), {"--help", "--version"});
+    EXPECT_EQ(completions(prefix(), {tool, ""}), expected);
+  }
+  EXPECT_THAT(commands_of("dravik-sim"), IsSupersetOf({"panel", "press"}));
+}
+
+TEST_F(Installation, CompletesOptions) {
+  using words = std::vector<std::string>;
+  EXPECT_EQ(completions(prefix(), {"dravik-ctl", "ba"}), words{"backlight"});
+  EXPECT_EQ(completions(prefix(), {"dravik-ctl", "--v"}), words{"--version"});
+  EXPECT_EQ(completions(prefix(), {"dravik-ctl", "accel", "--w"}), words{"--watch"});
+  EXPECT_EQ(completions(prefix(), {"dravik-sim", "panel", "--o"}), words{"--open"});
+  EXPECT_EQ(completions(prefix(), {"dravik-ctl", "show", "logo"}), words{});
 }
 
 TEST(Install, PutsEachComponentByItself) {

@@ -13,6 +13,7 @@ namespace {
 using dravik::test::expect_first_program_runs;
 using dravik::test::expect_success;
 using dravik::test::first_program;
+using dravik::test::project_of_first_program;
 using dravik::test::scratch_directory;
 using testing::AllOf;
 using testing::HasSubstr;
@@ -53,22 +54,53 @@ TEST(Packages, BuildAndRunTheFirstProgram) {
   std::ofstream{scratch.at("first.c")} << first_program();
   expect_success("cc " + scratch.at("first.c") + " " + flags(libraries) + " -o " + scratch.at("first"));
   expect_first_program_runs(usr + "/bin/dravik-sim", scratch.at("first"), libraries);
+  expect_success(project_of_first_program(scratch.at("project"), "0.1", usr) + " && " CMAKE " --build " +
+                 scratch.at("project/build"));
+  expect_first_program_runs(usr + "/bin/dravik-sim", scratch.at("project/build/first"), libraries);
   EXPECT_EQ(expect_success("LD_LIBRARY_PATH=" + libraries + " " + usr + "/bin/dravik-ctl --version"),
             "dravik-ctl 0.1.0\n");
 }
 
-TEST(Packages, BuildTheFirstProgramForArm) {
+struct arm {
+  const char *architecture, *triplet, *float_abi; ///< the last as readelf prints it
+};
+
+class PackagesForArm : public testing::TestWithParam<arm> {};
+
+TEST_P(PackagesForArm, BuildTheFirstProgram) {
+  const std::string architecture = GetParam().architecture, triplet = GetParam().triplet;
   const scratch_directory scratch;
-  ASSERT_NE(package("libdravik-dev", "armhf"), "");
-  EXPECT_EQ(package("libdravik-simulator", "armhf"), "");
-  const std::string libraries = scratch.at("tree/usr/lib/arm-linux-gnueabihf"), first = scratch.at("first");
-  unpack("armhf", scratch.at("tree"));
+  ASSERT_NE(package("libdravik-dev", architecture), "");
+  EXPECT_EQ(package("libdravik-simulator", architecture), "");
+  const std::string libraries = scratch.at("tree/usr/lib/" + triplet), first = scratch.at("first");
+  unpack(architecture, scratch.at("tree"));
   std::ofstream{first + ".c"} << first_program();
-  expect_success("arm-linux-gnueabihf-gcc --sysroot=" SOURCE "/build/sysroot-armhf " + first + ".c " +
+  expect_success(triplet + "-gcc --sysroot=" SOURCE "/build/sysroot-" + architecture + " " + first + ".c " +
                  flags(libraries) + " -o " + first);
   EXPECT_THAT(expect_success("readelf -h -d " + first),
-              AllOf(HasSubstr("ARM"), HasSubstr("[libdravik.so.0.1.0]")));
-  EXPECT_THAT(expect_success("readelf -h " + scratch.at("tree/usr/bin/dravik-ctl")), HasSubstr("ARM"));
+              AllOf(HasSubstr(GetParam().float_abi), HasSubstr("[libdravik.so.0.1.0]")));
+  for (const std::string &file :
+       {std::string{"usr/bin/dravik-ctl"}, "usr/lib/" + triplet + "/libdravik.so.0.1.0"})
+    EXPECT_THAT(expect_success("readelf -h " + scratch.at("tree/" + file)), HasSubstr(GetParam().float_abi));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, PackagesForArm,
+                         testing::Values(arm{"armhf", "arm-linux-gnueabihf", "hard-float ABI"},
+                                         arm{"armel", "arm-linux-gnueabi", "soft-float ABI"}),
+                         [](const auto &one) { return std::string{one.param.architecture}; });
+
+/// The page of the live board is in its program, and the man page and the completion come from its help.
+TEST(Packages, ContainTheLiveBoard) {
+  const scratch_directory scratch;
+  unpack("amd64", scratch.at("tree"));
+  const std::string usr = scratch.at("tree/usr");
+  const std::string page = expect_success("zcat " + usr + "/share/man/man1/dravik-sim.1.gz");
+  EXPECT_THAT(page, AllOf(HasSubstr("\n.SS panel\n"), HasSubstr("\n.SS press\n")));
+  EXPECT_THAT(expect_success(usr + "/bin/dravik-sim panel --help"), HasSubstr("--open"));
+  EXPECT_THAT(expect_success("readelf -d " + usr + "/bin/dravik-sim"), Not(HasSubstr("libboost")));
+  EXPECT_THAT(expect_success("dpkg-deb -f " + package("libdravik-simulator", "amd64") + " Suggests"),
+              HasSubstr("xdg-utils"));
+  EXPECT_TRUE(files::exists(usr + "/share/doc/libdravik-dev/docs/live-board.md"));
 }
 
 // The second list is that of Debian's own tool, which knows the libraries of this machine.
@@ -98,10 +130,8 @@ TEST(Packages, AreUpgradedAndRemovedWithoutATrace) {
   const std::string tree = scratch.at("tree");
   std::string packages, upgrades, all;
   for (const std::string &name : names) {
-    const std::string unpacked = scratch.at(name), upgrade = scratch.at(name + ".deb");
-    expect_success("dpkg-deb -R " + package(name, "amd64") + " " + unpacked +
-                   " && sed -i 's/0\\.1\\.0-1/0.1.0-2/' " + unpacked +
-                   "/DEBIAN/control && dpkg-deb --root-owner-group -b " + unpacked + " " + upgrade);
+    const std::string upgrade = scratch.at(name + ".deb");
+    expect_success(SOURCE "/tests/installed/next_release.sh " + package(name, "amd64") + " " + upgrade);
     packages += " " + package(name, "amd64");
     upgrades += " " + upgrade;
     all += " " + name;
@@ -117,6 +147,7 @@ TEST(Packages, AreUpgradedAndRemovedWithoutATrace) {
   dpkg(tree, "-P" + all);
   EXPECT_THAT(expect_success("find " + tree + " -path " + tree + "/var -prune -o ! -type d -print"),
               IsEmpty());
+  EXPECT_THAT(expect_success("find " + tree + " -name '*dravik*'"), IsEmpty());
   EXPECT_FALSE(files::exists(tree + "/usr"));
 }
 
