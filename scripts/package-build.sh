@@ -6,7 +6,7 @@ package_architectures='amd64 armhf armel'
 # is_for_arm ARCHITECTURE
 is_for_arm() { [ "$1" = armhf ] || [ "$1" = armel ]; }
 
-# build_for_package ARCHITECTURE TARGET...
+# build_for_package ARCHITECTURE TARGET...: for ARM after fetch_sysroots.
 build_for_package() {
   build=$root/build/package-$1
   architecture=$1
@@ -26,11 +26,20 @@ configure_for_package() {
   esac
 }
 
+# fetch_sysroots ARCHITECTURE...: starts to download what is missing to build for ARM, while the first build runs.
+fetch_sysroots() {
+  for architecture in "$@"; do
+    if is_for_arm "$architecture"; then "$root/scripts/arm-sysroot" "$architecture" || exit; fi
+  done >"$root/build/sysroots.log" 2>&1 &
+  fetching=$!
+}
+
 # configure_for_arm TRIPLET ARGUMENT...
 configure_for_arm() {
   triplet=$1
   shift
-  "$root/scripts/arm-sysroot" "$architecture" &&
-    cmake "$@" -DCMAKE_TOOLCHAIN_FILE="$root/cmake/cross.cmake" -DDRAVIK_TRIPLET="$triplet" \
-      -DDRAVIK_SYSROOT="$root/build/sysroot-$architecture" -DCMAKE_INSTALL_LIBDIR="lib/$triplet"
+  [ -z "$fetching" ] || wait "$fetching" || { tail -n 20 "$root/build/sysroots.log" && return 1; }
+  fetching=
+  cmake "$@" -DCMAKE_TOOLCHAIN_FILE="$root/cmake/cross.cmake" -DDRAVIK_TRIPLET="$triplet" \
+    -DDRAVIK_SYSROOT="$root/build/sysroot-$architecture" -DCMAKE_INSTALL_LIBDIR="lib/$triplet"
 }
