@@ -153,6 +153,24 @@ TEST(Places, EveryDrawingCallHasAPicture) {
         << each.name << "() has no picture in docs/manual/pictures.c";
 }
 
+/// The programs are examples, which are compiled and run by tests.
+TEST(Places, EveryGroupHasAPageWithAProgram) {
+  const std::string pages = text_of(source / "docs/manual/groups.dox");
+  const std::string header = text_of(source / "include/dravik.h");
+  const std::regex group{R"(@defgroup (\w+))"}, program{R"(@include (\S+))"};
+  for (std::sregex_iterator at{header.begin(), header.end(), group}; at != std::sregex_iterator{}; ++at) {
+    const std::string name = (*at)[1];
+    const size_t start = pages.find("@addtogroup " + name + "\n");
+    const std::string page =
+        start == std::string::npos ? "" : pages.substr(start, pages.find("*/", start) - start);
+    for (const std::string part : {"Program", "Threads", "Failures"})
+      EXPECT_NE(page.find("@par " + part + "\n"), std::string::npos)
+          << name << " has no paragraph '" << part << "'";
+    for (std::sregex_iterator each{page.begin(), page.end(), program}; each != std::sregex_iterator{}; ++each)
+      EXPECT_TRUE(fs::exists(source / "examples" / (*each)[1].str())) << name << ": " << (*each)[1];
+  }
+}
+
 /// Whether a build file names a source of tests, completely or without "_test.cpp".
 bool builds_test(const std::string &build_file, const std::string &stem) {
   return names(build_file, stem) || names(build_file, stem.substr(0, stem.rfind("_test")));
