@@ -53,6 +53,9 @@ extern const machine plain;
 extern const machine x86_64_v2; ///< with SSSE3 and SSE4.2
 extern const machine x86_64_v4; ///< with AVX-512 and its masked stores
 #endif
+#ifdef DRAVIK_ARM_KERNELS
+extern const machine neon; ///< with NEON, 32-bit and 64-bit
+#endif
 
 /// Return the CRC-32 register after more bytes, inverted neither before nor after.
 using crc32_loop = uint32_t (*)(uint32_t value, const uint8_t *bytes, size_t size) noexcept;
@@ -60,6 +63,10 @@ uint32_t crc32_by_tables(uint32_t value, const uint8_t *bytes, size_t size) noex
 #ifdef DRAVIK_X86_KERNELS
 uint32_t crc32_by_16(uint32_t value, const uint8_t *bytes, size_t size) noexcept; ///< with PCLMULQDQ
 uint32_t crc32_by_64(uint32_t value, const uint8_t *bytes, size_t size) noexcept; ///< with VPCLMULQDQ too
+#endif
+#ifdef DRAVIK_ARM_KERNELS
+/// With the CRC instructions of ARMv8.
+uint32_t crc32_by_instructions(uint32_t value, const uint8_t *bytes, size_t size) noexcept;
 #endif
 
 /// The loops of this machine; the plain ones until the library's constructor has run.

@@ -2,6 +2,11 @@
 
 #include "kernels/kernels.hpp"
 
+#ifdef DRAVIK_ARM_KERNELS
+#include <asm/hwcap.h>
+#include <sys/auxv.h>
+#endif
+
 namespace dravik::kernels {
 
 constinit const machine *active = &plain;
@@ -32,6 +37,35 @@ bool is_v4() noexcept {
     crc32 = crc32_by_16;
   if (is_v4() && __builtin_cpu_supports("pclmul") && __builtin_cpu_supports("vpclmulqdq"))
     crc32 = crc32_by_64;
+}
+
+} // namespace
+#endif
+
+#ifdef DRAVIK_ARM_KERNELS
+namespace {
+
+#ifdef __aarch64__
+bool has_neon() noexcept {
+  return (::getauxval(AT_HWCAP) & HWCAP_ASIMD) != 0;
+}
+bool has_crc32() noexcept {
+  return (::getauxval(AT_HWCAP) & HWCAP_CRC32) != 0;
+}
+#else
+bool has_neon() noexcept {
+  return (::getauxval(AT_HWCAP) & HWCAP_NEON) != 0;
+}
+bool has_crc32() noexcept {
+  return (::getauxval(AT_HWCAP2) & HWCAP2_CRC32) != 0;
+}
+#endif
+
+[[gnu::constructor]] void select() noexcept {
+  if (has_neon())
+    active = &neon;
+  if (has_crc32())
+    crc32 = crc32_by_instructions;
 }
 
 } // namespace

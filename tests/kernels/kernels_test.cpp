@@ -7,10 +7,13 @@
 
 #include <algorithm>
 #include <array>
+#include <csignal>
 #include <cstring>
 #include <functional>
 #include <gtest/gtest.h>
 #include <optional>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 namespace dravik::test {
@@ -23,6 +26,38 @@ constexpr size_t widest = 130;
 constexpr size_t rows = 3;
 constexpr size_t guard = 40; ///< pixels before and after each row
 
+#ifdef DRAVIK_ARM_KERNELS
+/// Whether the processor has the instructions of a job: a process of its own survives them.
+bool has_instructions_of(const std::function<void()> &job) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    job();
+    ::_exit(0);
+  }
+  int status = 0;
+  EXPECT_EQ(::waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFEXITED(status) || WTERMSIG(status) == SIGILL) << status;
+  return WIFEXITED(status);
+}
+
+bool has_neon() {
+  static const bool has = has_instructions_of([] {
+    uint16_t to[8] = {};
+    const uint8_t from[32] = {};
+    kernels::neon.bgr32({to, 16, from, 32, 8, 1});
+  });
+  return has;
+}
+
+bool has_crc32() {
+  static const bool has = has_instructions_of([] {
+    const uint8_t bytes[16] = {};
+    kernels::crc32_by_instructions(0, bytes, sizeof bytes);
+  });
+  return has;
+}
+#endif
+
 bool runs_here(const machine &which) {
 #ifdef DRAVIK_X86_KERNELS
   __builtin_cpu_init();
@@ -31,13 +66,21 @@ bool runs_here(const machine &which) {
   if (&which == &kernels::x86_64_v4)
     return __builtin_cpu_supports("x86-64-v4");
 #endif
+#ifdef DRAVIK_ARM_KERNELS
+  if (&which == &kernels::neon)
+    return has_neon();
+#endif
   return &which == &kernels::plain;
 }
 
 std::vector<const machine *> all_machines() {
   return {&kernels::plain,
 #ifdef DRAVIK_X86_KERNELS
-          &kernels::x86_64_v2, &kernels::x86_64_v4
+          &kernels::x86_64_v2,
+          &kernels::x86_64_v4
+#endif
+#ifdef DRAVIK_ARM_KERNELS
+              & kernels::neon
 #endif
   };
 }
@@ -256,6 +299,9 @@ std::vector<checksum> all_checksums() {
   return {{"tables", kernels::crc32_by_tables, true},
           {"by_16", kernels::crc32_by_16, multiplies},
           {"by_64", kernels::crc32_by_64, multiplies_64}};
+#elif defined DRAVIK_ARM_KERNELS
+  return {{"tables", kernels::crc32_by_tables, true},
+          {"instructions", kernels::crc32_by_instructions, has_crc32()}};
 #else
   return {{"tables", kernels::crc32_by_tables, true}};
 #endif
