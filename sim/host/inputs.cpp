@@ -25,13 +25,15 @@ using card_move = bool (*)(const std::string &board, std::string &error);
 /// The board's files as the changes leave them, until all changes are understood.
 class changed_files {
 public:
-  explicit changed_files(std::string board) : board_(std::move(board)) {}
+  /// Without a board all files are empty, and nothing is saved.
+  explicit changed_files(std::string board = {}) : board_(std::move(board)) {}
 
   /// A file that is not there yet is empty.
   std::string &operator[](const std::string &inside) {
     const auto [found, is_new] = texts_.try_emplace(inside);
     std::string error;
-    if (is_new && !read_text_in_board(board_, inside, found->second, error) && errno != ENOENT)
+    if (is_new && !board_.empty() && !read_text_in_board(board_, inside, found->second, error) &&
+        errno != ENOENT)
       unreadable_ = error;
     return found->second;
   }
@@ -188,6 +190,11 @@ int32_t temperature_of_adc_code(uint32_t code) noexcept {
   return board::temperature_of_code(code);
 }
 
+std::string why_invalid_input(std::string_view change) {
+  changed_files none;
+  return take_change(change, none);
+}
+
 inputs_result set_inputs(const std::string &board, std::span<const std::string> changes, std::string &error) {
   changed_files files{board};
   for (const std::string &change : changes) {
@@ -196,6 +203,11 @@ inputs_result set_inputs(const std::string &board, std::span<const std::string> 
       return inputs_result::invalid;
   }
   return files.save(error) ? inputs_result::done : inputs_result::failed;
+}
+
+bool set_gpio_line(const std::string &board, uint32_t line, bool is_high, std::string &error) {
+  const std::string change = "gpio." + std::to_string(line) + (is_high ? "=1" : "=0");
+  return set_inputs(board, {&change, 1}, error) == inputs_result::done;
 }
 
 } // namespace dravik::sim

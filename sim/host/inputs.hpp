@@ -50,10 +50,16 @@ static_assert(std::ranges::all_of(inputs,
 /// Return the temperature of a code as the library reads it, in thousandths of a degree Celsius.
 int32_t temperature_of_adc_code(uint32_t code) noexcept;
 
+/// Return why set_inputs() would reject a text; empty if it would not. Depends on no board.
+[[nodiscard]] std::string why_invalid_input(std::string_view change);
+
 enum class inputs_result : uint8_t { done, failed, invalid };
 
 /// Set inputs by texts such as "gpio.68=1". If one is invalid, nothing is changed. Set `error` unless done.
 [[nodiscard]] inputs_result set_inputs(const std::string &board, std::span<const std::string> changes,
                                        std::string &error);
+
+/// Set one GPIO line. Return false and set `error` on failure.
+[[nodiscard]] bool set_gpio_line(const std::string &board, uint32_t line, bool is_high, std::string &error);
 
 } // namespace dravik::sim

@@ -1,11 +1,9 @@
 // "press": keys of a board, one after the other.
 
 #include "board/settings_text.hpp"
-#include "host/inputs.hpp"
 #include "host/keys.hpp"
 #include "launcher/commands.hpp"
 
-#include <algorithm>
 #include <chrono>
 #include <thread>
 #include <vector>
@@ -38,16 +36,8 @@ Exit status: 0 on success; 1 on failure; 2 on a usage error
 constexpr option_rule press_options[] = {{"--hold", true}};
 constexpr uint32_t longest_hold_ms = 60000;
 
-bool find_line(std::string_view name, uint32_t &line) {
-  const auto *known = std::ranges::find(keys, name, &board_key::name);
-  if (known != keys.end())
-    line = known->line;
-  return known != keys.end() || (read_number(name, line) && line < gpio_lines);
-}
-
 outcome set_line(const std::string &board, uint32_t line, bool is_high, std::string &error) {
-  const std::string change = "gpio." + std::to_string(line) + (is_high ? "=1" : "=0");
-  return set_inputs(board, {&change, 1}, error) == inputs_result::done ? outcome::done : outcome::failed;
+  return set_gpio_line(board, line, is_high, error) ? outcome::done : outcome::failed;
 }
 
 outcome press_line(const std::string &board, uint32_t line, std::chrono::milliseconds hold,
@@ -76,7 +66,7 @@ outcome press(const std::string &board, const command_line &given, std::string &
     return misused(error, "invalid --hold '" + hold + "'; must be 1 to 60000");
   std::vector<uint32_t> lines;
   for (const std::string &name : std::span{given.operands()}.subspan(1))
-    if (!find_line(name, lines.emplace_back()))
+    if (!find_key_line(name, lines.emplace_back()))
       return misused(error, "invalid key '" + name + "'; must be next, ok or 0 to 255");
   return press_lines(board, lines, std::chrono::milliseconds{hold_ms}, error);
 }

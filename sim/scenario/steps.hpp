@@ -1,0 +1,113 @@
+// The steps of a scenario, as docs/scenarios.md describes them.
+#pragma once
+
+#include "host/faults.hpp"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace dravik::sim::scenario {
+
+using std::chrono::milliseconds;
+
+/// A text that the board and its application write.
+enum class text_source : uint8_t { console, log, event };
+inline constexpr std::string_view text_source_names[] = {"console", "log", "event"};
+
+struct rectangle {
+  uint32_t x = 0, y = 0, width = 0, height = 0;
+};
+
+/// A PNG file, with which the screen or a part of it is compared.
+struct expected_picture {
+  std::string file;              ///< relative to the directory of the scenario
+  std::optional<rectangle> part; ///< none: all of the screen
+  uint32_t tolerance = 0;        ///< greatest difference per colour channel, 0 to 255
+};
+
+struct set_timeout {
+  milliseconds time;
+};
+struct wait_time {
+  milliseconds time;
+};
+struct wait_text {
+  text_source source;
+  std::string text;
+};
+struct wait_change {
+  std::optional<rectangle> part;
+};
+struct wait_still {
+  milliseconds time;
+  std::optional<rectangle> part;
+};
+struct wait_picture {
+  expected_picture picture;
+};
+struct wait_sound {};
+struct wait_silence {
+  milliseconds time;
+};
+
+struct set_input {
+  std::string change; ///< as `dravik-sim set` accepts it
+};
+struct press_key {
+  uint32_t line;
+  milliseconds time;
+};
+struct hold_key {
+  uint32_t line;
+  bool is_down;
+};
+struct inject_fault {
+  fault injected;
+};
+struct remove_faults {
+  std::optional<fault> only; ///< none: all
+};
+struct type_text {
+  std::string text;
+};
+
+enum class presence : uint8_t { some, none, never };
+struct expect_text {
+  text_source source;
+  std::string text;
+  presence wanted;
+};
+struct expect_level {
+  bool is_above; ///< or below
+  double decibels;
+};
+struct expect_no_sound {};
+struct expect_picture {
+  expected_picture picture;
+};
+
+struct take_shot {
+  std::string file;
+};
+struct stop_application {};
+struct end_of_application {
+  uint32_t status;
+};
+
+using action = std::variant<set_timeout, wait_time, wait_text, wait_change, wait_still, wait_picture,
+                            wait_sound, wait_silence, set_input, press_key, hold_key, inject_fault,
+                            remove_faults, type_text, expect_text, expect_level, expect_no_sound,
+                            expect_picture, take_shot, stop_application, end_of_application>;
+
+struct step {
+  size_t line = 0;  ///< from 1
+  std::string text; ///< as it is in the file, without blanks around it
+  action does;
+};
+
+} // namespace dravik::sim::scenario
