@@ -3,8 +3,10 @@
 #include "host/faults.hpp"
 #include "board/board_table.hpp"
 #include "board/settings_text.hpp"
+#include "host/board_directory.hpp"
 
 #include <algorithm>
+#include <cerrno>
 
 namespace dravik::sim {
 namespace {
@@ -99,6 +101,39 @@ std::string without_fault(std::string_view text, const fault &ordered) {
 std::string with_fault(std::string_view text, const fault &ordered) {
   return without_fault(text, ordered) + ordered.request + " " + ordered.target +
          (ordered.error.empty() ? "" : " " + ordered.error) + "\n";
+}
+
+namespace {
+
+/// Replace the file by what `change` makes of its text.
+template <class Change> bool change_faults(const std::string &board, Change change, std::string &error) {
+  std::string text;
+  if (!read_text_in_board(board, "faults", text, error) && errno != ENOENT)
+    return false;
+  error.clear();
+  return replace_in_board(board, "faults", change(text), error);
+}
+
+} // namespace
+
+bool inject_fault(const std::string &board, const fault &ordered, std::string &error) {
+  return change_faults(
+      board, [&](std::string_view text) { return with_fault(text, ordered); }, error);
+}
+
+bool remove_fault(const std::string &board, const fault &ordered, std::string &error) {
+  return change_faults(
+      board, [&](std::string_view text) { return without_fault(text, ordered); }, error);
+}
+
+bool remove_all_faults(const std::string &board, std::string &error) {
+  const auto without_any = [](const std::string &text) {
+    std::string kept = text;
+    for (const fault &each : read_faults(text))
+      kept = without_fault(kept, each);
+    return kept;
+  };
+  return change_faults(board, without_any, error);
 }
 
 } // namespace dravik::sim

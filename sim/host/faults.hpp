@@ -22,4 +22,9 @@ std::vector<fault> read_faults(std::string_view text);
 std::string without_fault(std::string_view text, const fault &ordered);
 std::string with_fault(std::string_view text, const fault &ordered);
 
+// Change the faults of a board. Return false and set `error` on failure.
+[[nodiscard]] bool inject_fault(const std::string &board, const fault &ordered, std::string &error);
+[[nodiscard]] bool remove_fault(const std::string &board, const fault &ordered, std::string &error);
+[[nodiscard]] bool remove_all_faults(const std::string &board, std::string &error);
+
 } // namespace dravik::sim

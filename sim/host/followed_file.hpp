@@ -16,6 +16,9 @@ public:
   /// The next bytes, at most as many; empty if there are none yet.
   std::string next(size_t most_bytes);
 
+  /// The end of what was read.
+  uint64_t position() const noexcept { return position_; }
+
   /// How often the file began again.
   uint32_t restarts() const noexcept { return restarts_; }
 

@@ -1,6 +1,7 @@
 // "panel": a board as a page in the browser.
 
 #include "launcher/commands.hpp"
+#include "launcher/run_arguments.hpp"
 #include "panel/request_rules.hpp"
 #include "panel/serve_panel.hpp"
 
@@ -37,24 +38,7 @@ Examples:
 Exit status: 0 on success; 1 on failure; 2 on a usage error
 )";
 
-constexpr option_rule panel_options[] = {{"--listen", true},
-                                         {"--open", false},
-                                         {"--writable", true, true},
-                                         {"--local-sockets", false},
-                                         {"--trust", false}};
-
-std::vector<std::string> run_arguments(const command_line &given) {
-  const auto &operands = given.operands();
-  std::vector<std::string> arguments = {"dravik-sim", "run", operands[0]};
-  for (const std::string &directory : given.values("--writable"))
-    arguments.insert(arguments.end(), {"--writable", directory});
-  for (const char *option : {"--local-sockets", "--trust"})
-    if (given.has(option))
-      arguments.emplace_back(option);
-  arguments.emplace_back("--");
-  arguments.insert(arguments.end(), operands.begin() + 1, operands.end());
-  return arguments;
-}
+constexpr auto panel_options = with_run_options({{"--listen", true}, {"--open", false}});
 
 outcome serve(const std::string &board, const command_line &given, std::string &error) {
   panel_request request;
@@ -63,10 +47,9 @@ outcome serve(const std::string &board, const command_line &given, std::string &
   if (!parse_address(listen, request.ip, request.port))
     return misused(error, "invalid --listen '" + listen + "'; must be an IP address, or IP:PORT");
   request.opens_browser = given.has("--open");
-  if (given.operands().size() > 1) {
-    request.run_arguments = run_arguments(given);
+  request.run_arguments = run_arguments(given, 1);
+  if (given.operands().size() > 1)
     request.application = std::filesystem::path{given.operands()[1]}.filename();
-  }
   return serve_panel(request, error) ? outcome::done : outcome::failed;
 }
 

@@ -2,7 +2,7 @@
 
 #include "host/screen_image.hpp"
 #include "launcher/commands.hpp"
-#include "png/png_file.hpp"
+#include "scenario/screen_picture.hpp"
 
 #include <cstdio>
 
@@ -25,19 +25,6 @@ Examples:
 Exit status: 0 on success; 1 on failure; 2 on a usage error
 )";
 
-constexpr uint8_t opaque = 255;
-
-png::picture picture_of(const screen_image &image) {
-  png::picture picture{image.width, image.height, {}};
-  picture.rgba.reserve(size_t{image.width} * image.height * 4);
-  for (const uint8_t *pixel = image.pixels.data(); pixel != image.pixels.data() + image.pixels.size();
-       pixel += image.bytes_per_pixel) {
-    const colour shown = colour_at(pixel, image.bytes_per_pixel);
-    picture.rgba.insert(picture.rgba.end(), {shown.red, shown.green, shown.blue, opaque});
-  }
-  return picture;
-}
-
 /// A hyphen is standard output.
 outcome write_picture(const std::string &path, const png::picture &picture, std::string &error) {
   const bool is_written =
@@ -49,7 +36,7 @@ outcome shot(const std::string &board, const command_line &given, std::string &e
   screen_image image;
   if (!read_screen_image(board, image, error))
     return outcome::failed;
-  return write_picture(given.operands()[1], picture_of(image), error);
+  return write_picture(given.operands()[1], scenario::picture_of(image), error);
 }
 
 } // namespace

@@ -1,9 +1,8 @@
 // A board that pages show live: it is looked at while there are pages, and each page is offered what changed.
 
 #include "panel/live_board.hpp"
-#include "base/unique_fd.hpp"
 #include "board/settings_text.hpp"
-#include "host/board_directory.hpp"
+#include "host/console_input.hpp"
 #include "host/faults.hpp"
 #include "host/inputs.hpp"
 #include "panel/message.hpp"
@@ -11,9 +10,6 @@
 #include <boost/asio/post.hpp>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fcntl.h>
 #include <memory>
 
 namespace dravik::sim {
@@ -30,23 +26,11 @@ constexpr size_t most_ordered = 200;
 
 constexpr const char *followed[] = {"console", "events", "tmp/dravik.log", "sound/played.wav"};
 
-/// The pipe of the serial port has a reader while an application runs.
-bool type_on_console(const std::string &board, std::string_view text, std::string &error) {
-  const unique_fd port{open_in_board(board, "dev/ttyS0.in", O_WRONLY)};
-  if (port && ::write(port.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size()))
-    return true;
-  error = errno == ENXIO ? "console: no application has the serial port open"
-                         : "console: not typed: " + std::string{std::strerror(errno)};
-  return false;
-}
-
-bool order_fault(const std::string &board, bool is_on, const fault &ordered, std::string &error) {
-  std::string text;
-  if (!read_text_in_board(board, "faults", text, error) && errno != ENOENT)
-    return false;
-  error.clear();
-  return replace_in_board(board, "faults", is_on ? with_fault(text, ordered) : without_fault(text, ordered),
-                          error);
+std::string json_of(const application &shown) {
+  constexpr const char *names[] = {"none", "running", "restarting", "ended"};
+  return R"({"kind":"application","state":")" + std::string{names[static_cast<size_t>(shown.state())]} +
+         R"(","status":)" + std::to_string(shown.status()) + R"(,"name":)" +
+         message::json_string(shown.name()) + "}";
 }
 
 std::vector<std::string> words_of(std::string_view text) {
@@ -96,7 +80,7 @@ void live_board::close_pages() {
 }
 
 void live_board::look_at_application() {
-  application_text_.set(runs_.json());
+  application_text_.set(json_of(runs_));
   look_again_in(0ms);
 }
 
@@ -178,7 +162,7 @@ live_board::change live_board::change_of(std::string_view command, std::string_v
   fault ordered;
   if (command == "fault" && parse_fault(rest, is_on, ordered))
     return [board = board_, is_on, ordered](std::string &error) {
-      return order_fault(board, is_on, ordered, error);
+      return is_on ? inject_fault(board, ordered, error) : remove_fault(board, ordered, error);
     };
   return {};
 }
@@ -188,7 +172,7 @@ void live_board::obey(std::string_view command, const std::weak_ptr<board_page> 
   const std::string_view verb = take_until(rest, ' ');
   std::string error;
   if (verb == "type")
-    type_on_console(board_, rest, error);
+    static_cast<void>(type_on_console(board_, rest, error));
   else if (verb == "start" && runs_.start(error))
     look_at_application();
   else if (change work = change_of(verb, rest))

@@ -1,9 +1,9 @@
 // A board that pages show live: it is looked at while there are pages, and each page is offered what changed.
 #pragma once
 
-#include "panel/application.hpp"
+#include "host/application.hpp"
+#include "host/frame_history.hpp"
 #include "panel/board_state.hpp"
-#include "panel/frame_history.hpp"
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/steady_timer.hpp>

@@ -1,6 +1,7 @@
 // A page of a live board, at the other end of a web socket.
 
 #include "panel/page_connection.hpp"
+#include "panel/frame_message.hpp"
 
 #include <boost/beast/core/buffers_to_string.hpp>
 #include <boost/beast/websocket/rfc6455.hpp>
@@ -133,7 +134,7 @@ bool page_connection::send_frame() {
   if (frame_sent_ == board_.frames().number() || frames_on_the_way_ >= most_frames_on_the_way ||
       now - frame_time_ < shortest_frame_time)
     return false;
-  std::string changes = board_.frames().changes_since(frame_sent_);
+  std::string changes = message::changes_since(board_.frames(), frame_sent_);
   frame_sent_ = board_.frames().number();
   frame_time_ = now;
   ++frames_on_the_way_;

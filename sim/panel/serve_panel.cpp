@@ -2,8 +2,8 @@
 
 #include "panel/serve_panel.hpp"
 #include "common/tool.hpp"
+#include "host/application.hpp"
 #include "panel/access.hpp"
-#include "panel/application.hpp"
 #include "panel/live_board.hpp"
 #include "panel/web_server.hpp"
 

@@ -233,7 +233,7 @@ bool parse_line(std::string_view line, std::vector<step> &steps, problem &error)
     error.text = "too many steps; must be at most " + std::to_string(most_steps);
   if (!error.text.empty() || tokens.empty())
     return error.text.empty();
-  step made{error.line, std::string{trimmed(line)}, {}};
+  step made{error.line, std::string{trimmed(line.substr(0, tokens.back().end))}, {}};
   if (!parse_step(tokens, column_of(line, line.size()), made, error))
     return false;
   steps.push_back(std::move(made));

@@ -106,7 +106,7 @@ using action = std::variant<set_timeout, wait_time, wait_text, wait_change, wait
 
 struct step {
   size_t line = 0;  ///< from 1
-  std::string text; ///< as it is in the file, without blanks around it
+  std::string text; ///< as it is in the file, without comment
   action does;
 };
 

@@ -18,6 +18,7 @@ public:
       token &next = tokens.emplace_back(token{{}, column_of(line_, at_), line_[at_] == '"'});
       if (!(next.is_quoted ? read_quoted(next.text) : read_word(next.text)))
         return false;
+      next.end = at_;
     }
     return error_.text.empty();
   }

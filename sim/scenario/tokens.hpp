@@ -10,8 +10,9 @@ namespace dravik::sim::scenario {
 
 struct token {
   std::string text;
-  size_t column; ///< from 1, in characters of UTF-8
-  bool is_quoted = false;
+  size_t column;  ///< from 1, in characters of UTF-8
+  bool is_quoted; ///< or a word
+  size_t end = 0; ///< byte of the line after it
 };
 
 /// Why a file is not a scenario, and where.

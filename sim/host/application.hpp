@@ -1,4 +1,4 @@
-// The application of a live board: a child process that `dravik-sim run` becomes.
+// An application on a board, while the launcher follows it: a child process that `dravik-sim run` becomes.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@
 namespace dravik::sim {
 
 enum class application_state : uint8_t {
-  none, ///< the live board was started without one
+  none, ///< there is none to be started
   running,
   restarting, ///< the board reboots
   ended,
@@ -23,8 +23,9 @@ public:
   application &operator=(const application &) = delete;
 
   application_state state() const noexcept { return state_; }
-  /// A JSON object, as docs/live-board.md describes it.
-  std::string json() const;
+  const std::string &name() const noexcept { return name_; }
+  /// The exit status; 128 and its number after a signal.
+  int status() const noexcept { return status_; }
 
   /// Does nothing if it is running. Return false and set `error` on failure.
   [[nodiscard]] bool start(std::string &error);
@@ -39,7 +40,7 @@ private:
   std::vector<std::string> run_arguments_;
   std::string name_;
   application_state state_ = application_state::none;
-  int status_ = 0; ///< exit status; 128 and its number after a signal
+  int status_ = 0;
   pid_t process_ = -1;
   pid_t parent_;
 };

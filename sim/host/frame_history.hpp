@@ -3,7 +3,7 @@
 
 #include "host/screen_image.hpp"
 
-#include <string>
+#include <vector>
 
 namespace dravik::sim {
 
@@ -17,20 +17,20 @@ public:
   /// Take a frame, which becomes the newest if it differs from the one before; then `fresh` is the latter.
   bool update(screen_image &fresh);
 
-  /// A message with all pixels that changed after frame `seen`, as docs/live-board.md describes it.
-  std::string changes_since(uint32_t seen) const;
-
-private:
-  static constexpr uint32_t block_pixels = 64;
+  const screen_image &latest() const noexcept { return latest_; }
 
   struct area {
     uint32_t x, y, width, height;
   };
+  /// Areas that contain all pixels that changed after frame `seen`.
+  std::vector<area> changes_since(uint32_t seen) const;
+
+private:
+  static constexpr uint32_t block_pixels = 64;
 
   void restart(screen_image &fresh);
   bool mark_line(const screen_image &before, uint32_t y);
   area changed_part(uint32_t y, uint32_t seen) const;
-  void add(const area &part, std::string &message) const;
   uint32_t blocks() const noexcept { return (latest_.width + block_pixels - 1) / block_pixels; }
 
   screen_image latest_;

@@ -1,7 +1,6 @@
 // The screen of a board as it is now, and which of its parts changed since an earlier frame.
 
-#include "panel/frame_history.hpp"
-#include "panel/message.hpp"
+#include "host/frame_history.hpp"
 
 #include <algorithm>
 #include <cstring>
@@ -69,24 +68,8 @@ frame_history::area frame_history::changed_part(uint32_t y, uint32_t seen) const
   return {x, y, std::min(right, latest_.width) - x, 1};
 }
 
-void frame_history::add(const area &part, std::string &message) const {
-  for (const uint32_t number : {part.x, part.y, part.width, part.height})
-    message::add_number(message, number, 2);
-  const size_t pixel = latest_.bytes_per_pixel;
-  for (uint32_t y = part.y; y < part.y + part.height; ++y)
-    message.append(reinterpret_cast<const char *>(latest_.pixels.data()) + y * latest_.line_bytes() +
-                       part.x * pixel,
-                   part.width * pixel);
-}
-
-std::string frame_history::changes_since(uint32_t seen) const {
-  std::string text;
-  message::add_number(text, static_cast<uint32_t>(message::kind::frame), 1);
-  message::add_number(text, latest_.bytes_per_pixel, 1);
-  message::add_number(text, latest_.width, 2);
-  message::add_number(text, latest_.height, 2);
-  message::add_number(text, 0, 2);
-  message::add_number(text, number_, 4);
+std::vector<frame_history::area> frame_history::changes_since(uint32_t seen) const {
+  std::vector<area> areas;
   area open = {};
   for (uint32_t y = 0; y < latest_.height; ++y) {
     const area line = changed_part(y, seen);
@@ -95,12 +78,12 @@ std::string frame_history::changes_since(uint32_t seen) const {
       continue;
     }
     if (open.width > 0)
-      add(open, text);
+      areas.push_back(open);
     open = line;
   }
   if (open.width > 0)
-    add(open, text);
-  return text;
+    areas.push_back(open);
+  return areas;
 }
 
 } // namespace dravik::sim

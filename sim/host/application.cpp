@@ -1,9 +1,8 @@
 // The application of a live board: a child process that `dravik-sim run` becomes.
 
-#include "panel/application.hpp"
+#include "host/application.hpp"
 #include "board/reboot_status.hpp"
 #include "host/host_tool.hpp"
-#include "panel/message.hpp"
 
 #include <cerrno>
 #include <climits>
@@ -86,12 +85,6 @@ bool application::collect() {
 void application::send(int signal) const {
   if (state_ == application_state::running)
     ::kill(-process_, signal);
-}
-
-std::string application::json() const {
-  constexpr const char *names[] = {"none", "running", "restarting", "ended"};
-  return R"({"kind":"application","state":")" + std::string{names[static_cast<size_t>(state_)]} +
-         R"(","status":)" + std::to_string(status_) + R"(,"name":)" + message::json_string(name_) + "}";
 }
 
 } // namespace dravik::sim
