@@ -6,12 +6,12 @@
 namespace dravik::sim {
 
 extern const command new_command, run_command, shot_command, set_command, press_command, play_command,
-    panel_command, events_command, card_command;
+    film_command, panel_command, events_command, card_command;
 
 std::span<const command *const> commands() noexcept {
-  static constexpr const command *all[] = {&new_command,   &run_command,    &shot_command,
-                                           &set_command,   &press_command,  &play_command,
-                                           &panel_command, &events_command, &card_command};
+  static constexpr const command *all[] = {&new_command,    &run_command,  &shot_command, &set_command,
+                                           &press_command,  &play_command, &film_command, &panel_command,
+                                           &events_command, &card_command};
   return all;
 }
 

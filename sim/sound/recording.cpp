@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cinttypes>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -92,6 +94,12 @@ void recording::add_silence_until(int64_t time_ns) noexcept {
     return;
   length_ = frames;
   write_header();
+}
+
+void recording::note_start(int64_t time_ns) const noexcept {
+  char line[64];
+  const int length = std::snprintf(line, sizeof line, "%" PRIu64 " %" PRId64 "\n", length_, time_ns);
+  append_to_board_file("sound/starts", {line, static_cast<size_t>(length)});
 }
 
 void recording::append(std::span<const frame> frames) noexcept {

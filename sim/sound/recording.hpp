@@ -32,6 +32,9 @@ public:
   /// Add silence up to a time, in nanoseconds from the start of the recording.
   void add_silence_until(int64_t time_ns) noexcept;
 
+  /// Note the time at which the next frame is played, in nanoseconds of the monotonic clock.
+  void note_start(int64_t time_ns) const noexcept;
+
 private:
   struct frame {
     int16_t left, right;

@@ -80,6 +80,8 @@ void sound_card::start() noexcept {
   running_ = true;
   if (settings_.records_speaker && records_gaps())
     recording_.add_silence_until(start_ns_ - timeline_begin_ns());
+  if (settings_.records_speaker)
+    recording_.note_start(start_ns_);
   const int64_t rate = format_.rate_hz;
   // Rounded up, so that the period is over when the timer expires.
   const int64_t period_ns = (static_cast<int64_t>(period_frames_) * second_ns + rate - 1) / rate;

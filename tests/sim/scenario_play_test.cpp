@@ -1,0 +1,331 @@
+// Scenarios played: texts, inputs, sound, the application's end.
+
+#include "sim/follower.hpp"
+#include "sim/scenario_stage.hpp"
+
+#include <cmath>
+#include <csignal>
+
+namespace dravik::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+class ScenarioPlay : public ScenarioStage {
+protected:
+  /// Samples of one level, for a third of a second, and half a second of silence.
+  void add_tone(int16_t level) const {
+    std::string bytes;
+    for (int i = 0; i < 40000; ++i) {
+      const int16_t sample = i >= 16000 ? int16_t{0} : i % 2 == 0 ? level : static_cast<int16_t>(-level);
+      bytes.append(reinterpret_cast<const char *>(&sample), sizeof sample);
+    }
+    board_.write("usr/local/dravik/tone.pcm", bytes);
+  }
+};
+
+constexpr const char *ready = "timeout 60s\nwait console \"guest ready\"\n";
+constexpr const char *play_tone = "type \"play /usr/local/dravik/tone.pcm\\n\"\n";
+
+// ------------------------------------------------------------------------------------------- texts
+
+TEST_F(ScenarioPlay, HoldsForADriveAsExpected) {
+  expect_held(std::string{ready} + R"(
+type "fill f800\n"
+wait log "done fill"
+expect log "f800"     # the rest of the same line
+)");
+}
+
+TEST_F(ScenarioPlay, IgnoresWhatTheBoardHadBefore) {
+  board_.write("events", "led: old\n");
+  board_.write("tmp/dravik.log", "old line\n");
+  board_.write("dev/ttyS0", "old console\n");
+  expect_failed("timeout 300ms\nwait event \"old\"", "not within 300ms; nothing came", {});
+  expect_failed("timeout 300ms\nwait log \"old\"", "not within 300ms; nothing came", {});
+  expect_held("expect never console \"old\"\nexpect no log \"old\"\nexpect never event \"old\"");
+}
+
+TEST_F(ScenarioPlay, FindsEachTextAfterTheOneBefore) {
+  expect_held(std::string{ready} + R"(
+type "first\n"
+type "second\n"
+type "first\n"
+wait console "done first"
+wait console "done second"
+wait console "done first"
+expect no console "done first"
+expect no console "done second"
+expect log "done first"
+expect never log "done third"
+)");
+}
+
+TEST_F(ScenarioPlay, ReportsWhatCameInsteadOfAText) {
+  expect_failed(std::string{ready} + "timeout 300ms\nwait console \"rain\"",
+                "not within 300ms; last line: 'guest ready'");
+}
+
+TEST_F(ScenarioPlay, ReportsATextThatCameEarlier) {
+  expect_failed(std::string{ready} + "type \"one\\n\"\ntype \"two\\n\"\nwait console \"done two\"\n" +
+                    "timeout 300ms\nwait console \"done one\"",
+                "not within 300ms; it came earlier: 'done one'; last line: 'done two'");
+}
+
+TEST_F(ScenarioPlay, EscapesControlCharactersInMessages) {
+  board_.write("events", "");
+  expect_failed("timeout 60s\nwait event \"ttyS0: a\"\ntimeout 200ms\nwait event \"b\"",
+                "not within 200ms; last line: 'ttyS0: a\\x1b[31m'",
+                {"sh", "-c", "printf 'a\\033[31m\\n' >/dev/ttyS0; read line </dev/ttyS0; sleep 60"});
+}
+
+TEST_F(ScenarioPlay, ReportsFailedExpectationsOfTexts) {
+  expect_failed(std::string{ready} + "expect console \"rain\"", "it did not come; last line: 'guest ready'");
+  expect_failed(std::string{ready} + "expect console \"guest\"",
+                "it came before what was awaited last; last line: 'guest ready'");
+  expect_failed(std::string{ready} + "expect never console \"ready\"", "it came: 'guest ready'");
+  expect_failed(std::string{ready} + "type \"x\\n\"\nwait log \"done\"\nexpect no log \"x\"", "it came: ");
+}
+
+TEST_F(ScenarioPlay, StopsAtTheFirstFailure) {
+  const outcome result = played(std::string{ready} + "expect log \"rain\"\nshot \"after.png\"\n");
+  EXPECT_EQ(result.exit_status(), 1);
+  EXPECT_FALSE(exists("after.png"));
+}
+
+// ------------------------------------------------------------------------------------------- inputs
+
+TEST_F(ScenarioPlay, SetsInputs) {
+  expect_held(std::string{ready} + R"(
+set accel 0,-2600,1000
+set adc.3 0x155
+set hdmi on
+type "read\n"
+wait console "accel 0 -2600 1000 adc "
+wait console " 341 temperature "
+wait console " hdmi 1 card"
+)");
+}
+
+TEST_F(ScenarioPlay, ReportsAnInputThatCannotBeSet) {
+  std::filesystem::remove(board_.path("proc/ambarella/adc"));
+  std::filesystem::create_directory(board_.path("proc/ambarella/adc"));
+  expect_failed("set adc.0 1", board_.path() + "/proc/ambarella/adc: Is a directory", {});
+}
+
+TEST_F(ScenarioPlay, PressesKeys) {
+  expect_held(std::string{ready} + R"(
+press next
+wait console "line 61 = 1"
+wait console "line 61 = 0"
+press next
+press next 300ms
+wait console "line 61 = 1"
+wait console "line 61 = 0"
+wait console "line 61 = 1"
+wait console "line 61 = 0"
+hold ok
+wait console "line 62 = 1"
+press 60
+wait console "line 60 = 0"
+expect no console "line 62 = 0"
+release ok
+wait console "line 62 = 0"
+)");
+}
+
+TEST_F(ScenarioPlay, InjectsAndRemovesFaults) {
+  board_.write("faults", "# mine\nopen /dev/fb0 EIO\n");
+  EXPECT_EQ(played("fault read /dev/i2c-0 EIO\nfault underrun sound", {}, {}).exit_status(), 0);
+  EXPECT_EQ(board_.read("faults"), "# mine\nopen /dev/fb0 EIO\nread /dev/i2c-0 EIO\nunderrun sound\n");
+  EXPECT_EQ(played("fault none read /dev/i2c-0", {}, {}).exit_status(), 0);
+  EXPECT_EQ(board_.read("faults"), "# mine\nopen /dev/fb0 EIO\nunderrun sound\n");
+  EXPECT_EQ(played("fault none", {}, {}).exit_status(), 0);
+  EXPECT_EQ(board_.read("faults"), "# mine\n");
+}
+
+TEST_F(ScenarioPlay, ReportsTypingWithoutAReader) {
+  expect_failed("timeout 300ms\ntype \"x\"",
+                "not within 300ms; console: no application has the serial port open", {});
+}
+
+TEST_F(ScenarioPlay, LetsTimePass) {
+  const outcome result = played("wait 250ms", {"--junit", at("report.xml")}, {});
+  EXPECT_EQ(result.exit_status(), 0);
+  const std::string report = text_of("report.xml");
+  const size_t time = report.rfind("time=\"");
+  ASSERT_NE(time, std::string::npos);
+  EXPECT_GE(std::stod(report.substr(time + 6)), 0.25);
+}
+
+// ------------------------------------------------------------------------------------------- sound
+
+TEST_F(ScenarioPlay, MeasuresSound) {
+  add_tone(16384);
+  expect_held(std::string{ready} + "expect no sound\n" + play_tone + R"(
+wait sound
+wait silence 300ms
+expect sound above -6.1dB
+expect sound below -6dB
+set gpio.100 1
+expect no sound
+wait silence 100ms
+)" + play_tone +
+              "wait sound\n");
+}
+
+TEST_F(ScenarioPlay, ReportsLevels) {
+  add_tone(3277); // a tenth
+  const std::string tone = std::string{ready} + play_tone + "wait sound\nwait silence 200ms\n";
+  expect_failed(tone + "expect sound above -10dB", "the level is -20.0dB");
+  expect_failed(tone + "expect sound below -30dB", "the level is -20.0dB");
+  expect_failed(tone + "expect no sound", "the level is -20.0dB");
+  expect_failed(std::string{ready} + "expect sound above -80dB", "the level is -99.0dB");
+}
+
+TEST_F(ScenarioPlay, ReportsMissingSoundAndSilence) {
+  expect_failed(std::string{ready} + "timeout 300ms\nwait sound", "not within 300ms; nothing was played");
+  add_tone(16384);
+  expect_failed(std::string{ready} + play_tone + "wait sound\ntimeout 50ms\nwait silence 10s",
+                "not within 50ms; the level of the sound is -6.0dB");
+}
+
+// ------------------------------------------------------------------------------------------- the application
+
+TEST_F(ScenarioPlay, AwaitsTheEndOfTheApplication) {
+  expect_held(std::string{ready} + "type \"end 7\\n\"\nend status 7");
+  expect_held(std::string{ready} + "stop\nend");
+  expect_failed(std::string{ready} + "type \"end 7\\n\"\nend", "the application ended with exit status 7");
+  expect_failed(std::string{ready} + "timeout 200ms\nend", "not within 200ms; the application runs");
+}
+
+TEST_F(ScenarioPlay, ReadsAllTextOfAnApplicationThatEnded) {
+  expect_held(std::string{ready} + "type \"end 0\\n\"\nend\nexpect console \"ending 0\"");
+  expect_held(std::string{ready} + "type \"end 0\\n\"\nwait console \"ending 0\"");
+}
+
+TEST_F(ScenarioPlay, FailsIfTheApplicationEndsMeanwhile) {
+  expect_failed(std::string{ready} + "type \"end 3\\n\"\nwait console \"rain\"",
+                "the application ended with exit status 3; last line: ");
+  expect_failed(std::string{ready} + "type \"end 3\\n\"\nwait 10min",
+                "the application ended with exit status 3");
+  expect_failed("wait log \"x\"", "the application ended with exit status 139, signal 11",
+                {"sh", "-c", "kill -SEGV $$"});
+}
+
+TEST_F(ScenarioPlay, FailsIfTheApplicationFailedAfterTheLastStep) {
+  const outcome result =
+      played("timeout 60s\nwait event \"ttyS0: up\"", {}, {"sh", "-c", "echo up >/dev/ttyS0; exit 4"});
+  if (result.exit_status() == 0)
+    GTEST_SKIP() << "the scenario was over before the application";
+  EXPECT_EQ(messages(result), "dravik-sim: " + scenario() + ": the application ended with exit status 4");
+}
+
+TEST_F(ScenarioPlay, StartsTheApplicationAgainAfterAReboot) {
+  const outcome result =
+      played(std::string{ready} + "type \"reboot\\n\"\nwait event \"shell: /sbin/reboot\"\n" +
+             "wait console \"guest ready\"\ntype \"end 0\\n\"\nend");
+  EXPECT_EQ(result.exit_status(), 0) << result.errors;
+}
+
+TEST_F(ScenarioPlay, EndsTheApplicationInOrder) {
+  expect_held(ready);
+  EXPECT_THAT(board_.read("console"), HasSubstr("ending 0"));
+  EXPECT_FALSE(board_.exists("dev/ttyS0.keeper"));
+}
+
+TEST_F(ScenarioPlay, KillsAnApplicationThatDoesNotEnd) {
+  const outcome result =
+      played("timeout 60s\nwait event \"ttyS0: up\"", {},
+             {"sh", "-c", "trap '' TERM; echo up >/dev/ttyS0; while read x; do :; done </dev/ttyS0"});
+  EXPECT_EQ(result.exit_status(), 0);
+  EXPECT_EQ(messages(result),
+            "dravik-sim: warning: the application did not end within 5s after SIGTERM; it was killed");
+}
+
+TEST_F(ScenarioPlay, RejectsStepsThatNeedAnApplication) {
+  expect_failed("stop", "the scenario was played without an application", {});
+  expect_failed("end", "the scenario was played without an application", {});
+}
+
+TEST_F(ScenarioPlay, ReportsAnApplicationThatCannotBeStarted) {
+  const outcome result = played("wait log \"x\"", {}, {at("nothing")});
+  EXPECT_EQ(result.exit_status(), 1);
+  EXPECT_THAT(messages(result), HasSubstr("nothing: "));
+  EXPECT_THAT(messages(result), HasSubstr(":1: wait log \"x\": the application ended with exit status 1"));
+}
+
+TEST_F(ScenarioPlay, EndsInOrderWhenInterrupted) {
+  write("drive.scenario", "wait 60min\n");
+  follower events{board_.path()};
+  FILE *errors = std::tmpfile();
+  const pid_t child = ::fork();
+  if (child == 0)
+    become({"/usr/bin/env", "LD_PRELOAD=" PRELOADED_FIRST, "ASAN_OPTIONS=detect_leaks=0", LAUNCHER, "play",
+            board_.path(), scenario(), "--", GUEST},
+           ::fileno(errors), ::fileno(errors));
+  EXPECT_TRUE(events.sees("ttyS0: guest ready"));
+  ::kill(child, SIGTERM);
+  int status = 0;
+  ::waitpid(child, &status, 0);
+  EXPECT_EQ(WIFEXITED(status) ? WEXITSTATUS(status) : -1, 1);
+  EXPECT_THAT(contents(errors), HasSubstr("drive.scenario:1: wait 60min: interrupted\n"));
+  EXPECT_THAT(board_.read("console"), HasSubstr("ending 0"));
+}
+
+// ------------------------------------------------------------------------------------------- the command
+
+TEST_F(ScenarioPlay, RejectsFilesThatAreNoScenario) {
+  const outcome result = played("wait 1s\n  pres ok\n");
+  EXPECT_EQ(result.exit_status(), 2);
+  EXPECT_EQ(messages(result), "dravik-sim: play: " + scenario() + ":2:3: unknown step 'pres'");
+  EXPECT_FALSE(board_.exists("console")) << "the application was started";
+}
+
+TEST_F(ScenarioPlay, ReportsAMissingFile) {
+  const outcome result = launched({"play", board_.path(), at("missing")});
+  EXPECT_EQ(result.exit_status(), 1);
+  EXPECT_EQ(messages(result), "dravik-sim: " + at("missing") + ": No such file or directory");
+}
+
+TEST_F(ScenarioPlay, RejectsInvalidArguments) {
+  EXPECT_EQ(launched({"play", board_.path()}).exit_status(), 2);
+  EXPECT_EQ(launched({"play", board_.path(), "x", "--fast"}).exit_status(), 2);
+  write("drive.scenario", "wait 1ms");
+  EXPECT_EQ(launched({"play", at("nowhere"), scenario()}).exit_status(), 1);
+}
+
+// ------------------------------------------------------------------------------------------- the report
+
+TEST_F(ScenarioPlay, ReportsEachStep) {
+  const outcome result = played(
+      "wait console \"ready\"\ntype \"<&'\\t\\\"äöü\\n\"\n\nwait console \"done <&'\"\nexpect log \"]]> \xff\"\nwait 1s\n",
+      {"--junit", at("report.xml")});
+  EXPECT_EQ(result.exit_status(), 1);
+  EXPECT_EQ(run({"xmllint", "--noout", at("report.xml")}).errors, "");
+  const std::string report = text_of("report.xml");
+  EXPECT_THAT(report,
+              HasSubstr(R"(<testsuite name="drive" tests="5" failures="1" errors="0" skipped="1" time=")"));
+  EXPECT_THAT(report, HasSubstr(R"(name="2: type &quot;&lt;&amp;'\t\&quot;äöü\n&quot;" file=")" + scenario() +
+                                R"(" line="2")"));
+  EXPECT_THAT(report, HasSubstr(R"(<failure message=")" + scenario() +
+                                R"(:5: expect log &quot;]]&gt; ?&quot;: it did not come; )"));
+  EXPECT_THAT(report, HasSubstr("<skipped/>"));
+}
+
+TEST_F(ScenarioPlay, ReportsAScenarioThatHeld) {
+  expect_held("timeout 1s", {"--junit", at("report.xml")});
+  EXPECT_EQ(run({"xmllint", "--noout", at("report.xml")}).exit_status(), 0);
+  EXPECT_THAT(text_of("report.xml"), HasSubstr(R"(tests="1" failures="0" errors="0" skipped="0")"));
+  EXPECT_THAT(text_of("report.xml"), Not(HasSubstr("<failure")));
+}
+
+TEST_F(ScenarioPlay, FailsIfTheReportCannotBeWritten) {
+  const outcome result = played("timeout 1s", {"--junit", at("no/such/report.xml")}, {});
+  EXPECT_EQ(result.exit_status(), 1);
+  EXPECT_EQ(messages(result), "dravik-sim: " + at("no/such/report.xml") + ": No such file or directory");
+}
+
+} // namespace
+} // namespace dravik::test
