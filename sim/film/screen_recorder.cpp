@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <pthread.h>
 #include <span>
 
 namespace dravik::sim {
@@ -22,6 +23,13 @@ template <class Value> bool put(std::FILE *to, std::span<const Value> values) {
 
 template <class Value> bool get(std::FILE *from, std::span<Value> values) {
   return values.empty() || std::fread(values.data(), values.size_bytes(), 1, from) == 1;
+}
+
+/// Among the first on a busy machine: a late look makes a late frame.
+void request_priority() {
+  sched_param priority = {};
+  priority.sched_priority = 1;
+  ::pthread_setschedparam(::pthread_self(), SCHED_RR, &priority);
 }
 
 } // namespace
@@ -60,6 +68,7 @@ void screen_recorder::stop() {
 }
 
 void screen_recorder::work() {
+  request_priority();
   std::unique_lock lock{mutex_};
   while (!is_stopping_) {
     const clock::time_point now = clock::now();
