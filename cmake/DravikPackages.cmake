@@ -50,6 +50,7 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "alsa-utils")
 set(CPACK_DEBIAN_SIMULATOR_PACKAGE_RECOMMENDS
   "console-setup-linux, fonts-liberation, fonts-droid-fallback, dosfstools, mtools")
+set(CPACK_DEBIAN_SIMULATOR_PACKAGE_SUGGESTS "ffmpeg")
 
 set(CPACK_DEBIAN_SIMULATOR_PACKAGE_SUGGESTS "xdg-utils") # dravik-sim panel --open
 

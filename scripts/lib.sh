@@ -138,13 +138,14 @@ SETTINGS
 library_packages="g++ cmake make libjpeg62-turbo-dev libasound2-dev libmad0-dev libfreetype-dev"
 simulator_packages="$library_packages libboost-dev libpng-dev zlib1g-dev"
 demo_packages="$simulator_packages librsvg2-bin imagemagick console-setup-linux gzip
-  fonts-liberation fonts-droid-fallback sox espeak-ng lame dosfstools mtools"
+  fonts-liberation fonts-droid-fallback sox espeak-ng lame dosfstools mtools ffmpeg"
 cross_packages="$library_packages debian-archive-keyring"
 sysroot_packages="libc6-dev libjpeg62-turbo-dev libasound2-dev libmad0-dev libfreetype-dev libboost-dev libpng-dev
   zlib1g-dev libgtest-dev libgmock-dev libstdc++6 libgcc-s1"
 arm_packages="$cross_packages g++-arm-linux-gnueabihf g++-arm-linux-gnueabi qemu-user-static"
 test_packages="$demo_packages libgtest-dev libgmock-dev binutils chromium chromium-driver clang-format clang-tidy doxygen
-  fdisk file fonts-dejavu-core iproute2 jq libjpeg-turbo-progs netpbm pkg-config procps python3 python3-selenium"
+  fdisk file fonts-dejavu-core iproute2 jq libjpeg-turbo-progs libxml2-utils netpbm pkg-config procps python3
+  python3-selenium"
 vm_packages="debian-archive-keyring gcc make libelf1 python3-minimal qemu-system-x86 busybox-static dosfstools fdisk
   mtools alsa-utils mtd-utils"
 vm_arm_packages="gcc-arm-linux-gnueabihf qemu-system-arm"

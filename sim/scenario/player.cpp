@@ -121,6 +121,8 @@ bool player::write_report(std::string &error) const {
   if (request_.junit.empty())
     return true;
   const std::string text = junit_of({request_.file, steps_, seconds_, failure_});
+  if (!make_directory(directory_of(request_.junit), error))
+    return false;
   tools::pending_file file{request_.junit};
   return file.write({reinterpret_cast<const uint8_t *>(text.data()), text.size()}, error) &&
          file.commit(error);

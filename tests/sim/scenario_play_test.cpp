@@ -321,10 +321,16 @@ TEST_F(ScenarioPlay, ReportsAScenarioThatHeld) {
   EXPECT_THAT(text_of("report.xml"), Not(HasSubstr("<failure")));
 }
 
+TEST_F(ScenarioPlay, MakesTheDirectoryOfTheReport) {
+  EXPECT_EQ(played("timeout 1s", {"--junit", at("out/now/report.xml")}, {}).exit_status(), 0);
+  EXPECT_TRUE(exists("out/now/report.xml"));
+}
+
 TEST_F(ScenarioPlay, FailsIfTheReportCannotBeWritten) {
-  const outcome result = played("timeout 1s", {"--junit", at("no/such/report.xml")}, {});
+  write("file", "in the way");
+  const outcome result = played("timeout 1s", {"--junit", at("file/report.xml")}, {});
   EXPECT_EQ(result.exit_status(), 1);
-  EXPECT_EQ(messages(result), "dravik-sim: " + at("no/such/report.xml") + ": No such file or directory");
+  EXPECT_EQ(messages(result), "dravik-sim: " + at("file") + ": Not a directory");
 }
 
 } // namespace

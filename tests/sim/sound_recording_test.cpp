@@ -140,6 +140,33 @@ TEST_F(SimSoundRecording, StartsTimeOfRecordingAtFirstSound) {
   EXPECT_LE(static_cast<double>(heard.size()) / 2, (after - before) * frames_per_second + 1);
 }
 
+TEST_F(SimSoundRecording, NotesWhenEachSoundStarts) {
+  const double before = seconds();
+  sound_stream{{}}.expect_played(noise(2 * 100));
+  const double between = seconds();
+  sound_stream{{.rate_hz = 24000}}.expect_played(noise(2 * 50));
+  sound_stream{{}}.expect_played(noise(2 * 10));
+  const double after = seconds();
+  std::istringstream starts{board_.read("sound/starts")};
+  const double limits[][2] = {{before, between}, {between, after}, {between, after}};
+  const uint64_t frames[] = {0, 100, 200}; // each frame of the second sound is recorded twice
+  for (size_t i = 0; i < std::size(frames); ++i) {
+    uint64_t frame = 0;
+    double time_ns = 0;
+    EXPECT_TRUE(starts >> frame >> time_ns);
+    EXPECT_EQ(frame, frames[i]);
+    EXPECT_GE(time_ns / 1e9, limits[i][0]);
+    EXPECT_LE(time_ns / 1e9, limits[i][1]);
+  }
+  EXPECT_FALSE(starts >> std::ws && starts.get() != EOF);
+}
+
+TEST_F(SimSoundRecording, NotesNoStartsOfSamplesThatWereNotPlayed) {
+  board_.set("sound_record", "samples");
+  sound_stream{{}}.expect_played(noise(2 * 100));
+  EXPECT_FALSE(board_.exists("sound/starts"));
+}
+
 // --- the level ---
 
 TEST_F(SimSoundRecording, PlaysAsLoudAsTheMixerSays) {
