@@ -7,7 +7,7 @@
 
 #include <string.h>
 
-enum { LOOKS_TO_SETTLE = 2 };
+enum { LOOKS_TO_SETTLE = 12 }; /* two per second */
 
 static struct board now;
 
@@ -72,8 +72,8 @@ static void read_card(struct card *card) {
   read_sizes(card);
 }
 
-/* The kernel reports an inserted card about half a second before its partition, which is mounted after that: not
- * an error yet. */
+/* The kernel reports an inserted card before its partition, which is checked and mounted after that: not an
+ * error for some seconds. */
 static int is_settling(const struct card *seen) {
   static int looks;
   if (!has(seen, DRAVIK_CARD_PRESENT))
@@ -115,20 +115,38 @@ int board_look_around(void) {
 
 /* ------------------------------------------------------------------------------------------------ keys */
 
-/* Return whether a line has risen since the last call. */
-static int has_risen(uint32_t line, int *was_up) {
-  const int is_up = gpio_get(line) == 1, has = is_up && !*was_up;
-  if (*was_up && !is_up)
+struct button {
+  uint32_t line;
+  int is_down, is_used; /* used: it has acted since it was pressed */
+  uint32_t since_ms;
+};
+
+enum change { CHANGE_NONE, CHANGE_PRESSED, CHANGE_RELEASED, CHANGE_HELD };
+
+static enum change look_at(struct button *button) {
+  const int was_down = button->is_down;
+  button->is_down = gpio_get(button->line) == 1;
+  if (button->is_down && !was_down) {
+    button->is_used = 0;
+    button->since_ms = get_tick_count();
+    tell("key pressed");
+    return CHANGE_PRESSED;
+  }
+  if (was_down && !button->is_down) {
     tell("key released");
-  *was_up = is_up;
-  return has;
+    return CHANGE_RELEASED;
+  }
+  return button->is_down && get_tick_count() - button->since_ms >= HOLD_MS ? CHANGE_HELD : CHANGE_NONE;
 }
 
 enum key board_key(void) {
-  static int next_was_up, ok_was_up;
+  static struct button next = {.line = LINE_NEXT}, ok = {.line = LINE_OK};
   if (!now.has_lines)
     return KEY_NONE;
-  if (has_risen(LINE_NEXT, &next_was_up))
+  if (look_at(&next) == CHANGE_PRESSED)
     return KEY_NEXT;
-  return has_risen(LINE_OK, &ok_was_up) ? KEY_OK : KEY_NONE;
+  const enum change change = look_at(&ok);
+  const int is_key = (change == CHANGE_RELEASED || change == CHANGE_HELD) && !ok.is_used;
+  ok.is_used |= is_key;
+  return !is_key ? KEY_NONE : change == CHANGE_HELD ? KEY_BACK : KEY_OK;
 }

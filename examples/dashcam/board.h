@@ -35,9 +35,11 @@ void board_close(void);
 int board_look_at_movement(void);
 int board_look_around(void);
 
-enum key { KEY_NONE, KEY_NEXT, KEY_OK };
+enum key { KEY_NONE, KEY_NEXT, KEY_OK, KEY_BACK };
 
-/* Return the key that was pressed since the last call. */
+/* Return the key that was used since the last call. NEXT acts when it is pressed. OK acts when it is let go;
+ * held for HOLD_MS, it is BACK. */
+enum { HOLD_MS = 700 };
 enum key board_key(void);
 
 #endif

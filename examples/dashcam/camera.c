@@ -2,13 +2,17 @@
 
 #include "board.h"
 #include "notices.h"
+#include "recorder.h"
+#include "settings.h"
 #include "tell.h"
 
 #include <dravik.h>
 
 #include <stdlib.h>
 
-enum { IMPACT_MG = 1500, REST_MG = 500, FULL_PERCENT = 2 };
+enum { REST_MG = 500, FULL_PERCENT = 2, HOT_C10 = 800, COOL_C10 = 750, BACKLIGHT_PERCENT = 10 };
+
+static const int impact_mg[] = {2000, 1500, 1000}; /* for a low, medium and high sensitivity */
 
 static const struct {
   const char *name;
@@ -16,6 +20,7 @@ static const struct {
 } states[] = {
     [CAMERA_RECORDING] = {"recording", NOTICE_RECORDING},
     [CAMERA_PARKED] = {"parking", NOTICE_PARKING},
+    [CAMERA_HOT] = {"hot", NOTICE_HOT},
     [CAMERA_CARD_FULL] = {"card full", NOTICE_CARD_FULL},
     [CAMERA_CARD_MISSING] = {"card missing", NOTICE_CARD_MISSING},
     [CAMERA_CARD_ERROR] = {"card error", NOTICE_CARD_ERROR},
@@ -32,8 +37,16 @@ int camera_is_recording(void) {
   return state == CAMERA_RECORDING || state == CAMERA_PARKED;
 }
 
+/* Once too hot, it must have cooled down well. */
+static int is_hot(const struct board *board) {
+  const int limit = state == CAMERA_HOT ? COOL_C10 : HOT_C10;
+  return board->has_temperature && board->temperature_c10 >= limit;
+}
+
 static enum camera_state state_of(const struct board *board) {
   const struct card *card = &board->card;
+  if (is_hot(board))
+    return CAMERA_HOT;
   if ((card->status & DRAVIK_CARD_PRESENT) == 0)
     return CAMERA_CARD_MISSING;
   if (!card->is_usable)
@@ -49,10 +62,10 @@ void camera_set_state(void) {
 
 /* ---------------------------------------------------------------------------------------------- lights */
 
-static void show_by_lights(void) {
+void camera_show_lights(void) {
   if (!has_lights)
     return;
-  lcd_bl_set(state == CAMERA_PARKED ? DRAVIK_BACKLIGHT_LOW : DRAVIK_BACKLIGHT_HIGH);
+  lcd_bl_set(state == CAMERA_PARKED ? DRAVIK_BACKLIGHT_LOW : setting(SETTING_BRIGHTNESS) * BACKLIGHT_PERCENT);
   if (state == CAMERA_PARKED)
     led_green();
   else if (state != CAMERA_RECORDING)
@@ -90,9 +103,29 @@ int camera_follow(void) {
     return 0;
   is_known = 1;
   tell("state: %s", states[state].name);
-  show_by_lights();
+  camera_show_lights();
   notice(states[state].notice);
   return 1;
+}
+
+void camera_follow_monitor(void) {
+  static int32_t before = -1;
+  const int32_t monitor = board()->monitor;
+  if (before >= 0 && monitor >= 0 && monitor != before)
+    notice(monitor == 1 ? NOTICE_MONITOR_ATTACHED : NOTICE_MONITOR_REMOVED);
+  before = monitor;
+}
+
+static void save_event(void) {
+  if (camera_is_recording() && record_event() == 0)
+    tell("event saved");
+}
+
+void camera_save_event(void) {
+  if (!camera_is_recording())
+    return;
+  notice(NOTICE_PROTECTED);
+  save_event();
 }
 
 /* Return the deviation from gravity alone, on the axis where it is largest. */
@@ -104,10 +137,11 @@ static int jolt_mg(const struct board *board) {
 void camera_feel(void) {
   static int is_shaken;
   const int jolt = board()->has_sensor ? jolt_mg(board()) : 0;
-  if (jolt >= IMPACT_MG && !is_shaken) {
+  if (jolt >= impact_mg[setting(SETTING_IMPACT)] && !is_shaken) {
     is_shaken = 1;
     tell("impact of %d mg", jolt);
     notice(NOTICE_IMPACT);
+    save_event();
   } else if (jolt < REST_MG) {
     is_shaken = 0;
   }

@@ -1,19 +1,13 @@
-/* The memory card: state, free space and recordings; repair and format after a question. */
+/* The memory card: its state, its free space and recordings; repair and format after a question. */
 
 #include "camera.h"
-#include "card_mount.h"
-#include "notices.h"
-#include "phrases.h"
+#include "card_care.h"
+#include "navigation.h"
 #include "question.h"
-#include "screens.h"
-#include "tell.h"
-#include "widgets.h"
-#include "words.h"
 
 #include <stdio.h>
-#include <sys/wait.h>
+#include <string.h>
 
-enum { LEFT_WIDTH = 372, GAP = 16, BUTTON_HEIGHT = 52, BUTTON_GAP = 12, MIB_IN_GIB = 1024 };
 enum action { ACTION_REPAIR, ACTION_FORMAT, ACTIONS };
 
 static const struct {
@@ -25,24 +19,24 @@ static const struct {
 };
 
 static enum action selected;
-static int is_asking, is_yes;
-static struct card shown; /* the card and its recordings as drawn */
-static struct rec_file_list recordings;
-static int has_recordings, has_failed;
+static struct card shown; /* the card as drawn */
 
 static int has(int bits) {
   return (shown.status & bits) == bits;
 }
 
-static void look(void) {
-  shown = board()->card;
-  has_recordings = has(DRAVIK_CARD_MOUNTED) && parse_rec_file_list(&recordings) == 0;
+/* ----------------------------------------------------------------------------------------- the left side */
+
+static int pad(void) {
+  return pick(20, 10);
 }
 
-/* ------------------------------------------------------------------------------------ state and space */
+static int left_width(void) {
+  return pick(376, page_width());
+}
 
-static int bottom(void) {
-  return canvas_height() - 18;
+static int card_bottom(void) {
+  return pick(page_bottom(), page_bottom() - 46);
 }
 
 static enum phrase state_phrase(void) {
@@ -55,238 +49,188 @@ static enum phrase state_phrase(void) {
   return camera_state() == CAMERA_CARD_FULL ? PHRASE_CARD_FULL : PHRASE_CARD_READY;
 }
 
-/* Format a size in GiB or MiB: "29.7" and "GiB". */
-static const char *size_figures(int mib, char figures[16]) {
-  if (mib >= MIB_IN_GIB)
-    snprintf(figures, 16, "%d.%d", mib / MIB_IN_GIB, mib % MIB_IN_GIB * 10 / MIB_IN_GIB);
+static void write_what_is_in(char line_[64]) {
+  char size[SIZE_TEXT];
+  size_text(size, shown.size_mib);
+  if (!has(DRAVIK_CARD_PRESENT))
+    snprintf(line_, 64, "%s", phrase(PHRASE_INSERT_CARD));
+  else if (has(DRAVIK_CARD_FAT32))
+    snprintf(line_, 64, "%s  FAT32", size);
   else
-    snprintf(figures, 16, "%d", mib);
-  return mib >= MIB_IN_GIB ? "GiB" : "MiB";
+    snprintf(line_, 64, "%s", phrase(PHRASE_UNKNOWN_FORMAT));
 }
 
 static void draw_state(void) {
-  char figures[16];
-  const char *unit = size_figures(shown.size_mib, figures);
-  icon(MARGIN + 58, PAGE_TOP + 60, ICONS_MENU_SD, DRAVIK_WHITE, DRAVIK_BLACK);
-  words(MARGIN + 112, PAGE_TOP + 44, WORDS_TITLE, DRAVIK_BLACK, LEFT, phrase(state_phrase()));
-  if (has(DRAVIK_CARD_PRESENT))
-    text(MARGIN + 112, PAGE_TOP + 78, FONT_SMALL, SILVER, LEFT, "SD %s %s, %s", figures, unit,
-         has(DRAVIK_CARD_FAT32) ? "FAT32" : "unknown format");
+  const int x = margin() + pick(100, 56), room = left_width() - pick(112, 62), top = page_top();
+  char line_[64];
+  write_what_is_in(line_);
+  icon(margin() + pick(54, 28), top + pick(58, 32), ICONS_MENU_SD, INK_WHITE, ON_GROUND);
+  text((struct place){x, top + pick(42, 22), room, LEFT}, (struct look){TEXT_TITLE, INK_WHITE, ON_GROUND},
+       phrase(state_phrase()));
+  text((struct place){x, top + pick(76, 44), room, LEFT}, (struct look){TEXT_SMALL, INK_MUTED, ON_GROUND},
+       line_);
 }
 
-static void draw_room(void) {
-  const int left = MARGIN + 24, width = LEFT_WIDTH - 48, y = PAGE_TOP + 132;
-  const int used = shown.part_mib - shown.free_mib;
-  char figures[16];
+/* The bar is as long as what is free. */
+static void draw_space(void) {
+  const int left = margin() + pad(), width = left_width() - 2 * pad(), y = page_top() + pick(130, 74);
+  char free[SIZE_TEXT], all[SIZE_TEXT], line_[64];
   if (!has(DRAVIK_CARD_MOUNTED) || shown.part_mib <= 0) {
-    text(left, y, FONT_HUGE, DRAVIK_GREY, LEFT, "--");
-    level(left, y + 42, width, 0, EDGE);
+    text((struct place){left, y, width, LEFT}, (struct look){TEXT_TITLE, INK_MUTED, ON_GROUND}, "--");
+    level(left, y + pick(34, 20), width, 0, EDGE);
     return;
   }
-  const char *unit = size_figures(shown.free_mib, figures);
-  digits(left, y, DIGITS_MEDIUM, figures, DRAVIK_BLACK, LEFT);
-  text(left + digits_width(DIGITS_MEDIUM, figures) + 14, y + 4, FONT_BODY, SILVER, LEFT, "%s free", unit);
-  unit = size_figures(shown.part_mib, figures);
-  text(left + width, y + 4, FONT_SMALL, DRAVIK_GREY, RIGHT, "of %s %s", figures, unit);
-  level(left, y + 42, width, (int)((int64_t)used * 100 / shown.part_mib), EDGE);
+  size_text(free, shown.free_mib);
+  size_text(all, shown.part_mib);
+  const int percent = (int)((int64_t)shown.free_mib * 100 / shown.part_mib);
+  snprintf(line_, sizeof line_, "%s %s", free, phrase(PHRASE_FREE));
+  const int room = width - text_width(TEXT_TITLE, line_) - margin();
+  text((struct place){left, y, width, LEFT}, (struct look){TEXT_TITLE, INK_WHITE, ON_GROUND}, line_);
+  snprintf(line_, sizeof line_, "%s %s", panel_is_small() ? "" : phrase(PHRASE_TOTAL), all);
+  text((struct place){left + width, y, room, RIGHT}, (struct look){TEXT_SMALL, INK_MUTED, ON_GROUND}, line_);
+  level(left, y + pick(34, 20), width, percent, percent < 10 ? WARM : get_theme_color());
 }
 
 static void draw_check(int place, const char *name, int is_good) {
-  const int x = MARGIN + 24 + place % 2 * 172, y = PAGE_TOP + 244 + place / 2 * 44;
-  disc(x + 10, y, 9, is_good ? get_theme_color() : has(DRAVIK_CARD_PRESENT) ? DRAVIK_RED : EDGE);
-  text(x + 34, y, FONT_BODY, is_good ? DRAVIK_WHITE : DRAVIK_GREY, LEFT, "%s", name);
+  const int column = (left_width() - 2 * pad()) / 2;
+  const int x = margin() + pad() + place % 2 * column, y = page_top() + 222 + place / 2 * 44;
+  disc(x + 10, y, 9, is_good ? GOOD : has(DRAVIK_CARD_PRESENT) ? ALARM : EDGE);
+  text((struct place){x + 30, y, column - 34, LEFT},
+       (struct look){TEXT_BODY, is_good ? INK_WHITE : INK_MUTED, ON_GROUND}, name);
+}
+
+static void draw_checks(void) {
+  fill(margin() + pad(), page_top() + 190, left_width() - 2 * pad(), 1, EDGE);
+  draw_check(0, phrase(PHRASE_INSERTED), has(DRAVIK_CARD_PRESENT));
+  draw_check(1, phrase(PHRASE_UNLOCKED), has(DRAVIK_CARD_PRESENT) && !has(DRAVIK_CARD_LOCKED));
+  draw_check(2, phrase(PHRASE_PARTITION), has(DRAVIK_CARD_PARTITIONED));
+  draw_check(3, phrase(PHRASE_MOUNTED), has(DRAVIK_CARD_MOUNTED));
+  draw_check(4, "FAT32", has(DRAVIK_CARD_FAT32));
+  draw_check(5, phrase(PHRASE_WRITABLE), has(DRAVIK_CARD_WRITABLE));
 }
 
 static void draw_card(void) {
-  plate(MARGIN, PAGE_TOP, LEFT_WIDTH, bottom() - PAGE_TOP, 0);
+  const int height = card_bottom() - page_top();
+  fill(margin(), page_top(), left_width(), height, GROUND);
+  frame(margin(), page_top(), left_width(), height, EDGE, 1);
   draw_state();
-  draw_room();
-  fill(MARGIN + 24, PAGE_TOP + 208, LEFT_WIDTH - 48, 2, EDGE);
-  draw_check(0, "In the slot", has(DRAVIK_CARD_PRESENT));
-  draw_check(1, "Unlocked", has(DRAVIK_CARD_PRESENT) && !has(DRAVIK_CARD_LOCKED));
-  draw_check(2, "Partitioned", has(DRAVIK_CARD_PARTITIONED));
-  draw_check(3, "Mounted", has(DRAVIK_CARD_MOUNTED));
-  draw_check(4, "FAT32", has(DRAVIK_CARD_FAT32));
-  draw_check(5, "Writable", has(DRAVIK_CARD_WRITABLE));
+  draw_space();
+  if (!panel_is_small())
+    draw_checks();
 }
 
-/* ------------------------------------------------------------------------------------------ recordings */
+/* -------------------------------------------------------------------------------------- the recordings */
+
+enum { SIDE_GAP = 16 };
 
 static int side_left(void) {
-  return MARGIN + LEFT_WIDTH + GAP;
+  return margin() + left_width() + SIDE_GAP;
 }
 
 static int side_width(void) {
-  return canvas_width() - MARGIN - side_left();
+  return panel_width() - margin() - side_left();
 }
 
 static int buttons_top(void) {
-  return bottom() - ACTIONS * BUTTON_HEIGHT - (ACTIONS - 1) * BUTTON_GAP;
+  return pick(page_bottom() - 2 * 52 - 12, page_bottom() - 40);
 }
 
 /* Draw a square for each of the five slots, filled if the slot is used. */
-static void draw_events(int x, int right, int y) {
-  enum { SLOTS = DRAVIK_EVENT_SLOTS, SIZE = 26 };
+static void draw_events(int x, int right, int y, int count) {
+  enum { SLOTS = DRAVIK_EVENT_SLOTS, SIZE = 24 };
   for (int i = 0; i < SLOTS; ++i) {
     const int left = x + i * (right - x - SIZE) / (SLOTS - 1);
-    if (i < recordings.event_count)
-      fill(left, y, SIZE, SIZE, get_theme_color());
-    else
-      outline(left, y, SIZE, SIZE, EDGE);
+    fill(left, y, SIZE, SIZE, i < count ? get_theme_color() : GROUND);
+    frame(left, y, SIZE, SIZE, i < count ? get_theme_color() : EDGE, 1);
   }
+}
+
+static void draw_line(int x, int right, int y, const char *name, const char *value) {
+  const int room = right - x - text_width(TEXT_SMALL, value) - 8;
+  text((struct place){x, y, room, LEFT}, (struct look){TEXT_BODY, INK_WHITE, ON_GROUND}, name);
+  text((struct place){right, y, right - x, RIGHT}, (struct look){TEXT_SMALL, INK_MUTED, ON_GROUND}, value);
 }
 
 static void draw_recordings(void) {
-  const int x = side_left() + 18, right = canvas_width() - MARGIN - 18;
-  char figures[16] = "";
-  plate(side_left(), PAGE_TOP, side_width(), buttons_top() - BUTTON_GAP - PAGE_TOP, 0);
-  icon(x + 12, PAGE_TOP + 30, ICONS_TITLE_VIDEO, DRAVIK_WHITE, DRAVIK_BLACK);
-  text(x + 38, PAGE_TOP + 30, FONT_BODY, DRAVIK_WHITE, LEFT, "Recordings");
-  if (!has_recordings) {
-    text(x, PAGE_TOP + 78, FONT_HUGE, DRAVIK_GREY, LEFT, "--");
-    if (has(DRAVIK_CARD_MOUNTED))
-      text(x, PAGE_TOP + 116, FONT_SMALL, DRAVIK_GREY, LEFT, "no directory REC");
-    return;
+  const int x = side_left() + pad(), right = panel_width() - margin() - pad(), top = page_top();
+  struct rec_file_list list;
+  char figures[SIZE_TEXT] = "--", size[SIZE_TEXT] = "", events[16] = "--";
+  frame(side_left(), top, side_width(), buttons_top() - 12 - top, EDGE, 1);
+  memset(&list, 0, sizeof list);
+  if (has(DRAVIK_CARD_MOUNTED) && parse_rec_file_list(&list) == 0) {
+    snprintf(figures, sizeof figures, "%d", (int)list.normal_count);
+    snprintf(events, sizeof events, "%d / %d", (int)list.event_count, DRAVIK_EVENT_SLOTS);
+    size_text(size, list.normal_size);
   }
-  snprintf(figures, sizeof figures, "%d", (int)recordings.normal_count);
-  digits(x, PAGE_TOP + 78, DIGITS_MEDIUM, figures, DRAVIK_BLACK, LEFT);
-  text(right, PAGE_TOP + 82, FONT_SMALL, SILVER, RIGHT, "%d MiB", (int)recordings.normal_size);
-  if (recordings.normal_oldest >= 0)
-    text(x, PAGE_TOP + 116, FONT_SMALL, DRAVIK_GREY, LEFT, "from KVX%05d", (int)recordings.normal_oldest);
-  fill(x, PAGE_TOP + 140, right - x, 2, EDGE);
-  text(x, PAGE_TOP + 164, FONT_BODY, DRAVIK_WHITE, LEFT, "Events");
-  text(right, PAGE_TOP + 164, FONT_SMALL, SILVER, RIGHT, "%d / 5", (int)recordings.event_count);
-  draw_events(x, right, PAGE_TOP + 190);
+  draw_line(x, right, top + 32, phrase(PHRASE_RECORDINGS), figures);
+  draw_line(x, right, top + 64, "", size);
+  fill(x, top + 98, right - x, 1, EDGE);
+  draw_line(x, right, top + 130, phrase(PHRASE_EVENTS), events);
+  draw_events(x, right, top + 160, list.event_count);
 }
 
 static void draw_button(enum action action) {
-  const int y = buttons_top() + (int)action * (BUTTON_HEIGHT + BUTTON_GAP), middle = y + BUTTON_HEIGHT / 2;
-  const int is_selected = action == selected;
-  const uint16_t ground = is_selected ? DRAVIK_THEME : DRAVIK_BLACK;
-  plate(side_left(), y, side_width(), BUTTON_HEIGHT, is_selected);
-  icon(side_left() + 30, middle, actions[action].image, DRAVIK_WHITE, ground);
-  words(side_left() + 60, middle, WORDS_BODY, ground, LEFT, phrase(actions[action].label));
+  const enum button_state state = !has(DRAVIK_CARD_PRESENT) ? BUTTON_OFF
+                                  : action == selected      ? BUTTON_SELECTED
+                                                            : BUTTON_ON;
+  const int gap = pick(12, 8), half = (page_width() - gap) / 2;
+  if (panel_is_small())
+    button(margin() + (int)action * (half + gap), buttons_top(), half, 40, actions[action].image,
+           actions[action].label, state);
+  else
+    button(side_left(), buttons_top() + (int)action * (52 + gap), side_width(), 52, actions[action].image,
+           actions[action].label, state);
 }
 
 /* -------------------------------------------------------------------------------------------- the page */
 
-void card_draw(const struct ride *ride) {
-  look();
-  page(ride, ICONS_TITLE_SD, phrase(PHRASE_CARD), "");
-  draw_card();
-  draw_recordings();
-  for (int i = 0; i < ACTIONS; ++i)
-    draw_button((enum action)i);
-  if (is_asking)
-    question_draw(actions[selected].question, actions[selected].remark, is_yes);
+static void enter(void) {
+  selected = ACTION_REPAIR;
 }
 
-void card_refresh(const struct ride *ride) {
+static void draw(void) {
+  shown = board()->card;
+  draw_card();
+  if (!panel_is_small())
+    draw_recordings();
+  for (int i = 0; i < ACTIONS; ++i)
+    draw_button((enum action)i);
+  title_counter((int)selected, has(DRAVIK_CARD_PRESENT) ? ACTIONS : 0);
+}
+
+static void refresh(void) {
   const struct card *card = &board()->card;
   if (card->status != shown.status || card->is_usable != shown.is_usable ||
       card->free_mib != shown.free_mib || card->part_mib != shown.part_mib)
-    card_draw(ride);
-  else
-    status_clock(ride);
-}
-
-void card_enter(void) {
-  selected = ACTION_REPAIR;
-  is_asking = 0;
-}
-
-/* -------------------------------------------------------------------------------------------- the actions */
-
-static void fail(const char *reason) {
-  has_failed = 1;
-  fprintf(stderr, "dashcam: card: %s\n", reason);
-  tell("card: %s", reason);
-  notice(NOTICE_CARD_ERROR);
-}
-
-/* The library runs all its commands, even after one failed. Checking or formatting a file system in use would
- * destroy it, so the card is unmounted first. */
-static int is_unmounted(void) {
-  char reason[CARD_REASON];
-  if (!has(DRAVIK_CARD_MOUNTED) || card_unmount(reason) == 0)
-    return 1;
-  fail(reason);
-  return 0;
-}
-
-/* Reads the record of a repair. Its unmount fails: the card was unmounted before. */
-static void look_at_repair(void) {
-  static const char *const steps[] = {"unmount", "check", "mount"};
-  enum { CHECK = 1, STEPS = 3, ERRORS_REPAIRED = 1 };
-  char reason[CARD_REASON];
-  FILE *record = fopen("/tmp/debugfs", "r");
-  for (int step = 0, status; step < STEPS; ++step) {
-    if (record == NULL || fscanf(record, "ret : %d ", &status) != 1)
-      status = -1;
-    const int exit_status = status >= 0 && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    if (step < CHECK || exit_status == 0 || (step == CHECK && exit_status == ERRORS_REPAIRED))
-      continue;
-    snprintf(reason, sizeof reason, "%s failed with exit status %d", steps[step], exit_status);
-    fail(reason);
-    break;
-  }
-  if (record != NULL)
-    fclose(record);
-}
-
-static void repair(void) {
-  if (!is_unmounted())
-    return;
-  sd_card_check_fs();
-  look_at_repair();
-}
-
-/* Formatting ends with a reboot of the board. */
-static void format(void) {
-  if (!is_unmounted())
-    return;
-  if (has(DRAVIK_CARD_PARTITIONED))
-    sd_card_format();
-  else
-    sd_card_create_part(shown.sectors);
+    draw_page();
 }
 
 static void carry_out(void) {
-  question_draw_wait(actions[selected].label);
-  tell("card: %s", selected == ACTION_REPAIR ? "repair" : "format");
-  has_failed = 0;
+  draw_wait(actions[selected].label);
   if (selected == ACTION_REPAIR)
-    repair();
+    card_repair(&shown);
   else
-    format();
-  if (!has_failed)
-    tell("card: done");
+    card_format(&shown);
   board_look_around();
 }
 
-int card_has_failed(void) {
-  return has_failed;
-}
-
-static void answer(void) {
-  is_asking = 0;
-  if (is_yes)
-    carry_out();
-  else
-    tell("card: no");
-}
-
-int card_press(enum key key) {
-  if (is_asking && key == KEY_OK) {
-    answer();
-  } else if (is_asking) {
-    is_yes = !is_yes;
-  } else if (key == KEY_OK) {
-    is_asking = has(DRAVIK_CARD_PRESENT);
-    is_yes = 0;
-  } else {
+/* Without a card there is nothing to select. */
+static void press(enum key key) {
+  if (!has(DRAVIK_CARD_PRESENT))
+    return;
+  if (key == KEY_NEXT)
     selected = (selected + 1) % ACTIONS;
-    return selected != ACTION_REPAIR;
-  }
-  return 1;
+  else
+    ask(actions[selected].question, actions[selected].remark, carry_out);
 }
+
+const struct page card_page = {
+    .name = "card",
+    .shows = "the memory card, its repair and its format",
+    .art = ICONS_TITLE_SD,
+    .title = PHRASE_CARD,
+    .enter = enter,
+    .draw = draw,
+    .refresh = refresh,
+    .press = press,
+};

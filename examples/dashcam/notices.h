@@ -1,4 +1,4 @@
-/* Notices: announced by voice and shown as a banner on the screen. */
+/* Notices: announced by voice and shown on the screen, in the strip of the title. */
 #ifndef NOTICES_H
 #define NOTICES_H
 
@@ -6,19 +6,27 @@
 enum notice {
   NOTICE_RECORDING,
   NOTICE_PARKING,
+  NOTICE_PROTECTED,
+  NOTICE_MONITOR_ATTACHED,
+  NOTICE_MONITOR_REMOVED,
   NOTICE_CARD_FULL,
   NOTICE_CARD_MISSING,
   NOTICE_CARD_ERROR,
-  NOTICE_IMPACT
+  NOTICE_HOT,
+  NOTICE_IMPACT,
+  NOTICES
 };
 
 /* Announce a notice, and show it for a few seconds instead of the one before. */
 void notice(enum notice which);
 
-/* Draw the banner while its time lasts. */
+/* Draw the notice while its time lasts, if it was not drawn yet. */
 void notice_draw(void);
 
-/* Return 1, once, when the banner's time is over: the screen below it must be drawn again. */
+/* The page was drawn over the notice. */
+void notice_is_covered(void);
+
+/* Return 1, once, when its time is over: the page must be drawn again. */
 int notice_is_over(void);
 
 #endif

@@ -2,52 +2,35 @@
 
 #include "phrases.h"
 
-#include <errno.h>
-#include <limits.h>
 #include <stdio.h>
-#include <stdlib.h>
 #include <string.h>
 
 void print_help(void) {
-  puts("Usage: dashcam [--screen NAME [--press KEYS] [--stay]] [--turns N] [--seconds S]\n"
-       "               [--time HH:MM:SS] [--language CODE] [--screenshot]\n"
+  puts("Usage: dashcam [--screen NAME [--press KEYS] [--stay]] [--time HH:MM:SS]\n"
+       "               [--language CODE] [--screenshot]\n"
        "       dashcam --list\n\n"
-       "Show the screens of a dash camera in turn, with sound, until SIGINT or SIGTERM.\n\n"
-       "The screens follow the board: accelerometer, temperature, memory card, monitor\n"
+       "Run a dash camera with its pages, its sound and its recordings, until it is\n"
+       "switched off in its menu, or until SIGINT or SIGTERM.\n\n"
+       "The camera follows the board: accelerometer, temperature, memory card, monitor\n"
        "and three GPIO lines. Line 60 is high while the car is parked; lines 61 and 62\n"
-       "are the keys NEXT and OK. SIGUSR1 is the screenshot key: it saves the screen as\n"
-       "a BMP file in /tmp/mmcblk0p1, on a panel of 640 by 480 only.\n\n"
+       "are the keys NEXT and OK. NEXT selects, OK opens and changes, OK held for 0.7 s\n"
+       "goes back. SIGUSR1 is the screenshot key: it saves the screen as a BMP file in\n"
+       "/tmp/mmcblk0p1, on a panel of 640 by 480 only. The settings are kept in\n"
+       "/usr/local/dravik/dashcam.conf.\n\n"
        "Options:\n"
-       "  --screen NAME    draw this screen and exit; it stays on the panel\n"
-       "  --press KEYS     press keys on that screen first: a list such as next,ok\n"
-       "  --stay           stay on that screen until a signal\n"
-       "  --turns N        exit after N turns\n"
-       "  --seconds S      time per screen (default: 4)\n"
+       "  --screen NAME    draw this page and exit; it stays on the panel\n"
+       "  --press KEYS     press keys on that page first: a list such as next,ok,back\n"
+       "  --stay           start at that page\n"
        "  --time HH:MM:SS  start at this time of day (default: now)\n"
-       "  --language CODE  start in en, de, ja, el, ko, ru or zh (default: en); each\n"
-       "                   turn uses the next\n"
-       "  --screenshot     save each screen when it is first drawn\n"
-       "  --list           list the screens");
+       "  --language CODE  use en, de, el, ru, ja, ko or zh (default: that of the\n"
+       "                   settings)\n"
+       "  --screenshot     save the page\n"
+       "  --list           list the pages");
 }
 
-void print_screens(void) {
-  for (int i = 0; i < screen_count; ++i)
-    printf("%-10s %s\n", screens[i].name, screens[i].shows);
-}
-
-static const struct screen *find_screen(const char *name) {
-  for (int i = 0; i < screen_count; ++i)
-    if (strcmp(screens[i].name, name) == 0)
-      return &screens[i];
-  return NULL;
-}
-
-/* Return a whole number from 1 to INT_MAX; 0 if the text is not one. */
-static int read_count(const char *text) {
-  char *end;
-  errno = 0;
-  const long count = strtol(text, &end, 10);
-  return errno == 0 && end != text && *end == '\0' && count > 0 && count <= INT_MAX ? (int)count : 0;
+void print_pages(void) {
+  for (int i = 0; i < PAGES; ++i)
+    printf("%-10s %s\n", pages[i]->name, pages[i]->shows);
 }
 
 /* Return HH:MM:SS in seconds; -1 if the text is not a time of day. */
@@ -60,15 +43,23 @@ static int read_time(const char *text) {
   return (hour * 60 + minute) * 60 + second;
 }
 
+static enum key find_key(const char *name, size_t length) {
+  static const char *const names[] = {[KEY_NEXT] = "next", [KEY_OK] = "ok", [KEY_BACK] = "back"};
+  for (int i = KEY_NEXT; i <= KEY_BACK; ++i)
+    if (strlen(names[i]) == length && strncmp(names[i], name, length) == 0)
+      return (enum key)i;
+  return KEY_NONE;
+}
+
 /* Parse names of keys, separated by commas. Return 0, or -1 if one is not a key or there are too many. */
 static int read_keys(struct options *options, const char *text) {
   options->key_count = 0;
   for (const char *rest = text; options->key_count < MOST_KEYS; ++rest) {
     const size_t length = strcspn(rest, ",");
-    const int is_next = length == 4 && strncmp(rest, "next", 4) == 0;
-    if (!is_next && (length != 2 || strncmp(rest, "ok", 2) != 0))
+    const enum key key = find_key(rest, length);
+    if (key == KEY_NONE)
       return -1;
-    options->keys[options->key_count++] = is_next ? KEY_NEXT : KEY_OK;
+    options->keys[options->key_count++] = key;
     rest += length;
     if (*rest == '\0')
       return 0;
@@ -79,17 +70,13 @@ static int read_keys(struct options *options, const char *text) {
 /* Parse an option with a value. Return 0, or -1 if it is invalid. */
 static int read_option(struct options *options, const char *name, const char *value) {
   if (strcmp(name, "--screen") == 0)
-    return (options->only = find_screen(value)) != NULL ? 0 : -1;
+    return (options->only = find_page(value)) != NULL ? 0 : -1;
   if (strcmp(name, "--press") == 0)
     return read_keys(options, value);
-  if (strcmp(name, "--turns") == 0)
-    return (options->turns = read_count(value)) > 0 ? 0 : -1;
-  if (strcmp(name, "--seconds") == 0)
-    return (options->seconds = read_count(value)) > 0 ? 0 : -1;
   if (strcmp(name, "--time") == 0)
     return (options->start = read_time(value)) >= 0 ? 0 : -1;
   if (strcmp(name, "--language") == 0)
-    return choose_language(value);
+    return (options->language = language_of_code(value)) >= 0 ? 0 : -1;
   return -1;
 }
 
@@ -102,7 +89,7 @@ static int read_switch(struct options *options, const char *name) {
   return -1;
 }
 
-/* Keys and --stay require a single screen. */
+/* Keys and --stay require a page. */
 static int make_sense(const struct options *options) {
   if (options->only != NULL || (options->key_count == 0 && !options->is_staying))
     return 1;

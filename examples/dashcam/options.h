@@ -2,23 +2,22 @@
 #ifndef OPTIONS_H
 #define OPTIONS_H
 
-#include "screens.h"
+#include "pages.h"
 
-enum { MOST_KEYS = 16 };
+enum { MOST_KEYS = 32 };
 
 struct options {
-  const struct screen *only; /* null: all in turn */
-  enum key keys[MOST_KEYS];  /* pressed on that screen */
+  const struct page *only;  /* null: the application from its splash on */
+  enum key keys[MOST_KEYS]; /* pressed on that page */
   int key_count;
-  int is_staying; /* on that screen */
-  int turns;      /* 0: until a signal */
-  int seconds;    /* per screen */
+  int is_staying; /* on that page, until a signal */
   int start;      /* seconds of the day; -1: the clock's */
-  int is_saving;  /* each screen when it is first drawn */
+  int language;   /* instead of that of the settings; -1: none */
+  int is_saving;  /* the page */
 };
 
 void print_help(void);
-void print_screens(void);
+void print_pages(void);
 
 /* Return 0, or -1 after reporting an invalid option. */
 int read_options(struct options *options, int count, char **words);

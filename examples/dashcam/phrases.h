@@ -3,25 +3,49 @@
 #define PHRASES_H
 
 enum phrase {
-  PHRASE_LANGUAGE_NAME,
-  PHRASE_GREETING,
+  /* pages */
   PHRASE_MENU,
-  PHRASE_VIDEO,
   PHRASE_PLAYBACK,
+  PHRASE_PHOTOS,
+  PHRASE_JOURNEY,
   PHRASE_SENSOR,
-  PHRASE_PARKING,
   PHRASE_CARD,
   PHRASE_SETTINGS,
-  PHRASE_THEME,
+  PHRASE_SYSTEM,
   PHRASE_POWER_OFF,
-  PHRASE_LANGUAGE,
-  PHRASE_JOURNEY,
-  PHRASE_PLACE, /* position of the ride */
+  /* settings */
+  PHRASE_BRIGHTNESS,
   PHRASE_SOUND,
   PHRASE_VOLUME,
   PHRASE_MUTE,
   PHRASE_MICROPHONE,
-  PHRASE_SYSTEM,
+  PHRASE_THEME,
+  PHRASE_LANGUAGE,
+  PHRASE_LANGUAGE_NAME,
+  PHRASE_GREETING,
+  PHRASE_CLOCK,
+  PHRASE_HOUR,
+  PHRASE_MINUTE,
+  PHRASE_IMPACT_SENSOR,
+  PHRASE_LOW,
+  PHRASE_MEDIUM,
+  PHRASE_HIGH,
+  PHRASE_ON,
+  PHRASE_OFF,
+  /* recordings */
+  PHRASE_RECORDINGS,
+  PHRASE_EVENTS,
+  PHRASE_EVENT,
+  PHRASE_NO_RECORDINGS,
+  PHRASE_NO_PICTURES,
+  PHRASE_PLAY,
+  PHRASE_PAUSE,
+  PHRASE_PROTECT,
+  PHRASE_RELEASE,
+  PHRASE_DELETE,
+  PHRASE_DELETE_QUESTION,
+  PHRASE_DELETE_REMARK,
+  /* the memory card */
   PHRASE_REPAIR,
   PHRASE_FORMAT,
   PHRASE_REPAIR_QUESTION,
@@ -31,14 +55,49 @@ enum phrase {
   PHRASE_PLEASE_WAIT,
   PHRASE_YES,
   PHRASE_NO,
+  PHRASE_FREE,
+  PHRASE_TOTAL,
+  PHRASE_UNKNOWN_FORMAT,
+  PHRASE_INSERT_CARD,
+  PHRASE_INSERTED,
+  PHRASE_UNLOCKED,
+  PHRASE_PARTITION,
+  PHRASE_MOUNTED,
+  PHRASE_WRITABLE,
   PHRASE_CARD_READY,
   PHRASE_CARD_MISSING,
   PHRASE_CARD_LOCKED,
   PHRASE_CARD_ERROR,
   PHRASE_CARD_FULL,
+  /* the system */
+  PHRASE_PANEL,
+  PHRASE_REGION,
+  PHRASE_WIFI,
+  PHRASE_ETHERNET,
+  PHRASE_TEMPERATURE,
+  PHRASE_RUNNING,
+  PHRASE_NOT_SET,
+  PHRASE_NO_ADDRESS,
+  PHRASE_NOT_PRESENT,
+  PHRASE_CONNECTED,
+  PHRASE_NOT_CONNECTED,
+  PHRASE_UNKNOWN,
+  /* the journey */
+  PHRASE_PLACE, /* position of the ride */
+  PHRASE_DESTINATION,
+  /* notices */
   PHRASE_RECORDING,
   PHRASE_PARKING_MODE,
+  PHRASE_HOT,
   PHRASE_IMPACT,
+  PHRASE_PROTECTED,
+  PHRASE_MONITOR_ATTACHED,
+  PHRASE_MONITOR_REMOVED,
+  /* the end */
+  PHRASE_POWER_OFF_QUESTION,
+  PHRASE_POWER_OFF_REMARK,
+  PHRASE_GOODBYE,
+  PHRASE_SAVING,
   PHRASES
 };
 enum { LANGUAGES = 7 };
@@ -48,11 +107,9 @@ const char *phrase(enum phrase which);
 const char *phrase_in(int language, enum phrase which);
 
 int chosen_language(void);
+void choose_language(int language);
 
-/* Select a language by its code: en, de, el, ru, ja, ko or zh. Return 0, or -1 if there is none. */
-int choose_language(const char *code);
-
-/* Select the next language; after the last one, the first. */
-void next_language(void);
+/* Return the number of a language by its code: en, de, el, ru, ja, ko or zh; -1 if there is none. */
+int language_of_code(const char *code);
 
 #endif

@@ -1,42 +1,105 @@
 #include "question.h"
 
+#include "navigation.h"
+#include "tell.h"
 #include "widgets.h"
-#include "words.h"
 
-enum { WIDTH = 480, HEIGHT = 232, BUTTON_WIDTH = 204, BUTTON_HEIGHT = 56, PADDING = 24, TEXT_LEFT = 120 };
+#include <stddef.h>
+
+static struct {
+  enum phrase question, remark;
+  void (*on_yes)(void);
+  int is_yes;
+} asked;
+
+/* -------------------------------------------------------------------------------------------- drawing */
+
+static int width(void) {
+  return pick(500, 304);
+}
+
+static int height(void) {
+  return pick(220, 150);
+}
 
 static int left(void) {
-  return (canvas_width() - WIDTH) / 2;
+  return (panel_width() - width()) / 2;
 }
 
 static int top(void) {
-  return (PAGE_TOP + canvas_height() - HEIGHT) / 2 - 8;
+  return (bar_height() + title_height() + panel_height() - height()) / 2;
 }
 
-static void draw_ground(void) {
-  fill(left() - 10, top() - 10, WIDTH + 20, HEIGHT + 20, DRAVIK_BLACK);
-  plate(left(), top(), WIDTH, HEIGHT, 0);
-  frame(left(), top(), WIDTH, HEIGHT, DRAVIK_WHITE, 2);
-  icon(left() + 64, top() + 68, ICONS_MENU_WARNING, DRAVIK_WHITE, DRAVIK_BLACK);
+static void draw_dialog(enum phrase title, enum phrase remark) {
+  const int x = left() + pick(112, 52), room = width() - pick(136, 60);
+  dim(bar_height());
+  plate(left(), top(), width(), height(), 0);
+  frame(left(), top(), width(), height(), DRAVIK_WHITE, 2);
+  icon(left() + pick(62, 28), top() + pick(70, 44), ICONS_MENU_WARNING, INK_WHITE, ON_SURFACE);
+  text((struct place){x, top() + pick(52, 30), room, LEFT}, (struct look){TEXT_TITLE, INK_WHITE, ON_SURFACE},
+       phrase(title));
+  text((struct place){x, top() + pick(92, 60), room, LEFT}, (struct look){TEXT_SMALL, INK_MUTED, ON_SURFACE},
+       phrase(remark));
 }
 
-static void draw_answer(int x, enum phrase answer, int is_marked) {
-  const int y = top() + HEIGHT - PADDING - BUTTON_HEIGHT;
-  plate(x, y, BUTTON_WIDTH, BUTTON_HEIGHT, is_marked);
-  words(x + BUTTON_WIDTH / 2, y + BUTTON_HEIGHT / 2, WORDS_BODY, is_marked ? DRAVIK_THEME : DRAVIK_BLACK,
-        CENTRE, phrase(answer));
+static void draw_answer(int place, enum phrase answer, int is_selected) {
+  const int gap = pick(24, 12), tall = pick(56, 40), wide = (width() - 3 * gap) / 2;
+  const int x = left() + gap + place * (wide + gap), y = top() + height() - gap - tall;
+  plate(x, y, wide, tall, is_selected);
+  text((struct place){x + wide / 2, y + tall / 2, wide - 16, CENTRE},
+       (struct look){TEXT_BODY, INK_WHITE, is_selected ? ON_ACCENT : ON_SURFACE}, phrase(answer));
 }
 
-void question_draw(enum phrase asked, enum phrase remark, int is_yes) {
-  draw_ground();
-  words(left() + TEXT_LEFT, top() + 52, WORDS_TITLE, DRAVIK_BLACK, LEFT, phrase(asked));
-  words(left() + TEXT_LEFT, top() + 94, WORDS_SMALL, DRAVIK_BLACK, LEFT, phrase(remark));
-  draw_answer(left() + PADDING, PHRASE_NO, !is_yes);
-  draw_answer(left() + WIDTH - PADDING - BUTTON_WIDTH, PHRASE_YES, is_yes);
+static void draw_answers(void) {
+  draw_answer(0, PHRASE_NO, !asked.is_yes);
+  draw_answer(1, PHRASE_YES, asked.is_yes);
 }
 
-void question_draw_wait(enum phrase what) {
-  draw_ground();
-  words(left() + TEXT_LEFT, top() + 52, WORDS_TITLE, DRAVIK_BLACK, LEFT, phrase(what));
-  words(left() + TEXT_LEFT, top() + 94, WORDS_SMALL, DRAVIK_BLACK, LEFT, phrase(PHRASE_PLEASE_WAIT));
+void question_draw(void) {
+  draw_dialog(asked.question, asked.remark);
+  draw_answers();
+}
+
+void draw_wait(enum phrase what) {
+  draw_page();
+  draw_dialog(what, PHRASE_PLEASE_WAIT);
+}
+
+/* ------------------------------------------------------------------------------------------- answering */
+
+void ask(enum phrase question, enum phrase remark, void (*on_yes)(void)) {
+  asked.question = question;
+  asked.remark = remark;
+  asked.on_yes = on_yes;
+  asked.is_yes = 0;
+  tell("question: %s", phrase_in(0, question));
+}
+
+int question_is_open(void) {
+  return asked.on_yes != NULL;
+}
+
+void question_close(void) {
+  asked.on_yes = NULL;
+}
+
+/* The page is drawn again, unless the action has opened another one. */
+static void answer(int is_yes) {
+  const struct page *page = page_shown();
+  void (*on_yes)(void) = asked.on_yes;
+  question_close();
+  tell("answer: %s", is_yes ? "yes" : "no");
+  if (is_yes)
+    on_yes();
+  if (page == page_shown())
+    draw_page();
+}
+
+void question_press(enum key key) {
+  if (key == KEY_NEXT) {
+    asked.is_yes = !asked.is_yes;
+    draw_answers();
+  } else {
+    answer(key == KEY_OK && asked.is_yes);
+  }
 }

@@ -1,13 +1,25 @@
-/* A question on a page, with the answers no and yes. */
+/* A question on a darkened page, with the answers no and yes: NEXT moves between them, OK answers, a held OK
+ * is a no. */
 #ifndef QUESTION_H
 #define QUESTION_H
 
+#include "board.h"
 #include "phrases.h"
 
-/* Draw the question with a remark below it and one answer selected. */
-void question_draw(enum phrase asked, enum phrase remark, int is_yes);
+/* Ask. The call is made if the answer is yes. */
+void ask(enum phrase question, enum phrase remark, void (*on_yes)(void));
 
-/* Draw in its place that the answer is being executed. */
-void question_draw_wait(enum phrase what);
+int question_is_open(void);
+
+/* Darken the page and draw the question. */
+void question_draw(void);
+
+void question_press(enum key key);
+
+/* The question no longer makes sense. */
+void question_close(void);
+
+/* Draw on a darkened page that something is being done. */
+void draw_wait(enum phrase what);
 
 #endif

@@ -1,4 +1,4 @@
-/* The ride of the demonstration: invented readings that depend on the time only. */
+/* The ride of the demonstration: invented readings that depend on the time, and on whether the car is parked. */
 #ifndef RIDE_H
 #define RIDE_H
 
@@ -13,7 +13,12 @@ struct ride {
   int supply_mv;
 };
 
-/* Return the readings at a number of half seconds after a time of day in seconds. */
-struct ride ride_at(int start_seconds, int half_seconds);
+const struct ride *ride(void);
+
+/* Read at a number of half seconds after a time of day in seconds. */
+void ride_go_on(int start_seconds, int half_seconds, int is_parked);
+
+/* Read again, after the clock was set. */
+void ride_read(void);
 
 #endif

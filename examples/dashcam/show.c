@@ -3,21 +3,26 @@
 #include "show.h"
 
 #include "camera.h"
+#include "card_care.h"
+#include "navigation.h"
 #include "notices.h"
-#include "phrases.h"
+#include "question.h"
+#include "recorder.h"
+#include "ride.h"
 #include "screenshot.h"
+#include "settings.h"
 #include "speaker.h"
 #include "tell.h"
-#include "volume.h"
 
 #include <signal.h>
 #include <string.h>
 #include <time.h>
 
 /* Keys are read at every tick, the movement at every second one, and the rest twice per second. */
-enum { TICK_MS = 50, TICKS_A_LOOK = 2, TICKS_A_HALF_SECOND = 10 };
+enum { TICK_MS = 50, TICKS_A_STEP = 2, TICKS_A_HALF_SECOND = 10 };
 
 static volatile sig_atomic_t is_told_to_end, is_told_to_save;
+static int is_over;
 
 static void on_signal(int number) {
   if (number == SIGUSR1)
@@ -35,6 +40,10 @@ void listen_to_signals(void) {
   sigaction(SIGUSR1, &action, NULL);
 }
 
+void end_show(void) {
+  is_over = 1;
+}
+
 /* ------------------------------------------------------------------------------------------------ time */
 
 static int ticks;
@@ -46,10 +55,13 @@ static int seconds_of_day(void) {
   return (local.tm_hour * 60 + local.tm_min) * 60 + local.tm_sec;
 }
 
-static struct ride ride_now(const struct options *options) {
-  const int half_seconds = ticks / TICKS_A_HALF_SECOND;
-  return options->start >= 0 ? ride_at(options->start, half_seconds)
-                             : ride_at(seconds_of_day(), half_seconds % 2);
+/* Without a time to start at, the board's clock leads. */
+static void ride_on(const struct options *options) {
+  const int half_seconds = ticks / TICKS_A_HALF_SECOND, is_parked = board()->is_parked;
+  if (options->start >= 0)
+    ride_go_on(options->start, half_seconds, is_parked);
+  else
+    ride_go_on(seconds_of_day(), half_seconds % 2, is_parked);
 }
 
 static void save_when_told(void) {
@@ -67,123 +79,84 @@ static void wait_tick(void) {
   ++ticks;
 }
 
-/* --------------------------------------------------------------------------------------------- drawing */
-
-static void draw(const struct screen *screen, const struct options *options) {
-  const struct ride ride = ride_now(options);
-  screen->draw(&ride);
-  notice_draw();
-}
-
-/* Draw a new screen. Return 0, or -1 if it could not be saved as requested. */
-static int begin(const struct screen *screen, const struct options *options) {
-  tell("screen %s", screen->name);
-  if (screen->enter != NULL)
-    screen->enter();
-  draw(screen, options);
-  return options->is_saving ? save_screen() : 0;
-}
-
-/* Return 0 if the screen does not use the key. */
-static int press(const struct screen *screen, const struct options *options, enum key key) {
-  tell("key %s", key == KEY_NEXT ? "next" : "ok");
-  const int is_taken = screen->press != NULL && screen->press(key);
-  draw(screen, options);
-  return is_taken;
-}
-
-static void follow_movement(const struct screen *screen) {
-  if (!board_look_at_movement())
-    return;
-  camera_feel();
-  if (screen->follow != NULL)
-    screen->follow();
-  notice_draw();
-}
-
-static void follow_board(const struct screen *screen, const struct options *options) {
-  const struct ride ride = ride_now(options);
-  board_look_around();
-  const int is_new_state = camera_follow();
-  camera_blink(ride.is_lit);
-  if (is_new_state || notice_is_over())
-    screen->draw(&ride);
-  else
-    screen->refresh(&ride);
-  notice_draw();
-}
-
 /* ---------------------------------------------------------------------------------------------- living */
 
-static int64_t ticks_of(int seconds) {
-  return (int64_t)seconds * 1000 / TICK_MS;
-}
-
-/* Handle one tick. Return 0 if a key ends the screen. */
-static int live(const struct screen *screen, const struct options *options, int64_t *ticks_left) {
-  wait_tick();
+static void follow_key(void) {
   const enum key key = board_key();
-  if (key != KEY_NONE) {
-    speaker_click();
-    *ticks_left = ticks_of(options->seconds);
-    if (!press(screen, options, key) && key == KEY_NEXT)
-      return 0;
+  if (key == KEY_NONE)
+    return;
+  speaker_click();
+  press_key(key);
+}
+
+static void follow_fast(void) {
+  if (board_look_at_movement()) {
+    camera_feel();
+    follow_movement();
   }
-  if (ticks % TICKS_A_LOOK == 0)
-    follow_movement(screen);
-  if (ticks % TICKS_A_HALF_SECOND == 0)
-    follow_board(screen, options);
-  return 1;
+  step_page();
 }
 
-static void show_screen(const struct screen *screen, const struct options *options) {
-  int64_t ticks_left = ticks_of(options->seconds);
-  begin(screen, options);
-  while (!is_told_to_end && (options->is_staying || ticks_left-- > 0))
-    if (!live(screen, options, &ticks_left) && !options->is_staying)
-      return;
+/* A question about a state that is over would make no sense. */
+static void follow_board(const struct options *options) {
+  board_look_around();
+  ride_on(options);
+  camera_follow_monitor();
+  const int is_new_state = camera_follow();
+  camera_blink(ride()->is_lit);
+  if (camera_state() == CAMERA_RECORDING)
+    record();
+  if (is_new_state)
+    question_close();
+  if (is_new_state || notice_is_over())
+    draw_page();
+  else
+    refresh_page();
 }
 
-static void show_all(const struct options *options) {
-  for (int turn = 0; (options->turns == 0 || turn < options->turns) && !is_told_to_end; ++turn) {
-    for (int i = 0; i < screen_count && !is_told_to_end; ++i)
-      show_screen(&screens[i], options);
-    next_theme();
-    next_language();
+static void live(const struct options *options) {
+  while (!is_told_to_end && !is_over) {
+    wait_tick();
+    follow_key();
+    if (ticks % TICKS_A_STEP == 0)
+      follow_fast();
+    if (ticks % TICKS_A_HALF_SECOND == 0)
+      follow_board(options);
+    draw_notice();
   }
 }
 
 static void show_live(const struct options *options) {
   console_open();
   speaker_open();
-  volume_set_up();
+  recorder_open();
+  apply_sound();
   speaker_say(SOUND_CHIME);
   camera_lights_on();
   camera_follow();
-  if (options->only != NULL)
-    show_screen(options->only, options);
-  else
-    show_all(options);
+  navigation_start(options->only != NULL ? options->only : &splash_page);
+  live(options);
   camera_lights_off();
   speaker_close(is_told_to_end);
   console_close();
 }
 
 static int show_still(const struct options *options) {
-  const int result = begin(options->only, options);
+  navigation_start(options->only);
   for (int i = 0; i < options->key_count; ++i)
-    press(options->only, options, options->keys[i]);
-  return card_has_failed() ? -1 : result;
+    press_key(options->keys[i]);
+  return options->is_saving ? save_screen() : 0;
 }
 
 int show(const struct options *options) {
   int result = 0;
   board_open();
   camera_set_state();
+  ride_on(options);
   if (options->only != NULL && !options->is_staying)
     result = show_still(options);
   else
     show_live(options);
   board_close();
-  return result;
+  return card_has_failed() ? -1 : result;
 }

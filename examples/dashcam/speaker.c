@@ -15,10 +15,18 @@
 enum { PLACES = 8, START_STEPS = 50, STEP_NS = 4000000 };
 
 static const char *const files[] = {
-    [SOUND_CHIME] = FILES "/chime.wav",           [SOUND_CLICK] = FILES "/click.pcm",
-    [SOUND_RECORDING] = FILES "/recording.mp3",   [SOUND_PARKING] = FILES "/parking.mp3",
-    [SOUND_CARD_FULL] = FILES "/card_full.mp3",   [SOUND_CARD_MISSING] = FILES "/card_missing.mp3",
-    [SOUND_CARD_ERROR] = FILES "/card_error.mp3", [SOUND_IMPACT] = FILES "/impact.mp3",
+    [SOUND_CHIME] = FILES "/chime.wav",
+    [SOUND_CLICK] = FILES "/click.pcm",
+    [SOUND_RECORDING] = FILES "/recording.mp3",
+    [SOUND_PARKING] = FILES "/parking.mp3",
+    [SOUND_PROTECTED] = FILES "/protected.mp3",
+    [SOUND_MONITOR_ATTACHED] = FILES "/monitor_attached.mp3",
+    [SOUND_MONITOR_REMOVED] = FILES "/monitor_removed.mp3",
+    [SOUND_CARD_FULL] = FILES "/card_full.mp3",
+    [SOUND_CARD_MISSING] = FILES "/card_missing.mp3",
+    [SOUND_CARD_ERROR] = FILES "/card_error.mp3",
+    [SOUND_HOT] = FILES "/hot.mp3",
+    [SOUND_IMPACT] = FILES "/impact.mp3",
     [SOUND_GOODBYE] = FILES "/goodbye.mp3",
 };
 

@@ -1,106 +1,113 @@
-/* The system: sales region, network, and the state of the board. */
+/* The system: sales region, network, and the state of the board. NEXT shows the rest on a small panel. */
 
-#include "phrases.h"
-#include "screens.h"
-#include "widgets.h"
+#include "list.h"
+#include "pages.h"
 
 #include <stdio.h>
 
-enum row { ROW_PANEL, ROW_REGION, ROW_WIFI, ROW_ETHERNET, ROW_MONITOR, ROW_TEMPERATURE, ROW_RUNNING, ROWS };
-enum { VALUE = 40 };
+enum { ROW_PANEL, ROW_REGION, ROW_WIFI, ROW_ETHERNET, ROW_MONITOR, ROW_TEMPERATURE, ROW_RUNNING, ROWS };
 
 static const struct {
   enum icons_image image;
-  const char *label;
+  enum phrase label;
 } rows[ROWS] = {
-    [ROW_PANEL] = {ICONS_TITLE_SYSTEM, "Panel"},      [ROW_REGION] = {ICONS_TITLE_LANGUAGE, "Region"},
-    [ROW_WIFI] = {ICONS_TITLE_WIFI, "Wi-Fi"},         [ROW_ETHERNET] = {ICONS_TITLE_NETWORK, "Ethernet"},
-    [ROW_MONITOR] = {ICONS_TITLE_MONITOR, "Monitor"}, [ROW_TEMPERATURE] = {ICONS_TITLE_TEMPERATURE, "Inside"},
-    [ROW_RUNNING] = {ICONS_TITLE_CLOCK, "Running"},
+    [ROW_PANEL] = {ICONS_TITLE_SYSTEM, PHRASE_PANEL},
+    [ROW_REGION] = {ICONS_TITLE_LANGUAGE, PHRASE_REGION},
+    [ROW_WIFI] = {ICONS_TITLE_WIFI, PHRASE_WIFI},
+    [ROW_ETHERNET] = {ICONS_TITLE_NETWORK, PHRASE_ETHERNET},
+    [ROW_MONITOR] = {ICONS_TITLE_MONITOR, PHRASES}, /* HDMI in every language */
+    [ROW_TEMPERATURE] = {ICONS_TITLE_TEMPERATURE, PHRASE_TEMPERATURE},
+    [ROW_RUNNING] = {ICONS_TITLE_CLOCK, PHRASE_RUNNING},
 };
 
-/* Known values are bright, unknown ones grey. Each function returns whether its value is known. */
+static void write_phrase(char value[ROW_VALUE], enum phrase which) {
+  snprintf(value, ROW_VALUE, "%s", phrase(which));
+}
 
-static int write_region(char value[VALUE]) {
+static void write_region(char value[ROW_VALUE]) {
   char letters[4] = "";
   const uint32_t number = get_area_code(letters);
   if (number == DRAVIK_NONE)
-    return snprintf(value, VALUE, "not set"), 0;
-  return snprintf(value, VALUE, "%s  %u", letters, (unsigned)number), 1;
+    write_phrase(value, PHRASE_NOT_SET);
+  else
+    snprintf(value, ROW_VALUE, "%s  %u", letters, (unsigned)number);
 }
 
-static int write_address(char value[VALUE], const char *interface) {
+static void write_address(char value[ROW_VALUE], const char *interface) {
   char address[DRAVIK_IP_TEXT_SIZE];
   const int result = get_netdev_ip(interface, address);
-  if (result != 0)
-    return snprintf(value, VALUE, result == 1 ? "no address" : "not present"), 0;
-  return snprintf(value, VALUE, "%s", address), 1;
+  if (result == 0)
+    snprintf(value, ROW_VALUE, "%s", address);
+  else
+    write_phrase(value, result == 1 ? PHRASE_NO_ADDRESS : PHRASE_NOT_PRESENT);
 }
 
-static int write_monitor(char value[VALUE]) {
-  const int monitor = board()->monitor;
-  return snprintf(value, VALUE, monitor == 1 ? "attached" : monitor == 0 ? "none" : "unknown"), monitor == 1;
+static void write_temperature(char value[ROW_VALUE]) {
+  if (board()->has_temperature)
+    snprintf(value, ROW_VALUE, "%.1f °C", board()->temperature_c10 / 10.0);
+  else
+    write_phrase(value, PHRASE_UNKNOWN);
 }
 
-static int write_temperature(char value[VALUE]) {
-  if (!board()->has_temperature)
-    return snprintf(value, VALUE, "unknown"), 0;
-  return snprintf(value, VALUE, "%.1f deg C", board()->temperature_c10 / 10.0), 1;
-}
-
-static int write_running(char value[VALUE]) {
+static void write_running(char value[ROW_VALUE]) {
   const unsigned seconds = get_tick_count() / 1000;
-  return snprintf(value, VALUE, "%u:%02u:%02u", seconds / 3600, seconds / 60 % 60, seconds % 60), 1;
+  snprintf(value, ROW_VALUE, "%u:%02u:%02u", seconds / 3600, seconds / 60 % 60, seconds % 60);
 }
 
-static int write_value(enum row row, char value[VALUE]) {
-  switch (row) {
-  case ROW_PANEL:
-    return snprintf(value, VALUE, "%u x %u", fbinfo[FBINFO_XRES], fbinfo[FBINFO_YRES]), 1;
-  case ROW_REGION:
-    return write_region(value);
-  case ROW_WIFI:
-    return write_address(value, "wlan0");
-  case ROW_ETHERNET:
-    return write_address(value, "eth0");
-  case ROW_MONITOR:
-    return write_monitor(value);
-  case ROW_TEMPERATURE:
-    return write_temperature(value);
-  default:
-    return write_running(value);
-  }
+static void write_value(int row, char value[ROW_VALUE]) {
+  const int32_t monitor = board()->monitor;
+  if (row == ROW_PANEL)
+    snprintf(value, ROW_VALUE, "%d x %d", panel_width(), panel_height());
+  else if (row == ROW_REGION)
+    write_region(value);
+  else if (row == ROW_WIFI || row == ROW_ETHERNET)
+    write_address(value, row == ROW_WIFI ? "wlan0" : "eth0");
+  else if (row == ROW_MONITOR)
+    write_phrase(value, monitor == 1   ? PHRASE_CONNECTED
+                        : monitor == 0 ? PHRASE_NOT_CONNECTED
+                                       : PHRASE_UNKNOWN);
+  else if (row == ROW_TEMPERATURE)
+    write_temperature(value);
+  else
+    write_running(value);
 }
 
-static void draw_hardware_address(int x, int middle, const char *interface) {
-  uint8_t mac[DRAVIK_MAC_SIZE];
-  get_netdev_mac(interface, mac);
-  text(x, middle, FONT_SMALL, DRAVIK_GREY, LEFT, "%s  %02x:%02x:%02x:%02x:%02x:%02x", interface, mac[0],
-       mac[1], mac[2], mac[3], mac[4], mac[5]);
+static void describe(int index, struct row *row) {
+  row->art = rows[index].image;
+  row->label = rows[index].label == PHRASES ? "HDMI" : phrase(rows[index].label);
+  row->ink = INK_WHITE;
+  if (index == ROW_TEMPERATURE && board()->has_temperature)
+    row->ink = temperature_ink(board()->temperature_c10);
+  write_value(index, row->value);
 }
 
-static void draw_row(enum row row) {
-  const int pitch = (canvas_height() - PAGE_TOP - 12) / ROWS, y = PAGE_TOP + (int)row * pitch;
-  const int middle = y + (pitch - 6) / 2;
-  char value[VALUE];
-  const int is_there = write_value(row, value);
-  card(MARGIN, y, canvas_width() - 2 * MARGIN, pitch - 6, 0);
-  icon(MARGIN + 32, middle, rows[row].image, DRAVIK_WHITE, DRAVIK_TRANSPARENT);
-  text(MARGIN + 66, middle, FONT_BODY, DRAVIK_WHITE, LEFT, "%s", rows[row].label);
-  text(canvas_width() - MARGIN - 20, middle, FONT_BODY, is_there ? DRAVIK_WHITE : DRAVIK_GREY, RIGHT, "%s",
-       value);
-  if (is_there && (row == ROW_WIFI || row == ROW_ETHERNET))
-    draw_hardware_address(MARGIN + 180, middle, row == ROW_WIFI ? "wlan0" : "eth0");
+static struct list list = {.count = ROWS, .selected = -1, .describe = describe};
+
+static void enter(void) {
+  list.first = 0;
 }
 
-void system_draw(const struct ride *ride) {
-  page(ride, ICONS_TITLE_SYSTEM, phrase(PHRASE_SYSTEM), "");
-  for (int i = 0; i < ROWS; ++i)
-    draw_row((enum row)i);
+static void draw(void) {
+  list_draw(&list);
 }
 
-void system_refresh(const struct ride *ride) {
-  status_clock(ride);
+static void refresh(void) {
   for (int i = ROW_MONITOR; i < ROWS; ++i)
-    draw_row((enum row)i);
+    list_draw_row(&list, i);
 }
+
+static void press(enum key key) {
+  if (key == KEY_NEXT)
+    list_scroll(&list);
+}
+
+const struct page system_page = {
+    .name = "system",
+    .shows = "the region, the network and the board",
+    .art = ICONS_TITLE_SYSTEM,
+    .title = PHRASE_SYSTEM,
+    .enter = enter,
+    .draw = draw,
+    .refresh = refresh,
+    .press = press,
+};

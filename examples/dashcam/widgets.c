@@ -2,158 +2,181 @@
 
 #include "board.h"
 #include "camera.h"
-#include "volume.h"
-#include "words.h"
+#include "ride.h"
+#include "settings.h"
 
-#include <math.h>
 #include <stdio.h>
+
+int margin(void) {
+  return pick(20, 8);
+}
+
+int bar_height(void) {
+  return pick(44, 28);
+}
+
+int title_height(void) {
+  return pick(48, 32);
+}
+
+int page_top(void) {
+  return bar_height() + title_height() + pick(4, 2);
+}
+
+int page_bottom(void) {
+  return panel_height() - pick(16, 6);
+}
+
+int page_width(void) {
+  return panel_width() - 2 * margin();
+}
+
+int row_gap(void) {
+  return pick(6, 4);
+}
 
 /* --------------------------------------------------------------------------------------------- the bar */
 
-static void battery(int x, int middle, int percent) {
-  icon(x, middle, ICONS_STATUS_BATTERY, DRAVIK_WHITE, DRAVIK_BLACK);
-  fill(x - 11, middle - 5, 19, 10, DRAVIK_BLACK);
-  fill(x - 11, middle - 5, 19 * percent / 100, 10, percent > 20 ? DRAVIK_WHITE : DRAVIK_RED);
+static int bar_middle(void) {
+  return bar_height() / 2 - 1;
+}
+
+static void draw_battery(int x, int percent) {
+  const int width = pick(19, 13), height = pick(10, 7), left = x - pick(11, 7),
+            top = bar_middle() - height / 2;
+  icon(x, bar_middle(), ICONS_STATUS_BATTERY, INK_WHITE, ON_GROUND);
+  fill(left, top, width, height, GROUND);
+  fill(left, top, width * percent / 100, height, percent > 20 ? DRAVIK_WHITE : ALARM);
 }
 
 /* Draw a red spot that blinks while recording, a sign for the parked car, or a warning. */
-static void state_mark(const struct ride *ride) {
+static void draw_state(void) {
   const enum camera_state state = camera_state();
-  if (state != CAMERA_PARKED && !ride->is_lit)
-    fill(12, 7, 29, 28, DRAVIK_BLACK);
+  const int x = pick(30, 16), size = pick(32, 22);
+  if (state == CAMERA_PARKED)
+    icon(x, bar_middle(), ICONS_TITLE_PARKING, INK_WHITE, ON_GROUND);
+  else if (!ride()->is_lit)
+    fill(x - size / 2, bar_middle() - size / 2, size, size, GROUND);
   else if (state == CAMERA_RECORDING)
-    icon(26, 21, ICONS_STATUS_REC, DRAVIK_RED, DRAVIK_BLACK);
-  else if (state == CAMERA_PARKED)
-    icon(26, 21, ICONS_TITLE_PARKING, DRAVIK_WHITE, DRAVIK_BLACK);
+    icon(x, bar_middle(), ICONS_STATUS_REC, INK_ALARM, ON_GROUND);
   else
-    icon(26, 21, ICONS_TITLE_WARNING, DRAVIK_RED, DRAVIK_BLACK);
+    icon(x, bar_middle(), ICONS_TITLE_WARNING, INK_ALARM, ON_GROUND);
 }
 
-static const char *state_word(void) {
-  static const char *const words[] = {
-      [CAMERA_RECORDING] = "REC",     [CAMERA_PARKED] = "PARK",     [CAMERA_CARD_FULL] = "FULL",
-      [CAMERA_CARD_MISSING] = "CARD", [CAMERA_CARD_ERROR] = "CARD",
-  };
-  return words[camera_state()];
+static void draw_recorded_time(void) {
+  const struct place place = {pick(54, 30), bar_middle(), pick(72, 56), LEFT};
+  char time[16] = "";
+  if (camera_state() == CAMERA_RECORDING)
+    snprintf(time, sizeof time, "%02d:%02d", ride()->recorded_seconds / 60 % 100,
+             ride()->recorded_seconds % 60);
+  text_again(place, (struct look){TEXT_BODY, INK_MUTED, ON_GROUND}, time);
 }
 
-void status_clock(const struct ride *ride) {
+void status_refresh(void) {
   char clock[16];
-  snprintf(clock, sizeof clock, "%02d:%02d:%02d", ride->hour, ride->minute, ride->second);
-  digits(canvas_width() / 2, 21, DIGITS_SMALL, clock, DRAVIK_BLACK, CENTRE);
-  state_mark(ride);
-  fill(106, 9, 80, 24, DRAVIK_BLACK);
-  if (camera_is_recording())
-    text(106, 21, FONT_BODY, SILVER, LEFT, "%02d:%02d", ride->recorded_seconds / 60,
-         ride->recorded_seconds % 60);
+  snprintf(clock, sizeof clock, "%02d:%02d:%02d", ride()->hour, ride()->minute, ride()->second);
+  digits(panel_width() / 2, bar_middle(), DIGITS_SMALL, INK_WHITE, CENTRE, clock);
+  draw_state();
+  draw_recorded_time();
 }
 
-void status_bar(const struct ride *ride) {
-  const int right = canvas_width();
-  fill(0, 0, right, STATUS_BAR - 2, DRAVIK_BLACK);
-  fill(0, STATUS_BAR - 2, right, 2, get_theme_color());
-  text(46, 21, FONT_TITLE, DRAVIK_WHITE, LEFT, "%s", state_word());
-  status_clock(ride);
-  battery(right - 32, 21, ride->battery_percent);
-  icon(right - 72, 21, ICONS_STATUS_SD, camera_is_recording() ? DRAVIK_WHITE : DRAVIK_RED, DRAVIK_BLACK);
-  icon(right - 108, 21, ICONS_STATUS_MIC, microphone_is_on() ? DRAVIK_WHITE : DRAVIK_GREY, DRAVIK_BLACK);
-  icon(right - 144, 21, ICONS_STATUS_WIFI, DRAVIK_WHITE, DRAVIK_BLACK);
-  text(right - 170, 21, FONT_BODY, SILVER, RIGHT, "%d", ride->satellites);
-  icon(right - 210, 21, ICONS_STATUS_GPS, DRAVIK_WHITE, DRAVIK_BLACK);
+static void draw_satellites(int right) {
+  char count[8];
+  snprintf(count, sizeof count, "%d", ride()->satellites);
+  text((struct place){right, bar_middle(), 32, RIGHT}, (struct look){TEXT_BODY, INK_MUTED, ON_GROUND}, count);
+  icon(right - 40, bar_middle(), ICONS_STATUS_GPS, INK_WHITE, ON_GROUND);
 }
 
-void page(const struct ride *ride, enum icons_image art, const char *title, const char *remark) {
-  const int middle = STATUS_BAR + TITLE_BAR / 2 + 2;
-  backdrop(STATUS_BAR + TITLE_BAR);
-  fill(0, STATUS_BAR, canvas_width(), TITLE_BAR, DRAVIK_BLACK);
-  status_bar(ride);
-  icon(MARGIN + 14, middle, art, DRAVIK_WHITE, DRAVIK_TRANSPARENT);
-  words(MARGIN + 42, middle, WORDS_TITLE, DRAVIK_BLACK, LEFT, title);
-  text(canvas_width() - MARGIN, middle, FONT_BODY, SILVER, RIGHT, "%s", remark);
+static enum ink card_ink(void) {
+  const enum camera_state state = camera_state();
+  const int is_bad = state == CAMERA_CARD_FULL || state == CAMERA_CARD_MISSING || state == CAMERA_CARD_ERROR;
+  return is_bad ? INK_ALARM : INK_WHITE;
+}
+
+void status_draw(void) {
+  const int right = panel_width(), pitch = pick(36, 24);
+  fill(0, 0, right, bar_height() - 2, GROUND);
+  fill(0, bar_height() - 2, right, 2, get_theme_color());
+  status_refresh();
+  draw_battery(right - pick(36, 20), ride()->battery_percent);
+  icon(right - pick(76, 46), bar_middle(), ICONS_STATUS_SD, card_ink(), ON_GROUND);
+  icon(right - pick(76, 46) - pitch, bar_middle(),
+       setting(SETTING_MICROPHONE) ? ICONS_STATUS_MIC : ICONS_STATUS_MUTE,
+       setting(SETTING_MICROPHONE) ? INK_WHITE : INK_MUTED, ON_GROUND);
+  if (board()->monitor == 1)
+    icon(right - pick(76, 46) - 2 * pitch, bar_middle(), ICONS_STATUS_MONITOR, INK_WHITE, ON_GROUND);
+  if (!panel_is_small())
+    draw_satellites(right - 174);
+}
+
+/* ------------------------------------------------------------------------------------------- the title */
+
+static int title_middle(void) {
+  return bar_height() + title_height() / 2;
+}
+
+void title_draw(enum icons_image art, enum phrase title) {
+  const int left = margin() + pick(44, 28);
+  fill(0, bar_height(), panel_width(), title_height(), GROUND);
+  icon(margin() + pick(14, 10), title_middle(), art, INK_WHITE, ON_GROUND);
+  text((struct place){left, title_middle(), panel_width() - left - pick(140, 80), LEFT},
+       (struct look){TEXT_TITLE, INK_WHITE, ON_GROUND}, phrase(title));
+}
+
+void title_counter(int selected, int count) {
+  char position[32] = "";
+  if (count > 0)
+    snprintf(position, sizeof position, "%d / %d", selected + 1, count);
+  text_again((struct place){panel_width() - margin(), title_middle(), pick(100, 70), RIGHT},
+             (struct look){TEXT_BODY, INK_MUTED, ON_GROUND}, position);
 }
 
 /* ----------------------------------------------------------------------------------------- small parts */
 
-static void framed(int x, int y, int width, int height, int is_selected, uint16_t ground) {
-  fill(x, y, width, height, is_selected ? get_theme_color() : ground);
-  if (is_selected)
-    frame(x, y, width, height, DRAVIK_WHITE, 2);
-  else
-    outline(x, y, width, height, EDGE);
-}
-
-void card(int x, int y, int width, int height, int is_selected) {
-  framed(x, y, width, height, is_selected, CARD);
-}
-
 void plate(int x, int y, int width, int height, int is_selected) {
-  framed(x, y, width, height, is_selected, DRAVIK_BLACK);
+  fill(x, y, width, height, is_selected ? get_theme_color() : SURFACE);
+  frame(x, y, width, height, is_selected ? DRAVIK_WHITE : EDGE, is_selected ? 2 : 1);
+}
+
+void button(int x, int y, int width, int height, enum icons_image art, enum phrase label,
+            enum button_state state) {
+  const enum behind behind = state == BUTTON_SELECTED ? ON_ACCENT : ON_SURFACE;
+  const enum ink ink = state == BUTTON_OFF ? INK_MUTED : INK_WHITE;
+  const int indent = label == PHRASES ? width : pick(60, 32);
+  plate(x, y, width, height, state == BUTTON_SELECTED);
+  icon(x + indent / 2, y + height / 2, art, ink, behind);
+  if (label != PHRASES)
+    text((struct place){x + indent, y + height / 2, width - indent - pick(8, 4), LEFT},
+         (struct look){TEXT_BODY, ink, behind}, phrase(label));
 }
 
 void toggle(int right, int middle, int is_on, int is_selected) {
-  const int radius = 12, left = right - 46;
+  const int radius = pick(12, 9), length = pick(46, 34), left = right - length;
   const uint16_t body = !is_on ? EDGE : is_selected ? DRAVIK_WHITE : get_theme_color();
-  const uint16_t knob = !is_on ? SILVER : is_selected ? get_theme_color() : DRAVIK_WHITE;
+  const uint16_t knob = !is_on ? MUTED : is_selected ? get_theme_color() : DRAVIK_WHITE;
   disc(left + radius, middle, radius, body);
   disc(right - radius, middle, radius, body);
-  fill(left + radius, middle - radius, 46 - 2 * radius, 2 * radius, body);
+  fill(left + radius, middle - radius, length - 2 * radius, 2 * radius, body);
   disc(is_on ? right - radius : left + radius, middle, radius - 3, knob);
 }
 
-void level(int x, int middle, int width, int percent, uint16_t background) {
-  const int done = width * percent / 100;
-  fill(x, middle - 4, width, 8, background);
-  fill(x, middle - 4, done, 8, get_theme_color());
+void level(int x, int middle, int width, int percent, uint16_t colour) {
+  const int height = pick(8, 6), limited = percent < 0 ? 0 : percent > 100 ? 100 : percent;
+  fill(x, middle - height / 2, width, height, EDGE);
+  fill(x, middle - height / 2, width * limited / 100, height, colour);
 }
 
-/* ----------------------------------------------------------------------------------------------- dials */
+/* ---------------------------------------------------------------------------------------------- values */
 
-static int limited(int value, int most) {
-  return value > most ? most : value < -most ? -most : value;
-}
-
-/* Full deflection is 0.5 g. */
-void sensor_dial(int x, int y, int radius) {
-  const int spot = radius > 60 ? 9 : 6, reach = radius - spot - 2;
-  disc(x, y, radius, CARD);
-  line(x - radius, y, x + radius, y, EDGE, 1);
-  line(x, y - radius, x, y + radius, EDGE, 1);
-  ring(x, y, radius / 3, EDGE);
-  ring(x, y, 2 * radius / 3, EDGE);
-  ring(x, y, radius, DRAVIK_GREY);
-  if (board()->has_sensor)
-    disc(x + limited(board()->x_mg * reach / 500, reach), y - limited(board()->y_mg * reach / 500, reach),
-         spot, get_theme_color());
-}
-
-void sensor_axis(int x, int middle, enum font font, enum align align, char name, int mg) {
-  if (board()->has_sensor)
-    text(x, middle, font, SILVER, align, "%c %+.2f", name, mg / 1000.0);
+void size_text(char text_[SIZE_TEXT], int64_t mib) {
+  enum { GIB = 1024 };
+  if (mib >= GIB)
+    snprintf(text_, SIZE_TEXT, "%d.%d GiB", (int)(mib / GIB), (int)(mib % GIB * 10 / GIB));
   else
-    text(x, middle, font, DRAVIK_GREY, align, "%c  --  ", name);
+    snprintf(text_, SIZE_TEXT, "%d MiB", (int)mib);
 }
 
-enum { GAUGE_RADIUS = 94, GAUGE_DOTS = 41, GAUGE_KMH = 160, GAUGE_RED_KMH = 130 };
-
-static uint16_t dot_colour(int dot_kmh, int speed_kmh) {
-  if (dot_kmh > speed_kmh)
-    return dot_kmh >= GAUGE_RED_KMH ? 0x6000 : EDGE;
-  return dot_kmh >= GAUGE_RED_KMH ? DRAVIK_RED : get_theme_color();
-}
-
-void speed_gauge_reading(int x, int y, const struct ride *ride) {
-  char speed[8];
-  for (int i = 0; i < GAUGE_DOTS; ++i) {
-    const double turn = (150 + 240.0 * i / (GAUGE_DOTS - 1)) * 0.0174533;
-    disc(x + (int)lround(GAUGE_RADIUS * cos(turn)), y + (int)lround(GAUGE_RADIUS * sin(turn)), 4,
-         dot_colour(i * GAUGE_KMH / (GAUGE_DOTS - 1), ride->speed_kmh));
-  }
-  snprintf(speed, sizeof speed, "%2d", ride->speed_kmh);
-  digits(x, y, DIGITS_LARGE, speed, DRAVIK_BLACK, CENTRE);
-}
-
-void speed_gauge(int x, int y, const struct ride *ride) {
-  icon(x, y, ICONS_GAUGE, DRAVIK_WHITE, DRAVIK_BLACK);
-  speed_gauge_reading(x, y, ride);
-  text(x, y + 62, FONT_BODY, SILVER, CENTRE, "km/h");
+enum ink temperature_ink(int tenths_of_a_degree) {
+  enum { WARM_C10 = 600, HOT_C10 = 800 };
+  return tenths_of_a_degree >= HOT_C10 ? INK_ALARM : tenths_of_a_degree >= WARM_C10 ? INK_WARM : INK_WHITE;
 }

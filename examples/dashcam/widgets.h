@@ -1,33 +1,46 @@
-/* Parts that screens share. */
+/* Parts that pages share, and the distances of the layout. */
 #ifndef WIDGETS_H
 #define WIDGETS_H
 
-#include "canvas.h"
-#include "ride.h"
+#include "phrases.h"
+#include "text.h"
 
-enum { STATUS_BAR = 44, TITLE_BAR = 52, MARGIN = 20, PAGE_TOP = STATUS_BAR + TITLE_BAR + 6 };
+/* From top to bottom: the status bar, the title bar, the page. All in pixels. */
+int margin(void);
+int bar_height(void);
+int title_height(void);
+int page_top(void);
+int page_bottom(void);
+int page_width(void); /* between the margins */
+int row_gap(void);
 
-/* The bar at the top: status_bar() draws all of it, status_clock() the parts that change every second. */
-void status_bar(const struct ride *ride);
-void status_clock(const struct ride *ride);
+/* The bar at the top: status_draw() draws all of it, status_refresh() the parts that change every second. */
+void status_draw(void);
+void status_refresh(void);
 
-/* Draw the background of a page, its status bar and its title in UTF-8, with an icon and a remark. */
-void page(const struct ride *ride, enum icons_image art, const char *title, const char *remark);
+void title_draw(enum icons_image art, enum phrase title);
 
-/* A framed background: a card for bitmap text and icons, a black plate also for anti-aliased text. */
-void card(int x, int y, int width, int height, int is_selected);
+/* Draw which item is selected, from 0, and how many there are, in the title bar. */
+void title_counter(int selected, int count);
+
+/* A framed surface, in the accent if it is selected. */
 void plate(int x, int y, int width, int height, int is_selected);
+
+/* A plate with an icon and a phrase, or with an icon only (PHRASES); greyed if it has no effect. */
+enum button_state { BUTTON_OFF, BUTTON_ON, BUTTON_SELECTED };
+void button(int x, int y, int width, int height, enum icons_image art, enum phrase label,
+            enum button_state state);
+
 void toggle(int right, int middle, int is_on, int is_selected);
-void level(int x, int middle, int width, int percent, uint16_t background);
 
-/* Draw the dial of the accelerometer; without a spot if there is no reading. */
-void sensor_dial(int x, int y, int radius);
+/* A bar of which a part is filled. */
+void level(int x, int middle, int width, int percent, uint16_t colour);
 
-/* Draw one of its axes: "X +0.14", or "X  --". */
-void sensor_axis(int x, int middle, enum font font, enum align align, char name, int mg);
+/* Format a size: "29.7 GiB" or "412 MiB". */
+enum { SIZE_TEXT = 24 };
+void size_text(char text[SIZE_TEXT], int64_t mib);
 
-/* Draw the speed: an arc of dots around a scale, and the figure. */
-void speed_gauge(int x, int y, const struct ride *ride);
-void speed_gauge_reading(int x, int y, const struct ride *ride);
+/* The ink of a temperature: warm values turn warm. */
+enum ink temperature_ink(int tenths_of_a_degree);
 
 #endif

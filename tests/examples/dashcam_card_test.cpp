@@ -116,8 +116,8 @@ TEST_F(DashcamCard, ShowsQuestionInEveryLanguage) {
   std::set<std::vector<uint16_t>> asked;
   for (const std::string language : {"en", "de", "el", "ru", "ja", "ko", "zh"}) {
     const shot seen = shot_of(on_, {"--screen", "card", "--press", "next,ok", "--language", language});
-    EXPECT_EQ(seen.at(120, 330), DRAVIK_DEFAULT_THEME) << "no is marked";
-    EXPECT_TRUE(asked.insert(seen.area(190, 200, 360, 80)).second) << language;
+    EXPECT_EQ(seen.at(100, 330), DRAVIK_DEFAULT_THEME) << "no is marked";
+    EXPECT_TRUE(asked.insert(seen.area(180, 200, 380, 90)).second) << language;
   }
 }
 
@@ -127,23 +127,22 @@ TEST_F(DashcamCard, ShowsQuestionInEveryLanguage) {
 std::vector<uint16_t> spots(const shot &seen) {
   std::vector<uint16_t> colours;
   for (uint32_t place = 0; place < 6; ++place)
-    colours.push_back(seen.at(54 + place % 2 * 172, 346 + place / 2 * 44));
+    colours.push_back(seen.at(60 + place % 2 * 168, 318 + place / 2 * 44));
   return colours;
 }
 
 TEST_F(DashcamCard, ShowsItsChecks) {
-  EXPECT_EQ(spots(shot_of(on_, {"--screen", "card"})), std::vector<uint16_t>(6, DRAVIK_DEFAULT_THEME));
+  EXPECT_EQ(spots(shot_of(on_, {"--screen", "card"})), std::vector<uint16_t>(6, good));
   put_in(on_, sim::card_lock::on);
   EXPECT_EQ(spots(shot_of(on_, {"--screen", "card"})),
-            (std::vector<uint16_t>{DRAVIK_DEFAULT_THEME, DRAVIK_RED, DRAVIK_DEFAULT_THEME,
-                                   DRAVIK_DEFAULT_THEME, DRAVIK_DEFAULT_THEME, DRAVIK_RED}));
+            (std::vector<uint16_t>{good, alarm, good, good, good, alarm}));
   take_out(on_);
   EXPECT_EQ(spots(shot_of(on_, {"--screen", "card"})), std::vector<uint16_t>(6, edge));
 }
 
-/// The number of recordings: figures 24 pixels wide.
-std::vector<uint16_t> recordings_figure(const shot &seen, uint32_t number) {
-  return seen.area(426 + 24 * number, 162, 24, 36);
+/// The last figure of the number of recordings, at the right edge of its line.
+std::vector<uint16_t> last_figure(const shot &seen) {
+  return seen.area(591, 118, 9, 22);
 }
 
 TEST_F(DashcamCard, CountsItsRecordings) {
@@ -151,9 +150,9 @@ TEST_F(DashcamCard, CountsItsRecordings) {
   for (int number = 10; number < 20; ++number)
     on_.write("tmp/mmcblk0p1/REC/KVX000" + std::to_string(number) + ".TS", "r");
   const shot eleven = shot_of(on_, {"--screen", "card"});
-  EXPECT_EQ(recordings_figure(eleven, 0), recordings_figure(one, 0));
-  EXPECT_EQ(recordings_figure(eleven, 1), recordings_figure(one, 0));
-  EXPECT_NE(recordings_figure(one, 1), recordings_figure(one, 0));
+  EXPECT_EQ(last_figure(eleven), last_figure(one));
+  on_.remove(recording_);
+  EXPECT_NE(last_figure(shot_of(on_, {"--screen", "card"})), last_figure(one)) << "10";
 }
 
 TEST_F(DashcamCard, ShowsItsEvents) {
@@ -163,20 +162,40 @@ TEST_F(DashcamCard, ShowsItsEvents) {
   constexpr uint16_t taken[] = {DRAVIK_DEFAULT_THEME, DRAVIK_DEFAULT_THEME, DRAVIK_DEFAULT_THEME,
                                 DRAVIK_BLACK, DRAVIK_BLACK};
   for (uint32_t slot = 0; slot < 5; ++slot)
-    EXPECT_EQ(seen.at(426 + slot * 150 / 4 + 13, 305), taken[slot]) << slot;
+    EXPECT_EQ(seen.at(432 + slot * 36 + 12, 268), taken[slot]) << slot;
 }
 
-TEST_F(DashcamCard, ShowsHowFullItIs) {
-  const auto used = [](const shot &seen) {
+TEST_F(DashcamCard, ShowsHowMuchIsFree) {
+  const auto free = [](const shot &seen) {
     uint32_t width = 0;
-    while (seen.at(44 + width, 276) == DRAVIK_DEFAULT_THEME)
+    while (seen.at(40 + width, 260) == DRAVIK_DEFAULT_THEME)
       ++width;
     return width;
   };
-  const uint32_t before = used(shot_of(on_, {"--screen", "card"}));
+  const uint32_t before = free(shot_of(on_, {"--screen", "card"}));
   on_.write("tmp/mmcblk0p1/REC/KVX00008.TS", std::string(30000000, 'r'));
-  const uint32_t after = used(shot_of(on_, {"--screen", "card"}));
-  EXPECT_NEAR(after - before, 324 * 30 / 66, 12) << "30 of about 66 million bytes";
+  const uint32_t after = free(shot_of(on_, {"--screen", "card"}));
+  EXPECT_NEAR(before - after, 336 * 30 / 66, 12) << "30 of about 66 million bytes";
+}
+
+TEST_F(DashcamCard, OffersNothingWithoutACard) {
+  take_out(on_);
+  const shot seen = shot_of(on_, {"--screen", "card"});
+  EXPECT_THAT(seen.colours(412, 340, 208, 124), Not(Contains(DRAVIK_DEFAULT_THEME))) << "no selected button";
+  EXPECT_THAT(seen.colours(412, 340, 208, 124), Not(Contains(DRAVIK_WHITE)));
+  EXPECT_EQ(press("ok"), 0);
+  EXPECT_THAT(on_.read("tmp/dravik.log"), Not(HasSubstr("question")));
+}
+
+TEST_F(DashcamCard, IsDarkBehindAQuestion) {
+  const shot page = shot_of(on_, {"--screen", "card"}),
+             asked = shot_of(on_, {"--screen", "card", "--press", "ok"});
+  const auto quarter = [](uint16_t pixel) {
+    return static_cast<uint16_t>((pixel >> 13 << 11) | ((pixel >> 7 & 0xF) << 5) | (pixel >> 2 & 0x7));
+  };
+  for (uint32_t y = 100; y < 170; ++y)
+    for (uint32_t x = 0; x < 640; ++x)
+      ASSERT_EQ(asked.at(x, y), quarter(page.at(x, y))) << "at " << x << ", " << y;
 }
 
 // ---------------------------------------------------------------------------------------- while it runs
@@ -188,7 +207,22 @@ TEST_F(DashcamCard, IsMissedAndWelcomed) {
   dashcam.await_line("state: card missing");
   put_in(on_);
   dashcam.await_line("state: recording");
-  EXPECT_EQ(spots(dashcam.expect_end()), std::vector<uint16_t>(6, DRAVIK_DEFAULT_THEME));
+  EXPECT_EQ(spots(dashcam.expect_end()), std::vector<uint16_t>(6, good));
+  EXPECT_THAT(on_.read("tmp/dravik.log"), Not(HasSubstr("card error")));
+}
+
+TEST_F(DashcamCard, TakesItsQuestionAwayWithIt) {
+  living_dashcam dashcam{on_, {"--screen", "card", "--stay"}};
+  dashcam.await_line("screen card");
+  dashcam.press_ok();
+  dashcam.await_line("question: Repair the card?");
+  take_out(on_);
+  dashcam.await_line("state: card missing");
+  dashcam.press_next();
+  dashcam.press_ok();
+  dashcam.expect_end();
+  EXPECT_THAT(on_.read("tmp/dravik.log"), Not(HasSubstr("answer")));
+  EXPECT_THAT(on_.events(), Not(Contains(HasSubstr("dosfsck"))));
 }
 
 TEST_F(DashcamCard, IsFullBeforeItsLastByte) {
@@ -213,7 +247,7 @@ TEST_F(DashcamCard, IsLeftAloneByAKeyThatSaysNo) {
   dashcam.press_ok();
   dashcam.press_ok();
   dashcam.expect_end();
-  EXPECT_THAT(on_.read("tmp/dravik.log"), HasSubstr("] card: no\n"));
+  EXPECT_THAT(on_.read("tmp/dravik.log"), HasSubstr("] answer: no\n"));
   EXPECT_TRUE(on_.exists(recording_));
 }
 

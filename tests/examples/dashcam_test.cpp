@@ -33,8 +33,9 @@ shot screen_of(const std::string &name, const screen &shown, const std::string &
 
 // -------------------------------------------------------------------------------------------- every screen
 
-const std::string names[] = {"splash",  "home",      "menu",   "settings", "sound",  "playback", "gallery",
-                             "journey", "languages", "sensor", "card",     "system", "theme",    "shutdown"};
+const std::string names[] = {"splash",  "home",   "menu",   "playback", "player", "gallery",
+                             "journey", "sensor", "card",   "settings", "sound",  "languages",
+                             "theme",   "clock",  "system", "shutdown"};
 
 struct panel {
   uint32_t width, height;
@@ -43,7 +44,7 @@ void PrintTo(const panel &shown, std::ostream *to) {
   *to << shown.width << 'x' << shown.height;
 }
 
-constexpr panel panels[] = {{640, 480}, {320, 240}, {800, 480}, {480, 272}};
+constexpr panel panels[] = {{640, 480}, {320, 240}};
 
 class DashcamScreen : public testing::TestWithParam<std::tuple<std::string, panel>> {
 protected:
@@ -64,19 +65,18 @@ TEST_P(DashcamScreen, CoversTheVisibleScreenAndNothingElse) {
 
 TEST_P(DashcamScreen, HasTheStatusBarOrTheThemeOnTop) {
   const screen shown = roomy(size().width, size().height);
-  const bool is_small = size().width < 640 || size().height < 480;
-  const uint32_t half = is_small ? 2 : 1; // lengths below are those of a panel of 640 by 480
+  const bool is_small = size().width == 320;
+  const uint32_t bar = is_small ? 28 : 44;
   const shot seen = screen_of(name(), shown);
   if (name() == "splash") {
-    EXPECT_THAT(seen.colours(0, 0, shown.xres, 6 / half), ElementsAre(DRAVIK_DEFAULT_THEME));
+    EXPECT_THAT(seen.colours(0, 0, shown.xres, 4), ElementsAre(DRAVIK_DEFAULT_THEME));
   } else if (name() == "shutdown") {
-    EXPECT_THAT(seen.colours(0, 0, shown.xres, 44 / half), ElementsAre(DRAVIK_BLACK));
+    EXPECT_THAT(seen.colours(0, 0, shown.xres, bar), ElementsAre(DRAVIK_BLACK));
   } else {
-    EXPECT_THAT(seen.colours(0, 0, shown.xres, 6 / half), ElementsAre(DRAVIK_BLACK));
-    EXPECT_THAT(seen.colours(0, 42 / half, shown.xres, 2 / half), ElementsAre(DRAVIK_DEFAULT_THEME));
-    EXPECT_THAT(seen.colours((shown.xres - 112 / half) / 2, 9 / half, 112 / half, 24 / half), SizeIs(Gt(8)));
-    EXPECT_THAT(seen.colours(14 / half, 9 / half, 24 / half, 24 / half), Contains(Gt(0xF000)))
-        << "the red recording mark";
+    EXPECT_THAT(seen.colours(0, 0, shown.xres, 3), ElementsAre(DRAVIK_BLACK));
+    EXPECT_THAT(seen.colours(0, bar - 2, shown.xres, 2), ElementsAre(DRAVIK_DEFAULT_THEME));
+    EXPECT_THAT(seen.colours(shown.xres / 2 - 42, 8, 84, 12), SizeIs(Gt(8))) << "the clock";
+    EXPECT_THAT(seen.colours(4, 2, is_small ? 24 : 40, bar - 6), Contains(alarm)) << "the recording mark";
   }
 }
 
@@ -116,22 +116,43 @@ TEST(DashcamClock, ShowsTheTimeItWasGiven) {
 TEST(DashcamHome, ShowsTheRoadAndTheSpeedLimit) {
   const shot seen = screen_of("home", screen::of_size(640, 480));
   EXPECT_THAT(seen.colours(0, 44, 640, 340), SizeIs(Gt(500)));
-  EXPECT_EQ(seen.at(240 - 28, 433), DRAVIK_RED) << "the ring of the limit";
+  EXPECT_EQ(seen.at(250 - 28, 433), alarm) << "the ring of the limit";
   EXPECT_EQ(seen.at(2, 478), DRAVIK_BLACK);
 }
 
-TEST(DashcamMenu, MarksOneTile) {
-  const shot seen = screen_of("menu", screen::of_size(640, 480));
-  EXPECT_EQ(seen.at(30, 120), card_ground);
-  EXPECT_EQ(seen.at(30 + 153, 120), DRAVIK_DEFAULT_THEME);
-  EXPECT_EQ(seen.at(30 + 2 * 153, 120), card_ground);
-  EXPECT_EQ(seen.at(30, 120 + 190), card_ground);
+/// Guides are on the markings of the scene: those of its drawing, 44 lines below the top of the panel.
+TEST(DashcamHome, HasTheGuidesOnTheMarkingsOfTheLane) {
+  const shot seen = screen_of("home", screen::of_size(640, 480));
+  for (uint32_t y = 244; y < 292; y += 8) {
+    const double down = y - 152.0;
+    const auto left = static_cast<uint32_t>(343.0 - 0.914 * down),
+               right = static_cast<uint32_t>(333.9 + 1.495 * down);
+    EXPECT_EQ(seen.at(left, 44 + y), good) << "middle line at " << y;
+    EXPECT_EQ(seen.at(right, 44 + y), good) << "edge line at " << y;
+  }
+}
+
+TEST(DashcamMenu, MarksTheSelectedTile) {
+  enum { TILES = 8 };
+  const recording_board on;
+  std::string keys;
+  for (uint32_t selected = 0; selected < TILES; ++selected) {
+    std::vector<std::string> words = {"--screen", "menu"};
+    if (!keys.empty())
+      words.insert(words.end(), {"--press", keys});
+    const shot seen = shot_of(on, words);
+    for (uint32_t tile = 0; tile < TILES; ++tile)
+      EXPECT_EQ(seen.at(30 + tile % 4 * 153, 110 + tile / 4 * 191),
+                tile == selected ? DRAVIK_DEFAULT_THEME : surface)
+          << tile;
+    keys += keys.empty() ? "next" : ",next";
+  }
 }
 
 /// The labels of the two rows of tiles.
 std::vector<uint16_t> menu_labels(const shot &seen) {
-  std::vector<uint16_t> labels = seen.area(20, 232, 600, 36);
-  const std::vector<uint16_t> below = seen.area(20, 418, 600, 36);
+  std::vector<uint16_t> labels = seen.area(26, 228, 590, 30);
+  const std::vector<uint16_t> below = seen.area(26, 419, 590, 30);
   labels.insert(labels.end(), below.begin(), below.end());
   return labels;
 }
@@ -143,23 +164,28 @@ TEST(DashcamMenu, ShowsEveryLanguage) {
     EXPECT_TRUE(drawn.insert(menu_labels(seen)).second) << language << " looks like another language";
     EXPECT_THAT(seen.colours(62, 50, 120, 40), SizeIs(Gt(8))) << "the title in " << language;
     for (uint32_t tile = 0; tile < 8; ++tile)
-      EXPECT_THAT(seen.colours(24 + tile % 4 * 153, tile < 4 ? 234 : 420, 130, 30), SizeIs(Gt(8)))
+      EXPECT_THAT(seen.colours(24 + tile % 4 * 153, tile < 4 ? 228 : 419, 130, 30), SizeIs(Gt(8)))
           << "label " << tile << " in " << language;
   }
 }
 
+/// The row of a list of seven.
+constexpr uint32_t row_y(uint32_t row) {
+  return 100 + row * 53;
+}
+
 TEST(DashcamLanguages, MarksTheChosenOne) {
   const shot english = screen_of("languages", screen::of_size(640, 480), "14:32:08", "en");
-  EXPECT_EQ(english.at(26, 110), DRAVIK_DEFAULT_THEME);
-  EXPECT_EQ(english.at(26, 110 + 52), DRAVIK_BLACK);
+  EXPECT_EQ(english.at(26, row_y(0)), DRAVIK_DEFAULT_THEME);
+  EXPECT_EQ(english.at(26, row_y(1)), surface);
   const shot german = screen_of("languages", screen::of_size(640, 480), "14:32:08", "de");
-  EXPECT_EQ(german.at(26, 110), DRAVIK_BLACK);
-  EXPECT_EQ(german.at(26, 110 + 52), DRAVIK_DEFAULT_THEME);
+  EXPECT_EQ(german.at(26, row_y(0)), surface);
+  EXPECT_EQ(german.at(26, row_y(1)), DRAVIK_DEFAULT_THEME);
 }
 
 /// The time of day at a stop of the journey.
 std::vector<uint16_t> time_at_stop(const std::string &time, uint32_t stop) {
-  return screen_of("journey", screen::of_size(640, 480), time).area(300, 106 + stop * 60, 80, 52);
+  return screen_of("journey", screen::of_size(640, 480), time).area(550, row_y(stop), 50, 36);
 }
 
 TEST(DashcamJourney, ShowsTheTimeOfEachStop) {
@@ -171,17 +197,23 @@ TEST(DashcamJourney, ShowsTheTimeOfEachStop) {
   EXPECT_TRUE(time_at_stop("00:00:00", ATHENS) == time_at_stop("18:00:00", TOKYO)) << "past midnight";
 }
 
-TEST(DashcamGallery, ShowsAnotherPhotographEveryTwoSeconds) {
+/// The large photograph, above its strip and without its name.
+std::vector<uint16_t> photograph_after(const board &on, const std::string &keys) {
+  std::vector<std::string> words = {"--screen", "gallery"};
+  if (!keys.empty())
+    words.insert(words.end(), {"--press", keys});
+  return shot_of(on, words).area(72, 100, 496, 220);
+}
+
+TEST(DashcamGallery, ShowsTheNextPhotographByKey) {
+  const recording_board on;
   std::set<std::vector<uint16_t>> photographs;
-  const auto photograph_at = [](const std::string &time) {
-    return screen_of("gallery", screen::of_size(640, 480), time).area(40, 60, 560, 260);
-  };
-  for (const std::string time : {"14:32:08", "14:32:10", "14:32:12", "14:32:14"})
-    photographs.insert(photograph_at(time));
+  for (const std::string keys : {"", "next", "next,next", "next,next,next"})
+    photographs.insert(photograph_after(on, keys));
   EXPECT_THAT(photographs, SizeIs(4));
   for (const std::vector<uint16_t> &photograph : photographs)
     EXPECT_THAT(std::set<uint16_t>(photograph.begin(), photograph.end()), SizeIs(Gt(300)));
-  EXPECT_THAT(photographs, Contains(photograph_at("14:32:17")));
+  EXPECT_TRUE(photograph_after(on, "next,next,next,next") == photograph_after(on, ""));
 }
 
 TEST(DashcamGallery, HasBaselineAndProgressiveFiles) {
@@ -195,26 +227,38 @@ TEST(DashcamGallery, HasBaselineAndProgressiveFiles) {
 
 TEST(DashcamTheme, ShowsItsColours) {
   const shot seen = screen_of("theme", screen::of_size(640, 480));
-  EXPECT_EQ(seen.at(95 - 25, 146), DRAVIK_DEFAULT_THEME);
-  const std::set<uint16_t> first_row = {seen.at(95 - 25, 146), seen.at(245, 146), seen.at(395, 146),
-                                        seen.at(545, 146)};
-  EXPECT_THAT(first_row, SizeIs(4));
+  std::set<uint16_t> colours;
+  for (uint32_t swatch = 0; swatch < 8; ++swatch)
+    colours.insert(seen.at(60 + swatch % 4 * 153, 184 + swatch / 4 * 191));
+  EXPECT_THAT(colours, SizeIs(8));
+  EXPECT_THAT(colours, Contains(DRAVIK_DEFAULT_THEME));
 }
 
 // ------------------------------------------------------------------------------------------ the program
 
-TEST(Dashcam, ShowsAllScreensInTurn) {
+class DashcamOtherPanel : public testing::TestWithParam<panel> {};
+
+TEST_P(DashcamOtherPanel, IsRejectedInOneLine) {
+  const screen shown = screen::of_size(GetParam().width, GetParam().height);
+  const prepared_board on{shown};
+  application dashcam{on, DASHCAM, {"--screen", "home"}};
+  EXPECT_EQ(dashcam.finish(), 1);
+  EXPECT_EQ(dashcam.errors(),
+            "dashcam: unsupported panel; must be 640 x 480 or 320 x 240, with 16 bits per pixel\n");
+  EXPECT_THAT((shot{on, shown}.colours(0, 0, shown.xres, shown.yres)), ElementsAre(untouched));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, DashcamOtherPanel,
+                         testing::Values(panel{800, 480}, panel{480, 272}, panel{240, 320}, panel{640, 360}),
+                         [](const auto &one) {
+                           return std::to_string(one.param.width) + "x" + std::to_string(one.param.height);
+                         });
+
+TEST(Dashcam, StaysInTheVisibleScreenWhileItRuns) {
   const screen shown = roomy(320, 240);
   const prepared_board on{shown};
-  application dashcam{on, DASHCAM, {"--turns", "1", "--seconds", "1", "--time", "14:32:08"}};
+  application dashcam{on, DASHCAM, {"--screen", "shutdown", "--stay"}};
   EXPECT_EQ(dashcam.finish(), 0);
-  expect_only_progress(dashcam.errors());
-  const std::string log = on.read("tmp/dravik.log");
-  size_t after = 0;
-  for (const std::string &name : names) {
-    after = log.find("] screen " + name + "\n", after);
-    ASSERT_NE(after, std::string::npos) << name << " is missing in\n" << log;
-  }
   const shot seen{on, shown};
   EXPECT_THAT(seen.colours(0, shown.yres, shown.xres, shown.yres), ElementsAre(untouched));
 }
@@ -260,13 +304,12 @@ TEST_P(DashcamCommandLine, RejectsInvalidArguments) {
 using words = std::vector<std::string>;
 INSTANTIATE_TEST_SUITE_P(Wrong, DashcamCommandLine,
                          testing::Values(words{"--screen", "garage"}, words{"--screen"},
-                                         words{"--turns", "0"}, words{"--turns", "2x"},
-                                         words{"--seconds", "-1"}, words{"--seconds", "99999999999999999999"},
-                                         words{"--time", "24:00:00"}, words{"--time", "14:32"},
-                                         words{"--time", "14:32:08s"}, words{"--colour", "red"},
-                                         words{"--language", "tlh"}, words{"--language"},
-                                         words{"--press", "menu", "--screen", "card"}, words{"--press", ""},
-                                         words{"--press", "ok,"}, words{"--press", "okay"}));
+                                         words{"--turns", "1"}, words{"--time", "24:00:00"},
+                                         words{"--time", "14:32"}, words{"--time", "14:32:08s"},
+                                         words{"--colour", "red"}, words{"--language", "tlh"},
+                                         words{"--language"}, words{"--press", "menu", "--screen", "card"},
+                                         words{"--press", ""}, words{"--press", "ok,"},
+                                         words{"--press", "okay"}));
 
 class DashcamOneScreen : public testing::TestWithParam<std::vector<std::string>> {};
 
@@ -296,7 +339,7 @@ TEST(Dashcam, NoticesAMissingFontForAntiAliasedText) {
 
 TEST(Dashcam, NoticesOneMissingImage) {
   const prepared_board on{screen::of_size(640, 480)};
-  on.remove("usr/local/dravik/bmp/rain_640.bmp");
+  on.remove("usr/local/dravik/bmp/small_city_640.bmp");
   application dashcam{on, DASHCAM, {"--screen", "home"}};
   EXPECT_EQ(dashcam.finish(), 1);
 }

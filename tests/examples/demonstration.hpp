@@ -14,7 +14,9 @@
 
 namespace dravik::test {
 
-constexpr uint16_t card_ground = 0x18E4, edge = 0x3A09; ///< colours of the demonstration
+/// Colours of the demonstration.
+constexpr uint16_t surface = 0x18E4, edge = 0x3A09, muted = 0xA555, good = 0x67F2, warm = 0xFD80,
+                   alarm = 0xFAC9;
 constexpr uint16_t untouched = 0xA5A5;
 
 /// Put the demonstration's fonts, artwork, images and sounds on a board.

@@ -38,15 +38,29 @@ public:
   }
 
   void set(const std::vector<std::string> &words) const { set_inputs(on_, words); }
-  /// Press a key and let it go, each until the camera has noticed.
-  void press(const std::string &line, const std::string &key) {
-    set({line + "=1"});
-    await_line("key " + key);
-    set({line + "=0"});
+  /// Press a key and let it go, each when the camera has noticed. NEXT acts when it is pressed, OK when it is let go.
+  void press_next() {
+    set({"gpio.61=1"});
+    await_line("key next");
+    set({"gpio.61=0"});
     await_line("key released");
   }
-  void press_next() { press("gpio.61", "next"); }
-  void press_ok() { press("gpio.62", "ok"); }
+  void press_ok() {
+    set({"gpio.62=1"});
+    await_line("key pressed");
+    set({"gpio.62=0"});
+    await_line("key ok");
+  }
+  /// Hold OK until it goes back.
+  void hold_ok() {
+    set({"gpio.62=1"});
+    await_line("key back");
+    set({"gpio.62=0"});
+    await_line("key released");
+  }
+
+  /// Wait until it ends by itself.
+  int finish() { return dashcam_.finish(); }
 
   /// End it; its last contents are then on the screen.
   shot expect_end() {

@@ -37,7 +37,7 @@ INSTANTIATE_TEST_SUITE_P(All, DashcamScreenshot, testing::Values(0, 24), [](cons
 TEST(DashcamScreenshotKey, SavesTheScreenAndGoesOn) {
   const board on{640, 480};
   add_demonstration_files(on);
-  application dashcam{on, DASHCAM};
+  application dashcam{on, DASHCAM, {"--screen", "menu", "--stay"}};
   dashcam.await_error("digits_640.q7 : 36\n");
   dashcam.send(SIGUSR1);
   dashcam.await_error(is_saved);
@@ -45,7 +45,7 @@ TEST(DashcamScreenshotKey, SavesTheScreenAndGoesOn) {
   EXPECT_EQ(dashcam.finish(), 0);
   const bmp_picture picture = expect_saved_picture(on);
   for (uint32_t x = 0; x < 640; ++x)
-    ASSERT_EQ(picture.at(x, 0), DRAVIK_DEFAULT_THEME) << "the edge of the splash screen";
+    ASSERT_EQ(picture.at(x, 43), DRAVIK_DEFAULT_THEME) << "the line below the status bar";
 }
 
 TEST(DashcamScreenshotKey, IsRefusedOnAPanelOfAnotherSize) {
