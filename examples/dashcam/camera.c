@@ -108,12 +108,14 @@ int camera_follow(void) {
   return 1;
 }
 
-void camera_follow_monitor(void) {
+int camera_follow_monitor(void) {
   static int32_t before = -1;
   const int32_t monitor = board()->monitor;
-  if (before >= 0 && monitor >= 0 && monitor != before)
+  const int has_changed = before >= 0 && monitor >= 0 && monitor != before;
+  if (has_changed)
     notice(monitor == 1 ? NOTICE_MONITOR_ATTACHED : NOTICE_MONITOR_REMOVED);
   before = monitor;
+  return has_changed;
 }
 
 static void save_event(void) {

@@ -32,8 +32,8 @@ int camera_follow(void);
 /* Detect an impact in the acceleration, once until it is at rest again, and save the recording of it. */
 void camera_feel(void);
 
-/* Announce that a monitor was attached or removed. */
-void camera_follow_monitor(void);
+/* Announce that a monitor was attached or removed. Return 1 if so. */
+int camera_follow_monitor(void);
 
 /* Protect what is being recorded as an event. */
 void camera_save_event(void);

@@ -155,6 +155,8 @@ static void press(enum key key) {
     selected = (selected + 1) % ACTIONS;
   else if (selected == ACTION_PLAY)
     toggle_play();
+  else if (playing.name[0] == '\0')
+    return; /* the page was opened without a recording */
   else if (selected == ACTION_PROTECT)
     toggle_protection();
   else if (!playing.is_protected)

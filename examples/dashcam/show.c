@@ -101,14 +101,13 @@ static void follow_fast(void) {
 static void follow_board(const struct options *options) {
   board_look_around();
   ride_on(options);
-  camera_follow_monitor();
-  const int is_new_state = camera_follow();
+  const int is_new_monitor = camera_follow_monitor(), is_new_state = camera_follow();
   camera_blink(ride()->is_lit);
   if (camera_state() == CAMERA_RECORDING)
     record();
   if (is_new_state)
     question_close();
-  if (is_new_state || notice_is_over())
+  if (is_new_state || is_new_monitor || notice_is_over())
     draw_page();
   else
     refresh_page();

@@ -10,7 +10,7 @@ struct run {
   uint8_t units[2 * (LONGEST + 1)];
   int length, spaces; /* spaces: before it */
   uint32_t font;
-  int width; /* in pixels, without the spaces */
+  int width, rise; /* in pixels, without the spaces; from the top to the base line */
 };
 
 struct line_of_text {
@@ -89,10 +89,12 @@ static void split(struct line_of_text *line, const char *utf8) {
 
 /* Far above the screen nothing is drawn, but str_width and sy contain the size of the text. */
 static void measure_run(struct run *run, enum text_size size) {
+  enum { PLANE_BASE_LINE = 100 };
   const uint32_t far_above = 0U - 10000U;
   put_unicode_string(0, far_above, run->units, points(size), run->font, DRAVIK_WHITE, DRAVIK_BLACK,
                      DRAVIK_TOP_LEFT);
   run->width = str_width;
+  run->rise = PLANE_BASE_LINE - sy;
 }
 
 static int space_before(const struct run *run, enum text_size size) {
@@ -117,13 +119,11 @@ static void cut(struct line_of_text *line, enum text_size size, int room) {
   }
 }
 
-static void draw_run(struct run *run, int x, int middle, struct look look) {
-  enum { PLANE_BASE_LINE = 100 };
-  measure_run(run, look.size);
+static void draw_run(const struct run *run, int x, int middle, struct look look) {
   /* Capitals are 0.72 em high, and 72 points are 80 pixels: half a capital is 0.4 pixels a point. */
-  const int base_line = middle + (int)points(look.size) * 2 / 5, top = base_line - (PLANE_BASE_LINE - sy);
-  put_unicode_string((uint32_t)x, (uint32_t)top, run->units, points(look.size), run->font, (uint16_t)look.ink,
-                     (uint16_t)look.behind, DRAVIK_TOP_LEFT);
+  const int base_line = middle + (int)points(look.size) * 2 / 5;
+  put_unicode_string((uint32_t)x, (uint32_t)(base_line - run->rise), run->units, points(look.size), run->font,
+                     (uint16_t)look.ink, (uint16_t)look.behind, DRAVIK_TOP_LEFT);
 }
 
 void text(struct place at, struct look look, const char *utf8) {
@@ -136,7 +136,7 @@ void text(struct place at, struct look look, const char *utf8) {
   }
   int x = left_edge(at.x, line.width, at.align);
   for (int i = 0; i < line.count; ++i) {
-    struct run *run = &line.runs[i];
+    const struct run *run = &line.runs[i];
     x += space_before(run, look.size);
     draw_run(run, x, at.middle, look);
     x += run->width + 1;

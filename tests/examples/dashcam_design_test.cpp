@@ -34,7 +34,7 @@ TEST(DashcamPhrases, AreCompleteInEveryLanguage) {
 TEST(DashcamPhrases, AreTranslated) {
   const std::set<phrase_id> international = {PHRASE_WIFI, PHRASE_ETHERNET};
   const std::set<phrase_id> same_in_german = {PHRASE_SYSTEM, PHRASE_MINUTE, PHRASE_PARTITION, PHRASE_REGION,
-                                           PHRASE_PAUSE};
+                                              PHRASE_PAUSE};
   for (const auto &[language, which] : all_phrases()) {
     if (language == 0 || international.contains(which) || (language == 1 && same_in_german.contains(which)))
       continue;
@@ -65,10 +65,11 @@ void draw_every_notice() {
 void nothing() {}
 
 void draw_every_question() {
-  constexpr std::pair<phrase_id, phrase_id> questions[] = {{PHRASE_REPAIR_QUESTION, PHRASE_REPAIR_REMARK},
-                                                     {PHRASE_FORMAT_QUESTION, PHRASE_FORMAT_REMARK},
-                                                     {PHRASE_DELETE_QUESTION, PHRASE_DELETE_REMARK},
-                                                     {PHRASE_POWER_OFF_QUESTION, PHRASE_POWER_OFF_REMARK}};
+  constexpr std::pair<phrase_id, phrase_id> questions[] = {
+      {PHRASE_REPAIR_QUESTION, PHRASE_REPAIR_REMARK},
+      {PHRASE_FORMAT_QUESTION, PHRASE_FORMAT_REMARK},
+      {PHRASE_DELETE_QUESTION, PHRASE_DELETE_REMARK},
+      {PHRASE_POWER_OFF_QUESTION, PHRASE_POWER_OFF_REMARK}};
   for (const auto &[question, remark] : questions) {
     ::ask(question, remark, nothing);
     ::question_draw();

@@ -115,7 +115,8 @@ TEST_F(DashcamPlayback, CountsPicturesByTheirMarkers) {
   const auto pictures = [&](const std::string &contents) {
     on_.write("tmp/dravik.log", "");
     on_.write(card_ + "REC/KVX00001.TS", contents);
-    press("ok");
+    application dashcam{on_, DASHCAM, {"--screen", "playback", "--press", "ok"}};
+    EXPECT_EQ(dashcam.finish(), 0);
     const std::string text = log();
     const size_t at = text.find("TS, ") + 4;
     return text.substr(at, text.find('\n', at) - at);
@@ -222,7 +223,7 @@ TEST_F(DashcamPlayback, ReplacesTheOldestOfFiveEvents) {
     record("REC/EM" + std::string{name} + "00001.TS", 1, minute++);
   living_dashcam dashcam{on_, {"--screen", "home", "--stay"}};
   dashcam.await_line("screen home");
-  dashcam.press_next();
+  dashcam.set({"gpio.61=1"});
   dashcam.await_line("event saved");
   dashcam.expect_end();
   EXPECT_FALSE(on_.exists(card_ + "REC/EMC00001.TS"));
@@ -235,7 +236,7 @@ TEST_F(DashcamPlayback, DoesNotRecordWhileParked) {
   living_dashcam dashcam{on_, {"--screen", "home", "--stay"}};
   dashcam.await_line("state: parking");
   dashcam.set({"temperature=55.2"});
-  dashcam.await_line("temperature 55.2");
+  dashcam.await_temperature(55);
   dashcam.expect_end();
   EXPECT_FALSE(on_.exists(card_ + "REC"));
 }

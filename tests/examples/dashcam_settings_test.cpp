@@ -127,9 +127,9 @@ TEST_F(DashcamSettings, ImpactSensorHasAThreshold) {
     dashcam.await_line("screen home");
     dashcam.set({"accel=0," + acceleration + ",1000"});
     dashcam.set({"temperature=55.2"});
-    dashcam.await_line("temperature 55.2");
-    dashcam.set({"accel=0,0,1000", "temperature=41.5"});
-    dashcam.await_line("temperature 41.4");
+    dashcam.await_temperature(55);
+    dashcam.set({"accel=0,0,1000", "temperature=45.2"});
+    dashcam.await_temperature(45);
     dashcam.expect_end();
     return on_.read("tmp/dravik.log");
   };

@@ -27,6 +27,11 @@ public:
 
   /// Wait until the serial console has shown a line; earlier lines are skipped.
   void await_line(const std::string &line) { await_event("ttyS0: " + line); }
+  /// Wait until it has noticed a temperature of so many whole degrees.
+  void await_temperature(int degrees) {
+    const std::string start = "ttyS0: temperature " + std::to_string(degrees) + ".";
+    await(start, [&](const std::string &line) { return line.starts_with(start); });
+  }
   void await_event(const std::string &expected) {
     await(expected, [&](const std::string &line) { return line == expected; });
   }

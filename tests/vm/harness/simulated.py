@@ -38,7 +38,9 @@ def record_board(build: Path, run: Path) -> tuple[Path, Path]:
 
 
 def call(*command: str) -> str:
-    finished = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True)
+    """Run a command in the time zone of the guests: the list of recordings shows local times."""
+    finished = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True,
+                              env={**os.environ, "TZ": "UTC"})
     if finished.returncode != 0:
         raise RuntimeError(f"{' '.join(command)}: exit status {finished.returncode}\n{finished.stderr}")
     return finished.stdout
