@@ -127,7 +127,7 @@ TEST_F(DashcamCard, ShowsQuestionInEveryLanguage) {
 std::vector<uint16_t> spots(const shot &seen) {
   std::vector<uint16_t> colours;
   for (uint32_t place = 0; place < 6; ++place)
-    colours.push_back(seen.at(60 + place % 2 * 168, 318 + place / 2 * 44));
+    colours.push_back(seen.at(50 + place % 2 * 168, 318 + place / 2 * 44));
   return colours;
 }
 

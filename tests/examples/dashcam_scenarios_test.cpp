@@ -1,0 +1,27 @@
+// The scenarios of the demonstration, played as users play them.
+
+#include "examples/demonstration.hpp"
+#include "sim/launcher.hpp"
+
+#include <gtest/gtest.h>
+
+namespace dravik::test {
+namespace {
+
+class DashcamScenario : public testing::TestWithParam<const char *> {};
+
+TEST_P(DashcamScenario, Holds) {
+  const recording_board on;
+  const std::string scenario =
+      std::string{EXAMPLES_SOURCE} + "/dashcam/scenarios/" + GetParam() + ".scenario";
+  const outcome result = launch({"play", on.path(), scenario, "--", DASHCAM, "--time", "14:32:08"});
+  EXPECT_EQ(result.exit_status(), 0) << result.errors;
+}
+
+INSTANTIATE_TEST_SUITE_P(All, DashcamScenario,
+                         testing::Values("menu", "settings", "languages", "playback", "card", "parking",
+                                         "impact", "preview", "tour"),
+                         [](const auto &one) { return std::string{one.param}; });
+
+} // namespace
+} // namespace dravik::test
