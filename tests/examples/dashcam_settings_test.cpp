@@ -36,7 +36,9 @@ TEST_F(DashcamSettings, BrightnessIsThatOfTheBacklight) {
   living_dashcam dashcam{on_, {"--screen", "settings", "--stay"}};
   dashcam.await_event("backlight: 1000");
   for (const char *expected : {"backlight: 200", "backlight: 400", "backlight: 600"}) {
-    dashcam.press_ok();
+    dashcam.set({"gpio.62=1"});
+    dashcam.await_line("key pressed");
+    dashcam.set({"gpio.62=0"});
     dashcam.await_event(expected);
   }
   EXPECT_EQ(bar(dashcam.expect_end()), 90U);
@@ -123,6 +125,7 @@ TEST_F(DashcamSettings, MinuteReturnsTo0WithoutANewHour) {
 TEST_F(DashcamSettings, ImpactSensorHasAThreshold) {
   const auto log_after = [&](const std::string &acceleration) {
     on_.write("tmp/dravik.log", "");
+    on_.clear_events();
     living_dashcam dashcam{on_, {"--screen", "home", "--stay"}};
     dashcam.await_line("screen home");
     dashcam.set({"accel=0," + acceleration + ",1000"});

@@ -108,7 +108,7 @@ TEST_F(DashcamSound, ReportsMissingCard) {
 
 TEST_F(DashcamSound, ClicksWhenAKeyIsPressed) {
   const samples click = heard(samples_of(sound_file("click.pcm")));
-  living_dashcam dashcam{on_, {"--screen", "home", "--stay"}};
+  living_dashcam dashcam{on_, {"--screen", "menu", "--stay"}};
   dashcam.await_sound();
   dashcam.await_sound();
   // The engine pauses after each sound, and a click into its pause is left out.
