@@ -126,7 +126,22 @@ static void draw_run(const struct run *run, int x, int middle, struct look look)
                      (uint16_t)look.ink, (uint16_t)look.behind, DRAVIK_TOP_LEFT);
 }
 
-void text(struct place at, struct look look, const char *utf8) {
+/* Clear what is above and below the run that was drawn last, in the box of its line. */
+static void clear_around(const struct run *run, int x, int middle, struct look look) {
+  const int box = text_height(look.size), top = middle - box / 2;
+  const int first = middle + (int)points(look.size) * 2 / 5 - run->rise, last = first + str_height;
+  fill(x, top, run->width, first - top, behind_colour(look.behind));
+  fill(x, last, run->width, top + box - last, behind_colour(look.behind));
+}
+
+static void clear_between(int from, int to, int middle, struct look look) {
+  const int box = text_height(look.size);
+  fill(from, middle - box / 2, to - from, box, behind_colour(look.behind));
+}
+
+/* Runs are drawn over what was there, and only the rest of the box is cleared: a text that changes does not
+ * flicker. */
+static void draw_line(struct place at, struct look look, const char *utf8, int is_clearing) {
   static struct line_of_text line;
   split(&line, utf8);
   measure(&line, look.size);
@@ -134,20 +149,29 @@ void text(struct place at, struct look look, const char *utf8) {
     log_printf("text: \"%s\" is wider than %d pixels", utf8, at.room);
     cut(&line, look.size, at.room);
   }
-  int x = left_edge(at.x, line.width, at.align);
+  int x = left_edge(at.x, line.width, at.align), cleared = left_edge(at.x, at.room, at.align);
+  const int end = cleared + at.room;
   for (int i = 0; i < line.count; ++i) {
     const struct run *run = &line.runs[i];
     x += space_before(run, look.size);
     draw_run(run, x, at.middle, look);
-    x += run->width + 1;
+    if (is_clearing) {
+      clear_around(run, x, at.middle, look);
+      clear_between(cleared, x, at.middle, look);
+    }
+    x += run->width;
+    cleared = x++;
   }
+  if (is_clearing)
+    clear_between(cleared, end, at.middle, look);
+}
+
+void text(struct place at, struct look look, const char *utf8) {
+  draw_line(at, look, utf8, 0);
 }
 
 void text_again(struct place at, struct look look, const char *utf8) {
-  const int height = text_height(look.size);
-  fill(left_edge(at.x, at.room, at.align), at.middle - height / 2, at.room, height,
-       behind_colour(look.behind));
-  text(at, look, utf8);
+  draw_line(at, look, utf8, 1);
 }
 
 int text_width(enum text_size size, const char *utf8) {

@@ -22,7 +22,7 @@ struct place {
 /* Draw a line of UTF-8. A text that is too wide is cut, which is logged. */
 void text(struct place at, struct look look, const char *utf8);
 
-/* The same after clearing its box, for a text that changes. */
+/* The same, and clear the rest of its box: for a text that changes. */
 void text_again(struct place at, struct look look, const char *utf8);
 
 int text_width(enum text_size size, const char *utf8);
