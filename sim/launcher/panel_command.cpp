@@ -21,7 +21,7 @@ board. APP is run as 'dravik-sim run' does, and again after each reboot. Ctrl-C
 stops APP, then the server.
 
 The first line of output is the address of the page. It contains a secret, which
-is stored in BOARD/panel.access: anyone who has the address can change the board.
+is stored in BOARD/panel.access; whoever has the address can change the board.
 
 Options:
   --listen IP[:PORT]  listen on an IP address of this machine (default:
