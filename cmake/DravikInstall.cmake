@@ -31,14 +31,15 @@ install(FILES ${PROJECT_BINARY_DIR}/dravik-config.cmake ${PROJECT_BINARY_DIR}/dr
 configure_file(${CMAKE_CURRENT_LIST_DIR}/dravik.pc.in ${PROJECT_BINARY_DIR}/dravik.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/dravik.pc DESTINATION ${package_config} COMPONENT development)
 install(FILES ${PROJECT_SOURCE_DIR}/NEWS.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
-set(guides artwork.md artwork-ramps.png board-tool.md compatibility.md live-board.md messages.md porting.md
-  simulated-board.md using.md virtual-machines.md)
+set(guides artwork.md artwork-ramps.png board-tool.md compatibility.md live-board.md messages.md porting.md scenarios.md
+  simulated-board.md using.md virtual-machines.md your-application-in-ci.md)
 list(TRANSFORM guides PREPEND ${PROJECT_SOURCE_DIR}/docs/)
 install(FILES ${guides} DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT development)
 install(FILES ${PROJECT_SOURCE_DIR}/docs/images/live-board.png ${PROJECT_SOURCE_DIR}/docs/images/live-board-phone.png
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs/images COMPONENT development)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples
-  DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development FILES_MATCHING PATTERN dashcam EXCLUDE PATTERN *.c)
+  DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development
+  FILES_MATCHING PATTERN dashcam EXCLUDE PATTERN *.c PATTERN *.scenario PATTERN *.yml PATTERN *.png)
 install(DIRECTORY ${DRAVIK_MANUAL}/man/man3 DESTINATION ${CMAKE_INSTALL_MANDIR} COMPONENT development OPTIONAL)
 install(DIRECTORY ${DRAVIK_MANUAL}/html DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development OPTIONAL)
 

@@ -92,7 +92,9 @@ TEST_F(Installation, HasAllThatUsersNeed) {
                     "bin/dravik-sim", "share/man/man1/dravik-ctl.1", "share/man/man1/dravik-art.1",
                     "share/man/man1/dravik-sim.1", "share/bash-completion/completions/dravik-ctl",
                     "share/doc/dravik/LICENSE", "share/doc/dravik/NEWS.md",
-                    "share/doc/dravik/examples/shapes.c", "share/doc/dravik/docs/live-board.md"}));
+                    "share/doc/dravik/examples/shapes.c", "share/doc/dravik/examples/ci/drive.scenario",
+                    "share/doc/dravik/examples/ci/pictures/normal.png",
+                    "share/doc/dravik/docs/live-board.md"}));
   EXPECT_EQ(files::read_symlink(libraries() + "/libdravik.so"), "libdravik.so.0.1.0");
 }
 
