@@ -139,8 +139,8 @@ static void clear_between(int from, int to, int middle, struct look look) {
   fill(from, middle - box / 2, to - from, box, behind_colour(look.behind));
 }
 
-/* Runs are drawn over what was there, and only the rest of the box is cleared: a text that changes does not
- * flicker. */
+/* Runs are drawn over what was there, and only the rest of the box is cleared, so that a text that changes
+ * does not flicker. */
 static void draw_line(struct place at, struct look look, const char *utf8, int is_clearing) {
   static struct line_of_text line;
   split(&line, utf8);

@@ -273,13 +273,13 @@ std::vector<uint16_t> decoded_jpeg(const board &on, const std::string &path) {
 
 TEST(JpegExample, ShowsTheFileInTheMiddle) {
   const prepared_board on;
-  EXPECT_EQ(expect_success(on, "jpeg", {"alps_640.jpg"}), "alps_640.jpg: 560 x 316\n");
+  EXPECT_EQ(expect_success(on, "jpeg", {"alps_640.jpg"}), "alps_640.jpg: 496 x 280\n");
   const shot seen{on, {}};
-  EXPECT_EQ(seen.area(40, 82, 560, 316), decoded_jpeg(on, "usr/local/dravik/jpg/alps_640.jpg"));
-  EXPECT_THAT(seen.colours(0, 0, 640, 82), ElementsAre(DRAVIK_BLACK));
-  EXPECT_THAT(seen.colours(0, 398, 640, 82), ElementsAre(DRAVIK_BLACK));
-  EXPECT_THAT(seen.colours(0, 0, 40, 480), ElementsAre(DRAVIK_BLACK));
-  EXPECT_THAT(seen.colours(600, 0, 40, 480), ElementsAre(DRAVIK_BLACK));
+  EXPECT_EQ(seen.area(72, 100, 496, 280), decoded_jpeg(on, "usr/local/dravik/jpg/alps_640.jpg"));
+  EXPECT_THAT(seen.colours(0, 0, 640, 100), ElementsAre(DRAVIK_BLACK));
+  EXPECT_THAT(seen.colours(0, 380, 640, 100), ElementsAre(DRAVIK_BLACK));
+  EXPECT_THAT(seen.colours(0, 0, 72, 480), ElementsAre(DRAVIK_BLACK));
+  EXPECT_THAT(seen.colours(568, 0, 72, 480), ElementsAre(DRAVIK_BLACK));
 }
 
 TEST(JpegExample, FailsWithoutTheFile) {
