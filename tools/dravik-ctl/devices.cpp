@@ -45,7 +45,7 @@ bool is_board() {
   return ::access("/dev/ambad", F_OK) == 0 || ::access("/proc/ambarella", F_OK) == 0;
 }
 
-std::string device_failure(std::string message) {
+std::string device_failure(const std::string &message) {
   return is_board() ? message : message + "; not a board: run it on a board, or under dravik-sim";
 }
 

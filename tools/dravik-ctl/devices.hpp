@@ -13,7 +13,7 @@ namespace dravik::ctl {
 bool is_board();
 
 /// A failure of a device, with what to do on a machine that is not a board.
-std::string device_failure(std::string message);
+std::string device_failure(const std::string &message);
 
 /// Open the GPIO driver. On failure returns false and set `error`.
 [[nodiscard]] bool open_gpio(std::string &error);
