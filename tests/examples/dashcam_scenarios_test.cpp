@@ -14,7 +14,8 @@ TEST_P(DashcamScenario, Holds) {
   const recording_board on;
   const std::string scenario =
       std::string{EXAMPLES_SOURCE} + "/dashcam/scenarios/" + GetParam() + ".scenario";
-  const outcome result = launch({"play", on.path(), scenario, "--", DASHCAM, "--time", "14:32:08"});
+  const outcome result =
+      launch_with_application({"play", on.path(), scenario, "--", DASHCAM, "--time", "14:32:08"});
   EXPECT_EQ(result.exit_status(), 0) << result.errors;
 }
 

@@ -66,4 +66,13 @@ inline outcome launch(std::vector<std::string> words) {
   return run(words);
 }
 
+#ifdef PRELOADED_FIRST
+/// With an application that `play` or `film` starts: a sanitizer's library has to come before the simulator's.
+inline outcome launch_with_application(std::vector<std::string> words) {
+  words.insert(words.begin(), {"/usr/bin/env", "LD_PRELOAD=" PRELOADED_FIRST,
+                               "ASAN_OPTIONS=detect_leaks=0:quarantine_size_mb=1", LAUNCHER});
+  return run(words);
+}
+#endif
+
 } // namespace dravik::test

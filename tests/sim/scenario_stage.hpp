@@ -50,12 +50,7 @@ protected:
     return read;
   }
 
-  /// A sanitizer's library has to come before the simulator's.
-  outcome launched(std::vector<std::string> words) const {
-    words.insert(words.begin(), {"/usr/bin/env", "LD_PRELOAD=" PRELOADED_FIRST,
-                                 "ASAN_OPTIONS=detect_leaks=0:quarantine_size_mb=1", LAUNCHER});
-    return run(words);
-  }
+  outcome launched(const std::vector<std::string> &words) const { return launch_with_application(words); }
   /// With the guest, if it is to run.
   outcome played(const std::string &text, std::vector<std::string> options = {},
                  std::vector<std::string> application = {GUEST}) const {
