@@ -237,7 +237,7 @@ class Application(ServerTest):
         with self.board.page() as page:
             page.await_text(CONSOLE, "guest ready")
             self.assertEqual(self.board.end(signal.SIGINT), 0)
-            self.assertIn("ending 0", self.board.read("console"))
+            await_that(lambda: "ending 0" in self.board.read("console"), "the end of the application")
             with self.assertRaises(ConnectionError):
                 while True:
                     page.receive()

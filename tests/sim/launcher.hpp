@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
@@ -54,7 +55,8 @@ inline outcome run(const std::vector<std::string> &words) {
     become(words, ::fileno(output), ::fileno(errors));
   outcome result;
   ::waitpid(child, &result.status, 0);
-  if (const auto command = std::ranges::find(words, "run"); words.end() - command > 1)
+  constexpr std::array<std::string_view, 3> running = {"run", "play", "film"};
+  if (const auto command = std::ranges::find_first_of(words, running); words.end() - command > 1)
     await_serial_keeper(command[1]);
   result.output = contents(output);
   result.errors = contents(errors);
