@@ -56,9 +56,10 @@ static int append_picture(const char *to) {
 static int next_number(void) {
   static struct recording list[MOST_RECORDINGS];
   int number = -1;
-  for (int i = read_recordings(list) - 1; i >= 0; --i)
-    if (atoi(list[i].name + 3) > number)
-      number = atoi(list[i].name + 3);
+  for (int i = read_recordings(list) - 1; i >= 0; --i) {
+    const int other = atoi(list[i].name + 3);
+    number = other > number ? other : number;
+  }
   return (number + 1) % MOST_NUMBERS;
 }
 
