@@ -84,7 +84,7 @@ protected:
   bool has_landlock() const { return checked_explanation().find("Landlock, ABI") != std::string::npos; }
 
 private:
-  std::string directory_ = std::filesystem::temp_directory_path().string() + "/dravik-boundary-XXXXXX";
+  std::string directory_ = "/tmp/dravik-boundary-XXXXXX"; ///< not in /dev/shm, which is open to all
 };
 
 // --- what is kept in ---

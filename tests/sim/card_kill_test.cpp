@@ -201,9 +201,9 @@ private:
     ::_exit(HasFailure() ? 1 : 0);
   }
 
-  /// All; a sanitized launcher takes several times as long to start, and is killed at about 20 points.
+  /// All; a sanitized launcher takes several times as long to start, and is killed at about 8 points.
   static bool is_taken(size_t point, size_t count) {
-    return !is_sanitized || point % std::max<size_t>(count / 20, 1) == 0;
+    return !is_sanitized || point % std::max<size_t>(count / 8, 1) == 0;
   }
 
   void kill_at(const words &action, const kill_point &point, size_t round) {

@@ -1,6 +1,7 @@
 // The simulated memory card: what other programs find on its image, and what applications find of it.
 
 #include "sim/card_stage.hpp"
+#include "support/changed_variable.hpp"
 
 #include <cerrno>
 #include <csignal>
@@ -517,23 +518,6 @@ TEST_F(SimCard, KeepsDataBetweenHoles) {
 }
 
 // --- the application's environment ---
-
-/// Set a variable while it lives.
-class changed_variable {
-public:
-  changed_variable(const char *name, const char *value) : name_(name) {
-    const char *before = std::getenv(name);
-    before_ = before != nullptr ? before : "";
-    ::setenv(name, value, 1);
-  }
-  ~changed_variable() { before_.empty() ? ::unsetenv(name_) : ::setenv(name_, before_.c_str(), 1); }
-  changed_variable(const changed_variable &) = delete;
-  changed_variable &operator=(const changed_variable &) = delete;
-
-private:
-  const char *name_;
-  std::string before_;
-};
 
 TEST_F(SimCard, IsHandledWithoutTheEnvironmentOfTheApplication) {
   board_.write("trap/mcopy", "#!/bin/sh\nexit 1\n");

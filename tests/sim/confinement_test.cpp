@@ -253,7 +253,7 @@ protected:
   boundary_rules rules_;
 
 private:
-  std::string directory_ = std::filesystem::temp_directory_path().string() + "/dravik-boundary-XXXXXX";
+  std::string directory_ = "/tmp/dravik-boundary-XXXXXX"; ///< not in /dev/shm, which is open to all
 };
 
 TEST_F(FileAccess, LetsWriteInsideOnly) {

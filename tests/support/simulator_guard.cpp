@@ -46,6 +46,12 @@ std::vector<std::string> directories_of_tests() {
   return directories;
 }
 
+/// Where boards are made, and where tmpfile() makes its files wherever that is.
+std::string temporary_directories() {
+  std::error_code code;
+  return std::filesystem::temp_directory_path(code).string() + ":/tmp";
+}
+
 // ------------------------------------------------------------------------------------------- the loader
 
 /// The object that defines a name, by the loader and the address.
@@ -165,8 +171,7 @@ void require_simulator() {
     if (simulator_defines(call))
       require_simulated(call);
   offer_sound_card(SOUND_CARD_DIRECTORY);
-  std::error_code code;
-  ::dravik_sim_use_host_directories(std::filesystem::temp_directory_path(code).c_str());
+  ::dravik_sim_use_host_directories(temporary_directories().c_str());
   const char *current = ::dravik_sim_board();
   const std::string before = current != nullptr ? current : nowhere;
   bool in_charge;
