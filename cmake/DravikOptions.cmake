@@ -74,3 +74,7 @@ if(DRAVIK_SANITIZE)
   add_compile_options(-fsanitize=${DRAVIK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
   add_link_options(-fsanitize=${DRAVIK_SANITIZE})
 endif()
+if(DRAVIK_SANITIZE MATCHES address)
+  # The tests start programs thousands of times, each with up to 900,000 relocations if it can be loaded anywhere.
+  add_link_options($<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-no-pie>)
+endif()
