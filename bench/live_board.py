@@ -19,7 +19,7 @@ SAMPLES = 100
 SAMPLES_AT_REST = 20
 FILM_S = 10
 REST_S = 10
-TURNS = 15
+TURNS = 30
 LINE_PIXELS = 640
 LINES = 480
 
@@ -85,7 +85,8 @@ class Measurement:
 
 
 def drawing_ratio():
-    """Processor time of drawing with a page that looks, by that without; medians of turns."""
+    """Processor time of drawing with a page that looks, by that without, in turns; the median of the ratios of
+    neighbours, since the speed of a processor wanders."""
     board = LiveBoard(card="0")
     board.start(GUEST)
     times = {True: [], False: []}
@@ -95,6 +96,8 @@ def drawing_ratio():
                 page.await_text(CONSOLE, "guest ready")
                 drawn = board.read("console").count("drawn in")
                 page.send("type time\r")
+                page.send("no command")
+                page.await_kind("error")  # what was typed has arrived
                 if turn % 2 == 0:
                     while board.read("console").count("drawn in") == drawn:
                         page.receive()
@@ -102,7 +105,7 @@ def drawing_ratio():
             times[turn % 2 == 0].append(int(board.read("console").rsplit("drawn in ", 1)[1].split()[0]))
     finally:
         board.close()
-    return statistics.median(times[True]) / statistics.median(times[False])
+    return statistics.median(beside / alone for beside, alone in zip(times[True], times[False]))
 
 
 def percent(share):

@@ -24,7 +24,7 @@ constexpr size_t wav_header_bytes = 44;
 constexpr size_t sound_frame_bytes = 4;
 constexpr int most_silent_parts = 256; ///< that are skipped at a time
 constexpr uint32_t most_frames_on_the_way = 2;
-constexpr auto shortest_frame_time = 24ms;
+constexpr auto shortest_frame_time = 20ms; ///< less than between two looks at the board
 
 bool is_silent(std::string_view samples) {
   return samples.find_first_not_of('\0') == std::string_view::npos;

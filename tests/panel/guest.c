@@ -52,7 +52,7 @@ static void draw_pattern(void) {
 static void time_drawing(void) {
   struct timespec begin, now;
   clock_gettime(CLOCK_THREAD_CPUTIME_ID, &begin);
-  for (int i = 0; i < 3000; ++i)
+  for (int i = 0; i < 20000; ++i)
     fill(i % 2 == 0 ? "1234" : "edcb");
   clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
   console_printf("drawn in %ld us\r\n",
