@@ -124,7 +124,7 @@ TEST_F(RecordingsFailure, ReportsLongerWorkingDirectory) {
 }
 
 TEST_F(RecordingsFailure, ReportsRemovedWorkingDirectory) {
-  const std::string path = go_to_path_of(70);
+  const std::string path = go_to_path_of(60);
   std::filesystem::remove(path);
   EXPECT_EQ(checked_survey(-1), all_zero);
   EXPECT_EQ(log(), messages{"parse_rec_file_list() : getcwd err!"});
