@@ -47,6 +47,15 @@ need_packages() {
   fail "packages cannot be installed; the log is build/packages.log"
 }
 
+# use_compiler_cache: builds share their objects if ccache is installed: those of the packages with those of the tests,
+# and those of several checkouts.
+use_compiler_cache() {
+  command -v ccache >/dev/null || return 0
+  export CMAKE_C_COMPILER_LAUNCHER="${CMAKE_C_COMPILER_LAUNCHER-ccache}"
+  export CMAKE_CXX_COMPILER_LAUNCHER="${CMAKE_CXX_COMPILER_LAUNCHER-ccache}"
+  export CCACHE_BASEDIR="$root" CCACHE_NOHASHDIR=1
+}
+
 # minutes SECONDS: as 4:05.
 minutes() { printf '%d:%02d' $(($1 / 60)) $(($1 % 60)); }
 
@@ -143,9 +152,9 @@ cross_packages="$library_packages debian-archive-keyring"
 sysroot_packages="libc6-dev libjpeg62-turbo-dev libasound2-dev libmad0-dev libfreetype-dev libboost-dev libpng-dev
   zlib1g-dev libgtest-dev libgmock-dev libstdc++6 libgcc-s1"
 arm_packages="$cross_packages g++-arm-linux-gnueabihf g++-arm-linux-gnueabi qemu-user-static"
-test_packages="$demo_packages libgtest-dev libgmock-dev binutils chromium chromium-driver clang-format clang-tidy doxygen
-  fdisk file fonts-dejavu-core iproute2 jq libjpeg-turbo-progs libxml2-utils netpbm pkg-config procps python3
-  python3-selenium"
+test_packages="$demo_packages libgtest-dev libgmock-dev binutils ccache chromium chromium-driver clang-format
+  clang-tidy doxygen fdisk file fonts-dejavu-core iproute2 jq libjpeg-turbo-progs libxml2-utils netpbm pkg-config procps
+  python3 python3-selenium"
 vm_packages="debian-archive-keyring gcc make libelf1 python3-minimal qemu-system-x86 busybox-static dosfstools fdisk
   mtools alsa-utils mtd-utils"
 vm_arm_packages="gcc-arm-linux-gnueabihf qemu-system-arm"
