@@ -104,7 +104,7 @@ SDL_Surface *sdl_picture(const drawing &from, mode m) {
   auto *to = static_cast<uint8_t *>(surface->pixels);
   for (int y = 0; y < from.height; ++y, to += surface->pitch)
     std::memcpy(to, &from.pixels[static_cast<size_t>(y * from.width)], from.row_size());
-  SDL_SetColorKey(surface, m == copy ? SDL_FALSE : SDL_TRUE, key);
+  SDL_SetColorKey(surface, m == DRAVIK_BMP_COPY ? SDL_FALSE : SDL_TRUE, key);
   return surface;
 }
 
