@@ -140,17 +140,47 @@ void add_texts(font &f, int32_t slot, const std::string &name, const char *text,
       .floor([](const known &k) { store_at(k.offsets); });
 }
 
+/// A screen full of text.
+void add_page(font &f, int32_t slot, targets limits) {
+  const int columns = screen_width / f.width;
+  std::string text;
+  while (text.size() < static_cast<size_t>(columns))
+    text += label;
+  text.resize(static_cast<size_t>(columns));
+  std::vector<box> lines;
+  for (int y = 0; y + f.height <= screen_height; y += f.height)
+    lines.push_back({0, y, screen_width, f.height});
+  row<std::vector<box>>("page of text 8x16, opaque", limits, {lines})
+      .library([slot, text](const std::vector<box> &all) {
+        for (const box &b : all)
+          fb_printf(0, static_cast<uint32_t>(b.y), letters, ground, slot, text.c_str());
+      })
+      .peer("SDL 8-bit",
+            [&f, text](const std::vector<box> &all) {
+              for (const box &b : all)
+                sdl_glyphs(f.opaque, text.c_str(), b);
+            })
+      .floor([](const std::vector<box> &all) {
+        for (const box &b : all)
+          set_block(b);
+      });
+}
+
 } // namespace
 
 void add_text() {
-  static font small(8, 16), large(16, 32);
+  static font small(8, 16), medium(12, 24), large(16, 32);
   small.use_in_slot(0);
-  large.use_in_slot(1);
+  medium.use_in_slot(1);
+  large.use_in_slot(2);
   constexpr targets glyph = {0.35, 2.0};
   add_texts(small, 0, "glyph", "R", glyph, glyph);
-  add_texts(large, 1, "glyph", "R", glyph, glyph);
+  add_texts(medium, 1, "glyph", "R", glyph, glyph);
+  add_texts(large, 2, "glyph", "R", glyph, glyph);
   add_texts(small, 0, "label", label, {0.22, 3}, {0.25, 6});
-  add_texts(large, 1, "label", label, {0.22, 3}, {0.25, 6});
+  add_texts(medium, 1, "label", label, {0.35, 4}, {0.25, 6});
+  add_texts(large, 2, "label", label, {0.22, 3}, {0.25, 6});
+  add_page(small, 0, {0.13, 2.8});
 }
 
 } // namespace bench

@@ -5,6 +5,7 @@
 #include "fb/vectors.hpp"
 
 #include <array>
+#include <span>
 
 namespace dravik::fb {
 
@@ -102,5 +103,31 @@ public:
 private:
   uint16_t set_;
 };
+
+template <size_t RowBytes, class PutRow>
+void each_bit_row(std::span<const uint8_t> rows, pixel *at, ptrdiff_t pitch, PutRow put_row) noexcept {
+  for (; !rows.empty(); rows = rows.subspan(RowBytes), at = step(at, pitch))
+    put_row(at, rows.data());
+}
+
+/// Draw rows of up to 16 bits. A row has one byte for up to eight bits, else two.
+template <class Painter>
+void put_bit_rows(std::span<const uint8_t> rows, pixel *at, ptrdiff_t pitch, uint32_t width,
+                  Painter paint) noexcept {
+  if (width < 8)
+    return each_bit_row<1>(rows, at, pitch,
+                           [=](pixel *to, const uint8_t *bits) { paint.put(to, *bits, width); });
+  if (width == 8)
+    return each_bit_row<1>(rows, at, pitch, [=](pixel *to, const uint8_t *bits) { paint.put8(to, *bits); });
+  if (width < 16)
+    return each_bit_row<2>(rows, at, pitch, [=](pixel *to, const uint8_t *bits) {
+      paint.put8(to, bits[0]);
+      paint.put(to + 8, bits[1], width - 8);
+    });
+  each_bit_row<2>(rows, at, pitch, [=](pixel *to, const uint8_t *bits) {
+    paint.put8(to, bits[0]);
+    paint.put8(to + 8, bits[1]);
+  });
+}
 
 } // namespace dravik::fb

@@ -27,6 +27,19 @@ struct ramp {
   const uint16_t *colours;
 };
 
+/// The largest number of glyphs in a run.
+constexpr size_t glyphs_per_run = 8;
+
+/// Glyphs side by side. Their pixels must not overlap.
+struct glyph_run {
+  pixel *to;
+  ptrdiff_t pitch;              ///< bytes per line of the screen
+  const uint8_t *const *glyphs; ///< rows of one bit per pixel, bit 7 the left one
+  size_t count;                 ///< 1 to glyphs_per_run
+  size_t width;                 ///< pixels per glyph, 1 to 16; a row has two bytes if it exceeds 8
+  size_t height;
+};
+
 /// The loops of one machine. They store rows from left to right and do not read frame buffer memory.
 struct machine {
   const char *name;
@@ -45,6 +58,8 @@ struct machine {
   void (*bgr32)(const picture &what) noexcept;
   /// Draw indexes of one byte into 256 colours.
   void (*indexed)(const picture &what, const uint16_t *palette) noexcept;
+  /// Draw opaque text: clear and set bits in a colour each.
+  void (*glyphs)(const glyph_run &what, uint16_t clear, uint16_t set) noexcept;
 };
 
 /// The loops for any machine.

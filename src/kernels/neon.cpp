@@ -183,8 +183,13 @@ void indexed(const picture &what, const uint16_t *palette) noexcept {
   plain.indexed(what, palette);
 }
 
+void glyphs(const glyph_run &what, uint16_t clear, uint16_t set) noexcept {
+  plain.glyphs(what, clear, set);
+}
+
 } // namespace
 
-constinit const machine neon = {"neon", levels, levels_over, keyed, silhouette, bgr24, bgr32, indexed};
+constinit const machine neon = {"neon", levels, levels_over, keyed, silhouette,
+                                bgr24,  bgr32,  indexed,     glyphs};
 
 } // namespace dravik::kernels

@@ -1,6 +1,7 @@
 // Loops for any machine: words, and the compiler's vectors on machines with 16-byte registers.
 
 #include "base/unaligned.hpp"
+#include "fb/bit_row.hpp"
 #include "fb/colour_table.hpp"
 #include "fb/colours.hpp"
 #include "fb/pair_row.hpp"
@@ -218,8 +219,19 @@ void indexed(const picture &what, const uint16_t *palette) noexcept {
   });
 }
 
+// ------------------------------------------------------------------------------------------------- text
+
+void glyphs(const glyph_run &what, uint16_t clear, uint16_t set) noexcept {
+  const fb::opaque_bits paint{clear, set};
+  const size_t size = what.height * (what.width <= 8 ? 1 : 2);
+  pixel *to = what.to;
+  for (size_t n = 0; n < what.count; ++n, to += what.width)
+    fb::put_bit_rows({what.glyphs[n], size}, to, what.pitch, static_cast<uint32_t>(what.width), paint);
+}
+
 } // namespace
 
-constinit const machine plain = {"plain", levels, levels_over, keyed, silhouette, bgr24, bgr32, indexed};
+constinit const machine plain = {"plain", levels, levels_over, keyed, silhouette,
+                                 bgr24,   bgr32,  indexed,     glyphs};
 
 } // namespace dravik::kernels

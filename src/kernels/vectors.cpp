@@ -169,6 +169,135 @@ void indexed(const picture &what, const uint16_t *palette) noexcept {
   });
 }
 
+// ------------------------------------------------------------------------------------------------- text
+
+/// For each pixel of a block: the byte of its bit among those of a row of all glyphs, and the bit.
+struct bit_places {
+  __m512i bytes, bits;
+};
+
+__m512i all_words(size_t value) noexcept {
+  return _mm512_set1_epi16(static_cast<short>(value));
+}
+
+/// A number of pixels times 2, times `by_width`, over 65536 is the number of glyphs.
+template <size_t RowBytes>
+bit_places bit_places_of(size_t first_pixel, size_t width, __m512i by_width) noexcept {
+  alignas(64) static constexpr uint16_t numbers[block] = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10,
+                                                          11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21,
+                                                          22, 23, 24, 25, 26, 27, 28, 29, 30, 31};
+  const __m512i pixels = _mm512_add_epi16(_mm512_load_si512(numbers), all_words(first_pixel));
+  const __m512i glyph = _mm512_mulhi_epu16(_mm512_add_epi16(pixels, pixels), by_width);
+  const __m512i column = _mm512_sub_epi16(pixels, _mm512_mullo_epi16(glyph, all_words(width)));
+  const __m512i byte =
+      RowBytes == 1 ? glyph : _mm512_add_epi16(_mm512_add_epi16(glyph, glyph), _mm512_srli_epi16(column, 3));
+  const __m512i from_right = _mm512_andnot_si512(column, all_words(7));
+  return {_mm512_or_si512(byte, all_words(0x8000)), _mm512_sllv_epi16(all_words(1), from_right)};
+}
+
+constexpr size_t bytes_at_once = sizeof(__m128i); ///< of each glyph
+
+/// Store bytes of all glyphs row by row: of each row, `RowBytes` bytes of every glyph. Each pass moves an index
+/// bit of the glyph from the highest to the lowest place.
+template <size_t RowBytes>
+void store_rows(uint8_t *to, const glyph_run &what, size_t first_byte, size_t size) noexcept {
+  const auto wanted = static_cast<__mmask16>(first(size));
+  __m128i parts[glyphs_per_run] = {};
+  for (size_t n = 0; n < what.count; ++n)
+    parts[n] = _mm_maskz_loadu_epi8(wanted, what.glyphs[n] + first_byte);
+  for (size_t pass = 0; pass < 3; ++pass) {
+    __m128i mixed[glyphs_per_run];
+    for (size_t n = 0; n < glyphs_per_run / 2; ++n) {
+      const __m128i a = parts[n], b = parts[n + glyphs_per_run / 2];
+      mixed[2 * n] = RowBytes == 1 ? _mm_unpacklo_epi8(a, b) : _mm_unpacklo_epi16(a, b);
+      mixed[2 * n + 1] = RowBytes == 1 ? _mm_unpackhi_epi8(a, b) : _mm_unpackhi_epi16(a, b);
+    }
+    for (size_t n = 0; n < glyphs_per_run; ++n)
+      parts[n] = mixed[n];
+  }
+  for (size_t n = 0; n < glyphs_per_run; ++n)
+    _mm_store_si128(reinterpret_cast<__m128i *>(to) + n, parts[n]);
+}
+
+/// Return the bytes of a row of all glyphs in each quarter.
+template <size_t RowBytes> __m512i row_bytes_at(const uint8_t *from) noexcept {
+  if constexpr (RowBytes == 1)
+    return _mm512_broadcastq_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i *>(from)));
+  return _mm512_broadcast_i32x4(_mm_load_si128(reinterpret_cast<const __m128i *>(from)));
+}
+
+template <size_t RowBytes> void put_glyphs(const glyph_run &what, __m512i clear, __m512i set) noexcept {
+  constexpr size_t line_bytes = glyphs_per_run * RowBytes, rows_at_once = bytes_at_once / RowBytes;
+  const size_t width = what.count * what.width;
+  const ptrdiff_t pitch = what.pitch;
+  const auto glyph_width = static_cast<uint32_t>(what.width);
+  const __m512i by_width = all_words((0x8000 + glyph_width - 1) / glyph_width);
+  pixel *to = what.to;
+  for (size_t row = 0; row < what.height; row += rows_at_once) {
+    const size_t rows = what.height - row < rows_at_once ? what.height - row : rows_at_once;
+    alignas(64) uint8_t lines[rows_at_once * line_bytes];
+    store_rows<RowBytes>(lines, what, row * RowBytes, rows * RowBytes);
+    for (size_t at = 0; at < width; at += block) {
+      const bit_places places = bit_places_of<RowBytes>(at, glyph_width, by_width);
+      const __mmask32 wanted = first(width - at);
+      pixel *line = to + at;
+      for (size_t n = 0; n < rows; ++n, line = step(line, pitch)) {
+        const __m512i bytes =
+            _mm512_shuffle_epi8(row_bytes_at<RowBytes>(lines + n * line_bytes), places.bytes);
+        store(line, wanted, _mm512_mask_blend_epi16(_mm512_test_epi16_mask(bytes, places.bits), clear, set));
+      }
+    }
+    to = step(to, static_cast<ptrdiff_t>(rows) * pitch);
+  }
+}
+
+/// Call put(pixels of the row, its bytes) for each row of each glyph, one glyph after the other.
+template <size_t RowBytes, class Put> void each_glyph_row(const glyph_run &what, Put put) noexcept {
+  for (size_t n = 0; n < what.count; ++n) {
+    const ptrdiff_t pitch = what.pitch;
+    pixel *line = what.to + n * what.width;
+    const uint8_t *row = what.glyphs[n], *const end = row + what.height * RowBytes;
+    for (; row != end; row += RowBytes, line = step(line, pitch))
+      put(line, row);
+  }
+}
+
+void put_narrow_glyphs(const glyph_run &what, uint16_t clear, uint16_t set) noexcept {
+  const __m128i clears = _mm_set1_epi16(static_cast<short>(clear)),
+                sets = _mm_set1_epi16(static_cast<short>(set)),
+                bits = _mm_setr_epi16(0x80, 0x40, 0x20, 0x10, 8, 4, 2, 1);
+  const auto wanted = static_cast<__mmask8>(first(what.width));
+  each_glyph_row<1>(what, [=](pixel *line, const uint8_t *row) {
+    const __mmask8 is_set = _mm_test_epi16_mask(_mm_set1_epi8(static_cast<char>(*row)), bits);
+    _mm_mask_storeu_epi16(line, wanted, _mm_mask_blend_epi16(is_set, clears, sets));
+  });
+}
+
+void put_wide_glyphs(const glyph_run &what, uint16_t clear, uint16_t set) noexcept {
+  const __m256i clears = _mm256_set1_epi16(static_cast<short>(clear)),
+                sets = _mm256_set1_epi16(static_cast<short>(set)),
+                bits = _mm256_setr_epi16(0x80, 0x40, 0x20, 0x10, 8, 4, 2, 1, static_cast<short>(0x8000),
+                                         0x4000, 0x2000, 0x1000, 0x800, 0x400, 0x200, 0x100);
+  const auto wanted = static_cast<__mmask16>(first(what.width));
+  each_glyph_row<2>(what, [=](pixel *line, const uint8_t *row) {
+    short bytes;
+    __builtin_memcpy(&bytes, row, sizeof bytes);
+    const __mmask16 is_set = _mm256_test_epi16_mask(_mm256_set1_epi16(bytes), bits);
+    _mm256_mask_storeu_epi16(line, wanted, _mm256_mask_blend_epi16(is_set, clears, sets));
+  });
+}
+
+void glyphs(const glyph_run &what, uint16_t clear, uint16_t set) noexcept {
+  constexpr size_t worth_mixing = 3;
+  if (what.count < worth_mixing)
+    return what.width <= 8 ? put_narrow_glyphs(what, clear, set) : put_wide_glyphs(what, clear, set);
+  const __m512i clears = _mm512_set1_epi16(static_cast<short>(clear));
+  const __m512i sets = _mm512_set1_epi16(static_cast<short>(set));
+  if (what.width <= 8)
+    return put_glyphs<1>(what, clears, sets);
+  put_glyphs<2>(what, clears, sets);
+}
+
 #else
 
 typedef uint8_t bytes_of_16 __attribute__((vector_size(16)));
@@ -308,6 +437,10 @@ void indexed(const picture &what, const uint16_t *palette) noexcept {
   plain.indexed(what, palette);
 }
 
+void glyphs(const glyph_run &what, uint16_t clear, uint16_t set) noexcept {
+  plain.glyphs(what, clear, set);
+}
+
 #endif
 
 } // namespace
@@ -316,6 +449,6 @@ void indexed(const picture &what, const uint16_t *palette) noexcept {
 #define DRAVIK_TEXT_OF(machine) DRAVIK_NAME_OF(machine)
 
 constinit const machine KERNELS_MACHINE = {
-    DRAVIK_TEXT_OF(KERNELS_MACHINE), levels, levels_over, keyed, silhouette, bgr24, bgr32, indexed};
+    DRAVIK_TEXT_OF(KERNELS_MACHINE), levels, levels_over, keyed, silhouette, bgr24, bgr32, indexed, glyphs};
 
 } // namespace dravik::kernels

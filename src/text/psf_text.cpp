@@ -1,6 +1,7 @@
 // Text in bitmap fonts, drawn directly to the screen.
 
 #include "fb/bit_row.hpp"
+#include "kernels/kernels.hpp"
 
 #include <array>
 #include <cstdarg>
@@ -29,49 +30,37 @@ std::span<const uint8_t> glyph_rows(const psf_font &font, uint32_t code) noexcep
   return {font.ptr + start, static_cast<size_t>(size)};
 }
 
-template <size_t RowBytes, class PutRow>
-void each_row(std::span<const uint8_t> rows, pixel *at, ptrdiff_t pitch, PutRow put_row) noexcept {
-  for (; !rows.empty(); rows = rows.subspan(RowBytes), at = fb::step(at, pitch))
-    put_row(at, rows.data());
-}
-
-template <class Painter>
-void put_rows(std::span<const uint8_t> rows, pixel *at, ptrdiff_t pitch, uint32_t width,
-              Painter paint) noexcept {
-  if (width < 8)
-    return each_row<1>(rows, at, pitch, [=](pixel *to, const uint8_t *bits) { paint.put(to, *bits, width); });
-  if (width == 8)
-    return each_row<1>(rows, at, pitch, [=](pixel *to, const uint8_t *bits) { paint.put8(to, *bits); });
-  if (width < 16)
-    return each_row<2>(rows, at, pitch, [=](pixel *to, const uint8_t *bits) {
-      paint.put8(to, bits[0]);
-      paint.put(to + 8, bits[1], width - 8);
-    });
-  each_row<2>(rows, at, pitch, [=](pixel *to, const uint8_t *bits) {
-    paint.put8(to, bits[0]);
-    paint.put8(to + 8, bits[1]);
-  });
-}
-
-/// A font and its colours, prepared for drawing character cells.
+/// A font and its colours.
 class cell_writer {
 public:
   cell_writer(const fb::surface &on, const psf_font &font, uint32_t fg, uint32_t bg) noexcept
       : on_(on), font_(font), oversized_(fb::is_oversized(on, font.width, font.height)),
         transparent_(bg == DRAVIK_TRANSPARENT), fg_(static_cast<uint16_t>(fg)),
-        bg_(static_cast<uint16_t>(bg)), opaque_(bg_, fg_), set_only_(fg_) {}
+        bg_(static_cast<uint16_t>(bg)) {}
 
   uint32_t cell_width() const noexcept { return static_cast<uint32_t>(font_.width); }
+  std::span<const uint8_t> rows_of(uint32_t code) const noexcept { return glyph_rows(font_, code); }
+
+  ptrdiff_t pitch() const noexcept { return on_.pitch; }
+
+  /// Return whether cells may be drawn in runs.
+  bool draws_runs() const noexcept { return !transparent_ && !oversized_ && cell_width() <= widest_cell; }
+  /// Draw opaque glyphs side by side.
+  void put_run(std::span<const uint8_t *const> glyphs, position at) const noexcept {
+    kernels::active->glyphs({on_.at(at), on_.pitch, glyphs.data(), glyphs.size(), drawn_width(),
+                             static_cast<size_t>(font_.height)},
+                            bg_, fg_);
+  }
 
   [[gnu::noinline]] void put(uint32_t code, position at) const noexcept {
-    const std::span<const uint8_t> rows = glyph_rows(font_, code);
+    const std::span<const uint8_t> rows = rows_of(code);
     if (oversized_)
       return put_cut(rows, at);
-    if (transparent_) {
-      put_rows(rows, on_.at(at), on_.pitch, drawn_width(), set_only_);
-    } else {
-      put_rows(rows, on_.at(at), on_.pitch, drawn_width(), opaque_);
-    }
+    if (transparent_)
+      return fb::put_bit_rows(rows, on_.at(at), on_.pitch, drawn_width(), fb::transparent_bits{fg_});
+    const uint8_t *const glyph = rows.data();
+    if (!rows.empty())
+      put_run({&glyph, 1}, at);
   }
 
 private:
@@ -96,21 +85,62 @@ private:
   bool oversized_;
   bool transparent_;
   uint16_t fg_, bg_;
-  fb::opaque_bits opaque_;
-  fb::transparent_bits set_only_;
 };
 
 const psf_font *find_font(int32_t slot) noexcept {
   return static_cast<uint32_t>(slot) < std::size(psf) ? &psf[slot] : nullptr;
 }
 
-/// Position of the next character cell.
+/// Opaque cells side by side, which are drawn together.
+class cell_run {
+public:
+  explicit cell_run(const cell_writer &writer) noexcept : writer_(writer) {}
+
+  void put(uint32_t code, position at) noexcept {
+    const std::span<const uint8_t> rows = writer_.rows_of(code);
+    if (rows.empty())
+      return;
+    if (!continues_at(at)) {
+      draw();
+      start_ = next_ = at;
+    }
+    next_ = next_.moved(writer_.cell_width(), 0);
+    glyphs_[count_++] = rows.data();
+  }
+
+  void draw() noexcept {
+    if (count_ != 0)
+      writer_.put_run(std::span{glyphs_}.first(count_), start_);
+    count_ = 0;
+  }
+
+private:
+  /// Longer runs than a line may overlap themselves.
+  bool continues_at(position at) const noexcept {
+    const position end = next_.moved(writer_.cell_width(), 0);
+    return at.x == next_.x && at.y == next_.y && count_ % glyphs_.size() != 0 && start_.x < end.x &&
+           ptrdiff_t{end.x - start_.x} * 2 <= writer_.pitch();
+  }
+
+  const cell_writer &writer_;
+  position start_ = {}, next_ = {};
+  size_t count_ = 0;
+  std::array<const uint8_t *, kernels::glyphs_per_run> glyphs_;
+};
+
+/// Position of the next character cell. Some cells wait for flush().
 class cursor {
 public:
-  cursor(const cell_writer &writer, position start) noexcept : writer_(writer), start_(start) {}
+  cursor(const cell_writer &writer, position start) noexcept : writer_(writer), start_(start), run_(writer) {}
 
   void put(char character) noexcept {
-    writer_.put(static_cast<unsigned char>(character), start_.moved(writer_.cell_width() * column_++, row_));
+    const uint32_t code = static_cast<unsigned char>(character);
+    const position at = start_.moved(writer_.cell_width() * column_++, row_);
+    if (writer_.draws_runs()) {
+      run_.put(code, at);
+    } else {
+      writer_.put(code, at);
+    }
   }
   void put(const char *text) noexcept {
     while (*text != '\0')
@@ -123,10 +153,12 @@ public:
       ++row_; // Intentional: one pixel row, not a line of text
     column_ = 0;
   }
+  void flush() noexcept { run_.draw(); }
 
 private:
   const cell_writer &writer_;
   position start_;
+  cell_run run_;
   uint32_t column_ = 0, row_ = 0;
 };
 
@@ -155,7 +187,7 @@ void convert(char letter, conversion_text &text, va_list *arguments) noexcept {
   }
 }
 
-void print(cursor at, const char *format, va_list *arguments) noexcept {
+void print(cursor &at, const char *format, va_list *arguments) noexcept {
   conversion_text text = {};
   for (const char *next = format; *next != '\0'; ++next) {
     if (*next != '\\' && *next != '%') {
@@ -194,7 +226,9 @@ int fb_printf(uint32_t x, uint32_t y, uint32_t fg, uint32_t bg, int32_t font, co
   const text::cell_writer writer(fb::screen(), *slot, fg, bg);
   va_list arguments;
   va_start(arguments, format);
-  text::print({writer, fb::position_of(x, y)}, format, &arguments);
+  text::cursor at(writer, fb::position_of(x, y));
+  text::print(at, format, &arguments);
+  at.flush();
   va_end(arguments);
   return 0;
 }

@@ -273,6 +273,49 @@ TEST_P(Kernels, DrawUpwards) {
   }
 }
 
+/// Draw runs of glyphs, of which the last of the font ends at the protected page, and compare.
+class GlyphKernels : public Kernels {
+protected:
+  void draw_and_compare(size_t width, size_t height, size_t count) {
+    const size_t row_bytes = width <= 8 ? 1 : 2, size = row_bytes * height;
+    const std::span<uint8_t> font = memory_.last(font_glyphs * size);
+    std::ranges::generate(font, [this] { return static_cast<uint8_t>(random_.word() >> 8); });
+    std::vector<const uint8_t *> glyphs(count);
+    for (const uint8_t *&glyph : glyphs)
+      glyph = font.data() + random_.word() % font_glyphs * size;
+    const size_t pitch = count * width + random_.word() % 3, start = guard + random_.word() % 2;
+    std::vector<uint16_t> screen(height * pitch + 2 * guard);
+    std::ranges::generate(screen, [this] { return random_.colour(); });
+    std::vector<uint16_t> expected = screen;
+    const uint16_t clear = random_.colour(), set = random_.colour();
+    for (size_t y = 0; y < height; ++y)
+      for (size_t x = 0; x < count * width; ++x) {
+        const size_t column = x % width;
+        const bool is_set = (glyphs[x / width][y * row_bytes + column / 8] >> (7 - column % 8) & 1) != 0;
+        expected[start + y * pitch + x] = is_set ? set : clear;
+      }
+    GetParam()->glyphs(
+        {screen.data() + start, static_cast<ptrdiff_t>(pitch * 2), glyphs.data(), count, width, height},
+        clear, set);
+    const auto difference = std::mismatch(expected.begin(), expected.end(), screen.begin());
+    ASSERT_EQ(difference.first - expected.begin(), std::ssize(expected))
+        << "first difference; " << count << " glyphs of " << width << "x" << height << ", start " << start;
+  }
+
+private:
+  static constexpr size_t font_glyphs = 3;
+};
+
+TEST_P(GlyphKernels, PaintClearAndSetBits) {
+  for (size_t width = 1; width <= 16; ++width)
+    for (const size_t height : {0U, 1U, 7U, 8U, 9U, 15U, 16U, 17U, 24U, 33U})
+      for (size_t count = 1; count <= kernels::glyphs_per_run; ++count)
+        draw_and_compare(width, height, count);
+}
+
+INSTANTIATE_TEST_SUITE_P(Machines, GlyphKernels, testing::ValuesIn(all_machines()),
+                         [](const auto &of) { return std::string{of.param->name}; });
+
 INSTANTIATE_TEST_SUITE_P(Machines, Kernels, testing::ValuesIn(all_machines()),
                          [](const auto &of) { return std::string{of.param->name}; });
 

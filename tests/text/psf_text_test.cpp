@@ -472,15 +472,16 @@ TEST_F(FbPrintf, AdvancesColumnsWithoutGlyph) {
 }
 
 TEST_F(FbPrintf, OverlapsInOrderOfCellsAtRightEdge) {
-  use_screen({.xres = 20, .yres = 60});
-  for (const uint32_t width : {7U, 8U, 13U, 16U}) {
-    const psf_file font = use_random(width, 10);
-    for (const uint32_t bg : {0U, paper}) {
-      model(font, ink, bg).put("across the edge", 3, 5);
-      fb_printf(3, 5, ink, bg, 0, "across the edge");
-      EXPECT_TRUE(screen_->same());
+  for (const uint32_t columns : {20U, 33U, 60U, 96U})
+    for (const uint32_t width : {7U, 8U, 13U, 16U}) {
+      use_screen({.xres = columns, .yres = 80});
+      const psf_file font = use_random(width, 10);
+      for (const uint32_t bg : {0U, paper}) {
+        model(font, ink, bg).put("across the edge", 3, 5);
+        fb_printf(3, 5, ink, bg, 0, "across the edge");
+        EXPECT_TRUE(screen_->same()) << columns << " columns, " << width << " wide, on " << bg;
+      }
     }
-  }
 }
 
 TEST_F(FbPrintf, AdvancesByWholeWidthOfWideFonts) {
