@@ -30,8 +30,7 @@ public:
 
   void put8(pixel *at, uint8_t bits) const noexcept {
     if constexpr (has_wide_registers) {
-      const auto difference = static_cast<uint16_t>(clear_ ^ set_);
-      store(at, (masks_of_bits[bits] & difference) ^ clear_);
+      store(at, colours_of(bits));
     } else {
       put(at, bits, 8);
     }
@@ -40,6 +39,10 @@ public:
   /// Draw the first `count` bits, up to 8.
   void put(pixel *at, uint8_t bits, uint32_t count) const noexcept {
     uint32_t rest = bits;
+    if (has_wide_registers && count >= 4) {
+      store(at, reinterpret_cast<vector_of_2>(colours_of(bits))[0]);
+      rest <<= 4, at += 4, count -= 4;
+    }
     if (splits_word(at) && count != 0) {
       *at++ = (rest & 0x80) != 0 ? set_ : clear_;
       rest <<= 1;
@@ -52,6 +55,11 @@ public:
   }
 
 private:
+  vector_of_8 colours_of(uint8_t bits) const noexcept {
+    const auto difference = static_cast<uint16_t>(clear_ ^ set_);
+    return (masks_of_bits[bits] & difference) ^ clear_;
+  }
+
   uint16_t clear_;
   uint16_t set_;
   std::array<uint32_t, 4> pairs_;
