@@ -79,6 +79,8 @@ void levels(const picture &what, const ramp &in) noexcept {
       const uint8x8x2_t all = levels_of(vld1_u8(from));
       vst2q_u8(reinterpret_cast<uint8_t *>(to), colours.of(vcombine_u8(all.val[0], all.val[1])));
     }
+    if (width == 0)
+      return;
     if (width >= block) {
       vst2_u8(reinterpret_cast<uint8_t *>(to), colours.of(levels_of(load_4(from)).val[0]));
       width -= block, to += block, from += block / 2;
@@ -183,8 +185,46 @@ void indexed(const picture &what, const uint16_t *palette) noexcept {
   plain.indexed(what, palette);
 }
 
+// ------------------------------------------------------------------------------------------------- text
+
+/// Store the first `count` pixels of a register, up to 8.
+void store_first(pixel *to, uint16x8_t colours, size_t count) noexcept {
+  if (count == block)
+    return vst1q_u16(to, colours);
+  uint16x4_t four = vget_low_u16(colours);
+  if ((count & 4) != 0) {
+    vst1_u16(to, four);
+    four = vget_high_u16(colours);
+    to += 4;
+  }
+  if ((count & 2) != 0) {
+    vst1_lane_u16(to, four, 0);
+    vst1_lane_u16(to + 1, four, 1);
+    four = vext_u16(four, four, 2);
+    to += 2;
+  }
+  if ((count & 1) != 0)
+    vst1_lane_u16(to, four, 0);
+}
+
 void glyphs(const glyph_run &what, uint16_t clear, uint16_t set) noexcept {
-  plain.glyphs(what, clear, set);
+  const uint16x8_t clears = vdupq_n_u16(clear), sets = vdupq_n_u16(set);
+  const uint8x8_t bits = vcreate_u8(0x0102040810204080);
+  const auto colours_of = [=](const uint8_t *byte) {
+    const uint8x8_t is_set = vtst_u8(vld1_dup_u8(byte), bits);
+    return vbslq_u16(vreinterpretq_u16_s16(vmovl_s8(vreinterpret_s8_u8(is_set))), sets, clears);
+  };
+  const size_t width = what.width, height = what.height, left = width < block ? width : block;
+  const ptrdiff_t pitch = what.pitch;
+  for (size_t n = 0; n < what.count; ++n) {
+    pixel *to = what.to + n * width;
+    const uint8_t *row = what.glyphs[n];
+    for (size_t y = 0; y < height; ++y, to = step(to, pitch)) {
+      store_first(to, colours_of(row++), left);
+      if (width > block)
+        store_first(to + block, colours_of(row++), width - block);
+    }
+  }
 }
 
 } // namespace
