@@ -79,7 +79,7 @@ void write_file(const drawing &from, const std::string &path) {
 }
 
 std::vector<drawing> load_drawings() {
-  std::vector<drawing> made = {{16, 16}, {64, 48}, {320, 240}, {screen_width, screen_height}};
+  std::vector<drawing> made = {{16, 16}, {48, 48}, {64, 48}, {320, 240}, {screen_width, screen_height}};
   std::vector<std::string> names;
   for (const drawing &d : made) {
     names.push_back(d.size() + ".bmp");
@@ -161,10 +161,11 @@ void add_keyed(size_t slot, mode m, const std::string &name) {
 void add_slots() {
   constexpr targets small = {0.75, 1.5}, large = {1.05, 1.10};
   add_copy(0, small);
-  add_copy(1, small);
-  add_copy(2, large);
+  add_copy(1, {0.85, 1.5});
+  add_copy(2, small);
   add_copy(3, large);
-  for (const size_t slot : {size_t{1}, size_t{2}}) {
+  add_copy(4, large);
+  for (const size_t slot : {size_t{2}, size_t{3}}) {
     add_keyed(slot, DRAVIK_BMP_KEYED, "key");
     add_keyed(slot, DRAVIK_BMP_SILHOUETTE, "silhouette");
   }

@@ -142,30 +142,37 @@ void copy_to_words(pixel *to, const uint8_t *from, size_t count) noexcept {
     copy_pairs<1>(to, from, count);
 }
 
-/// Copy a row of whole words. Short rows do not justify a call.
-void copy_row(pixel *to, const uint8_t *from, size_t size) noexcept {
-  using quad = fb::vector_of_4;
-  constexpr size_t worth_a_call = 64;
-  if (!fb::has_wide_registers)
-    return copy_to_words(to, from, size / sizeof(pixel));
-  if (size < sizeof(quad) || size > worth_a_call) {
-    std::memcpy(to, from, size);
-    return;
-  }
-  const auto copy_quad = [=](size_t at) {
-    fb::store(fb::step(to, static_cast<ptrdiff_t>(at)), load<quad>(from + at));
-  };
+using quad = fb::vector_of_4;
+
+/// Copy rows of at least 16 bytes in pieces of 16; the last one of a row may overlap the one before.
+void copy_short_rows(pixel *to, ptrdiff_t pitch, const uint8_t *from, size_t size, uint32_t count) noexcept {
   const size_t last = size - sizeof(quad);
-  for (size_t at = 0; at < last; at += sizeof(quad))
-    copy_quad(at);
-  copy_quad(last);
+  for (; count > 0; --count, to = fb::step(to, pitch), from += size) {
+    for (size_t at = 0; at < last; at += sizeof(quad))
+      fb::store(to + at / sizeof(pixel), load<quad>(from + at));
+    fb::store(to + last / sizeof(pixel), load<quad>(from + last));
+  }
 }
 
+/// Copy a row of whole words.
+void copy_row(pixel *to, const uint8_t *from, size_t size) noexcept {
+  if constexpr (fb::has_wide_registers) {
+    std::memcpy(to, from, size);
+  } else {
+    copy_to_words(to, from, size / sizeof(pixel));
+  }
+}
+
+/// Short rows do not justify a call each. If the bottom row fits in frame buffer memory, all do.
 void copy(const picture &from) noexcept {
+  constexpr size_t worth_a_call = 256;
   const uint32_t width = from.header.width;
   const size_t size = stride(from.header, DRAVIK_BMP_COPY);
   const fb::memory_bounds memory = fb::memory_of(from.on);
   const uint8_t *row = from.rows;
+  if (fb::has_wide_registers && size >= sizeof(quad) && size <= worth_a_call &&
+      stored_bytes(memory, from.place_of(0), width, size) == size)
+    return copy_short_rows(from.row(0), -from.on.pitch, row, size, from.header.height);
   for (uint32_t n = 0; n < from.header.height; ++n, row += size)
     copy_row(from.row(n), row, stored_bytes(memory, from.place_of(n), width, size));
 }

@@ -87,10 +87,12 @@ TEST_F(PictureSlot, CopiesPaddingIntoNextLine) {
   EXPECT_EQ(show_and_compare(28, 2, 1), 0);
 }
 
-TEST_F(PictureSlot, CopiesEveryWidthTo96) {
-  for (uint32_t width = 1; width <= 96; ++width) {
+TEST_F(PictureSlot, CopiesEveryWidthTo160) {
+  use_screen({.xres = 160, .yres = 12, .padding = 6});
+  for (uint32_t width = 1; width <= 160; ++width) {
     load({random_picture(width, 3).file()});
-    EXPECT_EQ(show_and_compare(96 - width, 5), 0) << width;
+    EXPECT_EQ(show_and_compare(160 - width, 5), 0) << width;
+    EXPECT_EQ(show_and_compare(160 - width, 9), 0) << width << ", bottom line";
   }
 }
 
