@@ -1,43 +1,27 @@
 // Fills. Narrow ones store a row in the widest stores of the machine; wide ones call the fill of the C
-// library, or store words in a loop.
+// library. Machines without wide registers store words.
 
 #include "fb/fill.hpp"
+#include "fb/fill_words.hpp"
 #include "fb/vectors.hpp"
 
 namespace dravik::fb {
 namespace {
 
-using word [[gnu::may_alias]] = uint32_t;
 using pixels4 = uint64_t;
 
 /// Width from which calling the fill of the C library pays off.
 constexpr size_t long_span = 128;
 
-constexpr uint32_t twice(uint16_t colour) noexcept {
-  return uint32_t{colour} * 0x10001U;
-}
-
-static_assert(sizeof(wchar_t) == sizeof(word), "wmemset() fills words of two pixels");
-
-/// Fill words of two pixels. On machines with wide registers the fill of the C library is the fastest; on
-/// others it is a plain loop that stores less per round than this.
-void fill_aligned(word *at, size_t count, uint32_t two) noexcept {
-  if constexpr (has_wide_registers) {
-    std::wmemset(reinterpret_cast<wchar_t *>(at), static_cast<wchar_t>(two), count);
-  } else {
-#pragma GCC unroll 8
-    for (; count > 0; --count)
-      *at++ = two;
-  }
-}
+static_assert(sizeof(wchar_t) == sizeof(uint32_t), "wmemset() fills words of two pixels");
 
 /// Fill two pixels at a time, from a 4-byte boundary on.
-void fill_words(pixel *at, size_t count, uint16_t colour) noexcept {
+void fill_long_row(pixel *at, size_t count, uint16_t colour) noexcept {
   if ((reinterpret_cast<uintptr_t>(at) & 2) != 0 && count > 0) {
     *at++ = colour;
     --count;
   }
-  fill_aligned(reinterpret_cast<word *>(at), count / 2, twice(colour));
+  std::wmemset(reinterpret_cast<wchar_t *>(at), static_cast<wchar_t>(twice(colour)), count / 2);
   if ((count & 1) != 0)
     at[count - 1] = colour;
 }
@@ -116,9 +100,11 @@ void fill_block(pixel *at, ptrdiff_t pitch, size_t width, size_t rows, uint16_t 
     width *= rows;
     rows = rows != 0;
   }
-  if (has_wide_registers && width < long_span)
+  if constexpr (!has_wide_registers)
+    return fill_block_by_words(at, pitch, width, rows, colour);
+  if (width < long_span)
     return fill_short_rows(at, pitch, width, rows, colour);
-  each_row(at, pitch, rows, [=](pixel *row) { fill_words(row, width, colour); });
+  each_row(at, pitch, rows, [=](pixel *row) { fill_long_row(row, width, colour); });
 }
 
 void fill_column(pixel *at, ptrdiff_t pitch, size_t rows, uint16_t colour) noexcept {
