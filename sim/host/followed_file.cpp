@@ -21,7 +21,7 @@ std::string followed_file::next(size_t most_bytes) {
   }
   if (!std::exchange(is_begun_, true))
     position_ = size - std::min(size, most_at_start_);
-  std::string bytes(std::min<uint64_t>(size - position_, most_bytes), '\0');
+  std::string bytes(static_cast<size_t>(std::min<uint64_t>(size - position_, most_bytes)), '\0');
   const ssize_t count =
       bytes.empty() ? 0 : ::pread(file.get(), bytes.data(), bytes.size(), static_cast<off_t>(position_));
   bytes.resize(static_cast<size_t>(std::max<ssize_t>(count, 0)));

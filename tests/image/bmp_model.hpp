@@ -256,8 +256,8 @@ private:
   void draw_16bit_slot(uint64_t stride, int32_t mode) const {
     for (uint32_t row = 0; row < header_.height; ++row)
       for (uint64_t i = 0; i < stride / 2; ++i)
-        put_of_slot(column(i), line_of(row), colour_at(*file_, header_.data_offset + row * stride + i * 2),
-                    mode);
+        put_of_slot(column(i), line_of(row),
+                    colour_at(*file_, static_cast<size_t>(header_.data_offset + row * stride + i * 2)), mode);
   }
 
   /// A silhouette from a slot leaves 0 transparent, too.
