@@ -12,6 +12,11 @@ int32_t narrowed(int64_t value) {
   return static_cast<int32_t>(value);
 }
 
+/// The pen wraps where FreeType's positions have 32 bits.
+FT_Pos wrapped_sum(FT_Pos a, FT_Pos b) {
+  return static_cast<FT_Pos>(static_cast<FT_ULong>(a) + static_cast<FT_ULong>(b));
+}
+
 /// `at` is the centre of `length` if more than half of it precedes `reference`.
 int64_t centred(int64_t at, int64_t length, int64_t reference) {
   return reference > (length >> 1) ? at - (length >> 1) : 0;
@@ -102,8 +107,8 @@ std::string text_model::compose_unit(FT_Library library, FT_Face face, FT_Vector
   if (units[index] != 32)
     measure(*face->glyph, pen, index);
   store(library, *face->glyph, pen);
-  pen.x += face->glyph->advance.x;
-  pen.y += face->glyph->advance.y;
+  pen.x = wrapped_sum(pen.x, face->glyph->advance.x);
+  pen.y = wrapped_sum(pen.y, face->glyph->advance.y);
   return {};
 }
 
@@ -112,7 +117,7 @@ void text_model::measure(const FT_GlyphSlotRec &glyph, const FT_Vector &pen, siz
   if (index == 0 && left < 0 && left + 10 < measured.left)
     measured.left = narrowed(left + 10);
   if (index == units.size() - 1)
-    measured.right = narrowed(pen.x / 64 + glyph.advance.x / 64);
+    measured.right = narrowed(int64_t{pen.x / 64} + glyph.advance.x / 64);
   if (200 - glyph.bitmap_top < measured.top)
     measured.top = 200 - glyph.bitmap_top;
   if (const int64_t bottom = int64_t{glyph.bitmap.rows} - glyph.bitmap_top + 200; bottom > measured.bottom)
@@ -126,7 +131,7 @@ void text_model::store(FT_Library library, const FT_GlyphSlotRec &glyph, const F
     coverage.rows = coverage.width = 0;
   const int64_t left = glyph.bitmap_left - pen.x / 64;
   for (uint32_t r = 0; r < coverage.rows; ++r) {
-    const int64_t row = pen.y / 64 - glyph.bitmap_top + 100 + r;
+    const int64_t row = int64_t{pen.y / 64} - glyph.bitmap_top + 100 + r;
     for (int64_t c = 0; c < left; ++c)
       cell(pen.x / 64 + c, row) = 0;
     const uint8_t *const from = coverage.buffer + static_cast<ptrdiff_t>(r) * coverage.pitch;
