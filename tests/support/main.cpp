@@ -1,5 +1,6 @@
 // Run the tests of a program inside the boundary, with the simulator in charge.
 
+#include "support/fork_cases.hpp"
 #include "support/simulator_guard.hpp"
 
 #include <gtest/gtest.h>
@@ -8,5 +9,5 @@ int main(int count, char **arguments) {
   dravik::test::guard_host(); // before anything that a test, or the framework, does
   dravik::test::require_simulator();
   ::testing::InitGoogleTest(&count, arguments);
-  return RUN_ALL_TESTS();
+  return dravik::test::forks_cases(count, arguments) ? dravik::test::run_forked_cases() : RUN_ALL_TESTS();
 }
