@@ -3,6 +3,7 @@
 #include "board/adc_file.hpp"
 #include "dravik.h"
 #include "support/descriptors.hpp"
+#include "support/emulation.hpp"
 #include "support/hex_model.hpp"
 #include "support/random.hpp"
 #include "support/stderr_capture.hpp"
@@ -245,7 +246,7 @@ TEST_F(AdcCodes, FailsIfFileMayNotBeOpened) {
 
 TEST_F(AdcCodes, AgreesWithModelOfRandomFiles) {
   seeded_random random;
-  for (int i = 0; i < 300; ++i) {
+  for (int i = 0; i < rounds(300); ++i) {
     std::string text;
     for (int line = random.between(0, 5); line > 0; --line) {
       for (int left = random.one_in(8) ? random.between(0, 70) : random.between(7, 14); left > 0; --left)

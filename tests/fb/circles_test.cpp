@@ -1,6 +1,7 @@
 // Circle outlines, next to their own arithmetic taken literally, and discs, next to the inequality of
 // their pixels.
 
+#include "support/emulation.hpp"
 #include "support/random.hpp"
 #include "support/screen.hpp"
 
@@ -98,7 +99,7 @@ TEST(FbPutCircle, IsNotClippedAtTheRightAndBottom) {
 
 TEST(FbPutCircle, DrawsEveryRadiusAroundSeveralCentres) {
   seeded_random random;
-  for (int32_t r = 0; r <= 420; ++r) {
+  for (int32_t r = 0; r <= 420; r += stride()) {
     fake_screen screen{{.xres = side_of(r), .yres = side_of(r), .padding = r % 3 == 0 ? 6U : 0U}};
     for (const auto &[right, down] :
          {std::pair{0, 0}, {7, 1}, {random.between(0, 19), random.between(0, 19)}})
@@ -110,7 +111,7 @@ TEST(FbPutCircle, DrawsEveryCentreAroundOrigin) {
   fake_screen screen{{.xres = 40, .yres = 40, .guard_lines = 40}};
   for (int32_t r = 0; r <= 14; ++r)
     for (int32_t cy = -18; cy <= 18; ++cy)
-      for (int32_t cx = -18; cx <= 18; ++cx) {
+      for (int32_t cx = -18 + (cy + r + 32) % stride(); cx <= 18; cx += stride()) {
         screen.reset();
         ASSERT_TRUE(same_circle(screen, cx, cy, r, DRAVIK_RED));
       }
@@ -118,7 +119,7 @@ TEST(FbPutCircle, DrawsEveryCentreAroundOrigin) {
 
 TEST(FbPutCircle, DrawsLargeCirclesAcrossTopLeft) {
   seeded_random random;
-  for (int32_t r = 15; r <= 420; r += random.between(1, 9)) {
+  for (int32_t r = 15; r <= 420; r += stride() * random.between(1, 9)) {
     fake_screen screen{{.xres = side_of(r), .yres = side_of(r), .guard_lines = side_of(r)}};
     for (const auto &[cx, cy] : {std::pair{0, 0}, {r - 1, r}, {r, r - 1}, {-1, 3}, {2, -r}})
       ASSERT_TRUE(same_circle(screen, cx, cy, r, random.colour()));
@@ -130,7 +131,7 @@ TEST(FbPutCircle, DrawsRadiiInAnyOrderAtSeveralPitches) {
   constexpr int32_t radii[] = {3, 9, 10, 24, 36, 50, 57, 90, 341};
   fake_screen packed{720, 720}, padded{{.xres = 720, .yres = 720, .padding = 10, .misalignment = 2}};
   fake_screen *screens[] = {&packed, &padded};
-  for (int i = 0; i < 1500; ++i) {
+  for (int i = 0; i < rounds(1500); ++i) {
     const int32_t r = random.one_in(100) ? 341 : radii[random.between(0, 7)];
     fake_screen &screen = *screens[random.between(0, 1)];
     screen.use();
@@ -151,13 +152,13 @@ protected:
 };
 
 TEST_F(ManyRadii, DrawInAnyOrder) {
-  for (int i = 0; i < 1500; ++i)
+  for (int i = 0; i < rounds(1500); ++i)
     ASSERT_TRUE(same_somewhere(random.between(0, 345)));
 }
 
 // These have points on whole coordinates in every quarter.
 TEST_F(ManyRadii, DrawMultiplesOfTenInAnyOrder) {
-  for (int i = 0; i < 1000; ++i)
+  for (int i = 0; i < rounds(1000); ++i)
     ASSERT_TRUE(same_somewhere(10 * random.between(1, 20)));
 }
 
@@ -239,7 +240,7 @@ TEST(FbPutCircleFill, DrawsNothingForNegativeRadius) {
 
 TEST(FbPutCircleFill, DrawsEveryRadius) {
   seeded_random random;
-  for (int32_t r = 0; r <= 300; ++r) {
+  for (int32_t r = 0; r <= 300; r += stride()) {
     fake_screen screen{{.xres = side_of(r), .yres = side_of(r), .padding = r % 3 == 0 ? 6U : 0U}};
     ASSERT_TRUE(same_disc(screen, r + random.between(0, 19), r + random.between(0, 19), r, random.colour()));
   }
@@ -255,7 +256,7 @@ TEST(FbPutCircleFill, IsNotClipped) {
   fake_screen screen{{.xres = 30, .yres = 30, .padding = 2, .guard_lines = 30}};
   for (int32_t r = 0; r <= 12; ++r)
     for (int32_t cy = -14; cy <= 44; cy += 2)
-      for (int32_t cx = -14; cx <= 44; ++cx) {
+      for (int32_t cx = -14 + (cy + r + 14) % stride(); cx <= 44; cx += stride()) {
         screen.reset();
         ASSERT_TRUE(same_disc(screen, cx, cy, r, DRAVIK_RED));
       }

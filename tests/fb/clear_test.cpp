@@ -1,5 +1,6 @@
 // Whole-screen clears and the gradient.
 
+#include "support/emulation.hpp"
 #include "support/random.hpp"
 #include "support/screen.hpp"
 
@@ -232,7 +233,7 @@ TEST(FbClearRegionGradient, RestoresWhatTheWholeShadingPainted) {
 
 TEST(FbClearRegionGradient, DrawsRandomRegionsOnRandomScreens) {
   seeded_random random;
-  for (int i = 0; i < 300; ++i) {
+  for (int i = 0; i < rounds(300); ++i) {
     fake_screen screen{any_shape(random, 40, 230)};
     for (int region = 0; region < 20; ++region) {
       const int32_t x0 = random.between(-9, 49), x1 = random.between(-9, 49);

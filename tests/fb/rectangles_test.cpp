@@ -1,5 +1,6 @@
 // Rectangles, next to a model made of plain spans.
 
+#include "support/emulation.hpp"
 #include "support/random.hpp"
 #include "support/screen.hpp"
 
@@ -78,7 +79,7 @@ using draw_one = std::function<void(fake_screen &, seeded_random &)>;
 /// Many small screens of all shapes, and rectangles on, across and around each of them.
 void expect_same_on_random_screens(const draw_one &draw) {
   seeded_random random;
-  for (int shape = 0; shape < 400; ++shape) {
+  for (int shape = 0; shape < rounds(400); ++shape) {
     const bool wide = random.one_in(4);
     fake_screen screen{{.xres = static_cast<uint32_t>(random.between(0, wide ? 300 : 40)),
                         .yres = static_cast<uint32_t>(random.between(0, 24)),
@@ -172,7 +173,7 @@ TEST(FbPutRectFill, FillsEveryWidthAtEveryAlignment) {
   for (const uint32_t misalignment : {0U, 2U}) {
     fake_screen screen{{.xres = 300, .yres = 3, .padding = 2, .misalignment = misalignment}};
     for (int32_t left = 0; left < 9; ++left)
-      for (int32_t right = left; right < 300; ++right) {
+      for (int32_t right = left; right < 300; right += stride()) {
         screen.reset();
         fb_put_rect_fill(left, 0, right, 2, DRAVIK_MAGENTA);
         span_model{screen, DRAVIK_MAGENTA}.filled(left, 0, right, 2);

@@ -1,6 +1,7 @@
 // Packed artwork on the screen: ramps, placement, packing, and malformed archives.
 
 #include "image/archive_stage.hpp"
+#include "support/emulation.hpp"
 #include "support/ramp_rows.hpp"
 
 namespace dravik::test {
@@ -428,7 +429,7 @@ TEST_F(ArchiveDraw, DrawsOrRejectsFileCutAnywhere) {
 TEST_F(ArchiveDraw, DrawsOrRejectsRandomRecords) {
   use_screen({.xres = 256, .yres = 256});
   int drawn = 0;
-  for (int round = 0; round < 1000; ++round) {
+  for (int round = 0; round < rounds(1000); ++round) {
     bytes content = archive_maker{{{64, 32, random_bytes(random_, 2048)}}}.file();
     for (bytes::iterator byte = content.begin() + 32; byte != content.end(); ++byte)
       *byte = static_cast<uint8_t>(random_());
@@ -456,8 +457,8 @@ TEST_F(ArchiveDraw, DrawsOrRejectsRandomRecords) {
     ASSERT_TRUE(screen_->same());
     drawn += fits;
   }
-  EXPECT_GT(drawn, 150);
-  EXPECT_LT(drawn, 850);
+  EXPECT_GT(drawn, rounds(1000) / 7);
+  EXPECT_LT(drawn, rounds(1000) * 9 / 10);
 }
 
 } // namespace

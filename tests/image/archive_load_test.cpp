@@ -1,6 +1,7 @@
 // Archives in their slots: loading, its messages on each channel, and freeing.
 
 #include "image/archive_stage.hpp"
+#include "support/emulation.hpp"
 
 #include <filesystem>
 
@@ -244,7 +245,7 @@ TEST_F(ArchiveLoad, FreesOnlyLoadedSlots) {
 
 TEST_F(ArchiveLoad, LoadsOrRejectsRandomFiles) {
   int loaded = 0;
-  for (int round = 0; round < 1000; ++round) {
+  for (int round = 0; round < rounds(1000); ++round) {
     bytes content = archive_maker{{random_art(random_, 3, 3)}}.file();
     content.resize(random_in(random_, 0, static_cast<uint32_t>(content.size())));
     if (content.size() >= 16 && round % 2 == 0)
@@ -258,7 +259,7 @@ TEST_F(ArchiveLoad, LoadsOrRejectsRandomFiles) {
     q7bmp_ptr[0] = nullptr;
     std::filesystem::remove(board_.path("tmp/dravik.log"));
   }
-  EXPECT_GT(loaded, 50);
+  EXPECT_GT(loaded, rounds(1000) / 20);
 }
 
 } // namespace

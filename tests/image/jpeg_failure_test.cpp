@@ -1,6 +1,7 @@
 // Missing, truncated and damaged JPEG files, other files, and names of every length.
 
 #include "image/jpeg_stage.hpp"
+#include "support/emulation.hpp"
 
 #include <filesystem>
 
@@ -103,7 +104,7 @@ TEST_F(JpegFailure, EndsWithinItsImage) {
 TEST_F(JpegFailure, DrawsEveryBeginningOfFile) {
   const bytes whole = made({"-quality", "30"});
   const scan_place scan = first_scan(whole);
-  for (size_t length = 0; length < whole.size() - 2; ++length) {
+  for (size_t length = 0; length < whole.size() - 2; length += stride<size_t>()) {
     SCOPED_TRACE(length);
     write(first_bytes(whole, length));
     const int result = checked_draw(4, 3, name_);
@@ -121,7 +122,7 @@ TEST_F(JpegFailure, DrawsEveryBeginningOfFile) {
 TEST_F(JpegFailure, DrawsBeginningsAsDjpegDoes) {
   for (const words &options : {words{"-quality", "30"}, words{"-quality", "30", "-progressive"}}) {
     const bytes whole = made(options);
-    for (size_t length = 0; length < whole.size(); length += 11) {
+    for (size_t length = 0; length < whole.size(); length += 11 * stride<size_t>()) {
       SCOPED_TRACE(length);
       write(first_bytes(whole, length));
       expect_as_djpeg();
@@ -161,7 +162,7 @@ TEST_F(JpegFailure, DrawsDamagedDataAsDjpegDoes) {
   for (const words &options : {words{}, words{"-progressive"}, words{"-grayscale", "-restart", "1"}}) {
     const bytes whole = made(options);
     const size_t data = first_scan(whole).data;
-    for (int n = 0; n < 60; ++n) {
+    for (int n = 0; n < rounds(60); ++n) {
       bytes damaged = whole;
       for (uint32_t changes = random_in(random_, 1, 8); changes > 0; --changes)
         damaged[random_in(random_, static_cast<uint32_t>(data), static_cast<uint32_t>(whole.size()) - 1)] =

@@ -2,6 +2,7 @@
 // The block of slot 0 ends at a protected page; the screen is between guard bands.
 
 #include "image/slot_stage.hpp"
+#include "support/emulation.hpp"
 #include "support/guarded_malloc.hpp"
 
 namespace dravik::test {
@@ -104,7 +105,7 @@ TEST_F(HostilePictureSlot, DrawsMissingPixelsAsBlack) {
 
 TEST_F(HostilePictureSlot, HandlesRandomHeaders) {
   const bytes good = random_picture(20, 15).file();
-  for (int n = 0; n < 800; ++n) {
+  for (int n = 0; n < rounds(800); ++n) {
     bytes file = good;
     for (uint32_t changes = random_in(random_, 1, 6); changes > 0; --changes) {
       const uint32_t at = random_in(random_, 2, 53);
@@ -119,7 +120,7 @@ TEST_F(HostilePictureSlot, HandlesRandomHeaders) {
 }
 
 TEST_F(HostilePictureSlot, HandlesRandomBytesAfterSignature) {
-  for (int n = 0; n < 400; ++n) {
+  for (int n = 0; n < rounds(400); ++n) {
     bytes file = random_bytes(random_, random_in(random_, 2, 600));
     file[0] = 'B';
     file[1] = 'M';

@@ -1,6 +1,7 @@
 // The console's ring, byte by byte. No port is open, so that nothing is sent meanwhile.
 
 #include "dravik.h"
+#include "support/emulation.hpp"
 #include "support/random.hpp"
 #include "support/stderr_capture.hpp"
 
@@ -228,7 +229,7 @@ TEST(ConsoleRing, StoresManyMessagesFromAnyPosition) {
   seeded_random random;
   set_ring(0, 0);
   ring_model model;
-  for (int round = 0; round < 20000; ++round) {
+  for (int round = 0; round < rounds(20000); ++round) {
     if (random.one_in(5))
       model.head = model.tail; // all was sent
     if (random.one_in(50))

@@ -4,6 +4,7 @@
 #include "sim/card_stage.hpp"
 #include "sim/directory_state.hpp"
 #include "sim/killed_program.hpp"
+#include "support/emulation.hpp"
 
 #include <algorithm>
 #include <filesystem>
@@ -50,6 +51,7 @@ struct kill_point {
 class SimCardKilled : public SimCard {
 protected:
   void SetUp() override {
+    SKIP_UNDER_EMULATION("traces no program");
     if (!can_trace())
       GTEST_SKIP() << "ptrace() is not permitted: nothing was killed";
     unmount();

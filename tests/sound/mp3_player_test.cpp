@@ -1,6 +1,7 @@
 // MP3 files: each sample on the card and each logged error, compared with a decoding by hand.
 
 #include "sound/mp3_stage.hpp"
+#include "support/emulation.hpp"
 
 #include <algorithm>
 #include <gmock/gmock.h>
@@ -186,7 +187,7 @@ TEST_F(Mp3Player, PlaysFileDamagedAnywhere) {
   const std::vector<bytes> wholes = {encode(), encode({"-m", "j", "-b", "128", "-p"}, 44100, 2),
                                      encode({"-V", "4"}, 24000, 2)};
   std::mt19937 random{7};
-  for (int i = 0; i < 60; ++i) {
+  for (int i = 0; i < rounds(60); ++i) {
     bytes file = wholes.at(static_cast<size_t>(i) % wholes.size());
     for (uint32_t count = random_in(random, 1, 40); count > 0; --count)
       file[random() % file.size()] = static_cast<uint8_t>(random());

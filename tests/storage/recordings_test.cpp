@@ -2,6 +2,7 @@
 
 #include "storage/recordings_stage.hpp"
 #include "support/descriptors.hpp"
+#include "support/emulation.hpp"
 #include "support/random.hpp"
 
 #include <cstddef>
@@ -349,7 +350,7 @@ TEST_F(Recordings, CountsFiveThousandFiles) {
 
 TEST_F(Recordings, AgreesWithModelOfRandomDirectories) {
   seeded_random random;
-  for (int round = 0; round < 40; ++round) {
+  for (int round = 0; round < rounds(40); ++round) {
     clear();
     for (int files = random.between(0, 30); files > 0; --files) {
       std::string name = random.one_in(2) ? "KVX00000.TS" : event_name(random.between(0, 4));

@@ -3,6 +3,7 @@
 #include "dravik.h"
 #include "support/board.hpp"
 #include "support/descriptors.hpp"
+#include "support/emulation.hpp"
 #include "support/next_call.hpp"
 #include "support/random.hpp"
 
@@ -197,7 +198,7 @@ TEST_F(FileSystemSize, WrapsLargerSizes) {
 
 TEST_F(FileSystemSize, AgreesWithModelOfRandomSizes) {
   seeded_random random;
-  for (int i = 0; i < 5000; ++i) {
+  for (int i = 0; i < rounds(5000); ++i) {
     const long block_size =
         random.one_in(2) ? 512L << random.between(0, 7) : static_cast<long>(random.word());
     const uint64_t blocks = uint64_t{random.word()} >> random.between(0, 20);

@@ -2,6 +2,7 @@
 
 #include "dravik.h"
 #include "support/board.hpp"
+#include "support/emulation.hpp"
 #include "support/psf_maker.hpp"
 #include "support/screen.hpp"
 #include "text/psf_file.hpp"
@@ -545,7 +546,7 @@ private:
 };
 
 TEST_F(FbPrintf, AgreesWithModelOfRandomTexts) {
-  for (int round = 0; round < 600; ++round) {
+  for (int round = 0; round < rounds(600); ++round) {
     if (round % 20 == 0)
       use_screen({.xres = 300, .yres = 60, .padding = 2 * random_in(random_, 0, 5)});
     const psf_file font = use_random(random_in(random_, 1, 16), random_in(random_, 1, 20));

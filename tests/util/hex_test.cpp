@@ -1,6 +1,7 @@
 // Hexadecimal text as numbers, odd texts included.
 
 #include "dravik.h"
+#include "support/emulation.hpp"
 #include "support/hex_model.hpp"
 #include "support/random.hpp"
 
@@ -60,7 +61,7 @@ TEST(Atohex, RejectsNeighboursOfDigits) {
 
 TEST(Atohex, AgreesWithModelOfRandomTexts) {
   seeded_random random;
-  for (int i = 0; i < 20000; ++i) {
+  for (int i = 0; i < rounds(20000); ++i) {
     std::string text(static_cast<size_t>(random.between(0, 24)), ' ');
     const bool mostly_digits = random.one_in(2);
     for (char &c : text)

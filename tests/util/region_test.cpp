@@ -4,6 +4,7 @@
 #include "support/board.hpp"
 #include "support/bytes.hpp"
 #include "support/descriptors.hpp"
+#include "support/emulation.hpp"
 #include "support/random.hpp"
 
 #include <cstddef>
@@ -119,7 +120,7 @@ TEST(AreaId, RejectsWordsThatAreNearlyRight) {
 
 TEST(AreaId, RejectsRandomValues) {
   seeded_random random;
-  for (int i = 0; i < 500; ++i) {
+  for (int i = 0; i < rounds(500); ++i) {
     const uint32_t value = random.word();
     EXPECT_EQ(get_area_id(value), number_of(value)) << value;
   }
@@ -240,7 +241,7 @@ TEST_F(Region, ReadsDirectoryAsZero) {
 
 TEST_F(Region, AgreesWithModelOfRandomFiles) {
   seeded_random random;
-  for (int i = 0; i < 100; ++i) {
+  for (int i = 0; i < rounds(100); ++i) {
     bytes file(static_cast<size_t>(random.between(4, 64)));
     for (uint8_t &byte : file)
       byte = static_cast<uint8_t>(random.word());
