@@ -11,6 +11,7 @@ namespace {
 
 constexpr double longest_time_ms = 3600e3;
 constexpr double lowest_level = -90;
+constexpr uint64_t largest_file = uint64_t{4095} << 20; ///< of FAT32, in whole MiB
 
 /// Remove an ending from a text; return whether it had it.
 bool drop_ending(std::string_view &text, std::string_view ending) {
@@ -38,15 +39,29 @@ bool read_pair(std::string_view text, char separator, uint32_t least, uint32_t &
          first <= screen::longest_side && second <= screen::longest_side;
 }
 
-/// No picture outside the directory of the scenario.
-bool is_picture(std::string_view file) {
-  if (!file.ends_with(".png") || file.starts_with('/') ||
-      file.find_first_of("\n\r\t") != std::string_view::npos)
+/// No path out of its directory, on one line.
+bool stays_inside(std::string_view path) {
+  if (path.find_first_of("\n\r\t") != std::string_view::npos)
     return false;
-  while (!file.empty())
-    if (take_until(file, '/') == "..")
+  while (!path.empty())
+    if (take_until(path, '/') == "..")
       return false;
   return true;
+}
+
+bool is_picture(std::string_view file) {
+  return file.ends_with(".png") && !file.starts_with('/') && stays_inside(file);
+}
+
+bool is_path(std::string_view path) {
+  return path.starts_with('/') && !path.ends_with('/') && stays_inside(path);
+}
+
+/// Return a number of bytes, 0 if the text is not a size.
+uint64_t size_of(std::string_view text) {
+  const uint32_t unit = drop_ending(text, "KiB") ? 1U << 10 : drop_ending(text, "MiB") ? 1U << 20 : 0;
+  uint32_t number = 0;
+  return read_number(text, number) && uint64_t{number} * unit <= largest_file ? uint64_t{number} * unit : 0;
 }
 
 } // namespace
@@ -134,6 +149,20 @@ bool arguments::take_picture(std::string &file) {
   return take_text("file name", file) &&
          (is_picture(file) || reject_last("invalid file name '" + file +
                                           "'; must be a relative path to a .png file, without '..'"));
+}
+
+bool arguments::take_path(std::string &path) {
+  return take_text("path", path) &&
+         (is_path(path) ||
+          reject_last("invalid path '" + path + "'; must be the absolute path of a file, without '..'"));
+}
+
+bool arguments::take_size(uint64_t &bytes) {
+  std::string word;
+  if (!take_word("size", word))
+    return false;
+  bytes = size_of(word);
+  return bytes > 0 || reject_last("invalid size '" + word + "'; must be 1KiB to 4095MiB, in KiB or MiB");
 }
 
 bool arguments::take_part(std::optional<rectangle> &part) {

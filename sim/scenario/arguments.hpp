@@ -15,6 +15,11 @@ public:
       : tokens_(tokens), end_column_(end_column), error_(error) {}
 
   bool is_at_end() const noexcept { return tokens_.empty(); }
+  bool is_text_next() const noexcept { return !tokens_.empty() && tokens_.front().is_quoted; }
+  /// The next argument; empty at the end.
+  std::string_view next_word() const noexcept {
+    return tokens_.empty() ? std::string_view{} : tokens_.front().text;
+  }
   /// Take a word if it is the next argument; no error if it is not.
   bool accept(std::string_view word);
 
@@ -25,6 +30,9 @@ public:
   bool take_level(double &decibels);
   bool take_number(const char *what, uint32_t least, uint32_t most, uint32_t &number);
   bool take_picture(std::string &file);
+  /// Of a file of the board.
+  bool take_path(std::string &path);
+  bool take_size(uint64_t &bytes);
   /// "in X,Y WIDTHxHEIGHT" if there is one.
   bool take_part(std::optional<rectangle> &part);
   bool take_end();

@@ -2,8 +2,6 @@
 
 #include "scenario/followed_text.hpp"
 
-#include <algorithm>
-
 namespace dravik::sim::scenario {
 namespace {
 
@@ -31,6 +29,7 @@ void followed_text::look() {
   const size_t dropped = text_.size() - most_bytes / 2;
   text_.erase(0, dropped);
   found_end_ -= std::min(found_end_, dropped);
+  dropped_ += dropped;
 }
 
 bool followed_text::find_next(std::string_view text) {

@@ -3,6 +3,8 @@
 
 #include "host/followed_file.hpp"
 
+#include <algorithm>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -19,6 +21,11 @@ public:
   bool find_next(std::string_view text);
   /// Whether a text is after the one that was found last.
   bool has(std::string_view text) const { return text_.find(text, found_end_) != std::string::npos; }
+  /// The place at which the next text begins, and whether a text has come after such a place.
+  uint64_t end() const noexcept { return dropped_ + text_.size(); }
+  bool has_since(uint64_t place, std::string_view text) const {
+    return text_.find(text, place - std::min(place, dropped_)) != std::string::npos;
+  }
   bool has_ever(std::string_view text) const { return text_.find(text) != std::string::npos; }
 
   /// The last line that is not blank.
@@ -32,6 +39,7 @@ private:
 
   followed_file file_;
   std::string text_;
+  uint64_t dropped_ = 0; ///< bytes before the text
   size_t found_end_ = 0;
 };
 

@@ -28,6 +28,12 @@ bool take_expected(arguments &given, expected_picture &picture) {
          (!given.accept("tolerance") || given.take_number("tolerance", 0, 255, picture.tolerance));
 }
 
+/// A path, and the text that the file contains.
+bool take_file(arguments &given, bool is_wanted, file_condition &file) {
+  file.is_wanted = is_wanted;
+  return given.take_path(file.path) && (given.is_at_end() || given.take_text("text", file.text));
+}
+
 /// Make the step an action, filled by the rest of the arguments.
 template <class Action, class Fill> bool make(step &made, Fill fill) {
   Action does{};
@@ -51,6 +57,12 @@ bool parse_wait_screen(arguments &given, step &made) {
   return make<wait_picture>(made, [&](wait_picture &does) { return take_expected(given, does.picture); });
 }
 
+bool parse_wait_file(arguments &given, bool is_wanted, step &made) {
+  return make<wait_file>(made, [&](wait_file &does) {
+    return (given.accept("file") || given.reject_next("file")) && take_file(given, is_wanted, does.file);
+  });
+}
+
 bool parse_wait(arguments &given, step &made) {
   text_source source;
   if (take_source(given, source))
@@ -60,12 +72,14 @@ bool parse_wait(arguments &given, step &made) {
     });
   if (given.accept("screen"))
     return parse_wait_screen(given, made);
+  if (const bool is_absent = given.accept("no"); is_absent || given.next_word() == "file")
+    return parse_wait_file(given, !is_absent, made);
   if (given.accept("sound"))
     return make<wait_sound>(made, [](wait_sound &) { return true; });
   if (given.accept("silence"))
     return make<wait_silence>(made, [&](wait_silence &does) { return given.take_time(does.time); });
   if (given.is_at_end())
-    return given.reject_next("a time, console, log, event, screen, sound or silence");
+    return given.reject_next("a time, console, log, event, file, screen, sound, silence or no");
   return make<wait_time>(made, [&](wait_time &does) { return given.take_time(does.time); });
 }
 
@@ -99,10 +113,38 @@ bool take_key(arguments &given, uint32_t &line) {
           given.reject_last("invalid key '" + name + "'; must be next, ok or 0 to 255"));
 }
 
+bool is_key_next(const arguments &given) {
+  uint32_t line;
+  return !given.is_text_next() && find_key_line(given.next_word(), line);
+}
+
+bool take_keys(arguments &given, std::vector<uint32_t> &lines) {
+  do
+    if (!take_key(given, lines.emplace_back()))
+      return false;
+  while (is_key_next(given));
+  return true;
+}
+
+bool take_reported(arguments &given, reported_text &reported) {
+  return (take_source(given, reported.source) || given.reject_next("console, log or event")) &&
+         given.take_text("text", reported.text);
+}
+
 bool parse_press(arguments &given, step &made) {
-  return make<press_key>(made, [&](press_key &does) {
-    does.time = usual_press;
-    return take_key(given, does.line) && (given.is_at_end() || given.take_time(does.time));
+  return make<press_keys>(made, [&](press_keys &does) {
+    if (!take_keys(given, does.lines))
+      return false;
+    if (given.accept("until"))
+      return take_reported(given, does.until.emplace());
+    return given.is_at_end() || given.take_time(does.time.emplace());
+  });
+}
+
+bool parse_keys(arguments &given, step &made) {
+  return make<set_key_texts>(made, [&](set_key_texts &does) {
+    return (take_source(given, does.source) || given.reject_next("console, log or event")) &&
+           given.take_text("text", does.pressed) && given.take_text("text", does.released);
   });
 }
 
@@ -150,6 +192,19 @@ bool parse_type(arguments &given, step &made) {
   return make<type_text>(made, [&](type_text &does) { return given.take_text("text", does.text); });
 }
 
+bool parse_write(arguments &given, step &made) {
+  return make<write_file_of_board>(made, [&](write_file_of_board &does) {
+    if (!given.take_path(does.path))
+      return false;
+    return given.is_text_next() ? given.take_text("text", does.text) : given.take_size(does.bytes);
+  });
+}
+
+bool parse_remove(arguments &given, step &made) {
+  return make<remove_file_of_board>(made,
+                                    [&](remove_file_of_board &does) { return given.take_path(does.path); });
+}
+
 // ------------------------------------------------------------------------------------------- expectations
 
 bool make_expect_text(arguments &given, presence wanted, step &made) {
@@ -168,14 +223,25 @@ bool parse_expect_sound(arguments &given, step &made) {
   });
 }
 
+bool make_expect_file(arguments &given, bool is_wanted, step &made) {
+  return make<expect_file>(made, [&](expect_file &does) { return take_file(given, is_wanted, does.file); });
+}
+
+bool parse_expect_no(arguments &given, step &made) {
+  if (given.accept("sound"))
+    return make<expect_no_sound>(made, [](expect_no_sound &) { return true; });
+  if (given.accept("file"))
+    return make_expect_file(given, false, made);
+  return make_expect_text(given, presence::none, made);
+}
+
 bool parse_expect(arguments &given, step &made) {
   if (given.accept("never"))
     return make_expect_text(given, presence::never, made);
-  if (given.accept("no")) {
-    if (given.accept("sound"))
-      return make<expect_no_sound>(made, [](expect_no_sound &) { return true; });
-    return make_expect_text(given, presence::none, made);
-  }
+  if (given.accept("no"))
+    return parse_expect_no(given, made);
+  if (given.accept("file"))
+    return make_expect_file(given, true, made);
   if (given.accept("sound"))
     return parse_expect_sound(given, made);
   if (given.accept("screen"))
@@ -183,12 +249,16 @@ bool parse_expect(arguments &given, step &made) {
                                 [&](expect_picture &does) { return take_expected(given, does.picture); });
   text_source source;
   if (arguments ahead = given; !take_source(ahead, source))
-    return given.reject_next("console, log, event, screen, sound, no or never");
+    return given.reject_next("console, log, event, file, screen, sound, no or never");
   return make_expect_text(given, presence::some, made);
 }
 
 bool parse_shot(arguments &given, step &made) {
   return make<take_shot>(made, [&](take_shot &does) { return given.take_picture(does.file); });
+}
+
+bool parse_start(arguments &, step &made) {
+  return make<start_application>(made, [](start_application &) { return true; });
 }
 
 bool parse_stop(arguments &, step &made) {
@@ -207,9 +277,10 @@ struct statement {
 };
 
 constexpr statement statements[] = {
-    {"timeout", parse_timeout}, {"wait", parse_wait},       {"set", parse_set},   {"press", parse_press},
-    {"hold", parse_hold},       {"release", parse_release}, {"card", parse_card}, {"fault", parse_fault},
-    {"type", parse_type},       {"expect", parse_expect},   {"shot", parse_shot}, {"stop", parse_stop},
+    {"timeout", parse_timeout}, {"wait", parse_wait}, {"set", parse_set},         {"keys", parse_keys},
+    {"press", parse_press},     {"hold", parse_hold}, {"release", parse_release}, {"card", parse_card},
+    {"fault", parse_fault},     {"type", parse_type}, {"write", parse_write},     {"remove", parse_remove},
+    {"expect", parse_expect},   {"shot", parse_shot}, {"start", parse_start},     {"stop", parse_stop},
     {"end", parse_end},
 };
 

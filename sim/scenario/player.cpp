@@ -9,9 +9,11 @@
 #include "host/inputs.hpp"
 #include "host/keys.hpp"
 #include "host/printable_text.hpp"
+#include "scenario/board_file.hpp"
 #include "scenario/parser.hpp"
 #include "scenario/report.hpp"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 
@@ -70,7 +72,9 @@ player::player(const play_request &request, std::vector<step> steps, run_session
 }
 
 bool player::play(std::string &error) {
-  if (!session_.start(error))
+  is_started_ = std::ranges::none_of(
+      steps_, [](const step &each) { return std::holds_alternative<start_application>(each.does); });
+  if (is_started_ && !session_.start(error))
     return false;
   const bool has_passed = play_steps() && check_end();
   if (!session_.end())
@@ -232,22 +236,48 @@ bool player::set_line(uint32_t line, bool is_high) {
   return set_gpio_line(request_.board, line, is_high, error) || fail(error);
 }
 
+bool player::play(const set_key_texts &does) {
+  key_texts_ = does;
+  return true;
+}
+
+/// The report does not move the place from which the text is awaited.
+bool player::set_key(uint32_t line, bool is_down) {
+  if (!key_texts_)
+    return set_line(line, is_down);
+  followed_text &text = text_of(key_texts_->source);
+  const std::string &report = is_down ? key_texts_->pressed : key_texts_->released;
+  text.look();
+  const uint64_t place = text.end();
+  return set_line(line, is_down) &&
+         await(
+             look_at::files, [&] { return text.has_since(place, report); },
+             [&] { return "; no report " + quotation(report) + last_line_of(key_texts_->source); });
+}
+
 /// An application that polls its keys sees a key released before it is pressed again.
 bool player::press_down(uint32_t line) {
   const auto released = released_.find(line);
-  if (released != released_.end() && !pass_until(released->second + usual_press))
+  if (!key_texts_ && released != released_.end() && !pass_until(released->second + usual_press))
     return false;
   begin_input();
-  return set_line(line, true);
+  return set_key(line, true);
 }
 
 bool player::release(uint32_t line) {
   released_[line] = clock::now();
-  return set_line(line, false);
+  return set_key(line, false);
 }
 
-bool player::play(const press_key &does) {
-  return press_down(does.line) && pass_time(does.time) && release(does.line);
+bool player::keep_down(const press_keys &does) {
+  if (does.until)
+    return play(wait_text{does.until->source, does.until->text});
+  return pass_time(does.time.value_or(key_texts_ ? 0ms : usual_press));
+}
+
+bool player::play(const press_keys &does) {
+  return std::ranges::all_of(
+      does.lines, [&](uint32_t line) { return press_down(line) && keep_down(does) && release(line); });
 }
 
 bool player::play(const hold_key &does) {
@@ -284,7 +314,29 @@ bool player::play(const type_text &does) {
       [&] { return "; " + error; });
 }
 
+bool player::play(const write_file_of_board &does) {
+  begin_input();
+  std::string error;
+  return write_board_file(request_.board, does, error) || fail(error);
+}
+
+bool player::play(const remove_file_of_board &does) {
+  begin_input();
+  std::string error;
+  return remove_board_file(request_.board, does.path, error) || fail(error);
+}
+
 // ------------------------------------------------------------------------------------------- texts and sound
+
+bool player::play(const wait_file &does) {
+  return await(
+      look_at::files, [&] { return is_as_wanted(request_.board, does.file); },
+      [&] { return "; " + describe_file(request_.board, does.file); });
+}
+
+bool player::play(const expect_file &does) {
+  return is_as_wanted(request_.board, does.file) || fail(describe_file(request_.board, does.file));
+}
 
 bool player::play(const expect_text &does) {
   const followed_text &text = text_of(does.source);
@@ -382,7 +434,19 @@ bool player::play(const take_shot &does) {
 
 bool player::needs_application() {
   return session_.application().state() != application_state::none ||
-         fail("the scenario was played without an application");
+         fail(is_started_ ? "the scenario was played without an application"
+                          : "the application has not been started");
+}
+
+bool player::play(const start_application &) {
+  const application_state state = session_.application().state();
+  if (state == application_state::running || state == application_state::restarting)
+    return fail("the application runs");
+  begin_input();
+  is_started_ = true;
+  is_stopped_ = is_end_seen_ = false;
+  std::string error;
+  return session_.start(error) ? needs_application() : fail(error);
 }
 
 bool player::play(const stop_application &) {

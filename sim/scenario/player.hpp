@@ -34,7 +34,7 @@ public:
   /// What the board has gained before is not looked at.
   player(const play_request &request, std::vector<step> steps, run_session &session);
 
-  /// Start the application, play all steps, end the application, write the report. Return false and set `error`
+  /// Start the application, unless a step does, play all steps, end the application, write the report. Return false and set `error`
   /// if a step failed, or on another failure.
   [[nodiscard]] bool play(std::string &error);
 
@@ -57,8 +57,11 @@ private:
   std::string end_text() const;
 
   bool set_line(uint32_t line, bool is_high);
+  /// Set a line; the application reports that, if a scenario says how.
+  bool set_key(uint32_t line, bool is_down);
   bool press_down(uint32_t line);
   bool release(uint32_t line);
+  bool keep_down(const press_keys &does);
   bool renew_picture();
   followed_text &text_of(text_source source) { return texts_[static_cast<size_t>(source)]; }
   std::string last_line_of(text_source source);
@@ -66,22 +69,28 @@ private:
   bool play(const set_timeout &does);
   bool play(const wait_time &does);
   bool play(const wait_text &does);
+  bool play(const wait_file &does);
   bool play(const wait_change &does);
   bool play(const wait_still &does);
   bool play(const wait_picture &does);
   bool play(const wait_sound &does);
   bool play(const wait_silence &does);
   bool play(const set_input &does);
-  bool play(const press_key &does);
+  bool play(const set_key_texts &does);
+  bool play(const press_keys &does);
   bool play(const hold_key &does);
   bool play(const inject_fault &does);
   bool play(const remove_faults &does);
   bool play(const type_text &does);
+  bool play(const write_file_of_board &does);
+  bool play(const remove_file_of_board &does);
   bool play(const expect_text &does);
+  bool play(const expect_file &does);
   bool play(const expect_level &does);
   bool play(const expect_no_sound &does);
   bool play(const expect_picture &does);
   bool play(const take_shot &does);
+  bool play(const start_application &does);
   bool play(const stop_application &does);
   bool play(const end_of_application &does);
 
@@ -96,7 +105,9 @@ private:
   followed_sound sound_;
   followed_screen screen_;
   std::map<uint32_t, clock::time_point> released_; ///< when a key was
+  std::optional<set_key_texts> key_texts_;
 
+  bool is_started_ = false;
   bool is_stopped_ = false;
   bool is_end_seen_ = false;
 };

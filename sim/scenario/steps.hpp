@@ -40,6 +40,15 @@ struct wait_text {
   text_source source;
   std::string text;
 };
+/// A file of the board, as an application names it.
+struct file_condition {
+  std::string path;
+  std::string text; ///< that it contains; empty: any
+  bool is_wanted = true;
+};
+struct wait_file {
+  file_condition file;
+};
 struct wait_change {
   std::optional<rectangle> part;
 };
@@ -58,9 +67,22 @@ struct wait_silence {
 struct set_input {
   std::string change; ///< as `dravik-sim set` accepts it
 };
-struct press_key {
-  uint32_t line;
-  milliseconds time;
+/// A text by which an application reports something.
+struct reported_text {
+  text_source source;
+  std::string text;
+};
+/// What the application reports when it has noticed a key; keys are awaited by it.
+struct set_key_texts {
+  text_source source;
+  std::string pressed;
+  std::string released;
+};
+/// For a time, until a text comes, or else as long as the application needs.
+struct press_keys {
+  std::vector<uint32_t> lines;
+  std::optional<milliseconds> time;
+  std::optional<reported_text> until;
 };
 struct hold_key {
   uint32_t line;
@@ -75,12 +97,23 @@ struct remove_faults {
 struct type_text {
   std::string text;
 };
+struct write_file_of_board {
+  std::string path;
+  std::string text;
+  uint64_t bytes; ///< without a text: of zeros
+};
+struct remove_file_of_board {
+  std::string path;
+};
 
 enum class presence : uint8_t { some, none, never };
 struct expect_text {
   text_source source;
   std::string text;
   presence wanted;
+};
+struct expect_file {
+  file_condition file;
 };
 struct expect_level {
   bool is_above; ///< or below
@@ -94,15 +127,18 @@ struct expect_picture {
 struct take_shot {
   std::string file;
 };
+struct start_application {};
 struct stop_application {};
 struct end_of_application {
   uint32_t status;
 };
 
-using action = std::variant<set_timeout, wait_time, wait_text, wait_change, wait_still, wait_picture,
-                            wait_sound, wait_silence, set_input, press_key, hold_key, inject_fault,
-                            remove_faults, type_text, expect_text, expect_level, expect_no_sound,
-                            expect_picture, take_shot, stop_application, end_of_application>;
+using action =
+    std::variant<set_timeout, wait_time, wait_text, wait_file, wait_change, wait_still, wait_picture,
+                 wait_sound, wait_silence, set_input, set_key_texts, press_keys, hold_key, inject_fault,
+                 remove_faults, type_text, write_file_of_board, remove_file_of_board, expect_text,
+                 expect_file, expect_level, expect_no_sound, expect_picture, take_shot, start_application,
+                 stop_application, end_of_application>;
 
 struct step {
   size_t line = 0;  ///< from 1

@@ -103,13 +103,47 @@ TEST(ScenarioParser, ReadsInputs) {
 }
 
 TEST(ScenarioParser, ReadsKeys) {
-  EXPECT_EQ(only<press_key>("press next").line, 61U);
-  EXPECT_EQ(only<press_key>("press next").time, 150ms);
-  EXPECT_EQ(only<press_key>("press ok 1.5s").line, 62U);
-  EXPECT_EQ(only<press_key>("press ok 1.5s").time, 1500ms);
-  EXPECT_EQ(only<press_key>("press 255").line, 255U);
+  EXPECT_THAT(only<press_keys>("press next").lines, testing::ElementsAre(61));
+  EXPECT_FALSE(only<press_keys>("press next").time);
+  EXPECT_FALSE(only<press_keys>("press next").until);
+  EXPECT_THAT(only<press_keys>("press ok 1.5s").lines, testing::ElementsAre(62));
+  EXPECT_EQ(only<press_keys>("press ok 1.5s").time, 1500ms);
+  EXPECT_THAT(only<press_keys>("press 255 next next ok").lines, testing::ElementsAre(255, 61, 61, 62));
+  EXPECT_EQ(only<press_keys>("press next ok 2s").time, 2s);
+  const auto until = only<press_keys>("press ok until log \"back\"").until;
+  ASSERT_TRUE(until);
+  EXPECT_EQ(until->source, text_source::log);
+  EXPECT_EQ(until->text, "back");
   EXPECT_TRUE(only<hold_key>("hold ok").is_down);
   EXPECT_FALSE(only<hold_key>("release ok").is_down);
+}
+
+TEST(ScenarioParser, ReadsTextsThatReportKeys) {
+  const auto texts = only<set_key_texts>(R"(keys event "line 61 = 1" "line 61 = 0")");
+  EXPECT_EQ(texts.source, text_source::event);
+  EXPECT_EQ(texts.pressed, "line 61 = 1");
+  EXPECT_EQ(texts.released, "line 61 = 0");
+}
+
+TEST(ScenarioParser, ReadsFilesOfTheBoard) {
+  const auto text = only<write_file_of_board>(R"(write "/tmp/a b" "x\n")");
+  EXPECT_EQ(text.path, "/tmp/a b");
+  EXPECT_EQ(text.text, "x\n");
+  EXPECT_EQ(text.bytes, 0U);
+  EXPECT_EQ(only<write_file_of_board>("write \"/a\" 3KiB").bytes, 3072U);
+  EXPECT_EQ(only<write_file_of_board>("write \"/a\" 4095MiB").bytes, 4293918720U);
+  EXPECT_EQ(only<remove_file_of_board>("remove \"/tmp/..a/b..\"").path, "/tmp/..a/b..");
+}
+
+TEST(ScenarioParser, ReadsConditionsOfFiles) {
+  const auto any = only<wait_file>("wait file \"/tmp/a\"").file;
+  EXPECT_EQ(any.path, "/tmp/a");
+  EXPECT_EQ(any.text, "");
+  EXPECT_TRUE(any.is_wanted);
+  EXPECT_FALSE(only<wait_file>("wait no file \"/tmp/a\"").file.is_wanted);
+  EXPECT_EQ(only<expect_file>(R"(expect file "/tmp/a" "b\n")").file.text, "b\n");
+  EXPECT_TRUE(only<expect_file>("expect file \"/tmp/a\"").file.is_wanted);
+  EXPECT_FALSE(only<expect_file>(R"(expect no file "/tmp/a" "b")").file.is_wanted);
 }
 
 TEST(ScenarioParser, ReadsFaults) {
@@ -136,6 +170,7 @@ TEST(ScenarioParser, ReadsTheOtherSteps) {
   only<wait_sound>("wait sound");
   EXPECT_EQ(only<type_text>(R"(type "status\n")").text, "status\n");
   EXPECT_EQ(only<take_shot>("shot \"now/menu.png\"").file, "now/menu.png");
+  only<start_application>("start");
   only<stop_application>("stop");
   EXPECT_EQ(only<end_of_application>("end").status, 0U);
   EXPECT_EQ(only<end_of_application>("end status 255").status, 255U);
@@ -160,7 +195,15 @@ constexpr rejected rejected_texts[] = {
     {"wait log \"\a\"", "1:11: control character"},
     {"wait\v1s", "1:5: control character"},
 
-    {"wait", "1:5: missing a time, console, log, event, screen, sound or silence"},
+    {"wait", "1:5: missing a time, console, log, event, file, screen, sound, silence or no"},
+    {"wait no", "1:8: missing file"},
+    {"wait no log \"x\"", "1:9: invalid 'log'; must be file"},
+    {"wait file", "1:10: missing path"},
+    {"wait file /tmp/a", "1:11: path must be in quotes"},
+    {"wait file \"tmp/a\"", "1:11: invalid path 'tmp/a'; must be the absolute path of a file, without '..'"},
+    {"wait file \"/tmp/a\" b", "1:20: text must be in quotes"},
+    {"wait file \"/tmp/a\" \"\"", "1:20: empty text"},
+    {"wait file \"/tmp/a\" \"b\" \"c\"", "1:24: unexpected 'c'"},
     {"wait soon", "1:6: invalid time 'soon'; must be 1ms to 60min, in ms, s or min"},
     {"wait \"1s\"", "1:6: time must not be in quotes"},
     {"wait 1s 2s", "1:9: unexpected '2s'"},
@@ -194,6 +237,18 @@ constexpr rejected rejected_texts[] = {
     {"card away", "1:6: invalid 'card=away'; must be in, locked or out"},
     {"card", "1:5: missing value"},
 
+    {"press ok next long", "1:15: invalid time 'long'; must be 1ms to 60min, in ms, s or min"},
+    {"press ok 1s next", "1:13: unexpected 'next'"},
+    {"press ok \"next\"", "1:10: time must not be in quotes"},
+    {"press ok until", "1:15: missing console, log or event"},
+    {"press ok until rain", "1:16: invalid 'rain'; must be console, log or event"},
+    {"press ok until console", "1:23: missing text"},
+    {"press ok until console \"a\" 1s", "1:28: unexpected '1s'"},
+    {"keys", "1:5: missing console, log or event"},
+    {"keys rain", "1:6: invalid 'rain'; must be console, log or event"},
+    {"keys console", "1:13: missing text"},
+    {"keys console \"a\"", "1:17: missing text"},
+    {"keys console \"a\" \"b\" \"c\"", "1:22: unexpected 'c'"},
     {"press", "1:6: missing key"},
     {"press menu", "1:7: invalid key 'menu'; must be next, ok or 0 to 255"},
     {"press ok long", "1:10: invalid time 'long'; must be 1ms to 60min, in ms, s or min"},
@@ -210,8 +265,28 @@ constexpr rejected rejected_texts[] = {
     {"fault open /dev/fb0 EIO now", "1:25: unexpected 'now'"},
     {"type status", "1:6: text must be in quotes"},
 
-    {"expect", "1:7: missing console, log, event, screen, sound, no or never"},
-    {"expect rain", "1:8: invalid 'rain'; must be console, log, event, screen, sound, no or never"},
+    {"write", "1:6: missing path"},
+    {"write \"/tmp/../etc/a\" \"b\"",
+     "1:7: invalid path '/tmp/../etc/a'; must be the absolute path of a file, without '..'"},
+    {"write \"/tmp/\" \"b\"", "1:7: invalid path '/tmp/'; must be the absolute path of a file, without '..'"},
+    {"write \"/tmp/a\"", "1:15: missing size"},
+    {"write \"/tmp/a\" \"\"", "1:16: empty text"},
+    {"write \"/tmp/a\" 1", "1:16: invalid size '1'; must be 1KiB to 4095MiB, in KiB or MiB"},
+    {"write \"/tmp/a\" 0MiB", "1:16: invalid size '0MiB'; must be 1KiB to 4095MiB, in KiB or MiB"},
+    {"write \"/tmp/a\" 1.5MiB", "1:16: invalid size '1.5MiB'; must be 1KiB to 4095MiB, in KiB or MiB"},
+    {"write \"/tmp/a\" 4096MiB", "1:16: invalid size '4096MiB'; must be 1KiB to 4095MiB, in KiB or MiB"},
+    {"write \"/tmp/a\" 99999999999MiB",
+     "1:16: invalid size '99999999999MiB'; must be 1KiB to 4095MiB, in KiB or MiB"},
+    {"write \"/tmp/a\" 1MiB 2MiB", "1:21: unexpected '2MiB'"},
+    {"remove", "1:7: missing path"},
+    {"remove \"/a\" \"b\"", "1:13: unexpected 'b'"},
+    {"start now", "1:7: unexpected 'now'"},
+
+    {"expect", "1:7: missing console, log, event, file, screen, sound, no or never"},
+    {"expect rain", "1:8: invalid 'rain'; must be console, log, event, file, screen, sound, no or never"},
+    {"expect file", "1:12: missing path"},
+    {"expect no file", "1:15: missing path"},
+    {"expect never file", "1:14: invalid 'file'; must be console, log or event"},
     {"expect no", "1:10: missing console, log or event"},
     {"expect never sound", "1:14: invalid 'sound'; must be console, log or event"},
     {"expect sound", "1:13: missing above or below"},

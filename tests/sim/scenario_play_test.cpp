@@ -135,6 +135,99 @@ wait console "line 62 = 0"
 )");
 }
 
+TEST_F(ScenarioPlay, PressesSeveralKeys) {
+  expect_held(std::string{ready} + R"(
+press next ok
+wait console "line 61 = 1"
+wait console "line 61 = 0"
+wait console "line 62 = 1"
+wait console "line 62 = 0"
+)");
+}
+
+TEST_F(ScenarioPlay, HoldsAKeyUntilAText) {
+  expect_held(std::string{ready} + R"(
+press ok until console "line 62 = 1"
+wait console "line 62 = 0"
+)");
+  expect_failed(std::string{ready} + "timeout 300ms\npress ok until log \"rain\"", "not within 300ms; ");
+}
+
+/// The place from which texts are awaited is the one before the key.
+TEST_F(ScenarioPlay, AwaitsReportsOfKeys) {
+  expect_held(std::string{ready} + R"(
+keys console "= 1" "= 0"
+press next next ok
+wait console "line 61 = 1"
+wait console "line 61 = 0"
+wait console "line 61 = 1"
+wait console "line 61 = 0"
+wait console "line 62 = 1"
+expect console "line 62 = 0"
+hold ok
+expect console "line 62 = 1"
+release ok
+expect console "line 62 = 0"
+)");
+}
+
+TEST_F(ScenarioPlay, ReportsAKeyThatTheApplicationDoesNotReport) {
+  expect_failed(std::string{ready} + "keys log \"rain\" \"snow\"\ntimeout 300ms\npress ok",
+                "not within 300ms; no report 'rain'; ");
+  expect_failed(std::string{ready} + "keys console \"= 1\" \"snow\"\ntimeout 3s\npress next",
+                "not within 3s; no report 'snow'; last line: 'line 61 = 0'");
+}
+
+TEST_F(ScenarioPlay, WritesAndRemovesFilesOfTheBoard) {
+  EXPECT_EQ(played(R"(
+write "/tmp/new/a.txt" "one\n"
+expect file "/tmp/new/a.txt"
+expect file "/tmp/new/a.txt" "ne\n"
+expect no file "/tmp/new/a.txt" "two"
+write "/tmp/new/a.txt" "two\n"
+expect no file "/tmp/new/a.txt" "one"
+write "/tmp/b" 1025KiB
+remove "/tmp/new/a.txt"
+expect no file "/tmp/new/a.txt"
+)",
+                   {}, {})
+                .exit_status(),
+            0);
+  EXPECT_EQ(board_.read("tmp/b"), std::string(1025 * 1024, '\0'));
+  EXPECT_FALSE(board_.exists("tmp/new/a.txt"));
+}
+
+TEST_F(ScenarioPlay, ReportsFilesThatAreNotAsExpected) {
+  board_.write("tmp/a", "\033one");
+  expect_failed("expect file \"/tmp/b\"", "the file does not exist", {});
+  expect_failed("expect no file \"/tmp/a\"", "the file exists", {});
+  expect_failed("expect file \"/tmp/a\" \"two\"", "the file contains '\\x1bone'", {});
+  expect_failed("expect no file \"/tmp/a\" \"one\"", "the file contains '\\x1bone'", {});
+  expect_failed("remove \"/tmp/b\"", "/tmp/b: No such file or directory", {});
+  expect_failed("write \"/tmp/a/b\" \"two\"", board_.path() + "/tmp/a", {});
+}
+
+TEST_F(ScenarioPlay, AwaitsFiles) {
+  expect_failed("timeout 200ms\nwait file \"/tmp/b\"", "not within 200ms; the file does not exist", {});
+  const char *const writer = "sleep 0.3; echo up >/tmp/b; sleep 0.3; echo one >/tmp/b; sleep 0.3; rm /tmp/b; "
+                             "read line </dev/ttyS0";
+  EXPECT_EQ(
+      played("timeout 60s\nwait file \"/tmp/b\"\nwait file \"/tmp/b\" \"one\"\nwait no file \"/tmp/b\"\nstop",
+             {}, {"sh", "-c", writer})
+          .exit_status(),
+      0);
+}
+
+TEST_F(ScenarioPlay, LeavesFilesOutsideTheBoardAlone) {
+  write("outside", "kept");
+  std::filesystem::create_symlink(at("outside"), board_.path("tmp/link"));
+  expect_failed("expect file \"/tmp/link\"", "the file does not exist", {});
+  EXPECT_EQ(played("write \"/tmp/link\" \"x\"\nexpect file \"/tmp/link\" \"x\"", {}, {}).exit_status(), 0);
+  EXPECT_EQ(board_.read(at("outside").substr(1)), "x") << "a link is one on the board";
+  EXPECT_EQ(played("remove \"/tmp/link\"", {}, {}).exit_status(), 0);
+  EXPECT_EQ(text_of("outside"), "kept");
+}
+
 TEST_F(ScenarioPlay, InjectsAndRemovesFaults) {
   board_.write("faults", "# mine\nopen /dev/fb0 EIO\n");
   EXPECT_EQ(played("fault read /dev/i2c-0 EIO\nfault underrun sound", {}, {}).exit_status(), 0);
@@ -227,6 +320,19 @@ TEST_F(ScenarioPlay, StartsTheApplicationAgainAfterAReboot) {
       played(std::string{ready} + "type \"reboot\\n\"\nwait event \"shell: /sbin/reboot\"\n" +
              "wait console \"guest ready\"\ntype \"end 0\\n\"\nend");
   EXPECT_EQ(result.exit_status(), 0) << result.errors;
+}
+
+TEST_F(ScenarioPlay, StartsTheApplicationWhenAStepDoes) {
+  expect_held("write \"/tmp/a\" \"x\"\nwait 300ms\nexpect never console \"guest\"\nstart\n" +
+              std::string{ready} +
+              "stop\nend\nstart\nwait console \"guest ready\"\ntype \"end 7\\n\"\nend status 7\n" +
+              "start\nwait console \"guest ready\"");
+}
+
+TEST_F(ScenarioPlay, ReportsAStartThatIsNotPossible) {
+  expect_failed("start\nstart", "the application runs");
+  expect_failed("start", "the scenario was played without an application", {});
+  EXPECT_THAT(messages(played("stop\nstart\n")), HasSubstr(":1: stop: the application has not been started"));
 }
 
 TEST_F(ScenarioPlay, EndsTheApplicationInOrder) {
