@@ -7,7 +7,7 @@
 
 #include <string.h>
 
-enum { LOOKS_TO_SETTLE = 12 }; /* two per second */
+enum { LOOKS_TO_SETTLE = 12, LOOKS_TO_LEAVE = 1 }; /* two per second */
 
 static struct board now;
 
@@ -73,14 +73,13 @@ static void read_card(struct card *card) {
 }
 
 /* The kernel reports an inserted card before its partition, which is checked and mounted after that: not an
- * error for some seconds. */
+ * error for some seconds. A card that is being removed may be unmounted before it is gone. */
 static int is_settling(const struct card *seen) {
   static int looks;
-  if (!has(seen, DRAVIK_CARD_PRESENT))
-    looks = LOOKS_TO_SETTLE;
-  else if (has(seen, DRAVIK_CARD_MOUNTED))
-    looks = 0;
-  return has(seen, DRAVIK_CARD_PRESENT) && looks-- > 0;
+  if (has(seen, DRAVIK_CARD_PRESENT) && !has(seen, DRAVIK_CARD_MOUNTED))
+    return looks-- > 0;
+  looks = has(seen, DRAVIK_CARD_PRESENT) ? LOOKS_TO_LEAVE : LOOKS_TO_SETTLE;
+  return 0;
 }
 
 static void look_at_card(void) {
@@ -118,7 +117,7 @@ int board_look_around(void) {
 struct button {
   uint32_t line;
   int is_down, is_used; /* used: it has acted since it was pressed */
-  uint32_t since_ms;
+  int looks;            /* since it was pressed */
 };
 
 enum change { CHANGE_NONE, CHANGE_PRESSED, CHANGE_RELEASED, CHANGE_HELD };
@@ -128,7 +127,7 @@ static enum change look_at(struct button *button) {
   button->is_down = gpio_get(button->line) == 1;
   if (button->is_down && !was_down) {
     button->is_used = 0;
-    button->since_ms = get_tick_count();
+    button->looks = 0;
     tell("key pressed");
     return CHANGE_PRESSED;
   }
@@ -136,7 +135,7 @@ static enum change look_at(struct button *button) {
     tell("key released");
     return CHANGE_RELEASED;
   }
-  return button->is_down && get_tick_count() - button->since_ms >= HOLD_MS ? CHANGE_HELD : CHANGE_NONE;
+  return button->is_down && ++button->looks >= LOOKS_TO_HOLD ? CHANGE_HELD : CHANGE_NONE;
 }
 
 enum key board_key(void) {

@@ -69,11 +69,15 @@ static void begin(void) {
   tell("recording %s", recording + sizeof DIRECTORY);
 }
 
-/* The card may have been exchanged: a recording that is gone is not continued. */
+/* A recording that is gone is not continued. The next one waits for the next call: the card may be leaving. */
 void record(void) {
   if (!is_open)
     return;
-  if (recorded == 0 || recorded == RECORDED_PER_SECOND * RECORDING_SECONDS || access(recording, W_OK) != 0) {
+  if (recorded > 0 && access(recording, W_OK) != 0) {
+    recorded = 0;
+    return;
+  }
+  if (recorded == 0 || recorded == RECORDED_PER_SECOND * RECORDING_SECONDS) {
     recorded = 0;
     begin();
   }

@@ -92,10 +92,21 @@ TEST_F(DashcamCardStates, SlowPartitionIsAwaitedForSixSeconds) {
   EXPECT_FALSE(look().is_usable);
 }
 
-TEST_F(DashcamCardStates, UnmountedCardIsReportedImmediately) {
+/// It is unmounted first, and not an error meanwhile.
+TEST_F(DashcamCardStates, CardThatIsBeingRemovedIsAwaited) {
   insert_and_mount();
   look();
   on_.write("proc/mounts", "rootfs / rootfs rw 0 0\n");
+  EXPECT_TRUE(look().is_usable);
+  take_out();
+  EXPECT_EQ(look().status, 0);
+}
+
+TEST_F(DashcamCardStates, UnmountedCardIsReportedAtTheSecondLook) {
+  insert_and_mount();
+  look();
+  on_.write("proc/mounts", "rootfs / rootfs rw 0 0\n");
+  EXPECT_EQ(look().status, DRAVIK_CARD_HEALTHY);
   EXPECT_EQ(look().status, DRAVIK_CARD_PRESENT | DRAVIK_CARD_PARTITIONED);
 }
 
