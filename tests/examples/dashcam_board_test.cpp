@@ -128,57 +128,6 @@ TEST(DashcamAtWork, ShowsWhatChangesMeanwhile) {
   EXPECT_EQ(seen.at(dial_x + reach / 2, dial_y), DRAVIK_DEFAULT_THEME);
 }
 
-TEST(DashcamAtWork, BlinksRedWhileItRecords) {
-  const recording_board on;
-  living_dashcam dashcam{on, {"--screen", "home", "--stay"}};
-  dashcam.await_line("state: recording");
-  for (const char *light : {"led: red", "led: off", "led: red"})
-    dashcam.await_event(light);
-  dashcam.expect_end();
-  EXPECT_EQ(on.read("sys/class/backlight/pwm-backlight.0/brightness"), "1000");
-}
-
-TEST(DashcamAtWork, DimsTheScreenWhileTheCarIsParked) {
-  const recording_board on;
-  living_dashcam dashcam{on, {"--screen", "home", "--stay"}};
-  dashcam.await_line("state: recording");
-  dashcam.set({"gpio.60=1"});
-  dashcam.await_event("backlight: 1");
-  dashcam.await_event("led: green");
-  dashcam.set({"gpio.60=0"});
-  dashcam.await_event("backlight: 1000");
-  dashcam.await_event("led: red");
-  dashcam.expect_end();
-}
-
-TEST(DashcamAtWork, LeavesTheLightsInOrder) {
-  const recording_board on;
-  set_inputs(on, {"gpio.60=1"});
-  living_dashcam dashcam{on, {"--screen", "home", "--stay"}};
-  dashcam.await_event("led: green");
-  dashcam.expect_end();
-  EXPECT_EQ(on.read("sys/class/backlight/pwm-backlight.0/brightness"), "1000");
-  EXPECT_THAT(on.events(), Contains("led: off"));
-}
-
-TEST(DashcamAtWork, NoticesAnImpactOnce) {
-  const recording_board on;
-  living_dashcam dashcam{on, {"--screen", "home", "--stay"}};
-  dashcam.await_line("screen home");
-  dashcam.set({"accel=0,-2500,1000"});
-  dashcam.await_line("impact of 2500 mg");
-  dashcam.set({"accel=0,-2600,1000"});
-  for (const char *light : {"led: red", "led: off", "led: red"})
-    dashcam.await_event(light); // it has looked again and again
-  const shot seen = dashcam.expect_end();
-  EXPECT_EQ(seen.at(2, 60), alarm) << "the mark of the notice";
-  EXPECT_EQ(seen.at(600, 60), surface);
-  int impacts = 0;
-  for (const std::string &line : on.events())
-    impacts += line.find("impact") != std::string::npos;
-  EXPECT_EQ(impacts, 1);
-}
-
 /// The figure of the speed on the home page, right of where it has up to three.
 std::vector<uint16_t> last_figure_of_speed(const shot &seen) {
   return seen.area(102, 400, 44, 66);
@@ -195,70 +144,6 @@ TEST(DashcamAtWork, StandsStillWhileTheCarIsParked) {
     EXPECT_THAT(seen.colours(200, 280, 400, 60), Not(Contains(good))) << "no lane";
   }
   EXPECT_THAT(figures, testing::SizeIs(1));
-}
-
-TEST(DashcamAtWork, PausesWhileItIsTooHotUntilItHasCooled) {
-  const recording_board on;
-  living_dashcam dashcam{on, {"--screen", "sensor", "--stay"}};
-  dashcam.await_line("state: recording");
-  dashcam.set({"temperature=82.5"});
-  dashcam.await_event("led: orange");
-  dashcam.set({"temperature=77.5"});
-  dashcam.await_temperature(77);
-  dashcam.set({"temperature=72.5"});
-  dashcam.await_temperature(72);
-  dashcam.await_line("state: recording");
-  dashcam.expect_end();
-}
-
-TEST(DashcamAtWork, FollowsTheMonitor) {
-  const recording_board on;
-  living_dashcam dashcam{on, {"--screen", "menu", "--stay"}};
-  dashcam.await_line("state: recording");
-  dashcam.await_event("led: red");
-  dashcam.set({"hdmi=on"});
-  dashcam.await_line("monitor attached");
-  dashcam.await_event("led: off");
-  const shot seen = dashcam.expect_end();
-  EXPECT_EQ(seen.at(600, 60), surface) << "the notice";
-  EXPECT_THAT(seen.colours(480, 10, 24, 24), Contains(testing::Gt(0xF000))) << "the sign in the status bar";
-}
-
-TEST(DashcamAtWork, IsDrivenByItsKeysAndSwitchedOff) {
-  const recording_board on;
-  living_dashcam dashcam{on, {}};
-  dashcam.await_line("screen splash");
-  dashcam.await_line("screen home");
-  dashcam.press_ok();
-  dashcam.await_line("screen menu");
-  for (int i = 0; i < 5; ++i)
-    dashcam.press_next();
-  dashcam.press_ok();
-  dashcam.await_line("screen settings");
-  dashcam.hold_ok();
-  for (int i = 0; i < 2; ++i)
-    dashcam.press_next();
-  dashcam.press_ok();
-  dashcam.await_line("question: Power off?");
-  dashcam.press_next();
-  dashcam.press_ok();
-  dashcam.await_line("screen shutdown");
-  EXPECT_EQ(dashcam.finish(), 0);
-}
-
-TEST(DashcamAtWork, ActsOncePerPressOfAKey) {
-  const recording_board on;
-  living_dashcam dashcam{on, {"--screen", "settings", "--stay"}};
-  dashcam.await_line("screen settings");
-  dashcam.hold_ok();
-  dashcam.press_next();
-  dashcam.hold_ok();
-  dashcam.expect_end();
-  const std::string log = on.read("tmp/dravik.log");
-  size_t after = 0;
-  for (const char *line : {"screen settings", "screen menu", "screen home"})
-    ASSERT_NE(after = log.find(std::string{"] "} + line + '\n', after), std::string::npos) << line;
-  EXPECT_THAT(log, Not(HasSubstr("] key ok\n"))) << "a held key is no press when it is let go";
 }
 
 TEST(DashcamAtWork, RunsWithoutItsDevices) {

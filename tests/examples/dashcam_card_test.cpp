@@ -1,7 +1,6 @@
-// The demonstration's page of the memory card: its contents, and that it repairs and formats only on
-// request to.
+// The demonstration's page of the memory card: its contents, and that it leaves a card in use alone.
 
-#include "examples/living_dashcam.hpp"
+#include "examples/demonstration.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,9 +11,6 @@ namespace {
 using testing::Contains;
 using testing::HasSubstr;
 using testing::Not;
-using testing::SizeIs;
-
-constexpr int reboot_status = 75; ///< of an application that has the board restarted
 
 void take_out(const board &of) {
   std::string error;
@@ -23,15 +19,6 @@ void take_out(const board &of) {
 void put_in(const board &to, sim::card_lock lock = sim::card_lock::off) {
   std::string error;
   EXPECT_TRUE(sim::insert_card(to.path(), lock, error)) << error;
-}
-
-/// The shell commands that the board ran.
-std::vector<std::string> commands_of(const board &on) {
-  std::vector<std::string> commands;
-  for (const std::string &line : on.events())
-    if (line.starts_with("shell: "))
-      commands.push_back(line.substr(7));
-  return commands;
 }
 
 /// The card page after these keys, on a card with a recording.
@@ -50,37 +37,6 @@ protected:
 
 // ---------------------------------------------------------------------------------------- the questions
 
-TEST_F(DashcamCard, IsFormattedAfterYes) {
-  EXPECT_EQ(press("next,ok,next,ok"), reboot_status);
-  EXPECT_THAT(commands_of(on_), Contains("/sbin/mkfs.vfat /dev/mmcblk0p1"));
-  EXPECT_FALSE(on_.exists(recording_));
-}
-
-class DashcamCardUnchanged : public DashcamCard, public testing::WithParamInterface<const char *> {};
-
-TEST_P(DashcamCardUnchanged, StaysWithoutYes) {
-  EXPECT_EQ(press(GetParam()), 0);
-  EXPECT_THAT(commands_of(on_), SizeIs(0));
-  EXPECT_TRUE(on_.exists(recording_));
-}
-
-INSTANTIATE_TEST_SUITE_P(All, DashcamCardUnchanged,
-                         testing::Values("next", "next,ok", "next,ok,ok", "next,ok,next,next,ok", "ok,ok",
-                                         "next,ok,next"));
-
-TEST_F(DashcamCard, ForgetsTheAnswerOfTheLastQuestion) {
-  EXPECT_EQ(press("ok,next,ok,next,ok,ok"), 0) << "a yes to the repair, a no to the format";
-  EXPECT_THAT(commands_of(on_), Not(Contains(HasSubstr("mkfs"))));
-}
-
-TEST_F(DashcamCard, IsRepairedAfterYes) {
-  EXPECT_EQ(press("ok,next,ok"), 0);
-  EXPECT_THAT(commands_of(on_),
-              testing::ElementsAre("/bin/umount /dev/mmcblk0p1", "/usr/local/bin/dosfsck -a /dev/mmcblk0p1",
-                                   "mount /dev/mmcblk0p1 /tmp/mmcblk0p1"));
-  EXPECT_TRUE(on_.exists(recording_));
-}
-
 TEST_F(DashcamCard, IsNotRepairedOrFormattedWhileItIsInUse) {
   for (const std::string keys : {"ok,next,ok", "next,ok,next,ok"}) {
     const std::string script =
@@ -96,20 +52,6 @@ TEST_F(DashcamCard, IsNotRepairedOrFormattedWhileItIsInUse) {
     EXPECT_THAT(on_.events(), Not(Contains(HasSubstr("mkfs"))));
   }
   EXPECT_TRUE(on_.exists(recording_));
-}
-
-TEST_F(DashcamCard, RepairThatFailsIsReported) {
-  on_.set_fault("shell", "mount");
-  application dashcam{on_, DASHCAM, {"--screen", "card", "--press", "ok,next,ok"}};
-  EXPECT_EQ(dashcam.finish(), 1);
-  EXPECT_THAT(dashcam.errors(), HasSubstr("dashcam: card: mount failed with exit status 1\n"));
-  EXPECT_THAT(on_.read("tmp/dravik.log"), Not(HasSubstr("card: done")));
-}
-
-TEST_F(DashcamCard, IsNotTouchedWhenItIsOut) {
-  take_out(on_);
-  EXPECT_EQ(press("next,ok,next,ok"), 0);
-  EXPECT_THAT(commands_of(on_), SizeIs(0));
 }
 
 TEST_F(DashcamCard, ShowsQuestionInEveryLanguage) {
@@ -196,59 +138,6 @@ TEST_F(DashcamCard, IsDarkBehindAQuestion) {
   for (uint32_t y = 100; y < 170; ++y)
     for (uint32_t x = 0; x < 640; ++x)
       ASSERT_EQ(asked.at(x, y), quarter(page.at(x, y))) << "at " << x << ", " << y;
-}
-
-// ---------------------------------------------------------------------------------------- while it runs
-
-TEST_F(DashcamCard, IsMissedAndWelcomed) {
-  living_dashcam dashcam{on_, {"--screen", "card", "--stay"}};
-  dashcam.await_line("state: recording");
-  take_out(on_);
-  dashcam.await_line("state: card missing");
-  put_in(on_);
-  dashcam.await_line("state: recording");
-  EXPECT_EQ(spots(dashcam.expect_end()), std::vector<uint16_t>(6, good));
-  EXPECT_THAT(on_.read("tmp/dravik.log"), Not(HasSubstr("card error")));
-}
-
-TEST_F(DashcamCard, TakesItsQuestionAwayWithIt) {
-  living_dashcam dashcam{on_, {"--screen", "card", "--stay"}};
-  dashcam.await_line("screen card");
-  dashcam.press_ok();
-  dashcam.await_line("question: Repair the card?");
-  take_out(on_);
-  dashcam.await_line("state: card missing");
-  dashcam.press_next();
-  dashcam.press_ok();
-  dashcam.expect_end();
-  EXPECT_THAT(on_.read("tmp/dravik.log"), Not(HasSubstr("answer")));
-  EXPECT_THAT(on_.events(), Not(Contains(HasSubstr("dosfsck"))));
-}
-
-TEST_F(DashcamCard, IsFullBeforeItsLastByte) {
-  on_.write("tmp/mmcblk0p1/REC/KVX00008.TS", std::string(61000000, 'r'));
-  living_dashcam dashcam{on_, {"--screen", "card", "--stay"}};
-  dashcam.await_line("state: card full");
-  dashcam.expect_end();
-  EXPECT_THAT(on_.events(), Contains("led: orange"));
-}
-
-TEST_F(DashcamCard, WithoutASizeIsAnError) {
-  on_.write("sys/block/mmcblk0/size", "0\n");
-  living_dashcam dashcam{on_, {"--screen", "card", "--stay"}};
-  dashcam.await_line("state: card error");
-  dashcam.expect_end();
-}
-
-TEST_F(DashcamCard, IsLeftAloneByAKeyThatSaysNo) {
-  living_dashcam dashcam{on_, {"--screen", "card", "--stay"}};
-  dashcam.await_line("screen card");
-  dashcam.press_next();
-  dashcam.press_ok();
-  dashcam.press_ok();
-  dashcam.expect_end();
-  EXPECT_THAT(on_.read("tmp/dravik.log"), HasSubstr("] answer: no\n"));
-  EXPECT_TRUE(on_.exists(recording_));
 }
 
 } // namespace

@@ -112,6 +112,24 @@ TEST_P(DashcamDesign, FitsEveryTextIntoItsBox) {
   EXPECT_THAT(pages_.log(), Not(HasSubstr("is wider than")));
 }
 
+/// The pages with a title, in English and in Greek.
+TEST(DashcamLanguage, SwitchesTheTitleOfEveryPage) {
+  const pages_in_process pages{640, 480};
+  const auto title = [&](const page *page, int language) {
+    ::choose_language(language);
+    ::navigation_start(page);
+    return shot{pages.on(), sim::screen::of_size(640, 480)}.area(60, 46, 300, 44);
+  };
+  int count = 0;
+  for (const page *page : ::pages) {
+    if (page->title == PHRASES)
+      continue;
+    EXPECT_NE(title(page, 0), title(page, 2)) << page->name;
+    ++count;
+  }
+  EXPECT_EQ(count, 12);
+}
+
 TEST_P(DashcamDesign, ReportsATextThatDoesNotFitAndCutsIt) {
   ::text({10, 100, 40, LEFT}, {TEXT_BODY, INK_WHITE, ON_GROUND}, "Wiedergabe");
   EXPECT_THAT(pages_.log(), HasSubstr("text: \"Wiedergabe\" is wider than 40 pixels"));

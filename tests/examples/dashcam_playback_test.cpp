@@ -9,10 +9,8 @@
 namespace dravik::test {
 namespace {
 
-using testing::Contains;
 using testing::Gt;
 using testing::HasSubstr;
-using testing::Not;
 using testing::SizeIs;
 
 class DashcamPlayback : public testing::Test {
@@ -135,61 +133,7 @@ TEST_F(DashcamPlayback, CountsPicturesByTheirMarkers) {
   EXPECT_EQ(pictures(many), "512 pictures");
 }
 
-TEST_F(DashcamPlayback, MovesItsBarToTheEnd) {
-  record("REC/KVX00001.TS", 3, 1);
-  living_dashcam dashcam{on_, {"--screen", "playback", "--stay"}};
-  dashcam.await_line("screen playback");
-  dashcam.press_next(); // what is recorded meanwhile is newer
-  dashcam.press_ok();
-  dashcam.await_line("playing KVX00001.TS, 3 pictures");
-  dashcam.await_line("played KVX00001.TS");
-  const shot seen = dashcam.expect_end();
-  for (uint32_t x = 20; x < 480; x += 20)
-    EXPECT_EQ(seen.at(x, 404), DRAVIK_DEFAULT_THEME) << x;
-}
-
 // ------------------------------------------------------------------------------- protecting and deleting
-
-TEST_F(DashcamPlayback, ProtectsOnTheCard) {
-  record("REC/KVX00001.TS", 1, 1);
-  press("ok,next,ok");
-  reinsert();
-  EXPECT_TRUE(on_.exists(card_ + "LOCK/KVX00001.TS"));
-  EXPECT_FALSE(on_.exists(card_ + "REC/KVX00001.TS"));
-  EXPECT_THAT(log(), HasSubstr("protected KVX00001.TS"));
-  press("ok,next,ok");
-  reinsert();
-  EXPECT_TRUE(on_.exists(card_ + "REC/KVX00001.TS"));
-  EXPECT_FALSE(on_.exists(card_ + "LOCK/KVX00001.TS"));
-}
-
-TEST_F(DashcamPlayback, DeletesOnTheCardAfterYes) {
-  record("REC/KVX00001.TS", 1, 1);
-  record("REC/KVX00002.TS", 1, 2);
-  press("ok,next,next,ok,ok");
-  EXPECT_TRUE(on_.exists(card_ + "REC/KVX00002.TS")) << "no";
-  press("ok,next,next,ok,back");
-  EXPECT_TRUE(on_.exists(card_ + "REC/KVX00002.TS")) << "a held OK is a no";
-  EXPECT_EQ(rows(press("ok,next,next,ok,next,ok")), 1) << "back in the list";
-  reinsert();
-  EXPECT_FALSE(on_.exists(card_ + "REC/KVX00002.TS"));
-  EXPECT_TRUE(on_.exists(card_ + "REC/KVX00001.TS"));
-}
-
-TEST_F(DashcamPlayback, KeepsWhatIsProtected) {
-  record("LOCK/KVX00001.TS", 1, 1);
-  press("ok,next,next,ok,next,ok");
-  EXPECT_TRUE(on_.exists(card_ + "LOCK/KVX00001.TS"));
-  EXPECT_THAT(log(), Not(HasSubstr("question")));
-}
-
-TEST_F(DashcamPlayback, DoesNotProtectOverAnother) {
-  record("REC/KVX00001.TS", 2, 2);
-  record("LOCK/KVX00001.TS", 1, 1);
-  press("ok,next,ok");
-  EXPECT_EQ(on_.read(card_ + "LOCK/KVX00001.TS"), image(0));
-  EXPECT_TRUE(on_.exists(card_ + "REC/KVX00001.TS"));
-}
 
 // ------------------------------------------------------------------------------------------- the recorder
 
@@ -201,44 +145,6 @@ TEST_F(DashcamPlayback, RecordsWhileItDrives) {
     dashcam.await_event("led: red");
   dashcam.expect_end();
   EXPECT_THAT(on_.read(card_ + "REC/KVX00042.TS"), HasSubstr(image(1) + image(2)));
-}
-
-TEST_F(DashcamPlayback, SavesAnImpactInTheNextSlot) {
-  record("REC/EMA00001.TS", 1, 1);
-  living_dashcam dashcam{on_, {"--screen", "home", "--stay"}};
-  dashcam.await_line("screen home");
-  dashcam.set({"accel=0,-2500,1000"});
-  dashcam.await_line("event saved");
-  dashcam.expect_end();
-  EXPECT_TRUE(on_.exists(card_ + "REC/EMA00001.TS"));
-  std::vector<std::string> names;
-  for (const auto &entry : std::filesystem::directory_iterator{on_.path(card_ + "REC")})
-    names.push_back(entry.path().filename().string());
-  EXPECT_THAT(names, Contains(testing::StartsWith("EMB")));
-}
-
-TEST_F(DashcamPlayback, ReplacesTheOldestOfFiveEvents) {
-  int minute = 1;
-  for (const char *name : {"C", "D", "E", "A", "B"}) // the one in C is the oldest
-    record("REC/EM" + std::string{name} + "00001.TS", 1, minute++);
-  living_dashcam dashcam{on_, {"--screen", "home", "--stay"}};
-  dashcam.await_line("screen home");
-  dashcam.set({"gpio.61=1"});
-  dashcam.await_line("event saved");
-  dashcam.expect_end();
-  EXPECT_FALSE(on_.exists(card_ + "REC/EMC00001.TS"));
-  for (const char *name : {"A", "B", "D", "E"})
-    EXPECT_TRUE(on_.exists(card_ + "REC/EM" + std::string{name} + "00001.TS")) << name;
-}
-
-TEST_F(DashcamPlayback, DoesNotRecordWhileParked) {
-  set_inputs(on_, {"gpio.60=1"});
-  living_dashcam dashcam{on_, {"--screen", "home", "--stay"}};
-  dashcam.await_line("state: parking");
-  dashcam.set({"temperature=55.2"});
-  dashcam.await_temperature(55);
-  dashcam.expect_end();
-  EXPECT_FALSE(on_.exists(card_ + "REC"));
 }
 
 } // namespace

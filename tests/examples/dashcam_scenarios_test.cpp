@@ -20,8 +20,9 @@ TEST_P(DashcamScenario, Holds) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, DashcamScenario,
-                         testing::Values("menu", "settings", "languages", "playback", "card", "parking",
-                                         "impact", "preview", "tour"),
+                         testing::Values("menu", "settings", "settings_file", "languages", "playback",
+                                         "events", "card", "card_faults", "card_format", "card_full",
+                                         "parking", "impact", "heat", "monitor", "preview", "tour"),
                          [](const auto &one) { return std::string{one.param}; });
 
 } // namespace

@@ -322,6 +322,12 @@ TEST_P(DashcamOneScreen, IsWantedToStayOnOrToPressKeysOn) {
 
 INSTANTIATE_TEST_SUITE_P(Wanted, DashcamOneScreen, testing::Values(words{"--stay"}, words{"--press", "ok"}));
 
+TEST(Dashcam, DoesNotKeepTheLanguageOfItsCommandLine) {
+  const recording_board on;
+  shot_of(on, {"--screen", "settings", "--language", "de", "--press", "ok"});
+  EXPECT_THAT(on.read("usr/local/dravik/dashcam.conf"), HasSubstr("language=0\n"));
+}
+
 TEST(Dashcam, ReportsWhenItsFilesAreMissing) {
   const board on;
   application dashcam{on, DASHCAM, {"--screen", "home"}};

@@ -27,11 +27,6 @@ public:
 
   /// Wait until the serial console has shown a line; earlier lines are skipped.
   void await_line(const std::string &line) { await_event("ttyS0: " + line); }
-  /// Wait until it has noticed a temperature of so many whole degrees.
-  void await_temperature(int degrees) {
-    const std::string start = "ttyS0: temperature " + std::to_string(degrees) + ".";
-    await(start, [&](const std::string &line) { return line.starts_with(start); });
-  }
   void await_event(const std::string &expected) {
     await(expected, [&](const std::string &line) { return line == expected; });
   }
@@ -56,14 +51,6 @@ public:
     set({"gpio.62=0"});
     await_line("key ok");
   }
-  /// Hold OK until it goes back.
-  void hold_ok() {
-    set({"gpio.62=1"});
-    await_line("key back");
-    set({"gpio.62=0"});
-    await_line("key released");
-  }
-
   /// Wait until it ends by itself.
   int finish() { return dashcam_.finish(); }
 
