@@ -12,7 +12,7 @@ static const char *const phrases[PHRASES][LANGUAGES] = {
     [PHRASE_PHOTOS] = {"Photos", "Fotos", "Φωτογραφίες", "Фото", "写真", "사진", "照片"},
     [PHRASE_JOURNEY] = {"Journey", "Reise", "Ταξίδι", "Поездка", "旅程", "여정", "行程"},
     [PHRASE_SENSOR] = {"Sensors", "Sensoren", "Αισθητήρες", "Датчики", "センサー", "센서", "传感器"},
-    [PHRASE_CARD] = {"Memory card", "Karte", "Κάρτα", "Карта", "カード", "메모리 카드", "存储卡"},
+    [PHRASE_CARD] = {"Memory card", "SD-Karte", "Κάρτα SD", "SD-карта", "SDカード", "메모리 카드", "存储卡"},
     [PHRASE_SETTINGS] = {"Settings", "Einstellungen", "Ρυθμίσεις", "Настройки", "設定", "설정", "设置"},
     [PHRASE_SYSTEM] = {"System", "System", "Σύστημα", "Система", "システム", "시스템", "系统"},
     [PHRASE_POWER_OFF] = {"Power off", "Ausschalten", "Κλείσιμο", "Выключить", "電源オフ", "전원 끄기",
@@ -29,7 +29,7 @@ static const char *const phrases[PHRASES][LANGUAGES] = {
     [PHRASE_LANGUAGE_NAME] = {"English", "Deutsch", "Ελληνικά", "Русский", "日本語", "한국어", "中文"},
     [PHRASE_GREETING] = {"Have a good trip", "Gute Fahrt", "Καλό ταξίδι", "Счастливого пути", "よい旅を",
                          "즐거운 여행 되세요", "一路平安"},
-    [PHRASE_CLOCK] = {"Clock", "Uhr", "Ρολόι", "Часы", "時計", "시계", "时钟"},
+    [PHRASE_CLOCK] = {"Clock", "Uhr", "Ρολόι", "Время", "時計", "시계", "时钟"},
     [PHRASE_HOUR] = {"Hour", "Stunde", "Ώρα", "Часы", "時", "시", "时"},
     [PHRASE_MINUTE] = {"Minute", "Minute", "Λεπτό", "Минуты", "分", "분", "分"},
     [PHRASE_IMPACT_SENSOR] = {"Impact sensor", "Aufprallsensor", "Αισθητήρας κρούσης", "Датчик удара",
@@ -51,7 +51,8 @@ static const char *const phrases[PHRASES][LANGUAGES] = {
     [PHRASE_PLAY] = {"Play", "Abspielen", "Προβολή", "Смотреть", "再生", "재생", "播放"},
     [PHRASE_PAUSE] = {"Pause", "Pause", "Παύση", "Пауза", "一時停止", "일시 정지", "暂停"},
     [PHRASE_PROTECT] = {"Protect", "Schützen", "Κλείδωμα", "Защитить", "保護", "보호", "保护"},
-    [PHRASE_RELEASE] = {"Unprotect", "Freigeben", "Ξεκλείδωμα", "Снять", "保護解除", "해제", "取消保护"},
+    [PHRASE_RELEASE] = {"Unprotect", "Freigeben", "Ξεκλείδωμα", "Снять защиту", "保護解除", "해제",
+                        "取消保护"},
     [PHRASE_DELETE] = {"Delete", "Löschen", "Διαγραφή", "Удалить", "削除", "삭제", "删除"},
     [PHRASE_DELETE_QUESTION] = {"Delete the recording?", "Aufnahme löschen?", "Διαγραφή της εγγραφής;",
                                 "Удалить запись?", "録画を削除しますか？", "녹화를 삭제할까요？",
@@ -114,7 +115,7 @@ static const char *const phrases[PHRASES][LANGUAGES] = {
                             "温度"},
     [PHRASE_RUNNING] = {"Running for", "Läuft seit", "Σε λειτουργία", "Время работы", "稼働時間", "작동 시간",
                         "运行时间"},
-    [PHRASE_NOT_SET] = {"not set", "nicht gesetzt", "δεν ορίστηκε", "не задан", "未設定", "설정 안 됨",
+    [PHRASE_NOT_SET] = {"not set", "nicht eingestellt", "δεν ορίστηκε", "не задан", "未設定", "설정 안 됨",
                         "未设置"},
     [PHRASE_NO_ADDRESS] = {"no address", "keine Adresse", "χωρίς διεύθυνση", "нет адреса", "アドレスなし",
                            "주소 없음", "无地址"},
@@ -178,6 +179,10 @@ int chosen_language(void) {
 
 void choose_language(int language) {
   chosen = language;
+}
+
+const char *language_code(void) {
+  return codes[chosen];
 }
 
 int language_of_code(const char *code) {

@@ -108,6 +108,8 @@ const char *phrase_in(int language, enum phrase which);
 
 int chosen_language(void);
 void choose_language(int language);
+/* Of the selected language. */
+const char *language_code(void);
 
 /* Return the number of a language by its code: en, de, el, ru, ja, ko or zh; -1 if there is none. */
 int language_of_code(const char *code);

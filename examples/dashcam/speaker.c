@@ -4,9 +4,12 @@
 
 #include "speaker.h"
 
+#include "phrases.h"
+
 #include <dravik.h>
 
 #include <pthread.h>
+#include <stdio.h>
 #include <string.h>
 #include <time.h>
 
@@ -14,20 +17,21 @@
 
 enum { PLACES = 8, START_STEPS = 50, STEP_NS = 4000000 };
 
+/* Of notices: in the directory of each language. */
 static const char *const files[] = {
-    [SOUND_CHIME] = FILES "/chime.wav",
-    [SOUND_CLICK] = FILES "/click.pcm",
-    [SOUND_RECORDING] = FILES "/recording.mp3",
-    [SOUND_PARKING] = FILES "/parking.mp3",
-    [SOUND_PROTECTED] = FILES "/protected.mp3",
-    [SOUND_MONITOR_ATTACHED] = FILES "/monitor_attached.mp3",
-    [SOUND_MONITOR_REMOVED] = FILES "/monitor_removed.mp3",
-    [SOUND_CARD_FULL] = FILES "/card_full.mp3",
-    [SOUND_CARD_MISSING] = FILES "/card_missing.mp3",
-    [SOUND_CARD_ERROR] = FILES "/card_error.mp3",
-    [SOUND_HOT] = FILES "/hot.mp3",
-    [SOUND_IMPACT] = FILES "/impact.mp3",
-    [SOUND_GOODBYE] = FILES "/goodbye.mp3",
+    [SOUND_CHIME] = "chime.wav",
+    [SOUND_CLICK] = "click.pcm",
+    [SOUND_RECORDING] = "recording.mp3",
+    [SOUND_PARKING] = "parking.mp3",
+    [SOUND_PROTECTED] = "protected.mp3",
+    [SOUND_MONITOR_ATTACHED] = "monitor_attached.mp3",
+    [SOUND_MONITOR_REMOVED] = "monitor_removed.mp3",
+    [SOUND_CARD_FULL] = "card_full.mp3",
+    [SOUND_CARD_MISSING] = "card_missing.mp3",
+    [SOUND_CARD_ERROR] = "card_error.mp3",
+    [SOUND_HOT] = "hot.mp3",
+    [SOUND_IMPACT] = "impact.mp3",
+    [SOUND_GOODBYE] = "goodbye.mp3",
 };
 
 static pthread_mutex_t lock = PTHREAD_MUTEX_INITIALIZER;
@@ -36,10 +40,14 @@ static pthread_t thread;
 static int is_open;
 
 /* Guarded by the lock. */
-static enum sound waiting[PLACES];
+struct queued {
+  enum sound sound;
+  const char *language; /* a code; none for sounds without words */
+};
+static struct queued waiting[PLACES];
 static int count, is_ending;
-static enum sound playing; /* the last one handed over */
-static int is_handing;     /* it has not started yet */
+static struct queued playing; /* the last one handed over */
+static int is_handing;        /* it has not started yet */
 
 /* Remove the next sound from the queue. Return 0 if it is empty and the speaker is closed. */
 static int take_next(void) {
@@ -64,9 +72,16 @@ static void await_begin(void) {
 }
 
 /* A click stops the click before it. */
+static void play_next(void) {
+  char path[64];
+  const char *language = playing.language != NULL ? playing.language : ".";
+  snprintf(path, sizeof path, FILES "/%s/%s", language, files[playing.sound]);
+  snd_play_direct(path, playing.sound == SOUND_CLICK);
+}
+
 static void *play_all(void *nothing) {
   while (take_next()) {
-    snd_play_direct(files[playing], playing == SOUND_CLICK);
+    play_next();
     await_begin();
   }
   return nothing;
@@ -85,7 +100,7 @@ void speaker_open(void) {
 /* A full queue drops the sound. */
 static void queue(enum sound sound) {
   if (count < PLACES)
-    waiting[count++] = sound;
+    waiting[count++] = (struct queued){sound, sound > SOUND_CLICK ? language_code() : NULL};
   pthread_cond_signal(&news);
 }
 
@@ -102,7 +117,7 @@ void speaker_click(void) {
     return;
   pthread_mutex_lock(&lock);
   const int is_silent = !is_handing && get_snd_thread_state() == 0;
-  if (count == 0 && (is_silent || playing == SOUND_CLICK))
+  if (count == 0 && (is_silent || playing.sound == SOUND_CLICK))
     queue(SOUND_CLICK);
   pthread_mutex_unlock(&lock);
 }

@@ -12,10 +12,7 @@
 namespace dravik::test {
 namespace {
 
-using testing::AllOf;
-using testing::Contains;
 using testing::HasSubstr;
-using testing::Not;
 
 using samples = std::vector<int16_t>;
 
@@ -91,9 +88,9 @@ TEST_F(DashcamSound, PlaysNotices) {
   dashcam.await_sound();
   dashcam.expect_end();
   const samples all = played();
-  for (const char *name : {"recording.mp3", "parking.mp3", "impact.mp3"})
+  for (const char *name : {"en/recording.mp3", "en/parking.mp3", "en/impact.mp3"})
     EXPECT_TRUE(is_in(heard(decoded(on_, name)), all, 8)) << name;
-  EXPECT_FALSE(is_in(heard(decoded(on_, "card_missing.mp3")), all, 8));
+  EXPECT_FALSE(is_in(heard(decoded(on_, "en/card_missing.mp3")), all, 8));
 }
 
 TEST_F(DashcamSound, ReportsMissingCard) {
@@ -103,7 +100,16 @@ TEST_F(DashcamSound, ReportsMissingCard) {
   dashcam.await_sound();
   dashcam.await_sound();
   dashcam.expect_end();
-  EXPECT_TRUE(is_in(heard(decoded(on_, "card_missing.mp3")), played(), 8));
+  EXPECT_TRUE(is_in(heard(decoded(on_, "en/card_missing.mp3")), played(), 8));
+}
+
+TEST_F(DashcamSound, SpeaksTheLanguageOfTheTexts) {
+  for (const std::string language : {"de", "zh"}) {
+    on_.remove("sound/played.wav");
+    living_dashcam dashcam{on_, {"--screen", "shutdown", "--stay", "--language", language}};
+    EXPECT_EQ(dashcam.finish(), 0);
+    EXPECT_TRUE(is_in(heard(decoded(on_, language + "/goodbye.mp3")), played(), 8)) << language;
+  }
 }
 
 TEST_F(DashcamSound, ClicksWhenAKeyIsPressed) {
@@ -121,7 +127,7 @@ TEST_F(DashcamSound, ClicksWhenAKeyIsPressed) {
 TEST_F(DashcamSound, EndsWithAFarewell) {
   living_dashcam dashcam{on_, {"--screen", "shutdown", "--stay"}};
   EXPECT_EQ(dashcam.finish(), 0);
-  EXPECT_TRUE(is_in(heard(decoded(on_, "goodbye.mp3")), played(), 8));
+  EXPECT_TRUE(is_in(heard(decoded(on_, "en/goodbye.mp3")), played(), 8));
 }
 
 TEST_F(DashcamSound, IsMissingWithoutTheRightToIt) {
@@ -142,13 +148,14 @@ TEST(DashcamSoundFiles, AreMonoAt48000HzAndEndInSilence) {
   EXPECT_EQ(chime.substr(24, 4), std::string("\x80\xBB\0\0", 4)) << "48000 Hz";
   for (const std::string &file : {chime, on.read("usr/local/dravik/snd/click.pcm")})
     EXPECT_EQ(file.substr(file.size() - 48000), std::string(48000, '\0')) << "half a second";
-  for (const char *name : {"recording", "parking", "protected", "monitor_attached", "monitor_removed",
-                           "card_missing", "card_full", "card_error", "hot", "impact", "goodbye"}) {
-    const std::string file = on.read(std::string{"usr/local/dravik/snd/"} + name + ".mp3");
-    EXPECT_EQ(file.substr(0, 2), "\xFF\xFB") << "MPEG 1, layer 3";
-    EXPECT_EQ(file[2] & 0x0C, 0x04) << "48000 Hz";
-    EXPECT_EQ(file[3] & 0xC0, 0xC0) << "one channel";
-  }
+  for (const std::string language : {"en", "de", "el", "ru", "ja", "ko", "zh"})
+    for (const char *name : {"recording", "parking", "protected", "monitor_attached", "monitor_removed",
+                             "card_missing", "card_full", "card_error", "hot", "impact", "goodbye"}) {
+      const std::string file = on.read("usr/local/dravik/snd/" + language + "/" + name + ".mp3");
+      EXPECT_EQ(file.substr(0, 2), "\xFF\xFB") << "MPEG 1, layer 3";
+      EXPECT_EQ(file[2] & 0x0C, 0x04) << "48000 Hz";
+      EXPECT_EQ(file[3] & 0xC0, 0xC0) << "one channel";
+    }
 }
 
 // --------------------------------------------------------------------------------------------- the page
@@ -174,27 +181,6 @@ TEST_F(DashcamVolume, IncreasesInStepsAndStartsAgain) {
   EXPECT_EQ(volume_shown(shot_of(on_, {"--screen", "sound"})), 60);
   for (const int expected : {80, 100, 0, 20, 40})
     EXPECT_EQ(volume_shown(press("ok")), expected) << "kept from run to run";
-}
-
-TEST_F(DashcamVolume, IsThatOfTheMixer) {
-  press("ok");
-  EXPECT_THAT(on_.read("sound/mixer"), HasSubstr("numid 1 = 107\n"));
-  press("ok");
-  EXPECT_THAT(on_.read("sound/mixer"), HasSubstr("numid 1 = 113\n"));
-}
-
-TEST_F(DashcamVolume, IsMutedAndComesBack) {
-  press("next,ok");
-  EXPECT_THAT(on_.read("sound/mixer"), AllOf(HasSubstr("numid 1 = 0\n"), HasSubstr("numid 5 = 0\n")));
-  press("next,ok");
-  EXPECT_THAT(on_.read("sound/mixer"), AllOf(HasSubstr("numid 1 = 100\n"), HasSubstr("numid 5 = 108\n")));
-}
-
-TEST_F(DashcamVolume, HasASwitchForTheMicrophone) {
-  press("next,next,ok");
-  EXPECT_THAT(on_.read("sound/mixer"), HasSubstr("numid 64 = off\n"));
-  press("next,next,ok");
-  EXPECT_THAT(on_.read("sound/mixer"), HasSubstr("numid 64 = on\n"));
 }
 
 TEST_F(DashcamVolume, MarksOneItem) {
