@@ -157,7 +157,8 @@ static void draw_recordings(void) {
   char figures[SIZE_TEXT] = "--", size[SIZE_TEXT] = "", events[16] = "--";
   frame(side_left(), top, side_width(), buttons_top() - 12 - top, EDGE, 1);
   memset(&list, 0, sizeof list);
-  if (has(DRAVIK_CARD_MOUNTED) && parse_rec_file_list(&list) == 0) {
+  /* Without its directory, a usable card has no recordings yet. */
+  if (has(DRAVIK_CARD_MOUNTED) && (parse_rec_file_list(&list) == 0 || shown.is_usable)) {
     snprintf(figures, sizeof figures, "%d", (int)list.normal_count);
     snprintf(events, sizeof events, "%d / %d", (int)list.event_count, DRAVIK_EVENT_SLOTS);
     size_text(size, list.normal_size);
