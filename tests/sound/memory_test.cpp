@@ -1,5 +1,4 @@
-// Memory budgets: the stack of the sound thread, and the heap while nothing is played. Documented in
-// docs/porting.md.
+// Memory budgets of docs/porting.md: the stack of the sound thread, and the heap at rest.
 
 #include "sound/mp3_stage.hpp"
 #include "support/allocated_bytes.hpp"
