@@ -3,9 +3,10 @@
 // The outline is defined by its arithmetic: points along the angle in double precision, truncated towards
 // zero after the centre is added. Computing them takes much longer than storing them, so outlines are cached
 // by radius as offsets from the centre. Only a point next to a whole number depends on the centre, through
-// the rounding of the addition. Such points are cached exactly and truncated at each call.
+// the rounding of the addition. Such points are cached with the sums from which they round to a whole number.
 
 #include "fb/fill.hpp"
+#include "fb/near_sum.hpp"
 
 #include <algorithm>
 #include <array>
@@ -47,9 +48,6 @@ void outline_by_definition(const surface &on, int32_t cx, int32_t cy, int32_t r,
   }
 }
 
-/// Distance from a whole number below which a point is cached exactly; far above all rounding errors here.
-constexpr double near_whole = 1e-6;
-
 /// A coordinate of a cached outline: the whole number below it.
 struct rounded {
   int32_t down;
@@ -60,6 +58,11 @@ struct rounded {
     down = static_cast<int32_t>(value + bias) - bias;
     from_middle = std::fabs(value - down - 0.5);
   }
+};
+
+/// A cached point next to a whole number, and its mirror image.
+struct near_point {
+  near_sum x, y, mirrored_x, mirrored_y;
 };
 
 /// Cache of outlines for one line length. If it has no space for another outline, it is emptied.
@@ -79,8 +82,10 @@ public:
       *step(centre, offset) = colour;
       *step(opposite, -offset) = colour;
     }
-    for (const point &p : std::span{&exact_[points.exact_first], points.exact_count})
-      put_pair(on, cx, cy, p, colour);
+    for (const near_point &p : std::span{&exact_[points.exact_first], points.exact_count}) {
+      *on.at(p.x.truncated(cx), p.y.truncated(cy)) = colour;
+      *on.at(p.mirrored_x.truncated(cx), p.mirrored_y.truncated(cy)) = colour;
+    }
     return true;
   }
 
@@ -139,7 +144,8 @@ private:
     double sine = 0.0, cosine = 1.0;
     if (theta != 0.0)
       ::sincos(theta, &sine, &cosine);
-    exact_[made.exact_first + made.exact_count++] = {radius * cosine, radius * sine};
+    const double x = radius * cosine, y = radius * sine;
+    exact_[made.exact_first + made.exact_count++] = {near_sum(x), near_sum(y), near_sum(-x), near_sum(-y)};
     return true;
   }
 
@@ -150,7 +156,7 @@ private:
   uint16_t count_ = 0, exact_count_ = 0;
   std::array<outline, largest_radius + 1> outlines_ = {};
   std::array<int32_t, 8192> offsets_ = {};
-  std::array<point, 128> exact_ = {};
+  std::array<near_point, 128> exact_ = {};
 };
 
 constinit kept_outlines kept;
