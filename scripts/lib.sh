@@ -151,7 +151,8 @@ demo_packages="$simulator_packages librsvg2-bin imagemagick console-setup-linux 
 cross_packages="$library_packages debian-archive-keyring"
 sysroot_packages="libc6-dev libjpeg62-turbo-dev libasound2-dev libmad0-dev libfreetype-dev libboost-dev libpng-dev
   zlib1g-dev libgtest-dev libgmock-dev libstdc++6 libgcc-s1"
-arm_packages="$cross_packages g++-arm-linux-gnueabihf g++-arm-linux-gnueabi qemu-user-static"
+arm_packages="$cross_packages g++-arm-linux-gnueabihf g++-arm-linux-gnueabi g++-aarch64-linux-gnu
+  qemu-user-static"
 arm_bench_packages="$arm_packages qemu-user"
 test_packages="$demo_packages libgtest-dev libgmock-dev binutils ccache chromium chromium-driver clang-format
   clang-tidy doxygen fdisk file fonts-dejavu-core iproute2 jq libjpeg-turbo-progs libxml2-utils netpbm pkg-config procps
