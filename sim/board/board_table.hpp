@@ -60,7 +60,7 @@ inline constexpr board_entry board_table[] = {
      .kind = file_kind::device,
      .first = first_state::file,
      .event = "i2c-0",
-     .requests = "slave tenbit",
+     .requests = "slave tenbit funcs transfer smbus",
      .inputs = "accel"},
     {.path = "/dev/mmcblk0", .kind = file_kind::device, .is_family = true, .inputs = "card"},
     {.path = "/proc/ambarella/adc",
@@ -84,7 +84,9 @@ inline constexpr board_entry board_table[] = {
     {.path = "/proc/mounts",
      .kind = file_kind::report,
      .first = first_state::file,
-     .text = "rootfs / rootfs rw 0 0\n"},
+     .text = "rootfs / rootfs rw 0 0\n"
+             "proc /proc proc rw,relatime 0 0\n"
+             "sysfs /sys sysfs rw,relatime 0 0\n"},
     {.path = "/sys/block/mmcblk0", .kind = file_kind::attribute, .is_family = true},
     {.path = "/sys/class/backlight/pwm-backlight.0/brightness",
      .kind = file_kind::attribute,
@@ -101,6 +103,11 @@ inline constexpr board_entry board_table[] = {
      .first = first_state::file,
      .text = "1000\n"},
     {.path = "/sys/class/backlight", .kind = file_kind::attribute},
+    {.path = "/sys/class/i2c-dev/i2c-0/name",
+     .kind = file_kind::attribute,
+     .first = first_state::file,
+     .text = "ambad\n"},
+    {.path = "/sys/class/i2c-dev", .kind = file_kind::attribute},
     {.path = "/tmp/dravik.log", .kind = file_kind::plain},
     {.path = "/tmp/mmcblk0p1", .kind = file_kind::plain, .first = first_state::directory},
     {.path = "/tmp/add", .kind = file_kind::plain, .first = first_state::directory},
@@ -112,6 +119,7 @@ inline constexpr board_entry board_table[] = {
     {.path = "/usr/local/dravik", .kind = file_kind::plain},
 
     // Power over a machine: the board's, so that no application reaches those of the host.
+    {.path = "/dev/i2c-", .kind = file_kind::device, .is_family = true},
     {.path = "/dev/kmem", .kind = file_kind::device},
     {.path = "/dev/kmsg", .kind = file_kind::device},
     {.path = "/dev/mem", .kind = file_kind::device},

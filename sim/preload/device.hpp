@@ -27,6 +27,8 @@ struct device {
   int (*opened)(int descriptor, int flags) = nullptr;
   ssize_t (*read)(int descriptor, void *data, size_t size) = nullptr;
   ssize_t (*write)(int descriptor, const void *data, size_t size) = nullptr;
+  /// Called with the bytes before they are written to the plain file. Returns 0, or the error of the write.
+  int (*check)(const char *text, size_t size) = nullptr;
   /// Called with the bytes that were written to the plain file.
   void (*written)(const char *text, size_t size) = nullptr;
   /// Check whether `length` bytes from `offset` on may be mapped.

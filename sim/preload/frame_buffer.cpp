@@ -65,8 +65,7 @@ fb_fix_screeninfo fixed_information() noexcept {
   fixed.smem_len = static_cast<uint32_t>(shown.memory_bytes());
   fixed.type = FB_TYPE_PACKED_PIXELS;
   fixed.visual = FB_VISUAL_TRUECOLOR;
-  fixed.xpanstep = shown.xres_virtual > shown.xres ? 1 : 0;
-  fixed.ypanstep = shown.yres_virtual > shown.yres ? 1 : 0;
+  fixed.xpanstep = fixed.ypanstep = 1; // as in the kernel, even if all of the memory is visible
   fixed.line_length = shown.line_length;
   return fixed;
 }

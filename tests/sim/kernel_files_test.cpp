@@ -44,6 +44,17 @@ TEST_F(SimAttribute, ReplacesValueByAppendedAndPlacedWrites) {
   EXPECT_EQ(board_.read(brightness), "6");
 }
 
+TEST_F(SimAttribute, TakesOnlyNumbersOfItsRange) {
+  open_it(O_WRONLY);
+  for (const std::string text : {"1001", "-1", "dark", "", "12 ", "5x", "0x3E9", "99999999999"}) {
+    EXPECT_EQ(::write(descriptor, text.data(), text.size()), text.empty() ? 0 : -1) << text;
+    EXPECT_TRUE(text.empty() || errno == EINVAL) << text;
+    EXPECT_EQ(board_.read(brightness), "500\n") << text;
+  }
+  for (const std::string text : {"1000", "0", "+7\n", "0x3E8", "0777"})
+    EXPECT_EQ(::write(descriptor, text.data(), text.size()), static_cast<ssize_t>(text.size())) << text;
+}
+
 TEST_F(SimAttribute, JoinsPiecesOfOneWrite) {
   open_it(O_WRONLY);
   char first[] = "4";
