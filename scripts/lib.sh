@@ -154,9 +154,9 @@ sysroot_packages="libc6-dev libjpeg62-turbo-dev libasound2-dev libmad0-dev libfr
 arm_packages="$cross_packages g++-arm-linux-gnueabihf g++-arm-linux-gnueabi g++-aarch64-linux-gnu
   qemu-user-static"
 arm_bench_packages="$arm_packages qemu-user"
-test_packages="$demo_packages libgtest-dev libgmock-dev binutils ccache chromium chromium-driver clang-format
-  clang-tidy doxygen fdisk file fonts-dejavu-core iproute2 jq libjpeg-turbo-progs libxml2-utils netpbm pkg-config procps
-  python3 python3-selenium"
+test_packages="$demo_packages libgtest-dev libgmock-dev alsa-utils binutils ccache chromium chromium-driver clang-format
+  clang-tidy doxygen fbcat fbset fdisk file fonts-dejavu-core i2c-tools iproute2 jq libjpeg-turbo-progs
+  libsox-fmt-alsa libxml2-utils mpg123 netpbm pkg-config procps python3 python3-selenium"
 vm_packages="debian-archive-keyring gcc make libelf1 python3-minimal qemu-system-x86 busybox-static dosfstools fdisk
   mtools alsa-utils mtd-utils"
 vm_arm_packages="gcc-arm-linux-gnueabihf qemu-system-arm"

@@ -62,6 +62,11 @@ inline constexpr board_entry board_table[] = {
      .event = "i2c-0",
      .requests = "slave tenbit funcs transfer smbus",
      .inputs = "accel"},
+    {.path = "/dev/snd/controlC0",
+     .kind = file_kind::device,
+     .first = first_state::file,
+     .event = "controlC0",
+     .requests = "card"},
     {.path = "/dev/mmcblk0", .kind = file_kind::device, .is_family = true, .inputs = "card"},
     {.path = "/proc/ambarella/adc",
      .kind = file_kind::report,
@@ -87,6 +92,12 @@ inline constexpr board_entry board_table[] = {
      .text = "rootfs / rootfs rw 0 0\n"
              "proc /proc proc rw,relatime 0 0\n"
              "sysfs /sys sysfs rw,relatime 0 0\n"},
+    {.path = "/proc/self/mountinfo",
+     .kind = file_kind::report,
+     .first = first_state::file,
+     .text = "1 0 0:1 / / rw - rootfs rootfs rw\n"
+             "22 1 0:20 / /proc rw,relatime - proc proc rw\n"
+             "23 1 0:21 / /sys rw,relatime - sysfs sysfs rw\n"},
     {.path = "/sys/block/mmcblk0", .kind = file_kind::attribute, .is_family = true},
     {.path = "/sys/class/backlight/pwm-backlight.0/brightness",
      .kind = file_kind::attribute,
@@ -126,6 +137,7 @@ inline constexpr board_entry board_table[] = {
     {.path = "/dev/mtd", .kind = file_kind::device, .is_family = true},
     {.path = "/dev/port", .kind = file_kind::device},
     {.path = "/dev/rtc", .kind = file_kind::device, .is_family = true},
+    {.path = "/dev/snd", .kind = file_kind::device},
     {.path = "/dev/watchdog", .kind = file_kind::device, .is_family = true},
     {.path = "/proc/sys", .kind = file_kind::report},
     {.path = "/proc/sysrq-trigger", .kind = file_kind::report},

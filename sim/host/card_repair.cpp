@@ -8,6 +8,7 @@
 #include "host/host_tool.hpp"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <string_view>
 #include <sys/wait.h>
@@ -15,7 +16,9 @@
 namespace dravik::sim {
 namespace {
 
-constexpr int check_failed = 2; ///< of fsck.fat
+// Exit statuses of fsck.fat.
+constexpr int check_failed = 2;
+constexpr int no_such_device = 6;
 constexpr int format_failed = 1;
 
 /// The options of a tool that may reach it: none that name files.
@@ -83,13 +86,23 @@ private:
   bool is_whole_ = false;
 };
 
+/// Print the output of fsck.fat with the name of the device instead of that of its copy.
+void print_as_of_device(std::string text, const std::string &copy) {
+  for (size_t at = text.find(copy); at != text.npos; at = text.find(copy, at + card_partition.size()))
+    text.replace(at, copy.size(), card_partition);
+  std::fputs(text.c_str(), stdout);
+  std::fflush(stdout);
+}
+
 int check_partition(const std::string &board, const std::vector<std::string> &options, bool only_looks,
                     std::string &error) {
   const partition_copy copy{board};
   std::vector<std::string> command = {"fsck.fat"};
   command.insert(command.end(), options.begin(), options.end());
   command.push_back(copy.path());
-  const int status = copy.is_whole() ? run_tool(command) : -1;
+  std::string output;
+  const int status = copy.is_whole() ? run_tool(command, &output) : -1;
+  print_as_of_device(output, copy.path());
   if (status != -1 && (only_looks || copy.replaces_partition()))
     return exit_status(status, check_failed);
   error = status == -1 && copy.is_whole() ? "missing on this host: " + lacking_card_tools()
@@ -125,6 +138,8 @@ int check_card(const std::string &board, const std::vector<std::string> &options
       options, [](const std::string &word) { return word.find('n') != std::string::npos; });
   if (finish_interrupted(board, error))
     error = obstacle(board, !only_looks, are_known(options, check_options));
+  if (known_partition(board).length == 0)
+    return no_such_device;
   return error.empty() ? check_partition(board, options, only_looks, error) : check_failed;
 }
 

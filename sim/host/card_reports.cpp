@@ -17,11 +17,18 @@ namespace files = std::filesystem;
 constexpr std::string_view disk = "mmcblk0";
 constexpr const char *partition_list = "proc/partitions";
 constexpr std::string_view mounted_device = "/dev/mmcblk0p1 ";
-constexpr const char *writable_mount = "/dev/mmcblk0p1 /tmp/mmcblk0p1 vfat rw,relatime,fmask=0022,dmask=0022,"
-                                       "codepage=437,iocharset=utf8,errors=remount-ro 0 0\n";
-constexpr const char *read_only_mount =
-    "/dev/mmcblk0p1 /tmp/mmcblk0p1 vfat ro,relatime,fmask=0022,dmask=0022,"
-    "codepage=437,iocharset=utf8,errors=remount-ro 0 0\n";
+constexpr const char *mount_information = "proc/self/mountinfo";
+constexpr std::string_view fat_options =
+    ",fmask=0022,dmask=0022,codepage=437,iocharset=ascii,shortname=mixed,utf8,errors=remount-ro";
+
+std::string mount_line(const std::string &access) {
+  return "/dev/mmcblk0p1 /tmp/mmcblk0p1 vfat " + access + ",relatime" + std::string{fat_options} + " 0 0\n";
+}
+
+std::string mount_information_line(const std::string &access) {
+  return "30 1 179:1 / /tmp/mmcblk0p1 " + access + ",relatime - vfat /dev/mmcblk0p1 " + access +
+         std::string{fat_options} + "\n";
+}
 
 /// Return a text of the board, empty if there is none.
 std::string text_of(const std::string &board, const char *inside) {
@@ -106,11 +113,15 @@ mount_state read_mount_state(const std::string &board) {
 }
 
 bool report_mount(const std::string &board, mount_state state, std::string &error) {
-  const char *added = state == mount_state::none       ? ""
-                      : state == mount_state::writable ? writable_mount
-                                                       : read_only_mount;
-  return replace_file(board + "/" + card_texts::mounts,
-                      lines_without(board, card_texts::mounts, mounted_device) + added, error);
+  const std::string access = state == mount_state::writable ? "rw" : "ro";
+  std::string mounts = lines_without(board, card_texts::mounts, mounted_device);
+  std::string information = lines_without(board, mount_information, mounted_device);
+  if (state != mount_state::none) {
+    mounts += mount_line(access);
+    information += mount_information_line(access);
+  }
+  return replace_file(board + "/" + mount_information, information, error) &&
+         replace_file(board + "/" + card_texts::mounts, mounts, error);
 }
 
 } // namespace dravik::sim

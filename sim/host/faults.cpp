@@ -47,6 +47,7 @@ constexpr usual_fault usual[] = {
     {"size", "/dev/ttyS0", "EIO"},
     {"tcgetattr", "/dev/ttyS0", "EIO"},
     {"tcsetattr", "/dev/ttyS0", "EIO"},
+    {"card", "/dev/snd/controlC0", "ENODEV"},
     {"write", "/sys/class/backlight/pwm-backlight.0/brightness", "EIO"},
     {"shell", "dosfsck", "EIO"},
     {"open", "sound", "ENODEV"},

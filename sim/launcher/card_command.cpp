@@ -41,13 +41,15 @@ Examples:
   dravik-sim card desk out
   dravik-sim card desk umount && mdir -i desk/dev/mmcblk0@@16384
 
-Exit status: 0 on success; 1 on failure; 2 on a usage error; 32 if mount or
-umount fails; that of fsck.fat or mkfs.vfat
+Exit status: 0 on success; 1 on failure; 2 on a usage error; 255 if mount
+fails; that of fsck.fat, 6 without a partition; that of mkfs.vfat
 )";
 
 using options = std::vector<std::string>;
 
-constexpr int mount_failed = 32; ///< exit status of mount(8) and umount(8)
+// Exit statuses of BusyBox.
+constexpr int mount_failed = 255;
+constexpr int unmount_failed = 1;
 
 /// The text is a warning if the action succeeded.
 int report(const char *action, bool done, std::string &error, int status = 1) {
@@ -57,11 +59,11 @@ int report(const char *action, bool done, std::string &error, int status = 1) {
 }
 
 /// The same in the form of mount(8) and umount(8), which these actions replace.
-int report_as_by(const char *subject, bool done, std::string &error) {
+int report_as_by(const char *subject, bool done, std::string &error, int status) {
   if (!error.empty())
     std::fprintf(stderr, "%s: %s\n", subject, error.c_str());
   error.clear();
-  return done ? 0 : mount_failed;
+  return done ? 0 : status;
 }
 
 bool has_option(const options &given, char letter) {
@@ -91,13 +93,13 @@ int take_out(const std::string &board, const options &, std::string &error) {
 
 int mount(const std::string &board, const options &given, std::string &error) {
   const bool done = mount_card(board, requests_read_only(given), error);
-  return report_as_by("mount: /dev/mmcblk0p1", done, error);
+  return report_as_by("mount: /dev/mmcblk0p1", done, error, mount_failed);
 }
 
 int unmount(const std::string &board, const options &given, std::string &error) {
   const bool is_lazy = has_option(given, 'l') || std::ranges::find(given, "--lazy") != given.end();
   const bool done = unmount_card(board, is_lazy ? unmount_way::detached : unmount_way::if_unused, error);
-  return report_as_by("umount: /tmp/mmcblk0p1", done, error);
+  return report_as_by("umount: /tmp/mmcblk0p1", done, error, unmount_failed);
 }
 
 int check(const std::string &board, const options &given, std::string &error) {

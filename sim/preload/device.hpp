@@ -49,6 +49,7 @@ extern const device frame_buffer;
 extern const device gpio_driver;
 extern const device i2c_bus;
 extern const device serial_port;
+extern const device sound_control;
 
 /// Return the device with a path, null if there is none.
 const device *device_named(const char *path) noexcept;

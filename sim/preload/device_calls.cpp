@@ -13,7 +13,8 @@ namespace dravik::sim {
 namespace {
 
 constexpr const device *devices[] = {
-    &backlight_brightness, &backlight_power, &frame_buffer, &gpio_driver, &i2c_bus, &serial_port,
+    &backlight_brightness, &backlight_power, &frame_buffer, &gpio_driver, &i2c_bus,
+    &serial_port,          &sound_control,
 };
 
 static_assert(std::ssize(devices) == std::ranges::count_if(board_table, has_device),

@@ -132,7 +132,8 @@ bool is_passed_over(int error) noexcept {
 int become_found(const char *name, word_vector words, word_vector variables) noexcept {
   if (*name == '\0')
     return ENOENT;
-  if (std::strchr(name, '/') != nullptr || is_board_program(name))
+  const bool is_board_only = is_board_program(name) && !is_board_program_of_host(name);
+  if (std::strchr(name, '/') != nullptr || is_board_only)
     return become_program_or_script(name, words, variables);
   int error = ENOENT;
   search_path(name, [&](const char *candidate) {
@@ -140,7 +141,7 @@ int become_found(const char *name, word_vector words, word_vector variables) noe
     error = error == EACCES && is_passed_over(reason) ? error : reason;
     return !is_passed_over(reason);
   });
-  return error;
+  return error == ENOENT && is_board_program(name) ? become_program_or_script(name, words, variables) : error;
 }
 
 } // namespace
@@ -238,14 +239,17 @@ SIM_DEFINE(int, posix_spawnp,
             word_vector words, word_vector variables)) {
   if (board_directory() == nullptr)
     return SIM_NEXT(posix_spawnp)(child, name, actions, attributes, words, variables);
-  if (std::strchr(name, '/') != nullptr || is_board_program(name))
+  const bool is_board_only = is_board_program(name) && !is_board_program_of_host(name);
+  if (std::strchr(name, '/') != nullptr || is_board_only)
     return sim_posix_spawn(child, name, actions, attributes, words, variables);
   int error = ENOENT;
   search_path(name, [&](const char *candidate) {
     error = sim_posix_spawn(child, candidate, actions, attributes, words, variables);
     return !is_passed_over(error);
   });
-  return error;
+  return error == ENOENT && is_board_program(name)
+             ? sim_posix_spawn(child, name, actions, attributes, words, variables)
+             : error;
 }
 
 SIM_DEFINE(int, posix_spawn_file_actions_addopen,

@@ -13,21 +13,31 @@ namespace {
 
 constexpr int longest_fat_name = 1530; ///< in bytes, as in the kernel
 
+/// Flags of the mount. The kernel adds one that tells that they are valid, which the C library removes.
+unsigned long mount_flags() noexcept {
+  return ST_RELATIME | (card_is_read_only() ? static_cast<unsigned long>(ST_RDONLY) : 0);
+}
+constexpr unsigned long flags_are_valid = 0x20;
+
 void set_fat_fields(struct statfs &status) noexcept {
   status.f_type = MSDOS_SUPER_MAGIC;
   status.f_namelen = longest_fat_name;
+  status.f_flags = static_cast<decltype(status.f_flags)>(mount_flags() | flags_are_valid);
 }
 void set_fat_fields(struct statfs64 &status) noexcept {
   status.f_type = MSDOS_SUPER_MAGIC;
   status.f_namelen = longest_fat_name;
+  status.f_flags = static_cast<decltype(status.f_flags)>(mount_flags() | flags_are_valid);
 }
 void set_fat_fields(struct statvfs &status) noexcept {
   status.f_favail = 0;
   status.f_namemax = longest_fat_name;
+  status.f_flag = mount_flags();
 }
 void set_fat_fields(struct statvfs64 &status) noexcept {
   status.f_favail = 0;
   status.f_namemax = longest_fat_name;
+  status.f_flag = mount_flags();
 }
 
 /// Replace the figures of the host by those of the card if `name` is on a mounted card.

@@ -49,17 +49,7 @@ using dravik::sim::seen_at;
 using dravik::sim::short_offset;
 using timestamps = const void *;
 
-// Status of files.
-SIM_PASS(int, stat, (const char *path, void *status), (seen_at{path}, status))
-SIM_PASS(int, stat64, (const char *path, void *status), (seen_at{path}, status))
-SIM_PASS(int, lstat, (const char *path, void *status), (seen_at{path, AT_FDCWD, last_link::kept}, status))
-SIM_PASS(int, lstat64, (const char *path, void *status), (seen_at{path, AT_FDCWD, last_link::kept}, status))
-SIM_PASS(int, fstatat, (int from, const char *path, void *status, int flags),
-         (from, seen_at{path, from, by_flags(flags)}, status, flags))
-SIM_PASS(int, fstatat64, (int from, const char *path, void *status, int flags),
-         (from, seen_at{path, from, by_flags(flags)}, status, flags))
-SIM_PASS(int, statx, (int from, const char *path, int flags, unsigned wanted, void *status),
-         (from, seen_at{path, from, by_flags(flags)}, flags, wanted, status))
+// Status of files, for programs of older C libraries.
 SIM_PASS(int, __xstat, (int layout, const char *path, void *status), (layout, seen_at{path}, status))
 SIM_PASS(int, __xstat64, (int layout, const char *path, void *status), (layout, seen_at{path}, status))
 SIM_PASS(int, __lxstat, (int layout, const char *path, void *status),
@@ -71,13 +61,6 @@ SIM_PASS(int, __fxstatat, (int layout, int from, const char *path, void *status,
 SIM_PASS(int, __fxstatat64, (int layout, int from, const char *path, void *status, int flags),
          (layout, from, seen_at{path, from, by_flags(flags)}, status, flags))
 SIM_PASS(long, pathconf, (const char *path, int name), (seen_at{path}, name))
-
-// The same with 64-bit times, on 32-bit machines.
-SIM_PASS(int, __stat64_time64, (const char *path, void *status), (seen_at{path}, status))
-SIM_PASS(int, __lstat64_time64, (const char *path, void *status),
-         (seen_at{path, AT_FDCWD, last_link::kept}, status))
-SIM_PASS(int, __fstatat64_time64, (int from, const char *path, void *status, int flags),
-         (from, seen_at{path, from, by_flags(flags)}, status, flags))
 
 // Permission.
 SIM_PASS(int, access, (const char *path, int mode), (seen_at{path}, mode))

@@ -2,6 +2,7 @@
 
 #include "preload/shell_commands.hpp"
 #include "board/board_files.hpp"
+#include "board/mixer_controls.hpp"
 #include "board/reboot_status.hpp"
 #include "board/settings_text.hpp"
 #include "preload/byte_copy.hpp"
@@ -87,9 +88,6 @@ int dump_flash(const shell_words &, word_list options) noexcept {
 
 // ------------------------------------------------------------------------------------------------ the mixer
 
-constexpr const char *mixer_file = "sound/mixer";
-
-/// The controls but one, with space for another line.
 /// The operand that begins so, without its beginning; null when there is none.
 const char *operand(word_list words, std::string_view beginning) noexcept {
   for (const char *word : words)
@@ -98,35 +96,13 @@ const char *operand(word_list words, std::string_view beginning) noexcept {
   return nullptr;
 }
 
-struct other_controls {
-  explicit other_controls(std::string_view key) noexcept {
-    const board_text before{mixer_file};
-    std::string_view rest = before;
-    for (std::string_view line = take_line(rest); !line.empty(); line = take_line(rest)) {
-      std::string_view value = line;
-      if (trimmed(take_until(value, '=')) == key)
-        continue;
-      end = std::copy(line.begin(), line.end(), end);
-      *end++ = '\n';
-    }
-  }
-  char text[sizeof(board_text) + longest_path];
-  char *end = text;
-};
-
 int set_control(const shell_words &command, word_list) noexcept {
   const word_list words = command.words();
   const char *number = operand(words.last(2), "numid=");
   char key[64];
   if (number == nullptr || std::snprintf(key, sizeof key, "numid %s", number) >= static_cast<int>(sizeof key))
     return ended_with(1);
-  other_controls controls{key};
-  const auto room = static_cast<size_t>(controls.text + sizeof controls.text - controls.end);
-  const int length = std::snprintf(controls.end, room, "%s = %s\n", key, words.back());
-  if (length >= static_cast<int>(room))
-    return ended_with(1);
-  write_board_text(mixer_file, {controls.text, controls.end + length});
-  return ended_with(0);
+  return ended_with(store_control(key, words.back()) ? 0 : 1);
 }
 
 // ------------------------------------------------------------------------------------------------ the table
@@ -219,6 +195,10 @@ bool is_board_program(std::string_view path) noexcept {
   };
   return std::ranges::any_of(known_commands, is_first_word) || name.starts_with("mkfs.") ||
          name.starts_with("fsck.") || std::ranges::find(refused_programs, name) != std::end(refused_programs);
+}
+
+bool is_board_program_of_host(std::string_view path) noexcept {
+  return without_directory(path) == "amixer";
 }
 
 bool is_board_command(const char *command) noexcept {

@@ -15,6 +15,9 @@ inline constinit bool serves_another_process = false;
 /// Whether a program of this name, in any directory, is the board's or is rejected.
 bool is_board_program(std::string_view name) noexcept;
 
+/// Whether the program of the host is preferred to the board's, if it exists.
+bool is_board_program_of_host(std::string_view path) noexcept;
+
 /// Whether a shell command is one of the board's and nothing else.
 bool is_board_command(const char *command) noexcept;
 

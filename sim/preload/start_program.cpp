@@ -35,6 +35,14 @@ int command_among(const char *name, char *const *words) noexcept {
   return words[1] != nullptr && is_board_program(words[1]) ? 1 : -1;
 }
 
+/// amixer of the host sets and prints the controls of the sound card. Without it, the board's own command does.
+bool is_of_the_host(const char *requested, const char *path) noexcept {
+  struct statx status = {};
+  constexpr std::string_view usual_place = "/usr/bin/amixer";
+  return is_board_program_of_host(requested) && std::strchr(requested, '/') != nullptr &&
+         (requested != usual_place || ::syscall(SYS_statx, AT_FDCWD, path, 0, STATX_TYPE, &status) == 0);
+}
+
 /// sh -c COMMAND, with a command of the board: a host's shell might not find its program.
 bool is_shell_for_command(const char *name, char *const *words) noexcept {
   constexpr std::string_view shells[] = {"sh", "ash", "bash", "dash"};
@@ -75,7 +83,7 @@ start_plan plan_start(const char *requested, const board_path &path, char *const
     return reject(
         requested, EACCES,
         "cannot be run on the board: the loader accepts no path of libdravik-sim.so with a space or a colon");
-  if (const int place = command_among(requested, words); place >= 0)
+  if (const int place = command_among(requested, words); place >= 0 && !is_of_the_host(requested, path))
     return {start_plan::way::command, 0, static_cast<size_t>(place)};
   if (is_shell_for_command(requested, words))
     return {start_plan::way::shell_command};

@@ -141,9 +141,11 @@ ssize_t write_device(int descriptor, const void *data, size_t size, off64_t offs
 
 ssize_t write_in_manner(file_kind kind, int descriptor, const void *data, size_t size,
                         off64_t offset) noexcept {
+  if (size == 0)
+    return 0;
   const device *changed = device_behind(descriptor);
   const auto *text = static_cast<const char *>(data);
-  if (size > 0 && changed != nullptr && changed->check != nullptr)
+  if (changed != nullptr && changed->check != nullptr)
     if (const int error = changed->check(text, size); error != 0)
       return as_c_result(ssize_t{error});
   const ssize_t count = kind == file_kind::attribute ? write_attribute(descriptor, data, size)

@@ -14,6 +14,7 @@
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <sys/sysmacros.h>
 #include <sys/vfs.h>
 
 namespace dravik::test {
@@ -95,7 +96,8 @@ TEST_F(SimCard, IsNotReportedByKernelIfRemoved) {
   EXPECT_FALSE(board_.exists("dev/mmcblk0p1"));
   EXPECT_FALSE(board_.exists("sys/block/mmcblk0"));
   EXPECT_EQ(board_.read("proc/partitions"), "major minor  #blocks  name\n\n");
-  EXPECT_EQ(board_.read("proc/mounts"), "rootfs / rootfs rw 0 0\n");
+  EXPECT_EQ(mount_line(), "");
+  EXPECT_EQ(board_.read("proc/self/mountinfo").find("mmcblk0p1"), std::string::npos);
 }
 
 TEST_F(SimCard, TakesFilesOutAndIn) {
@@ -126,7 +128,7 @@ TEST_F(SimCard, IsUnmountedWithoutPartition) {
   EXPECT_FALSE(board_.exists("sys/block/mmcblk0/mmcblk0p1"));
   EXPECT_FALSE(board_.exists("dev/mmcblk0p1"));
   EXPECT_EQ(mount_line(), "");
-  EXPECT_EQ(run_command("mount /dev/mmcblk0p1 /tmp/mmcblk0p1"), 32);
+  EXPECT_EQ(run_command("mount /dev/mmcblk0p1 /tmp/mmcblk0p1"), 255);
 }
 
 TEST_F(SimCard, IsUnmountedWithoutFileSystem) {
@@ -135,7 +137,7 @@ TEST_F(SimCard, IsUnmountedWithoutFileSystem) {
   put_in();
   EXPECT_TRUE(board_.exists("dev/mmcblk0p1"));
   EXPECT_EQ(mount_line(), "");
-  EXPECT_EQ(run_command("mount /dev/mmcblk0p1 /tmp/mmcblk0p1"), 32);
+  EXPECT_EQ(run_command("mount /dev/mmcblk0p1 /tmp/mmcblk0p1"), 255);
 }
 
 TEST_F(SimCard, EndsPartitionWithCard) {
@@ -263,6 +265,67 @@ TEST_F(SimCard, KeepsFileTimesToTwoSeconds) {
   EXPECT_EQ(status.st_mtime / 2, 1700000001 / 2);
 }
 
+TEST_F(SimCard, ShowsFileTimesOfItsFileSystem) {
+  const std::string film = "/tmp/mmcblk0p1/film";
+  board_.write("tmp/mmcblk0p1/film", "");
+  const std::pair<time_t, time_t> cases[] = {
+      {1700000001, 1700000000}, {1700000002, 1700000002}, {0, 315532800}, {5000000000, 4354819198}};
+  for (const auto &[set, expected] : cases) {
+    const timespec times[2] = {{set, 999}, {set, 999}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, film.c_str(), times, 0), 0);
+    struct stat status;
+    ASSERT_EQ(::lstat(film.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mtim.tv_sec, expected);
+    EXPECT_EQ(status.st_mtim.tv_nsec, 0);
+    EXPECT_EQ(status.st_dev, makedev(179, 1));
+    const int file = ::open(film.c_str(), O_RDONLY);
+    EXPECT_EQ(::fstat(file, &status), 0);
+    EXPECT_EQ(status.st_mtim.tv_sec, expected);
+    EXPECT_EQ(status.st_dev, makedev(179, 1)) << "the same by its descriptor";
+    struct statx more;
+    EXPECT_EQ(::statx(file, "", AT_EMPTY_PATH, STATX_MTIME, &more), 0);
+    EXPECT_EQ(more.stx_mtime.tv_sec, expected);
+    ::close(file);
+  }
+}
+
+TEST_F(SimCard, ReportsMountAsKernel) {
+  struct statfs64 space;
+  const auto expect_access = [&](const std::string &access, int64_t flags) {
+    const std::string options =
+        "fmask=0022,dmask=0022,codepage=437,iocharset=ascii,shortname=mixed,utf8,errors=remount-ro";
+    EXPECT_EQ(mount_line(), "/dev/mmcblk0p1 /tmp/mmcblk0p1 vfat " + access + ",relatime," + options + " 0 0");
+    EXPECT_NE(board_.read("proc/self/mountinfo")
+                  .find(" 179:1 / /tmp/mmcblk0p1 " + access + ",relatime - vfat /dev/mmcblk0p1 "),
+              std::string::npos);
+    EXPECT_EQ(::statfs64("/tmp/mmcblk0p1", &space), 0);
+    EXPECT_EQ(space.f_flags, flags);
+  };
+  expect_access("rw", 0x1020);
+  unmount();
+  EXPECT_EQ(run_command("mount -r /dev/mmcblk0p1 /tmp/mmcblk0p1"), 0);
+  expect_access("ro", 0x1021);
+  struct statvfs other;
+  EXPECT_EQ(::statvfs("/tmp/mmcblk0p1", &other), 0);
+  EXPECT_EQ(other.f_flag, 0x1001U);
+}
+
+TEST_F(SimCard, IsCheckedByTheNameOfItsDevice) {
+  unmount();
+  const std::string output = board_.path("tmp/said");
+  const int said = ::open(output.c_str(), O_WRONLY | O_CREAT, 0644), before = ::dup(STDOUT_FILENO);
+  ::dup2(said, STDOUT_FILENO);
+  const int status = run_command("dosfsck -n /dev/mmcblk0p1");
+  ::dup2(before, STDOUT_FILENO);
+  EXPECT_EQ(status, 0);
+  EXPECT_NE(board_.read("tmp/said").find("\n/dev/mmcblk0p1: 0 files, "), std::string::npos)
+      << board_.read("tmp/said");
+  take_out();
+  EXPECT_EQ(run_command("dosfsck -n /dev/mmcblk0p1 2>/dev/null"), 6);
+  ::close(said);
+  ::close(before);
+}
+
 TEST_F(SimCard, HidesDirectoryOnMount) {
   take_out();
   board_.write("tmp/mmcblk0p1/of the board", "");
@@ -276,9 +339,9 @@ TEST_F(SimCard, HidesDirectoryOnMount) {
 }
 
 TEST_F(SimCard, RejectsSecondMountAndSecondUnmount) {
-  EXPECT_EQ(run_command("mount /dev/mmcblk0p1 /tmp/mmcblk0p1"), 32);
+  EXPECT_EQ(run_command("mount /dev/mmcblk0p1 /tmp/mmcblk0p1"), 255);
   unmount();
-  EXPECT_EQ(run_command("/bin/umount /dev/mmcblk0p1"), 32);
+  EXPECT_EQ(run_command("/bin/umount /dev/mmcblk0p1"), 1);
   EXPECT_EQ(run_command("mount -t vfat -o ro,noatime /dev/mmcblk0p1 /tmp/mmcblk0p1"), 0);
   EXPECT_THAT(mount_line(), HasSubstr(" vfat ro,"));
   EXPECT_EQ(run_command("umount -l /tmp/mmcblk0p1"), 0);
@@ -297,7 +360,7 @@ TEST_F(SimCard, StaysMountedIfFilesDoNotFit) {
   board_.write("tmp/mmcblk0p1/small", "bytes");
   board_.write("tmp/mmcblk0p1/large", "");
   std::filesystem::resize_file(board_.path("tmp/mmcblk0p1/large"), 65 << 20);
-  EXPECT_EQ(run_command("/bin/umount /dev/mmcblk0p1"), 32);
+  EXPECT_EQ(run_command("/bin/umount /dev/mmcblk0p1"), 1);
   EXPECT_NE(mount_line(), "");
   EXPECT_EQ(board_.read("tmp/mmcblk0p1/small"), "bytes");
   board_.remove("tmp/mmcblk0p1/large");
@@ -322,7 +385,7 @@ TEST_F(SimCard, UnmountsNoCardWhoseFilesAreInUse) {
   const int output = ::open(said.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
   const int before = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
   ::dup2(output, STDERR_FILENO);
-  EXPECT_EQ(run_command("/bin/umount /dev/mmcblk0p1"), 32);
+  EXPECT_EQ(run_command("/bin/umount /dev/mmcblk0p1"), 1);
   ::dup2(before, STDERR_FILENO);
   ::close(before);
   ::close(output);
@@ -362,7 +425,7 @@ TEST_F(SimCard, UnmountsNoCardThatAChildWorksIn) {
   }
   char status = 0;
   EXPECT_EQ(::read(ends[0], &status, 1), 1);
-  EXPECT_EQ(run_command("/bin/umount /dev/mmcblk0p1 2> /dev/null"), 32);
+  EXPECT_EQ(run_command("/bin/umount /dev/mmcblk0p1 2> /dev/null"), 1);
   ::kill(child, SIGKILL);
   ::waitpid(child, nullptr, 0);
   unmount();
@@ -398,7 +461,7 @@ TEST_F(SimCard, IsRemovedWhileFilesAreInUse) {
 TEST_F(SimCard, KeepsBothOfTwoNamesThatAreOneOnTheCard) {
   board_.write("tmp/mmcblk0p1/film", "one");
   board_.write("tmp/mmcblk0p1/Film", "other");
-  EXPECT_EQ(run_command("/bin/umount /dev/mmcblk0p1 2> /dev/null"), 32);
+  EXPECT_EQ(run_command("/bin/umount /dev/mmcblk0p1 2> /dev/null"), 1);
   EXPECT_EQ(board_.read("tmp/mmcblk0p1/film"), "one");
   EXPECT_EQ(board_.read("tmp/mmcblk0p1/Film"), "other");
 }

@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
@@ -67,6 +68,17 @@ TEST_F(SimAttribute, JoinsPiecesOfOneWrite) {
 TEST_F(SimAttribute, KeepsItsValueWhenOpenedForWritingAlone) {
   open_it(O_WRONLY | O_CREAT | O_TRUNC);
   EXPECT_EQ(board_.read(brightness), "500\n");
+}
+
+TEST_F(SimAttribute, HasTheSizeOfAPage) {
+  struct stat status;
+  ASSERT_EQ(::stat(brightness, &status), 0);
+  EXPECT_EQ(status.st_size, 4096);
+  open_it(O_RDONLY);
+  ASSERT_EQ(::fstat(descriptor, &status), 0);
+  EXPECT_EQ(status.st_size, 4096);
+  char text[16];
+  EXPECT_EQ(::read(descriptor, text, sizeof text), 4); // 500 and the line end
 }
 
 TEST_F(SimAttribute, IsNotMadeByAnOpen) {

@@ -119,10 +119,10 @@ TEST_P(SimStart, KeepsTheBoardForAProgramWithoutAnEnvironment) {
 }
 
 TEST_P(SimStart, RunsCommandOfBoard) {
-  EXPECT_EQ(start("/usr/bin/amixer", {"amixer", "cset", "numid=1 7"}), 127) << "no such command";
+  EXPECT_EQ(start("/usr/sbin/nanddump", {"nanddump", "-f", "/dev/mtd2"}), 127) << "no such command";
   EXPECT_EQ(start("/no/such/place/umount", {"umount", "-f", "/"}), 127);
   EXPECT_EQ(start("/bin/sync", {"sync", nullptr, nullptr}), 0);
-  EXPECT_THAT(board_.events(), ElementsAre("shell: /usr/bin/amixer cset numid=1 7 refused",
+  EXPECT_THAT(board_.events(), ElementsAre("shell: /usr/sbin/nanddump -f /dev/mtd2 refused",
                                            "shell: /no/such/place/umount -f / refused", "shell: /bin/sync"));
 }
 

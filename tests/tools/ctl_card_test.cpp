@@ -196,8 +196,8 @@ TEST_F(CtlCardRepair, ReportsAFailedCheck) {
   std::filesystem::remove_all(board_.path("sys/block/mmcblk0/mmcblk0p1"));
   const run_result result = run({"card", "repair", "--yes"});
   EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.out, "unmount: 0\ncheck: 2\nmount: 32\n");
-  EXPECT_THAT(result.err, testing::StartsWith("dravik-ctl: card: check failed with exit status 2"));
+  EXPECT_EQ(result.out, "unmount: 0\ncheck: 6\nmount: 255\n");
+  EXPECT_THAT(result.err, testing::StartsWith("dravik-ctl: card: check failed with exit status 6"));
 }
 
 TEST_F(CtlCardRepair, RepairsErrors) {

@@ -12,6 +12,7 @@
 #include <fcntl.h>
 #include <linux/fb.h>
 #include <linux/i2c-dev.h>
+#include <linux/i2c.h>
 #include <string>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
@@ -88,6 +89,30 @@ std::string i2c_read(long address, uint8_t number) {
   return std::to_string(value);
 }
 
+unsigned long bus_functions() {
+  unsigned long functions = 0;
+  const opened bus{"/dev/i2c-0", O_RDWR};
+  ::ioctl(bus.fd, I2C_FUNCS, &functions);
+  return functions & ~static_cast<unsigned long>(I2C_FUNC_SMBUS_PEC);
+}
+
+std::string smbus_read(long address, uint8_t number, uint32_t size) {
+  const opened bus{"/dev/i2c-0", O_RDWR};
+  ::ioctl(bus.fd, I2C_SLAVE, address);
+  i2c_smbus_data data = {};
+  i2c_smbus_ioctl_data wanted = {I2C_SMBUS_READ, number, size, &data};
+  return ::ioctl(bus.fd, I2C_SMBUS, &wanted) == 0 ? std::to_string(data.byte) : answer(-1);
+}
+
+std::string combined_read(uint16_t address, uint8_t number) {
+  const opened bus{"/dev/i2c-0", O_RDWR};
+  uint8_t value = 0;
+  i2c_msg messages[] = {{address, 0, 1, &number}, {address, I2C_M_RD, 1, &value}};
+  i2c_rdwr_ioctl_data wanted = {messages, 2};
+  const int result = ::ioctl(bus.fd, I2C_RDWR, &wanted);
+  return result < 0 ? answer(-1) : std::to_string(result) + " " + std::to_string(value);
+}
+
 std::string modified(const char *path, time_t seconds) {
   ::close(::open(path, O_WRONLY | O_CREAT | O_CLOEXEC, 0644));
   const timespec times[2] = {{seconds, 0}, {seconds, 0}};
@@ -115,6 +140,16 @@ std::string settings_of_port() {
 std::string busy_unmount() {
   const opened held{"/tmp/mmcblk0p1/held", O_WRONLY | O_CREAT};
   return std::system("/bin/umount /dev/mmcblk0p1 2>/dev/null") == 0 ? "unmounted" : "failed";
+}
+
+/// The line of the card in the list of mounts.
+std::string mount_line() {
+  const opened mounts{"/proc/mounts", O_RDONLY};
+  std::array<char, 4096> text = {};
+  const ssize_t length = ::read(mounts.fd, text.data(), text.size());
+  const std::string all(text.data(), static_cast<size_t>(length > 0 ? length : 0));
+  const size_t start = all.find("/dev/mmcblk0p1");
+  return start == std::string::npos ? "" : all.substr(start, all.find('\n', start) - start);
 }
 
 std::string card_check() {
@@ -161,6 +196,14 @@ constexpr struct {
     {"i2c slave 128", [] { return request("/dev/i2c-0", I2C_SLAVE, 0x80); }},
     {"i2c tenbit off", [] { return request("/dev/i2c-0", I2C_TENBIT, 0); }},
     {"i2c tenbit on", [] { return request("/dev/i2c-0", I2C_TENBIT, 1); }},
+    {"i2c functionality", [] { return std::to_string(bus_functions()); }},
+    {"i2c smbus quick", [] { return smbus_read(0x18, 0, I2C_SMBUS_QUICK); }},
+    {"i2c smbus quick absent", [] { return smbus_read(0x42, 0, I2C_SMBUS_QUICK); }},
+    {"i2c smbus byte", [] { return smbus_read(0x18, 0x0F, I2C_SMBUS_BYTE_DATA); }},
+    {"i2c smbus invalid", [] { return smbus_read(0x18, 0x0F, 99); }},
+    {"i2c combined", [] { return combined_read(0x18, 0x0F); }},
+    {"i2c combined absent", [] { return combined_read(0x42, 0x0F); }},
+    {"i2c functions without address", [] { return request("/dev/i2c-0", I2C_FUNCS, 0); }},
     {"i2c unknown request", [] { return request("/dev/i2c-0", 0x07FF, 0); }},
     {"brightness set 500", [] { return write_text(brightness, "500"); }},
     {"brightness", [] { return first_line(brightness); }},
@@ -182,6 +225,8 @@ constexpr struct {
     {"card file system type", [] { return std::to_string(card_space().f_type); }},
     {"card block size", [] { return std::to_string(card_space().f_bsize); }},
     {"card name length", [] { return std::to_string(card_space().f_namelen); }},
+    {"card mount line", mount_line},
+    {"card mount flags", [] { return std::to_string(card_space().f_flags); }},
     {"card recordings", recordings},
     {"card file times", [] { return modified("/tmp/mmcblk0p1/time", 1700000001); }},
     {"card busy", busy_unmount},
@@ -189,7 +234,13 @@ constexpr struct {
     {"card unmount", [] { return status_of("/bin/umount /dev/mmcblk0p1"); }},
     {"card status unmounted", card_check},
     {"card check", [] { return status_of("/usr/local/bin/dosfsck -a /dev/mmcblk0p1 >/dev/null 2>&1"); }},
-    {"card mount", [] { return status_of("mount /dev/mmcblk0p1 /tmp/mmcblk0p1"); }},
+    {"card unmount again", [] { return status_of("/bin/umount /dev/mmcblk0p1 2>/dev/null"); }},
+    {"card read-only", [] { return status_of("mount -r /dev/mmcblk0p1 /tmp/mmcblk0p1"); }},
+    {"card read-only flags", [] { return std::to_string(card_space().f_flags); }},
+    {"card write read-only", [] { return write_text("/tmp/mmcblk0p1/new", "x", O_WRONLY | O_CREAT); }},
+    {"card read-only unmount", [] { return status_of("/bin/umount /dev/mmcblk0p1"); }},
+    {"card mount again", [] { return status_of("mount /dev/mmcblk0p1 /tmp/mmcblk0p1"); }},
+    {"card mount of mounted", [] { return status_of("mount /dev/mmcblk0p1 /tmp/mmcblk0p1 2>/dev/null"); }},
     {"card status mounted", card_check},
     {"card file names", [] { return number_of_names("/tmp/mmcblk0p1/NAME.TS", "/tmp/mmcblk0p1/name.ts"); }},
     {"card link", [] { return answer(::symlink("file", "/tmp/mmcblk0p1/link")); }},
