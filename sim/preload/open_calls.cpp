@@ -2,6 +2,7 @@
 
 #include "base/unique_fd.hpp"
 #include "board/board_files.hpp"
+#include "preload/card_names.hpp"
 #include "preload/card_view.hpp"
 #include "preload/device.hpp"
 #include "preload/kernel_files.hpp"
@@ -27,6 +28,9 @@ bool may_open(const board_path &path, int flags) noexcept {
   int fault = injected_fault("open", path.name());
   if (fault == 0 && opens_for_writing(flags) && is_on_card(path.name()) && card_is_read_only())
     fault = EROFS;
+  if (fault == 0 && (flags & O_CREAT) != 0 && is_on_card(path.name()) && !is_fat_name(path.name()) &&
+      card_is_mounted())
+    fault = EINVAL;
   if (fault == 0 && is_host_device(path))
     fault = EACCES; // a device node in the board's directory
   if (fault != 0)

@@ -1,6 +1,9 @@
 // The calls that name files without opening them. Structures that a call fills are
 // forwarded as they are, in any layout.
 
+#include "board/preserve_errno.hpp"
+#include "preload/card_names.hpp"
+#include "preload/card_view.hpp"
 #include "preload/next.hpp"
 #include "preload/path_map.hpp"
 
@@ -36,8 +39,35 @@ bool may_truncate(const board_path &path) noexcept {
   return !refused;
 }
 
+bool is_on_mounted_card(const board_path &path) noexcept {
+  const preserve_errno unchanged;
+  return is_on_card(path.name()) && card_is_mounted();
+}
+
+bool fails(bool is_refused, int error) noexcept {
+  if (is_refused)
+    errno = error;
+  return is_refused;
+}
+
+/// For a call that creates a file or gives it a name. Return false and set errno if the card cannot have it.
+bool check_name(const board_path &path) noexcept {
+  return !fails(is_on_mounted_card(path) && !is_fat_name(path.name()), EINVAL);
+}
+
+/// For a call that creates a link, a pipe or a device, which the card cannot have.
+bool check_kind(const board_path &path) noexcept {
+  return !fails(is_on_mounted_card(path), EPERM);
+}
+
 } // namespace
 } // namespace dravik::sim
+
+#define SIM_CREATE(result, name, parameters, created, directory, check, arguments)                           \
+  SIM_DEFINE(result, name, parameters) {                                                                     \
+    const ::dravik::sim::link_path mapped{created, directory};                                               \
+    return ::dravik::sim::check(mapped) ? SIM_NEXT(name) arguments : -1;                                     \
+  }
 
 using dravik::sim::as_board_path;
 using dravik::sim::at;
@@ -92,28 +122,34 @@ SIM_PASS(int, removexattr, (const char *path, const char *name), (at{path}, name
 SIM_PASS(int, lremovexattr, (const char *path, const char *name), (link_at{path}, name))
 
 // Creating, moving and removing.
-SIM_PASS(int, mkdir, (const char *path, mode_t mode), (link_at{path}, mode))
-SIM_PASS(int, mkdirat, (int from, const char *path, mode_t mode), (from, link_at{path, from}, mode))
-SIM_PASS(int, mkfifo, (const char *path, mode_t mode), (link_at{path}, mode))
-SIM_PASS(int, mkfifoat, (int from, const char *path, mode_t mode), (from, link_at{path, from}, mode))
-SIM_PASS(int, mknod, (const char *path, mode_t mode, dev_t device), (link_at{path}, mode, device))
-SIM_PASS(int, mknodat, (int from, const char *path, mode_t mode, dev_t device),
-         (from, link_at{path, from}, mode, device))
+SIM_CREATE(int, mkdir, (const char *path, mode_t mode), path, AT_FDCWD, check_name, (mapped, mode))
+SIM_CREATE(int, mkdirat, (int from, const char *path, mode_t mode), path, from, check_name,
+           (from, mapped, mode))
+SIM_CREATE(int, mkfifo, (const char *path, mode_t mode), path, AT_FDCWD, check_kind, (mapped, mode))
+SIM_CREATE(int, mkfifoat, (int from, const char *path, mode_t mode), path, from, check_kind,
+           (from, mapped, mode))
+SIM_CREATE(int, mknod, (const char *path, mode_t mode, dev_t device), path, AT_FDCWD, check_kind,
+           (mapped, mode, device))
+SIM_CREATE(int, mknodat, (int from, const char *path, mode_t mode, dev_t device), path, from, check_kind,
+           (from, mapped, mode, device))
 SIM_PASS(int, rmdir, (const char *path), (link_at{path}))
 SIM_PASS(int, unlink, (const char *path), (link_at{path}))
 SIM_PASS(int, unlinkat, (int from, const char *path, int flags), (from, link_at{path, from}, flags))
 SIM_PASS(int, remove, (const char *path), (link_at{path}))
-SIM_PASS(int, rename, (const char *path, const char *new_path), (link_at{path}, link_at{new_path}))
-SIM_PASS(int, renameat, (int from, const char *path, int to, const char *new_path),
-         (from, link_at{path, from}, to, link_at{new_path, to}))
-SIM_PASS(int, renameat2, (int from, const char *path, int to, const char *new_path, unsigned flags),
-         (from, link_at{path, from}, to, link_at{new_path, to}, flags))
-SIM_PASS(int, link, (const char *path, const char *new_path), (link_at{path}, link_at{new_path}))
-SIM_PASS(int, linkat, (int from, const char *path, int to, const char *new_path, int flags),
-         (from, link_at{path, from}, to, link_at{new_path, to}, flags))
-SIM_PASS(int, symlink, (const char *target, const char *new_path), (target, link_at{new_path}))
-SIM_PASS(int, symlinkat, (const char *target, int to, const char *new_path),
-         (target, to, link_at{new_path, to}))
+SIM_CREATE(int, rename, (const char *path, const char *new_path), new_path, AT_FDCWD, check_name,
+           (link_at{path}, mapped))
+SIM_CREATE(int, renameat, (int from, const char *path, int to, const char *new_path), new_path, to,
+           check_name, (from, link_at{path, from}, to, mapped))
+SIM_CREATE(int, renameat2, (int from, const char *path, int to, const char *new_path, unsigned flags),
+           new_path, to, check_name, (from, link_at{path, from}, to, mapped, flags))
+SIM_CREATE(int, link, (const char *path, const char *new_path), new_path, AT_FDCWD, check_kind,
+           (link_at{path}, mapped))
+SIM_CREATE(int, linkat, (int from, const char *path, int to, const char *new_path, int flags), new_path, to,
+           check_kind, (from, link_at{path, from}, to, mapped, flags))
+SIM_CREATE(int, symlink, (const char *target, const char *new_path), new_path, AT_FDCWD, check_kind,
+           (target, mapped))
+SIM_CREATE(int, symlinkat, (const char *target, int to, const char *new_path), new_path, to, check_kind,
+           (target, to, mapped))
 SIM_PASS(int, utime, (const char *path, timestamps times), (at{path}, times))
 SIM_PASS(int, utimes, (const char *path, timestamps times), (at{path}, times))
 SIM_PASS(int, lutimes, (const char *path, timestamps times), (link_at{path}, times))

@@ -4,6 +4,8 @@
 #include "base/unique_fd.hpp"
 #include "board/preserve_errno.hpp"
 #include "board/settings_text.hpp"
+#include "preload/card_names.hpp"
+#include "preload/card_view.hpp"
 #include "preload/process_board.hpp"
 
 #include <algorithm>
@@ -207,6 +209,8 @@ void board_path::map(const char *board, const char *path, int directory, last_li
     name_ = name;
     path_ = !whole.overflowed() && !follow_board_links(text_, board_length, last) ? outside : text_;
     kind_ = kind_of(name) != file_kind::none ? kind_of(name) : file_kind::plain;
+    if (path_ == text_ && is_on_card(name) && card_is_mounted())
+      use_stored_names(text_, name + card_mount_point.size());
   } else if (whole.left_board() && !is_inside_already) {
     path_ = *name != '\0' ? name : "/"; // by a directory that only the board has
   }

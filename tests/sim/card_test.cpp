@@ -289,6 +289,52 @@ TEST_F(SimCard, ShowsFileTimesOfItsFileSystem) {
   }
 }
 
+TEST_F(SimCard, HasOneFileOfNamesInBothCases) {
+  const auto write = [](const char *path, const std::string &text) {
+    const int file = ::open(path, O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    EXPECT_EQ(::write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    ::close(file);
+  };
+  ASSERT_EQ(::mkdir("/tmp/mmcblk0p1/REC", 0755), 0);
+  write("/tmp/mmcblk0p1/REC/KVX00010.TS", "first");
+  write("/tmp/mmcblk0p1/rec/kvx00010.ts", "second");
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/REC/KVX00010.TS"), "second");
+  EXPECT_FALSE(board_.exists("tmp/mmcblk0p1/rec"));
+  EXPECT_EQ(::mkdir("/tmp/mmcblk0p1/Rec", 0755), -1);
+  EXPECT_EQ(errno, EEXIST);
+  EXPECT_EQ(::access("/tmp/mmcblk0p1/rec/KVX00011.TS", F_OK), -1);
+  write("/tmp/mmcblk0p1/rec/\xCE\xB1", "lower"); // letters beyond ASCII are not folded
+  EXPECT_EQ(::access("/tmp/mmcblk0p1/rec/\xCE\x91", F_OK), -1);
+  EXPECT_EQ(::unlink("/tmp/mmcblk0p1/rec/kvx00010.TS"), 0);
+  EXPECT_FALSE(board_.exists("tmp/mmcblk0p1/REC/KVX00010.TS"));
+  unmount();
+  write("/tmp/mmcblk0p1/rec", "below the mount");
+  write("/tmp/mmcblk0p1/REC", "another");
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/rec"), "below the mount");
+}
+
+TEST_F(SimCard, RejectsWhatItsFileSystemCannotHave) {
+  const auto error_of = [](int result) {
+    EXPECT_EQ(result, -1);
+    return errno;
+  };
+  const char *place = "/tmp/mmcblk0p1/new";
+  board_.write("tmp/mmcblk0p1/file", "");
+  EXPECT_EQ(error_of(::symlink("file", place)), EPERM);
+  EXPECT_EQ(error_of(::link("/tmp/mmcblk0p1/file", place)), EPERM);
+  EXPECT_EQ(error_of(::mkfifo(place, 0644)), EPERM);
+  for (const std::string name : {"a:b", "a*", "a?", "<a>", "a|b", "\"a\"", "a\\b", "a\nb"}) {
+    const std::string path = "/tmp/mmcblk0p1/" + name;
+    EXPECT_EQ(error_of(::open(path.c_str(), O_WRONLY | O_CREAT, 0644)), EINVAL) << name;
+    EXPECT_EQ(error_of(::mkdir(path.c_str(), 0755)), EINVAL) << name;
+    EXPECT_EQ(error_of(::rename("/tmp/mmcblk0p1/file", path.c_str())), EINVAL) << name;
+    EXPECT_EQ(error_of(::open(path.c_str(), O_RDONLY)), ENOENT) << name;
+  }
+  EXPECT_EQ(::rename("/tmp/mmcblk0p1/file", place), 0);
+  unmount();
+  EXPECT_EQ(::symlink("file", "/tmp/mmcblk0p1/link"), 0) << "not of the card";
+}
+
 TEST_F(SimCard, ReportsMountAsKernel) {
   struct statfs64 space;
   const auto expect_access = [&](const std::string &access, int64_t flags) {
