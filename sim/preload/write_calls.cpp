@@ -2,6 +2,7 @@
 // write, a device has a fixed size.
 
 #include "board/board_files.hpp"
+#include "preload/card_room.hpp"
 #include "preload/device.hpp"
 #include "preload/kernel_files.hpp"
 #include "preload/next.hpp"
@@ -9,8 +10,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <span>
+#include <stdio_ext.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -76,11 +80,41 @@ ssize_t write_pieces(file_kind kind, int descriptor, std::span<const iovec> piec
                               : send_to_terminal(descriptor, joined, length);
 }
 
-bool may_set_length(int descriptor) noexcept {
-  const bool refused = kind_behind(descriptor) == file_kind::device;
-  if (refused)
-    errno = EINVAL;
-  return !refused;
+/// A device has a fixed size, and a file of the card ends with the free space; sets errno.
+bool may_set_length(int descriptor, off64_t length) noexcept {
+  const file_kind kind = kind_behind(descriptor);
+  const auto bytes = static_cast<uint64_t>(std::max<off64_t>(length, 0));
+  const bool is_device = kind == file_kind::device;
+  const bool is_full = kind == file_kind::plain && bytes_that_fit(descriptor, 0, bytes) < bytes;
+  if (is_device || is_full)
+    errno = is_device ? EINVAL : ENOSPC;
+  return !is_device && !is_full;
+}
+
+/// Where a write at a position goes: with O_APPEND, the kernel writes at the end.
+off64_t place_of_write(int descriptor, off64_t position) noexcept {
+  const int flags = ::fcntl(descriptor, F_GETFL);
+  return flags >= 0 && (flags & O_APPEND) != 0 ? length_behind(descriptor) : position;
+}
+off64_t place_of_write(int descriptor) noexcept {
+  return place_of_write(descriptor, ::lseek64(descriptor, 0, SEEK_CUR));
+}
+
+bool fits_on_card(int descriptor, std::span<const iovec> pieces) noexcept {
+  uint64_t size = 0;
+  for (const iovec &piece : pieces)
+    size += piece.iov_len;
+  return bytes_that_fit(descriptor, place_of_write(descriptor), size) == size;
+}
+
+/// Write as many bytes as fit on the card, by `next`, one of the original functions.
+template <typename Next>
+ssize_t write_what_fits(int descriptor, size_t size, off64_t position, Next next) noexcept {
+  const uint64_t fitting = bytes_that_fit(descriptor, position, size);
+  if (fitting != 0 || size == 0)
+    return next(static_cast<size_t>(fitting));
+  errno = ENOSPC;
+  return -1;
 }
 
 } // namespace
@@ -92,12 +126,18 @@ SIM_DEFINE(ssize_t, write, (int descriptor, const void *data, size_t size)) {
   const file_kind kind = kind_behind(descriptor);
   if (has_own_manner(kind))
     return write_on(kind, descriptor, data, size);
+  if (kind == file_kind::plain)
+    return write_what_fits(descriptor, size, place_of_write(descriptor),
+                           [=](size_t count) { return SIM_NEXT(write)(descriptor, data, count); });
   return is_paced_terminal(descriptor) ? send_to_terminal(descriptor, data, size)
                                        : SIM_NEXT(write)(descriptor, data, size);
 }
 
 SIM_DEFINE(ssize_t, writev, (int descriptor, const iovec *pieces, int count)) {
   const file_kind kind = kind_behind(descriptor);
+  if (kind == file_kind::plain && count > 0 &&
+      !fits_on_card(descriptor, {pieces, static_cast<size_t>(count)}))
+    return sim_write(descriptor, pieces[0].iov_base, pieces[0].iov_len); // the caller continues with the rest
   return count >= 0 && (has_own_manner(kind) || is_paced_terminal(descriptor))
              ? write_pieces(kind, descriptor, {pieces, static_cast<size_t>(count)})
              : SIM_NEXT(writev)(descriptor, pieces, count);
@@ -105,22 +145,43 @@ SIM_DEFINE(ssize_t, writev, (int descriptor, const iovec *pieces, int count)) {
 
 SIM_DEFINE(ssize_t, pwrite, (int descriptor, const void *data, size_t size, short_offset offset)) {
   const file_kind kind = kind_behind(descriptor);
+  if (kind == file_kind::plain)
+    return write_what_fits(descriptor, size, place_of_write(descriptor, offset),
+                           [=](size_t count) { return SIM_NEXT(pwrite)(descriptor, data, count, offset); });
   return has_own_manner(kind) ? write_at(kind, descriptor, data, size, offset)
                               : SIM_NEXT(pwrite)(descriptor, data, size, offset);
 }
 
 SIM_DEFINE(ssize_t, pwrite64, (int descriptor, const void *data, size_t size, off64_t offset)) {
   const file_kind kind = kind_behind(descriptor);
+  if (kind == file_kind::plain)
+    return write_what_fits(descriptor, size, place_of_write(descriptor, offset),
+                           [=](size_t count) { return SIM_NEXT(pwrite64)(descriptor, data, count, offset); });
   return has_own_manner(kind) ? write_at(kind, descriptor, data, size, offset)
                               : SIM_NEXT(pwrite64)(descriptor, data, size, offset);
 }
 
 SIM_DEFINE(int, ftruncate, (int descriptor, short_offset length)) {
-  return may_set_length(descriptor) ? SIM_NEXT(ftruncate)(descriptor, length) : -1;
+  return may_set_length(descriptor, length) ? SIM_NEXT(ftruncate)(descriptor, length) : -1;
 }
 
 SIM_DEFINE(int, ftruncate64, (int descriptor, off64_t length)) {
-  return may_set_length(descriptor) ? SIM_NEXT(ftruncate64)(descriptor, length) : -1;
+  return may_set_length(descriptor, length) ? SIM_NEXT(ftruncate64)(descriptor, length) : -1;
+}
+
+/// The C library writes streams by a function of its own.
+SIM_DEFINE(size_t, fwrite, (const void *data, size_t size, size_t count, std::FILE *stream)) {
+  const int descriptor = stream != nullptr ? ::fileno_unlocked(stream) : -1;
+  if (size == 0 || kind_behind(descriptor) != file_kind::plain)
+    return SIM_NEXT(fwrite)(data, size, count, stream);
+  const off64_t position = place_of_write(descriptor) + static_cast<off64_t>(::__fpending(stream));
+  const uint64_t fitting = bytes_that_fit(descriptor, position, uint64_t{size} * count);
+  if (fitting == uint64_t{size} * count)
+    return SIM_NEXT(fwrite)(data, size, count, stream);
+  const size_t written = SIM_NEXT(fwrite)(data, 1, static_cast<size_t>(fitting), stream);
+  stream->_flags |= _IO_ERR_SEEN;
+  errno = ENOSPC;
+  return written / size;
 }
 
 namespace dravik::sim {

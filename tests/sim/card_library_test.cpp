@@ -3,8 +3,10 @@
 #include "dravik.h"
 #include "sim/card_stage.hpp"
 
+#include <cerrno>
 #include <filesystem>
 #include <gmock/gmock.h>
+#include <sys/statfs.h>
 
 namespace dravik::test {
 namespace {
@@ -62,6 +64,53 @@ TEST_F(SimCardInUse, ReportsRemovalInEveryScan) {
 TEST_F(SimCardInUse, ReportsLockedAsNotWritable) {
   put_in(sim::card_lock::on);
   EXPECT_EQ(status(), DRAVIK_CARD_HEALTHY & ~DRAVIK_CARD_WRITABLE);
+}
+
+TEST_F(SimCardInUse, EndsWritesWithItsFreeSpace) {
+  struct statfs64 space;
+  ASSERT_EQ(::statfs64("/tmp/mmcblk0p1", &space), 0);
+  const auto cluster = static_cast<off64_t>(space.f_bsize);
+  const off64_t all = static_cast<off64_t>(space.f_bfree) * cluster;
+  const std::string block(static_cast<size_t>(2 * cluster), 'f');
+  const int film = ::open("/tmp/mmcblk0p1/FILM", O_WRONLY | O_CREAT | O_APPEND, 0644);
+  EXPECT_EQ(::ftruncate64(film, all + 1), -1);
+  EXPECT_EQ(errno, ENOSPC);
+  ASSERT_EQ(::ftruncate64(film, all - 3 * cluster), 0);
+  EXPECT_EQ(::write(film, block.data(), block.size()), 2 * cluster);
+  EXPECT_EQ(::write(film, block.data(), block.size()), cluster) << "the last one";
+  EXPECT_EQ(::write(film, block.data(), 1), -1);
+  EXPECT_EQ(errno, ENOSPC);
+  EXPECT_EQ(::pwrite(film, block.data(), 1, 0), -1) << "appends";
+  const int other = ::open("/tmp/mmcblk0p1/FILM", O_WRONLY);
+  EXPECT_EQ(::pwrite(other, block.data(), 1, 0), 1) << "needs no space";
+  ::close(other);
+  ASSERT_EQ(::statfs64("/tmp/mmcblk0p1", &space), 0);
+  EXPECT_EQ(space.f_bfree, 0U);
+  ::close(film);
+  unmount();
+  mount();
+  EXPECT_EQ(std::filesystem::file_size(board_.path("tmp/mmcblk0p1/FILM")), static_cast<uint64_t>(all));
+}
+
+TEST_F(SimCardInUse, CutsScreenshotIfFull) {
+  struct statfs64 space;
+  ASSERT_EQ(::statfs64("/tmp/mmcblk0p1", &space), 0);
+  const auto cluster = static_cast<off64_t>(space.f_bsize);
+  const int film = ::open("/tmp/mmcblk0p1/FILM", O_WRONLY | O_CREAT, 0644);
+  ASSERT_EQ(::ftruncate64(film, (static_cast<off64_t>(space.f_bfree) - 100) * cluster), 0);
+  ::close(film);
+  const std::vector<uint16_t> pixels(size_t{640} * 480, 0x1234);
+  EXPECT_EQ(fb_get_bmp_file(pixels.data()), -1);
+  int screenshots = 0;
+  for (const auto &entry : std::filesystem::directory_iterator{board_.path("tmp/mmcblk0p1")})
+    if (entry.path().extension() == ".bmp") {
+      EXPECT_LT(entry.file_size(), 614466U);
+      EXPECT_GT(entry.file_size(), 0U);
+      ++screenshots;
+    }
+  EXPECT_EQ(screenshots, 1);
+  ASSERT_EQ(::unlink("/tmp/mmcblk0p1/FILM"), 0);
+  EXPECT_EQ(fb_get_bmp_file(pixels.data()), 0);
 }
 
 TEST_F(SimCardInUse, FindsRecordings) {
