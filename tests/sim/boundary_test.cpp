@@ -3,6 +3,7 @@
 // filter first.
 
 #include "sim/launcher.hpp"
+#include "support/serial_keeper.hpp"
 
 #include <cerrno>
 #include <cstddef>
@@ -57,6 +58,7 @@ protected:
   }
   ~Boundary() override {
     std::filesystem::current_path("/");
+    await_serial_keeper(at("desk"));
     std::filesystem::remove_all(directory_);
   }
 
