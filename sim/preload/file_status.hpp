@@ -70,8 +70,7 @@ constexpr last_link last_link_of(int flags) noexcept {
 
 } // namespace dravik::sim
 
-// Definitions of the calls. The layout of a record depends on the sizes of offsets and times for which a file is
-// compiled.
+// Definitions of the calls. The layout of a record depends on the sizes of offsets and times in its source file.
 
 #define SIM_STATUS_OF_PATH(call, record, last)                                                               \
   SIM_DEFINE(int, call, (const char *path, record *status)) {                                                \
