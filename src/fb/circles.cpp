@@ -6,18 +6,16 @@
 // the rounding of the addition. Such points are cached with the sums from which they round to a whole number.
 
 #include "fb/fill.hpp"
+#include "fb/half_circle.hpp"
 #include "fb/near_sum.hpp"
+#include "fb/whole_points.hpp"
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <span>
 
 namespace dravik::fb {
 namespace {
-
-constexpr double pi = 3.141592653589793;
-constexpr double steps_per_radius = 3.6; ///< per half circle
 
 /// A point of the outline relative to the centre.
 struct point {
@@ -48,18 +46,6 @@ void outline_by_definition(const surface &on, int32_t cx, int32_t cy, int32_t r,
   }
 }
 
-/// A coordinate of a cached outline: the whole number below it.
-struct rounded {
-  int32_t down;
-  double from_middle; ///< distance to the middle between two whole numbers
-
-  explicit rounded(double value) noexcept {
-    constexpr int32_t bias = 4096; // makes it positive
-    down = static_cast<int32_t>(value + bias) - bias;
-    from_middle = std::fabs(value - down - 0.5);
-  }
-};
-
 /// A cached point next to a whole number, and its mirror image.
 struct near_point {
   near_sum x, y, mirrored_x, mirrored_y;
@@ -70,13 +56,13 @@ class kept_outlines {
 public:
   /// Return false if the outline cannot be cached.
   bool draw(const surface &on, int32_t cx, int32_t cy, int32_t r, uint16_t colour) noexcept {
-    if (r > largest_radius)
+    if (r > largest_tabled_radius)
       return false;
     if (pitch_ != on.pitch)
       forget(on.pitch);
     outline &points = outlines_[static_cast<size_t>(r)];
-    if (points.exact_count == 0 && !build(r, points))
-      return false;
+    if (points.exact_count == 0)
+      build(r, points);
     pixel *const centre = on.at(cx, cy), *const opposite = step(centre, -on.pitch - 2);
     for (const int32_t offset : std::span{&offsets_[points.first], points.count}) {
       *step(centre, offset) = colour;
@@ -103,58 +89,45 @@ private:
     outlines_ = {};
   }
 
-  /// Compute an outline. Return false if too many of its points are next to whole numbers.
-  bool build(int32_t r, outline &points) noexcept {
-    const double radius = r;
-    if (count_ + static_cast<size_t>(steps_per_radius * radius) + 2 > offsets_.size() ||
-        exact_count_ + most_exact > exact_.size())
+  /// Compute an outline in fixed point.
+  void build(int32_t r, outline &points) noexcept {
+    const whole_points whole(r);
+    const auto all = static_cast<size_t>(whole.all());
+    if (count_ + all > offsets_.size() || exact_count_ + whole.size() > exact_.size())
       forget(pitch_);
-    outline made = {count_, 0, exact_count_, 0};
-    const double step = pi / (radius * steps_per_radius);
-    double step_sine, step_cosine;
-    ::sincos(step, &step_sine, &step_cosine);
-    // Rotated by one step at a time; sine and cosine are computed for exact points only.
-    point unit = {1.0, 0.0};
-    // NOLINTNEXTLINE(cert-flp30-c,clang-analyzer-security.FloatLoopCounter)
-    for (double theta = 0.0; theta <= pi; theta += step) {
-      const rounded x(radius * unit.x), y(radius * unit.y);
-      if (std::max(x.from_middle, y.from_middle) < 0.5 - near_whole) {
-        keep_rounded(made, static_cast<int32_t>(y.down * pitch_ + x.down * 2));
-      } else if (!keep_exact(made, theta, radius)) {
-        return false;
-      }
-      unit = {unit.x * step_cosine - unit.y * step_sine, unit.y * step_cosine + unit.x * step_sine};
+    points = {count_, 0, exact_count_, 0};
+    half_circle at(r);
+    int32_t done = 0;
+    for (const whole_point &p : whole) {
+      keep_rounded(at, p.step - done);
+      keep_exact(at, p);
+      at.advance();
+      done = p.step + 1;
     }
-    points = made;
-    count_ = static_cast<uint16_t>(made.first + made.count);
-    exact_count_ = static_cast<uint16_t>(made.exact_first + made.exact_count);
-    return true;
+    keep_rounded(at, whole.all() - done);
+    points.count = static_cast<uint16_t>(count_ - points.first);
+    points.exact_count = static_cast<uint16_t>(exact_count_ - points.exact_first);
   }
 
-  void keep_rounded(outline &made, int32_t offset) noexcept {
-    // Neighbours often share a pixel, which no branch predictor foresees: store always, count if different.
-    int32_t *const next = &offsets_[made.first + made.count];
-    *next = offset;
-    made.count += made.count == 0 || next[-1] != offset;
+  /// Cache points up to the next one that is next to a whole number.
+  void keep_rounded(half_circle &at, int32_t steps) noexcept {
+    int32_t *const first = &offsets_[count_], *next = first;
+    const ptrdiff_t pitch = pitch_;
+    for (; steps > 0; --steps, at.advance()) {
+      // Neighbours often share a pixel, which no branch predictor foresees: store always, count if different.
+      *next = static_cast<int32_t>(at.y() * pitch + at.x() * 2);
+      next += next == first || next[-1] != *next;
+    }
+    count_ = static_cast<uint16_t>(next - offsets_.data());
   }
 
-  bool keep_exact(outline &made, double theta, double radius) noexcept {
-    if (made.exact_count == most_exact)
-      return false;
-    double sine = 0.0, cosine = 1.0;
-    if (theta != 0.0)
-      ::sincos(theta, &sine, &cosine);
-    const double x = radius * cosine, y = radius * sine;
-    exact_[made.exact_first + made.exact_count++] = {near_sum(x), near_sum(y), near_sum(-x), near_sum(-y)};
-    return true;
+  void keep_exact(const half_circle &at, const whole_point &p) noexcept {
+    exact_[exact_count_++] = {{at.x(), p.x}, {at.y(), p.y}, {at.minus_x(), -p.x}, {at.minus_y(), -p.y}};
   }
-
-  static constexpr int32_t largest_radius = 340;
-  static constexpr size_t most_exact = 32; ///< points per outline
 
   ptrdiff_t pitch_ = 0;
   uint16_t count_ = 0, exact_count_ = 0;
-  std::array<outline, largest_radius + 1> outlines_ = {};
+  std::array<outline, largest_tabled_radius + 1> outlines_ = {};
   std::array<int32_t, 8192> offsets_ = {};
   std::array<near_point, 128> exact_ = {};
 };
