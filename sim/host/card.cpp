@@ -1,6 +1,7 @@
 // The memory card of a board: an image, and the actions on it.
 
 #include "host/card.hpp"
+#include "board/settings_text.hpp"
 #include "host/board_directory.hpp"
 #include "host/card_in_hand.hpp"
 #include "host/card_journal.hpp"
@@ -55,9 +56,23 @@ void mount_if_possible(const std::string &board) {
   [[maybe_unused]] const bool is_mounted = mount_files(board, way, error);
 }
 
+/// Without the script of a board that follows the card, a mount stays when its card is pulled, and a card that
+/// is put in is not mounted, as in the kernel.
+bool script_follows_card(const std::string &board) {
+  std::string settings;
+  std::string error;
+  return !read_text_in_board(board, "board.conf", settings, error) ||
+         value_of(settings, "card_mounts") != "kernel";
+}
+
+bool release(const std::string &board, std::string &error) {
+  return script_follows_card(board) || !is_mounted(board) ? unmount_if_mounted(board, error)
+                                                          : leave_mount_without_card(board, error);
+}
+
 bool take_out(const std::string &board, std::string &error) {
   const card_files card{board};
-  return unmount_if_mounted(board, error) && begin_report(board, error) &&
+  return release(board, error) && begin_report(board, error) &&
          move_file(card.image(), card.image_out_of_slot(), error) && report_card(board, error);
 }
 
@@ -69,9 +84,13 @@ bool put_in(const std::string &board, card_lock lock, std::string &error) {
   }
   if (card_is_in(board) && !take_out(board, error))
     return false;
-  if (!replace_file(card.lock_line(), lock == card_lock::on ? "1\n" : "0\n", error) ||
-      !begin_report(board, error) || !move_file(card.image_out_of_slot(), card.image(), error) ||
-      !report_card(board, error))
+  return replace_file(card.lock_line(), lock == card_lock::on ? "1\n" : "0\n", error) &&
+         outlive_pull(board, error) && begin_report(board, error) &&
+         move_file(card.image_out_of_slot(), card.image(), error);
+}
+
+bool put_in_and_mount(const std::string &board, card_lock lock, std::string &error) {
+  if (!put_in(board, lock, error) || !report_card(board, error))
     return false;
   mount_if_possible(board);
   return true;
@@ -111,7 +130,7 @@ bool make_card(const std::string &board, uint32_t mebibytes, std::string &error)
     return false;
   if (make_file_system(card.fresh_image(), place, {"-F", "32"}, &said) == 0)
     return move_file(card.fresh_image(), card.image_out_of_slot(), error) &&
-           put_in(board, card_lock::off, error);
+           put_in_and_mount(board, card_lock::off, error);
   error = "mkfs.vfat: " + said;
   ::unlink(card.fresh_image().c_str());
   return false;
@@ -119,7 +138,10 @@ bool make_card(const std::string &board, uint32_t mebibytes, std::string &error)
 
 bool insert_card(const std::string &board, card_lock lock, std::string &error) {
   const card_in_hand hand{board};
-  return finish_interrupted(board, error) && put_in(board, lock, error);
+  if (!finish_interrupted(board, error))
+    return false;
+  return script_follows_card(board) ? put_in_and_mount(board, lock, error)
+                                    : put_in(board, lock, error) && report_arrival(board, error);
 }
 
 bool remove_card(const std::string &board, std::string &error) {
@@ -157,7 +179,9 @@ bool restart_card(const std::string &board, std::string &error) {
   const card_in_hand hand{board};
   if (!finish_interrupted(board, error))
     return false;
-  if (!card_is_in(board) || !unmount_if_mounted(board, error))
+  if (!card_is_in(board) && !is_pulled(board))
+    return true;
+  if (!unmount_if_mounted(board, error))
     return true; // what cannot be written to the card remains mounted
   if (!report_card(board, error))
     return false;

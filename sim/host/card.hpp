@@ -21,10 +21,11 @@ enum class card_lock : bool { off, on };
 [[nodiscard]] bool make_card(const std::string &board, uint32_t mebibytes, std::string &error);
 
 /// Insert the card; an inserted card is removed first. It is mounted if it has a partition with a FAT file
-/// system, read-only if it is write-protected.
+/// system, read-only if it is write-protected; not with `card_mounts=kernel`.
 [[nodiscard]] bool insert_card(const std::string &board, card_lock lock, std::string &error);
 
-/// Unmount and remove the card, even if its files are open.
+/// Unmount and remove the card, even if its files are open. With `card_mounts=kernel`, the mount stays without
+/// its card, until it is unmounted.
 [[nodiscard]] bool remove_card(const std::string &board, std::string &error);
 
 [[nodiscard]] bool mount_card(const std::string &board, bool read_only, std::string &error);

@@ -75,6 +75,7 @@ bool uncover(const card_files &card, std::string &error) {
 bool finish_put_away(const std::string &board, std::string &error) {
   const card_files card{board};
   ::unlink(card.record().c_str());
+  ::unlink(card.pulled().c_str());
   if (!uncover(card, error) || !report_mount(board, mount_state::none, error))
     return false;
   std::error_code code;
@@ -94,11 +95,12 @@ bool finish_mount(const std::string &board, const mount_record &record, std::str
 }
 
 /// Files that an action reads, replaces or moves. A board is untrusted: none of them may be a link.
-constexpr const char *used_paths[] = {
-    "card",         "card/below",      "card/files",    "card/mmcblk0", "card/mounting",     "card/unmounted",
-    "dev",          "dev/mmcblk0",     "dev/mmcblk0p1", "gpio",         "gpio/68",           "proc",
-    "proc/mounts",  "proc/partitions", "sys",           "sys/block",    "sys/block/mmcblk0", "tmp",
-    "tmp/mmcblk0p1"};
+constexpr const char *used_paths[] = {"card",          "card/below",  "card/files",        "card/mmcblk0",
+                                      "card/mounting", "card/pulled", "card/report",       "card/unmounted",
+                                      "dev",           "dev/mmcblk0", "dev/mmcblk0p1",     "gpio",
+                                      "gpio/68",       "proc",        "proc/mounts",       "proc/partitions",
+                                      "sys",           "sys/block",   "sys/block/mmcblk0", "tmp",
+                                      "tmp/mmcblk0p1"};
 
 bool has_no_links(const std::string &board, std::string &error) {
   std::error_code code;
@@ -120,7 +122,27 @@ void remove_leftovers(const card_files &card) {
         ::unlink(entry.path().c_str());
 }
 
+/// Whether a card was put in while the mount of a pulled one existed.
+constexpr std::string_view outlived = "outlived\n";
+bool is_outlived(const card_files &card) {
+  std::string text;
+  std::string error;
+  return read_file(card.pulled(), text, error) && text == outlived;
+}
+
 } // namespace
+
+bool begin_pull(const std::string &board, std::string &error) {
+  return replace_file(card_files{board}.pulled(), "", error);
+}
+
+bool outlive_pull(const std::string &board, std::string &error) {
+  return !is_pulled(board) || replace_file(card_files{board}.pulled(), outlived, error);
+}
+
+bool is_pulled(const std::string &board) {
+  return exists(card_files{board}.pulled());
+}
 
 bool put_in_place(const std::string &board, std::string &error) {
   const card_files card{board};
@@ -157,6 +179,8 @@ bool finish_interrupted(const std::string &board, std::string &error) {
   std::error_code code;
   if (!record)
     files::remove_all(card.staged(), code);
+  if (!record || (exists(card.image()) && !is_outlived(card)))
+    ::unlink(card.pulled().c_str());
   const bool is_settled = exists(card.discarded()) ? finish_put_away(board, error)
                           : record                 ? finish_mount(board, *record, error)
                                                    : !exists(card.below_mount()) || uncover(card, error);

@@ -288,6 +288,21 @@ written copy_back(const std::string &board, const mount_record &record, std::str
   return update_image(board, changes, now, error) ? written::all : otherwise;
 }
 
+/// `finish` ends a mount whose files the card has.
+bool end_mount(const std::string &board, const mount_record &record,
+               bool (*finish)(const std::string &board, std::string &error), std::string &error) {
+  switch (record.is_writable ? copy_back(board, record, error) : written::all) {
+  case written::all:
+    return finish(board, error);
+  case written::unusable_card:
+    error += "; its files stay in " + card_files{board}.mount_point();
+    return leave_files_behind(board, error);
+  case written::none:
+    break;
+  }
+  return false;
+}
+
 } // namespace
 
 bool mount_files(const std::string &board, mount_way way, std::string &error) {
@@ -309,16 +324,16 @@ bool unmount_files(const std::string &board, std::string &error) {
   }
   if (!record) // /proc/mounts was written by hand
     return report_mount(board, mount_state::none, error);
-  switch (record->is_writable ? copy_back(board, *record, error) : written::all) {
-  case written::all:
+  if (is_pulled(board))
     return put_away(board, error);
-  case written::unusable_card:
-    error += "; its files stay in " + card_files{board}.mount_point();
-    return leave_files_behind(board, error);
-  case written::none:
-    break;
-  }
-  return false;
+  return end_mount(board, *record, put_away, error);
+}
+
+bool leave_mount_without_card(const std::string &board, std::string &error) {
+  const auto record = load_record(card_files{board}.record());
+  if (is_pulled(board))
+    return true;
+  return record ? end_mount(board, *record, begin_pull, error) : unmount_files(board, error);
 }
 
 } // namespace dravik::sim

@@ -16,4 +16,8 @@ enum class mount_way : bool { writable, read_only };
 /// card's file system, they remain in the directory, and `error` is a warning.
 [[nodiscard]] bool unmount_files(const std::string &board, std::string &error);
 
+/// Write what has changed at the mount point to the card, and leave the mount without a card. Fails as
+/// unmount_files() does. Does nothing if the mount is without a card already.
+[[nodiscard]] bool leave_mount_without_card(const std::string &board, std::string &error);
+
 } // namespace dravik::sim

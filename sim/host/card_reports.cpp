@@ -5,9 +5,11 @@
 #include "board/settings_text.hpp"
 #include "host/board_directory.hpp"
 
+#include <chrono>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
+#include <thread>
 
 namespace dravik::sim {
 namespace {
@@ -75,13 +77,18 @@ bool report_partition(const std::string &board, const partition &first, std::str
          write_file(root + card_texts::partition_size, std::to_string(first.length) + "\n", error);
 }
 
-bool report_slot(const std::string &board, std::string &error) {
+constexpr auto time_to_find_partition = std::chrono::milliseconds{500};
+
+enum class scan : uint8_t { of_card, of_partition };
+
+bool report_slot(const std::string &board, scan done, std::string &error) {
   const unique_fd card{::open(card_files{board}.image().c_str(), O_RDONLY | O_CLOEXEC)};
   struct stat status;
   if (!card || ::fstat(card.get(), &status) != 0)
     return true;
   const uint64_t sectors = static_cast<uint64_t>(status.st_size) / sector_bytes;
-  const partition first = first_partition(read_sector(card.get(), 0), sectors);
+  const partition first =
+      done == scan::of_partition ? first_partition(read_sector(card.get(), 0), sectors) : partition{};
   std::string lines = lines_without(board, partition_list, disk) + partition_line(0, sectors, "mmcblk0");
   if (first.length != 0)
     lines += partition_line(1, first.length, "mmcblk0p1");
@@ -96,8 +103,20 @@ bool begin_report(const std::string &board, std::string &error) {
   return write_file(card_files{board}.report_begun(), {}, error);
 }
 
+bool report_arrival(const std::string &board, std::string &error) {
+  if (!begin_report(board, error) || !report_empty_slot(board, error) ||
+      !report_slot(board, scan::of_card, error))
+    return false;
+  std::this_thread::sleep_for(time_to_find_partition);
+  if (!report_slot(board, scan::of_partition, error))
+    return false;
+  ::unlink(card_files{board}.report_begun().c_str());
+  return true;
+}
+
 bool report_card(const std::string &board, std::string &error) {
-  if (!begin_report(board, error) || !report_empty_slot(board, error) || !report_slot(board, error))
+  if (!begin_report(board, error) || !report_empty_slot(board, error) ||
+      !report_slot(board, scan::of_partition, error))
     return false;
   ::unlink(card_files{board}.report_begun().c_str());
   return true;

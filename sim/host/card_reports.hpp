@@ -21,7 +21,10 @@ struct card_files {
   std::string below_mount() const { return board + "/card/below"; }   ///< what the mount point held before
   std::string discarded() const { return board + "/card/unmounted"; } ///< the previous mount point
   std::string report_begun() const { return board + "/card/report"; } ///< exists until report_card() is done
-  std::string read_back() const { return board + "/card/readback"; }  ///< a copy of a fresh image's files
+  std::string pulled() const {
+    return board + "/" + card_texts::pulled;
+  } ///< exists while a mount without card does
+  std::string read_back() const { return board + "/card/readback"; } ///< a copy of a fresh image's files
   std::string lock_line() const { return board + "/" + card_texts::locked_line; }
 
   std::string board;
@@ -34,6 +37,9 @@ struct card_files {
 /// Report the inserted card, or the empty slot. The partition is that of the boot record now. Return
 /// false and set `error` on failure.
 [[nodiscard]] bool report_card(const std::string &board, std::string &error);
+
+/// The same for a card that comes into the slot: the kernel reports the partition half a second after the card.
+[[nodiscard]] bool report_arrival(const std::string &board, std::string &error);
 
 /// The partition in the kernel's list; of length 0 if there is none.
 partition known_partition(const std::string &board);

@@ -22,9 +22,9 @@ Handle the memory card of a simulated board.
 Without ACTION, prints the state of the card.
 
 Actions:
-  in        insert the card; it is mounted
+  in        insert the card; it is mounted, except with card_mounts=kernel
   locked    insert it write-protected; it is mounted read-only
-  out       unmount and remove it
+  out       unmount and remove it; with card_mounts=kernel, its mount stays
   mount     mount it on BOARD/tmp/mmcblk0p1; read-only with -r or -o ro
   umount    write changes in BOARD/tmp/mmcblk0p1 to the card, and unmount it;
             fails while files of the card are open, except with -l

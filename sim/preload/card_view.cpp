@@ -4,6 +4,7 @@
 #include "base/unique_fd.hpp"
 #include "board/board_files.hpp"
 #include "board/preserve_errno.hpp"
+#include "preload/path_map.hpp"
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -60,6 +61,15 @@ bool card_is_mounted() noexcept {
 
 bool card_is_read_only() noexcept {
   return state_of_mount() == mount_state::read_only;
+}
+
+bool card_is_pulled() noexcept {
+  const preserve_errno unchanged;
+  return unique_fd{open_board_file(card_texts::pulled, O_PATH)}.get() >= 0;
+}
+
+bool is_on_pulled_card(int descriptor) noexcept {
+  return is_on_card(descriptor_name{descriptor}) && card_is_pulled();
 }
 
 bool card_is_locked() noexcept {

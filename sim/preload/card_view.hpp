@@ -21,6 +21,12 @@ bool card_is_mounted() noexcept;
 /// Whether the card is mounted read-only.
 bool card_is_read_only() noexcept;
 
+/// Whether the mounted card was pulled: what is behind the mount is gone, even if a card is put in again.
+bool card_is_pulled() noexcept;
+
+/// Whether an open file is on a card that was pulled.
+bool is_on_pulled_card(int descriptor) noexcept;
+
 /// Whether the write-protect switch is on.
 bool card_is_locked() noexcept;
 

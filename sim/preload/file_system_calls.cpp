@@ -4,6 +4,7 @@
 #include "preload/next.hpp"
 #include "preload/path_map.hpp"
 
+#include <cerrno>
 #include <linux/magic.h>
 #include <sys/statfs.h>
 #include <sys/statvfs.h>
@@ -40,6 +41,14 @@ void set_fat_fields(struct statvfs64 &status) noexcept {
   status.f_flag = mount_flags();
 }
 
+/// Without the card, nothing is known of its space; sets errno.
+bool has_file_system(const char *name) noexcept {
+  const bool is_gone = is_on_card(name) && card_is_pulled();
+  if (is_gone)
+    errno = EIO;
+  return !is_gone;
+}
+
 /// Replace the figures of the host by those of the card if `name` is on a mounted card.
 template <typename Status> int report_card_space(const char *name, int result, Status *status) noexcept {
   const card_space space = result == 0 && is_on_card(name) ? read_card_space() : card_space{};
@@ -57,18 +66,22 @@ template <typename Status> int report_card_space(const char *name, int result, S
 } // namespace dravik::sim
 
 using dravik::sim::descriptor_name;
+using dravik::sim::has_file_system;
 using dravik::sim::report_card_space;
 using dravik::sim::seen_path;
 
 #define SIM_OF_PATH(call, record)                                                                            \
   SIM_DEFINE(int, call, (const char *path, struct record *status)) {                                         \
     const seen_path mapped{path};                                                                            \
-    return report_card_space(mapped.name(), SIM_NEXT(call)(mapped, status), status);                         \
+    return has_file_system(mapped.name())                                                                    \
+               ? report_card_space(mapped.name(), SIM_NEXT(call)(mapped, status), status)                    \
+               : -1;                                                                                         \
   }
 
 #define SIM_OF_DESCRIPTOR(call, record)                                                                      \
   SIM_DEFINE(int, call, (int descriptor, struct record *status)) {                                           \
-    return report_card_space(descriptor_name{descriptor}, SIM_NEXT(call)(descriptor, status), status);       \
+    const descriptor_name name{descriptor};                                                                  \
+    return has_file_system(name) ? report_card_space(name, SIM_NEXT(call)(descriptor, status), status) : -1; \
   }
 
 SIM_OF_PATH(statfs, statfs)

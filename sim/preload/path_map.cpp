@@ -93,7 +93,13 @@ bool exists(const char *path) noexcept {
   return ::syscall(SYS_statx, AT_FDCWD, path, AT_SYMLINK_NOFOLLOW, STATX_TYPE, &status) == 0;
 }
 
-/// For a link that leads out of the board: no such file.
+/// The mount point itself remains known when its card is pulled.
+bool is_below_mount_point(const char *name) noexcept {
+  return is_on_card(name) && name[card_mount_point.size()] == '/' &&
+         name[card_mount_point.size() + 1] != '\0';
+}
+
+/// For a link that leads out of the board and a file of a card that was pulled: no such file.
 constexpr const char *outside = "/proc/self/outside-the-board";
 
 bool ends_like_a_directory(std::string_view path) noexcept {
@@ -209,6 +215,9 @@ void board_path::map(const char *board, const char *path, int directory, last_li
     name_ = name;
     path_ = !whole.overflowed() && !follow_board_links(text_, board_length, last) ? outside : text_;
     kind_ = kind_of(name) != file_kind::none ? kind_of(name) : file_kind::plain;
+    is_unreachable_ = is_below_mount_point(name) && card_is_pulled();
+    if (is_unreachable_)
+      path_ = outside;
     if (path_ == text_ && is_on_card(name) && card_is_mounted())
       use_stored_names(text_, name + card_mount_point.size());
   } else if (whole.left_board() && !is_inside_already) {

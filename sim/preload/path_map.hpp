@@ -5,6 +5,7 @@
 #include "board/board_table.hpp"
 #include "board/chosen_board.hpp"
 
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <fcntl.h>
@@ -25,6 +26,11 @@ class board_path {
 public:
   explicit board_path(const char *path, int directory = AT_FDCWD,
                       last_link last = last_link::followed) noexcept;
+  /// Every call with a path on a card that was pulled fails with EIO.
+  ~board_path() {
+    if (is_unreachable_)
+      errno = EIO;
+  }
   board_path(const board_path &) = delete;
   board_path &operator=(const board_path &) = delete;
 
@@ -43,6 +49,7 @@ private:
   const char *path_;
   const char *name_ = nullptr;
   file_kind kind_ = file_kind::none;
+  bool is_unreachable_ = false;
   char text_[longest_path]; // not initialised until it is needed
 };
 

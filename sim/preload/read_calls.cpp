@@ -1,6 +1,7 @@
 // The calls that read from devices.
 
 #include "board/board_files.hpp"
+#include "preload/card_view.hpp"
 #include "preload/device.hpp"
 #include "preload/kernel_files.hpp"
 #include "preload/next.hpp"
@@ -8,9 +9,13 @@
 namespace dravik::sim {
 namespace {
 
-/// Read by the device's function, if it has one, else by the original, `next`.
+/// Read by the device's function, if it has one, else by the original, `next`. Nothing is read from a card that
+/// was pulled.
 template <typename Next> ssize_t read_from(int descriptor, void *data, size_t size, Next next) noexcept {
-  if (kind_behind(descriptor) != file_kind::device)
+  const file_kind kind = kind_behind(descriptor);
+  if (kind == file_kind::plain && is_on_pulled_card(descriptor))
+    return as_c_result(ssize_t{-EIO});
+  if (kind != file_kind::device)
     return next();
   const descriptor_name name{descriptor};
   if (const int fault = injected_fault("read", name))

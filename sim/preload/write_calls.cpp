@@ -3,6 +3,7 @@
 
 #include "board/board_files.hpp"
 #include "preload/card_room.hpp"
+#include "preload/card_view.hpp"
 #include "preload/device.hpp"
 #include "preload/kernel_files.hpp"
 #include "preload/next.hpp"
@@ -85,10 +86,15 @@ bool may_set_length(int descriptor, off64_t length) noexcept {
   const file_kind kind = kind_behind(descriptor);
   const auto bytes = static_cast<uint64_t>(std::max<off64_t>(length, 0));
   const bool is_device = kind == file_kind::device;
-  const bool is_full = kind == file_kind::plain && bytes_that_fit(descriptor, 0, bytes) < bytes;
-  if (is_device || is_full)
-    errno = is_device ? EINVAL : ENOSPC;
-  return !is_device && !is_full;
+  if (is_device)
+    errno = EINVAL;
+  else if (kind == file_kind::plain && is_on_pulled_card(descriptor))
+    errno = EIO;
+  else if (kind == file_kind::plain && bytes_that_fit(descriptor, 0, bytes) < bytes)
+    errno = ENOSPC;
+  else
+    return true;
+  return false;
 }
 
 /// Where a write at a position goes: with O_APPEND, the kernel writes at the end.
@@ -110,11 +116,16 @@ bool fits_on_card(int descriptor, std::span<const iovec> pieces) noexcept {
 /// Write as many bytes as fit on the card, by `next`, one of the original functions.
 template <typename Next>
 ssize_t write_what_fits(int descriptor, size_t size, off64_t position, Next next) noexcept {
+  if (is_on_pulled_card(descriptor))
+    return as_c_result(ssize_t{-EIO});
   const uint64_t fitting = bytes_that_fit(descriptor, position, size);
-  if (fitting != 0 || size == 0)
-    return next(static_cast<size_t>(fitting));
-  errno = ENOSPC;
-  return -1;
+  return fitting != 0 || size == 0 ? next(static_cast<size_t>(fitting)) : as_c_result(ssize_t{-ENOSPC});
+}
+
+/// Synchronize by `next`, one of the original functions, unless the card was pulled.
+template <typename Next> int synchronize(int descriptor, Next next) noexcept {
+  return kind_behind(descriptor) == file_kind::plain && is_on_pulled_card(descriptor) ? as_c_result(-EIO)
+                                                                                      : next(descriptor);
 }
 
 } // namespace
@@ -169,18 +180,27 @@ SIM_DEFINE(int, ftruncate64, (int descriptor, off64_t length)) {
   return may_set_length(descriptor, length) ? SIM_NEXT(ftruncate64)(descriptor, length) : -1;
 }
 
+SIM_DEFINE(int, fsync, (int descriptor)) {
+  return synchronize(descriptor, SIM_NEXT(fsync));
+}
+
+SIM_DEFINE(int, fdatasync, (int descriptor)) {
+  return synchronize(descriptor, SIM_NEXT(fdatasync));
+}
+
 /// The C library writes streams by a function of its own.
 SIM_DEFINE(size_t, fwrite, (const void *data, size_t size, size_t count, std::FILE *stream)) {
   const int descriptor = stream != nullptr ? ::fileno_unlocked(stream) : -1;
   if (size == 0 || kind_behind(descriptor) != file_kind::plain)
     return SIM_NEXT(fwrite)(data, size, count, stream);
   const off64_t position = place_of_write(descriptor) + static_cast<off64_t>(::__fpending(stream));
-  const uint64_t fitting = bytes_that_fit(descriptor, position, uint64_t{size} * count);
+  const bool is_pulled = is_on_pulled_card(descriptor);
+  const uint64_t fitting = is_pulled ? 0 : bytes_that_fit(descriptor, position, uint64_t{size} * count);
   if (fitting == uint64_t{size} * count)
     return SIM_NEXT(fwrite)(data, size, count, stream);
   const size_t written = SIM_NEXT(fwrite)(data, 1, static_cast<size_t>(fitting), stream);
   stream->_flags |= _IO_ERR_SEEN;
-  errno = ENOSPC;
+  errno = is_pulled ? EIO : ENOSPC;
   return written / size;
 }
 

@@ -79,6 +79,8 @@ protected:
     board_.remove("tmp/mmcblk0p1/removed");
     expected_.erase("removed");
   }
+  /// Mounts stay when their card is pulled.
+  void leave_mounts() { board_.set("card_mounts", "kernel"); }
   void put(const std::string &name, const std::string &contents) {
     board_.write("tmp/mmcblk0p1/" + name, contents);
     expected_[name] = contents;
@@ -237,6 +239,7 @@ private:
     else
       launch_on_copy(next[round / 2 % next.size()]);
     expect_files_exist();
+    std::ofstream{copy_ + "/board.conf"} << settings_;
     EXPECT_EQ(launch_on_copy({"restart"}), 0);
     EXPECT_EQ(launch_on_copy({"out"}), 0);
     expect_settled();
@@ -268,6 +271,7 @@ private:
   }
 
 protected:
+  const std::string settings_ = board_.read("board.conf"); ///< before a test changes them
   tree expected_;
   std::string copy_ = place_of_copies() + files::path{board_.path()}.filename().string() + ".copy";
 };
@@ -294,6 +298,30 @@ TEST_F(SimCardKilled, KeepsEveryFileOnOut) {
   write_files();
   change_files();
   kill_and_expect_files({"out"});
+}
+
+TEST_F(SimCardKilled, KeepsEveryFileOnPull) {
+  write_files();
+  change_files();
+  leave_mounts();
+  kill_and_expect_files({"out"});
+}
+
+TEST_F(SimCardKilled, KeepsEveryFileOnInBesideMountOfPulledCard) {
+  write_files();
+  change_files();
+  leave_mounts();
+  take_out();
+  kill_and_expect_files({"in"});
+}
+
+TEST_F(SimCardKilled, KeepsEveryFileOnUnmountOfPulledCard) {
+  write_files();
+  change_files();
+  leave_mounts();
+  take_out();
+  put_in();
+  kill_and_expect_files({"umount"});
 }
 
 TEST_F(SimCardKilled, KeepsEveryFileOnRestart) {
