@@ -92,6 +92,13 @@ fat_volume read_fat_volume(const sector &first_sector) noexcept {
           static_cast<uint32_t>((fields.total - fields.before_data()) / fields.cluster)};
 }
 
+size_t state_position(const sector &first_sector) noexcept {
+  constexpr size_t table_sectors_of_fat16 = 22; // zero in FAT32
+  const bool is_fat32 =
+      first_sector[table_sectors_of_fat16] == 0 && first_sector[table_sectors_of_fat16 + 1] == 0;
+  return is_fat32 ? 65 : 37;
+}
+
 sector read_sector(int card, uint64_t number) noexcept {
   sector content = {};
   [[maybe_unused]] const ssize_t count =

@@ -34,6 +34,10 @@ struct fat_volume {
 };
 fat_volume read_fat_volume(const sector &first_sector) noexcept;
 
+/// Where the kernel marks a mounted FAT file system as unclean: a byte of its first sector, and the bit in it.
+constexpr uint8_t unclean = 0x01;
+size_t state_position(const sector &first_sector) noexcept;
+
 /// Read a sector of an open card; zeros beyond its end.
 sector read_sector(int card, uint64_t number) noexcept;
 

@@ -303,6 +303,28 @@ bool end_mount(const std::string &board, const mount_record &record,
   return false;
 }
 
+/// The only change of an image in place: of one byte. Does nothing without a file system.
+bool mark_unclean(const std::string &board, std::string &error) {
+  const std::string image = card_files{board}.image();
+  const unique_fd card{::open(image.c_str(), O_RDWR | O_CLOEXEC)};
+  const partition known = known_partition(board);
+  const sector first = read_sector(card.get(), known.start);
+  if (read_fat_volume(first).clusters == 0)
+    return true;
+  const size_t position = state_position(first);
+  const auto state = static_cast<uint8_t>(first[position] | unclean);
+  if (::pwrite(card.get(), &state, 1, static_cast<off_t>(known.start_bytes() + position)) == 1)
+    return true;
+  error = image + ": " + std::strerror(errno);
+  return false;
+}
+
+/// Without an unmount, the file system of a writable mount stays unclean.
+bool end_without_unmount(const std::string &board, std::string &error) {
+  const bool was_writable = read_mount_state(board) == mount_state::writable;
+  return (!was_writable || mark_unclean(board, error)) && begin_pull(board, error);
+}
+
 } // namespace
 
 bool mount_files(const std::string &board, mount_way way, std::string &error) {
@@ -333,7 +355,7 @@ bool leave_mount_without_card(const std::string &board, std::string &error) {
   const auto record = load_record(card_files{board}.record());
   if (is_pulled(board))
     return true;
-  return record ? end_mount(board, *record, begin_pull, error) : unmount_files(board, error);
+  return record ? end_mount(board, *record, end_without_unmount, error) : unmount_files(board, error);
 }
 
 } // namespace dravik::sim

@@ -79,8 +79,11 @@ protected:
     board_.remove("tmp/mmcblk0p1/removed");
     expected_.erase("removed");
   }
-  /// Mounts stay when their card is pulled.
-  void leave_mounts() { board_.set("card_mounts", "kernel"); }
+  /// Mounts stay when their card is pulled; the card is unclean then.
+  void leave_mounts() {
+    board_.set("card_mounts", "kernel");
+    may_be_unclean_ = true;
+  }
   void put(const std::string &name, const std::string &contents) {
     board_.write("tmp/mmcblk0p1/" + name, contents);
     expected_[name] = contents;
@@ -252,6 +255,10 @@ private:
     EXPECT_EQ(launch_on_copy(action), had_effect ? failed : 0) << action[0];
   }
 
+  static void clear_dirty_bit(const std::string &partition) {
+    std::fstream{partition, std::ios::in | std::ios::out | std::ios::binary}.seekp(65).put('\0');
+  }
+
   int launch_on_copy(const words &action) const { return run_program(command(action)); }
   bool is_mounted() const {
     return files_below(copy_ + "/proc")["mounts"].find("mmcblk0p1") != std::string::npos;
@@ -267,11 +274,14 @@ private:
     run_program(
         {"dd", "if=" + image_of_copy(), "of=" + partition, "bs=16384", "skip=1", "count=512", "conv=sparse"});
     files::resize_file(partition, files::file_size(image_of_copy()) - 16384);
+    if (may_be_unclean_)
+      clear_dirty_bit(partition);
     EXPECT_EQ(run_program({"/usr/sbin/fsck.fat", "-n", partition}), 0);
   }
 
 protected:
   const std::string settings_ = board_.read("board.conf"); ///< before a test changes them
+  bool may_be_unclean_ = false;
   tree expected_;
   std::string copy_ = place_of_copies() + files::path{board_.path()}.filename().string() + ".copy";
 };

@@ -14,6 +14,7 @@
 namespace dravik::test {
 namespace {
 
+using testing::HasSubstr;
 using testing::StartsWith;
 
 class SimCardPulled : public SimCard {
@@ -160,6 +161,40 @@ TEST_F(SimCardPulled, IsBusyWhileItsFilesAreOpen) {
   ::close(film);
   unmount();
   EXPECT_EQ(status(), 0x00);
+}
+
+TEST_F(SimCardPulled, IsUncleanUntilRepaired) {
+  EXPECT_EQ(bytes_of_image(16384 + 65, 1), std::string(1, '\0'));
+  take_out();
+  EXPECT_EQ(bytes_of_image(16384 + 65, 1), "\1");
+  EXPECT_THAT(checked_output_of_fsck(1), HasSubstr("Dirty bit is set."));
+  put_in();
+  EXPECT_EQ(sd_card_check_fs(), 0);
+  EXPECT_EQ(board_.read("tmp/debugfs"), "ret : 0\nret : 256\nret : 0\n");
+  EXPECT_EQ(sd_card_check_fs(), 0);
+  EXPECT_EQ(board_.read("tmp/debugfs"), "ret : 0\nret : 0\nret : 0\n");
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/film"), "film");
+}
+
+TEST_F(SimCardPulled, StaysUncleanIfOnlyMountedAgain) {
+  take_out();
+  put_in();
+  unmount();
+  mount();
+  EXPECT_EQ(status(), DRAVIK_CARD_HEALTHY);
+  unmount();
+  checked_output_of_fsck(1);
+}
+
+TEST_F(SimCardPulled, IsCleanIfMountedReadOnlyOrNotAtAll) {
+  unmount();
+  take_out();
+  checked_output_of_fsck(0);
+  put_in(sim::card_lock::on);
+  mount();
+  take_out();
+  EXPECT_EQ(status(), 0x18);
+  checked_output_of_fsck(0);
 }
 
 TEST_F(SimCardPulled, KeepsNothingWrittenBesideTheCard) {
