@@ -118,6 +118,7 @@ template <bool WithoutBlack> struct key_colour {
 template <size_t Alignment, class Key, class Paint>
 void put_keyed_row(pixel *to, const uint8_t *from, size_t width, Key key, Paint paint) noexcept {
   const auto put_some = [=](size_t first, size_t last) {
+#pragma GCC unroll 4
     for (size_t i = first; i < last; ++i)
       if (const auto colour = load<uint16_t, Alignment>(from + i * 2); !key.leaves_out(colour))
         to[i] = paint(colour);
@@ -168,6 +169,12 @@ uint32_t rgb565_at(const uint8_t *bytes) noexcept {
   return fb::truncated_rgb565(bytes[2], bytes[1], bytes[0]);
 }
 
+/// Return two pixels of a row, without reading past them: each channel of both at a time.
+template <size_t PixelSize> uint32_t rgb565_pair_at(const uint8_t *bytes) noexcept {
+  const auto both = [bytes](size_t at) { return fb::pixel_pair(bytes[at], bytes[PixelSize + at]); };
+  return (both(2) & 0x00F8'00F8) << 8 | (both(1) & 0x00FC'00FC) << 3 | (both(0) >> 3 & 0x001F'001F);
+}
+
 /// Store two pixels, or as many pairs as the vectors have words: the left pixels of the pairs come from the
 /// first vector, the right ones from the second.
 template <class Words> void put_pairs(pixel *to, Words left, Words right) noexcept {
@@ -192,8 +199,9 @@ template <size_t PixelSize> void put_true_colour_row(pixel *to, const uint8_t *f
     from += PixelSize;
     --width;
   }
+#pragma GCC unroll 2
   for (; width >= 2; width -= 2, to += 2, from += pair)
-    fb::store_pair(to, rgb565_at(from + PixelSize) << 16 | rgb565_at(from));
+    fb::store_pair(to, rgb565_pair_at<PixelSize>(from));
   if (width != 0)
     *to = static_cast<uint16_t>(rgb565_at(from));
 }
