@@ -17,7 +17,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto pause_while_changing = 26ms; ///< below the 33 ms of a frame: none is missed
+constexpr auto pause_while_changing = 29ms; ///< with the look, below the 33 ms of a frame
 constexpr auto pause_at_rest = 40ms;
 constexpr auto longest_pause = 250ms;
 constexpr auto time_to_rest = 1s;
