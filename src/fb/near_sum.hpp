@@ -11,7 +11,7 @@ class near_sum {
 public:
   near_sum() = default;
   /// @param beside 0 for a coordinate whose sums are whole or above; -n for one that makes sums of 1 to 2^(n-1)
-  /// round below: the spacing of doubles changes after 1, 2, 4, 8 and so on
+  ///   round below: the spacing of doubles changes after 1, 2, 4, 8 and so on
   constexpr near_sum(int32_t whole, int beside) noexcept
       : whole_(whole), below_until_(beside < 0 ? 1U << (-beside - 1) : 0) {}
 
