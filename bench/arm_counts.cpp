@@ -8,6 +8,7 @@
 #include "support/bmp_maker.hpp"
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <string>
 #include <sys/syscall.h>
@@ -161,19 +162,20 @@ double depth_in_icon(int32_t x, int32_t y, int32_t size) {
   return std::max(ring, std::min(size / 16.0 - std::fabs(dy), size / 4.0 - std::fabs(dx)));
 }
 
-void add_icon(int32_t size) {
+void add_icon(int32_t size, uint32_t slot) {
   dravik::test::art_image image = {static_cast<uint32_t>(size), static_cast<uint32_t>(size), {}};
   for (int32_t y = 0; y < size; ++y)
     for (int32_t x = 0; x < size; ++x)
       image.levels.push_back(static_cast<uint8_t>(std::clamp(depth_in_icon(x, y, size) * 6 + 8, 0.0, 15.0)));
-  static bytes archive;
+  static std::array<bytes, 2> archives;
+  bytes &archive = archives[slot];
   archive = dravik::test::archive_maker{{image}}.file();
-  q7bmp_ptr[0] = archive.data();
-  q7bmp_str_num[0] = 1;
+  q7bmp_ptr[slot] = archive.data();
+  q7bmp_str_num[slot] = 1;
   for (const uint16_t back : {uint16_t{DRAVIK_BLACK}, uint16_t{DRAVIK_TRANSPARENT}})
     add((sized("artwork", size, size) + (back == DRAVIK_BLACK ? ", opaque" : ", transparent")).c_str(),
-        [back](const place &p) { fb_q7bmp_show(p.x, p.y, 0, 0, DRAVIK_WHITE, back, DRAVIK_TOP_LEFT); },
-        [=](const place &p) {
+        [=](const place &p) { fb_q7bmp_show(p.x, p.y, slot, 0, DRAVIK_WHITE, back, DRAVIK_TOP_LEFT); },
+        [=, &archive](const place &p) {
           const uint16_t *const colours = gc + DRAVIK_WHITE_ON_BLACK * DRAVIK_RAMP_STEPS;
           plain::artwork(p, size, size, archive.data() + 32, colours, back == DRAVIK_TRANSPARENT);
         });
@@ -312,7 +314,8 @@ void count_all() {
   add_rectangles();
   add_lines();
   add_circles();
-  add_icon(48);
+  add_icon(16, 0);
+  add_icon(48, 1);
   add_font(8, 16);
   add_font(16, 32);
   add_slot(64, 48);
