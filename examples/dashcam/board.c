@@ -122,7 +122,7 @@ struct button {
 
 enum change { CHANGE_NONE, CHANGE_PRESSED, CHANGE_RELEASED, CHANGE_HELD };
 
-static enum change look_at(struct button *button) {
+static enum change look_at(struct button *button, int looks_to_hold) {
   const int was_down = button->is_down;
   button->is_down = gpio_get(button->line) == 1;
   if (button->is_down && !was_down) {
@@ -135,16 +135,16 @@ static enum change look_at(struct button *button) {
     tell("key released");
     return CHANGE_RELEASED;
   }
-  return button->is_down && ++button->looks >= LOOKS_TO_HOLD ? CHANGE_HELD : CHANGE_NONE;
+  return button->is_down && ++button->looks >= looks_to_hold ? CHANGE_HELD : CHANGE_NONE;
 }
 
-enum key board_key(void) {
+enum key board_key(int looks_to_hold) {
   static struct button next = {.line = LINE_NEXT}, ok = {.line = LINE_OK};
   if (!now.has_lines)
     return KEY_NONE;
-  if (look_at(&next) == CHANGE_PRESSED)
+  if (look_at(&next, looks_to_hold) == CHANGE_PRESSED)
     return KEY_NEXT;
-  const enum change change = look_at(&ok);
+  const enum change change = look_at(&ok, looks_to_hold);
   const int is_key = (change == CHANGE_RELEASED || change == CHANGE_HELD) && !ok.is_used;
   ok.is_used |= is_key;
   return !is_key ? KEY_NONE : change == CHANGE_HELD ? KEY_BACK : KEY_OK;

@@ -36,7 +36,7 @@ static int run(const struct options *options) {
 }
 
 int main(int count, char **words) {
-  struct options options = {.start = -1, .language = -1};
+  struct options options = {.start = -1, .hold_ms = 700, .language = -1};
   if (count == 2 && strcmp(words[1], "--list") == 0)
     return print_pages(), 0;
   if (count == 2 && strcmp(words[1], "--help") == 0)

@@ -7,7 +7,7 @@
 
 void print_help(void) {
   puts("Usage: dashcam [--screen NAME [--press KEYS] [--stay]] [--time HH:MM:SS]\n"
-       "               [--language CODE] [--screenshot]\n"
+       "               [--language CODE] [--hold-time MS] [--screenshot]\n"
        "       dashcam --list\n\n"
        "Run a dash camera with its pages, its sound and its recordings, until it is\n"
        "switched off in its menu, or until SIGINT or SIGTERM.\n\n"
@@ -24,6 +24,7 @@ void print_help(void) {
        "  --time HH:MM:SS  start at this time of day (default: now)\n"
        "  --language CODE  use en, de, el, ru, ja, ko or zh (default: that of the\n"
        "                   settings)\n"
+       "  --hold-time MS   go back when OK is held for 100 to 10000 ms (default: 700)\n"
        "  --screenshot     save the page\n"
        "  --list           list the pages");
 }
@@ -41,6 +42,14 @@ static int read_time(const char *text) {
   if (hour < 0 || hour > 23 || minute < 0 || minute > 59 || second < 0 || second > 59)
     return -1;
   return (hour * 60 + minute) * 60 + second;
+}
+
+/* Return the number of milliseconds; -1 if the text is not one from 100 to 10000. */
+static int read_hold_time(const char *text) {
+  int ms, length = 0;
+  if (sscanf(text, "%5d%n", &ms, &length) != 1 || text[length] != '\0')
+    return -1;
+  return ms >= 100 && ms <= 10000 ? ms : -1;
 }
 
 static enum key find_key(const char *name, size_t length) {
@@ -75,6 +84,8 @@ static int read_option(struct options *options, const char *name, const char *va
     return read_keys(options, value);
   if (strcmp(name, "--time") == 0)
     return (options->start = read_time(value)) >= 0 ? 0 : -1;
+  if (strcmp(name, "--hold-time") == 0)
+    return (options->hold_ms = read_hold_time(value)) > 0 ? 0 : -1;
   if (strcmp(name, "--language") == 0)
     return (options->language = language_of_code(value)) >= 0 ? 0 : -1;
   return -1;

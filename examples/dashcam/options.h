@@ -12,6 +12,7 @@ struct options {
   int key_count;
   int is_staying; /* on that page, until a signal */
   int start;      /* seconds of the day; -1: the clock's */
+  int hold_ms;    /* how long OK is held to be BACK */
   int language;   /* instead of that of the settings; -1: none */
   int is_saving;  /* the page */
 };

@@ -81,8 +81,8 @@ static void wait_tick(void) {
 
 /* ---------------------------------------------------------------------------------------------- living */
 
-static void follow_key(void) {
-  const enum key key = board_key();
+static void follow_key(const struct options *options) {
+  const enum key key = board_key(options->hold_ms / TICK_MS);
   if (key == KEY_NONE)
     return;
   speaker_click();
@@ -116,7 +116,7 @@ static void follow_board(const struct options *options) {
 static void live(const struct options *options) {
   while (!is_told_to_end && !is_over) {
     wait_tick();
-    follow_key();
+    follow_key(options);
     if (ticks % TICKS_A_STEP == 0)
       follow_fast();
     if (ticks % TICKS_A_HALF_SECOND == 0)
