@@ -1142,7 +1142,7 @@ extern DRAVIK_API int32_t console_msg_len;
 /** File descriptor of the port; -1 before console_init() and after console_exit(). */
 extern DRAVIK_API int32_t console_write_fd;
 /** 1 if the sending thread is to finish, else 0. */
-extern DRAVIK_API int32_t __console_io_canceled_write; /* NOLINT(bugprone-reserved-identifier) */
+extern DRAVIK_API int32_t __console_io_canceled_write; /* NOLINT(clang-diagnostic-reserved-identifier) */
 
 /**
  * Open the port, make it raw and start the sending thread. Call it once per process.

@@ -3,8 +3,8 @@
 #include "preload/next.hpp"
 
 // The linker's names of the two ends of the section.
-extern "C" dravik::sim::next_symbol __start_next_symbols[]; // NOLINT(bugprone-reserved-identifier)
-extern "C" dravik::sim::next_symbol __stop_next_symbols[];  // NOLINT(bugprone-reserved-identifier)
+extern "C" dravik::sim::next_symbol __start_next_symbols[]; // NOLINT(clang-diagnostic-reserved-identifier)
+extern "C" dravik::sim::next_symbol __stop_next_symbols[];  // NOLINT(clang-diagnostic-reserved-identifier)
 
 namespace {
 

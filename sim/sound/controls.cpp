@@ -202,7 +202,7 @@ extern "C" {
 // ALSA looks up these two names.
 [[gnu::visibility("default")]] int _snd_ctl_dravik_open(snd_ctl_t **control, const char *name, snd_config_t *,
                                                         snd_config_t *configuration, int mode);
-// NOLINTNEXTLINE(bugprone-reserved-identifier)
+// NOLINTNEXTLINE(clang-diagnostic-reserved-identifier)
 [[gnu::visibility("default")]] extern char __snd_ctl_dravik_open_dlsym_control_001;
 
 int _snd_ctl_dravik_open(snd_ctl_t **control, const char *name, snd_config_t *, snd_config_t *configuration,

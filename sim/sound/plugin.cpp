@@ -159,7 +159,7 @@ extern "C" {
 // ALSA looks up these two names.
 [[gnu::visibility("default")]] int _snd_pcm_dravik_open(snd_pcm_t **pcm, const char *name, snd_config_t *,
                                                         snd_config_t *, snd_pcm_stream_t stream, int mode);
-// NOLINTNEXTLINE(bugprone-reserved-identifier)
+// NOLINTNEXTLINE(clang-diagnostic-reserved-identifier)
 [[gnu::visibility("default")]] extern char __snd_pcm_dravik_open_dlsym_pcm_001;
 
 int _snd_pcm_dravik_open(snd_pcm_t **pcm, const char *name, snd_config_t *, snd_config_t *,

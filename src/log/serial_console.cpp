@@ -24,7 +24,7 @@ constinit char console_msg[DRAVIK_CONSOLE_MESSAGE_SIZE] = {};
 constinit int32_t console_msg_len = 0;
 constinit int32_t console_write_fd = -1;
 constinit int32_t __console_io_canceled_write =
-    0; // NOLINT(bugprone-reserved-identifier): the interface's name
+    0; // NOLINT(clang-diagnostic-reserved-identifier): the interface's name
 }
 
 namespace dravik::log {

@@ -7,7 +7,7 @@
 #include <utility>
 
 // AddressSanitizer would end the program instead of giving null.
-extern "C" const char *__asan_default_options(); // NOLINT(bugprone-reserved-identifier)
+extern "C" const char *__asan_default_options(); // NOLINT(clang-diagnostic-reserved-identifier)
 extern "C" const char *__asan_default_options() {
   return "allocator_may_return_null=1";
 }

@@ -6,7 +6,7 @@
 #include <filesystem>
 
 /// A directory claims an enormous length: malloc() of AddressSanitizer must return null, too.
-extern "C" const char *__asan_default_options(); // NOLINT(bugprone-reserved-identifier)
+extern "C" const char *__asan_default_options(); // NOLINT(clang-diagnostic-reserved-identifier)
 extern "C" const char *__asan_default_options() {
   return "allocator_may_return_null=1";
 }

@@ -12,7 +12,7 @@
 #include <zlib.h>
 
 // The length of a directory is a request for memory that AddressSanitizer must reject as malloc() does.
-extern "C" const char *__asan_default_options(); // NOLINT(bugprone-reserved-identifier)
+extern "C" const char *__asan_default_options(); // NOLINT(clang-diagnostic-reserved-identifier)
 extern "C" const char *__asan_default_options() {
   return "allocator_may_return_null=1";
 }
