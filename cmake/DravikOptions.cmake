@@ -70,8 +70,7 @@ endif()
 
 if(DRAVIK_SANITIZE)
   # What sanitizers add makes the compiler see variables used before they are set.
-  target_compile_options(dravik_warnings INTERFACE -Wno-maybe-uninitialized)
-  add_compile_options(-fsanitize=${DRAVIK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
+  add_compile_options(-Wno-maybe-uninitialized -fsanitize=${DRAVIK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
   add_link_options(-fsanitize=${DRAVIK_SANITIZE})
 endif()
 if(DRAVIK_SANITIZE MATCHES address)

@@ -1,6 +1,7 @@
 // The example of an application in CI: its scenario holds on its program, and its page shows its files.
 
 #include "sim/scenario_stage.hpp"
+#include "support/paths.hpp"
 #include "support/tool_rules.hpp"
 
 namespace dravik::test {
@@ -18,7 +19,7 @@ protected:
 
   outcome drive() const {
     return launched({"play", at("board"), at("ci/drive.scenario"), "--junit", at("out/drive.xml"), "--output",
-                     at("out"), "--", ALARM});
+                     at("out"), "--", alarm_path});
   }
 
   static std::vector<uint8_t> pixel(const png::picture &of, uint32_t x, uint32_t y) {

@@ -1,6 +1,7 @@
 // The demonstration and the board: the pages show the inputs, the LED shows the camera's state.
 
 #include "examples/living_dashcam.hpp"
+#include "support/paths.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -50,7 +51,7 @@ TEST(DashcamSensor, KeepsItsSpotInTheDial) {
 TEST(DashcamSensor, HasNoSpotWithoutASensor) {
   const recording_board on;
   on.set_fault("open", "/dev/i2c-0", "ENODEV");
-  application dashcam{on, DASHCAM, {"--screen", "sensor"}};
+  application dashcam{on, dashcam_path, {"--screen", "sensor"}};
   EXPECT_EQ(dashcam.finish(), 0);
   const shot seen{on, {}};
   EXPECT_EQ(seen.at(dial_x, dial_y), edge) << "the cross";
@@ -104,7 +105,7 @@ TEST(DashcamSensor, TakesThePositionOfTheCarForItsMiddle) {
 TEST(DashcamSensor, ShowsThatThereIsNoTemperature) {
   const recording_board on;
   on.remove("proc/ambarella/adc");
-  application dashcam{on, DASHCAM, {"--screen", "sensor"}};
+  application dashcam{on, dashcam_path, {"--screen", "sensor"}};
   EXPECT_EQ(dashcam.finish(), 0);
   EXPECT_EQ((shot{on, {}}.at(345, 448)), edge) << "an empty bar";
 }
@@ -153,7 +154,7 @@ TEST(DashcamAtWork, RunsWithoutItsDevices) {
   on.remove("proc");
   on.remove("sys");
   on.set("realtime", "refused");
-  application dashcam{on, DASHCAM, {}};
+  application dashcam{on, dashcam_path, {}};
   dashcam.await_error("digits_640.q7 : 36\n");
   dashcam.send(SIGTERM);
   EXPECT_EQ(dashcam.finish(), 0);

@@ -1,6 +1,7 @@
 // The demonstration's page of the memory card: its contents, and that it leaves a card in use alone.
 
 #include "examples/demonstration.hpp"
+#include "support/paths.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,7 +28,7 @@ protected:
   DashcamCard() { on_.write(recording_, std::string(3000000, 'r')); }
 
   int press(const std::string &keys) const {
-    application dashcam{on_, DASHCAM, {"--screen", "card", "--press", keys}};
+    application dashcam{on_, dashcam_path, {"--screen", "card", "--press", keys}};
     return dashcam.finish();
   }
 
@@ -42,7 +43,7 @@ TEST_F(DashcamCard, IsNotRepairedOrFormattedWhileItIsInUse) {
     const std::string script =
         "exec 3</tmp/mmcblk0p1/REC/KVX00007.TS; echo $$; \"$0\" --screen card --press " + keys + " 3<&-";
     on_.clear_events();
-    application shell{on_, "/bin/sh", {"-c", script, DASHCAM}};
+    application shell{on_, "/bin/sh", {"-c", script, dashcam_path}};
     EXPECT_EQ(shell.finish(), 1) << keys;
     const std::string user = "sh (" + shell.output().substr(0, shell.output().find('\n')) + ")";
     EXPECT_THAT(shell.errors(), HasSubstr("dashcam: card: busy, in use by " + user + "\n"));

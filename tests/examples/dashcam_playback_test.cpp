@@ -1,6 +1,7 @@
 // The demonstration's recordings: written, listed, played, protected and deleted on a memory card.
 
 #include "examples/living_dashcam.hpp"
+#include "support/paths.hpp"
 
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -113,7 +114,7 @@ TEST_F(DashcamPlayback, CountsPicturesByTheirMarkers) {
   const auto pictures = [&](const std::string &contents) {
     on_.write("tmp/dravik.log", "");
     on_.write(card_ + "REC/KVX00001.TS", contents);
-    application dashcam{on_, DASHCAM, {"--screen", "playback", "--press", "ok"}};
+    application dashcam{on_, dashcam_path, {"--screen", "playback", "--press", "ok"}};
     EXPECT_EQ(dashcam.finish(), 0);
     const std::string text = log();
     const size_t at = text.find("TS, ") + 4;

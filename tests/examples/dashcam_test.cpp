@@ -1,6 +1,7 @@
 // The demonstration: every screen on panels of several sizes, its command line, and its end.
 
 #include "examples/demonstration.hpp"
+#include "support/paths.hpp"
 
 #include <csignal>
 #include <gmock/gmock.h>
@@ -241,7 +242,7 @@ class DashcamOtherPanel : public testing::TestWithParam<panel> {};
 TEST_P(DashcamOtherPanel, IsRejectedInOneLine) {
   const screen shown = screen::of_size(GetParam().width, GetParam().height);
   const prepared_board on{shown};
-  application dashcam{on, DASHCAM, {"--screen", "home"}};
+  application dashcam{on, dashcam_path, {"--screen", "home"}};
   EXPECT_EQ(dashcam.finish(), 1);
   EXPECT_EQ(dashcam.errors(),
             "dashcam: unsupported panel; must be 640 x 480 or 320 x 240, with 16 bits per pixel\n");
@@ -257,7 +258,7 @@ INSTANTIATE_TEST_SUITE_P(All, DashcamOtherPanel,
 TEST(Dashcam, StaysInTheVisibleScreenWhileItRuns) {
   const screen shown = roomy(320, 240);
   const prepared_board on{shown};
-  application dashcam{on, DASHCAM, {"--screen", "shutdown", "--stay"}};
+  application dashcam{on, dashcam_path, {"--screen", "shutdown", "--stay"}};
   EXPECT_EQ(dashcam.finish(), 0);
   const shot seen{on, shown};
   EXPECT_THAT(seen.colours(0, shown.yres, shown.xres, shown.yres), ElementsAre(untouched));
@@ -267,7 +268,7 @@ class DashcamSignal : public testing::TestWithParam<int> {};
 
 TEST_P(DashcamSignal, EndsItCleanly) {
   const prepared_board on{screen::of_size(320, 240)};
-  application dashcam{on, DASHCAM};
+  application dashcam{on, dashcam_path};
   dashcam.await_error("digits_320.q7 : 36\n");
   dashcam.send(GetParam());
   EXPECT_EQ(dashcam.finish(), 0);
@@ -280,7 +281,7 @@ INSTANTIATE_TEST_SUITE_P(All, DashcamSignal, testing::Values(SIGINT, SIGTERM),
 
 TEST(Dashcam, ListsItsScreens) {
   const board on;
-  application dashcam{on, DASHCAM, {"--list"}};
+  application dashcam{on, dashcam_path, {"--list"}};
   EXPECT_EQ(dashcam.finish(), 0);
   EXPECT_EQ(dashcam.errors(), "");
   size_t after = 0;
@@ -295,27 +296,27 @@ class DashcamCommandLine : public testing::TestWithParam<std::vector<std::string
 
 TEST_P(DashcamCommandLine, RejectsInvalidArguments) {
   const board on;
-  application dashcam{on, DASHCAM, GetParam()};
+  application dashcam{on, dashcam_path, GetParam()};
   EXPECT_EQ(dashcam.finish(), 2);
   EXPECT_THAT(dashcam.errors(), StartsWith("dashcam: invalid option: " + GetParam().front()));
   EXPECT_THAT(on.events(), testing::IsEmpty());
 }
 
 using words = std::vector<std::string>;
-INSTANTIATE_TEST_SUITE_P(Wrong, DashcamCommandLine,
-                         testing::Values(words{"--screen", "garage"}, words{"--screen"},
-                                         words{"--turns", "1"}, words{"--time", "24:00:00"},
-                                         words{"--time", "14:32"}, words{"--time", "14:32:08s"},
-                                         words{"--colour", "red"}, words{"--language", "tlh"},
-                                         words{"--language"}, words{"--press", "menu", "--screen", "card"},
-                                         words{"--press", ""}, words{"--press", "ok,"},
-                                         words{"--press", "okay"}));
+INSTANTIATE_TEST_SUITE_P(
+    Wrong, DashcamCommandLine,
+    testing::Values(words{"--screen", "garage"}, words{"--screen"}, words{"--turns", "1"},
+                    words{"--time", "24:00:00"}, words{"--time", "14:32"}, words{"--time", "14:32:08s"},
+                    words{"--hold-time", "99"}, words{"--hold-time", "10001"}, words{"--hold-time", "1 s"},
+                    words{"--hold-time"}, words{"--colour", "red"}, words{"--language", "tlh"},
+                    words{"--language"}, words{"--press", "menu", "--screen", "card"}, words{"--press", ""},
+                    words{"--press", "ok,"}, words{"--press", "okay"}));
 
 class DashcamOneScreen : public testing::TestWithParam<std::vector<std::string>> {};
 
 TEST_P(DashcamOneScreen, IsWantedToStayOnOrToPressKeysOn) {
   const board on;
-  application dashcam{on, DASHCAM, GetParam()};
+  application dashcam{on, dashcam_path, GetParam()};
   EXPECT_EQ(dashcam.finish(), 2);
   EXPECT_EQ(dashcam.errors(), "dashcam: missing --screen; --press and --stay require it\n");
 }
@@ -330,7 +331,7 @@ TEST(Dashcam, DoesNotKeepTheLanguageOfItsCommandLine) {
 
 TEST(Dashcam, ReportsWhenItsFilesAreMissing) {
   const board on;
-  application dashcam{on, DASHCAM, {"--screen", "home"}};
+  application dashcam{on, dashcam_path, {"--screen", "home"}};
   EXPECT_EQ(dashcam.finish(), 1);
   EXPECT_THAT(dashcam.errors(),
               HasSubstr("dashcam: missing fonts, artwork or images in /usr/local/dravik\n"));
@@ -339,14 +340,14 @@ TEST(Dashcam, ReportsWhenItsFilesAreMissing) {
 TEST(Dashcam, NoticesAMissingFontForAntiAliasedText) {
   const prepared_board on{screen::of_size(640, 480)};
   on.remove("usr/local/dravik/font/DroidSansFallback.ttf");
-  application dashcam{on, DASHCAM, {"--screen", "home"}};
+  application dashcam{on, dashcam_path, {"--screen", "home"}};
   EXPECT_EQ(dashcam.finish(), 1);
 }
 
 TEST(Dashcam, NoticesOneMissingImage) {
   const prepared_board on{screen::of_size(640, 480)};
   on.remove("usr/local/dravik/bmp/small_city_640.bmp");
-  application dashcam{on, DASHCAM, {"--screen", "home"}};
+  application dashcam{on, dashcam_path, {"--screen", "home"}};
   EXPECT_EQ(dashcam.finish(), 1);
 }
 

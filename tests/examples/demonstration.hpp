@@ -5,6 +5,7 @@
 #include "host/card.hpp"
 #include "support/application.hpp"
 #include "support/board.hpp"
+#include "support/paths.hpp"
 
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -23,7 +24,7 @@ constexpr uint16_t untouched = 0xA5A5;
 inline void add_demonstration_files(const board &to) {
   namespace files = std::filesystem;
   std::error_code code;
-  files::copy(DASHCAM_FILES, to.path(),
+  files::copy(dashcam_files, to.path(),
               files::copy_options::recursive | files::copy_options::overwrite_existing, code);
   ASSERT_FALSE(code) << code.message();
 }
@@ -62,7 +63,7 @@ inline shot shot_of(const board &on, std::vector<std::string> words,
                     const sim::screen &shown = sim::screen::of_size(640, 480),
                     const std::string &time = "14:32:08") {
   words.insert(words.end(), {"--time", time});
-  application dashcam{on, DASHCAM, words};
+  application dashcam{on, dashcam_path, words};
   EXPECT_EQ(dashcam.finish(), 0);
   expect_only_progress(dashcam.errors());
   EXPECT_EQ(dashcam.output(), "");

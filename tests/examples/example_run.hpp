@@ -2,6 +2,7 @@
 #pragma once
 
 #include "examples/demonstration.hpp"
+#include "support/paths.hpp"
 #include "support/serial_keeper.hpp"
 
 #include <gmock/gmock.h>
@@ -18,7 +19,7 @@ struct example_result {
 
 inline example_result run_example(const board &on, const std::string &name,
                                   const std::vector<std::string> &arguments = {}) {
-  application program{on, EXAMPLES + name, arguments};
+  application program{on, examples_prefix + name, arguments};
   const int status = program.finish();
   await_serial_keeper(on.path());
   return {status, program.output(), program.errors()};

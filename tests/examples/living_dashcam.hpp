@@ -4,6 +4,7 @@
 #include "examples/demonstration.hpp"
 #include "sim/follower.hpp"
 #include "sim/launcher.hpp"
+#include "support/paths.hpp"
 
 #include <chrono>
 #include <csignal>
@@ -23,7 +24,7 @@ inline void set_inputs(const board &of, std::vector<std::string> words) {
 class living_dashcam {
 public:
   living_dashcam(const board &on, const std::vector<std::string> &words)
-      : on_(on), events_(on.path()), dashcam_(on, DASHCAM, words) {}
+      : on_(on), events_(on.path()), dashcam_(on, dashcam_path, words) {}
 
   /// Wait until the serial console has shown a line; earlier lines are skipped.
   void await_line(const std::string &line) { await_event("ttyS0: " + line); }

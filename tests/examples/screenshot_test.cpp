@@ -1,6 +1,7 @@
 // The demonstration's screenshots: the files on the memory card.
 
 #include "examples/saved_picture.hpp"
+#include "support/paths.hpp"
 
 #include <csignal>
 #include <filesystem>
@@ -24,7 +25,7 @@ TEST_P(DashcamScreenshot, SavesVisibleScreen) {
   shown.yres_virtual = 960;
   const board on{shown};
   add_demonstration_files(on);
-  application dashcam{on, DASHCAM, {"--screenshot", "--screen", "journey", "--time", "14:32:08"}};
+  application dashcam{on, dashcam_path, {"--screenshot", "--screen", "journey", "--time", "14:32:08"}};
   EXPECT_EQ(dashcam.finish(), 0);
   EXPECT_THAT(dashcam.errors(), HasSubstr(is_saved));
   expect_what_the_screen_shows(expect_saved_picture(on), {on, shown});
@@ -37,7 +38,7 @@ INSTANTIATE_TEST_SUITE_P(All, DashcamScreenshot, testing::Values(0, 24), [](cons
 TEST(DashcamScreenshotKey, SavesTheScreenAndGoesOn) {
   const board on{640, 480};
   add_demonstration_files(on);
-  application dashcam{on, DASHCAM, {"--screen", "menu", "--stay"}};
+  application dashcam{on, dashcam_path, {"--screen", "menu", "--stay"}};
   dashcam.await_error("digits_640.q7 : 36\n");
   dashcam.send(SIGUSR1);
   dashcam.await_error(is_saved);
@@ -51,7 +52,7 @@ TEST(DashcamScreenshotKey, SavesTheScreenAndGoesOn) {
 TEST(DashcamScreenshotKey, IsRefusedOnAPanelOfAnotherSize) {
   const board on{320, 240};
   add_demonstration_files(on);
-  application dashcam{on, DASHCAM, {"--screen", "menu", "--screenshot"}};
+  application dashcam{on, dashcam_path, {"--screen", "menu", "--screenshot"}};
   EXPECT_EQ(dashcam.finish(), 1);
   EXPECT_THAT(dashcam.errors(), HasSubstr("dashcam: screenshot: requires a panel of 640 by 480\n"));
   EXPECT_THAT(card_of(on), IsEmpty());
@@ -61,7 +62,7 @@ TEST(DashcamScreenshotKey, FailsWhenTheCardIsOut) {
   const board on{640, 480};
   add_demonstration_files(on);
   std::filesystem::remove(on.path("tmp/mmcblk0p1"));
-  application dashcam{on, DASHCAM, {"--screen", "menu", "--screenshot"}};
+  application dashcam{on, dashcam_path, {"--screen", "menu", "--screenshot"}};
   EXPECT_EQ(dashcam.finish(), 1);
   EXPECT_THAT(dashcam.errors(),
               HasSubstr("dashcam: screenshot: cannot be saved; requires a memory card with free space\n"));
@@ -73,7 +74,7 @@ TEST(DashcamScreenshotKey, LeavesNoCutFileOnAFullCard) {
   on.write("tmp/mmcblk0p1/kept", "kept");
   // Files grow to 100 blocks of 512 bytes, and then writing fails: a screenshot has 614466 bytes.
   const char *script = "trap '' XFSZ; ulimit -f 100; exec \"$0\" --screenshot --screen menu";
-  application dashcam{on, "/bin/sh", {"-c", script, DASHCAM}};
+  application dashcam{on, "/bin/sh", {"-c", script, dashcam_path}};
   EXPECT_EQ(dashcam.finish(), 1);
   EXPECT_THAT(dashcam.errors(),
               HasSubstr("dashcam: screenshot: cannot be saved; requires a memory card with free space\n"));

@@ -2,6 +2,7 @@
 
 #include "dravik.h"
 #include "exported_names.hpp"
+#include "support/paths.hpp"
 
 #include <cstdio>
 #include <fstream>
@@ -43,7 +44,7 @@ std::vector<std::string> lines_of(const std::string &command) {
 /// The text in brackets of the dynamic section's entries of one kind.
 std::vector<std::string> dynamic_entries(const std::string &kind) {
   std::vector<std::string> entries;
-  for (const std::string &line : lines_of(READELF " --wide --dynamic " LIBRARY))
+  for (const std::string &line : lines_of(std::string{READELF " --wide --dynamic "} + library_path))
     if (line.find("(" + kind + ")") != std::string::npos) {
       const size_t start = line.find('[') + 1;
       entries.push_back(line.substr(start, line.find(']') - start));
@@ -55,7 +56,7 @@ std::vector<std::string> dynamic_entries(const std::string &kind) {
 std::map<std::string, unsigned long> defined_names() {
   std::map<std::string, unsigned long> names;
   for (const std::string &line :
-       lines_of(NM " --dynamic --defined-only --print-size --format=posix " LIBRARY)) {
+       lines_of(std::string{NM " --dynamic --defined-only --print-size --format=posix "} + library_path)) {
     std::istringstream fields{line};
     std::string name, kind, address, size;
     fields >> name >> kind >> address >> size;
@@ -158,7 +159,7 @@ TEST(Library, HasSizesOfHeader) {
 // Then the programs next to this one prove what they are for: that both sides use the same copy.
 TEST(Library, SharesGlobalsWithProgramsOfFixedAddress) {
   std::set<std::string> names;
-  for (const std::string &line : lines_of(READELF " --wide --relocs " PROGRAM)) {
+  for (const std::string &line : lines_of(std::string{READELF " --wide --relocs "} + program_path)) {
     std::istringstream fields{line};
     std::string offset, info, type, value, name;
     fields >> offset >> info >> type >> value >> name;

@@ -4,6 +4,7 @@
 #include "support/board.hpp"
 #include "support/leave_board.hpp"
 #include "support/log_lines.hpp"
+#include "support/paths.hpp"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -32,7 +33,7 @@ protected:
     if (child == 0) {
       dravik::test::leave_board(); // the program links the simulator, and a sanitizer's library comes first
       ::setenv("DRAVIK_BOARD", board_.path().c_str(), 1);
-      ::execl(EVENT_LOG_PROGRAM, EVENT_LOG_PROGRAM, message, static_cast<char *>(nullptr));
+      ::execl(event_log_program_path, event_log_program_path, message, static_cast<char *>(nullptr));
       ::_exit(127);
     }
     int status = -1;

@@ -3,6 +3,7 @@
 // filter first.
 
 #include "sim/launcher.hpp"
+#include "support/paths.hpp"
 #include "support/serial_keeper.hpp"
 
 #include <cerrno>
@@ -32,7 +33,7 @@ using words = std::vector<std::string>;
 const words ordinary_user = {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"};
 
 /// As the simulator itself starts it: a sanitizer's launcher has no library preloaded before its own.
-const std::string own_launcher = "env -u LD_PRELOAD " LAUNCHER;
+const std::string own_launcher = std::string{"env -u LD_PRELOAD "} + launcher_path;
 
 bool has_program(const char *name) {
   return run({"sh", "-c", std::string{"command -v "} + name}).exit_status() == 0;
@@ -40,7 +41,9 @@ bool has_program(const char *name) {
 
 bool ordinary_user_reaches_launcher() {
   words command = ::geteuid() == 0 ? ordinary_user : words{};
-  command.insert(command.end(), {"sh", "-c", "test -x " LAUNCHER}); // setpriv itself still has root's rights
+  command.insert(
+      command.end(),
+      {"sh", "-c", std::string{"test -x "} + launcher_path}); // setpriv itself still has root's rights
   return run(command).exit_status() == 0;
 }
 
@@ -92,7 +95,7 @@ private:
 // --- what is kept in ---
 
 TEST_F(Boundary, RejectsCallsThatActOnTheMachine) {
-  const outcome result = run_on_board({CALLS_THE_HOST});
+  const outcome result = run_on_board({calls_the_host_path});
   EXPECT_EQ(result.exit_status(), 0);
   EXPECT_THAT(result.output, StartsWith("reboot EPERM\n"));
   size_t lines = 0;
@@ -112,7 +115,8 @@ TEST_F(Boundary, OpensNoDeviceThatIsInABoard) {
 }
 
 TEST_F(Boundary, AppliesToChildrenWithoutSimulator) {
-  const outcome result = run_shell("unset LD_PRELOAD DRAVIK_BOARD; env -i " CALLS_THE_HOST " umount2");
+  const outcome result =
+      run_shell(std::string{"unset LD_PRELOAD DRAVIK_BOARD; env -i "} + calls_the_host_path + " umount2");
   EXPECT_EQ(result.output, "umount2 EPERM\n");
 }
 
@@ -190,14 +194,14 @@ TEST_F(Boundary, LetsADebuggerWork) {
     GTEST_SKIP() << "NOT TESTED: gdb is not installed";
   const outcome result =
       run_on_board({"gdb", "-q", "-batch", "-ex", "break main", "-ex", "run", "-ex", "set var count=9", "-ex",
-                    "print count", "-ex", "continue", CALLS_THE_HOST});
+                    "print count", "-ex", "continue", calls_the_host_path});
   EXPECT_THAT(result.output, AllOf(HasSubstr("Breakpoint 1, "), HasSubstr("exited normally")));
 }
 
 TEST_F(Boundary, LetsATracerWork) {
   if (!has_program("strace"))
     GTEST_SKIP() << "NOT TESTED: strace is not installed";
-  const outcome result = run_on_board({"strace", "-e", "trace=umount2", CALLS_THE_HOST, "umount2"});
+  const outcome result = run_on_board({"strace", "-e", "trace=umount2", calls_the_host_path, "umount2"});
   EXPECT_EQ(result.output, "umount2 EPERM\n");
   EXPECT_THAT(result.errors, HasSubstr("EPERM"));
 }
@@ -213,7 +217,7 @@ TEST_F(Boundary, KeepsRealTimePriorityThatTheUserHas) {
 
 TEST_F(Boundary, AppliesInsideBoundary) {
   const std::string inner = own_launcher + " run " + at("desk") + " -- ";
-  EXPECT_EQ(run_shell(inner + CALLS_THE_HOST " umount2").output, "umount2 EPERM\n");
+  EXPECT_EQ(run_shell(inner + calls_the_host_path + " umount2").output, "umount2 EPERM\n");
   EXPECT_EQ(run_shell(inner + "sh -c 'echo x >" + at("desk/on-board") + "'").exit_status(), 0);
 }
 
@@ -230,15 +234,16 @@ TEST_F(Boundary, LetsTheCardBeHandled) {
 }
 
 TEST_F(Boundary, LetsLocalSocketsBeUsedWhenAsked) {
-  EXPECT_EQ(run_on_board({CALLS_THE_HOST, "local-socket"}).output, "local-socket EPERM\n");
-  EXPECT_EQ(run_on_board({CALLS_THE_HOST, "local-socket"}, {"--local-sockets"}).output, "local-socket 0\n");
+  EXPECT_EQ(run_on_board({calls_the_host_path, "local-socket"}).output, "local-socket EPERM\n");
+  EXPECT_EQ(run_on_board({calls_the_host_path, "local-socket"}, {"--local-sockets"}).output,
+            "local-socket 0\n");
 }
 
 TEST_F(Boundary, AppliesToOrdinaryUser) {
   if (::geteuid() != 0)
     GTEST_SKIP() << "all these tests run as one";
   words command = ordinary_user;
-  command.insert(command.end(), {LAUNCHER, "run", at("desk"), "--", CALLS_THE_HOST, "umount2"});
+  command.insert(command.end(), {launcher_path, "run", at("desk"), "--", calls_the_host_path, "umount2"});
   if (!ordinary_user_reaches_launcher())
     GTEST_SKIP() << "NOT TESTED: an ordinary user cannot reach the build tree";
   EXPECT_EQ(run(command).output, "umount2 EPERM\n");
@@ -334,12 +339,13 @@ outcome run_without(std::span<const missing> parts, const words &command, user w
 TEST_F(Boundary, IsRequiredByRootUnlessTrusted) {
   if (::geteuid() != 0)
     GTEST_SKIP() << "for root alone";
-  const outcome refused = run_without(no_boundary, {LAUNCHER, "run", at("desk"), "--", "touch", "started"});
+  const outcome refused =
+      run_without(no_boundary, {launcher_path, "run", at("desk"), "--", "touch", "started"});
   EXPECT_EQ(refused.exit_status(), 1);
   EXPECT_THAT(refused.errors, AllOf(StartsWith("dravik-sim: run: "), HasSubstr("--trust")));
   EXPECT_FALSE(exists("work/started"));
   const outcome trusted =
-      run_without(no_boundary, {LAUNCHER, "run", at("desk"), "--trust", "--", "touch", "started"});
+      run_without(no_boundary, {launcher_path, "run", at("desk"), "--trust", "--", "touch", "started"});
   EXPECT_EQ(trusted.exit_status(), 0);
   EXPECT_EQ(trusted.errors, "");
   EXPECT_TRUE(exists("work/started"));
@@ -349,17 +355,17 @@ TEST_F(Boundary, WarnsAnOrdinaryUserOnceWhereItIsMissing) {
   if (!ordinary_user_reaches_launcher())
     GTEST_SKIP() << "NOT TESTED: an ordinary user cannot reach the build tree";
   const outcome result =
-      run_without(no_boundary, {LAUNCHER, "run", at("desk"), "--", "sh", "-c", ":"}, user::ordinary);
+      run_without(no_boundary, {launcher_path, "run", at("desk"), "--", "sh", "-c", ":"}, user::ordinary);
   EXPECT_EQ(result.exit_status(), 0);
   EXPECT_THAT(result.errors, StartsWith("dravik-sim: warning: "));
   EXPECT_EQ(std::ranges::count(result.errors, '\n'), 1);
 }
 
 TEST_F(Boundary, ExplainsWhatIsMissing) {
-  const outcome result = run_without(no_landlock, {LAUNCHER, "run", "--explain", at("desk")});
+  const outcome result = run_without(no_landlock, {launcher_path, "run", "--explain", at("desk")});
   EXPECT_THAT(result.output, AllOf(HasSubstr("devices, files  not confined"),
                                    HasSubstr("system calls    rejected"), Not(HasSubstr("sys_ptrace"))));
-  EXPECT_THAT(run_without(no_boundary, {LAUNCHER, "run", "--explain", at("desk")}).output,
+  EXPECT_THAT(run_without(no_boundary, {launcher_path, "run", "--explain", at("desk")}).output,
               AllOf(HasSubstr("devices, files  not confined"), HasSubstr("system calls    not confined")));
 }
 

@@ -5,6 +5,7 @@
 #include "sim/directory_state.hpp"
 #include "sim/killed_program.hpp"
 #include "support/emulation.hpp"
+#include "support/paths.hpp"
 
 #include <algorithm>
 #include <filesystem>
@@ -20,7 +21,7 @@ namespace {
 namespace files = std::filesystem;
 using testing::AnyOf;
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef SANITIZED
 constexpr bool is_sanitized = true;
 #else
 constexpr bool is_sanitized = false;
@@ -127,7 +128,7 @@ private:
     return ::access("/dev/shm", W_OK) == 0 ? "/dev/shm/" : files::path{board_.path()}.parent_path() / "";
   }
   words command(const words &action) const {
-    words all = {LAUNCHER, "card", copy_};
+    words all = {launcher_path, "card", copy_};
     all.insert(all.end(), action.begin(), action.end());
     return all;
   }

@@ -6,6 +6,7 @@
 #include "confinement/ordinary_directory.hpp"
 #include "support/as_nobody.hpp"
 #include "support/harmful_calls.hpp"
+#include "support/paths.hpp"
 
 #include <array>
 #include <cerrno>
@@ -73,8 +74,9 @@ int error_inside(const boundary_rules &rules, const std::function<long()> &call)
 
 // --- harmful calls, with nothing between them and the kernel ---
 
-char *const no_words[] = {const_cast<char *>(CALLS_THE_HOST), const_cast<char *>("reboot"), nullptr};
-constexpr const char *command = "exec " CALLS_THE_HOST " reboot >/dev/null";
+char *const no_words[] = {const_cast<char *>(calls_the_host_path), const_cast<char *>("reboot"), nullptr};
+const std::string command_line = std::string{"exec "} + calls_the_host_path + " reboot >/dev/null";
+const char *const command = command_line.c_str();
 
 int end_of(pid_t child) {
   int status = 0;
@@ -91,7 +93,7 @@ int end_of_shell(int status) {
 int spawned(bool by_name) {
   pid_t child = -1;
   const auto spawn = by_name ? ::posix_spawnp : ::posix_spawn;
-  return spawn(&child, CALLS_THE_HOST, nullptr, nullptr, no_words, environ) == 0 ? end_of(child) : 1;
+  return spawn(&child, calls_the_host_path, nullptr, nullptr, no_words, environ) == 0 ? end_of(child) : 1;
 }
 
 int set_clock() {
@@ -116,14 +118,15 @@ const std::map<std::string, std::function<int()>> ways = {
     {"__settimeofday64", set_time_of_day},
     {"system", [] { return end_of_shell(std::system(command)); }},
     {"popen", [] { return end_of_shell(::pclose(::popen(command, "r"))); }},
-    {"execl", [] { return ::execl(CALLS_THE_HOST, CALLS_THE_HOST, "reboot", nullptr); }},
-    {"execle", [] { return ::execle(CALLS_THE_HOST, CALLS_THE_HOST, "reboot", nullptr, environ); }},
-    {"execlp", [] { return ::execlp(CALLS_THE_HOST, CALLS_THE_HOST, "reboot", nullptr); }},
-    {"execv", [] { return ::execv(CALLS_THE_HOST, no_words); }},
-    {"execve", [] { return ::execve(CALLS_THE_HOST, no_words, environ); }},
-    {"execvp", [] { return ::execvp(CALLS_THE_HOST, no_words); }},
-    {"execvpe", [] { return ::execvpe(CALLS_THE_HOST, no_words, environ); }},
-    {"fexecve", [] { return ::fexecve(::open(CALLS_THE_HOST, O_RDONLY | O_CLOEXEC), no_words, environ); }},
+    {"execl", [] { return ::execl(calls_the_host_path, calls_the_host_path, "reboot", nullptr); }},
+    {"execle", [] { return ::execle(calls_the_host_path, calls_the_host_path, "reboot", nullptr, environ); }},
+    {"execlp", [] { return ::execlp(calls_the_host_path, calls_the_host_path, "reboot", nullptr); }},
+    {"execv", [] { return ::execv(calls_the_host_path, no_words); }},
+    {"execve", [] { return ::execve(calls_the_host_path, no_words, environ); }},
+    {"execvp", [] { return ::execvp(calls_the_host_path, no_words); }},
+    {"execvpe", [] { return ::execvpe(calls_the_host_path, no_words, environ); }},
+    {"fexecve",
+     [] { return ::fexecve(::open(calls_the_host_path, O_RDONLY | O_CLOEXEC), no_words, environ); }},
     {"posix_spawn", [] { return spawned(false); }},
     {"posix_spawnp", [] { return spawned(true); }},
 };

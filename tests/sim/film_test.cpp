@@ -2,6 +2,7 @@
 
 #include "film/sound_track.hpp"
 #include "sim/scenario_stage.hpp"
+#include "support/paths.hpp"
 
 #include <cstring>
 
@@ -80,7 +81,7 @@ protected:
   }
 
   void expect_step(const std::string &name, size_t count) const {
-    const outcome result = filmed(name, {"--", FLASHES, std::to_string(count)});
+    const outcome result = filmed(name, {"--", flashes_path, std::to_string(count)});
     ASSERT_EQ(result.exit_status(), 0) << result.errors;
     const std::vector<double> late = seconds_of(result.output), seen = flashes_of(name),
                               heard = clicks_of(name);
@@ -143,7 +144,7 @@ TEST_F(SimFilm, KeepsSoundInStepForAMinute) {
 
 TEST_F(SimFilm, HasNoSoundInAGif) {
   REQUIRE_FFMPEG();
-  ASSERT_EQ(filmed("film.gif", {"--", FLASHES, "3"}).exit_status(), 0);
+  ASSERT_EQ(filmed("film.gif", {"--", flashes_path, "3"}).exit_status(), 0);
   const std::vector<double> seen = flashes_of("film.gif", 12.5);
   ASSERT_EQ(seen.size(), 3U);
   EXPECT_NEAR(seen[2] - seen[0], 2, 0.2); // two frames
@@ -163,7 +164,7 @@ TEST_F(SimFilm, LastsAsLongAsRequested) {
 
 TEST_F(SimFilm, EndsTheApplicationInOrder) {
   REQUIRE_FFMPEG();
-  EXPECT_EQ(filmed("film.mp4", {"--seconds", "1", "--", GUEST}).exit_status(), 0);
+  EXPECT_EQ(filmed("film.mp4", {"--seconds", "1", "--", guest_path}).exit_status(), 0);
   EXPECT_THAT(board_.read("console"), HasSubstr("ending 0"));
 }
 
@@ -171,7 +172,7 @@ TEST_F(SimFilm, ShowsAScenario) {
   REQUIRE_FFMPEG();
   write("drive.scenario",
         "timeout 60s\nwait console \"guest ready\"\ntype \"fill 07e0\\n\"\nwait 200ms\nstop\nend\n");
-  const outcome result = filmed("film.mp4", {"--scenario", scenario(), "--", GUEST});
+  const outcome result = filmed("film.mp4", {"--scenario", scenario(), "--", guest_path});
   EXPECT_EQ(result.exit_status(), 0) << result.errors;
   EXPECT_THAT(run({"ffprobe", at("film.mp4")}).errors, HasSubstr("Video: h264"));
 }
@@ -218,7 +219,7 @@ TEST_F(SimFilm, WarnsOfAnApplicationThatFailed) {
 
 TEST_F(SimFilm, ReportsMissingFfmpeg) {
   const outcome result =
-      run({"/usr/bin/env", "PATH=" + at(""), LAUNCHER, "film", board_.path(), at("film.mp4")});
+      run({"/usr/bin/env", "PATH=" + at(""), launcher_path, "film", board_.path(), at("film.mp4")});
   EXPECT_EQ(result.exit_status(), 1);
   EXPECT_EQ(result.errors, "dravik-sim: film: ffmpeg not found; install the package ffmpeg\n");
 }
@@ -226,7 +227,7 @@ TEST_F(SimFilm, ReportsMissingFfmpeg) {
 TEST_F(SimFilm, LeavesNoFileIfFfmpegFails) {
   write("ffmpeg", "#!/bin/sh\nexit 1\n");
   std::filesystem::permissions(at("ffmpeg"), std::filesystem::perms::owner_all);
-  const outcome result = run({"/usr/bin/env", "PATH=" + at("") + ":/usr/bin:/bin", LAUNCHER, "film",
+  const outcome result = run({"/usr/bin/env", "PATH=" + at("") + ":/usr/bin:/bin", launcher_path, "film",
                               board_.path(), at("film.mp4"), "--seconds", "1"});
   EXPECT_EQ(result.exit_status(), 1);
   EXPECT_EQ(result.errors, "dravik-sim: ffmpeg: the film cannot be encoded\n");

@@ -3,6 +3,7 @@
 
 #include "base/unique_fd.hpp"
 #include "sim/launcher.hpp"
+#include "support/paths.hpp"
 
 #include <csignal>
 #include <gtest/gtest.h>
@@ -19,7 +20,7 @@ public:
     child_ = ::fork();
     if (child_ == 0) {
       ::close(ends[0]);
-      become({LAUNCHER, "events", board}, ends[1], STDERR_FILENO);
+      become({launcher_path, "events", board}, ends[1], STDERR_FILENO);
     }
     ::close(ends[1]);
     output_.reset(ends[0]);

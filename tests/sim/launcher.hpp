@@ -1,7 +1,8 @@
-// The launcher, run as users run it. LAUNCHER is its path.
+// The launcher, run as users run it.
 #pragma once
 
 #include "support/leave_board.hpp"
+#include "support/paths.hpp"
 #include "support/serial_keeper.hpp"
 
 #include <algorithm>
@@ -64,17 +65,15 @@ inline outcome run(const std::vector<std::string> &words) {
 }
 
 inline outcome launch(std::vector<std::string> words) {
-  words.insert(words.begin(), LAUNCHER);
+  words.insert(words.begin(), launcher_path);
   return run(words);
 }
 
-#ifdef PRELOADED_FIRST
 /// With an application that `play` or `film` starts: a sanitizer's library has to come before the simulator's.
 inline outcome launch_with_application(std::vector<std::string> words) {
-  words.insert(words.begin(), {"/usr/bin/env", "LD_PRELOAD=" PRELOADED_FIRST,
-                               "ASAN_OPTIONS=detect_leaks=0:quarantine_size_mb=1", LAUNCHER});
+  words.insert(words.begin(), {"/usr/bin/env", std::string{"LD_PRELOAD="} + preloaded_first,
+                               "ASAN_OPTIONS=detect_leaks=0:quarantine_size_mb=1", launcher_path});
   return run(words);
 }
-#endif
 
 } // namespace dravik::test

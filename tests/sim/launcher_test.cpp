@@ -4,6 +4,7 @@
 #include "png/png_file.hpp"
 #include "sim/launcher.hpp"
 #include "support/board.hpp"
+#include "support/paths.hpp"
 #include "support/played_sound.hpp"
 #include "support/tool_rules.hpp"
 
@@ -260,7 +261,7 @@ TEST_F(SimLauncher, LeavesArgumentsOfApplicationAlone) {
 
 TEST_F(SimLauncher, RunsApplicationAndReturnsItsStatus) {
   launch({"new", at("desk"), "--size", "320x240"});
-  EXPECT_EQ(launch({"run", at("desk"), "--", DRAWS_A_PIXEL, "3", "2", "f81f"}).exit_status(), 7);
+  EXPECT_EQ(launch({"run", at("desk"), "--", draws_a_pixel_path, "3", "2", "f81f"}).exit_status(), 7);
   EXPECT_EQ(text_of("desk/dev/fb0").substr(2 * 640 + 3 * 2, 2), "\x1f\xf8");
   EXPECT_EQ(text_of("desk/tmp/dravik.log"), "drawn\n");
 }
@@ -296,7 +297,7 @@ TEST_F(SimLauncher, ReportsDirectoryThatIsNotABoard) {
 TEST_F(SimLauncher, ReportsApplicationsThatCannotRun) {
   launch({"new", at("desk")});
   write("words", "just words\n", 0755);
-  write("script", std::string{"#! "} + LINKED_STATICALLY + " -x\n", 0755);
+  write("script", std::string{"#! "} + linked_statically_path + " -x\n", 0755);
   write("not-executable", "#!/bin/sh\n", 0644);
   write("cut-short",
         "\x7f"
@@ -311,8 +312,8 @@ TEST_F(SimLauncher, ReportsApplicationsThatCannotRun) {
   error(at("not-executable"), "not executable");
   error(at("words"), "not a program of the host, and not a script");
   error(at("cut-short"), "cannot be read");
-  error(LINKED_STATICALLY, "statically linked");
-  error(at("script"), std::string{"interpreter "} + LINKED_STATICALLY + ": statically linked");
+  error(linked_statically_path, "statically linked");
+  error(at("script"), std::string{"interpreter "} + linked_statically_path + ": statically linked");
 }
 
 TEST_F(SimLauncher, ReturnsApplicationNoOtherRights) {
@@ -329,11 +330,11 @@ TEST_F(SimLauncher, ReturnsApplicationNoOtherRights) {
 
 TEST_F(SimLauncher, RunsForAnOrdinaryUser) {
   // In a copy that every user can reach, unlike a build tree below root's home.
-  const std::filesystem::path built = LAUNCHER;
+  const std::filesystem::path built = launcher_path;
   const std::filesystem::path copied = at("copied");
   std::filesystem::create_directories(copied / "bin");
   std::filesystem::copy(built, copied / "bin");
-  std::filesystem::copy(DRAWS_A_PIXEL, copied / "bin");
+  std::filesystem::copy(draws_a_pixel_path, copied / "bin");
   std::filesystem::copy(built.parent_path().parent_path() / "lib", copied / "lib",
                         std::filesystem::copy_options::recursive |
                             std::filesystem::copy_options::copy_symlinks);
@@ -346,7 +347,7 @@ TEST_F(SimLauncher, RunsForAnOrdinaryUser) {
     command.insert(command.end(), words.begin(), words.end());
     return run(command);
   };
-  const std::string application = copied / "bin" / std::filesystem::path{DRAWS_A_PIXEL}.filename();
+  const std::string application = copied / "bin" / std::filesystem::path{draws_a_pixel_path}.filename();
   EXPECT_EQ(launch_as_user({"new", at("desk")}).exit_status(), 0);
   EXPECT_EQ(launch_as_user({"run", at("desk"), "--", application, "0", "0", "ffff"}).exit_status(), 7);
   EXPECT_EQ(launch_as_user({"shot", at("desk"), at("shot.png")}).exit_status(), 0);
@@ -354,7 +355,7 @@ TEST_F(SimLauncher, RunsForAnOrdinaryUser) {
 
 TEST_F(SimLauncher, ReturnsApplicationSoundCard) {
   launch({"new", at("desk")});
-  const outcome result = launch({"run", at("desk"), "--", PLAYS_A_SOUND});
+  const outcome result = launch({"run", at("desk"), "--", plays_a_sound_path});
   EXPECT_EQ(result.errors, "");
   EXPECT_EQ(result.exit_status(), 0);
   EXPECT_THAT(checked_samples(text_of("desk/sound/played.wav")),
@@ -368,7 +369,7 @@ TEST_F(SimLauncher, ReplacesRecordingThatHasGaps) {
   EXPECT_EQ(launch({"run", at("desk"), "--", "true"}).exit_status(), 0);
   const std::string begin = text_of("desk/sound/timeline");
   EXPECT_THAT(begin, StartsWith("begin_s="));
-  EXPECT_EQ(launch({"run", at("desk"), "--", PLAYS_A_SOUND}).exit_status(), 0);
+  EXPECT_EQ(launch({"run", at("desk"), "--", plays_a_sound_path}).exit_status(), 0);
   EXPECT_EQ(text_of("desk/sound/timeline"), begin);
   const auto heard = checked_samples(text_of("desk/sound/played.wav"));
   EXPECT_THAT(heard, testing::SizeIs(testing::Gt(2U * 480)));
@@ -449,7 +450,8 @@ class SimShot : public SimLauncher, public testing::WithParamInterface<depth> {}
 TEST_P(SimShot, ShowsAPixelOfAPaddedScreen) {
   launch({"new", at("desk"), "--size", "30x20", "--virtual", "40x40", "--line-length", "200", "--depth",
           GetParam().bits});
-  ASSERT_EQ(launch({"run", at("desk"), "--", DRAWS_A_PIXEL, "29", "19", GetParam().pixel}).exit_status(), 7);
+  ASSERT_EQ(launch({"run", at("desk"), "--", draws_a_pixel_path, "29", "19", GetParam().pixel}).exit_status(),
+            7);
   ASSERT_EQ(launch({"shot", at("desk"), at("shot.png")}).exit_status(), 0);
   dravik::png::picture picture;
   std::string error;
@@ -482,7 +484,7 @@ TEST_F(SimLauncher, RejectsAddressesOfPanelThatAreNone) {
 
 TEST_F(SimLauncher, ShowsBlackWhilePanelIsBlanked) {
   launch({"new", at("desk"), "--size", "10x10", "--virtual", "10x20"});
-  launch({"run", at("desk"), "--", DRAWS_A_PIXEL, "0", "10", "ffff"});
+  launch({"run", at("desk"), "--", draws_a_pixel_path, "0", "10", "ffff"});
   const auto first_byte = [&](const char *state) {
     write("desk/panel", state, 0644);
     EXPECT_EQ(launch({"shot", at("desk"), at("shot.png")}).exit_status(), 0);
@@ -498,7 +500,7 @@ TEST_F(SimLauncher, ShowsBlackWhilePanelIsBlanked) {
 
 TEST_F(SimLauncher, ShowsVisiblePartOfPaddedScreen) {
   launch({"new", at("desk"), "--size", "4x3", "--virtual", "10x6"});
-  launch({"run", at("desk"), "--", DRAWS_A_PIXEL, "7", "4", "ffff"});
+  launch({"run", at("desk"), "--", draws_a_pixel_path, "7", "4", "ffff"});
   write("desk/panel", "xoffset=5\nyoffset=2\n", 0644);
   EXPECT_EQ(launch({"shot", at("desk"), at("shot.png")}).exit_status(), 0);
   png::picture picture;
@@ -515,7 +517,8 @@ TEST_F(SimLauncher, WritesShotToStandardOutput) {
   const outcome piped = launch({"shot", at("desk"), "-"});
   EXPECT_EQ(piped.exit_status(), 0) << piped.errors;
   EXPECT_EQ(piped.output, text_of_file(at("shot.png")));
-  expect_error(run({"sh", "-c", LAUNCHER " shot \"$0\" - >/dev/full", at("desk")}), 1, "standard output: ");
+  expect_error(run({"sh", "-c", std::string{launcher_path} + " shot \"$0\" - >/dev/full", at("desk")}), 1,
+               "standard output: ");
 }
 
 TEST_F(SimLauncher, ReportsProblemsOfShot) {
@@ -579,7 +582,7 @@ TEST_F(SimStrangeBoard, FollowsNoLinksOutOfBoard) {
   link(at("secret"), "gpio/68");
   launch({"set", at("desk"), "gpio.68=1"});
   link(at(""), "sound");
-  launch({"run", at("desk"), "--", PLAYS_A_SOUND});
+  launch({"run", at("desk"), "--", plays_a_sound_path});
   EXPECT_EQ(text_of("secret"), "xres=10\nyres=10\n");
   EXPECT_FALSE(std::filesystem::exists(at("played.wav")));
 }

@@ -2,6 +2,7 @@
 
 #include "sim/follower.hpp"
 #include "sim/scenario_stage.hpp"
+#include "support/paths.hpp"
 
 #include <cmath>
 #include <csignal>
@@ -368,8 +369,8 @@ TEST_F(ScenarioPlay, EndsInOrderWhenInterrupted) {
   FILE *errors = std::tmpfile();
   const pid_t child = ::fork();
   if (child == 0)
-    become({"/usr/bin/env", "LD_PRELOAD=" PRELOADED_FIRST, "ASAN_OPTIONS=detect_leaks=0", LAUNCHER, "play",
-            board_.path(), scenario(), "--", GUEST},
+    become({"/usr/bin/env", std::string{"LD_PRELOAD="} + preloaded_first, "ASAN_OPTIONS=detect_leaks=0",
+            launcher_path, "play", board_.path(), scenario(), "--", guest_path},
            ::fileno(errors), ::fileno(errors));
   EXPECT_TRUE(events.sees("ttyS0: guest ready"));
   ::kill(child, SIGTERM);

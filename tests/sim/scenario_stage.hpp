@@ -4,6 +4,7 @@
 #include "png/png_file.hpp"
 #include "sim/launcher.hpp"
 #include "support/board.hpp"
+#include "support/paths.hpp"
 
 #include <filesystem>
 #include <fstream>
@@ -53,7 +54,7 @@ protected:
   outcome launched(const std::vector<std::string> &words) const { return launch_with_application(words); }
   /// With the guest, if it is to run.
   outcome played(const std::string &text, std::vector<std::string> options = {},
-                 std::vector<std::string> application = {GUEST}) const {
+                 std::vector<std::string> application = {guest_path}) const {
     write("drive.scenario", text);
     options.insert(options.begin(), {"play", board_.path(), scenario()});
     if (!application.empty())
@@ -80,7 +81,7 @@ protected:
   }
   /// Expect the failure of the last line, which begins so.
   void expect_failed(const std::string &text, const std::string &reason,
-                     std::vector<std::string> application = {GUEST}) const {
+                     std::vector<std::string> application = {guest_path}) const {
     const outcome result = played(text, {}, std::move(application));
     EXPECT_EQ(result.exit_status(), 1);
     const std::string lines = text.ends_with('\n') ? text.substr(0, text.size() - 1) : text;

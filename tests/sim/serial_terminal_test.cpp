@@ -6,6 +6,7 @@
 #include "sim/launcher.hpp"
 #include "support/application.hpp"
 #include "support/board.hpp"
+#include "support/paths.hpp"
 #include "support/serial_keeper.hpp"
 
 #include <fcntl.h>
@@ -254,8 +255,8 @@ TEST_F(SimSerialTerminal, UsesPlainFileWithoutTerminals) {
   const std::string script = "exec 3>&- 4>&- 5>&- 6>&- 7>&- 8>&- 9>&-; exec prlimit --nofile=$0:$0 \"$@\" <" +
                              board_.path("usr/local/dravik/text");
   for (const char *descriptors : {"6", "7"}) {
-    const outcome result =
-        run({shell, "-c", script, descriptors, LAUNCHER, "run", board_.path(), "--", "tee", "/dev/ttyS0"});
+    const outcome result = run(
+        {shell, "-c", script, descriptors, launcher_path, "run", board_.path(), "--", "tee", "/dev/ttyS0"});
     EXPECT_EQ(result.exit_status(), 0) << descriptors;
     EXPECT_EQ(result.errors, "") << descriptors;
     EXPECT_FALSE(board_.exists(list)) << descriptors;

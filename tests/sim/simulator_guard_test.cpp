@@ -1,6 +1,7 @@
 // The guard of test programs: this one was let through; it stops where a harmful call would go elsewhere.
 
 #include "support/harmful_calls.hpp"
+#include "support/paths.hpp"
 #include "support/simulator_guard.hpp"
 
 #include <cstdlib>
@@ -33,7 +34,7 @@ class TakenCall : public testing::TestWithParam<const char *> {};
 
 /// A library that is loaded first has the call, and does nothing in it.
 TEST_P(TakenCall, StopsTheProgram) {
-  const std::string library = std::string{TAKEN_CALLS} + "/libtakes_" + GetParam() + ".so";
+  const std::string library = std::string{taken_calls_directory} + "/libtakes_" + GetParam() + ".so";
   ASSERT_TRUE(std::filesystem::exists(library)) << library;
   const std::string message = std::string{GetParam()} + "() is not the simulator's";
   EXPECT_EXIT(

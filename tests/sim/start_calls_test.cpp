@@ -5,6 +5,7 @@
 #include "sim/library_call.hpp"
 #include "support/board.hpp"
 #include "support/harm_filter.hpp"
+#include "support/paths.hpp"
 #include "support/stderr_capture.hpp"
 
 #include <array>
@@ -134,8 +135,8 @@ TEST_P(SimStart, RunsCommandOfBoardThroughShell) {
 }
 
 TEST_P(SimStart, RejectsAStaticProgram) {
-  EXPECT_EQ(start(LINKED_STATICALLY, {"static", nullptr, nullptr}), ENOEXEC);
-  EXPECT_THAT(board_.events(), ElementsAre("exec: " LINKED_STATICALLY " refused"));
+  EXPECT_EQ(start(linked_statically_path, {"static", nullptr, nullptr}), ENOEXEC);
+  EXPECT_THAT(board_.events(), ElementsAre(std::string{"exec: "} + linked_statically_path + " refused"));
 }
 
 INSTANTIATE_TEST_SUITE_P(By, SimStart, testing::ValuesIn(ways),
@@ -151,12 +152,12 @@ TEST(SimStartOfDescriptor, RunsCommandsAndRejectsStaticPrograms) {
   };
   EXPECT_EQ(by_descriptor("/bin/true"), 0);
   EXPECT_EQ(by_descriptor("/bin/umount"), 127);
-  EXPECT_EQ(by_descriptor(LINKED_STATICALLY), ENOEXEC);
+  EXPECT_EQ(by_descriptor(linked_statically_path), ENOEXEC);
 }
 
 TEST(SimStart, RejectsAScriptOfAStaticProgram) {
   const board board;
-  board.write("script", std::string{"#!"} + LINKED_STATICALLY + "\n");
+  board.write("script", std::string{"#!"} + linked_statically_path + "\n");
   ASSERT_EQ(::chmod(board.path("script").c_str(), 0755), 0);
   const auto become = [](const std::string &program) {
     return in_child([&] { ::execl(program.c_str(), "x", nullptr); });

@@ -3,6 +3,7 @@
 
 #include "sim/launcher.hpp"
 #include "support/board.hpp"
+#include "support/paths.hpp"
 #include "support/played_sound.hpp"
 
 #include <algorithm>
@@ -263,7 +264,7 @@ private:
 
 TEST_F(SimWitness, AlsamixerShowsAndSetsVolume) {
   write("sound/mixer", "numid 1 = 100\n");
-  terminal_program mixer{{LAUNCHER, "run", board_, "--", "alsamixer", "-c", "0"}};
+  terminal_program mixer{{launcher_path, "run", board_, "--", "alsamixer", "-c", "0"}};
   ASSERT_TRUE(mixer.await("Simulated sound card"));
   ASSERT_TRUE(mixer.await("Speaker"));
   mixer.type("+"); // louder
@@ -273,7 +274,7 @@ TEST_F(SimWitness, AlsamixerShowsAndSetsVolume) {
 }
 
 TEST_F(SimWitness, AmixerReportsChangesByOthers) {
-  terminal_program watcher{{LAUNCHER, "run", board_, "--", "amixer", "-c0", "events"}};
+  terminal_program watcher{{launcher_path, "run", board_, "--", "amixer", "-c0", "events"}};
   ASSERT_TRUE(watcher.await("Ready to listen"));
   write("sound/mixer", "numid 1 = 50\n");
   EXPECT_TRUE(watcher.await("event value: numid=1,iface=MIXER,name='Speaker Playback Volume'"));

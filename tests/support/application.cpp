@@ -2,6 +2,7 @@
 
 #include "support/application.hpp"
 #include "support/leave_board.hpp"
+#include "support/paths.hpp"
 
 #include <array>
 #include <csignal>
@@ -49,9 +50,9 @@ void await(std::string_view text, int from, std::string &so_far) {
   ::dup2(output, STDOUT_FILENO);
   ::dup2(errors, STDERR_FILENO);
   const char *preloaded = std::getenv("LD_PRELOAD");
-  if (*PRELOADED_FIRST != '\0') // a sanitizer's own library insists on its place
+  if (*preloaded_first != '\0') // a sanitizer's own library insists on its place
     ::setenv("LD_PRELOAD",
-             (std::string{PRELOADED_FIRST} + ":" + (preloaded != nullptr ? preloaded : "")).c_str(), 1);
+             (std::string{preloaded_first} + ":" + (preloaded != nullptr ? preloaded : "")).c_str(), 1);
   leave_board();
   ::execv(raw[0], raw.data());
   ::_exit(127);
@@ -60,7 +61,7 @@ void await(std::string_view text, int from, std::string &so_far) {
 } // namespace
 
 application::application(const board &on, const std::string &program, std::vector<std::string> arguments) {
-  std::vector<std::string> words = {LAUNCHER, "run", on.path(), "--", program};
+  std::vector<std::string> words = {launcher_path, "run", on.path(), "--", program};
   words.insert(words.end(), arguments.begin(), arguments.end());
   const pipe_ends output = make_pipe(), errors = make_pipe();
   process_ = ::fork();

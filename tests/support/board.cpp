@@ -3,6 +3,7 @@
 #include "support/board.hpp"
 #include "board/use_board.h"
 #include "host/board_directory.hpp"
+#include "support/paths.hpp"
 #include "support/serial_keeper.hpp"
 
 #include <cstdio>
@@ -47,7 +48,7 @@ board::board(const sim::screen &shown) : directory_(make_temporary_directory()) 
 
 board::~board() {
   ::dravik_sim_use_board(nowhere);
-  offer_sound_card(SOUND_CARD_DIRECTORY);
+  offer_sound_card(sound_card_directory);
   await_serial_keeper(directory_);
   std::error_code code;
   std::filesystem::remove_all(directory_, code);
@@ -118,7 +119,7 @@ void board::clear_faults() const {
 
 void board::open_to_everyone() const {
   std::error_code code;
-  std::filesystem::copy(SOUND_CARD_DIRECTORY, path("sound-card"), code);
+  std::filesystem::copy(sound_card_directory, path("sound-card"), code);
   if (code)
     die(path("sound-card") + ": " + code.message());
   for (const char *inside : {"", "sound", "sound-card", "tmp"})

@@ -39,7 +39,7 @@ inline void *allocate_guarded(size_t size) noexcept {
   return only.allocate(size);
 }
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef SANITIZED
 
 inline bool is_guarded(const void *) noexcept {
   return true;

@@ -7,6 +7,7 @@
 #include "support/board.hpp"
 #include "support/harmful_calls.hpp"
 #include "support/leak_on_purpose.hpp"
+#include "support/paths.hpp"
 
 #include <algorithm>
 #include <cstdio>
@@ -170,7 +171,7 @@ void require_simulator() {
   for (const char *call : other_harmful_calls)
     if (simulator_defines(call))
       require_simulated(call);
-  offer_sound_card(SOUND_CARD_DIRECTORY);
+  offer_sound_card(sound_card_directory);
   ::dravik_sim_use_host_directories(temporary_directories().c_str());
   const char *current = ::dravik_sim_board();
   const std::string before = current != nullptr ? current : nowhere;

@@ -1,6 +1,7 @@
 // Listing and judging archives.
 
 #include "art_fixture.hpp"
+#include "support/paths.hpp"
 
 using namespace dravik::art_test;
 
@@ -193,7 +194,7 @@ TEST_F(ArtList, RejectsArchiveThatLibraryRejects) {
 
 TEST_F(ArtList, ReportsWhenItsOutputIsLost) {
   write_bytes(at("a.q7"), sound_archive());
-  const run_result result = run_program({DRAVIK_ART, "list", "a.q7"}, "/dev/full");
+  const run_result result = run_program({dravik_art_path, "list", "a.q7"}, "/dev/full");
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.err, "dravik-art: standard output: No space left on device\n");
 }

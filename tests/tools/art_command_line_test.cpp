@@ -1,6 +1,7 @@
 // The tool as a whole: help, version, invalid arguments.
 
 #include "art_fixture.hpp"
+#include "support/paths.hpp"
 #include "support/tool_rules.hpp"
 
 using namespace dravik;
@@ -73,7 +74,7 @@ TEST_F(ArtCommandLine, PrintsErrorsOnOneLine) {
 }
 
 TEST_F(ArtCommandLine, FailsIfHelpCannotBeWritten) {
-  const run_result result = run_program({DRAVIK_ART, "--help"}, "/dev/full");
+  const run_result result = run_program({dravik_art_path, "--help"}, "/dev/full");
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.err, "dravik-art: standard output: No space left on device\n");
 }

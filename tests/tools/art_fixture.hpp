@@ -2,6 +2,7 @@
 #pragma once
 
 #include "png/png_file.hpp"
+#include "support/paths.hpp"
 
 #include <array>
 #include <cstdint>
@@ -112,7 +113,7 @@ protected:
   std::filesystem::path at(const std::string &name) const { return folder_ / "work" / name; }
 
   run_result run(std::vector<std::string> words) const {
-    words.insert(words.begin(), DRAVIK_ART);
+    words.insert(words.begin(), dravik_art_path);
     return run_program(std::move(words));
   }
 
@@ -140,7 +141,7 @@ protected:
 
   /// Run the tool where no file may grow beyond 512 bytes.
   run_result run_with_full_disk(const std::string &words) const {
-    return run_program({"sh", "-c", "trap '' XFSZ; ulimit -f 1; exec \"$0\" " + words, DRAVIK_ART});
+    return run_program({"sh", "-c", "trap '' XFSZ; ulimit -f 1; exec \"$0\" " + words, dravik_art_path});
   }
 
   void expect_quiet_success(const std::vector<std::string> &words) const {

@@ -1,6 +1,7 @@
 // Packing: the bytes of archives, the rule of levels, and what is rejected.
 
 #include "art_fixture.hpp"
+#include "support/paths.hpp"
 
 #include <cmath>
 #include <sys/stat.h>
@@ -158,8 +159,9 @@ TEST_F(ArtPack, SetsPermissionsByUmask) {
   write_picture("a.png", make_picture(1, 1, [](uint32_t, uint32_t) { return opaque(255); }));
   const auto mode_under = [&](const std::string &mask) {
     std::filesystem::remove(at("out.q7"));
-    EXPECT_EQ(
-        run_program({"sh", "-c", "umask " + mask + "; exec \"$0\" pack out.q7 a.png", DRAVIK_ART}).status, 0);
+    EXPECT_EQ(run_program({"sh", "-c", "umask " + mask + "; exec \"$0\" pack out.q7 a.png", dravik_art_path})
+                  .status,
+              0);
     return static_cast<unsigned>(std::filesystem::status(at("out.q7")).permissions());
   };
   EXPECT_EQ(mode_under("022"), 0644U);

@@ -1,6 +1,7 @@
 // "accel".
 
 #include "ctl_fixture.hpp"
+#include "support/paths.hpp"
 
 #include <csignal>
 
@@ -38,7 +39,7 @@ TEST_F(CtlAccel, WatchesAsOftenAsTold) {
 TEST_F(CtlAccel, WatchesUntilInterrupted) {
   for (const int signal : {SIGINT, SIGTERM}) {
     board_.set("accel", "0,0,1000");
-    application tool{board_, DRAVIK_CTL, {"accel", "--watch", "--interval", "10"}};
+    application tool{board_, dravik_ctl_path, {"accel", "--watch", "--interval", "10"}};
     tool.await_output("1000\n");
     board_.set("accel", "0,0,-800");
     tool.await_output("-800\n");
@@ -50,7 +51,7 @@ TEST_F(CtlAccel, WatchesUntilInterrupted) {
 }
 
 TEST_F(CtlAccel, StopsImmediatelyOnInterrupt) {
-  application tool{board_, DRAVIK_CTL, {"accel", "--watch", "--interval", "60000"}};
+  application tool{board_, dravik_ctl_path, {"accel", "--watch", "--interval", "60000"}};
   tool.await_output("\n");
   tool.send(SIGINT);
   EXPECT_EQ(tool.finish(), 0);
@@ -58,10 +59,10 @@ TEST_F(CtlAccel, StopsImmediatelyOnInterrupt) {
 
 TEST_F(CtlAccel, EndsWhenItsReaderHasGone) {
   const std::string status = board_.path("status");
-  application tool{
-      board_,
-      "/bin/sh",
-      {"-c", "{ " DRAVIK_CTL " accel --watch --interval 10; echo $? > " + status + "; } | head -n 1"}};
+  application tool{board_,
+                   "/bin/sh",
+                   {"-c", std::string{"{ "} + dravik_ctl_path + " accel --watch --interval 10; echo $? > " +
+                              status + "; } | head -n 1"}};
   EXPECT_EQ(tool.finish(), 0);
   EXPECT_EQ(tool.output(), "     250    -500    1000\n");
   EXPECT_EQ(tool.errors(), "dravik-ctl: standard output: Broken pipe\n");
@@ -83,7 +84,7 @@ TEST_F(CtlAccel, ReportsWhenItDoesNotAnswer) {
 }
 
 TEST_F(CtlAccel, ReportsWhenItStopsAnswering) {
-  application tool{board_, DRAVIK_CTL, {"accel", "--watch", "--interval", "10"}};
+  application tool{board_, dravik_ctl_path, {"accel", "--watch", "--interval", "10"}};
   tool.await_output("1000\n");
   board_.set_fault("read", "/dev/i2c-0");
   EXPECT_EQ(tool.finish(), 1);

@@ -2,6 +2,7 @@
 
 #include "ctl_fixture.hpp"
 #include "host/card.hpp"
+#include "support/paths.hpp"
 
 #include <csignal>
 #include <fcntl.h>
@@ -109,7 +110,7 @@ TEST_F(CtlCard, WatchesTheState) {
       "present: yes, locked: no, partitioned: yes, mounted: yes, fat32: yes, writable: yes, "
       "healthy: yes, status: 188, ";
   EXPECT_THAT(checked_output({"card", "--watch", "--count", "1"}), testing::StartsWith(line));
-  test::application tool{board_, DRAVIK_CTL, {"card", "--watch", "--interval", "10", "--json"}};
+  test::application tool{board_, dravik_ctl_path, {"card", "--watch", "--interval", "10", "--json"}};
   tool.await_output("\"locked\": false");
   board_.write("gpio/68", "1\n");
   tool.await_output("\"locked\": true");
@@ -217,7 +218,7 @@ TEST_F(CtlCardRepair, RejectsABusyCardAndNamesItsUser) {
     for (const std::string use : {"exec 3</tmp/mmcblk0p1/film", "cd /tmp/mmcblk0p1"}) {
       board_.clear_events();
       const std::string script = use + "; echo $$; (cd /; exec \"$0\" card " + how + " --yes 3<&-)";
-      test::application shell{board_, "/bin/sh", {"-c", script, DRAVIK_CTL}};
+      test::application shell{board_, "/bin/sh", {"-c", script, dravik_ctl_path}};
       EXPECT_EQ(shell.finish(), 1) << use;
       std::string process = shell.output();
       process.resize(process.find('\n'));

@@ -1,6 +1,7 @@
 // The board tool as a whole: help, version, invalid arguments, output on failure.
 
 #include "ctl_fixture.hpp"
+#include "support/paths.hpp"
 #include "support/tool_rules.hpp"
 
 #include <fcntl.h>
@@ -133,7 +134,8 @@ TEST_F(CtlCommandLine, ReportsMissingValuesAsNull) {
 
 TEST_F(CtlCommandLine, FailsIfOutputCannotBeWritten) {
   const run_result result = {0, "", ""};
-  test::application tool{board_, "/bin/sh", {"-c", "exec " DRAVIK_CTL " adc > /dev/full"}};
+  test::application tool{
+      board_, "/bin/sh", {"-c", std::string{"exec "} + dravik_ctl_path + " adc > /dev/full"}};
   EXPECT_EQ(tool.finish(), 1);
   EXPECT_EQ(tool.errors(), "dravik-ctl: standard output: No space left on device\n");
   EXPECT_EQ(result.out, tool.output());

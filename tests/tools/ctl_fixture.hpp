@@ -3,6 +3,7 @@
 
 #include "support/application.hpp"
 #include "support/bytes.hpp"
+#include "support/paths.hpp"
 #include "support/program.hpp"
 
 #include <algorithm>
@@ -27,7 +28,7 @@ inline std::string text_of(const test::bytes &content) {
 class CtlTool : public testing::Test {
 protected:
   run_result run(const words &given) const {
-    test::application tool{board_, DRAVIK_CTL, given};
+    test::application tool{board_, dravik_ctl_path, given};
     const int status = tool.finish();
     return {status, tool.output(), tool.errors()};
   }

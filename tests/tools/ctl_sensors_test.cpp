@@ -1,6 +1,7 @@
 // The board's small reports: "adc", "temperature", "hdmi" and "backlight".
 
 #include "ctl_fixture.hpp"
+#include "support/paths.hpp"
 
 #include <csignal>
 
@@ -85,7 +86,7 @@ TEST_F(CtlTemperature, Watches) {
   board_.write(adc_file, "adc[0] = 0\nadc[1] = 050\n");
   EXPECT_EQ(checked_output({"temperature", "--watch", "--count", "2", "--interval", "10"}),
             " 106.257      no\n 106.257      no\n");
-  test::application tool{board_, DRAVIK_CTL, {"temperature", "--watch", "--interval", "10", "--json"}};
+  test::application tool{board_, dravik_ctl_path, {"temperature", "--watch", "--interval", "10", "--json"}};
   tool.await_output("106.257");
   board_.write(adc_file, "adc[0] = 0\nadc[1] = 2f7\n");
   tool.await_output("{\"celsius\": -0.034, \"beyond_range\": false}\n");
@@ -97,7 +98,7 @@ TEST_F(CtlTemperature, Watches) {
 }
 
 TEST_F(CtlTemperature, StopsWatchingWhenItCannotBeRead) {
-  test::application tool{board_, DRAVIK_CTL, {"temperature", "--watch", "--interval", "10"}};
+  test::application tool{board_, dravik_ctl_path, {"temperature", "--watch", "--interval", "10"}};
   tool.await_output("\n");
   board_.remove(adc_file);
   EXPECT_EQ(tool.finish(), 1);
@@ -143,7 +144,7 @@ TEST_F(CtlBacklight, SetsItsBrightness) {
 
 /// sysfs reports 4096 bytes for each attribute.
 TEST_F(CtlBacklight, ReadsAttributesThatAreShorterThanReported) {
-  ASSERT_EQ(::setenv("LD_PRELOAD", REPORTS_A_PAGE, 1), 0);
+  ASSERT_EQ(::setenv("LD_PRELOAD", reports_a_page_path, 1), 0);
   // _exit(): a sanitizer would report what perl does not free.
   const std::string script = "$| = 1; open F, $ARGV[0]; print -s F; POSIX::_exit(0)";
   test::application size{board_, "/usr/bin/perl", {"-MPOSIX", "-e", script, brightness_file}};
