@@ -1,5 +1,6 @@
 // Which colours a text is drawn in.
 
+#include "support/emulation.hpp"
 #include "text/font_maker.hpp"
 #include "text/truetype_stage.hpp"
 
@@ -122,10 +123,12 @@ TEST(TrueTypeRamps, SelectForRealTextInEveryPair) {
   constexpr uint16_t named[] = {
       DRAVIK_WHITE,   DRAVIK_BLACK, DRAVIK_RED,    DRAVIK_GREEN, DRAVIK_BLUE, DRAVIK_GREY, DRAVIK_YELLOW,
       DRAVIK_MAGENTA, DRAVIK_CYAN,  DRAVIK_ORANGE, DRAVIK_THEME, 0,           0x5555};
-  for (const uint16_t bg : named)
-    for (const uint16_t fg : named)
-      EXPECT_TRUE(stage.draws({.text = u"go", .font_size = 11, .font = sans, .fg = fg, .bg = bg}))
-          << bg << ' ' << fg;
+  constexpr size_t count = std::size(named);
+  for (size_t pair = 0; pair < count * count; pair += stride<size_t>()) {
+    const uint16_t fg = named[pair % count], bg = named[pair / count];
+    EXPECT_TRUE(stage.draws({.text = u"go", .font_size = 11, .font = sans, .fg = fg, .bg = bg}))
+        << bg << ' ' << fg;
+  }
 }
 
 } // namespace
