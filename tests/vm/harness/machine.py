@@ -6,11 +6,10 @@ import queue
 import socket
 import subprocess
 import threading
-import time
 
 Path = pathlib.Path
 
-START_SECONDS = 30
+END_SECONDS = 30
 
 COMMON = ["-accel", "tcg", "-m", "512", "-nodefaults", "-no-reboot", "-display", "none"]
 EXACT_TIME = ["-icount", "shift=2,sleep=off"]  # the guest's time follows its instructions, whatever the host does
@@ -30,13 +29,12 @@ CONSOLES = {"amd64": "ttyS1", "armhf": "ttyAMA0"}
 
 
 class Machine:
-    def __init__(self, architecture: str, kernel: Path, archive: Path, card: Path, directory: Path, settings: str,
+    def __init__(self, architecture: str, kernel: Path, archive: Path, card: Path, settings: str,
                  exact_time: bool) -> None:
-        names = ("library", "console", "monitor")
-        listeners = {name: listen(directory / f"{name}.socket") for name in names}
+        ends = {name: socket.socketpair() for name in ("library", "console", "monitor")}
         command = EMULATORS[architecture] + COMMON + (EXACT_TIME if exact_time else [])
-        for name in names:
-            command += ["-chardev", f"socket,id={name},path={directory / name}.socket"]
+        for name, (_, theirs) in ends.items():
+            command += ["-chardev", f"socket,id={name},fd={theirs.fileno()}"]
         command += SERIAL_PORTS[architecture] + ["-mon", "chardev=monitor,mode=control"]
         command += ["-device", "cirrus-vga", "-device", "sdhci-pci", "-device", "sd-card,id=card,drive=card"]
         command += ["-drive", f"if=none,id=card,format=raw,cache=unsafe,file={card}"]
@@ -46,11 +44,13 @@ class Machine:
         command += ["-kernel", str(kernel), "-initrd", str(archive), "-append", f"{console} {settings}"]
         self.is_scanned_out = architecture in SCANNED_OUT
         self.card = card
-        self.process = subprocess.Popen(command, stdin=subprocess.DEVNULL)
-        connections = {name: accept(listener, self.process) for name, listener in listeners.items()}
-        self.console = Console(connections["console"])
-        self.library = Console(connections["library"])
-        self.monitor = Monitor(connections["monitor"])
+        passed_on = [theirs.fileno() for _, theirs in ends.values()]
+        self.process = subprocess.Popen(command, stdin=subprocess.DEVNULL, pass_fds=passed_on)
+        for _, theirs in ends.values():
+            theirs.close()
+        self.console = Console(ends["console"][0])
+        self.library = Console(ends["library"][0])
+        self.monitor = Monitor(ends["monitor"][0])
 
     def panel(self, target: Path) -> bytes:
         """Return the pixels that the panel shows in RGB565, and write them to a file as a PPM image."""
@@ -76,7 +76,7 @@ class Machine:
         """Return why the guest ended, after it did; kill it if it does not."""
         reason = self.monitor.shutdown_reason()
         try:
-            self.process.wait(START_SECONDS)
+            self.process.wait(END_SECONDS)
         except subprocess.TimeoutExpired:
             self.cut_power()
         return reason
@@ -144,26 +144,6 @@ class Monitor:
         except (EOFError, ConnectionError):
             pass
         return self.reason
-
-
-def listen(path: Path) -> socket.socket:
-    path.unlink(missing_ok=True)
-    listener = socket.socket(socket.AF_UNIX)
-    listener.bind(str(path))
-    listener.listen(1)
-    listener.settimeout(1)
-    return listener
-
-
-def accept(listener: socket.socket, process: subprocess.Popen) -> socket.socket:
-    """Return the connection of the emulator, which ends instead if it rejects its arguments."""
-    deadline = time.monotonic() + START_SECONDS
-    while time.monotonic() < deadline and process.poll() is None:
-        try:
-            return listener.accept()[0]
-        except TimeoutError:
-            continue
-    raise RuntimeError("the emulator did not start")
 
 
 def receive_block(connection: socket.socket) -> bytes:

@@ -113,8 +113,7 @@ def run_boot(architecture: str, boot: Boot, base: Path, card: Path, expected: Pa
     directory = run / boot.name
     directory.mkdir(parents=True)
     kernel = PROJECT / "build/vm" / architecture / "kernel/image"
-    guest = machine.Machine(architecture, kernel, base, card, directory, f"tests={','.join(boot.suites)}",
-                            boot.exact_time)
+    guest = machine.Machine(architecture, kernel, base, card, f"tests={','.join(boot.suites)}", boot.exact_time)
     running = session.Session(boot.suites, directory, expected, guest)
     try:
         running.run()
