@@ -40,6 +40,11 @@ struct surface {
     return reinterpret_cast<pixel *>(base + y * pitch + ptrdiff_t{x} * 2);
   }
   pixel *at(position p) const noexcept { return at(p.x, p.y); }
+
+  /// As above, for a pixel in memory whose column or line may be so far off that 32 bits do not hold its distance.
+  pixel *at_far(int64_t x, int64_t y) const noexcept {
+    return reinterpret_cast<pixel *>(base + static_cast<ptrdiff_t>(y * pitch + x * 2));
+  }
 };
 
 inline surface screen() noexcept {

@@ -124,10 +124,12 @@ void free_all() noexcept {
 
 // ------------------------------------------------------------------------------------------------ drawing
 
-/// An image: `height` rows of (width + 1) / 2 bytes, all within the archive.
+/// An image: its rows are all within the archive.
 struct art {
   uint32_t width, height;
   const uint8_t *pixels;
+
+  constexpr uint32_t row_bytes() const noexcept { return width / 2 + width % 2; }
 };
 
 /// Find an image. A number beyond the last image selects the last one.
@@ -148,8 +150,8 @@ bool find_art(const uint8_t *archive, int32_t index, art &found) noexcept {
   found.width = record.u32le();
   found.height = record.u32le();
   const uint64_t start = record.u32le();
-  const uint64_t row_bytes = (uint64_t{found.width} + 1) / 2;
-  if (!record.ok() || (found.height != 0 && (start > size || row_bytes > (size - start) / found.height))) {
+  if (!record.ok() ||
+      (found.height != 0 && (start > size || found.row_bytes() > (size - start) / found.height))) {
     log_printf("q7bmp data error! index = %d", index);
     return false;
   }
@@ -177,23 +179,25 @@ position place_art(position at, const art &what, int32_t align) noexcept {
 
 /// Draw the part of each row that is in frame buffer memory. The first pixel of a part is drawn by itself if it
 /// is the right one of its byte.
-void paint_parts(const kernels::picture &rows, position at, const kernels::ramp &ramp, bool transparent,
-                 const fb::memory_bounds &memory) noexcept {
+void paint_parts(const fb::surface &on, const art &what, position at, const kernels::ramp &ramp,
+                 bool transparent) noexcept {
   const auto put = transparent ? kernels::active->levels_over : kernels::active->levels;
-  pixel *to = rows.to;
-  const uint8_t *from = rows.from;
-  for (size_t n = 0; n < rows.count; ++n, to = fb::step(to, rows.pitch), from += rows.stride) {
-    fb::row_part part = memory.part_of(at.x, at.y + static_cast<int64_t>(n), rows.width);
+  const fb::memory_bounds memory = fb::memory_of(on);
+  const uint8_t *from = what.pixels;
+  for (uint32_t n = 0; n < what.height; ++n, from += what.row_bytes()) {
+    const int64_t line = int64_t{at.y} + n;
+    fb::row_part part = memory.part_of(at.x, line, what.width);
     if (part.empty())
       continue;
+    pixel *to = on.at_far(at.x + static_cast<int64_t>(part.first), line);
     if (part.first % 2 != 0) {
       const uint8_t level = from[part.first / 2] & 0x0F;
       if (!transparent || level != 0)
-        to[part.first] = ramp.colours[level];
-      ++part.first;
+        *to = ramp.colours[level];
+      ++part.first, ++to;
     }
     if (!part.empty())
-      put({to + part.first, 0, from + part.first / 2, 0, part.end - part.first, 1}, ramp);
+      put({to, 0, from + part.first / 2, 0, part.end - part.first, 1}, ramp);
   }
 }
 
@@ -202,13 +206,11 @@ void paint(const art &what, position at, uint16_t fg, uint16_t bg) noexcept {
   const kernels::ramp ramp = {number, fb::ramp_colours(number).data()};
   const bool transparent = bg == DRAVIK_TRANSPARENT;
   const fb::surface on = fb::screen();
-  const size_t row_bytes = (size_t{what.width} + 1) / 2;
-  const kernels::picture rows = {on.at(at),  on.pitch,   what.pixels, static_cast<ptrdiff_t>(row_bytes),
-                                 what.width, what.height};
   if (fb::is_oversized(on, what.width, what.height))
-    return paint_parts(rows, at, ramp, transparent, fb::memory_of(on));
+    return paint_parts(on, what, at, ramp, transparent);
   const auto put = transparent ? kernels::active->levels_over : kernels::active->levels;
-  put(rows, ramp);
+  put({on.at(at), on.pitch, what.pixels, static_cast<ptrdiff_t>(what.row_bytes()), what.width, what.height},
+      ramp);
 }
 
 int show(position at, uint32_t slot, int32_t index, uint16_t fg, uint16_t bg, int32_t align) noexcept {

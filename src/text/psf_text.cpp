@@ -70,13 +70,11 @@ private:
   [[gnu::noinline]] void put_cut(std::span<const uint8_t> rows, position from) const noexcept {
     const fb::memory_bounds memory = fb::memory_of(on_);
     const size_t row_bytes = cell_width() <= 8 ? 1 : 2;
-    pixel *at = on_.at(from);
-    for (int64_t line = from.y; !rows.empty();
-         rows = rows.subspan(row_bytes), ++line, at = fb::step(at, on_.pitch)) {
+    for (int64_t line = from.y; !rows.empty(); rows = rows.subspan(row_bytes), ++line) {
       const fb::row_part part = memory.part_of(from.x, line, drawn_width());
       for (size_t i = part.first; i < part.end; ++i)
         if (const bool is_set = (rows[i / 8] << i % 8 & 0x80) != 0; is_set || !transparent_)
-          at[i] = is_set ? fg_ : bg_;
+          *on_.at_far(from.x + static_cast<int64_t>(i), line) = is_set ? fg_ : bg_;
     }
   }
 

@@ -313,7 +313,7 @@ template <class Painter> void copy_box(position at, Painter painter) noexcept {
     const int64_t line = at.y + row - sy;
     const fb::row_part part = drawable_part(memory, at.x, line);
     if (!part.empty())
-      copy_row(cells_of(row), part, on.at(at.x, to_int32(line)), painter);
+      copy_row(cells_of(row), part, on.at_far(at.x, line), painter);
   }
 }
 

@@ -235,6 +235,11 @@ TEST_F(LargeArt, SkipsPixelsNextToMemory) {
   EXPECT_TRUE(screen_->same());
 }
 
+TEST_F(LargeArt, DrawsRowsThatBeginInMemoryAtFarColumns) {
+  draw_and_compare(41, 3, INT32_MIN, 49'941'481);  // 2 * -2^31 + 86 * 49'941'481 = 70
+  draw_and_compare(41, 3, INT32_MAX, -49'941'480); // 2 * (2^31 - 1) - 86 * 49'941'480 = 14
+}
+
 TEST_F(LargeArt, UsesWholeMappingInSecondBuffer) {
   fbp = fbp0 + 15 * line_length;
   fbinfo[FBINFO_YRES] = 15;

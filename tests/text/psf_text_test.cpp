@@ -227,6 +227,11 @@ TEST_F(LargeGlyph, SkipsPixelsFarFromMemory) {
   }
 }
 
+TEST_F(LargeGlyph, DrawsRowsThatBeginInMemoryAtFarColumns) {
+  draw_and_compare(8, 11, INT32_MIN, 93'368'855);  // 2 * -2^31 + 46 * 93'368'855 = 34
+  draw_and_compare(8, 11, INT32_MAX, -93'368'854); // 2 * (2^31 - 1) - 46 * 93'368'854 = 10
+}
+
 TEST_F(LargeGlyph, UsesWholeMappingInSecondBuffer) {
   constexpr int64_t five_lines = 5 * 46;
   draw_and_compare(9, 11, 3, -1, -five_lines);
