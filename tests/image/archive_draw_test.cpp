@@ -37,7 +37,7 @@ TEST_F(ArchiveDraw, SelectsRampByBothColours) {
   use({{image}});
   for (const uint16_t bg : named)
     for (const uint16_t fg : named) {
-      SCOPED_TRACE(testing::Message() << std::hex << "bg " << bg << " fg " << fg);
+      SCOPED_TRACE(testing::Message() << "bg " << bg << " fg " << fg);
       paint_model(image, 7, 8, artwork_ramp(bg, fg), bg == DRAVIK_TRANSPARENT);
       EXPECT_EQ(fb_q7bmp_show(7, 8, 0, 0, fg, bg, DRAVIK_TOP_LEFT), 0);
       EXPECT_TRUE(screen_->same());
