@@ -24,7 +24,7 @@ public:
   /// The place at which the next text begins, and whether a text has come after such a place.
   uint64_t end() const noexcept { return dropped_ + text_.size(); }
   bool has_since(uint64_t place, std::string_view text) const {
-    return text_.find(text, place - std::min(place, dropped_)) != std::string::npos;
+    return text_.find(text, static_cast<size_t>(place - std::min(place, dropped_))) != std::string::npos;
   }
   bool has_ever(std::string_view text) const { return text_.find(text) != std::string::npos; }
 
