@@ -13,7 +13,7 @@
 #include <time.h>
 #include <unistd.h>
 
-enum { LINES = 256, POLL_MS = 5, REBOOTED = 1 };
+enum { LINES = 256, POLL_MS = 5, LONGEST_SENDING_MS = 20000, REBOOTED = 1 };
 
 static volatile sig_atomic_t is_asked_to_end;
 
@@ -27,9 +27,15 @@ static void pause_ms(long ms) {
   nanosleep(&pause, NULL);
 }
 
+static int is_sending(void) {
+  return *(char *volatile *)&ptr_rb_head != *(char *volatile *)&ptr_rb_tail;
+}
+
+/* On a busy machine, the thread that sends may wait for long. */
 static void end(int status) {
   console_printf("ending %d\r\n", status);
-  pause_ms(50);
+  for (long waited_ms = 0; is_sending() && waited_ms < LONGEST_SENDING_MS; waited_ms += POLL_MS)
+    pause_ms(POLL_MS);
   exit(status);
 }
 
