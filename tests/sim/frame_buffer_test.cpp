@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <linux/fb.h>
+#include <string_view>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -195,7 +196,12 @@ class SimFrameBufferMap : public SimFrameBuffer, public testing::WithParamInterf
 TEST_P(SimFrameBufferMap, ReachesTheMemoryAndNoFurther) {
   const board board{64, 32};
   open_it();
-  const auto call = library_call<void *(void *, size_t, int, int, int, off_t)>(GetParam());
+  using plain_offset = long; // also where off_t is of 64 bits
+  const auto call = [](auto... arguments) {
+    return std::string_view{GetParam()} == "mmap"
+               ? library_call<void *(void *, size_t, int, int, int, plain_offset)>("mmap")(arguments...)
+               : library_call<void *(void *, size_t, int, int, int, off64_t)>("mmap64")(arguments...);
+  };
   void *memory = call(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
   ASSERT_NE(memory, MAP_FAILED);
   std::memset(memory, 0x55, 4096);

@@ -23,6 +23,12 @@
 
 namespace dravik::test {
 
+#ifdef SYS_mmap
+constexpr long memory_map = SYS_mmap;
+#else
+constexpr long memory_map = SYS_mmap2;
+#endif
+
 constexpr auto harmless_calls = std::to_array<long>({
     // Memory, signals, identity and limits of the process itself end with it.
     SYS_brk,
@@ -56,7 +62,11 @@ constexpr auto harmless_calls = std::to_array<long>({
     SYS_getrandom,
     SYS_clock_gettime,
     SYS_fstat,
+#ifdef SYS_newfstatat
     SYS_newfstatat,
+#else
+    SYS_fstatat64,
+#endif
     SYS_fstatfs,
     SYS_statx,
     SYS_faccessat,
@@ -96,7 +106,7 @@ struct traced_call {
 
 inline bool is_harmless(const traced_call &call) {
   switch (call.number) {
-  case SYS_mmap:
+  case memory_map:
     return (call.arguments[3] & MAP_SHARED) == 0;
   case SYS_mprotect:
     return (call.arguments[2] & PROT_WRITE) == 0;
@@ -109,7 +119,7 @@ inline bool is_harmless(const traced_call &call) {
 
 /// Whether a call lets a process change a file by mere stores to memory.
 inline bool maps_file_for_writing(const traced_call &call) {
-  return (call.number == SYS_mmap || call.number == SYS_mprotect) && !is_harmless(call) &&
+  return (call.number == memory_map || call.number == SYS_mprotect) && !is_harmless(call) &&
          (call.arguments[2] & PROT_WRITE) != 0;
 }
 
@@ -127,8 +137,9 @@ inline std::vector<sock_filter> stop_at_other_calls() {
     filter.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<uint32_t>(call), 0, 1));
     filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
   }
-  for (const auto &part : {allow_without(SYS_mmap, 3, MAP_SHARED), allow_without(SYS_mprotect, 2, PROT_WRITE),
-                           allow_without(SYS_openat, 2, O_CREAT | O_TRUNC)})
+  for (const auto &part :
+       {allow_without(memory_map, 3, MAP_SHARED), allow_without(SYS_mprotect, 2, PROT_WRITE),
+        allow_without(SYS_openat, 2, O_CREAT | O_TRUNC)})
     filter.insert(filter.end(), part.begin(), part.end());
   filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_TRACE));
   return filter;

@@ -7,6 +7,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+/* The names that the C library's headers give a call: other ones on 32-bit machines, where times are of 64 bits. */
+#ifdef __USE_TIME_BITS64
+#define FSTAT "__fstat64_time64"
+#else
+#define FSTAT "fstat"
+#endif
+
 enum { PAGE = 4096 };
 
 static int is_attribute(int file) {
@@ -23,15 +30,17 @@ static void *next(const char *call) {
 }
 
 int fstat(int file, struct stat *status) {
-  const int result = ((int (*)(int, struct stat *))next("fstat"))(file, status);
+  const int result = ((int (*)(int, struct stat *))next(FSTAT))(file, status);
   if (result == 0 && is_attribute(file))
     status->st_size = PAGE;
   return result;
 }
 
+#ifndef __USE_TIME_BITS64
 int fstat64(int file, struct stat64 *status) {
   const int result = ((int (*)(int, struct stat64 *))next("fstat64"))(file, status);
   if (result == 0 && is_attribute(file))
     status->st_size = PAGE;
   return result;
 }
+#endif
