@@ -38,7 +38,7 @@ int board_look_around(void);
 enum key { KEY_NONE, KEY_NEXT, KEY_OK, KEY_BACK };
 
 /* Return the key that was used since the last call. NEXT acts when it is pressed. OK acts when it is let go;
- * held for so many looks at the keys, it is BACK. */
+ * held for `looks_to_hold` calls, it is BACK. */
 enum key board_key(int looks_to_hold);
 
 #endif
