@@ -2,6 +2,7 @@
 
 #include "launcher/commands.hpp"
 #include "launcher/run_arguments.hpp"
+#include "launcher/serial_keeper.hpp"
 #include "scenario/player.hpp"
 
 namespace dravik::sim {
@@ -49,6 +50,7 @@ outcome play(const std::string &board, const command_line &given, std::string &e
   bool is_invalid = false;
   if (!scenario::load(request.file, steps, is_invalid, error))
     return is_invalid ? outcome::misused : outcome::failed;
+  name_serial_text(board);
   run_session session{board, run_arguments(given, 2)};
   return scenario::player{request, std::move(steps), session}.play(error) ? outcome::done : outcome::failed;
 }

@@ -60,13 +60,19 @@ public:
     return files::read_symlink(port_, code) == terminal && !terminal.empty();
   }
 
-  /// From the plain file, which keeps the name of the text.
-  bool lead_to(const std::string &terminal) const {
+  /// The plain file gets the name of the text, too.
+  bool name_text() const {
     ::unlink(fresh_.c_str());
     if (::link(port_.c_str(), fresh_.c_str()) != 0 || ::rename(fresh_.c_str(), text_.c_str()) != 0)
       return false;
     ::unlink(fresh_.c_str()); // is still there when the text had both names already
-    return ::symlink(terminal.c_str(), fresh_.c_str()) == 0 && ::rename(fresh_.c_str(), port_.c_str()) == 0;
+    return true;
+  }
+
+  /// From the plain file, which keeps the name of the text.
+  bool lead_to(const std::string &terminal) const {
+    return name_text() && ::symlink(terminal.c_str(), fresh_.c_str()) == 0 &&
+           ::rename(fresh_.c_str(), port_.c_str()) == 0;
   }
 
   /// The plain file again; a port that someone has changed meanwhile stays as it is.
@@ -317,6 +323,13 @@ bool start_keeper(const port_files &names, unique_fd &directory, unique_fd &list
 }
 
 } // namespace
+
+void name_serial_text(const std::string &board) {
+  const port_files names{board};
+  const unique_fd directory = names.open_directory();
+  if (directory && lock(directory) && names.is_plain())
+    names.name_text();
+}
 
 void keep_serial_port(const std::string &board) {
   const port_files names{board};

@@ -48,6 +48,12 @@ TEST_F(ScenarioPlay, IgnoresWhatTheBoardHadBefore) {
   expect_held("expect never console \"old\"\nexpect no log \"old\"\nexpect never event \"old\"");
 }
 
+/// The first application makes the old text of the port that of the console.
+TEST_F(ScenarioPlay, IgnoresWhatAPlainPortHadBefore) {
+  board_.write("dev/ttyS0", "old console\n");
+  expect_held(std::string{ready} + "expect never console \"old\"");
+}
+
 TEST_F(ScenarioPlay, FindsEachTextAfterTheOneBefore) {
   expect_held(std::string{ready} + R"(
 type "first\n"
