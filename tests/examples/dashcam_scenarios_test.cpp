@@ -21,6 +21,23 @@ TEST_P(DashcamScenario, Holds) {
   EXPECT_EQ(result.exit_status(), 0) << result.errors;
 }
 
+TEST(DashcamHoldTime, IsThatOfTheCommandLine) {
+  const recording_board on;
+  const std::string scenario = on.path() + "/hold.scenario";
+  on.write("hold.scenario", R"(timeout 20s
+keys console "key pressed" "key released"
+wait console "screen splash"
+press next
+wait console "screen home"
+press ok 1s             # by default, OK is held after 700 ms
+wait console "key ok"
+expect never console "key back"
+)");
+  const outcome result =
+      launch_with_application({"play", on.path(), scenario, "--", dashcam_path, "--hold-time", "10000"});
+  EXPECT_EQ(result.exit_status(), 0) << result.errors;
+}
+
 INSTANTIATE_TEST_SUITE_P(All, DashcamScenario,
                          testing::Values("menu", "settings", "settings_file", "languages", "playback",
                                          "events", "card", "card_faults", "card_format", "card_full",

@@ -138,6 +138,11 @@ TEST(TrueTypePlace, WritesNothingFarLeftOfScreen) {
       EXPECT_TRUE(stage.draws_nothing({.text = u"Left", .font = sans, .x = x, .y = 0, .align = align})) << x;
 }
 
+TEST(TrueTypePlace, DrawsRowsThatBeginInMemoryAtFarColumns) {
+  EXPECT_TRUE(placing(31, 11).lands(0, 0x80000000, 3'339'788, 36, 0)); // -2^31 + 643 * 3'339'788 = 36
+  EXPECT_TRUE(placing(31, 11).lands(0, 0x7FFFFFFF, static_cast<uint32_t>(-3'339'787), 606, 0));
+}
+
 TEST(TrueTypePlace, OmitsLinesAboveScreen) {
   EXPECT_TRUE(placing(31, 11).lands(0, 100, 0xFFFFFFFF, 100, 0));
   EXPECT_TRUE(placing(31, 11).lands(0, 100, 0xFFFFFFF7, 100, 0)); // -9: one line of ink is left
