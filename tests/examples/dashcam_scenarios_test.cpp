@@ -17,7 +17,7 @@ TEST_P(DashcamScenario, Holds) {
       std::string{EXAMPLES_SOURCE} + "/dashcam/scenarios/" + GetParam() + ".scenario";
   // On a busy machine a short press takes as long as a held one would: OK is held for longer.
   const outcome result = launch_with_application(
-      {"play", on.path(), scenario, "--", dashcam_path, "--time", "14:32:08", "--hold-time", "3000"});
+      {"play", on.path(), scenario, "--", dashcam_path, "--time", "14:32:08", "--hold-time", "4000"});
   EXPECT_EQ(result.exit_status(), 0) << result.errors;
 }
 
