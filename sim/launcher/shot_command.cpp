@@ -1,5 +1,7 @@
 // "shot": the screen of a board as a PNG file.
 
+#include "common/files.hpp"
+#include "common/magics.hpp"
 #include "host/screen_image.hpp"
 #include "launcher/commands.hpp"
 #include "scenario/screen_picture.hpp"
@@ -14,9 +16,9 @@ constexpr std::string_view shot_help =
 
 Save the screen of a simulated board as a PNG file.
 
-FILE.png may be -, for standard output. The image shows the visible
-part of frame buffer memory; it is black while the panel is blanked.
-Applications may draw meanwhile.
+FILE.png may be -, for standard output; an existing FILE.png is replaced if it
+is a PNG file. The image shows the visible part of frame buffer memory; it is
+black while the panel is blanked. Applications may draw meanwhile.
 
 Examples:
   dravik-sim shot desk screen.png
@@ -28,7 +30,8 @@ Exit status: 0 on success; 1 on failure; 2 on a usage error
 /// A hyphen is standard output.
 outcome write_picture(const std::string &path, const png::picture &picture, std::string &error) {
   const bool is_written =
-      path == "-" ? png::write(stdout, "standard output", picture, error) : png::write(path, picture, error);
+      path == "-" ? png::write(stdout, "standard output", picture, error)
+                  : tools::may_replace(path, tools::png_magic, error) && png::write(path, picture, error);
   return is_written ? outcome::done : outcome::failed;
 }
 

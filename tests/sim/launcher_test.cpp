@@ -521,6 +521,16 @@ TEST_F(SimLauncher, WritesShotToStandardOutput) {
                "standard output: ");
 }
 
+TEST_F(SimLauncher, ReplacesPngFilesOnlyByShot) {
+  launch({"new", at("desk"), "--size", "10x10", "--card", "0"});
+  EXPECT_EQ(launch({"shot", at("desk"), at("shot.png")}).exit_status(), 0);
+  EXPECT_EQ(launch({"shot", at("desk"), at("shot.png")}).exit_status(), 0);
+  write("first.c", "int main(void) { return 0; }\n", 0644);
+  expect_error(launch({"shot", at("desk"), at("first.c")}), 1,
+               at("first.c") + ": exists in another format; not replaced\n");
+  EXPECT_EQ(text_of_file(at("first.c")), "int main(void) { return 0; }\n");
+}
+
 TEST_F(SimLauncher, ReportsProblemsOfShot) {
   launch({"new", at("desk")});
   expect_error(launch({"shot", at("absent"), at("shot.png")}), 1,
