@@ -191,7 +191,7 @@ TEST_F(ArtPack, RejectsAMissingImageAndKeepsTheOldArchive) {
 
 TEST_F(ArtPack, RejectsOtherFormats) {
   write_text(at("a.png"), "GIF89a and so on");
-  expect_refusal({"pack", "out.q7", "a.png"}, 1, "a.png: Not a PNG file");
+  expect_refusal({"pack", "out.q7", "a.png"}, 1, "a.png: not a PNG file");
 }
 
 TEST_F(ArtPack, RejectsAImageThatEndsEarlyAtEveryLength) {

@@ -72,6 +72,30 @@ TEST_F(PngFile, KeepsOneCompleteImageOfTwoWriters) {
   EXPECT_EQ(count_files(), 1U);
 }
 
+TEST_F(PngFile, ReportsTruncatedFilesAndOtherFormats) {
+  std::string error;
+  ASSERT_TRUE(write(at("whole.png"), plain(64, 7), error)) << error;
+  const auto error_of_first = [&](uintmax_t bytes) {
+    std::filesystem::copy_file(at("whole.png"), at("part.png"),
+                               std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::resize_file(at("part.png"), bytes);
+    picture unused;
+    std::string reported;
+    EXPECT_FALSE(read(at("part.png"), unused, reported)) << bytes;
+    return reported;
+  };
+  for (const uintmax_t bytes : {uintmax_t{0}, uintmax_t{3}})
+    EXPECT_EQ(error_of_first(bytes), at("part.png") + ": not a PNG file") << bytes;
+  // The signature has 8 bytes, IHDR ends at byte 33; the pixels end 16 bytes before the end.
+  for (const uintmax_t bytes : {uintmax_t{4}, uintmax_t{8}, uintmax_t{20}, uintmax_t{33},
+                                std::filesystem::file_size(at("whole.png")) - 20})
+    EXPECT_EQ(error_of_first(bytes), at("part.png") + ": truncated") << bytes;
+  std::ofstream{at("text.png")} << "longer than a signature";
+  picture unused;
+  EXPECT_FALSE(read(at("text.png"), unused, error));
+  EXPECT_EQ(error, at("text.png") + ": not a PNG file");
+}
+
 TEST_F(PngFile, HasPermissionsByTheUmask) {
   std::string error;
   const mode_t before = ::umask(0027);

@@ -3,12 +3,25 @@
 #include "png/png_file.hpp"
 
 #include "common/files.hpp"
+#include "common/magics.hpp"
 
+#include <array>
 #include <png.h>
 
 namespace dravik::png {
 
 namespace {
+
+/// Return why a file cannot be read. libpng has one text, "Read Error", for all files that end too early.
+std::string problem(std::FILE *file, const png_image &image) {
+  const bool has_ended = std::feof(file) != 0;
+  std::array<char, tools::png_magic.size()> start;
+  std::rewind(file);
+  const size_t got = std::fread(start.data(), 1, start.size(), file);
+  if (std::string_view{start.data(), got} != tools::png_magic)
+    return "not a PNG file";
+  return has_ended ? "truncated" : image.message;
+}
 
 /// Read up to the pixels. After success the caller finishes reading, or frees; `file` stays open
 /// until then.
@@ -18,7 +31,7 @@ bool begin(const std::string &path, const unique_file &file, png_image &image, s
   if (file == nullptr)
     return false;
   if (png_image_begin_read_from_stdio(&image, file.get()) == 0) {
-    error = path + ": " + image.message;
+    error = path + ": " + problem(file.get(), image);
     return false;
   }
   if (is_bearable(image.width, image.height))
@@ -52,7 +65,7 @@ bool read(const std::string &path, picture &into, std::string &error) {
   into.height = image.height;
   into.rgba.resize(PNG_IMAGE_SIZE(image));
   if (png_image_finish_read(&image, nullptr, into.rgba.data(), 0, nullptr) == 0) {
-    error = path + ": " + image.message;
+    error = path + ": " + problem(file.get(), image);
     return false;
   }
   return true;
