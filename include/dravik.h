@@ -323,7 +323,8 @@ DRAVIK_API void fb_put_rect_fill(int32_t x0, int32_t y0, int32_t x1, int32_t y1,
  * The top and bottom edges are clipped to the screen.
  * @note Intentional: the side edges are clipped at the bottom only. A side at x = xres is drawn in column 0
  * of the next line; one further right is not drawn. A negative column is drawn at the end of the previous
- * line, a negative row before the screen.
+ * line, a negative row before the screen. Pixels moved before the first or after the last line are outside
+ * frame buffer memory, where drawing may be a segmentation fault: keep both sides on the screen.
  * @param x0,y0,x1,y1  opposite corners in pixels, in any order
  * @param colour       RGB565
  */
@@ -332,7 +333,7 @@ DRAVIK_API void fb_put_rect(int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint
 /**
  * Draw the outline of a rectangle with edges of several pixels, which grow inwards.
  *
- * Clipped like fb_put_rect().
+ * Clipped like fb_put_rect(), with the same exceptions for the side edges.
  *
  * @note Intentional: only top-left with bottom-right, or bottom-right with top-left, draws. The two other
  * orders of corners draw nothing.
@@ -495,7 +496,8 @@ DRAVIK_API int fb_put_bmp_file(uint32_t x, uint32_t y, const char *path, uint32_
  * Save a screenshot of 640 by 480 pixels as "/tmp/mmcblk0p1/q7_HHMMSS.bmp", with the local hour, minute and
  * second: a 16-bit BMP file with RGB565 masks, 614466 bytes. An existing file of that name is replaced.
  *
- * Prints and logs nothing.
+ * Prints and logs nothing. To save the screen, pass a copy of its lines. ::fbp itself can be passed if the
+ * screen has 640 by 480 pixels, its lines are not padded and no other thread draws.
  * @param pixels  640 * 480 RGB565 values, top row first, without padding; must not change during the call
  * @return result of closing the file: 0 on success, -1 if data could not be written (the file is then
  *         incomplete); -1 if the file cannot be opened, for example without a memory card
@@ -724,8 +726,11 @@ DRAVIK_API void psf_font_alloc(int32_t count, const char *const *paths) DRAVIK_N
  * Load one font into a slot. The previous contents of the slot are overwritten, not freed.
  *
  * The glyphs of a font must not exceed 32768 bytes in total. Glyphs missing from a truncated file are blank.
- * @param path       file name
- * @param[out] slot  slot to fill; after a failure its `ptr` is NULL
+ *
+ * Text is drawn with the slots of ::psf only. ::psf_font_num is not changed: psf_font_free() frees the slots
+ * below that number, the caller frees the `ptr` of other slots with free().
+ * @param path       file name; used during the call only
+ * @param[out] slot  slot of ::psf, or a structure of the caller; after a failure its `ptr` is NULL
  * @return 0 on success; -1 on failure, after one of these in the event log: "%s not found!", "%s not
  *         regular file", "psf_font_load(): fopen %s err", "only support PSF font : %s" with the first four
  *         bytes, "psf_font_load(): font file size err = %d" with the sizes, or "%s : malloc %d bytes err"
@@ -770,7 +775,7 @@ DRAVIK_API void fb_putc(uint32_t ch, uint32_t x, uint32_t y, uint32_t fg, uint16
  * @note Intentional: any other letter, and the end of the format, consume no argument and draw the text of
  * the call's previous conversion again, if there was one.
  *
- * @note Intentional: a backslash followed by n (written "\\n" in C) moves down by one pixel row, not by one
+ * @note Intentional: a backslash followed by n (written `"\\n"` in C) moves down by one pixel row, not by one
  * text line, and back to the first column. A backslash followed by r moves back to the first column. A
  * backslash with another character, or at the end, draws nothing. A newline character is a glyph like any
  * other.
@@ -791,8 +796,8 @@ DRAVIK_API int fb_printf(uint32_t x, uint32_t y, uint32_t fg, uint32_t bg, int32
  * Text in the scripts of the Basic Multilingual Plane, from TrueType fonts through FreeType, with 16 levels
  * from a ramp of ::gc. It is composed in ::image_buffer and laid out for a screen of 640 by 480 pixels.
  *
- * Each UTF-16 unit draws one glyph, from left to right. There are no surrogate pairs, no kerning, no ligatures
- * or contextual forms, and no right-to-left order.
+ * Each UTF-16 unit draws one glyph, from left to right. There are no surrogate pairs, no kerning, no
+ * ligatures or contextual forms, and no right-to-left order.
  *
  * `sx`, `sy`, `ex` and `ey` are short names for globals: do not reuse them.
  * @{
@@ -881,12 +886,13 @@ DRAVIK_API int put_unicode_string(uint32_t x, uint32_t y, const void *text, uint
  * always runs at 48000 Hz with signed 16-bit samples, and **no file is converted**: an MP3 of another rate
  * plays too slowly or too fast, and only the left channel of a stereo MP3 is played. WAV and raw PCM files
  * must contain mono samples at 48000 Hz, 16 bits, little-endian. The first 44 bytes of a WAV file are skipped
- * without being parsed. The device is opened with one channel for MP3, otherwise with two channels that receive
- * the same samples.
+ * without being parsed. The device is opened with one channel for MP3, otherwise with two channels that
+ * receive the same samples.
  *
  * Closing the device drops the samples left in its buffer: end files with one buffer length of silence. An
  * MP3 starts when the device buffer is full, and the requested buffer grows with the file size. If the device
- * grants one that is longer than the sound, as it may for a short file with a high bit rate, nothing is played.
+ * grants one that is longer than the sound, as it may for a short file with a high bit rate, nothing is
+ * played.
  *
  * mp3_playback() and the functions after it are direct players: they play on the calling thread, with or
  * without an engine. Do not call them while the engine plays: there is only one PCM stream.
@@ -936,9 +942,10 @@ DRAVIK_API int32_t snd_init(void) DRAVIK_NOEXCEPT;
  * @note The queue has four slots and does not detect overflow: queue at most three files ahead.
  * @note Intentional: a path that is too long is rejected as a whole, with a line in the event log. Nothing is
  * stopped, queued or cleared then.
- * @param path          file, at most ::DRAVIK_SOUND_PATH_MAX characters
+ * @param path          file, at most ::DRAVIK_SOUND_PATH_MAX characters; copied. A relative path is resolved
+ *                      when the playback starts
  * @param stop_current  1: stop the current playback; other values do not
- * @return 1
+ * @return 1, also if nothing is queued or the file does not exist
  */
 DRAVIK_API int32_t snd_play_direct(const char *path, int32_t stop_current) DRAVIK_NOEXCEPT;
 
@@ -957,8 +964,8 @@ DRAVIK_API int32_t snd_stopall(void) DRAVIK_NOEXCEPT;
 DRAVIK_API uint32_t get_snd_thread_state(void) DRAVIK_NOEXCEPT;
 
 /**
- * Stop the engine; drop the queue. Blocks until the current playback has ended and the thread has finished.
- * Does nothing if the engine is not running.
+ * Stop the engine; drop the queue. Blocks until the current playback has ended by itself and the thread has
+ * finished. To stop the playback, call snd_stopall() first. Does nothing if the engine is not running.
  * After snd_init() could not create the thread, only lets snd_init() start the engine again.
  * @note Intentional: the queue indices are not reset, so start the engine only once. An engine that is
  * stopped while idle and started again loses the first file of each queued pair and every file queued alone.
@@ -1103,7 +1110,7 @@ extern DRAVIK_API struct dravik_timeval tlogst;
  * Append one line to the event log. The line is in the file when the call returns.
  *
  * Requires no initialisation. May be called from any thread at any time, also for the first time by several
- * threads; lines never mix.
+ * threads; lines never mix. The message may have any length; a newline in it is written as it is.
  * @note Write errors are ignored: on a full disk the line is lost, but its length is returned.
  * @param format  printf() format without a newline at its end, followed by its arguments
  * @return length of the message in characters; 0 if the line is dropped because the file is full or cannot
@@ -1156,7 +1163,8 @@ DRAVIK_API int console_init(void) DRAVIK_NOEXCEPT;
 /**
  * Queue a message for the port. May be called from any thread. Sends nothing before console_init().
  *
- * A message longer than 4095 bytes is truncated.
+ * Nothing is added to the message, and the port is raw: for a terminal, end each line with `"\r\n"`. A
+ * message longer than 4095 bytes is truncated.
  * @note Intentional: a message is dropped, with "ring buffer full, skip console msg" on standard error, only
  * if exactly one byte of the ring buffer is free. A message that is longer than the free space is stored
  * anyway, and overwrites the oldest unsent text.
@@ -1174,6 +1182,7 @@ DRAVIK_API int console_exit(void) DRAVIK_NOEXCEPT;
 
 /**
  * Read one character from standard input without line editing and echo; restore the terminal's settings.
+ * Blocks until there is one.
  *
  * curses defines a macro of this name: include its header first and undefine the macro.
  * @return the character; EOF at the end of input or on failure
@@ -1276,14 +1285,14 @@ DRAVIK_API int32_t lcd_bl_init(void) DRAVIK_NOEXCEPT;
 DRAVIK_API int32_t lcd_bl_set(int32_t level) DRAVIK_NOEXCEPT;
 
 /**
- * Switch the backlight off and blank the panel.
+ * Switch the backlight off and blank the panel, as fb_lcd_off() does after fb_init().
  * @note Intentional: logs "turn off err" whenever the file is open, even on success.
  * @return result of the last log_printf()
  */
 DRAVIK_API int32_t lcd_bl_off(void) DRAVIK_NOEXCEPT;
 
 /**
- * Switch the backlight on and unblank the panel.
+ * Switch the backlight on and unblank the panel, as fb_lcd_on() does after fb_init().
  * @return result of the last log_printf()
  */
 DRAVIK_API int32_t lcd_bl_on(void) DRAVIK_NOEXCEPT;
@@ -1319,7 +1328,7 @@ DRAVIK_API int32_t gpio_init(void) DRAVIK_NOEXCEPT;
 
 /**
  * Read a GPIO line.
- * @param line  line number
+ * @param line  line number, in the numbering of the driver, which checks it
  * @return level reported by the driver, 0 or 1; -1 if the driver is not open; -1 if it rejects the request,
  *         after perror("AMBA_DEBUG_IOC_GET_GPIO")
  */
@@ -1327,7 +1336,7 @@ DRAVIK_API int32_t gpio_get(uint32_t line) DRAVIK_NOEXCEPT;
 
 /**
  * Drive a GPIO line.
- * @param line   line number
+ * @param line   line number, in the numbering of the driver, which checks it
  * @param level  only bit 0 is used
  * @return level reported by the driver, 0 or 1; -1 if the driver is not open; -1 if it rejects the request,
  *         after perror("AMBA_DEBUG_IOC_SET_GPIO")
@@ -1450,8 +1459,8 @@ DRAVIK_API int32_t get_netdev_mac(const char *ifname, uint8_t *mac) DRAVIK_NOEXC
 DRAVIK_API int32_t get_netdev_ip(const char *ifname, char *ip) DRAVIK_NOEXCEPT;
 
 /**
- * Read the monotonic clock.
- * @return milliseconds; wraps after 49.7 days
+ * Read the monotonic clock, which setting the time does not change.
+ * @return milliseconds since the start of the system; wraps after 49.7 days
  */
 DRAVIK_API uint32_t get_tick_count(void) DRAVIK_NOEXCEPT;
 
@@ -1520,7 +1529,7 @@ DRAVIK_API int32_t sd_card_check(uint8_t *status) DRAVIK_NOEXCEPT;
 /**
  * Read the size of the card.
  * @param[out] sectors  size in sectors of 512 bytes; 0 if it cannot be read
- * @return size in MiB; negative from 1 TiB on
+ * @return size in MiB; 0 if it cannot be read; negative from 1 TiB on
  */
 DRAVIK_API int32_t sd_card_get_raw_size(uint32_t *sectors) DRAVIK_NOEXCEPT;
 
@@ -1528,22 +1537,23 @@ DRAVIK_API int32_t sd_card_get_raw_size(uint32_t *sectors) DRAVIK_NOEXCEPT;
  * Read the size of the card's file system.
  * @note If the card is not mounted, this is the size of the file system that contains the mount point.
  * @note Intentional: computed in 32 bits. From 512 GiB on, the result is wrong or negative.
- * @return size in MiB
+ * @return size in MiB; 0 if the mount point does not exist or cannot be accessed
  */
 DRAVIK_API int32_t sd_card_get_part_size(void) DRAVIK_NOEXCEPT;
 
 /**
  * Read the free space of the card's file system that is available to ordinary users.
  * @note As sd_card_get_part_size(), if the card is not mounted and from 512 GiB on.
- * @return free space in MiB
+ * @return free space in MiB; 0 as in sd_card_get_part_size()
  */
 DRAVIK_API int32_t sd_card_get_free_space(void) DRAVIK_NOEXCEPT;
 
 /**
- * Unmount, repair and mount the card's file system. Stop recording first.
+ * Unmount, repair and mount the card's file system. Stop recording first. Blocks until the commands have
+ * ended, which may take minutes.
  *
- * All three commands run, even if one fails. The results of system(), 256 times the exit status, are written to
- * "/tmp/debugfs", one line "ret : %d" for each command.
+ * All three commands run, even if one fails. The results of system(), 256 times the exit status, are written
+ * to "/tmp/debugfs", one line "ret : %d" for each command.
  * @return 0
  */
 DRAVIK_API int32_t sd_card_check_fs(void) DRAVIK_NOEXCEPT;
