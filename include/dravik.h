@@ -333,7 +333,7 @@ DRAVIK_API void fb_put_rect(int32_t x0, int32_t y0, int32_t x1, int32_t y1, uint
 /**
  * Draw the outline of a rectangle with edges of several pixels, which grow inwards.
  *
- * Clipped like fb_put_rect(), with the same exceptions for the side edges.
+ * Clipped like fb_put_rect(), with the same exceptions for each column of the side edges.
  *
  * @note Intentional: only top-left with bottom-right, or bottom-right with top-left, draws. The two other
  * orders of corners draw nothing.
