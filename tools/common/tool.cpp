@@ -51,7 +51,10 @@ size_t count_names(std::string_view names) {
 
 bool check_operands(const command &chosen, const std::vector<std::string> &given, std::string &error) {
   const size_t required = count_names(chosen.operands);
-  if (given.size() < required)
+  const auto empty = std::ranges::find(given, std::string{}) - given.begin();
+  if (static_cast<size_t>(empty) < std::min(required, given.size()))
+    error = "empty " + std::string{name_at(chosen.operands, static_cast<size_t>(empty))};
+  else if (given.size() < required)
     error = "missing " + std::string{name_at(chosen.operands, given.size())};
   else if (given.size() - required > chosen.optional_operands)
     error = "extra argument '" + given[required + chosen.optional_operands] + "'";
