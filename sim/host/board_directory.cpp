@@ -140,6 +140,10 @@ bool make_entry(const std::string &board, const board_entry &entry, const screen
 
 bool make_place(const std::string &directory, std::string &error) {
   std::error_code code;
+  if (files::exists(directory, code) && !files::is_directory(directory, code)) {
+    error = directory + ": not a directory";
+    return false;
+  }
   if (files::exists(directory, code) && !files::is_empty(directory, code)) {
     error = directory + ": exists and is not empty";
     return false;
@@ -269,13 +273,22 @@ bool read_file(const std::string &path, std::string &text, std::string &error) {
   return ok;
 }
 
-bool write_file(const std::string &path, std::string_view text, std::string &error) {
-  if (!make_directory(files::path{path}.parent_path(), error))
-    return false;
+namespace {
+
+/// Return false, with the reason in errno, on failure.
+bool write_whole(const std::string &path, std::string_view text) {
   unique_file file = open_file(path.c_str(), "wb");
   const bool written =
       file != nullptr && (text.empty() || std::fwrite(text.data(), text.size(), 1, file.get()) == 1);
-  const bool ok = written && std::fclose(file.release()) == 0;
+  return written && std::fclose(file.release()) == 0;
+}
+
+} // namespace
+
+bool write_file(const std::string &path, std::string_view text, std::string &error) {
+  if (!make_directory(files::path{path}.parent_path(), error))
+    return false;
+  const bool ok = write_whole(path, text);
   if (!ok)
     error = path + ": " + reason();
   return ok;
@@ -283,9 +296,9 @@ bool write_file(const std::string &path, std::string_view text, std::string &err
 
 bool replace_file(const std::string &path, std::string_view text, std::string &error) {
   const std::string fresh = path + ".new-" + std::to_string(::getpid());
-  if (!write_file(fresh, text, error))
+  if (!make_directory(files::path{path}.parent_path(), error))
     return false;
-  if (::rename(fresh.c_str(), path.c_str()) == 0)
+  if (write_whole(fresh, text) && ::rename(fresh.c_str(), path.c_str()) == 0)
     return true;
   error = path + ": " + reason();
   ::unlink(fresh.c_str());

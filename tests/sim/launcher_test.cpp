@@ -193,10 +193,25 @@ TEST_F(SimLauncher, KeepsExistingFiles) {
   expect_error(launch({"new", at("desk")}), 1, at("desk") + ": exists and is not empty");
   std::filesystem::create_directory(at("empty"));
   EXPECT_EQ(launch({"new", at("empty")}).exit_status(), 0);
+  write("file", "", 0644);
+  expect_error(launch({"new", at("file")}), 1, at("file") + ": not a directory\n");
 }
 
 TEST_F(SimLauncher, ReportsWhereBoardCannotBeCreated) {
   expect_error(launch({"new", "/proc/no-board"}), 1, "/proc/no-board: ");
+}
+
+TEST_F(SimLauncher, LeavesNoUnfinishedInputBehind) {
+  launch({"new", at("desk"), "--card", "0"});
+  const std::string before = text_of_file(at("desk/board.conf"));
+  // The pipe keeps the limit of file sizes away from the captured output.
+  const std::string limited =
+      "(trap '' XFSZ; ulimit -f 0; \"$0\" set \"$1\" accel=1,2,3; echo $?) 2>&1 | cat";
+  EXPECT_EQ(run({"sh", "-c", limited, launcher_path, at("desk")}).output,
+            "dravik-sim: " + at("desk") + "/board.conf: File too large\n1\n");
+  EXPECT_EQ(text_of_file(at("desk/board.conf")), before);
+  for (const auto &entry : std::filesystem::directory_iterator{at("desk")})
+    EXPECT_THAT(entry.path().filename().string(), testing::Not(HasSubstr(".new-")));
 }
 
 TEST_F(SimLauncher, RejectsInvalidArguments) {
@@ -218,6 +233,10 @@ TEST_F(SimLauncher, RejectsInvalidArguments) {
   expect_misuse({"shot", at("a")}, "shot: missing FILE.png" + hint("shot "));
   expect_misuse({"panel"}, "panel: missing BOARD" + hint("panel "));
   expect_misuse({"card"}, "card: missing BOARD" + hint("card "));
+  for (const std::string command : {"new", "panel", "card", "events"})
+    expect_misuse({command, ""}, command + ": empty BOARD" + hint(command + " "));
+  expect_misuse({"shot", at("a"), ""}, "shot: empty FILE.png" + hint("shot "));
+  expect_misuse({"run", "", "--", "true"}, "run: empty BOARD" + hint("run "));
   EXPECT_FALSE(std::filesystem::exists(at("a")));
 }
 
