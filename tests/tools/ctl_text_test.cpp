@@ -147,7 +147,7 @@ TEST_F(CtlText, ReportsWhenNoSmoothFontHasTheCharacters) {
 TEST_F(CtlText, DropsSpacesAtTheEnd) {
   EXPECT_EQ(asked({"text", "0", "0", "a  "}, ".width"), "8");
   expect_misuse({"text", "0", "0", "  "}, "text: empty STRING; must contain text");
-  expect_usage_error({"text", "0", "0", ""}, "empty STRING");
+  expect_misuse({"text", "0", "0", ""}, "text: empty STRING; must contain text");
 }
 
 TEST_F(CtlText, RejectsTextsThatTheLibraryDoesNotDraw) {

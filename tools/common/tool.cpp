@@ -49,12 +49,21 @@ size_t count_names(std::string_view names) {
   return names.empty() ? 0 : static_cast<size_t>(std::ranges::count(names, ' ')) + 1;
 }
 
+/// An empty path; commands check the other operands, and name what they accept.
+bool is_empty_path(std::string_view name, const std::string &operand) {
+  constexpr std::string_view paths[] = {"ARCHIVE",  "BOARD", "DIRECTORY", "FILE",
+                                        "FILE.png", "IMAGE", "OUT",       "OUT.png"};
+  return operand.empty() && std::ranges::find(paths, name) != std::end(paths);
+}
+
 bool check_operands(const command &chosen, const std::vector<std::string> &given, std::string &error) {
   const size_t required = count_names(chosen.operands);
-  const auto empty = std::ranges::find(given, std::string{}) - given.begin();
-  if (static_cast<size_t>(empty) < std::min(required, given.size()))
-    error = "empty " + std::string{name_at(chosen.operands, static_cast<size_t>(empty))};
-  else if (given.size() < required)
+  for (size_t i = 0; i < std::min(required, given.size()) && error.empty(); ++i)
+    if (const std::string_view name = name_at(chosen.operands, i); is_empty_path(name, given[i]))
+      error = "empty " + std::string{name};
+  if (!error.empty())
+    return false;
+  if (given.size() < required)
     error = "missing " + std::string{name_at(chosen.operands, given.size())};
   else if (given.size() - required > chosen.optional_operands)
     error = "extra argument '" + given[required + chosen.optional_operands] + "'";
