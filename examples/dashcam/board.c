@@ -72,8 +72,8 @@ static void read_card(struct card *card) {
   read_sizes(card);
 }
 
-/* The kernel reports an inserted card before its partition, which is checked and mounted after that: not an
- * error for some seconds. A card that is being removed may be unmounted before it is gone. */
+/* The kernel reports an inserted card before its partition, which a script of the board may check and mount
+ * after that: not an error for some seconds. A card that is being removed may be unmounted before it is gone. */
 static int is_settling(const struct card *seen) {
   static int looks;
   if (has(seen, DRAVIK_CARD_PRESENT) && !has(seen, DRAVIK_CARD_MOUNTED))
@@ -82,11 +82,24 @@ static int is_settling(const struct card *seen) {
   return 0;
 }
 
+/* Whether a card was inserted and nothing has mounted it. One that was unmounted is left alone. */
+static int is_left_unmounted(const struct card *seen) {
+  static int is_new;
+  const int was_new = is_new;
+  is_new = !has(seen, DRAVIK_CARD_PRESENT);
+  return was_new && has(seen, DRAVIK_CARD_PARTITIONED) && !has(seen, DRAVIK_CARD_MOUNTED);
+}
+
 static void look_at_card(void) {
   struct card seen;
   read_card(&seen);
-  if (!is_settling(&seen))
-    now.card = seen;
+  if (is_settling(&seen))
+    return;
+  if (is_left_unmounted(&seen)) {
+    card_mount();
+    read_card(&seen);
+  }
+  now.card = seen;
 }
 
 /* ------------------------------------------------------------------------------------------------ all */

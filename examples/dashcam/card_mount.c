@@ -110,6 +110,15 @@ void card_detach(void) {
     tell("card: unmounted after its removal");
 }
 
+void card_mount(void) {
+  const char *const device = "/dev/mmcblk0p1";
+  if (mount(device, mount_point, "vfat", 0, NULL) == 0 ||
+      mount(device, mount_point, "vfat", MS_RDONLY, NULL) == 0)
+    tell("card: mounted");
+  else
+    tell("card: cannot be mounted: %s", strerror(errno));
+}
+
 int card_is_readable(void) {
   const int file = open(mount_point, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   DIR *directory = file < 0 ? NULL : fdopendir(file);

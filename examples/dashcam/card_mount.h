@@ -11,6 +11,9 @@ int card_unmount(char reason[CARD_REASON]);
  * everything that is written to it is lost. Programs that use it keep their open files. */
 void card_detach(void);
 
+/* Mount an inserted card; read-only if it is write-protected. */
+void card_mount(void);
+
 /* Whether the directory of the mounted card can be read. */
 int card_is_readable(void);
 

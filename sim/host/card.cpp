@@ -56,13 +56,13 @@ void mount_if_possible(const std::string &board) {
   [[maybe_unused]] const bool is_mounted = mount_files(board, way, error);
 }
 
-/// Without the script of a board that follows the card, a mount stays when its card is pulled, and a card that
-/// is put in is not mounted, as in the kernel.
+/// The kernel leaves the mount of a card that is pulled, and does not mount one that is put in. A board may have a
+/// script that does both.
 bool script_follows_card(const std::string &board) {
   std::string settings;
   std::string error;
-  return !read_text_in_board(board, "board.conf", settings, error) ||
-         value_of(settings, "card_mounts") != "kernel";
+  return read_text_in_board(board, "board.conf", settings, error) &&
+         value_of(settings, "card_mounts") == "script";
 }
 
 bool release(const std::string &board, std::string &error) {
@@ -112,6 +112,11 @@ bool card_is_locked(const std::string &board) {
   std::string level;
   std::string error;
   return read_file(card_files{board}.lock_line(), level, error) && level.starts_with('1');
+}
+
+const char *description_of_mount(const std::string &board) {
+  constexpr const char *names[] = {"not mounted", "mounted read-only", "mounted"};
+  return is_pulled(board) ? "mount of a removed card" : names[static_cast<size_t>(read_mount_state(board))];
 }
 
 bool make_card(const std::string &board, uint32_t mebibytes, std::string &error) {

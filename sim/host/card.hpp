@@ -20,12 +20,12 @@ enum class card_lock : bool { off, on };
 /// success `error` may be a warning.
 [[nodiscard]] bool make_card(const std::string &board, uint32_t mebibytes, std::string &error);
 
-/// Insert the card; an inserted card is removed first. It is mounted if it has a partition with a FAT file
-/// system, read-only if it is write-protected; not with `card_mounts=kernel`.
+/// Insert the card; an inserted card is removed first. With `card_mounts=script` it is mounted if it has a
+/// partition with a FAT file system, read-only if it is write-protected.
 [[nodiscard]] bool insert_card(const std::string &board, card_lock lock, std::string &error);
 
-/// Unmount and remove the card, even if its files are open. With `card_mounts=kernel`, the mount stays without
-/// its card, until it is unmounted.
+/// Remove the card, even if its files are open. Its mount stays without its card until it is unmounted; with
+/// `card_mounts=script`, the card is unmounted first.
 [[nodiscard]] bool remove_card(const std::string &board, std::string &error);
 
 [[nodiscard]] bool mount_card(const std::string &board, bool read_only, std::string &error);
@@ -41,5 +41,7 @@ enum class unmount_way : bool { if_unused, detached };
 bool has_card(const std::string &board); ///< inserted or removed
 bool card_is_in(const std::string &board);
 bool card_is_locked(const std::string &board);
+/// "not mounted", "mounted", "mounted read-only" or "mount of a removed card".
+const char *description_of_mount(const std::string &board);
 
 } // namespace dravik::sim

@@ -19,7 +19,7 @@
 namespace dravik::sim {
 namespace {
 
-/// Insert or remove the memory card. Return false and set `error` on failure.
+/// Act on the memory card. Return false and set `error` on failure.
 using card_move = bool (*)(const std::string &board, std::string &error);
 
 /// The board's files as the changes leave them, until all changes are understood.
@@ -67,10 +67,26 @@ bool insert_locked(const std::string &board, std::string &error) {
   return insert_card(board, card_lock::on, error);
 }
 
+bool with_subject(bool done, std::string &error) {
+  if (!error.empty())
+    error.insert(0, "memory card: ");
+  return done;
+}
+
+bool mount_inserted(const std::string &board, std::string &error) {
+  return with_subject(mount_card(board, false, error), error);
+}
+
+bool unmount_unused(const std::string &board, std::string &error) {
+  return with_subject(unmount_card(board, unmount_way::if_unused, error), error);
+}
+
 bool set_card(uint32_t, std::string_view value, changed_files &files) {
   const card_move move = value == "in"       ? insert_unlocked
                          : value == "locked" ? insert_locked
                          : value == "out"    ? remove_card
+                         : value == "mount"  ? mount_inserted
+                         : value == "umount" ? unmount_unused
                                              : nullptr;
   files.then(move);
   return move != nullptr;

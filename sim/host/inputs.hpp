@@ -27,9 +27,10 @@ inline constexpr input inputs[] = {
      "  accel=X,Y,Z          acceleration in mg, -16000 to 16000 (at rest: 0,0,1000)\n"},
     {"adc.", "0 to 0x3ff, channel 0 to 3",
      "  adc.CHANNEL=CODE     ADC code, 0 to 1023 or 0x0 to 0x3ff; channels 0 to 3\n"},
-    {"card", "in, locked or out",
-     R"(  card=in|locked|out   insert the memory card, insert it write-protected,
-                       or remove it
+    {"card", "in, locked, out, mount or umount",
+     R"(  card=in|locked|out|mount|umount
+                       insert the memory card, insert it write-protected,
+                       remove it, mount it, or unmount it
 )"},
     {"gpio.", "0 or 1, line 0 to 255", "  gpio.LINE=LEVEL      0 (low) or 1 (high); lines 0 to 255\n"},
     {"hdmi", "on or off", "  hdmi=on|off          attach or detach a monitor\n"},

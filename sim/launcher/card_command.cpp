@@ -22,9 +22,9 @@ Handle the memory card of a simulated board.
 Without ACTION, prints the state of the card.
 
 Actions:
-  in        insert the card; it is mounted, except with card_mounts=kernel
-  locked    insert it write-protected; it is mounted read-only
-  out       unmount and remove it; with card_mounts=kernel, its mount stays
+  in        insert the card
+  locked    insert it write-protected: it can be mounted read-only
+  out       remove it; its mount stays, without a card, until it is unmounted
   mount     mount it on BOARD/tmp/mmcblk0p1; read-only with -r or -o ro
   umount    write changes in BOARD/tmp/mmcblk0p1 to the card, and unmount it;
             fails while files of the card are open, except with -l
@@ -33,12 +33,16 @@ Actions:
   restart   act as a reboot of the board does: unmount, read the partition
             table, mount
 
+With card_mounts=script in BOARD/board.conf, 'in' and 'locked' also mount the
+card, and 'out' unmounts it first.
+
 The card is the file BOARD/dev/mmcblk0, or BOARD/card/mmcblk0 while it is
 removed. Requires the Debian packages dosfstools and mtools.
 
 Examples:
   dravik-sim card desk
-  dravik-sim card desk out
+  dravik-sim card desk out && dravik-sim card desk umount
+  dravik-sim card desk in && dravik-sim card desk mount
   dravik-sim card desk umount && mdir -i desk/dev/mmcblk0@@16384
 
 Exit status: 0 on success; 1 on failure; 2 on a usage error; 255 if mount
@@ -116,21 +120,11 @@ int restart(const std::string &board, const options &, std::string &error) {
   return report("card", restart_card(board, error), error);
 }
 
-const char *name_of(mount_state state) {
-  switch (state) {
-  case mount_state::none:
-    return "not mounted";
-  case mount_state::read_only:
-    return "mounted read-only";
-  case mount_state::writable:
-    return "mounted";
-  }
-  return "";
-}
-
 outcome show(const std::string &board, std::string &error) {
   if (!card_is_in(board)) {
-    std::puts(has_card(board) ? "out" : "none");
+    std::puts(!has_card(board)                               ? "none"
+              : read_mount_state(board) == mount_state::none ? "out"
+                                                             : "out, still mounted");
     return outcome::done;
   }
   struct stat image;
@@ -145,7 +139,7 @@ outcome show(const std::string &board, std::string &error) {
   else
     std::printf("partition of %llu MiB at %s@@%llu, %s\n",
                 static_cast<unsigned long long>(known.length_bytes() >> 20), printable(path).c_str(),
-                static_cast<unsigned long long>(known.start_bytes()), name_of(read_mount_state(board)));
+                static_cast<unsigned long long>(known.start_bytes()), description_of_mount(board));
   return outcome::done;
 }
 

@@ -58,11 +58,6 @@ std::string member(std::string_view name, const std::string &value) {
   return std::string{",\""}.append(name).append("\":") + value;
 }
 
-const char *name_of(mount_state state) {
-  constexpr const char *names[] = {"not mounted", "mounted read-only", "mounted"};
-  return names[static_cast<size_t>(state)];
-}
-
 void add_item(std::string &list, const std::string &item) {
   if (!list.empty())
     list += ',';
@@ -207,9 +202,11 @@ std::string board_state::lines() const {
 
 std::string board_state::card() const {
   const bool is_in = card_is_in(board_);
+  const bool is_mounted = read_mount_state(board_) != mount_state::none;
   const char *slot = !has_card(board_) ? "none" : !is_in ? "out" : card_is_locked(board_) ? "locked" : "in";
-  return R"({"slot":)" + json_string(slot) +
-         member("state", json_string(is_in ? name_of(read_mount_state(board_)) : "no memory card")) + "}";
+  return R"({"slot":)" + json_string(slot) + R"(,"mounted":)" + (is_mounted ? "true" : "false") +
+         member("state", json_string(is_in || is_mounted ? description_of_mount(board_) : "no memory card")) +
+         "}";
 }
 
 std::string board_state::mixer() const {

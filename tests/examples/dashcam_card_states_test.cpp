@@ -17,6 +17,7 @@ namespace dravik::test {
 namespace {
 
 using testing::Contains;
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -92,6 +93,21 @@ TEST_F(DashcamCardStates, SlowPartitionIsAwaitedForSixSeconds) {
   EXPECT_FALSE(look().is_usable);
 }
 
+/// A board may have no script that mounts it.
+TEST_F(DashcamCardStates, CardThatStaysUnmountedIsMountedAfterSixSeconds) {
+  insert_disk();
+  find_partition();
+  for (int looks = 0; looks < 12; ++looks)
+    EXPECT_EQ(look().status, 0);
+  EXPECT_THAT(on_.events(), Not(Contains(HasSubstr("mount"))));
+  EXPECT_EQ(look().status, DRAVIK_CARD_PRESENT | DRAVIK_CARD_PARTITIONED) << "has no file system";
+  EXPECT_THAT(on_.events(), ElementsAre("mount: /dev/mmcblk0p1 /tmp/mmcblk0p1", // writable, then read-only
+                                        "mount: /dev/mmcblk0p1 /tmp/mmcblk0p1"));
+  EXPECT_THAT(on_.read("tmp/dravik.log"), HasSubstr("card: cannot be mounted: "));
+  look();
+  EXPECT_EQ(on_.events().size(), 2U) << "once";
+}
+
 /// It is unmounted first, and not an error meanwhile.
 TEST_F(DashcamCardStates, CardThatIsBeingRemovedIsAwaited) {
   insert_and_mount();
@@ -108,6 +124,8 @@ TEST_F(DashcamCardStates, UnmountedCardIsReportedAtTheSecondLook) {
   on_.write("proc/mounts", "rootfs / rootfs rw 0 0\n");
   EXPECT_EQ(look().status, DRAVIK_CARD_HEALTHY);
   EXPECT_EQ(look().status, DRAVIK_CARD_PRESENT | DRAVIK_CARD_PARTITIONED);
+  look();
+  EXPECT_THAT(on_.events(), Not(Contains(HasSubstr("mount")))) << "someone has unmounted it";
 }
 
 TEST_F(DashcamCardStates, MountOfARemovedCardIsDetached) {

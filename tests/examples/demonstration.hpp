@@ -38,7 +38,7 @@ public:
   }
 };
 
-/// One with a card in its slot, so that the camera records.
+/// One with a card in its slot, so that the camera records, and a script that mounts a card that is inserted.
 class recording_board : public prepared_board {
 public:
   explicit recording_board(const sim::screen &shown = sim::screen::of_size(640, 480))
@@ -46,6 +46,7 @@ public:
     std::string error;
     if (!sim::make_card(path(), sim::smallest_card_mebibytes, error))
       ADD_FAILURE() << error;
+    set("card_mounts", "script");
   }
 };
 

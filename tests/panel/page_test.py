@@ -244,10 +244,18 @@ class Controls(PageTest):
         self.find("[name=hdmi]").click()
         self.read_inputs("hdmi 1")
         Select(self.find("[name=card]")).select_by_value("out")
-        await_that(lambda: self.find("#card-state").text == "no memory card", "the card's state")
+        self.await_card("mount of a removed card", "Unmount")
+        self.find("#mount").click()
+        self.await_card("no memory card", "Mount")
         self.read_inputs("card 0")
+        self.assertFalse(self.find("#mount").is_enabled())
         Select(self.find("[name=card]")).select_by_value("locked")
-        await_that(lambda: self.find("#card-state").text == "mounted read-only", "the card's state")
+        self.await_card("not mounted", "Mount")
+        self.find("#mount").click()
+        self.await_card("mounted read-only", "Unmount")
+
+    def await_card(self, state, action):
+        await_that(lambda: (self.find("#card-state").text, self.find("#mount").text) == (state, action), "the card's state")
 
     def test_led_has_its_colour(self):
         self.order("green")

@@ -1,4 +1,4 @@
-// A card that is pulled while it is mounted, on a board that leaves mounts as the kernel does: card_mounts=kernel.
+// A card that is pulled while it is mounted, on a board without a script that follows it.
 
 #include "dravik.h"
 #include "sim/card_stage.hpp"
@@ -19,8 +19,7 @@ using testing::StartsWith;
 
 class SimCardPulled : public SimCard {
 protected:
-  SimCardPulled() {
-    board_.set("card_mounts", "kernel");
+  SimCardPulled() : SimCard(sim::smallest_card_mebibytes, mounts_by::kernel) {
     board_.write("tmp/mmcblk0p1/film", "film");
   }
 
@@ -47,6 +46,22 @@ TEST_F(SimCardPulled, LeavesItsMount) {
   EXPECT_EQ(sd_card_get_raw_size(&sectors), 0);
   EXPECT_EQ(sd_card_get_part_size(), 0);
   EXPECT_EQ(sd_card_get_free_space(), 0);
+}
+
+TEST_F(SimCardPulled, HasNoOtherFollowerThanAScript) {
+  for (const char *follower : {"kernel", "Script", ""}) {
+    board_.set("card_mounts", follower);
+    take_out();
+    EXPECT_EQ(status(), 0x1C) << follower;
+    put_in();
+    unmount();
+    mount();
+  }
+  board_.set("card_mounts", "script");
+  take_out();
+  EXPECT_EQ(status(), 0x00);
+  put_in();
+  EXPECT_EQ(status(), DRAVIK_CARD_HEALTHY);
 }
 
 TEST_F(SimCardPulled, FailsWithInputErrorOnEveryPath) {

@@ -22,10 +22,16 @@ inline int run_command(const char *command) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+/// What follows a card that comes and goes: nothing but the kernel, or a script that mounts and unmounts it.
+enum class mounts_by : bool { kernel, script };
+
 class SimCard : public testing::Test {
 protected:
-  explicit SimCard(uint32_t mebibytes = sim::smallest_card_mebibytes) {
+  explicit SimCard(uint32_t mebibytes = sim::smallest_card_mebibytes,
+                   mounts_by follower = mounts_by::script) {
     std::string error;
+    if (follower == mounts_by::script)
+      board_.set("card_mounts", "script");
     if (!sim::make_card(board_.path(), mebibytes, error))
       ADD_FAILURE() << error;
   }

@@ -422,10 +422,20 @@ TEST_F(SimLauncher, HandlesCardManually) {
   launch({"new", at("desk"), "--card", "64"});
   const auto state = [&] { return launch({"card", at("desk")}).output; };
   EXPECT_EQ(launch({"card", at("desk"), "out"}).exit_status(), 0);
-  EXPECT_EQ(state(), "out\n");
+  EXPECT_EQ(state(), "out, still mounted\n");
   EXPECT_EQ(launch({"card", at("desk"), "locked"}).exit_status(), 0);
+  EXPECT_THAT(state(),
+              testing::AllOf(StartsWith("locked, 64 MiB, "), HasSubstr(", mount of a removed card\n")));
+  EXPECT_EQ(launch({"card", at("desk"), "umount"}).exit_status(), 0);
+  EXPECT_EQ(launch({"card", at("desk"), "mount"}).exit_status(), 0);
   EXPECT_THAT(state(), testing::AllOf(StartsWith("locked, 64 MiB, "), HasSubstr(", mounted read-only\n")));
+  EXPECT_EQ(launch({"card", at("desk"), "umount"}).exit_status(), 0);
+  EXPECT_EQ(launch({"card", at("desk"), "out"}).exit_status(), 0);
+  EXPECT_EQ(state(), "out\n");
   EXPECT_EQ(launch({"card", at("desk"), "in"}).exit_status(), 0);
+  EXPECT_THAT(state(), HasSubstr(", not mounted\n"));
+  EXPECT_EQ(launch({"card", at("desk"), "mount"}).exit_status(), 0);
+  EXPECT_THAT(state(), HasSubstr(", mounted\n"));
   EXPECT_EQ(launch({"card", at("desk"), "umount"}).exit_status(), 0);
   EXPECT_THAT(state(), HasSubstr(", not mounted\n"));
   const auto expect_mount_error = [](const outcome &result, const std::string &line) {

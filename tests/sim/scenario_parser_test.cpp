@@ -98,7 +98,7 @@ TEST(ScenarioParser, ReadsInputs) {
   EXPECT_EQ(only<set_input>("set adc.3 0x3ff").change, "adc.3=0x3ff");
   EXPECT_EQ(only<set_input>("set gpio.60 1").change, "gpio.60=1");
   EXPECT_EQ(only<set_input>("set hdmi on").change, "hdmi=on");
-  for (const std::string state : {"in", "out", "locked"})
+  for (const std::string state : {"in", "out", "locked", "mount", "umount"})
     EXPECT_EQ(only<set_input>("card " + state).change, "card=" + state);
 }
 
@@ -234,7 +234,7 @@ constexpr rejected rejected_texts[] = {
     {"set temperature 118", "1:17: invalid 'temperature=118'; must be -1 to 117"},
     {"set weather 1", "1:13: unknown input 'weather=1'; try 'dravik-sim set --help'"},
     {"set accel 0, 0, 0", "1:11: invalid 'accel=0,'; must be X,Y,Z, each -16000 to 16000"},
-    {"card away", "1:6: invalid 'card=away'; must be in, locked or out"},
+    {"card away", "1:6: invalid 'card=away'; must be in, locked, out, mount or umount"},
     {"card", "1:5: missing value"},
 
     {"press ok next long", "1:15: invalid time 'long'; must be 1ms to 60min, in ms, s or min"},

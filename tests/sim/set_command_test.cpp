@@ -284,8 +284,19 @@ TEST_F(SimSet, RejectsInsertingMissingCard) {
   EXPECT_THAT(result.errors, StartsWith("dravik-sim: "));
 }
 
-TEST_F(SimSet, AcceptsInLockedAndOut) {
-  expect_refusal("card=away", "in, locked or out");
+TEST_F(SimSetCard, MountsAndUnmountsCard) {
+  expect_set({"card=umount"});
+  EXPECT_EQ(sd_card_check_mount(), 1);
+  EXPECT_EQ(try_to_set({"card=umount"}).errors, "dravik-sim: memory card: is not mounted\n");
+  expect_set({"card=mount"});
+  EXPECT_EQ(sd_card_check_mount(), 0);
+  const outcome result = try_to_set({"card=mount"});
+  EXPECT_EQ(result.exit_status(), 1);
+  EXPECT_EQ(result.errors, "dravik-sim: memory card: is mounted already\n");
+}
+
+TEST_F(SimSet, AcceptsActionsOfCard) {
+  expect_refusal("card=away", "in, locked, out, mount or umount");
 }
 
 } // namespace

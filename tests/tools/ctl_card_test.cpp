@@ -156,6 +156,7 @@ protected:
   void SetUp() override {
     std::string error;
     ASSERT_TRUE(sim::make_card(board_.path(), sim::smallest_card_mebibytes, error)) << error;
+    board_.set("card_mounts", "script");
     checked_output({"mic", "off"});
     ASSERT_THAT(board_.events(), ElementsAre("shell: amixer cset numid=64 off"));
     board_.clear_events();

@@ -75,17 +75,22 @@ function connectSliders(setter, connection) {
 function connectSockets(setter, connection) {
   const hdmi = document.querySelector("[name=hdmi]");
   const card = document.querySelector("[name=card]");
+  const mount = document.querySelector("#mount");
   hdmi.addEventListener("change", () => setter.set("hdmi", hdmi.checked ? "on" : "off"));
   card.addEventListener("change", () => {
     touch(card);
     setter.set("card", card.value);
   });
+  mount.addEventListener("click", () => setter.set("card", mount.dataset.action));
   connection.addEventListener("state", ({ detail }) => {
     hdmi.checked = detail.hdmi;
     if (!isTouched(card) && detail.card.slot !== "none")
       card.value = detail.card.slot;
     card.disabled = detail.card.slot === "none";
     document.querySelector("#card-state").textContent = detail.card.state;
+    mount.dataset.action = detail.card.mounted ? "umount" : "mount";
+    mount.textContent = detail.card.mounted ? "Unmount" : "Mount";
+    mount.disabled = !detail.card.mounted && !["in", "locked"].includes(detail.card.slot);
     const lamp = document.querySelector("[data-led]");
     lamp.dataset.led = detail.led;
     lamp.setAttribute("aria-label", `LED ${detail.led}`);

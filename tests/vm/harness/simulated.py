@@ -31,7 +31,7 @@ def record_board(build: Path, run: Path) -> tuple[Path, Path]:
         shutil.copy(board / "dev/fb0", expected / f"{screen}.raw")
     call(simulator, "card", str(board), "umount")
     subprocess.run(["cp", "--sparse=always", board / "dev/mmcblk0", card], check=True)
-    call(simulator, "card", str(board), "in")
+    call(simulator, "card", str(board), "mount")
     answers = call(simulator, "run", str(board), "--", str(build / "bin/board_probe"))
     (expected / "probe.txt").write_text(answers)
     return card, expected
