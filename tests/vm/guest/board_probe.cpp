@@ -1,7 +1,10 @@
-// Reports how the devices of a board answer, one line each: "NAME: ANSWER". Run on the simulated board and in a virtual
-// machine, it prints the same, except for the lines that docs/simulated-board.md lists.
+// Reports how the devices of a board answer, one line each: "probe: NAME: ANSWER". Run on the simulated board and in a
+// virtual machine, it prints the same, except for the lines that docs/simulated-board.md lists. It requests removal and
+// insertion of the memory card as the tests of the virtual machine do.
 
 #include "dravik.h"
+#include "guest.hpp"
+#include "memory_card.hpp"
 
 #include <array>
 #include <cerrno>
@@ -21,6 +24,8 @@
 #include <unistd.h>
 
 namespace {
+
+namespace vm = dravik::vm;
 
 constexpr const char *brightness = "/sys/class/backlight/pwm-backlight.0/brightness";
 constexpr unsigned long get_gpio = 0x800464CB, set_gpio = 0x400464CB;
@@ -167,7 +172,48 @@ std::string recordings() {
   return text.data();
 }
 
-// Last on the card are the names that a FAT file system cannot have.
+// ----------------------------------------------------------------------------------------- the pulled card
+
+/// A file that stays open when its card is pulled; its contents are on the card, and not in memory.
+int held = -1;
+
+std::string hold_file() {
+  held = ::open("/tmp/mmcblk0p1/held", O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+  const std::string result = answer(::write(held, "text", 4)) + " " + answer(::fsync(held));
+  ::posix_fadvise(held, 0, 0, POSIX_FADV_DONTNEED);
+  return result;
+}
+
+std::string read_held() {
+  char byte;
+  return answer(::pread(held, &byte, 1, 0));
+}
+
+/// A kernel keeps what is written in memory until it is synchronised.
+std::string write_held() {
+  return answer(::write(held, "text", 4) == 4 ? ::fsync(held) : -1);
+}
+
+std::string release_held() {
+  ::close(held);
+  return status_of("/bin/umount /dev/mmcblk0p1");
+}
+
+std::string query_space() {
+  struct statfs space = {};
+  return answer(::statfs("/tmp/mmcblk0p1", &space));
+}
+
+std::string save_screenshot() {
+  static const std::array<uint16_t, size_t{640} * 480> pixels = {};
+  return answer(fb_get_bmp_file(pixels.data()));
+}
+
+std::string done_if(bool is_done) {
+  return is_done ? "done" : "failed";
+}
+
+// Questions about the pulled card come after all that need the card.
 constexpr struct {
   const char *name;
   std::string (*ask)();
@@ -246,6 +292,33 @@ constexpr struct {
     {"card link", [] { return answer(::symlink("file", "/tmp/mmcblk0p1/link")); }},
     {"card directory as file", [] { return write_text("/tmp/mmcblk0p1/REC", "x"); }},
     {"card name with colon", [] { return write_text("/tmp/mmcblk0p1/a:b", "x", O_WRONLY | O_CREAT); }},
+    {"card file held", hold_file},
+    {"card pulled", [] { return done_if(vm::remove_card()); }},
+    {"card pulled status", card_check},
+    {"card pulled mount line", mount_line},
+    {"card pulled sectors", [] { return first_line("/sys/block/mmcblk0/size"); }},
+    {"card pulled space", query_space},
+    {"card pulled size", [] { return std::to_string(sd_card_get_part_size()); }},
+    {"card pulled recordings", recordings},
+    {"card pulled read of open file", read_held},
+    {"card pulled write to open file", write_held},
+    {"card pulled screenshot", save_screenshot},
+    {"card put in", [] { return done_if(vm::insert_card()); }},
+    {"card put in status", card_check},
+    {"card put in sectors", [] { return first_line("/sys/block/mmcblk0/size"); }},
+    {"card put in space", query_space},
+    {"card put in recordings", recordings},
+    {"card put in read of open file", read_held},
+    {"card put in write to open file", write_held},
+    {"card put in screenshot", save_screenshot},
+    {"card put in busy", [] { return status_of("/bin/umount /dev/mmcblk0p1 2>/dev/null"); }},
+    {"card put in unmount", release_held},
+    {"card put in status unmounted", card_check},
+    {"card put in check",
+     [] { return status_of("/usr/local/bin/dosfsck -a /dev/mmcblk0p1 >/dev/null 2>&1"); }},
+    {"card put in mount", [] { return status_of("mount /dev/mmcblk0p1 /tmp/mmcblk0p1"); }},
+    {"card put in status mounted", card_check},
+    {"card put in recordings after it", recordings},
     {"log", [] { return std::to_string(log_printf("probe %d", 1)); }},
     {"microphone", [] { return status_of("amixer cset numid=64 on >/dev/null"); }},
 };
@@ -255,7 +328,7 @@ constexpr struct {
 int main() {
   gpio_init();
   for (const auto &question : questions) {
-    std::printf("%s: %s\n", question.name, question.ask().c_str());
+    std::printf("probe: %s: %s\n", question.name, question.ask().c_str());
     std::fflush(stdout);
   }
   return 0;

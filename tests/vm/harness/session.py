@@ -17,7 +17,6 @@ SETTLE_SECONDS = 10  # for the panel, which follows the frame buffer, and for te
 SILENCE_SECONDS = 90  # without a line on the console: the guest hangs
 
 PAGE = Path(__file__).resolve().parents[3] / "docs/simulated-board.md"
-PROBE = "probe: "
 
 NO_RESULT = "no result"
 ORDERLY_END = "guest-shutdown"
@@ -126,7 +125,8 @@ class Session:
 
     def compare(self) -> str:
         """The answers of the probe have to be those of the simulated board, but for the documented differences."""
-        answers = [note.removeprefix(PROBE) for note in self.notes.get(self.current, []) if note.startswith(PROBE)]
+        notes = self.notes.get(self.current, [])
+        answers = [note.removeprefix(simulated.PROBE) for note in notes if note.startswith(simulated.PROBE)]
         simulated_answers = (self.expected / "probe.txt").read_text().splitlines()
         listed = simulated.listed_differences(PAGE.read_text())
         return "; ".join(simulated.compare(simulated_answers, answers, listed)) or "ok"

@@ -1,5 +1,6 @@
 """What the simulated board shows and answers, for comparison with a virtual machine."""
 
+import collections.abc
 import os
 import pathlib
 import re
@@ -13,6 +14,8 @@ Path = pathlib.Path
 CARD_MIB = 64
 RECORDING_BYTES = 1000000
 HEADING = "\n## Differences from a kernel\n"
+PROBE = "probe: "  # before each answer
+ENVIRONMENT = {**os.environ, "TZ": "UTC"}  # the time zone of the guests: the list of recordings shows local times
 UNLIKE = {"system"}  # shows the kernel and the network addresses
 
 
@@ -32,15 +35,27 @@ def record_board(build: Path, run: Path) -> tuple[Path, Path]:
     call(simulator, "card", str(board), "umount")
     subprocess.run(["cp", "--sparse=always", board / "dev/mmcblk0", card], check=True)
     call(simulator, "card", str(board), "mount")
-    answers = call(simulator, "run", str(board), "--", str(build / "bin/board_probe"))
-    (expected / "probe.txt").write_text(answers)
+    (expected / "probe.txt").write_text("".join(probe(simulator, board, str(build / "bin/board_probe"))))
     return card, expected
 
 
+def probe(simulator: str, board: Path, program: str) -> collections.abc.Iterator[str]:
+    """Yield the answers of the probe on a simulated board, and move its card as requested."""
+    actions = {"@@remove": "out", "@@insert": "in"}
+    with subprocess.Popen([simulator, "run", str(board), "--", program], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                          text=True, env=ENVIRONMENT) as running:
+        for line in running.stdout:
+            if line.startswith(PROBE):
+                yield line.removeprefix(PROBE)
+            elif line.strip() in actions:
+                call(simulator, "card", str(board), actions[line.strip()])
+                print("ok", file=running.stdin, flush=True)
+    if running.returncode != 0:
+        raise RuntimeError(f"{program}: exit status {running.returncode}")
+
+
 def call(*command: str) -> str:
-    """Run a command in the time zone of the guests: the list of recordings shows local times."""
-    finished = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True,
-                              env={**os.environ, "TZ": "UTC"})
+    finished = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True, env=ENVIRONMENT)
     if finished.returncode != 0:
         raise RuntimeError(f"{' '.join(command)}: exit status {finished.returncode}\n{finished.stderr}")
     return finished.stdout
