@@ -45,8 +45,8 @@ bool is_mounted(const std::string &board) {
   return read_mount_state(board) != mount_state::none;
 }
 
-bool unmount_if_mounted(const std::string &board, std::string &error) {
-  return !is_mounted(board) || unmount_files(board, error);
+bool unmount_if_mounted(const std::string &board, mount_end end, std::string &error) {
+  return !is_mounted(board) || unmount_files(board, end, error);
 }
 
 /// As the board does: silently if there is nothing to mount.
@@ -66,8 +66,9 @@ bool script_follows_card(const std::string &board) {
 }
 
 bool release(const std::string &board, std::string &error) {
-  return script_follows_card(board) || !is_mounted(board) ? unmount_if_mounted(board, error)
-                                                          : leave_mount_without_card(board, error);
+  return script_follows_card(board) || !is_mounted(board)
+             ? unmount_if_mounted(board, mount_end::unmounted, error)
+             : leave_mount_without_card(board, error);
 }
 
 bool take_out(const std::string &board, std::string &error) {
@@ -160,7 +161,7 @@ bool mount_card(const std::string &board, bool read_only, std::string &error) {
   if (!finish_interrupted(board, error))
     return false;
   // A mount that was interrupted after its record is complete now, but was never visible.
-  if (!was_mounted && !unmount_if_mounted(board, error))
+  if (!was_mounted && !unmount_if_mounted(board, mount_end::unmounted, error))
     return false;
   return mount_files(board, read_only || card_is_locked(board) ? mount_way::read_only : mount_way::writable,
                      error);
@@ -177,7 +178,7 @@ bool unmount_card(const std::string &board, unmount_way way, std::string &error)
     error = "target is busy.";
     return false;
   }
-  return unmount_files(board, error);
+  return unmount_files(board, mount_end::unmounted, error);
 }
 
 bool restart_card(const std::string &board, std::string &error) {
@@ -186,7 +187,7 @@ bool restart_card(const std::string &board, std::string &error) {
     return false;
   if (!card_is_in(board) && !is_pulled(board))
     return true;
-  if (!unmount_if_mounted(board, error))
+  if (!unmount_if_mounted(board, mount_end::abandoned, error))
     return true; // what cannot be written to the card remains mounted
   if (!report_card(board, error))
     return false;

@@ -4,13 +4,14 @@
 // Invariant: one file decides where the files of the card are. While card/files (the record) exists, the card
 // is mounted and the directory holds its files; otherwise the image does.
 //
-//   mount     card/mounting is filled from the image; the record is renamed into place; the contents of the
-//             mount point become card/below; card/mounting becomes the mount point
+//   mount     card/mounting is filled from the image, which is marked as unclean by one byte; the record is renamed
+//             into place; the contents of the mount point become card/below; card/mounting becomes the mount point
 //   unmount   card/mmcblk0.new is written and renamed over the image; the mount point becomes card/unmounted;
-//             the record is removed; card/below becomes the mount point; card/unmounted is removed
-//   pull      card/mmcblk0.new is written and renamed over the image, which is marked as unclean by one byte;
-//             card/pulled is created; the image leaves the slot. card/pulled changes before a card comes in again, so that without this change an image
-//             in the slot shows that the pull did not happen. It is removed after the record.
+//             the record is removed; card/below becomes the mount point; card/unmounted is removed; the image is
+//             marked as clean by one byte
+//   pull      card/mmcblk0.new is written and renamed over the image; card/pulled is created; the image leaves the
+//             slot. card/pulled changes before a card comes in again, so that without this change an image in the
+//             slot shows that the pull did not happen. It is removed after the record.
 //
 // While card/pulled exists, the image has the files, and the directory is what a dead mount shows.
 //

@@ -64,6 +64,29 @@ fat_volume volume_of(const std::string &board) {
   return known.length != 0 && card ? read_fat_volume(read_sector(card.get(), known.start)) : fat_volume{};
 }
 
+enum class file_system : bool { clean, unclean };
+
+file_system state_of(const std::string &board) {
+  const unique_fd card{::open(card_files{board}.image().c_str(), O_RDONLY | O_CLOEXEC)};
+  const sector first = read_sector(card.get(), known_partition(board).start);
+  return (first[state_position(first)] & unclean) != 0 ? file_system::unclean : file_system::clean;
+}
+
+/// The only change of an image in place: of one byte.
+bool mark(const std::string &board, file_system state, std::string &error) {
+  const std::string image = card_files{board}.image();
+  const unique_fd card{::open(image.c_str(), O_RDWR | O_CLOEXEC)};
+  const partition known = known_partition(board);
+  const sector first = read_sector(card.get(), known.start);
+  const size_t position = state_position(first);
+  const auto others = static_cast<uint8_t>(first[position] & ~unclean);
+  const auto byte = static_cast<uint8_t>(others | (state == file_system::unclean ? unclean : 0));
+  if (::pwrite(card.get(), &byte, 1, static_cast<off_t>(known.start_bytes() + position)) == 1)
+    return true;
+  error = image + ": " + std::strerror(errno);
+  return false;
+}
+
 // ------------------------------------------------------------------------------------------------ mounting
 
 /// The names that mdir reports of an image, as paths from the root; none if it cannot be read.
@@ -303,26 +326,8 @@ bool end_mount(const std::string &board, const mount_record &record,
   return false;
 }
 
-/// The only change of an image in place: of one byte. Does nothing without a file system.
-bool mark_unclean(const std::string &board, std::string &error) {
-  const std::string image = card_files{board}.image();
-  const unique_fd card{::open(image.c_str(), O_RDWR | O_CLOEXEC)};
-  const partition known = known_partition(board);
-  const sector first = read_sector(card.get(), known.start);
-  if (read_fat_volume(first).clusters == 0)
-    return true;
-  const size_t position = state_position(first);
-  const auto state = static_cast<uint8_t>(first[position] | unclean);
-  if (::pwrite(card.get(), &state, 1, static_cast<off_t>(known.start_bytes() + position)) == 1)
-    return true;
-  error = image + ": " + std::strerror(errno);
-  return false;
-}
-
-/// Without an unmount, the file system of a writable mount stays unclean.
-bool end_without_unmount(const std::string &board, std::string &error) {
-  const bool was_writable = read_mount_state(board) == mount_state::writable;
-  return (!was_writable || mark_unclean(board, error)) && begin_pull(board, error);
+bool put_away_cleanly(const std::string &board, std::string &error) {
+  return put_away(board, error) && mark(board, file_system::clean, error);
 }
 
 } // namespace
@@ -332,13 +337,16 @@ bool mount_files(const std::string &board, mount_way way, std::string &error) {
   error = why_not_mountable(board);
   if (!error.empty() || !make_empty_directory(card.staged(), error))
     return false;
-  const bool is_whole = copy_out(board, card.image(), card.staged());
-  const mount_record record = {is_whole && way == mount_way::writable, stamp_of_image(card.image()),
+  const bool is_writable = copy_out(board, card.image(), card.staged()) && way == mount_way::writable;
+  const bool was_unclean = state_of(board) == file_system::unclean;
+  if (is_writable && !was_unclean && !mark(board, file_system::unclean, error))
+    return false;
+  const mount_record record = {is_writable, was_unclean, stamp_of_image(card.image()),
                                list_files(card.staged())};
   return save_record(card.record(), record, error) && put_in_place(board, error);
 }
 
-bool unmount_files(const std::string &board, std::string &error) {
+bool unmount_files(const std::string &board, mount_end end, std::string &error) {
   const auto record = load_record(card_files{board}.record());
   if (!record && read_mount_state(board) == mount_state::none) {
     error = "is not mounted";
@@ -348,14 +356,16 @@ bool unmount_files(const std::string &board, std::string &error) {
     return report_mount(board, mount_state::none, error);
   if (is_pulled(board))
     return put_away(board, error);
-  return end_mount(board, *record, put_away, error);
+  const bool becomes_clean = end == mount_end::unmounted && record->is_writable && !record->was_unclean;
+  return end_mount(board, *record, becomes_clean ? put_away_cleanly : put_away, error);
 }
 
 bool leave_mount_without_card(const std::string &board, std::string &error) {
   const auto record = load_record(card_files{board}.record());
   if (is_pulled(board))
     return true;
-  return record ? end_mount(board, *record, end_without_unmount, error) : unmount_files(board, error);
+  return record ? end_mount(board, *record, begin_pull, error)
+                : unmount_files(board, mount_end::abandoned, error);
 }
 
 } // namespace dravik::sim

@@ -42,8 +42,13 @@ std::string stamp_of_image(const std::string &path) {
   return ::stat(path.c_str(), &status) == 0 ? stamp(status, status.st_mtim) : "";
 }
 
+constexpr std::string_view read_only = "ro", writable = "rw", writable_and_unclean = "unclean";
+
 bool save_record(const std::string &path, const mount_record &record, std::string &error) {
-  std::string text = (record.is_writable ? "rw " : "ro ") + record.image + "\n";
+  const std::string_view state = !record.is_writable  ? read_only
+                                 : record.was_unclean ? writable_and_unclean
+                                                      : writable;
+  std::string text = std::string{state} + " " + record.image + "\n";
   for (const auto &[name, stamp] : record.files)
     text.append(stamp).append("\t").append(name).append("\n");
   return replace_file(path, text, error);
@@ -57,7 +62,9 @@ std::optional<mount_record> load_record(const std::string &path) {
   std::string_view rest = text;
   std::string_view first = take_until(rest, '\n');
   mount_record record;
-  record.is_writable = take_word(first) != "ro";
+  const std::string_view state = take_word(first);
+  record.is_writable = state != read_only;
+  record.was_unclean = state == writable_and_unclean;
   record.image = trimmed(first);
   while (!rest.empty()) {
     std::string_view line = take_until(rest, '\n');

@@ -16,7 +16,8 @@ std::string stamp_of_image(const std::string &path);
 
 struct mount_record {
   bool is_writable = false;
-  std::string image; ///< stamp_of_image() when the card was mounted
+  bool was_unclean = false; ///< before it was mounted; only of a writable mount
+  std::string image;        ///< stamp_of_image() when the card was mounted
   file_list files;
 };
 

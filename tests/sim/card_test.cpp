@@ -34,6 +34,7 @@ TEST_F(SimCard, HasOneFat32PartitionFromSector32IfNew) {
 }
 
 TEST_F(SimCard, HasSoundEmptyFat32FileSystemIfNew) {
+  unmount();
   EXPECT_THAT(checked_output_of_fsck(), HasSubstr(": 0 files, 1/"));
   EXPECT_EQ(bytes_of_image(16384 + 82, 8), "FAT32   ");
   expect_no_files_on_card();
@@ -816,6 +817,72 @@ TEST_F(SimDamagedCard, IsLeftAsItIsByACheckThatOnlyLooks) {
   unmount();
   EXPECT_EQ(run_command("dosfsck -vn /dev/mmcblk0p1 > /dev/null"), 1);
   checked_output_of_fsck(1);
+}
+
+// --- the dirty bit ---
+
+/// A byte of the boot sector, from which other bits are kept.
+class SimCardDirtyBit : public SimCard {
+protected:
+  SimCardDirtyBit() {
+    unmount();
+    change_image(position, "\6");
+  }
+  std::string state() const { return bytes_of_image(position, 1); }
+  void restart() const {
+    std::string error;
+    EXPECT_TRUE(sim::restart_card(board_.path(), error)) << error;
+  }
+
+  static constexpr off_t position = 16384 + 65;
+};
+
+TEST_F(SimCardDirtyBit, IsSetWhileMountedWritable) {
+  mount();
+  EXPECT_EQ(state(), "\7");
+  EXPECT_EQ(run_command("/usr/local/bin/dosfsck -n /dev/mmcblk0p1 > /dev/null"), 1);
+  unmount();
+  EXPECT_EQ(state(), "\6");
+  mount();
+  board_.write("tmp/mmcblk0p1/film", "film");
+  EXPECT_EQ(state(), "\7");
+  unmount();
+  EXPECT_EQ(state(), "\6") << "of a new image";
+  mount();
+  EXPECT_EQ(run_command("/bin/umount -l /dev/mmcblk0p1"), 0);
+  EXPECT_EQ(state(), "\6");
+}
+
+TEST_F(SimCardDirtyBit, IsNotSetByAReadOnlyMount) {
+  EXPECT_EQ(run_command("mount -r /dev/mmcblk0p1 /tmp/mmcblk0p1"), 0);
+  EXPECT_EQ(state(), "\6");
+  unmount();
+  EXPECT_EQ(state(), "\6");
+}
+
+TEST_F(SimCardDirtyBit, IsLeftByARestartUntilRepair) {
+  mount();
+  board_.write("tmp/mmcblk0p1/film", "film");
+  restart();
+  unmount();
+  EXPECT_EQ(state(), "\7") << "was unclean before";
+  EXPECT_EQ(run_command("mount -r /dev/mmcblk0p1 /tmp/mmcblk0p1"), 0);
+  unmount();
+  EXPECT_EQ(state(), "\7");
+  EXPECT_EQ(run_command("/usr/local/bin/dosfsck -a /dev/mmcblk0p1 > /dev/null"), 1);
+  mount();
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/film"), "film");
+  unmount();
+  EXPECT_EQ(state(), "\6");
+  checked_output_of_fsck();
+}
+
+TEST_F(SimCardDirtyBit, IsInAnotherByteOfFat16) {
+  EXPECT_EQ(run_command("/sbin/mkfs.vfat -F 16 /dev/mmcblk0p1 > /dev/null"), 0);
+  mount();
+  EXPECT_EQ(bytes_of_image(16384 + 37, 1), "\1");
+  unmount();
+  EXPECT_EQ(bytes_of_image(16384 + 37, 1), std::string(1, '\0'));
 }
 
 // --- the tools' options ---

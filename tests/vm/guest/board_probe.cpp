@@ -288,6 +288,8 @@ constexpr struct {
     {"card mount again", [] { return status_of("mount /dev/mmcblk0p1 /tmp/mmcblk0p1"); }},
     {"card mount of mounted", [] { return status_of("mount /dev/mmcblk0p1 /tmp/mmcblk0p1 2>/dev/null"); }},
     {"card status mounted", card_check},
+    {"card check of mounted",
+     [] { return status_of("/usr/local/bin/dosfsck -n /dev/mmcblk0p1 >/dev/null 2>&1"); }},
     {"card file names", [] { return number_of_names("/tmp/mmcblk0p1/NAME.TS", "/tmp/mmcblk0p1/name.ts"); }},
     {"card link", [] { return answer(::symlink("file", "/tmp/mmcblk0p1/link")); }},
     {"card directory as file", [] { return write_text("/tmp/mmcblk0p1/REC", "x"); }},
