@@ -16,6 +16,7 @@ constexpr const char *partition_start = "sys/block/mmcblk0/mmcblk0p1/start";
 constexpr const char *partition_size = "sys/block/mmcblk0/mmcblk0p1/size";
 constexpr const char *mounts = "proc/mounts";
 constexpr const char *locked_line = "gpio/68"; ///< the write-protect switch
+constexpr const char *broken = "card/broken";  ///< a line per file with a broken chain: bytes to read, path
 constexpr const char *pulled = "card/pulled";  ///< exists while the mount is that of a card that was pulled
 } // namespace card_texts
 

@@ -167,6 +167,11 @@ bool mount_card(const std::string &board, bool read_only, std::string &error) {
                      error);
 }
 
+bool make_mount_read_only(const std::string &board, std::string &error) {
+  const card_in_hand hand{board};
+  return finish_interrupted(board, error) && remount_read_only(board, error);
+}
+
 bool unmount_card(const std::string &board, unmount_way way, std::string &error) {
   const card_in_hand hand{board};
   const bool was_mounted = is_mounted(board);

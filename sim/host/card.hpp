@@ -30,6 +30,9 @@ enum class card_lock : bool { off, on };
 
 [[nodiscard]] bool mount_card(const std::string &board, bool read_only, std::string &error);
 
+/// Make the mount of the card read-only, as `mount -o remount,ro` does.
+[[nodiscard]] bool make_mount_read_only(const std::string &board, std::string &error);
+
 /// Whether to unmount a card whose files are in use: umount(8) fails, umount -l does not.
 enum class unmount_way : bool { if_unused, detached };
 [[nodiscard]] bool unmount_card(const std::string &board, unmount_way way, std::string &error);

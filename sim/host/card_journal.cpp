@@ -76,6 +76,7 @@ bool finish_put_away(const std::string &board, std::string &error) {
   const card_files card{board};
   ::unlink(card.record().c_str());
   ::unlink(card.pulled().c_str());
+  ::unlink(card.broken().c_str());
   if (!uncover(card, error) || !report_mount(board, mount_state::none, error))
     return false;
   std::error_code code;
@@ -90,17 +91,16 @@ mount_state recorded_state(const mount_record &record) {
 bool finish_mount(const std::string &board, const mount_record &record, std::string &error) {
   if (exists(card_files{board}.staged()))
     return put_in_place(board, error);
-  return read_mount_state(board) == recorded_state(record) ||
-         report_mount(board, recorded_state(record), error);
+  return read_mount_state(board) != mount_state::none || report_mount(board, recorded_state(record), error);
 }
 
 /// Files that an action reads, replaces or moves. A board is untrusted: none of them may be a link.
-constexpr const char *used_paths[] = {"card",          "card/below",  "card/files",        "card/mmcblk0",
-                                      "card/mounting", "card/pulled", "card/report",       "card/unmounted",
-                                      "dev",           "dev/mmcblk0", "dev/mmcblk0p1",     "gpio",
-                                      "gpio/68",       "proc",        "proc/mounts",       "proc/partitions",
-                                      "sys",           "sys/block",   "sys/block/mmcblk0", "tmp",
-                                      "tmp/mmcblk0p1"};
+constexpr const char *used_paths[] = {
+    "card",          "card/below",      "card/broken", "card/files",     "card/mmcblk0",
+    "card/mounting", "card/pulled",     "card/report", "card/unmounted", "dev",
+    "dev/mmcblk0",   "dev/mmcblk0p1",   "gpio",        "gpio/68",        "proc",
+    "proc/mounts",   "proc/partitions", "sys",         "sys/block",      "sys/block/mmcblk0",
+    "tmp",           "tmp/mmcblk0p1"};
 
 bool has_no_links(const std::string &board, std::string &error) {
   std::error_code code;
@@ -167,6 +167,7 @@ bool leave_files_behind(const std::string &board, std::string &error) {
   if (!report_mount(board, mount_state::none, error))
     return false;
   ::unlink(card.record().c_str());
+  ::unlink(card.broken().c_str());
   return uncover(card, error);
 }
 

@@ -8,6 +8,7 @@
 #include "host/card_journal.hpp"
 #include "host/card_record.hpp"
 #include "host/card_reports.hpp"
+#include "host/fat_files.hpp"
 #include "host/host_tool.hpp"
 #include "host/sparse_file.hpp"
 
@@ -17,8 +18,10 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <iterator>
+#include <map>
 #include <optional>
 #include <set>
+#include <sys/stat.h>
 
 namespace dravik::sim {
 namespace {
@@ -150,6 +153,40 @@ bool copy_out(const std::string &board, const std::string &image, const std::str
   return is_whole;
 }
 
+/// Fill a file of a directory from its chain of clusters.
+bool copy_chain(int image, const fat_file &from, const std::string &directory) {
+  const files::path path = directory + "/" + from.path;
+  std::error_code code;
+  files::create_directories(path.parent_path(), code);
+  const unique_fd file{::open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0644)};
+  const timespec times[2] = {{from.modified, 0}, {from.modified, 0}};
+  return file && copy_fat_file(image, from, file.get()) && ::futimens(file.get(), times) == 0;
+}
+
+constexpr size_t longest_list = 8000; ///< that applications read
+
+/// mtools reads nothing that follows a broken chain or a loop, and leaves files incomplete: copy these, and list the
+/// files with such a chain. Return whether the directory has all files; `is_whole`, whether mtools has copied all.
+bool copy_broken_chains(const std::string &board, const std::string &directory, bool is_whole) {
+  const card_files card{board};
+  const unique_fd image{::open(card.image().c_str(), O_RDONLY | O_CLOEXEC)};
+  const auto all = list_fat_files(image.get(), known_partition(board));
+  std::string list;
+  std::string error;
+  std::error_code code;
+  ::unlink(card.broken().c_str());
+  if (!all || (is_whole && std::ranges::none_of(*all, &fat_file::is_damaged)))
+    return is_whole;
+  for (const fat_file &file : *all) {
+    if ((file.is_damaged() || files::file_size(directory + "/" + file.path, code) != file.size) &&
+        !copy_chain(image.get(), file, directory))
+      return false;
+    if (file.is_damaged())
+      list += std::to_string(file.readable) + " " + file.path + "\n";
+  }
+  return list.size() <= longest_list && write_file(card.broken(), list, error);
+}
+
 bool make_empty_directory(const std::string &path, std::string &error) {
   std::error_code code;
   files::remove_all(path, code);
@@ -174,7 +211,7 @@ bool fits(const std::string &board, std::string &error) {
 /// Changes that bring the files of the mount point to an image.
 struct card_changes {
   words gone;              ///< paths on the image
-  words fresh;             ///< names in the mount point
+  words fresh;             ///< paths in the mount point
   bool is_foreign = false; ///< something else has changed the image since it was mounted
 
   bool none() const { return gone.empty() && fresh.empty(); }
@@ -194,14 +231,46 @@ card_changes changes_since(const file_list &before, const file_list &now,
   return changes;
 }
 
+bool is_below_any(const words &paths, const std::string &path) {
+  return std::ranges::any_of(paths, [&](const std::string &above) { return path.starts_with(above + "/"); });
+}
+
+/// For an image with broken chains, which mtools must not follow: replace nothing but what differs.
+card_changes changes_beside_broken_files(const file_list &before, const file_list &now,
+                                         const std::set<std::string> &on_image) {
+  card_changes changes;
+  for (const auto &[path, stamp] : difference(before, now)) {
+    if (on_image.contains(path) && !is_below_any(changes.gone, path))
+      changes.gone.push_back(path);
+    if (now.contains(path) && !is_below_any(changes.fresh, path))
+      changes.fresh.push_back(path);
+  }
+  return changes;
+}
+
+/// mtools would destroy more than such a file.
+bool replaces_broken_file(const std::string &board, const card_changes &changes) {
+  std::string list;
+  std::string error;
+  if (!read_file(card_files{board}.broken(), list, error))
+    return false;
+  for (std::string_view rest = list; !rest.empty();) {
+    std::string_view line = take_until(rest, '\n');
+    take_until(line, ' ');
+    const std::string path{line};
+    if (is_below_any(changes.gone, path) || std::ranges::find(changes.gone, path) != changes.gone.end())
+      return true;
+  }
+  return false;
+}
+
 /// For an image that was changed meanwhile: write all files, and remove only those that
 /// were removed from the mount point.
 card_changes changes_of_foreign_image(const file_list &before, const file_list &now,
                                       const std::set<std::string> &on_image) {
   card_changes changes;
   for (const auto &[path, stamp] : before)
-    if (!now.contains(path) && on_image.contains(path) &&
-        (changes.gone.empty() || !path.starts_with(changes.gone.back() + "/")))
+    if (!now.contains(path) && on_image.contains(path) && !is_below_any(changes.gone, path))
       changes.gone.push_back(path);
   const std::set<std::string> names = names_at_top(now);
   changes.fresh.assign(names.begin(), names.end());
@@ -225,14 +294,16 @@ bool remove_from_image(const std::string &board, const std::string &image, const
   return names.empty() || change_image(tool_on_image(board, image, {"mdeltree"}), names, error);
 }
 
-bool add_to_image(const std::string &board, const std::string &image, const words &names,
+bool add_to_image(const std::string &board, const std::string &image, const words &paths,
                   std::string &error) {
-  words sources;
-  for (const std::string &name : names)
-    sources.push_back(card_files{board}.mount_point() + "/" + name);
-  sources.emplace_back("::/");
-  return names.empty() ||
-         change_image(tool_on_image(board, image, {"mcopy", "-s", "-m", "-o"}), sources, error);
+  std::map<std::string, words> sources; // by the directory that they are copied to
+  for (const std::string &path : paths)
+    sources[files::path{path}.parent_path().string()].push_back(card_files{board}.mount_point() + "/" + path);
+  return std::ranges::all_of(sources, [&](auto &entry) {
+    auto &[directory, names] = entry;
+    names.push_back(name_on_card(directory) + (directory.empty() ? "" : "/"));
+    return change_image(tool_on_image(board, image, {"mcopy", "-s", "-m", "-o"}), names, error);
+  });
 }
 
 /// Names that are equal on the card, such as "film" and "Film", would lose one of the files.
@@ -296,16 +367,23 @@ written copy_back(const std::string &board, const mount_record &record, std::str
   if (!files::exists(card.mount_point(), code) || (!is_foreign && now == record.files))
     return written::all;
   const auto on_image = volume_of(board).clusters != 0 ? paths_on_image(board, card.image()) : std::nullopt;
-  const written otherwise = is_foreign ? written::unusable_card : written::none;
+  const bool has_broken_files = files::exists(card.broken(), code);
+  const written otherwise = is_foreign || has_broken_files ? written::unusable_card : written::none;
   if (!on_image) {
     const std::string lacking = lacking_card_tools();
     error = lacking.empty() ? "its file system cannot be read" : "missing on this host: " + lacking;
     return lacking.empty() ? otherwise : written::none;
   }
-  const card_changes changes = is_foreign ? changes_of_foreign_image(record.files, now, *on_image)
-                                          : changes_since(record.files, now, *on_image);
+  const auto find_changes = is_foreign         ? changes_of_foreign_image
+                            : has_broken_files ? changes_beside_broken_files
+                                               : changes_since;
+  const card_changes changes = find_changes(record.files, now, *on_image);
   if (changes.none())
     return written::all;
+  if (replaces_broken_file(board, changes)) {
+    error = "a file with a broken cluster chain was changed";
+    return otherwise;
+  }
   if (!fits(board, error))
     return written::none;
   return update_image(board, changes, now, error) ? written::all : otherwise;
@@ -337,13 +415,22 @@ bool mount_files(const std::string &board, mount_way way, std::string &error) {
   error = why_not_mountable(board);
   if (!error.empty() || !make_empty_directory(card.staged(), error))
     return false;
-  const bool is_writable = copy_out(board, card.image(), card.staged()) && way == mount_way::writable;
+  const bool is_writable =
+      copy_broken_chains(board, card.staged(), copy_out(board, card.image(), card.staged())) &&
+      way == mount_way::writable;
   const bool was_unclean = state_of(board) == file_system::unclean;
   if (is_writable && !was_unclean && !mark(board, file_system::unclean, error))
     return false;
   const mount_record record = {is_writable, was_unclean, stamp_of_image(card.image()),
                                list_files(card.staged())};
   return save_record(card.record(), record, error) && put_in_place(board, error);
+}
+
+bool remount_read_only(const std::string &board, std::string &error) {
+  if (read_mount_state(board) != mount_state::none)
+    return report_mount(board, mount_state::read_only, error);
+  error = "is not mounted";
+  return false;
 }
 
 bool unmount_files(const std::string &board, mount_end end, std::string &error) {

@@ -8,9 +8,12 @@ namespace dravik::sim {
 enum class mount_way : bool { writable, read_only };
 
 /// Show the files of the card at its mount point, and nothing else there. The file system of a card that is
-/// mounted writable is marked as unclean until it is unmounted. A card that cannot be read in full
-/// is mounted read-only, as the kernel does it. Return false and set `error` on failure.
+/// mounted writable is marked as unclean until it is unmounted. If a directory or a name cannot be read, the mount
+/// is read-only. Return false and set `error` on failure.
 [[nodiscard]] bool mount_files(const std::string &board, mount_way way, std::string &error);
+
+/// Make a mount read-only; what was written to it until then goes to the card when it is unmounted.
+[[nodiscard]] bool remount_read_only(const std::string &board, std::string &error);
 
 /// How a mount ends: the file system of one that is abandoned, by a reboot, stays unclean.
 enum class mount_end : bool { unmounted, abandoned };

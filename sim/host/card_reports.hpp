@@ -21,6 +21,9 @@ struct card_files {
   std::string below_mount() const { return board + "/card/below"; }   ///< what the mount point held before
   std::string discarded() const { return board + "/card/unmounted"; } ///< the previous mount point
   std::string report_begun() const { return board + "/card/report"; } ///< exists until report_card() is done
+  std::string broken() const {
+    return board + "/" + card_texts::broken;
+  } ///< exists while mtools cannot read all
   std::string pulled() const {
     return board + "/" + card_texts::pulled;
   } ///< exists while a mount without card does

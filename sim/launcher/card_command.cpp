@@ -76,11 +76,19 @@ bool has_option(const options &given, char letter) {
   });
 }
 
+std::string between_commas(std::string_view text) {
+  return std::string{","}.append(text).append(",");
+}
+
+bool has_mount_option(const options &given, std::string_view wanted) {
+  return std::ranges::any_of(given, [=](const std::string &word) {
+    return between_commas(word).find(between_commas(wanted)) != std::string::npos;
+  });
+}
+
 /// -r, -o ro and -o remount,ro,... make the mount read-only; -t and the other options make no difference.
 bool requests_read_only(const options &given) {
-  return std::ranges::any_of(given, [](const std::string &word) {
-    return word == "-r" || ("," + word + ",").find(",ro,") != std::string::npos;
-  });
+  return has_mount_option(given, "-r") || has_mount_option(given, "ro");
 }
 
 int put_in(const std::string &board, const options &, std::string &error) {
@@ -96,7 +104,10 @@ int take_out(const std::string &board, const options &, std::string &error) {
 }
 
 int mount(const std::string &board, const options &given, std::string &error) {
-  const bool done = mount_card(board, requests_read_only(given), error);
+  const bool is_read_only = requests_read_only(given);
+  const bool done = is_read_only && has_mount_option(given, "remount")
+                        ? make_mount_read_only(board, error)
+                        : mount_card(board, is_read_only, error);
   return report_as_by("mount: /dev/mmcblk0p1", done, error, mount_failed);
 }
 

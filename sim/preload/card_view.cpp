@@ -4,8 +4,13 @@
 #include "base/unique_fd.hpp"
 #include "board/board_files.hpp"
 #include "board/preserve_errno.hpp"
+#include "board/settings_text.hpp"
+#include "preload/child_process.hpp"
+#include "preload/kernel_files.hpp"
 #include "preload/path_map.hpp"
+#include "preload/shell_words.hpp"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <sys/mman.h>
 
@@ -27,6 +32,26 @@ mount_state state_of_mount() noexcept {
 
 unique_fd open_card() noexcept {
   return unique_fd{open_board_file("dev/mmcblk0", O_RDONLY)};
+}
+
+/// Return where the readable part of a file with a broken chain ends, -1 for other files.
+off64_t readable_end(const char *name) noexcept {
+  const std::string_view path = std::string_view{name}.substr(card_mount_point.size());
+  const board_text list{card_texts::broken};
+  for (std::string_view rest = list; !rest.empty();) {
+    std::string_view line = take_until(rest, '\n');
+    const std::string_view end = take_until(line, ' ');
+    uint32_t number = 0;
+    if (path.size() == line.size() + 1 && path.ends_with(line) && read_number(end, number))
+      return number;
+  }
+  return -1;
+}
+
+/// As the kernel does when it finds an error in a FAT file system.
+void make_mount_read_only() noexcept {
+  constexpr const char *options[] = {"-o", "remount,ro"};
+  run_card_action("mount", shell_words{""}, options);
 }
 
 uint64_t used_clusters(uint32_t cluster_bytes) noexcept {
@@ -70,6 +95,31 @@ bool card_is_pulled() noexcept {
 
 bool is_on_pulled_card(int descriptor) noexcept {
   return is_on_card(descriptor_name{descriptor}) && card_is_pulled();
+}
+
+int write_error(int descriptor) noexcept {
+  if (!is_on_card(descriptor_name{descriptor}))
+    return 0;
+  const preserve_errno unchanged;
+  return card_is_pulled() ? EIO : card_is_read_only() ? EROFS : 0;
+}
+
+ssize_t bytes_to_read(int descriptor, off64_t position, size_t size) noexcept {
+  const descriptor_name name{descriptor};
+  if (!is_on_card(name))
+    return static_cast<ssize_t>(size);
+  if (card_is_pulled())
+    return -EIO;
+  const preserve_errno unchanged;
+  const off64_t end = readable_end(name);
+  if (end < 0 || size == 0 || position + static_cast<off64_t>(size) <= end ||
+      position >= length_behind(descriptor))
+    return static_cast<ssize_t>(size);
+  if (position < end)
+    return end - position;
+  if (!card_is_read_only())
+    make_mount_read_only();
+  return -EIO;
 }
 
 bool card_is_locked() noexcept {

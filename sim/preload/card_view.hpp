@@ -27,6 +27,14 @@ bool card_is_pulled() noexcept;
 /// Whether an open file is on a card that was pulled.
 bool is_on_pulled_card(int descriptor) noexcept;
 
+/// Return the error of every write to an open file of the card: EIO if the card was pulled, EROFS if its mount has
+/// become read-only; 0 if there is none.
+int write_error(int descriptor) noexcept;
+
+/// Return how many bytes of an open file can be read from a position on: as many as requested, or fewer if the file
+/// has a broken chain of clusters. A read beyond them makes the mount read-only and returns -EIO.
+ssize_t bytes_to_read(int descriptor, off64_t position, size_t size) noexcept;
+
 /// Whether the write-protect switch is on.
 bool card_is_locked() noexcept;
 

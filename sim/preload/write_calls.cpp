@@ -88,8 +88,8 @@ bool may_set_length(int descriptor, off64_t length) noexcept {
   const bool is_device = kind == file_kind::device;
   if (is_device)
     errno = EINVAL;
-  else if (kind == file_kind::plain && is_on_pulled_card(descriptor))
-    errno = EIO;
+  else if (const int error = kind == file_kind::plain ? write_error(descriptor) : 0; error != 0)
+    errno = error;
   else if (kind == file_kind::plain && bytes_that_fit(descriptor, 0, bytes) < bytes)
     errno = ENOSPC;
   else
@@ -116,8 +116,8 @@ bool fits_on_card(int descriptor, std::span<const iovec> pieces) noexcept {
 /// Write as many bytes as fit on the card, by `next`, one of the original functions.
 template <typename Next>
 ssize_t write_what_fits(int descriptor, size_t size, off64_t position, Next next) noexcept {
-  if (is_on_pulled_card(descriptor))
-    return as_c_result(ssize_t{-EIO});
+  if (const int error = write_error(descriptor); error != 0)
+    return as_c_result(ssize_t{-error});
   const uint64_t fitting = bytes_that_fit(descriptor, position, size);
   return fitting != 0 || size == 0 ? next(static_cast<size_t>(fitting)) : as_c_result(ssize_t{-ENOSPC});
 }
@@ -194,13 +194,13 @@ SIM_DEFINE(size_t, fwrite, (const void *data, size_t size, size_t count, std::FI
   if (size == 0 || kind_behind(descriptor) != file_kind::plain)
     return SIM_NEXT(fwrite)(data, size, count, stream);
   const off64_t position = place_of_write(descriptor) + static_cast<off64_t>(::__fpending(stream));
-  const bool is_pulled = is_on_pulled_card(descriptor);
-  const uint64_t fitting = is_pulled ? 0 : bytes_that_fit(descriptor, position, uint64_t{size} * count);
+  const int error = write_error(descriptor);
+  const uint64_t fitting = error != 0 ? 0 : bytes_that_fit(descriptor, position, uint64_t{size} * count);
   if (fitting == uint64_t{size} * count)
     return SIM_NEXT(fwrite)(data, size, count, stream);
   const size_t written = SIM_NEXT(fwrite)(data, 1, static_cast<size_t>(fitting), stream);
   stream->_flags |= _IO_ERR_SEEN;
-  errno = is_pulled ? EIO : ENOSPC;
+  errno = error != 0 ? error : ENOSPC;
   return written / size;
 }
 

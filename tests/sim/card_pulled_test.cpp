@@ -91,6 +91,7 @@ TEST_F(SimCardPulled, FailsWithInputErrorOnOpenFiles) {
   expect_input_error(::write(film, &byte, 1));
   expect_input_error(::pwrite(film, &byte, 1, 0));
   expect_input_error(::read(film, &byte, 1));
+  expect_input_error(::pread(film, &byte, 1, 0));
   expect_input_error(::ftruncate(film, 0));
   expect_input_error(::fsync(film));
   expect_input_error(::fdatasync(film));

@@ -3,6 +3,7 @@
 #include "sim/card_stage.hpp"
 #include "support/changed_variable.hpp"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -177,6 +178,16 @@ TEST_F(SimCard, RejectsWritesToReadOnlyMount) {
   EXPECT_EQ(std::fopen("/tmp/mmcblk0p1/new", "w"), nullptr);
   EXPECT_EQ(errno, EROFS);
   EXPECT_EQ(board_.read("tmp/mmcblk0p1/kept"), "bytes");
+}
+
+TEST_F(SimCard, IsMadeReadOnlyWhileMounted) {
+  board_.write("tmp/mmcblk0p1/film", "film");
+  EXPECT_EQ(run_command("mount -o remount,ro /dev/mmcblk0p1 /tmp/mmcblk0p1"), 0);
+  EXPECT_THAT(mount_line(), HasSubstr(" vfat ro,"));
+  unmount();
+  EXPECT_EQ(file_on_card("film"), "film");
+  EXPECT_EQ(run_command("mount -o remount,ro /dev/mmcblk0p1 /tmp/mmcblk0p1 2> /dev/null"), 255);
+  EXPECT_EQ(mount_line(), "");
 }
 
 TEST_F(SimCard, DropsFilesForcedOntoReadOnlyMount) {
@@ -785,35 +796,146 @@ struct table_place {
   off_t start, length;
 };
 
+/// `damaged` is in one piece from cluster 3 on, `REC/whole` after it.
 class SimDamagedCard : public SimCard {
 protected:
-  /// A file in one piece from cluster 3 on, whose second cluster is followed by itself.
   SimDamagedCard() {
-    board_.write("tmp/mmcblk0p1/damaged", std::string(20000, 'd'));
-    take_out();
+    board_.write("tmp/mmcblk0p1/damaged", contents_);
+    unmount();
+    mount();
+    board_.write("tmp/mmcblk0p1/REC/whole", std::string(3000, 'w'));
+    unmount();
     const table_place table{bytes_of_image(16384, 512)};
-    EXPECT_EQ(bytes_of_image(table.start + 12, 8), std::string("\4\0\0\0\5\0\0\0", 8));
-    change_image(table.start + 16, {"\4\0\0\0", 4});
-    change_image(table.start + table.length + 16, {"\4\0\0\0", 4});
-    checked_output_of_fsck(1);
-    put_in();
+    table_ = table.start;
+    EXPECT_EQ(bytes_of_image(table_ + 12, 8), std::string("\4\0\0\0\5\0\0\0", 8));
   }
+  /// Change what follows the second cluster of the damaged file, so that 1024 bytes can be read.
+  void damage(uint32_t next) const {
+    change_image(table_ + (cluster_ + 1) * 4, {reinterpret_cast<const char *>(&next), 4});
+    mount();
+  }
+  static ssize_t read_at(const char *path, off_t position, size_t size) {
+    std::string bytes(size, '\0');
+    const int file = ::open(path, O_RDONLY | O_CLOEXEC);
+    const ssize_t count = ::pread(file, bytes.data(), size, position);
+    const int error = errno;
+    ::close(file);
+    const std::string read = bytes.substr(0, static_cast<size_t>(std::max<ssize_t>(count, 0)));
+    EXPECT_EQ(read, contents_.substr(static_cast<size_t>(position), read.size()));
+    errno = error;
+    return count;
+  }
+  void expect_damage_found() const {
+    EXPECT_EQ(read_at("/tmp/mmcblk0p1/damaged", 1024, 1), -1);
+    EXPECT_EQ(errno, EIO);
+    EXPECT_THAT(mount_line(), HasSubstr(" vfat ro,"));
+  }
+
+  static inline const std::string contents_ = std::string(600, 'a') + std::string(19400, 'd');
+  off_t table_ = 0;
+  static constexpr uint32_t cluster_ = 3;
 };
 
-TEST_F(SimDamagedCard, IsMountedReadOnly) {
-  EXPECT_THAT(mount_line(), HasSubstr(" vfat ro,"));
+TEST_F(SimDamagedCard, IsMountedWritableUntilADamagedPartIsRead) {
+  for (const uint32_t next : {0U, 1U, 0x00FF0000U, 0x0FFFFFF7U, 0x0FFFFFFFU}) {
+    damage(next);
+    EXPECT_THAT(mount_line(), HasSubstr(" vfat rw,")) << next;
+    EXPECT_EQ(std::filesystem::file_size(board_.path("tmp/mmcblk0p1/damaged")), contents_.size());
+    EXPECT_EQ(board_.read("tmp/mmcblk0p1/REC/whole"), std::string(3000, 'w'));
+    EXPECT_EQ(read_at("/tmp/mmcblk0p1/damaged", 0, 1024), 1024);
+    EXPECT_EQ(read_at("/tmp/mmcblk0p1/damaged", 500, 9000), 524) << "up to the damage";
+    EXPECT_EQ(read_at("/tmp/mmcblk0p1/damaged", 20000, 1), 0) << "at the end";
+    EXPECT_THAT(mount_line(), HasSubstr(" vfat rw,")) << next;
+    expect_damage_found();
+    unmount();
+  }
+}
+
+TEST_F(SimDamagedCard, IsReadOnlyInEveryWayAfterwards) {
+  damage(1);
+  const int film = ::open("/tmp/mmcblk0p1/film", O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+  EXPECT_EQ(::write(film, "film", 4), 4);
+  const int damaged = ::open("/tmp/mmcblk0p1/damaged", O_RDONLY | O_CLOEXEC);
+  std::string bytes(2000, '\0');
+  EXPECT_EQ(::read(damaged, bytes.data(), bytes.size()), 1024);
+  EXPECT_EQ(::read(damaged, bytes.data(), bytes.size()), -1);
+  EXPECT_EQ(errno, EIO);
+  EXPECT_EQ(::write(film, "late", 4), -1);
+  EXPECT_EQ(errno, EROFS);
+  EXPECT_EQ(::ftruncate(film, 0), -1);
+  EXPECT_EQ(::open("/tmp/mmcblk0p1/other", O_WRONLY | O_CREAT, 0644), -1);
+  EXPECT_EQ(errno, EROFS);
+  struct statvfs space;
+  EXPECT_EQ(::statvfs("/tmp/mmcblk0p1", &space), 0);
+  EXPECT_NE(space.f_flag & ST_RDONLY, 0U);
+  ::close(film);
+  ::close(damaged);
+  unmount();
+  EXPECT_EQ(file_on_card("film"), "film") << "was written before";
+}
+
+TEST_F(SimDamagedCard, KeepsDamagedFileUntilRepair) {
+  damage(1);
+  const std::string table = bytes_of_image(table_, 4 * 64);
+  board_.write("tmp/mmcblk0p1/REC/new/deep", "deep");
+  board_.write("tmp/mmcblk0p1/beside", "beside");
+  board_.write("tmp/mmcblk0p1/REC/whole", "changed");
+  unmount();
+  EXPECT_EQ(bytes_of_image(table_ + cluster_ * 4, 4 * 30), table.substr(cluster_ * 4, 4 * 30));
+  mount();
+  EXPECT_THAT(mount_line(), HasSubstr(" vfat rw,"));
+  EXPECT_EQ(std::filesystem::file_size(board_.path("tmp/mmcblk0p1/damaged")), contents_.size());
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/REC/new/deep"), "deep");
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/beside"), "beside");
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/REC/whole"), "changed");
+  expect_damage_found();
+  unmount();
+  mount();
+  EXPECT_THAT(mount_line(), HasSubstr(" vfat rw,")) << "as at every mount";
+}
+
+/// Freeing a chain that leads nowhere would destroy more than the file.
+TEST_F(SimDamagedCard, LeavesTheCardAsItIsIfTheDamagedFileIsReplacedOrRemoved) {
+  for (const uint32_t next : {0U, 1U, cluster_ + 1, 0x0FFFFFFFU})
+    for (const bool is_removed : {false, true}) {
+      damage(next);
+      const std::string before = bytes_of_image(16384 + 512, 1 << 20);
+      if (is_removed)
+        board_.remove("tmp/mmcblk0p1/damaged");
+      else
+        board_.write("tmp/mmcblk0p1/damaged", "replaced");
+      board_.write("tmp/mmcblk0p1/film", "film");
+      EXPECT_EQ(run_command("umount /dev/mmcblk0p1 2> /dev/null"), 0);
+      EXPECT_EQ(board_.exists("tmp/mmcblk0p1/damaged"), !is_removed) << next;
+      EXPECT_EQ(board_.read("tmp/mmcblk0p1/film"), "film");
+      EXPECT_TRUE(bytes_of_image(16384 + 512, 1 << 20) == before) << next;
+      std::filesystem::remove_all(board_.path("tmp/mmcblk0p1"));
+    }
+}
+
+/// A kernel follows a loop up to the size of the file.
+TEST_F(SimDamagedCard, ReadsALoopAgainAndAgain) {
+  damage(cluster_ + 1);
+  std::string expected = contents_.substr(0, 512);
+  while (expected.size() < contents_.size())
+    expected += contents_.substr(512, 512);
+  expected.resize(contents_.size());
+  EXPECT_TRUE(board_.read("tmp/mmcblk0p1/damaged") == expected);
+  EXPECT_THAT(mount_line(), HasSubstr(" vfat rw,"));
 }
 
 TEST_F(SimDamagedCard, IsRepairedAndThenMountedAsEver) {
+  damage(cluster_ + 1);
   unmount();
   EXPECT_EQ(run_command("/usr/local/bin/dosfsck -a /dev/mmcblk0p1 > /dev/null"), 1); // errors were corrected
   checked_output_of_fsck();
   mount();
   EXPECT_THAT(mount_line(), HasSubstr(" vfat rw,"));
-  EXPECT_EQ(board_.read("tmp/mmcblk0p1/damaged"), std::string(1024, 'd')) << "what was before the damage";
+  EXPECT_EQ(board_.read("tmp/mmcblk0p1/damaged"), contents_.substr(0, 1024)) << "what was before the damage";
 }
 
 TEST_F(SimDamagedCard, IsLeftAsItIsByACheckThatOnlyLooks) {
+  damage(1);
   unmount();
   EXPECT_EQ(run_command("dosfsck -vn /dev/mmcblk0p1 > /dev/null"), 1);
   checked_output_of_fsck(1);
