@@ -18,8 +18,8 @@ constexpr size_t entry_bytes = 32;
 constexpr uint64_t largest_directory = 2 << 20; ///< of a kernel
 constexpr uint32_t first_cluster = 2;
 constexpr uint32_t end_of_chain =
-    0x0FFFFFF7; ///< and above; the least marks a bad cluster, which ends a chain too
-constexpr size_t most_directories = 10000;
+    0x0FFFFFF7;                          ///< and above; the least marks a bad cluster, which ends a chain too
+constexpr size_t most_entries = 100'000; ///< files and directories; directories that share clusters have more
 
 constexpr uint8_t deleted = 0xE5, last_of_name = 0x40;
 constexpr uint8_t volume_label = 0x08, directory_bit = 0x10, part_of_name = 0x0F;
@@ -204,8 +204,8 @@ public:
     while (is_read && !waiting_.empty()) {
       const directory next = waiting_.back();
       waiting_.pop_back();
-      is_read =
-          known_.insert(next.cluster).second && known_.size() <= most_directories && read_directory(next);
+      is_read = known_.insert(next.cluster).second && read_directory(next) &&
+                known_.size() + waiting_.size() + files_.size() <= most_entries;
     }
     return is_read && clusters_.has_steps_left() ? std::optional{files_} : std::nullopt;
   }
