@@ -1,6 +1,7 @@
 // The demonstration's screenshots: the files on the memory card.
 
 #include "examples/saved_picture.hpp"
+#include "support/emulation.hpp"
 #include "support/paths.hpp"
 
 #include <csignal>
@@ -69,6 +70,7 @@ TEST(DashcamScreenshotKey, FailsWhenTheCardIsOut) {
 }
 
 TEST(DashcamScreenshotKey, LeavesNoCutFileOnAFullCard) {
+  SKIP_HOST_PROGRAM_UNDER_EMULATION();
   const board on{640, 480};
   add_demonstration_files(on);
   on.write("tmp/mmcblk0p1/kept", "kept");

@@ -61,8 +61,8 @@ static void time_drawing(void) {
   for (int i = 0; i < 20000; ++i)
     fill(i % 2 == 0 ? "1234" : "edcb");
   clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-  console_printf("drawn in %ld us\r\n",
-                 (now.tv_sec - begin.tv_sec) * 1000000 + (now.tv_nsec - begin.tv_nsec) / 1000);
+  const long seconds = (long)(now.tv_sec - begin.tv_sec);
+  console_printf("drawn in %ld us\r\n", seconds * 1000000 + (now.tv_nsec - begin.tv_nsec) / 1000);
 }
 
 static void report_inputs(void) {

@@ -4,6 +4,7 @@
 #include "sim/follower.hpp"
 #include "sim/launcher.hpp"
 #include "support/board.hpp"
+#include "support/emulation.hpp"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -43,6 +44,7 @@ TEST_F(SimEvents, ReportBacklight) {
 }
 
 TEST_F(SimEvents, ReportBacklightSetByShell) {
+  SKIP_HOST_PROGRAM_UNDER_EMULATION();
   launch({"run", board_.path(), "--", "sh", "-c", std::string{"echo 70 >"} + brightness});
   EXPECT_THAT(board_.events(), ElementsAre("backlight: 70"));
 }

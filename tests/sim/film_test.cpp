@@ -2,6 +2,7 @@
 
 #include "film/sound_track.hpp"
 #include "sim/scenario_stage.hpp"
+#include "support/emulation.hpp"
 #include "support/paths.hpp"
 
 #include <cstring>
@@ -211,6 +212,7 @@ TEST_F(SimFilm, PadsScreensOfOddSize) {
 }
 
 TEST_F(SimFilm, WarnsOfAnApplicationThatFailed) {
+  SKIP_HOST_PROGRAM_UNDER_EMULATION();
   REQUIRE_FFMPEG();
   const outcome result = filmed("film.mp4", {"--", "sh", "-c", "exit 3"});
   EXPECT_EQ(result.exit_status(), 0);

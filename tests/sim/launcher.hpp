@@ -1,6 +1,7 @@
 // The launcher, run as users run it.
 #pragma once
 
+#include "support/emulation.hpp"
 #include "support/leave_board.hpp"
 #include "support/paths.hpp"
 #include "support/serial_keeper.hpp"
@@ -60,7 +61,7 @@ inline outcome run(const std::vector<std::string> &words) {
   if (const auto command = std::ranges::find_first_of(words, running); words.end() - command > 1)
     await_serial_keeper(command[1]);
   result.output = contents(output);
-  result.errors = contents(errors);
+  result.errors = without_landlock_warning(contents(errors));
   return result;
 }
 

@@ -2,6 +2,7 @@
 
 #include "sim/follower.hpp"
 #include "sim/scenario_stage.hpp"
+#include "support/emulation.hpp"
 #include "support/paths.hpp"
 
 #include <cmath>
@@ -81,6 +82,7 @@ TEST_F(ScenarioPlay, ReportsATextThatCameEarlier) {
 }
 
 TEST_F(ScenarioPlay, EscapesControlCharactersInMessages) {
+  SKIP_HOST_PROGRAM_UNDER_EMULATION();
   board_.write("events", "");
   expect_failed("timeout 60s\nwait event \"ttyS0: a\"\ntimeout 200ms\nwait event \"b\"",
                 "not within 200ms; last line: 'ttyS0: a\\x1b[31m'",
@@ -215,6 +217,7 @@ TEST_F(ScenarioPlay, ReportsFilesThatAreNotAsExpected) {
 }
 
 TEST_F(ScenarioPlay, AwaitsFiles) {
+  SKIP_HOST_PROGRAM_UNDER_EMULATION();
   expect_failed("timeout 200ms\nwait file \"/tmp/b\"", "not within 200ms; the file does not exist", {});
   const char *const writer = "sleep 0.3; echo up >/tmp/b; sleep 0.3; echo one >/tmp/b; sleep 0.3; rm /tmp/b; "
                              "read line </dev/ttyS0";
@@ -306,6 +309,7 @@ TEST_F(ScenarioPlay, ReadsAllTextOfAnApplicationThatEnded) {
 }
 
 TEST_F(ScenarioPlay, FailsIfTheApplicationEndsMeanwhile) {
+  SKIP_HOST_PROGRAM_UNDER_EMULATION();
   expect_failed(std::string{ready} + "type \"end 3\\n\"\nwait console \"rain\"",
                 "the application ended with exit status 3; last line: ");
   expect_failed(std::string{ready} + "type \"end 3\\n\"\nwait 10min",
@@ -316,6 +320,7 @@ TEST_F(ScenarioPlay, FailsIfTheApplicationEndsMeanwhile) {
 
 /// The event of a line that never ended comes when the application has ended.
 TEST_F(ScenarioPlay, FailsIfTheApplicationFailedAfterTheLastStep) {
+  SKIP_HOST_PROGRAM_UNDER_EMULATION();
   const outcome result =
       played("timeout 60s\nwait event \"ttyS0: up\"", {}, {"sh", "-c", "printf up >/dev/ttyS0; exit 4"});
   EXPECT_EQ(result.exit_status(), 1);
@@ -349,6 +354,7 @@ TEST_F(ScenarioPlay, EndsTheApplicationInOrder) {
 }
 
 TEST_F(ScenarioPlay, KillsAnApplicationThatDoesNotEnd) {
+  SKIP_HOST_PROGRAM_UNDER_EMULATION();
   const outcome result =
       played("timeout 60s\nwait event \"ttyS0: up\"", {},
              {"sh", "-c", "trap '' TERM; echo up >/dev/ttyS0; while read x; do :; done </dev/ttyS0"});

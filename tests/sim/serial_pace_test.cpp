@@ -8,6 +8,7 @@
 #include "sim/launcher.hpp"
 #include "support/application.hpp"
 #include "support/board.hpp"
+#include "support/emulation.hpp"
 #include "support/serial_keeper.hpp"
 #include "support/stderr_capture.hpp"
 
@@ -212,6 +213,7 @@ TEST_F(SimSerialPace, IgnoresOtherTerminals) {
 // ------------------------------------------------------------------------------------------ the launcher
 
 TEST_F(SimSerialPace, LimitsApplicationToPaceOfLine) {
+  SKIP_HOST_PROGRAM_UNDER_EMULATION();
   const std::string text = text_of(12000);
   board_.write("usr/local/dravik/text", text);
   const stopwatch since;
@@ -224,6 +226,7 @@ TEST_F(SimSerialPace, LimitsApplicationToPaceOfLine) {
 
 /// Also of what went to the terminal past the calls that the simulator sees.
 TEST_F(SimSerialPace, DeliversTextAtPaceOfLine) {
+  SKIP_HOST_PROGRAM_UNDER_EMULATION();
   follower events{board_.path()};
   ::mkfifo(board_.path("gate").c_str(), 0600);
   application waiting{board_,

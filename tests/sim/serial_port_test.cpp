@@ -6,6 +6,7 @@
 #include "sim/follower.hpp"
 #include "sim/launcher.hpp"
 #include "support/board.hpp"
+#include "support/emulation.hpp"
 #include "support/stderr_capture.hpp"
 
 #include <cerrno>
@@ -128,6 +129,7 @@ TEST_F(SimSerialPort, AppendsFromReopenedStream) {
 }
 
 TEST_F(SimSerialPort, SendsFromShells) {
+  SKIP_HOST_PROGRAM_UNDER_EMULATION();
   for (const char *shell : {"sh", "bash"})
     EXPECT_EQ(launch({"run", board_.path(), "--", shell, "-c", "echo $0 >/dev/ttyS0; ls -d /dev >/dev/ttyS0"})
                   .exit_status(),

@@ -6,6 +6,7 @@
 #include "sim/launcher.hpp"
 #include "support/application.hpp"
 #include "support/board.hpp"
+#include "support/emulation.hpp"
 #include "support/paths.hpp"
 #include "support/serial_keeper.hpp"
 
@@ -30,6 +31,7 @@ constexpr const char *shell = "/bin/sh";
 
 class SimSerialTerminal : public testing::Test {
 protected:
+  void SetUp() override { SKIP_HOST_PROGRAM_UNDER_EMULATION(); }
   outcome run_shell(const std::string &script) const {
     return launch({"run", board_.path(), "--", shell, "-c", script});
   }

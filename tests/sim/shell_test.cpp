@@ -70,7 +70,7 @@ TEST_F(SimShell, RejectsAnEmptyCommandAndOneThatIsTooLong) {
 }
 
 TEST_F(SimShell, RunsNothingOfTheHostUnlessTheSettingsSaySo) {
-  SKIP_UNDER_EMULATION("runs programs for ARM, and the host's shell is none");
+  SKIP_HOST_PROGRAM_UNDER_EMULATION();
   stderr_capture said;
   const std::string command = "echo seen > " + witness() + "; exit 3";
   EXPECT_EQ(run(command), 127);

@@ -205,7 +205,7 @@ TEST(SimPipe, RunsCommandsOfBoardAndRejectsOthers) {
 }
 
 TEST(SimPipe, RunsShellOfHostIfSettingsSaySo) {
-  SKIP_UNDER_EMULATION("runs programs for ARM, and the host's shell is none");
+  SKIP_HOST_PROGRAM_UNDER_EMULATION();
   const board board;
   board.set("shell", "host");
   board.write("proc/modules", "seen\n");

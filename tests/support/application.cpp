@@ -1,6 +1,7 @@
 // Programs run on the board of a test, and their contents on its screen.
 
 #include "support/application.hpp"
+#include "support/emulation.hpp"
 #include "support/leave_board.hpp"
 #include "support/paths.hpp"
 
@@ -10,6 +11,7 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 namespace dravik::test {
 namespace {
@@ -104,6 +106,7 @@ int application::finish() {
   }
   while (read_more(output_pipe_, output_)) {
   }
+  errors_ = without_landlock_warning(std::move(errors_));
   int status = 0;
   EXPECT_EQ(::waitpid(process_, &status, 0), process_);
   process_ = -1;

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <string>
+#include <string_view>
 
 namespace dravik::test {
 
@@ -23,9 +25,22 @@ template <class Number = int32_t> Number stride() {
   return is_emulated() ? Number{11} : Number{1};
 }
 
+/// What a program on a board wrote on standard error: under emulation, which passes on no Landlock, without the
+/// launcher's warning to root.
+inline std::string without_landlock_warning(std::string errors) {
+  constexpr std::string_view warning =
+      "dravik-sim: warning: no Landlock: an application of root can write devices of this host\n";
+  const size_t place = is_emulated() ? errors.find(warning) : errors.npos;
+  return place == errors.npos ? errors : errors.erase(place, warning.size());
+}
+
 } // namespace dravik::test
 
 /// Skips the test, with the reason, where scripts/arm-run runs it.
 #define SKIP_UNDER_EMULATION(reason)                                                                         \
   if (dravik::test::is_emulated())                                                                           \
   GTEST_SKIP() << "qemu-user " reason
+
+/// Skips a test that starts a program of the host on a board, such as a shell.
+#define SKIP_HOST_PROGRAM_UNDER_EMULATION()                                                                  \
+  SKIP_UNDER_EMULATION("loads no preload library for ARM into programs of the host")

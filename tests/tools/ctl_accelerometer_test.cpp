@@ -1,6 +1,7 @@
 // "accel".
 
 #include "ctl_fixture.hpp"
+#include "support/emulation.hpp"
 #include "support/paths.hpp"
 
 #include <csignal>
@@ -58,6 +59,7 @@ TEST_F(CtlAccel, StopsImmediatelyOnInterrupt) {
 }
 
 TEST_F(CtlAccel, EndsWhenItsReaderHasGone) {
+  SKIP_HOST_PROGRAM_UNDER_EMULATION();
   const std::string status = board_.path("status");
   application tool{board_,
                    "/bin/sh",

@@ -2,6 +2,7 @@
 
 #include "ctl_fixture.hpp"
 #include "host/card.hpp"
+#include "support/emulation.hpp"
 #include "support/paths.hpp"
 
 #include <csignal>
@@ -214,6 +215,7 @@ TEST_F(CtlCardRepair, RepairsACardThatIsNotMounted) {
 }
 
 TEST_F(CtlCardRepair, RejectsABusyCardAndNamesItsUser) {
+  SKIP_HOST_PROGRAM_UNDER_EMULATION();
   board_.write("tmp/mmcblk0p1/film", "film");
   for (const std::string how : {"repair", "format"})
     for (const std::string use : {"exec 3</tmp/mmcblk0p1/film", "cd /tmp/mmcblk0p1"}) {
