@@ -226,6 +226,7 @@ TEST_F(SimSerialPort, KeepsSettingsForNextProgram) {
 }
 
 TEST_F(SimSerialPort, IsSetUpByOtherPrograms) {
+  SKIP_HOST_PROGRAM_UNDER_EMULATION();
   const auto stty = [&](const char *what) {
     return launch({"run", board_.path(), "--", "stty", "-F", port_path, what});
   };

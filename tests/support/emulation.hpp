@@ -25,13 +25,14 @@ template <class Number = int32_t> Number stride() {
   return is_emulated() ? Number{11} : Number{1};
 }
 
-/// What a program on a board wrote on standard error: under emulation, which passes on no Landlock, without the
+/// What programs on a board wrote on standard error: under emulation, which passes on no Landlock, without the
 /// launcher's warning to root.
 inline std::string without_landlock_warning(std::string errors) {
   constexpr std::string_view warning =
       "dravik-sim: warning: no Landlock: an application of root can write devices of this host\n";
-  const size_t place = is_emulated() ? errors.find(warning) : errors.npos;
-  return place == errors.npos ? errors : errors.erase(place, warning.size());
+  for (size_t place; is_emulated() && (place = errors.find(warning)) != errors.npos;)
+    errors.erase(place, warning.size());
+  return errors;
 }
 
 } // namespace dravik::test

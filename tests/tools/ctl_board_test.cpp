@@ -97,6 +97,8 @@ TEST_F(CtlNet, ReportsTheLoopback) {
 }
 
 TEST_F(CtlNet, ReportsEveryInterfaceWithItsHardwareAddress) {
+  if (!std::filesystem::exists("/sys/class/net"))
+    GTEST_SKIP() << "/sys is empty";
   size_t count = 0;
   for (const auto &entry : std::filesystem::directory_iterator{"/sys/class/net"}) {
     const std::string name = entry.path().filename().string();
