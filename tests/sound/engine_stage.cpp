@@ -3,6 +3,7 @@
 #include "sound/engine_stage.hpp"
 #include "support/next_call.hpp"
 
+#include <atomic>
 #include <cerrno>
 #include <mad.h>
 #include <optional>
@@ -113,6 +114,19 @@ std::vector<std::string> engine_fixture::messages() const {
 using dravik::test::next_call;
 using dravik::test::stage;
 
+namespace {
+
+using mutex_call = int(pthread_mutex_t *);
+
+/// Without the guard of a static variable, which locks a mutex itself on ARMv5.
+mutex_call *next_mutex_call(std::atomic<mutex_call *> &known, const char *name) {
+  if (known == nullptr)
+    known = next_call<mutex_call>(name);
+  return known;
+}
+
+} // namespace
+
 extern "C" {
 
 int sem_wait(sem_t *semaphore) {
@@ -141,7 +155,8 @@ int usleep(useconds_t microseconds) {
 }
 
 int pthread_mutex_lock(pthread_mutex_t *mutex) noexcept {
-  static const auto next = next_call<int(pthread_mutex_t *)>("pthread_mutex_lock");
+  static constinit std::atomic<mutex_call *> known = nullptr;
+  mutex_call *next = next_mutex_call(known, "pthread_mutex_lock");
   if (dravik::test::announces_lock) {
     dravik::test::announces_lock = false;
     stage.mutex = mutex;
@@ -151,7 +166,8 @@ int pthread_mutex_lock(pthread_mutex_t *mutex) noexcept {
 }
 
 int pthread_mutex_unlock(pthread_mutex_t *mutex) noexcept {
-  static const auto next = next_call<int(pthread_mutex_t *)>("pthread_mutex_unlock");
+  static constinit std::atomic<mutex_call *> known = nullptr;
+  mutex_call *next = next_mutex_call(known, "pthread_mutex_unlock");
   const int result = next(mutex);
   return dravik::test::unlock_result.value_or(result);
 }

@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <fnmatch.h>
 #include <gtest/gtest.h>
-#include <string>
+#include <string_view>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
@@ -12,7 +13,12 @@
 namespace dravik::test {
 namespace {
 
-std::vector<std::string> all_cases() {
+bool is_selected(const std::string &name, const std::string &pattern) {
+  const bool is_negative = pattern.starts_with('-');
+  return (::fnmatch(pattern.c_str() + is_negative, name.c_str(), 0) == 0) != is_negative;
+}
+
+std::vector<std::string> cases_of(const std::string &pattern) {
   std::vector<std::string> names;
   const testing::UnitTest &program = *testing::UnitTest::GetInstance();
   for (int s = 0; s < program.total_test_suite_count(); ++s) {
@@ -20,6 +26,7 @@ std::vector<std::string> all_cases() {
     for (int c = 0; c < suite.total_test_count(); ++c)
       names.push_back(std::string{suite.name()} + "." + suite.GetTestInfo(c)->name());
   }
+  std::erase_if(names, [&](const std::string &name) { return !is_selected(name, pattern); });
   return names;
 }
 
@@ -44,14 +51,18 @@ bool case_passes(const std::string &name) {
 
 } // namespace
 
-bool forks_cases(int count, char **arguments) {
-  const bool is_asked = std::any_of(arguments, arguments + count,
-                                    [](const char *one) { return std::string_view{one} == "--fork-cases"; });
-  return is_asked && GTEST_FLAG_GET(filter) == "*";
+std::optional<std::string> forked_cases(int count, char **arguments) {
+  constexpr std::string_view option = "--fork-cases";
+  char **end = arguments + count;
+  char **found = std::find_if(arguments, end, [](std::string_view one) { return one.starts_with(option); });
+  if (found == end || GTEST_FLAG_GET(filter) != "*")
+    return {};
+  const std::string_view value = std::string_view{*found}.substr(option.size());
+  return std::string{value.starts_with('=') ? value.substr(1) : "*"};
 }
 
-int run_forked_cases() {
-  const std::vector<std::string> names = all_cases();
+int run_forked_cases(const std::string &pattern) {
+  const std::vector<std::string> names = cases_of(pattern);
   std::vector<std::string> failed;
   std::copy_if(names.begin(), names.end(), std::back_inserter(failed),
                [](const std::string &name) { return !case_passes(name); });

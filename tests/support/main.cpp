@@ -9,5 +9,6 @@ int main(int count, char **arguments) {
   dravik::test::guard_host(); // before anything that a test, or the framework, does
   dravik::test::require_simulator();
   ::testing::InitGoogleTest(&count, arguments);
-  return dravik::test::forks_cases(count, arguments) ? dravik::test::run_forked_cases() : RUN_ALL_TESTS();
+  const std::optional<std::string> forked = dravik::test::forked_cases(count, arguments);
+  return forked ? dravik::test::run_forked_cases(*forked) : RUN_ALL_TESTS();
 }
