@@ -54,7 +54,7 @@ bool case_passes(const std::string &name) {
 std::optional<std::string> forked_cases(int count, char **arguments) {
   constexpr std::string_view option = "--fork-cases";
   char **end = arguments + count;
-  char **found = std::find_if(arguments, end, [](std::string_view one) { return one.starts_with(option); });
+  char **found = std::find_if(arguments, end, [=](std::string_view one) { return one.starts_with(option); });
   if (found == end || GTEST_FLAG_GET(filter) != "*")
     return {};
   const std::string_view value = std::string_view{*found}.substr(option.size());
