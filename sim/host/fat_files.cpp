@@ -222,9 +222,9 @@ private:
       return false;
     std::vector<uint8_t> bytes;
     for (const fat_piece &piece : pieces) {
-      const size_t read = bytes.size();
-      bytes.resize(read + piece.length);
-      if (::pread(card_, &bytes[read], piece.length, static_cast<off_t>(piece.start)) < 0)
+      const size_t read = bytes.size(), length = static_cast<size_t>(piece.length);
+      bytes.resize(read + length);
+      if (::pread(card_, &bytes[read], length, static_cast<off_t>(piece.start)) < 0)
         return false;
     }
     long_name name;

@@ -10,12 +10,15 @@
 #include "preload/path_map.hpp"
 #include "preload/shell_words.hpp"
 
+#include <atomic>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/mman.h>
 
 namespace dravik::sim {
 namespace {
+
+constinit std::atomic<bool> was_opened = false;
 
 /// One text at a time: each takes 8 KiB of the stack.
 uint32_t number_in(const char *inside) noexcept {
@@ -80,6 +83,14 @@ bool is_on_card(const char *name) noexcept {
          (path.size() == card_mount_point.size() || path[card_mount_point.size()] == '/');
 }
 
+bool card_was_opened() noexcept {
+  return was_opened.load(std::memory_order_relaxed);
+}
+
+void note_opened_card() noexcept {
+  was_opened.store(true, std::memory_order_relaxed);
+}
+
 bool card_is_mounted() noexcept {
   return state_of_mount() != mount_state::none;
 }
@@ -116,7 +127,7 @@ ssize_t bytes_to_read(int descriptor, off64_t position, size_t size) noexcept {
       position >= length_behind(descriptor))
     return static_cast<ssize_t>(size);
   if (position < end)
-    return end - position;
+    return static_cast<ssize_t>(end - position);
   if (!card_is_read_only())
     make_mount_read_only();
   return -EIO;

@@ -16,6 +16,10 @@ card_space read_card_space() noexcept;
 /// Whether a path of an application is on the memory card.
 bool is_on_card(const char *name) noexcept;
 
+/// Whether this process, or one that it was forked from, has opened a file of the card: others need no look at it.
+bool card_was_opened() noexcept;
+void note_opened_card() noexcept;
+
 bool card_is_mounted() noexcept;
 
 /// Whether the card is mounted read-only.

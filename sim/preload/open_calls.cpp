@@ -26,10 +26,12 @@ bool may_open(const board_path &path, int flags) noexcept {
   if (path.kind() == file_kind::none)
     return true;
   int fault = injected_fault("open", path.name());
-  if (fault == 0 && opens_for_writing(flags) && is_on_card(path.name()) && card_is_read_only())
+  const bool is_of_card = is_on_card(path.name());
+  if (is_of_card)
+    note_opened_card();
+  if (fault == 0 && is_of_card && opens_for_writing(flags) && card_is_read_only())
     fault = EROFS;
-  if (fault == 0 && (flags & O_CREAT) != 0 && is_on_card(path.name()) && !is_fat_name(path.name()) &&
-      card_is_mounted())
+  if (fault == 0 && is_of_card && (flags & O_CREAT) != 0 && !is_fat_name(path.name()) && card_is_mounted())
     fault = EINVAL;
   if (fault == 0 && is_host_device(path))
     fault = EACCES; // a device node in the board's directory

@@ -32,8 +32,9 @@ template <typename Next> ssize_t read_from(int descriptor, void *data, size_t si
 }
 
 template <typename Next> ssize_t read_at(int descriptor, off64_t position, size_t size, Next next) noexcept {
-  return kind_behind(descriptor) == file_kind::plain ? read_plain(descriptor, position, size, next)
-                                                     : next(size);
+  return card_was_opened() && kind_behind(descriptor) == file_kind::plain
+             ? read_plain(descriptor, position, size, next)
+             : next(size);
 }
 
 } // namespace
