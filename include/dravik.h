@@ -891,8 +891,8 @@ DRAVIK_API int put_unicode_string(uint32_t x, uint32_t y, const void *text, uint
  *
  * Closing the device drops the samples left in its buffer: end files with one buffer length of silence. An
  * MP3 starts when the device buffer is full, and the requested buffer grows with the file size. Nothing is
- * played if the device grants one that is longer than the sound, as it may for a short file with a high bit
- * rate.
+ * played if the device grants one that is longer than the sound, which may happen to a short file with a
+ * high bit rate.
  *
  * mp3_playback() and the functions after it are direct players: they play on the calling thread, with or
  * without an engine. Do not call them while the engine plays: there is only one PCM stream.

@@ -157,11 +157,13 @@ outcome show(const std::string &board, std::string &error) {
 struct card_action {
   std::string_view name;
   int (*run)(const std::string &board, const options &given, std::string &error); ///< exit status
+  bool has_options; ///< as the command of that name
 };
 
 constexpr card_action actions[] = {
-    {"in", put_in},      {"locked", put_in_locked}, {"out", take_out},  {"mount", mount},
-    {"umount", unmount}, {"check", check},          {"format", format}, {"restart", restart},
+    {"in", put_in, false},       {"locked", put_in_locked, false}, {"out", take_out, false},
+    {"restart", restart, false}, {"mount", mount, true},           {"umount", unmount, true},
+    {"check", check, true},      {"format", format, true},
 };
 
 outcome handle(const std::string &board, const command_line &given, std::string &error) {
@@ -171,6 +173,8 @@ outcome handle(const std::string &board, const command_line &given, std::string 
   const auto *chosen = std::ranges::find(actions, operands[1], &card_action::name);
   if (chosen == std::end(actions))
     return misused(error, "unknown action '" + operands[1] + "'; try 'dravik-sim card --help'");
+  if (!chosen->has_options && operands.size() > 2)
+    return misused(error, "extra argument '" + operands[2] + "'; try 'dravik-sim card --help'");
   return outcome{chosen->run(board, {operands.begin() + 2, operands.end()}, error)};
 }
 

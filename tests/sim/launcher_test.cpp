@@ -456,6 +456,9 @@ TEST_F(SimLauncher, HandlesCardManually) {
   expect_mount_error(launch({"card", at("desk"), "mount"}), "mount: /dev/mmcblk0p1: is mounted already");
   expect_error(launch({"card", at("desk"), "eat"}), 2,
                "card: unknown action 'eat'; try 'dravik-sim card --help'\n");
+  for (const std::string action : {"in", "locked", "out", "restart"})
+    expect_error(launch({"card", at("desk"), action, "now"}), 2,
+                 "card: extra argument 'now'; try 'dravik-sim card --help'\n");
   expect_error(launch({"card", at("absent")}), 1,
                at("absent") + ": not a board; create it with 'dravik-sim new " + at("absent") + "'\n");
 }
