@@ -92,14 +92,14 @@ void draw_every_page() {
 TEST_P(DashcamDesign, FitsEveryTextIntoItsBox) {
   pages_.on().write("tmp/mmcblk0p1/REC/KVX00007.TS", std::string(60000000, 'r'));
   pages_.on().write("tmp/mmcblk0p1/REC/EMA00008.TS", "r");
-  const int language_step = is_emulated() ? 3 : 1;
+  const int languages = is_emulated() ? 1 : LANGUAGES; // English
   const auto draw_all_languages = [=] {
-    for (int language = 0; language < LANGUAGES; language += language_step) {
+    for (int language = 0; language < languages; ++language) {
       ::choose_language(language);
       draw_every_page();
     }
   };
-  for (int language = 0; language < LANGUAGES; language += language_step) {
+  for (int language = 0; language < languages; ++language) {
     ::choose_language(language);
     ::navigation_start(&::home_page);
     draw_every_notice();
