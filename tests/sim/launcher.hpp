@@ -61,7 +61,7 @@ inline outcome run(const std::vector<std::string> &words) {
   if (const auto command = std::ranges::find_first_of(words, running); words.end() - command > 1)
     await_serial_keeper(command[1]);
   result.output = contents(output);
-  result.errors = without_landlock_warning(contents(errors));
+  result.errors = without_warnings(contents(errors));
   return result;
 }
 

@@ -106,7 +106,7 @@ int application::finish() {
   }
   while (read_more(output_pipe_, output_)) {
   }
-  errors_ = without_landlock_warning(std::move(errors_));
+  errors_ = without_warnings(std::move(errors_));
   int status = 0;
   EXPECT_EQ(::waitpid(process_, &status, 0), process_);
   process_ = -1;
