@@ -56,7 +56,7 @@ void mount_if_possible(const std::string &board) {
   [[maybe_unused]] const bool is_mounted = mount_files(board, way, error);
 }
 
-/// The kernel leaves the mount of a card that is pulled, and does not mount one that is put in. A board may have a
+/// The kernel does not unmount a card that is removed, and does not mount one that is inserted. A board may have a
 /// script that does both.
 bool script_follows_card(const std::string &board) {
   std::string settings;

@@ -17,7 +17,7 @@ namespace {
 constexpr size_t entry_bytes = 32;
 constexpr uint64_t largest_directory = 2 << 20; ///< of a kernel
 constexpr uint32_t first_cluster = 2;
-constexpr uint32_t end_of_chain = 0x0FFFFFF7; ///< and above; a bad cluster, its mark, is an end too
+constexpr uint32_t end_of_chain = 0x0FFFFFF7; ///< and above; this one marks a bad cluster
 constexpr size_t most_entries = 100'000; ///< files and directories; directories that share clusters have more
 
 constexpr uint8_t deleted = 0xE5, last_of_name = 0x40;
